@@ -1,0 +1,24 @@
+#pragma once
+
+#include <expected>
+#include <string>
+
+namespace tallyroom {
+
+/// A failed system call: its errno, taken while it was fresh.
+struct SystemError {
+    int code = 0;
+
+    /// The platform's description in the user's language (strerror(3)).
+    [[nodiscard]] std::string message() const;
+
+    /// What errno says now.
+    [[nodiscard]] static SystemError last() noexcept;
+
+    friend bool operator==(const SystemError&, const SystemError&) = default;
+};
+
+template <class Value>
+using SystemResult = std::expected<Value, SystemError>;
+
+} // namespace tallyroom

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Model/FileUrl.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tallyroom {
+
+/// A moment as file systems keep it: nanoseconds since 1970-01-01T00:00:00Z.
+using Timestamp = std::chrono::sys_time<std::chrono::nanoseconds>;
+
+/// One file or folder, as every list, bar and tile shows it. A plain value.
+struct Entry {
+    /// Where the item is; also its identity in lists.
+    FileUrl url;
+    /// The name as its folder knows it, in bytes.
+    std::string name;
+    /// Space used on disk in bytes; for a folder, of everything below it.
+    std::int64_t sizeBytes = 0;
+    /// True for a folder, false for everything else, links to folders included.
+    bool isDirectory = false;
+    /// When the content last changed; absent when the file system did not say.
+    std::optional<Timestamp> modifiedAt;
+
+    [[nodiscard]] const FileUrl& id() const noexcept { return url; }
+
+    friend bool operator==(const Entry&, const Entry&) = default;
+};
+
+/// The ranking of every list: larger first. Equal sizes are left to a stable sort.
+[[nodiscard]] inline bool isLarger(const Entry& left, const Entry& right) noexcept
+{
+    return left.sizeBytes > right.sizeBytes;
+}
+
+/// left + right; an overflow ends the process with a message, since every total built on it would be a lie.
+[[nodiscard]] std::int64_t checkedSum(std::int64_t left, std::int64_t right);
+
+} // namespace tallyroom
+
+template <>
+struct std::hash<tallyroom::Entry> {
+    std::size_t operator()(const tallyroom::Entry& entry) const noexcept;
+};

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Concurrency/SnapshotList.h"
+#include "Model/Entry.h"
+
+namespace tallyroom {
+
+/// Entries rank by size, larger first; equal sizes keep the order in which they came.
+struct EntrySize {
+    std::int64_t operator()(const Entry& entry) const noexcept { return entry.sizeBytes; }
+};
+
+/// The list of entries that scans send and screens show: cheap to copy, ranked when read.
+using EntryList = SnapshotList<Entry, EntrySize>;
+
+} // namespace tallyroom

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "FileSystem/SystemError.h"
+#include "Model/FileUrl.h"
+
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tallyroom {
+
+/// The only place that deletes or moves a person's files. Links are removed, never followed, at every level;
+/// "/", the home folder, mount points and whatever holds one of these are refused. Operations are
+/// synchronous, keep no state and may be called from any thread; the scanner's caches are the caller's
+/// business.
+namespace FileRemover {
+
+/// An item that lies in the trash.
+struct TrashedItem {
+    FileUrl original; ///< where it was
+    FileUrl inTrash;  ///< where it is now, often under another name
+
+    friend bool operator==(const TrashedItem&, const TrashedItem&) = default;
+};
+
+struct RemovalFailure {
+    FileUrl url;
+    std::string message; ///< why, in words for people
+
+    friend bool operator==(const RemovalFailure&, const RemovalFailure&) = default;
+};
+
+/// What became of a batch. Every location given is in `removed` or in `failures`, in the order given.
+struct RemovalResult {
+    std::vector<FileUrl> removed;
+    std::vector<RemovalFailure> failures;
+    std::vector<TrashedItem> trashed;
+
+    [[nodiscard]] bool allSucceeded() const noexcept { return failures.empty(); }
+
+    [[nodiscard]] bool canUndo() const noexcept { return !trashed.empty(); }
+
+    friend bool operator==(const RemovalResult&, const RemovalResult&) = default;
+};
+
+/// Called after each item of a batch with the number done and the number given, on the batch's thread.
+using BatchProgress = std::function<void(std::size_t completed, std::size_t total)>;
+
+/// Why an item could not be removed or put back.
+struct RemovalError {
+    std::string message;
+};
+
+template <class Value>
+using RemovalExpected = std::expected<Value, RemovalError>;
+
+/// Moves one item to the trash of its volume.
+[[nodiscard]] RemovalExpected<void> moveToTrash(const FileUrl& url);
+
+/// Removes one item for good, a folder with all that is in it.
+[[nodiscard]] RemovalExpected<void> deletePermanently(const FileUrl& url);
+
+/// The same as `remove` with `permanently` false.
+[[nodiscard]] RemovalResult moveToTrash(std::span<const FileUrl> urls);
+
+/// Removes every item once, in the order given; a failure is recorded and the batch goes on.
+[[nodiscard]] RemovalResult remove(std::span<const FileUrl> urls, bool permanently,
+                                   const BatchProgress& progress = {});
+
+/// Moves items from the trash back to where they were. Never overwrites: an occupied place is a failure,
+/// and the item stays in the trash.
+[[nodiscard]] RemovalResult restore(std::span<const TrashedItem> items, const BatchProgress& progress = {});
+
+} // namespace FileRemover
+
+} // namespace tallyroom

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Model/EntryList.h"
+
+#include <cstdint>
+
+namespace tallyroom {
+
+/// One record of a scan: the whole list so far, never a difference.
+struct ScanProgress {
+    /// All results so far, largest first.
+    EntryList entries;
+    /// How many work items are done.
+    std::int64_t completed = 0;
+    /// How many there are; 0 while not known.
+    std::int64_t total = 0;
+    /// True while the producer still looks for its work items and `total` is not final.
+    bool isDiscovering = false;
+
+    /// completed / total; 0 when total is below 1.
+    [[nodiscard]] double fraction() const noexcept
+    {
+        return total < 1 ? 0.0 : static_cast<double>(completed) / static_cast<double>(total);
+    }
+
+    friend bool operator==(const ScanProgress&, const ScanProgress&) = default;
+};
+
+} // namespace tallyroom

@@ -1,0 +1,77 @@
+#include "Concurrency/SnapshotList.h"
+
+#include "Concurrency/ProgressStream.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace tallyroom {
+
+namespace {
+
+struct Item {
+    std::int64_t size;
+    int serial;
+    friend bool operator==(const Item&, const Item&) = default;
+};
+
+struct ItemSize {
+    std::int64_t operator()(const Item& item) const { return item.size; }
+};
+
+using Items = SnapshotList<Item, ItemSize>;
+
+TEST(SnapshotList, EveryPrefixReadsRankedAndStableInWhateverOrderTheyAreRead)
+{
+    Items::Builder builder;
+    std::vector<Items> prefixes;
+    std::vector<Item> appended;
+    for (int serial = 0; serial < 500; ++serial) {
+        const Item item{(serial * 37) % 11, serial};
+        appended.push_back(item);
+        builder.append(item);
+        prefixes.push_back(builder.snapshot());
+    }
+    // Read out of order, so that some readings start from a longer order, some from a shorter one.
+    for (const std::size_t index : {499U, 0U, 100U, 99U, 250U, 101U, 498U}) {
+        std::vector<Item> expected(appended.begin(),
+                                   appended.begin() + static_cast<std::ptrdiff_t>(index) + 1);
+        std::ranges::stable_sort(expected, std::greater{}, &Item::size);
+        EXPECT_EQ(prefixes[index].toVector(), expected) << "prefix of " << index + 1;
+    }
+}
+
+TEST(SnapshotList, CanBeReadWhileItsStoreGrows)
+{
+    Items::Builder builder;
+    auto [sender, stream] = makeProgressStream<Items>();
+    std::jthread producer{[&builder, sender = std::move(sender)] {
+        for (int serial = 0; serial < 20'000; ++serial) {
+            builder.append({serial % 97, serial});
+            sender.send(builder.snapshot());
+        }
+    }};
+    std::size_t length = 0;
+    while (auto list = stream.next()) {
+        ASSERT_EQ(list->size(), ++length);
+        if (length % 1000 == 0) {
+            EXPECT_TRUE(std::ranges::is_sorted(*list, std::greater{}, &Item::size));
+        }
+    }
+    EXPECT_EQ(length, 20'000U);
+}
+
+TEST(SnapshotList, AListOfItsOwnKeepsTheOrderGiven)
+{
+    const Items list{{1, 0}, {3, 1}, {2, 2}};
+    EXPECT_THAT(list.toVector(), testing::ElementsAre(Item{1, 0}, Item{3, 1}, Item{2, 2}));
+    Items moved = list;
+    const Items taken = std::move(moved);
+    EXPECT_EQ(taken, list);
+    EXPECT_TRUE(moved.empty()); // NOLINT: an emptied list must read as empty
+}
+
+} // namespace
+
+} // namespace tallyroom
