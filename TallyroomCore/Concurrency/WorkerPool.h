@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+
+namespace tallyroom {
+
+/// Threads made for blocking I/O: more of them than cores. Jobs offer pieces of work; every worker goes round
+/// the jobs that are running, so that a long scan never starves a short one. No piece of work may wait for
+/// another piece of work of the pool.
+class WorkerPool {
+public:
+    /// Something that can be worked on by many threads at once.
+    class Job {
+    public:
+        Job() = default;
+        Job(const Job&) = delete;
+        Job& operator=(const Job&) = delete;
+        virtual ~Job() = default;
+
+        /// Does one short piece of work (a folder, a block of a file). False when there is none to be had
+        /// now; the job then calls `announce` as soon as there is. Called by many workers at once; `worker`
+        /// is below the pool's width and belongs to one thread at a time.
+        virtual bool work(unsigned worker) = 0;
+
+        /// The program is leaving: give up what is left. Any thread.
+        virtual void abandon() noexcept = 0;
+    };
+
+    /// The pool of the process, made on first use. At the program's end it abandons what still runs.
+    static WorkerPool& shared();
+
+    explicit WorkerPool(unsigned width);
+    WorkerPool(const WorkerPool&) = delete;
+    WorkerPool& operator=(const WorkerPool&) = delete;
+    ~WorkerPool();
+
+    /// How many workers there are.
+    [[nodiscard]] unsigned width() const noexcept;
+
+    /// Starts to work on a job, and keeps it alive until it is removed.
+    void add(std::shared_ptr<Job> job);
+
+    /// The job is done; workers that hold it finish the call they are in.
+    void remove(const Job& job);
+
+    /// Up to `pieces` more pieces of work can be had: wakes as many sleeping workers. Cheap when none sleeps.
+    void announce(std::size_t pieces);
+
+private:
+    class Workers;
+    std::shared_ptr<Workers> m_workers; // shared with the threads, which may outlive a pool that cannot wait
+};
+
+} // namespace tallyroom

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "FileSystem/SystemError.h"
+#include "Model/Entry.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace tallyroom {
+
+/// What an item is, for the item itself and never for a link's target.
+enum class EntryType : unsigned char {
+    unknown, ///< a file system that tells types only when asked for each item
+    file,    ///< regular files, and FIFOs, sockets and devices, none of which is ever opened
+    folder,
+    link
+};
+
+/// What one statx(2) call tells of an item.
+struct FileAttributes {
+    EntryType type = EntryType::unknown;
+    bool isRegular = false; ///< a file whose content can be read
+    std::uint32_t links = 0;
+    std::int64_t allocatedBytes = 0; ///< st_blocks × 512; the logical size when blocks are not reported
+    std::int64_t logicalBytes = 0;
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::optional<Timestamp> modifiedAt;
+};
+
+/// The attributes of `name` in the open folder `folder`, links not followed. `name` is a C string without
+/// "/", or any path when `folder` is AT_FDCWD. Any thread.
+[[nodiscard]] SystemResult<FileAttributes> fileAttributes(int folder, const char* name);
+
+/// The attributes of the item at a location, of any length, the link itself for a link.
+[[nodiscard]] SystemResult<FileAttributes> fileAttributes(const FileUrl& url);
+
+/// The attributes of an open file or folder.
+[[nodiscard]] SystemResult<FileAttributes> fileAttributes(int descriptor);
+
+} // namespace tallyroom

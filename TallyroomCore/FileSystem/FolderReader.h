@@ -1,0 +1,65 @@
+#pragma once
+
+#include "FileSystem/FileAttributes.h"
+#include "FileSystem/FileDescriptor.h"
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace tallyroom {
+
+/// What an open folder is for.
+enum class FolderAccess : unsigned char {
+    listing,    ///< its names can be read
+    throughOnly ///< only a step to something below it (O_PATH): needs no right to read it
+};
+
+/// Opens the folder at a location of any length, beyond PATH_MAX too. Links on the way are followed, as in
+/// any path that a person names. Any thread.
+[[nodiscard]] SystemResult<FileDescriptor> openFolder(const FileUrl& url, FolderAccess access);
+
+/// Opens the folder `name` in the open folder `parent` for listing; a link is refused (ELOOP or ENOTDIR).
+[[nodiscard]] SystemResult<FileDescriptor> openChildFolder(int parent, const char* name);
+
+/// Opens the folder at `path` below the open folder `base`, for listing; no component may be a link
+/// (RESOLVE_NO_SYMLINKS, openat2(2)). `path` may be longer than PATH_MAX.
+[[nodiscard]] SystemResult<FileDescriptor> openDescendantFolder(int base, std::string_view path);
+
+/// One name of a folder, as getdents64(2) tells it.
+struct ListedName {
+    const char* name = nullptr; ///< zero-terminated, in the buffer that was read
+    std::size_t length = 0;
+    EntryType type = EntryType::unknown;
+
+    [[nodiscard]] std::string_view view() const noexcept { return {name, length}; }
+};
+
+/// Names as the kernel hands them over: one buffer of getdents64(2) records.
+class NameBuffer {
+public:
+    /// About 1 500 names of usual length; larger ones gain nothing.
+    static constexpr std::size_t capacity = 64 * 1024;
+
+    NameBuffer();
+
+    /// Reads the next names of an open folder into the buffer. False at the end, and on an error, which ends
+    /// a listing where it stands: the names read before it are kept.
+    bool read(int folder);
+
+    /// Appends the buffer's names to `names`, "." and ".." left out. They point into the buffer.
+    void parse(std::vector<ListedName>& names) const;
+
+    /// How many names the buffer holds, "." and ".." left out.
+    [[nodiscard]] std::size_t count() const;
+
+    /// Gives the storage that is not used back.
+    void shrink();
+
+private:
+    std::vector<std::byte> m_bytes;
+    std::size_t m_used = 0;
+};
+
+} // namespace tallyroom

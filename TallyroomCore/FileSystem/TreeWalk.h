@@ -1,0 +1,129 @@
+#pragma once
+
+#include "Concurrency/WorkerPool.h"
+#include "FileSystem/FileAttributes.h"
+#include "FileSystem/FileDescriptor.h"
+#include "FileSystem/FolderReader.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <stop_token>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tallyroom {
+
+/// The one parallel walk that every search stands on. A folder is one piece of work, and so is every further
+/// buffer of names of a large folder: all workers of the pool share a tree whatever its shape. Folders are
+/// opened relative to their open parent, never through a link; depth, name and path length are unlimited and
+/// nothing recurses on the stack. Open descriptors are bounded. A stop is asked once a folder and every 256
+/// entries.
+class TreeWalk {
+public:
+    /// A folder on its way through the walk. Visitors derive from it to keep what they sum up.
+    class Folder {
+    public:
+        Folder() = default;
+        Folder(const Folder&) = delete;
+        Folder& operator=(const Folder&) = delete;
+        virtual ~Folder() = default;
+
+        /// The folder that holds it; none for a root of the walk. Alive as long as this one.
+        [[nodiscard]] Folder* parent() const noexcept { return m_parent; }
+
+        [[nodiscard]] bool isRoot() const noexcept { return m_parent == nullptr; }
+
+        /// Its name; for a root the path it was given by.
+        [[nodiscard]] const std::string& name() const noexcept { return m_name; }
+
+        /// Its location, put together from the names up to the root. O(depth).
+        [[nodiscard]] FileUrl url() const;
+
+        /// The location of an item in it.
+        [[nodiscard]] FileUrl url(std::string_view child) const;
+
+        /// The open folder while it is being visited, for calls relative to it; -1 when it could not be
+        /// opened.
+        [[nodiscard]] int descriptor() const noexcept { return m_descriptor.get(); }
+
+    private:
+        friend class TreeWalk;
+
+        Folder* m_parent = nullptr;
+        std::string m_name;
+        FileDescriptor m_descriptor;
+        std::atomic<std::uint32_t> m_pending{1}; ///< its own listing, its buffers, its child folders
+        std::atomic<std::uint32_t> m_uses{1};    ///< who still needs the descriptor
+        std::uint64_t m_serial = 0;              ///< tells one folder from a later one at the same address
+        bool m_keepsOpen = false;                ///< children are opened relative to the descriptor
+    };
+
+    /// A child of a folder, as a batch shows it.
+    struct Child {
+        std::string_view name; ///< zero-terminated; good during the visit only
+        EntryType type = EntryType::unknown;
+        const FileAttributes* attributes = nullptr; ///< none when not asked for, or not readable
+        std::size_t index = 0;                      ///< its place in the listing, for folders counted first
+        std::uint64_t mark = 0;                     ///< the visitor's own, from `visit` to `descendInto`
+        bool descend = false;                       ///< the visitor's answer: walk into this folder
+
+        [[nodiscard]] bool isFolder() const noexcept { return type == EntryType::folder; }
+    };
+
+    /// Whose attributes are read before the visit. Types are always known.
+    enum class Attributes : unsigned char { none, files, filesAndLinks, everything };
+
+    /// What a visitor asks of one folder.
+    struct Wish {
+        Attributes attributes = Attributes::none;
+        /// Read all names before the first visit, and call `counted` with their number.
+        bool countFirst = false;
+    };
+
+    /// Sees the tree. All calls but `finish` come from many workers at once, for one folder too.
+    class Visitor {
+    public:
+        Visitor() = default;
+        Visitor(const Visitor&) = delete;
+        Visitor& operator=(const Visitor&) = delete;
+        virtual ~Visitor() = default;
+
+        [[nodiscard]] virtual Wish wish(const Folder& folder) const = 0;
+
+        /// All names of a folder were read; before its first visit, on one thread.
+        virtual void counted(Folder& /*folder*/, std::size_t /*names*/) {}
+
+        /// The children of a folder in one batch; large folders come in several, maybe at once. Answers by
+        /// setting `descend` on children that are folders.
+        virtual void visit(Folder& folder, std::span<Child> children) = 0;
+
+        /// The record of a child folder that the walk enters.
+        [[nodiscard]] virtual std::unique_ptr<Folder> descendInto(Folder& parent, const Child& child) = 0;
+
+        /// Everything below `folder` is done: `whole`, or partly given up after a stop. Children come before
+        /// their parents.
+        virtual void leave(Folder& /*folder*/, bool /*whole*/) {}
+
+        /// The walk has ended; called once, the last of all calls.
+        virtual void finish(bool stopped) = 0;
+    };
+
+    /// A folder to start from, and its record. Roots are opened by path and may be reached through links.
+    struct Root {
+        FileUrl url;
+        std::unique_ptr<Folder> folder;
+    };
+
+    /// Starts a walk on the pool and returns at once. The pool keeps the visitor until it has finished.
+    static void start(WorkerPool& pool, std::vector<Root> roots, std::unique_ptr<Visitor> visitor,
+                      std::stop_token stop);
+
+private:
+    class Run;
+};
+
+} // namespace tallyroom

@@ -1,0 +1,171 @@
+#include "Scanning/SizeCache.h"
+
+#include <functional>
+#include <limits>
+
+namespace tallyroom {
+
+namespace {
+
+std::uint32_t hashOf(std::uint32_t parent, std::string_view name)
+{
+    const std::size_t hash = std::hash<std::string_view>{}(name) ^ (parent * 0x9e3779b97f4a7c15ULL);
+    return static_cast<std::uint32_t>(hash ^ (hash >> 32U));
+}
+
+/// The names of a standardized path, from the top.
+template <class Visit>
+bool forEachName(std::string_view path, Visit visit)
+{
+    for (std::size_t start = 1; start < path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        if (!visit(path.substr(start, end - start))) {
+            return false;
+        }
+        start = end + 1;
+    }
+    return true;
+}
+
+} // namespace
+
+SizeCache& SizeCache::shared()
+{
+    static SizeCache& cache = *new SizeCache; // NOLINT(cppcoreguidelines-owning-memory)
+    return cache;
+}
+
+SizeCache::SizeCache() : m_store(emptyStore()) {}
+
+SizeCache::Store SizeCache::emptyStore()
+{
+    Store store;
+    store.records.emplace_back();
+    store.slots.resize(1024);
+    return store;
+}
+
+std::optional<std::int64_t> SizeCache::find(const FileUrl& url) const
+{
+    const FileUrl key = url.standardized();
+    const std::scoped_lock lock{m_mutex};
+    const auto record = known(key);
+    if (!record || m_store.records[*record].total == unknown) {
+        return std::nullopt;
+    }
+    return m_store.records[*record].total;
+}
+
+void SizeCache::set(std::int64_t total, const FileUrl& url)
+{
+    store(place(url), total);
+}
+
+SizeCache::Place SizeCache::place(const FileUrl& url)
+{
+    const FileUrl key = url.standardized();
+    const std::scoped_lock lock{m_mutex};
+    std::uint32_t record = 0;
+    forEachName(key.path(), [&](std::string_view name) {
+        record = child(record, name);
+        return true;
+    });
+    return {m_epoch, record};
+}
+
+void SizeCache::lookUp(Place parent, std::span<Child> children)
+{
+    const std::scoped_lock lock{m_mutex};
+    if (parent.epoch != m_epoch) {
+        return;
+    }
+    for (Child& wanted : children) {
+        wanted.place = {m_epoch, child(parent.record, wanted.name)};
+        if (const std::int64_t total = m_store.records[wanted.place.record].total; total != unknown) {
+            wanted.total = total;
+        }
+    }
+}
+
+void SizeCache::store(Place place, std::int64_t total)
+{
+    const std::scoped_lock lock{m_mutex};
+    if (place.epoch == m_epoch) {
+        m_store.records[place.record].total = total;
+    }
+}
+
+void SizeCache::clear()
+{
+    Store dropped = emptyStore(); // destroyed after the lock
+    const std::scoped_lock lock{m_mutex};
+    std::swap(dropped, m_store);
+    ++m_epoch;
+}
+
+std::size_t SizeCache::memory() const
+{
+    const std::scoped_lock lock{m_mutex};
+    return m_store.records.capacity() * sizeof(Record) + m_store.names.capacity() +
+           m_store.slots.capacity() * sizeof(std::uint32_t);
+}
+
+std::optional<std::uint32_t> SizeCache::known(const FileUrl& url) const
+{
+    std::uint32_t record = 0;
+    const bool found = forEachName(url.path(), [&](std::string_view name) {
+        record = m_store.slots[slotOf(record, name, hashOf(record, name))];
+        return record != 0;
+    });
+    return found ? std::optional{record} : std::nullopt;
+}
+
+std::size_t SizeCache::slotOf(std::uint32_t parent, std::string_view name, std::uint32_t hash) const
+{
+    const std::size_t mask = m_store.slots.size() - 1;
+    for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
+        const std::uint32_t number = m_store.slots[slot];
+        if (number == 0) {
+            return slot;
+        }
+        const Record& record = m_store.records[number];
+        if (record.hash == hash && record.parent == parent &&
+            std::string_view{m_store.names.data() + record.nameOffset, record.nameLength} == name) {
+            return slot;
+        }
+    }
+}
+
+std::uint32_t SizeCache::child(std::uint32_t parent, std::string_view name)
+{
+    const std::uint32_t hash = hashOf(parent, name);
+    const std::size_t slot = slotOf(parent, name, hash);
+    if (m_store.slots[slot] != 0) {
+        return m_store.slots[slot];
+    }
+    const auto number = static_cast<std::uint32_t>(m_store.records.size());
+    m_store.records.push_back({unknown, parent, static_cast<std::uint32_t>(m_store.names.size()), hash,
+                               static_cast<std::uint16_t>(name.size())});
+    m_store.names.insert(m_store.names.end(), name.begin(), name.end());
+    m_store.slots[slot] = number;
+    if (m_store.records.size() * 3 > m_store.slots.size() * 2) {
+        grow();
+    }
+    return number;
+}
+
+void SizeCache::grow()
+{
+    std::vector<std::uint32_t> slots(m_store.slots.size() * 2);
+    const std::size_t mask = slots.size() - 1;
+    for (std::uint32_t number = 1; number < m_store.records.size(); ++number) {
+        std::size_t slot = m_store.records[number].hash & mask;
+        while (slots[slot] != 0) {
+            slot = (slot + 1) & mask;
+        }
+        slots[slot] = number;
+    }
+    m_store.slots = std::move(slots);
+}
+
+} // namespace tallyroom

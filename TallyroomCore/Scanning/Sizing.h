@@ -1,0 +1,79 @@
+#pragma once
+
+#include "FileSystem/TreeWalk.h"
+#include "Scanning/SizeCache.h"
+
+namespace tallyroom {
+
+/// A walk that sums what lies below each folder and keeps every folder's total in the SizeCache. Listings,
+/// searches and single measurements derive from it. What it asks for each folder and what it does with a
+/// finished root is theirs.
+class SizingVisitor : public TreeWalk::Visitor {
+public:
+    /// A folder that is being summed.
+    struct SizedFolder : TreeWalk::Folder {
+        std::atomic<std::int64_t> total = 0;
+        SizeCache::Place place;
+    };
+
+    /// `cache` knows totals and takes new ones.
+    explicit SizingVisitor(SizeCache& cache) : m_cache(cache) {}
+
+    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder&) const override
+    {
+        return {TreeWalk::Attributes::filesAndLinks, false};
+    }
+
+    void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override;
+    std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& parent,
+                                                  const TreeWalk::Child& child) override;
+    void leave(TreeWalk::Folder& folder, bool whole) override;
+
+protected:
+    /// Looks up the totals of those children that are folders: a folder without one is to be entered, and
+    /// its place is its mark. Calls `know(child, total)` for the others.
+    template <class Know>
+    void lookUpFolders(const SizedFolder& folder, std::span<TreeWalk::Child> children, Know know);
+
+    /// A folder's total is complete.
+    virtual void measured(SizedFolder& folder, std::int64_t total) = 0;
+
+    [[nodiscard]] SizeCache& cache() const noexcept { return m_cache; }
+
+private:
+    SizeCache& m_cache;
+};
+
+/// Adds to a total that many workers share; an overflow ends the process.
+void addChecked(std::atomic<std::int64_t>& total, std::int64_t bytes);
+
+template <class Know>
+void SizingVisitor::lookUpFolders(const SizedFolder& folder, std::span<TreeWalk::Child> children, Know know)
+{
+    thread_local std::vector<SizeCache::Child> wanted;
+    wanted.clear();
+    for (const TreeWalk::Child& child : children) {
+        if (child.isFolder()) {
+            wanted.push_back({child.name, {}, {}});
+        }
+    }
+    if (wanted.empty()) {
+        return;
+    }
+    m_cache.lookUp(folder.place, wanted);
+    auto answer = wanted.cbegin();
+    for (TreeWalk::Child& child : children) {
+        if (!child.isFolder()) {
+            continue;
+        }
+        if (answer->total) {
+            know(child, *answer->total);
+        } else {
+            child.descend = true;
+            child.mark = answer->place.record;
+        }
+        ++answer;
+    }
+}
+
+} // namespace tallyroom
