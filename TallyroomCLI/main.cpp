@@ -1,1 +1,100 @@
-int main() { return 0; }
+#include "ScanCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+namespace tallyroom {
+
+namespace {
+
+const std::map<std::string, OutputFormat>& formats()
+{
+    static const std::map<std::string, OutputFormat> names{
+        {"table", OutputFormat::table}, {"csv", OutputFormat::csv}, {"json", OutputFormat::json}};
+    return names;
+}
+
+void translateLabels(CLI::App& app)
+{
+    const auto formatter = std::make_shared<CLI::Formatter>();
+    formatter->label("Usage", "Utilisation ");
+    formatter->label("OPTIONS", "OPTIONS");
+    formatter->label("SUBCOMMAND", "COMMANDE");
+    formatter->label("Options", "Options");
+    formatter->label("Positionals", "Arguments");
+    formatter->label("REQUIRED", "(obligatoire)");
+    app.formatter(formatter);
+}
+
+/// The French words for what is wrong with a command line.
+std::string complaint(const CLI::ParseError& error)
+{
+    const std::string name = error.get_name();
+    if (name == "RequiredError") {
+        return "il manque une commande ou un dossier";
+    }
+    if (name == "ExtrasError") {
+        return "un argument est de trop ou inconnu";
+    }
+    if (name == "ValidationError" || name == "ConversionError") {
+        return "une option a une valeur qu'elle n'accepte pas";
+    }
+    if (name == "ArgumentMismatch") {
+        return "une option attend une valeur";
+    }
+    return "ligne de commande incorrecte";
+}
+
+void addScanOptions(CLI::App& command, ScanOptions& options)
+{
+    command.add_option("dossier", options.folder, "Dossier à analyser")->type_name("DOSSIER")->required();
+    command
+        .add_option_function<std::string>(
+            "--format", [&options](const std::string& name) { options.format = formats().at(name); },
+            "Forme du résultat : table, csv ou json (une ligne par élément)")
+        ->type_name("table|csv|json")
+        ->check([](const std::string& name) { return formats().contains(name) ? "" : name; });
+    command.add_flag("--quiet", options.quiet, "Ne pas montrer la progression");
+    command.set_help_flag("-h,--help", "Afficher cette aide");
+}
+
+int run(int argc, char** argv)
+{
+    const Interruption interruption; // before any other thread
+    CLI::App app{"Montre ce qui occupe les disques de cette machine.", "tallyroom-cli"};
+    translateLabels(app);
+    app.set_help_flag("-h,--help", "Afficher cette aide");
+    app.set_version_flag("--version", "tallyroom-cli " TALLYROOM_VERSION, "Afficher la version");
+    app.require_subcommand(1);
+
+    ScanOptions options;
+    ExitCode code = ExitCode::success;
+    CLI::App* const usage =
+        app.add_subcommand("usage", "Le contenu direct d'un dossier, du plus lourd au plus léger");
+    usage->group("Commandes");
+    addScanOptions(*usage, options);
+    usage->callback([&] { code = runUsage(options, interruption); });
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& wanted) {
+        return app.exit(wanted); // help or version
+    } catch (const CLI::ParseError& error) {
+        std::fprintf(stderr, "tallyroom-cli : %s (voir tallyroom-cli --help)\n", complaint(error).c_str());
+        return static_cast<int>(ExitCode::usage);
+    }
+    return static_cast<int>(code);
+}
+
+} // namespace
+
+} // namespace tallyroom
+
+int main(int argc, char** argv)
+{
+    std::setlocale(LC_ALL, "");
+    return tallyroom::run(argc, argv);
+}

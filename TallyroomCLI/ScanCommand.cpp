@@ -1,0 +1,135 @@
+#include "ScanCommand.h"
+
+#include "FileSystem/FolderReader.h"
+#include "Terminal.h"
+#include "Text/SizeFormatter.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+
+namespace tallyroom::ScanCommand {
+
+namespace {
+
+/// How often the line of progress is written anew.
+constexpr std::chrono::milliseconds progressInterval{100};
+
+/// One line on standard error that is written over and over, and gone at the end.
+class ProgressLine {
+public:
+    explicit ProgressLine(bool isShown) : m_isShown(isShown) {}
+
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    ~ProgressLine()
+    {
+        if (m_wasShown) {
+            std::fputs("\r\033[K", stderr);
+        }
+    }
+
+    void show(const ScanProgress& record)
+    {
+        const auto now = std::chrono::steady_clock::now();
+        if (!m_isShown || now - m_shownAt < progressInterval) {
+            return;
+        }
+        m_shownAt = now;
+        m_wasShown = true;
+        if (record.isDiscovering) {
+            std::fprintf(stderr, "\r\033[KRecherche… %lld", static_cast<long long>(record.total));
+        } else {
+            std::fprintf(stderr, "\r\033[KAnalyse en cours… %lld/%lld %d %%",
+                         static_cast<long long>(record.completed), static_cast<long long>(record.total),
+                         static_cast<int>(record.fraction() * 100));
+        }
+        std::fflush(stderr);
+    }
+
+private:
+    bool m_isShown;
+    bool m_wasShown = false;
+    std::chrono::steady_clock::time_point m_shownAt;
+};
+
+/// The usual reasons in French whatever the locale; the others in the platform's words.
+std::string reasonOf(const SystemError& error)
+{
+    switch (error.code) {
+    case ENOENT: return "ce dossier n'existe pas";
+    case ENOTDIR: return "ce n'est pas un dossier";
+    case EACCES: return "accès refusé";
+    default: return error.message();
+    }
+}
+
+} // namespace
+
+std::optional<FileUrl> folder(const std::string& argument)
+{
+    std::error_code failed;
+    const std::filesystem::path path = std::filesystem::absolute(argument, failed);
+    const FileUrl url = FileUrl{path.native()}.standardized();
+    // Opened as named, since ".." behind a link is not what the text alone says.
+    const auto opened = openFolder(FileUrl{path.native()}, FolderAccess::throughOnly);
+    if (opened) {
+        return FileUrl{path.native()} == url ? url
+                                             : FileUrl{std::filesystem::canonical(path, failed).native()};
+    }
+    std::fprintf(stderr, "tallyroom-cli : %s : %s\n", Terminal::printable(argument).c_str(),
+                 reasonOf(opened.error()).c_str());
+    return std::nullopt;
+}
+
+ScanProgress follow(FileScanner::ScanStream stream, const ScanOptions& options,
+                    const Interruption& interruption)
+{
+    const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
+    ProgressLine line{!options.quiet && Terminal::errorIsTerminal()};
+    ScanProgress newest;
+    while (auto record = stream.next()) {
+        newest = std::move(*record);
+        line.show(newest);
+    }
+    return newest;
+}
+
+ExitCode print(const EntryList& entries, const ScanOptions& options, const TableStyle& style,
+               const Interruption& interruption)
+{
+    if (interruption.hasCome()) {
+        std::fputs("tallyroom-cli : analyse interrompue, la liste est incomplète.\n", stderr);
+    }
+    std::string text = EntryPrinter::text(entries, options.format, style);
+    if (!text.ends_with('\n') && Terminal::outputIsTerminal()) {
+        text.push_back('\n');
+    }
+    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (!written || std::fflush(stdout) != 0) {
+        std::fprintf(stderr, "tallyroom-cli : écriture impossible : %s\n",
+                     SystemError::last().message().c_str());
+        return ExitCode::failure;
+    }
+    return interruption.hasCome() ? ExitCode::interrupted : ExitCode::success;
+}
+
+} // namespace tallyroom::ScanCommand
+
+namespace tallyroom {
+
+ExitCode runUsage(const ScanOptions& options, const Interruption& interruption)
+{
+    const auto url = ScanCommand::folder(options.folder);
+    if (!url) {
+        return ExitCode::failure;
+    }
+    const ScanProgress found =
+        ScanCommand::follow(FileScanner::directEntriesStream(*url, false), options, interruption);
+    const TableStyle style{Terminal::columns(), Terminal::showsColours(), false};
+    return ScanCommand::print(found.entries, options, style, interruption);
+}
+
+} // namespace tallyroom

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "EntryPrinter.h"
+#include "ExitCode.h"
+#include "Interruption.h"
+#include "Scanning/FileScanner.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace tallyroom {
+
+/// What every scanning command takes.
+struct ScanOptions {
+    std::string folder;
+    OutputFormat format = OutputFormat::table;
+    bool quiet = false; ///< no progress, even on a terminal
+};
+
+/// What the commands that scan a folder have in common: they check it, follow the stream, and stop on Ctrl+C.
+namespace ScanCommand {
+
+/// The folder as an absolute location, or nothing after a message on standard error.
+[[nodiscard]] std::optional<FileUrl> folder(const std::string& argument);
+
+/// Follows a scan to its end with a line of progress on standard error, and returns its newest record.
+[[nodiscard]] ScanProgress follow(FileScanner::ScanStream stream, const ScanOptions& options,
+                                  const Interruption& interruption);
+
+/// Prints the entries, after a word on standard error when the scan was interrupted.
+[[nodiscard]] ExitCode print(const EntryList& entries, const ScanOptions& options, const TableStyle& style,
+                             const Interruption& interruption);
+
+} // namespace ScanCommand
+
+/// `usage`: the folder's direct children, largest first.
+[[nodiscard]] ExitCode runUsage(const ScanOptions& options, const Interruption& interruption);
+
+} // namespace tallyroom

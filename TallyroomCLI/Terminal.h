@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tallyroom {
+
+/// What the command line knows of the terminal it talks to.
+namespace Terminal {
+
+/// Standard output is a terminal that shows colours and the person wants them (no-color.org).
+[[nodiscard]] bool showsColours();
+
+[[nodiscard]] bool outputIsTerminal();
+[[nodiscard]] bool errorIsTerminal();
+
+/// Columns of the terminal, of COLUMNS, or 80.
+[[nodiscard]] std::size_t columns();
+
+/// A name as people can read it: control characters and bytes that are not UTF-8 as \n or \xff, so that no
+/// name can move the cursor or break a line.
+[[nodiscard]] std::string printable(std::string_view name);
+
+} // namespace Terminal
+
+} // namespace tallyroom

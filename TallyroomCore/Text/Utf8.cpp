@@ -1,0 +1,61 @@
+#include "Text/Utf8.h"
+
+namespace tallyroom::Utf8 {
+
+namespace {
+
+bool isWithin(unsigned char byte, unsigned char low, unsigned char high)
+{
+    return byte >= low && byte <= high;
+}
+
+} // namespace
+
+std::size_t characterLength(std::string_view text) noexcept
+{
+    if (text.empty()) {
+        return 0;
+    }
+    const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char first = byte(0);
+    if (first < 0x80) {
+        return 1;
+    }
+    std::size_t length = 0;
+    unsigned char low = 0x80;
+    unsigned char high = 0xBF;
+    if (isWithin(first, 0xC2, 0xDF)) {
+        length = 2;
+    } else if (isWithin(first, 0xE0, 0xEF)) {
+        length = 3;
+        low = first == 0xE0 ? 0xA0 : low;   // no overlong forms
+        high = first == 0xED ? 0x9F : high; // no surrogates
+    } else if (isWithin(first, 0xF0, 0xF4)) {
+        length = 4;
+        low = first == 0xF0 ? 0x90 : low;
+        high = first == 0xF4 ? 0x8F : high; // nothing beyond U+10FFFF
+    }
+    if (length == 0 || text.size() < length || !isWithin(byte(1), low, high)) {
+        return 0;
+    }
+    for (std::size_t i = 2; i < length; ++i) {
+        if (!isWithin(byte(i), 0x80, 0xBF)) {
+            return 0;
+        }
+    }
+    return length;
+}
+
+bool isValid(std::string_view text) noexcept
+{
+    while (!text.empty()) {
+        const std::size_t length = characterLength(text);
+        if (length == 0) {
+            return false;
+        }
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
+} // namespace tallyroom::Utf8

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace tallyroom::Utf8 {
+
+/// How many bytes the well-formed character at the start of `text` has (Unicode 15, table 3-7); 0 when the
+/// text is empty or begins with no such character.
+[[nodiscard]] std::size_t characterLength(std::string_view text) noexcept;
+
+/// True when all of `text` is well-formed.
+[[nodiscard]] bool isValid(std::string_view text) noexcept;
+
+} // namespace tallyroom::Utf8
