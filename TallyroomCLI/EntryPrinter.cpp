@@ -86,24 +86,56 @@ std::string tableLine(const Entry& entry, double fraction, std::size_t barWidth,
     return line.append(colour.empty() ? std::string_view{} : reset).append("\n");
 }
 
-} // namespace
+/// Collects text and writes it in pieces; remembers a failure.
+class Writer {
+public:
+    explicit Writer(std::FILE* output) : m_output(output) {}
 
-std::string table(const EntryList& entries, const TableStyle& style)
+    void add(std::string_view text)
+    {
+        m_waiting += text;
+        if (m_waiting.size() >= pieceSize) {
+            write();
+        }
+    }
+
+    bool finish()
+    {
+        write();
+        return m_isGood && std::fflush(m_output) == 0;
+    }
+
+private:
+    static constexpr std::size_t pieceSize = 64 * 1024;
+
+    void write()
+    {
+        m_isGood =
+            m_isGood && std::fwrite(m_waiting.data(), 1, m_waiting.size(), m_output) == m_waiting.size();
+        m_waiting.clear();
+    }
+
+    std::FILE* m_output;
+    std::string m_waiting;
+    bool m_isGood = true;
+};
+
+void addTable(const EntryList& entries, const TableStyle& style, Writer& writer)
 {
     const std::size_t barWidth =
         style.columns < leastWidthForBars ? 0 : std::min<std::size_t>(style.columns / 4, 30);
     const std::int64_t reference = SizeProportion::reference(entries);
-    std::string text;
     std::int64_t total = 0;
     for (const Entry& entry : entries) {
-        text += tableLine(entry, SizeProportion::fraction(entry.sizeBytes, reference), barWidth, style);
+        writer.add(tableLine(entry, SizeProportion::fraction(entry.sizeBytes, reference), barWidth, style));
         total = checkedSum(total, entry.sizeBytes);
     }
     const std::string count =
         std::to_string(entries.size()) + (entries.size() > 1 ? " éléments" : " élément");
-    return text + rightAligned(SizeFormatter::string(total), sizeWidth) + std::string(gap, ' ') + count +
-           "\n";
+    writer.add(rightAligned(SizeFormatter::string(total), sizeWidth) + std::string(gap, ' ') + count + "\n");
 }
+
+} // namespace
 
 std::string jsonLine(const Entry& entry)
 {
@@ -120,22 +152,30 @@ std::string jsonLine(const Entry& entry)
     return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
-std::string text(const EntryList& entries, OutputFormat format, const TableStyle& style)
+bool print(const EntryList& entries, OutputFormat format, const TableStyle& style, std::FILE* output)
 {
+    Writer writer{output};
     switch (format) {
     case OutputFormat::table:
-        return table(entries, style);
+        addTable(entries, style, writer);
+        break;
     case OutputFormat::csv:
-        return CSVExport::string(entries);
-    case OutputFormat::json: {
-        std::string lines;
+        writer.add(CSVExport::header);
         for (const Entry& entry : entries) {
-            lines.append(jsonLine(entry)).append("\n");
+            writer.add("\n");
+            writer.add(CSVExport::line(entry));
         }
-        return lines;
+        if (Terminal::outputIsTerminal()) {
+            writer.add("\n"); // a file has no line end after its last line, a prompt wants one before it
+        }
+        break;
+    case OutputFormat::json:
+        for (const Entry& entry : entries) {
+            writer.add(jsonLine(entry) + "\n");
+        }
+        break;
     }
-    }
-    return {};
+    return writer.finish();
 }
 
 } // namespace tallyroom::EntryPrinter

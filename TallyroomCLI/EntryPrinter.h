@@ -3,6 +3,7 @@
 #include "Model/EntryList.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 namespace tallyroom {
@@ -19,15 +20,14 @@ struct TableStyle {
 /// Lists as the command line prints them.
 namespace EntryPrinter {
 
-/// One line an entry: size, bar where the width allows, name; and a last line with the total.
-[[nodiscard]] std::string table(const EntryList& entries, const TableStyle& style);
-
 /// One object with name, path, url, sizeBytes, isDirectory and modifiedAt, on one line without its end.
 /// `url` is percent-encoded and loses no byte; in the other texts bytes that are not UTF-8 become U+FFFD.
 [[nodiscard]] std::string jsonLine(const Entry& entry);
 
-/// The entries in a format, with its line ends.
-[[nodiscard]] std::string text(const EntryList& entries, OutputFormat format, const TableStyle& style);
+/// Writes the entries in a format, piece by piece. A table has one line an entry (size, bar where the width
+/// allows, name) and a last one with the total. False when `output` takes no more; errno says why.
+[[nodiscard]] bool print(const EntryList& entries, OutputFormat format, const TableStyle& style,
+                         std::FILE* output);
 
 } // namespace EntryPrinter
 

@@ -59,10 +59,14 @@ private:
 std::string reasonOf(const SystemError& error)
 {
     switch (error.code) {
-    case ENOENT: return "ce dossier n'existe pas";
-    case ENOTDIR: return "ce n'est pas un dossier";
-    case EACCES: return "accès refusé";
-    default: return error.message();
+    case ENOENT:
+        return "ce dossier n'existe pas";
+    case ENOTDIR:
+        return "ce n'est pas un dossier";
+    case EACCES:
+        return "accès refusé";
+    default:
+        return error.message();
     }
 }
 
@@ -103,12 +107,7 @@ ExitCode print(const EntryList& entries, const ScanOptions& options, const Table
     if (interruption.hasCome()) {
         std::fputs("tallyroom-cli : analyse interrompue, la liste est incomplète.\n", stderr);
     }
-    std::string text = EntryPrinter::text(entries, options.format, style);
-    if (!text.ends_with('\n') && Terminal::outputIsTerminal()) {
-        text.push_back('\n');
-    }
-    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-    if (!written || std::fflush(stdout) != 0) {
+    if (!EntryPrinter::print(entries, options.format, style, stdout)) {
         std::fprintf(stderr, "tallyroom-cli : écriture impossible : %s\n",
                      SystemError::last().message().c_str());
         return ExitCode::failure;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <condition_variable>
 #include <functional>
 #include <iterator>
@@ -86,16 +87,17 @@ public:
         wake = StreamWake{m_state->wake};
     }
 
-    StreamWake enqueue(Record record)
+    StreamWake enqueue(std::vector<Record> records)
     {
         const std::scoped_lock lock{m_state->mutex};
-        if (m_state->stop.stop_requested()) {
+        if (records.empty() || m_state->stop.stop_requested()) {
             return {};
         }
-        m_state->waiting.push_back(std::move(record));
-        if (m_state->waiting.size() > 1) {
+        if (!m_state->waiting.empty()) {
+            std::ranges::move(records, std::back_inserter(m_state->waiting));
             return {};
         }
+        m_state->waiting = std::move(records);
         m_state->changed.notify_all();
         return StreamWake{m_state->wake};
     }
@@ -116,10 +118,16 @@ public:
     explicit ProgressSender(std::shared_ptr<detail::SendingEnd<Record>> end) : m_end(std::move(end)) {}
 
     /// Appends a record; never waits for the consumer. A record sent after the stream was dropped is lost.
-    void send(Record record) const { const StreamWake wake = enqueue(std::move(record)); }
+    void send(Record record) const
+    {
+        std::vector<Record> records;
+        records.push_back(std::move(record));
+        const StreamWake wake = enqueue(std::move(records));
+    }
 
-    /// The same for a producer that holds a lock: the wake-up fires when the result is destroyed.
-    StreamWake enqueue(Record record) const { return m_end->enqueue(std::move(record)); }
+    /// Appends several records in one step, for a producer that makes them under a lock of its own: the
+    /// wake-up fires when the result is destroyed.
+    StreamWake enqueue(std::vector<Record> records) const { return m_end->enqueue(std::move(records)); }
 
     /// Asks for a stop once the consumer has dropped the stream.
     [[nodiscard]] std::stop_token stopToken() const { return m_end->stopToken(); }

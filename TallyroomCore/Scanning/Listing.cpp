@@ -130,13 +130,16 @@ public:
 protected:
     void deliver(std::vector<Indexed> entries) override
     {
-        StreamWake wake;
+        std::vector<ScanProgress> records;
+        records.reserve(entries.size());
+        StreamWake wake; // outlives the lock
         const std::scoped_lock lock{m_mutex};
         for (Indexed& done : entries) {
             m_entries.append(std::move(done.entry));
             const auto completed = static_cast<std::int64_t>(m_entries.size());
-            wake = m_sender->enqueue({m_entries.snapshot(), completed, m_total, false});
+            records.push_back({m_entries.snapshot(), completed, m_total, false});
         }
+        wake = m_sender->enqueue(std::move(records));
     }
 
 private:
