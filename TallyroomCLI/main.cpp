@@ -4,6 +4,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 #include <map>
 
 namespace tallyroom {
@@ -32,17 +33,19 @@ void translateLabels(CLI::App& app)
 /// The French words for what is wrong with a command line.
 std::string complaint(const CLI::ParseError& error)
 {
-    const std::string name = error.get_name();
-    if (name == "RequiredError") {
+    // By exit code: the name of some errors is that of the command they concern.
+    const int code = error.get_exit_code();
+    const auto is = [code](CLI::ExitCodes wanted) { return code == static_cast<int>(wanted); };
+    if (is(CLI::ExitCodes::RequiredError)) {
         return "il manque une commande ou un dossier";
     }
-    if (name == "ExtrasError") {
+    if (is(CLI::ExitCodes::ExtrasError)) {
         return "un argument est de trop ou inconnu";
     }
-    if (name == "ValidationError" || name == "ConversionError") {
+    if (is(CLI::ExitCodes::ValidationError) || is(CLI::ExitCodes::ConversionError)) {
         return "une option a une valeur qu'elle n'accepte pas";
     }
-    if (name == "ArgumentMismatch") {
+    if (is(CLI::ExitCodes::ArgumentMismatch)) {
         return "une option attend une valeur";
     }
     return "ligne de commande incorrecte";
@@ -96,5 +99,7 @@ int run(int argc, char** argv)
 int main(int argc, char** argv)
 {
     std::setlocale(LC_ALL, "");
+    // Many threads share few heaps: what one of them frees, the next one uses.
+    ::mallopt(M_ARENA_MAX, 2);
     return tallyroom::run(argc, argv);
 }

@@ -1,0 +1,180 @@
+#include "FileSystem/FileDescriptor.h"
+#include "Model/FileUrl.h"
+#include "Support/TemporaryTree.h"
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <thread>
+#include <vector>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::HasSubstr;
+
+struct Answer {
+    int exitCode = -1;
+    std::string output;
+    std::string errors;
+};
+
+/// The real program, run with pipes in place of a terminal.
+class CommandLine {
+public:
+    explicit CommandLine(std::vector<std::string> arguments)
+    {
+        arguments.insert(arguments.begin(), TALLYROOM_CLI);
+        std::vector<char*> raw;
+        for (std::string& argument : arguments) {
+            raw.push_back(argument.data());
+        }
+        raw.push_back(nullptr);
+        std::array<int, 2> output{};
+        std::array<int, 2> errors{};
+        EXPECT_EQ(::pipe2(output.data(), O_CLOEXEC), 0);
+        EXPECT_EQ(::pipe2(errors.data(), O_CLOEXEC), 0);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&actions, errors[1], STDERR_FILENO);
+        EXPECT_EQ(::posix_spawn(&m_process, TALLYROOM_CLI, &actions, nullptr, raw.data(), environ), 0);
+        posix_spawn_file_actions_destroy(&actions);
+        ::close(output[1]);
+        ::close(errors[1]);
+        m_output = FileDescriptor{output[0]};
+        m_errors = FileDescriptor{errors[0]};
+    }
+
+    /// Returns once the program has started its workers, which is when it has begun to scan.
+    void waitForWorkers() const
+    {
+        const std::string tasks = "/proc/" + std::to_string(m_process) + "/task";
+        const auto count = [&tasks] {
+            std::error_code gone;
+            return std::distance(std::filesystem::directory_iterator{tasks, gone}, {});
+        };
+        while (count() < 8) {
+            std::this_thread::yield();
+        }
+    }
+
+    void signal(int number) const { ::kill(m_process, number); }
+
+    Answer finish()
+    {
+        Answer answer;
+        answer.output = readAll(m_output);
+        answer.errors = readAll(m_errors);
+        int status = 0;
+        ::waitpid(m_process, &status, 0);
+        answer.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        return answer;
+    }
+
+private:
+    static std::string readAll(const FileDescriptor& pipe)
+    {
+        std::string text;
+        std::array<char, 4096> piece{};
+        for (ssize_t read = 0; (read = ::read(pipe.get(), piece.data(), piece.size())) > 0;) {
+            text.append(piece.data(), static_cast<std::size_t>(read));
+        }
+        return text;
+    }
+
+    pid_t m_process = -1;
+    FileDescriptor m_output;
+    FileDescriptor m_errors;
+};
+
+Answer run(std::vector<std::string> arguments)
+{
+    return CommandLine{std::move(arguments)}.finish();
+}
+
+std::vector<std::string> lines(const std::string& text)
+{
+    std::vector<std::string> result;
+    std::size_t start = 0;
+    for (std::size_t end = 0; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+        result.push_back(text.substr(start, end - start));
+    }
+    result.push_back(text.substr(start));
+    return result;
+}
+
+TEST(CommandLine, ListsLargestFirstInEveryFormatAndLosesNoByte)
+{
+    const TemporaryTree tree{file("small\nname\xff", 5000), file("large,one.jpg", 200'000), folder("empty")};
+    const Answer table = run({"usage", tree.path()});
+    EXPECT_EQ(table.exitCode, 0);
+    EXPECT_EQ(table.errors, "");
+    const auto rows = lines(table.output);
+    ASSERT_EQ(rows.size(), 5U) << table.output;
+    EXPECT_THAT(rows[0], HasSubstr("large,one.jpg"));
+    EXPECT_THAT(rows[1], HasSubstr("small\\nname\\xff"));
+    EXPECT_THAT(rows[2], HasSubstr("empty/"));
+    EXPECT_THAT(rows[3], HasSubstr("3 éléments"));
+    EXPECT_THAT(table.output, testing::Not(HasSubstr("\033"))) << "no colours into a pipe";
+
+    const Answer csv = run({"usage", tree.path(), "--format", "csv"});
+    EXPECT_TRUE(csv.output.starts_with("Nom,Chemin,Taille (octets),Taille,Type,Modifié\n\"large,one.jpg\","));
+    EXPECT_THAT(csv.output, HasSubstr("\n\"small\nname\xff\","));
+    EXPECT_FALSE(csv.output.ends_with("\n"));
+
+    const auto objects = lines(run({"usage", tree.path(), "--format", "json"}).output);
+    ASSERT_EQ(objects.size(), 4U);
+    const std::string encoded = "\"url\":\"" + tree.url("small\nname\xff").percentEncoded() + "\"";
+    EXPECT_THAT(objects[1], HasSubstr(encoded));
+    EXPECT_THAT(objects[2], HasSubstr("\"isDirectory\":true"));
+}
+
+TEST(CommandLine, SaysInFrenchWhatIsWrongAndExitsAccordingly)
+{
+    const TemporaryTree tree{file("file", 1)};
+
+    struct Case {
+        std::vector<std::string> arguments;
+        int exitCode;
+        std::string words;
+    };
+
+    for (const Case& c :
+         {Case{{"usage", tree.path("missing")}, 1, "n'existe pas"},
+          Case{{"usage", tree.path("file")}, 1, "n'est pas un dossier"}, Case{{"usage"}, 2, "manque"},
+          Case{{}, 2, "manque"}, Case{{"usage", tree.path(), "--format", "xml"}, 2, "option"},
+          Case{{"usage", tree.path(), "--unknown"}, 2, "inconnu"}}) {
+        const Answer answer = run(c.arguments);
+        EXPECT_EQ(answer.exitCode, c.exitCode) << c.words;
+        EXPECT_THAT(answer.errors, HasSubstr(c.words));
+        EXPECT_EQ(answer.output, "");
+    }
+    EXPECT_EQ(run({"--version"}).output, "tallyroom-cli " TALLYROOM_VERSION "\n");
+    EXPECT_EQ(run({"usage", "--help"}).exitCode, 0);
+    EXPECT_EQ(run({"usage", "--", tree.path()}).exitCode, 0);
+}
+
+TEST(CommandLine, StopsWithinATenthOfASecond)
+{
+    CommandLine command{{"usage", "/", "--format", "json"}};
+    command.waitForWorkers();
+    const auto asked = std::chrono::steady_clock::now();
+    command.signal(SIGINT);
+    const Answer answer = command.finish();
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds{2})
+        << "a loaded machine's margin";
+    EXPECT_EQ(answer.exitCode, 130);
+    EXPECT_THAT(answer.errors, HasSubstr("incomplète"));
+}
+
+} // namespace
+
+} // namespace tallyroom
