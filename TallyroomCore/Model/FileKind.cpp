@@ -63,7 +63,8 @@ FileKind FileKind::of(const Entry& entry)
 
 FileKind FileKind::of(std::string_view extension)
 {
-    static const ExtensionMap map = buildExtensionMap();
+    // Never destroyed: a worker may still classify while the program leaves.
+    static const ExtensionMap& map = *new ExtensionMap{buildExtensionMap()};
     if (extension.size() > longestExtension) {
         return other;
     }
