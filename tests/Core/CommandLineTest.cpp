@@ -33,6 +33,7 @@ public:
     {
         arguments.insert(arguments.begin(), TALLYROOM_CLI);
         std::vector<char*> raw;
+        raw.reserve(arguments.size() + 1);
         for (std::string& argument : arguments) {
             raw.push_back(argument.data());
         }

@@ -74,7 +74,7 @@ TEST(FileKind, GoesByTheLastExtensionInAnyCaseAndByNothingElse)
 
 TEST(SizeFormatter, RoundsAfterItHasChosenTheUnit)
 {
-    const std::string comma = SizeFormatter::decimalSeparator();
+    const std::string& comma = SizeFormatter::decimalSeparator();
     const std::vector<std::pair<std::int64_t, std::string>> cases{
         {0, "0 o"},
         {999, "999 o"},
@@ -130,7 +130,7 @@ TEST(CSVExport, QuotesExactlyWhatNeedsItAndKeepsEveryByte)
     const Timestamp moment = std::chrono::sys_days{std::chrono::May / 1 / 2024} + 12h + 34min + 56s + 999ms;
     const std::vector entries{Entry{FileUrl{"/p/a,b.txt"}, "a,b.txt", 1500, false, moment},
                               Entry{FileUrl{"/p/d"}, "d", -1, true, {}}};
-    const std::string comma = SizeFormatter::decimalSeparator();
+    const std::string& comma = SizeFormatter::decimalSeparator();
     const std::string size = comma == "," ? "\"1,5 Ko\"" : "1" + comma + "5 Ko";
     EXPECT_EQ(CSVExport::string(entries), "Nom,Chemin,Taille (octets),Taille,Type,Modifié\n"
                                           "\"a,b.txt\",\"/p/a,b.txt\",1500," +
