@@ -24,3 +24,6 @@ find_program(MOLD_PROGRAM mold)
 if(MOLD_PROGRAM)
   target_link_options(tallyroom_settings INTERFACE -fuse-ld=mold)
 endif()
+
+# moc of Qt 6.4 stumbles over the standard library's <concepts>; it needs nothing of it.
+set(CMAKE_AUTOMOC_MOC_OPTIONS -D_GLIBCXX_CONCEPTS)
