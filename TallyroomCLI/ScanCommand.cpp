@@ -1,11 +1,11 @@
 #include "ScanCommand.h"
 
 #include "FileSystem/FolderReader.h"
+#include "ProgressLine.h"
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 
@@ -13,47 +13,14 @@ namespace tallyroom::ScanCommand {
 
 namespace {
 
-/// How often the line of progress is written anew.
-constexpr std::chrono::milliseconds progressInterval{100};
-
-/// One line on standard error that is written over and over, and gone at the end.
-class ProgressLine {
-public:
-    explicit ProgressLine(bool isShown) : m_isShown(isShown) {}
-
-    ProgressLine(const ProgressLine&) = delete;
-    ProgressLine& operator=(const ProgressLine&) = delete;
-
-    ~ProgressLine()
-    {
-        if (m_wasShown) {
-            std::fputs("\r\033[K", stderr);
-        }
+std::string progressText(const ScanProgress& record)
+{
+    if (record.isDiscovering) {
+        return "Recherche… " + std::to_string(record.total);
     }
-
-    void show(const ScanProgress& record)
-    {
-        const auto now = std::chrono::steady_clock::now();
-        if (!m_isShown || now - m_shownAt < progressInterval) {
-            return;
-        }
-        m_shownAt = now;
-        m_wasShown = true;
-        if (record.isDiscovering) {
-            std::fprintf(stderr, "\r\033[KRecherche… %lld", static_cast<long long>(record.total));
-        } else {
-            std::fprintf(stderr, "\r\033[KAnalyse en cours… %lld/%lld %d %%",
-                         static_cast<long long>(record.completed), static_cast<long long>(record.total),
-                         static_cast<int>(record.fraction() * 100));
-        }
-        std::fflush(stderr);
-    }
-
-private:
-    bool m_isShown;
-    bool m_wasShown = false;
-    std::chrono::steady_clock::time_point m_shownAt;
-};
+    return "Analyse en cours… " + std::to_string(record.completed) + "/" + std::to_string(record.total) +
+           " " + std::to_string(static_cast<int>(record.fraction() * 100)) + " %";
+}
 
 /// The usual reasons in French whatever the locale; the others in the platform's words.
 std::string reasonOf(const SystemError& error)
@@ -96,7 +63,7 @@ ScanProgress follow(FileScanner::ScanStream stream, const ScanOptions& options,
     ScanProgress newest;
     while (auto record = stream.next()) {
         newest = std::move(*record);
-        line.show(newest);
+        line.show([&newest] { return progressText(newest); });
     }
     return newest;
 }
@@ -107,7 +74,12 @@ ExitCode print(const EntryList& entries, const ScanOptions& options, const Table
     if (interruption.hasCome()) {
         std::fputs("tallyroom-cli : analyse interrompue, la liste est incomplète.\n", stderr);
     }
-    if (!EntryPrinter::print(entries, options.format, style, stdout)) {
+    return end(EntryPrinter::print(entries, options.format, style, stdout), interruption);
+}
+
+ExitCode end(bool isWritten, const Interruption& interruption)
+{
+    if (!isWritten) {
         std::fprintf(stderr, "tallyroom-cli : écriture impossible : %s\n",
                      SystemError::last().message().c_str());
         return ExitCode::failure;

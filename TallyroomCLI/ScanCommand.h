@@ -32,6 +32,9 @@ namespace ScanCommand {
 [[nodiscard]] ExitCode print(const EntryList& entries, const ScanOptions& options, const TableStyle& style,
                              const Interruption& interruption);
 
+/// How a command ends that has printed its result, or could not and left the reason in errno.
+[[nodiscard]] ExitCode end(bool isWritten, const Interruption& interruption);
+
 } // namespace ScanCommand
 
 /// `usage`: the folder's direct children, largest first.

@@ -1,4 +1,6 @@
+#include "KindsCommand.h"
 #include "ScanCommand.h"
+#include "VolumesCommand.h"
 
 #include <CLI/CLI.hpp>
 #include <clocale>
@@ -51,17 +53,22 @@ std::string complaint(const CLI::ParseError& error)
     return "ligne de commande incorrecte";
 }
 
-void addScanOptions(CLI::App& command, ScanOptions& options)
+void addFormat(CLI::App& command, OutputFormat& format)
 {
-    command.add_option("dossier", options.folder, "Dossier à analyser")->type_name("DOSSIER")->required();
     command
         .add_option_function<std::string>(
-            "--format", [&options](const std::string& name) { options.format = formats().at(name); },
+            "--format", [&format](const std::string& name) { format = formats().at(name); },
             "Forme du résultat : table, csv ou json (une ligne par élément)")
         ->type_name("table|csv|json")
         ->check([](const std::string& name) { return formats().contains(name) ? "" : name; });
-    command.add_flag("--quiet", options.quiet, "Ne pas montrer la progression");
     command.set_help_flag("-h,--help", "Afficher cette aide");
+}
+
+void addScanOptions(CLI::App& command, ScanOptions& options)
+{
+    command.add_option("dossier", options.folder, "Dossier à analyser")->type_name("DOSSIER")->required();
+    addFormat(command, options.format);
+    command.add_flag("--quiet", options.quiet, "Ne pas montrer la progression");
 }
 
 int run(int argc, char** argv)
@@ -80,6 +87,14 @@ int run(int argc, char** argv)
     usage->group("Commandes");
     addScanOptions(*usage, options);
     usage->callback([&] { code = runUsage(options, interruption); });
+    CLI::App* const kinds = app.add_subcommand("kinds", "Les types de fichiers qui remplissent un dossier");
+    kinds->group("Commandes");
+    addScanOptions(*kinds, options);
+    kinds->callback([&] { code = runKinds(options, interruption); });
+    CLI::App* const volumes = app.add_subcommand("volumes", "Les volumes montés et leur occupation");
+    volumes->group("Commandes");
+    addFormat(*volumes, options.format);
+    volumes->callback([&] { code = runVolumes(options.format, interruption); });
 
     try {
         app.parse(argc, argv);

@@ -105,6 +105,35 @@ std::string_view FileKind::rawValue() const noexcept
     return {};
 }
 
+std::string_view FileKind::displayName() const noexcept
+{
+    switch (m_value) {
+    case folder:
+        return "Dossiers";
+    case image:
+        return "Images";
+    case video:
+        return "Vidéos";
+    case audio:
+        return "Audio";
+    case archive:
+        return "Archives";
+    case code:
+        return "Code";
+    case document:
+        return "Documents";
+    case spreadsheet:
+        return "Tableurs";
+    case data:
+        return "Données";
+    case diskImage:
+        return "Images disque";
+    case other:
+        return "Autres";
+    }
+    return {};
+}
+
 std::string_view FileKind::symbolName() const noexcept
 {
     switch (m_value) {

@@ -44,6 +44,9 @@ public:
     /// The case's name.
     [[nodiscard]] std::string_view rawValue() const noexcept;
 
+    /// The French name of the kind's files, in the plural.
+    [[nodiscard]] std::string_view displayName() const noexcept;
+
     /// The name of the icon that stands for the kind.
     [[nodiscard]] std::string_view symbolName() const noexcept;
 

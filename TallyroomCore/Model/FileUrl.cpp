@@ -61,9 +61,7 @@ std::string_view FileUrl::lastPathComponent() const noexcept
 
 std::string_view FileUrl::pathExtension() const noexcept
 {
-    const std::string_view name = lastPathComponent();
-    const std::size_t dot = name.rfind('.');
-    return dot == std::string_view::npos || dot == 0 ? std::string_view{} : name.substr(dot + 1);
+    return nameExtension(lastPathComponent());
 }
 
 FileUrl FileUrl::standardized() const
@@ -119,6 +117,12 @@ bool FileUrl::isInside(const FileUrl& ancestor) const
 std::string FileUrl::percentEncoded() const
 {
     return "file://" + percentEncodedPath(m_path);
+}
+
+std::string_view nameExtension(std::string_view name) noexcept
+{
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string_view::npos || dot == 0 ? std::string_view{} : name.substr(dot + 1);
 }
 
 std::string percentEncodedPath(std::string_view path)

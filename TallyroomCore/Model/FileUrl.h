@@ -54,6 +54,9 @@ private:
     std::string m_path;
 };
 
+/// `FileUrl::pathExtension` of a bare name, as a listing tells it.
+[[nodiscard]] std::string_view nameExtension(std::string_view name) noexcept;
+
 /// Percent-encodes a path's bytes, "/" and the unreserved characters of RFC 3986 left as they are.
 [[nodiscard]] std::string percentEncodedPath(std::string_view path);
 

@@ -163,6 +163,34 @@ TEST(CommandLine, SaysInFrenchWhatIsWrongAndExitsAccordingly)
     EXPECT_EQ(run({"usage", "--", tree.path()}).exitCode, 0);
 }
 
+TEST(CommandLine, TellsTheKindsOfFilesInEveryFormat)
+{
+    const TemporaryTree tree{file("a.jpg", 200'000), file("b.zip", 100'000), file("c.zip", 90'000),
+                             folder("empty")};
+    const auto rows = lines(run({"kinds", tree.path()}).output);
+    ASSERT_EQ(rows.size(), 4U);
+    EXPECT_THAT(rows[0], testing::AllOf(HasSubstr("Images"), HasSubstr("1 fichier")));
+    EXPECT_THAT(rows[1], testing::AllOf(HasSubstr("Archives"), HasSubstr("2 fichiers")));
+    EXPECT_THAT(rows[2], HasSubstr("3 fichiers"));
+    EXPECT_TRUE(run({"kinds", tree.path(), "--format", "csv"})
+                    .output.starts_with("Type,Taille (octets),Taille,Fichiers\nImages,"));
+    EXPECT_TRUE(run({"kinds", tree.path(), "--format", "json"})
+                    .output.starts_with("{\"kind\":\"image\",\"totalBytes\":"));
+    EXPECT_EQ(run({"kinds", tree.path("empty"), "--format", "json"}).output, "");
+    EXPECT_EQ(run({"kinds", tree.path("a.jpg")}).exitCode, 1);
+}
+
+TEST(CommandLine, TellsTheVolumesInEveryFormat)
+{
+    const Answer table = run({"volumes"});
+    EXPECT_EQ(table.exitCode, 0);
+    EXPECT_THAT(lines(table.output)[0], testing::AllOf(HasSubstr("Capacité"), HasSubstr("Emplacement")));
+    EXPECT_THAT(table.output, HasSubstr("  /\n"));
+    EXPECT_THAT(run({"volumes", "--format", "csv"}).output, HasSubstr(",/,"));
+    EXPECT_THAT(run({"volumes", "--format", "json"}).output, HasSubstr("\"path\":\"/\""));
+    EXPECT_EQ(run({"volumes", "/"}).exitCode, 2);
+}
+
 TEST(CommandLine, StopsWithinATenthOfASecond)
 {
     CommandLine command{{"usage", "/", "--format", "json"}};
@@ -174,6 +202,14 @@ TEST(CommandLine, StopsWithinATenthOfASecond)
         << "a loaded machine's margin";
     EXPECT_EQ(answer.exitCode, 130);
     EXPECT_THAT(answer.errors, HasSubstr("incomplète"));
+
+    CommandLine kinds{{"kinds", "/"}};
+    kinds.waitForWorkers();
+    kinds.signal(SIGINT);
+    const Answer nothing = kinds.finish();
+    EXPECT_EQ(nothing.exitCode, 130);
+    EXPECT_EQ(nothing.output, "") << "half a breakdown tells nothing";
+    EXPECT_THAT(nothing.errors, HasSubstr("interrompue"));
 }
 
 } // namespace

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Concurrency/ProgressStream.h"
+#include "Model/FileKind.h"
+#include "Model/FileUrl.h"
+
+#include <cstdint>
+#include <future>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace tallyroom {
+
+/// What the files of one kind take together.
+struct CategorySize {
+    FileKind kind = FileKind::other;
+    std::int64_t totalBytes = 0; ///< allocated on disk
+    std::int64_t fileCount = 0;
+
+    friend bool operator==(const CategorySize&, const CategorySize&) = default;
+};
+
+/// Which kinds of files fill a folder.
+struct FolderSummary {
+    /// The kinds that occur: larger total first, then in the order in which FileKind declares them.
+    std::vector<CategorySize> categories;
+    std::int64_t totalBytes = 0;
+    std::int64_t totalFiles = 0;
+
+    friend bool operator==(const FolderSummary&, const FolderSummary&) = default;
+};
+
+/// Totals of a whole tree by kind of file.
+///
+/// Everything that is neither a folder nor a symbolic link is a file, FIFOs, sockets and devices too, and
+/// each of its names counts. Links are neither counted nor followed; folders called ".git", ".hg" and ".svn"
+/// are not entered, except the analysed folder itself. What cannot be read is passed over; a folder that
+/// cannot be opened gives the empty summary.
+///
+/// Any thread; the walk runs on the shared pool, one pass, O(files), no memory a file.
+namespace FolderAnalyzer {
+
+struct Progress {
+    enum class Phase : unsigned char { scanning, done };
+
+    std::int64_t scanned = 0;             ///< files counted so far
+    std::optional<FolderSummary> summary; ///< in the last record only
+    Phase phase = Phase::scanning;
+
+    friend bool operator==(const Progress&, const Progress&) = default;
+};
+
+/// A scanning record is sent each time that as many more files are counted.
+inline constexpr std::int64_t filesBetweenRecords = 4096;
+
+/// The summary of a folder; after a stop, of the part that was walked until then.
+[[nodiscard]] std::future<FolderSummary> summarize(const FileUrl& url, std::stop_token stop = {});
+
+/// One scanning record at 4096 files, one at 8192 and so on, in this order; then the done record with the
+/// summary, then the end. A cancelled stream ends without the done record.
+[[nodiscard]] ProgressStream<Progress> stream(const FileUrl& url);
+
+} // namespace FolderAnalyzer
+
+} // namespace tallyroom

@@ -1,0 +1,183 @@
+#include "Volumes/DeviceTraits.h"
+
+#include "FileSystem/FileDescriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <libudev.h>
+#include <linux/fs.h>
+#include <memory>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+namespace tallyroom {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Disks below logical volumes on mirrors on encrypted partitions: deeper is no machine but a loop.
+constexpr int deepestStack = 16;
+
+/// The first line of an attribute; empty when there is none.
+std::string attribute(const fs::path& file)
+{
+    std::string line;
+    std::ifstream stream{file};
+    std::getline(stream, line);
+    return line;
+}
+
+/// A step of a device's path that names a port for things that are plugged in ("usb3", "fw0").
+bool isPluggedBus(const std::string& step)
+{
+    return std::ranges::any_of(std::array{"usb", "fw"}, [&step](std::string_view bus) {
+        return step.size() > bus.size() && step.starts_with(bus) && step[bus.size()] >= '0' &&
+               step[bus.size()] <= '9';
+    });
+}
+
+bool isExternalDisk(fs::path disk, const fs::path& devices)
+{
+    if (fs::exists(disk / "partition")) {
+        disk = disk.parent_path();
+    }
+    // A card of "MMC" type is soldered to the board, a card of "SD" type is put into a slot.
+    if (attribute(disk / "removable") == "1" || attribute(disk / "device/type") == "SD") {
+        return true;
+    }
+    for (fs::path step = disk; step != devices && step.has_relative_path(); step = step.parent_path()) {
+        if (isPluggedBus(step.filename()) || attribute(step / "removable") == "removable") {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// What a logical device is made of; empty for a disk and its partitions.
+std::vector<fs::path> devicesBelow(const fs::path& device)
+{
+    std::vector<fs::path> below;
+    std::error_code none;
+    for (fs::directory_iterator it{device / "slaves", none}, end; !none && it != end; it.increment(none)) {
+        if (const fs::path target = fs::canonical(it->path(), none); !none) {
+            below.push_back(target);
+        }
+    }
+    return below;
+}
+
+using Udev = std::unique_ptr<udev, decltype([](udev* context) { udev_unref(context); })>;
+using UdevDevice =
+    std::unique_ptr<udev_device, decltype([](udev_device* device) { udev_device_unref(device); })>;
+
+int hexDigit(char digit)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    const std::size_t value = digits.find(static_cast<char>(digit | 0x20));
+    return value == std::string_view::npos ? -1 : static_cast<int>(value);
+}
+
+/// Undoes \x20 and the like.
+std::string decoded(std::string_view text)
+{
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isEscape = text.substr(i).starts_with("\\x") && i + 3 < text.size() &&
+                              hexDigit(text[i + 2]) >= 0 && hexDigit(text[i + 3]) >= 0;
+        if (isEscape) {
+            bytes.push_back(static_cast<char>(hexDigit(text[i + 2]) * 16 + hexDigit(text[i + 3])));
+            i += 3;
+        } else {
+            bytes.push_back(text[i]);
+        }
+    }
+    return bytes;
+}
+
+std::string labelInUdev(dev_t device)
+{
+    const Udev context{udev_new()};
+    const UdevDevice found{context ? udev_device_new_from_devnum(context.get(), 'b', device) : nullptr};
+    const char* const label =
+        found ? udev_device_get_property_value(found.get(), "ID_FS_LABEL_ENC") : nullptr;
+    return label == nullptr ? std::string{} : decoded(label);
+}
+
+std::string labelInFileSystem(const std::string& mountPoint)
+{
+    const FileDescriptor folder{::open(mountPoint.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    std::array<char, FSLABEL_MAX + 1> label{};
+    if (!folder.isOpen() || ::ioctl(folder.get(), FS_IOC_GETFSLABEL, label.data()) != 0) {
+        return {};
+    }
+    return label.data();
+}
+
+/// The number of the block device behind a mount: where the mount has none (btrfs), its source's.
+std::optional<dev_t> blockDevice(const Mount& mount)
+{
+    const auto majorNumber = static_cast<unsigned>(mount.device >> 32U);
+    if (majorNumber != 0) {
+        return ::makedev(majorNumber, static_cast<unsigned>(mount.device));
+    }
+    struct stat status = {};
+    if (mount.source.starts_with("/dev/") && ::stat(mount.source.c_str(), &status) == 0 &&
+        S_ISBLK(status.st_mode)) {
+        return status.st_rdev;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<bool> isInternalDevice(std::uint64_t device, const std::string& sysfs)
+{
+    std::error_code unknown;
+    const fs::path devices = fs::canonical(fs::path{sysfs} / "devices", unknown);
+    const fs::path start =
+        fs::canonical(fs::path{sysfs} / "dev/block" /
+                          (std::to_string(device >> 32U) + ":" + std::to_string(device & 0xFFFF'FFFFU)),
+                      unknown);
+    if (unknown) {
+        return std::nullopt;
+    }
+    std::vector<fs::path> level{start};
+    for (int depth = 0; depth < deepestStack && !level.empty(); ++depth) {
+        std::vector<fs::path> next;
+        for (const fs::path& part : level) {
+            std::vector<fs::path> below = devicesBelow(part);
+            if (below.empty() && isExternalDisk(part, devices)) {
+                return false;
+            }
+            std::ranges::move(below, std::back_inserter(next));
+        }
+        level = std::move(next);
+    }
+    return true;
+}
+
+DeviceTraits deviceTraits(const Mount& mount)
+{
+    DeviceTraits traits;
+    const auto device = blockDevice(mount);
+    if (!device) {
+        return traits;
+    }
+    std::string label = labelInUdev(*device);
+    if (label.empty()) {
+        label = labelInFileSystem(mount.mountPoint);
+    }
+    if (!label.empty()) {
+        traits.label = std::move(label);
+    }
+    traits.isInternal = isInternalDevice((std::uint64_t{major(*device)} << 32U) | minor(*device));
+    return traits;
+}
+
+} // namespace tallyroom

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Model/FileUrl.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tallyroom {
+
+/// One mount as the kernel tells it (proc_pid_mountinfo(5)). All texts are bytes, their escapes undone.
+struct Mount {
+    int id = 0;
+    int parentId = 0;         ///< the mount that it was mounted on
+    std::uint64_t device = 0; ///< major number × 2^32 + minor number; major 0 when no block device is behind
+    std::string root;         ///< the folder of the file system that it shows; "/" for all of it
+    std::string mountPoint;   ///< where it is seen; absolute
+    std::string type;         ///< "ext4", "nfs4", "fuse.sshfs"
+    std::string source;       ///< "/dev/sda1", "server:/export", or anything else
+    std::string subvolume;    ///< of btrfs: the subvolume that holds `root`
+
+    friend bool operator==(const Mount&, const Mount&) = default;
+};
+
+/// The mounts of this machine. Any thread; nothing here touches a mounted file system, so nothing waits.
+namespace MountTable {
+
+/// The mounts of a file in the form of /proc/self/mountinfo, in its order. Lines that make no sense are left
+/// out; a file that cannot be read has no mounts.
+[[nodiscard]] std::vector<Mount> read(const std::string& path = "/proc/self/mountinfo");
+
+/// The mounts that a path still reaches: those that no later mount covers. O(n × depth).
+[[nodiscard]] std::vector<Mount> reachable(const std::vector<Mount>& mounts);
+
+/// The mount that holds a location, by the texts alone: of `mounts`, all reachable, the deepest above it.
+[[nodiscard]] std::optional<Mount> holding(const FileUrl& url, const std::vector<Mount>& mounts);
+
+} // namespace MountTable
+
+} // namespace tallyroom

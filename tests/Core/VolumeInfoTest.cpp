@@ -1,0 +1,403 @@
+#include "Volumes/VolumeInfo.h"
+
+#include "Support/TemporaryTree.h"
+#include "Volumes/VolumeMounts.h"
+
+#include <algorithm>
+#include <atomic>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <latch>
+#include <map>
+#include <sys/statvfs.h>
+
+namespace tallyroom {
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+/// What a test waits for in the worst case; no test takes that long unless it fails.
+constexpr auto ample = 60s;
+
+std::vector<Mount> parsed(const std::string& text)
+{
+    const TemporaryTree tree{file("mountinfo", text)};
+    return MountTable::read(tree.path("mountinfo"));
+}
+
+std::vector<std::string> places(const std::vector<Mount>& mounts)
+{
+    std::vector<std::string> result;
+    std::ranges::transform(mounts, std::back_inserter(result), &Mount::mountPoint);
+    return result;
+}
+
+std::vector<std::string> listedPlaces(const std::string& text)
+{
+    return places(VolumeMounts::listed(MountTable::reachable(parsed(text))));
+}
+
+/// An encrypted disk with logical volumes, on a laptop with snaps, containers and what a person plugs in.
+constexpr const char* laptop = R"(24 31 0:22 / /sys rw,nosuid,nodev,noexec,relatime shared:7 - sysfs sysfs rw
+25 31 0:23 / /proc rw,nosuid,nodev,noexec,relatime shared:14 - proc proc rw
+26 31 0:5 / /dev rw,nosuid,relatime shared:2 - devtmpfs udev rw,size=8042304k,nr_inodes=2010576,mode=755
+27 26 0:24 / /dev/pts rw,nosuid,noexec,relatime shared:3 - devpts devpts rw,gid=5,mode=620,ptmxmode=000
+28 31 0:25 / /run rw,nosuid,nodev,noexec,relatime shared:5 - tmpfs tmpfs rw,size=1613412k,mode=755
+31 1 254:1 / / rw,relatime shared:1 - ext4 /dev/mapper/laptop--vg-root rw,errors=remount-ro
+32 24 0:26 / /sys/fs/cgroup rw,nosuid,nodev,noexec,relatime shared:9 - cgroup2 cgroup2 rw
+40 25 0:33 / /proc/sys/fs/binfmt_misc rw,relatime shared:15 - autofs systemd-1 rw,fd=29,direct
+41 26 0:34 / /dev/hugepages rw,relatime shared:16 - hugetlbfs hugetlbfs rw,pagesize=2M
+60 31 7:0 / /snap/core22/1033 ro,nodev,relatime shared:30 - squashfs /dev/loop0 ro,errors=continue
+61 31 7:1 / /var/lib/snapd/snap/firefox/1 ro,nodev,relatime shared:31 - squashfs /dev/loop1 ro
+62 31 259:2 / /boot rw,relatime shared:33 - ext2 /dev/nvme0n1p2 rw
+63 62 259:1 / /boot/efi rw,relatime shared:35 - vfat /dev/nvme0n1p1 rw,fmask=0077,dmask=0077
+64 31 254:3 / /home rw,relatime shared:37 - ext4 /dev/mapper/laptop--vg-home rw
+65 31 254:3 /ada/www /srv/www rw,relatime shared:37 - ext4 /dev/mapper/laptop--vg-home rw
+66 31 254:3 / /mnt/second\040look rw,relatime shared:37 - ext4 /dev/mapper/laptop--vg-home rw
+70 31 0:50 / /var/lib/docker/overlay2/5f/merged rw,relatime - overlay overlay rw,lowerdir=/a:/b,upperdir=/c
+71 28 0:51 / /run/docker/netns/default rw shared:40 - nsfs nsfs rw
+72 28 0:52 / /run/user/1000 rw,nosuid,nodev,relatime shared:41 - tmpfs tmpfs rw,size=1613408k,mode=700
+73 72 0:53 / /run/user/1000/gvfs rw,nosuid,nodev,relatime shared:42 - fuse.gvfsd-fuse gvfsd-fuse rw,user_id=1000
+74 72 0:54 / /run/user/1000/doc rw,nosuid,nodev,relatime shared:43 - fuse.portal portal rw,user_id=1000
+75 28 8:17 / /run/media/ada/CL\303\211\040USB rw,nosuid,nodev,relatime shared:44 - fuseblk /dev/sdb1 rw,user_id=0
+76 31 0:60 / /net rw,relatime shared:45 - autofs /etc/auto.net rw,fd=6,indirect
+77 76 0:61 / /net/nas/photos rw,relatime shared:46 - nfs4 nas:/photos rw,vers=4.2,addr=192.168.1.9
+78 31 0:62 / /mnt/partage rw,relatime shared:47 - cifs //nas/partage rw,vers=3.1.1
+79 31 0:63 / /mnt/serveur rw,nosuid,nodev,relatime shared:48 - fuse.sshfs ada@serveur:/ rw,user_id=1000
+80 31 0:63 / /mnt/encore rw,nosuid,nodev,relatime shared:48 - fuse.sshfs ada@serveur:/ rw,user_id=1000
+81 31 7:5 / /mnt/image ro,relatime shared:49 - iso9660 /dev/loop5 ro
+82 31 0:64 / /tmp/.mount_App ro,nosuid,nodev,relatime shared:50 - fuse.Some.AppImage Some.AppImage ro
+)";
+
+TEST(VolumeMounts, OnALaptopDisksAndSharesAreListedAndNothingElse)
+{
+    EXPECT_THAT(listedPlaces(laptop), ElementsAre("/", "/boot", "/home", "/run/media/ada/CLÉ USB",
+                                                  "/net/nas/photos", "/mnt/partage", "/mnt/encore"));
+    const auto mounts = parsed(laptop);
+    ASSERT_EQ(mounts.size(), 29U);
+    EXPECT_EQ(mounts[5],
+              (Mount{31, 1, (254ULL << 32U) | 1, "/", "/", "ext4", "/dev/mapper/laptop--vg-root", ""}));
+    EXPECT_EQ(VolumeMounts::classOf(mounts.back()), MountClass::hidden);
+}
+
+TEST(VolumeMounts, OfSubvolumesAndDatasetsTheRootStandsForAll)
+{
+    EXPECT_THAT(
+        listedPlaces("30 1 0:27 /@ / rw - btrfs /dev/nvme0n1p2 rw,subvolid=256,subvol=/@\n"
+                     "31 30 0:27 /@home /home rw - btrfs /dev/nvme0n1p2 rw,subvolid=257,subvol=/@home\n"
+                     "32 30 0:28 / /srv rw - btrfs /dev/sdb rw,subvolid=5,subvol=/\n"
+                     "33 30 0:28 /backup /a rw - btrfs /dev/sdb rw,subvolid=5,subvol=/\n"
+                     "34 30 0:29 /@x /data/x rw - btrfs /dev/sdc rw,subvolid=9,subvol=/@x\n"
+                     "35 30 0:29 /@y /data rw - btrfs /dev/sdc rw,subvolid=8,subvol=/@y\n"),
+        ElementsAre("/", "/srv", "/data"))
+        << "a part of a subvolume is a bind mount, however short its place";
+    EXPECT_THAT(listedPlaces("40 1 0:40 / / rw - zfs rpool/ROOT/debian rw\n"
+                             "41 40 0:41 / /home rw - zfs rpool/USERDATA/home rw\n"
+                             "42 40 0:42 / /tank rw - zfs tank rw\n"
+                             "43 42 0:43 / /tank/.zfs/snapshot/monday ro - zfs tank@monday ro\n"),
+                ElementsAre("/", "/tank"));
+}
+
+TEST(VolumeMounts, InAContainerTheRootIsListedWhateverItIs)
+{
+    const std::string bindMounts = "11 10 8:1 /var/lib/docker/c/hosts /etc/hosts rw - ext4 /dev/sda1 rw\n"
+                                   "12 10 8:1 /srv/project /work rw - ext4 /dev/sda1 rw\n"
+                                   "13 10 0:70 / /proc rw - proc proc rw\n";
+    for (const std::string root :
+         {"0:60 / / rw - overlay overlay rw,lowerdir=/a", "0:61 / / rw - tmpfs tmpfs rw",
+          "8:1 /rootfs / rw - ext4 /dev/sda1 rw", "0:62 / / rw - fuse.fuse-overlayfs fuse-overlayfs rw",
+          "7:3 / / ro - squashfs /dev/loop3 ro"}) {
+        EXPECT_THAT(listedPlaces("10 9 " + root + "\n" + bindMounts), ElementsAre("/")) << root;
+    }
+}
+
+TEST(MountTable, WhatALaterMountCoversIsOutOfReach)
+{
+    EXPECT_THAT(places(MountTable::reachable(parsed("1 1 0:1 / / rw - rootfs rootfs rw\n"
+                                                    "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+                                                    "21 20 8:2 / /mnt/inner rw - ext4 /dev/sda2 rw\n"
+                                                    "22 21 8:3 / /mnt/inner/deep rw - ext4 /dev/sda3 rw\n"
+                                                    "23 20 8:4 / /mnt rw - ext4 /dev/sda4 rw\n"
+                                                    "24 20 8:5 / /mntx rw - ext4 /dev/sda5 rw\n"
+                                                    "25 24 8:6 / /mntx rw - ext4 /dev/sda6 rw\n"))),
+                ElementsAre("/", "/mnt", "/mntx"));
+    EXPECT_EQ(listedPlaces("20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+                           "21 20 0:9 / /home rw - autofs auto rw\n"
+                           "22 21 0:10 / /home rw - nfs4 nas:/home rw\n"),
+              (std::vector<std::string>{"/", "/home"}));
+}
+
+TEST(MountTable, ForeignTextNeitherCrashesNorEndsTheTable)
+{
+    EXPECT_THAT(parsed(""), IsEmpty());
+    EXPECT_THAT(MountTable::read("/nothing/here"), IsEmpty());
+    EXPECT_THAT(MountTable::read("/"), IsEmpty());
+    const std::string good = "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n";
+    for (const std::string& bad : {std::string{"\n\n#\n"}, std::string{"20 1\n"}, std::string{"x y z\n"},
+                                   std::string{"7 7 8:1 / "}, std::string{"\xff\xfe\0\x01\n", 5},
+                                   "21 20 8:2 / " + std::string(9000, 'a') + " rw - ext4 x rw\n"}) {
+        EXPECT_LE(MountTable::reachable(parsed(bad)).size(), 1U) << bad;
+        EXPECT_GE(parsed(good + bad).size(), 1U) << bad;
+    }
+    // Two mounts that lie on each other, and two with one number: a table that is no tree.
+    EXPECT_THAT(MountTable::reachable(parsed("5 6 8:1 / /a rw - ext4 /dev/a rw\n"
+                                             "6 5 8:2 / /a/b rw - ext4 /dev/b rw\n")),
+                IsEmpty());
+    EXPECT_THAT(places(MountTable::reachable(parsed("5 1 8:1 / / rw - ext4 /dev/a rw\n"
+                                                    "5 5 8:2 / /b rw - ext4 /dev/b rw\n"
+                                                    "6 5 8:3 / /c rw - ext4 /dev/c rw\n"))),
+                testing::Contains("/c"));
+}
+
+TEST(DeviceTraits, ADiskIsExternalByItsPortItsFlagOrWhatIsBelow)
+{
+    TemporaryTree sys{folder("dev/block")};
+    const auto addDisk = [&sys](const std::string& path, const std::string& name, const std::string& number) {
+        sys.add(folder("devices/" + path + "/" + name));
+        sys.add(link("dev/block/" + number, "../../devices/" + path + "/" + name));
+    };
+    addDisk("pci0/nvme/nvme0", "nvme0n1", "259:0");
+    addDisk("pci0/nvme/nvme0/nvme0n1", "nvme0n1p3", "259:3");
+    sys.add(file("devices/pci0/nvme/nvme0/nvme0n1/nvme0n1p3/partition", "3\n"));
+    sys.add(file("devices/pci0/nvme/nvme0/nvme0n1/removable", "0\n"));
+    addDisk("pci0/usb2/2-1/host6/block/sdb", "sdb1", "8:17");
+    addDisk("pci0/ata1/sr0", "sr0", "11:0");
+    sys.add(file("devices/pci0/ata1/sr0/sr0/removable", "1\n"));
+    addDisk("pci1/tb/nvme/nvme1", "nvme1n1", "259:8");
+    sys.add(file("devices/pci1/tb/removable", "removable\n"));
+    addDisk("mmc_host/mmc0/block", "mmcblk0", "179:0");
+    sys.add(file("devices/mmc_host/mmc0/block/mmcblk0/device/type", "MMC\n"));
+    addDisk("mmc_host/mmc1/block", "mmcblk1", "179:8");
+    sys.add(file("devices/mmc_host/mmc1/block/mmcblk1/device/type", "SD\n"));
+    addDisk("virtual/block", "dm-0", "254:0"); // encrypted, on the NVMe disk
+    sys.add(
+        link("devices/virtual/block/dm-0/slaves/nvme0n1p3", "../../../../pci0/nvme/nvme0/nvme0n1/nvme0n1p3"));
+    addDisk("virtual/block", "dm-1", "254:1"); // a logical volume on it
+    sys.add(link("devices/virtual/block/dm-1/slaves/dm-0", "../../dm-0"));
+    addDisk("virtual/block", "md0", "9:0"); // mirrored on the stick
+    sys.add(link("devices/virtual/block/md0/slaves/dm-1", "../../dm-1"));
+    sys.add(link("devices/virtual/block/md0/slaves/sdb1", "../../../../pci0/usb2/2-1/host6/block/sdb/sdb1"));
+    addDisk("virtual/block", "dm-9", "254:9"); // lies on itself
+    sys.add(link("devices/virtual/block/dm-9/slaves/dm-9", "../../dm-9"));
+
+    const auto isInternal = [&sys](std::uint64_t majorNumber, std::uint64_t minorNumber) {
+        return isInternalDevice((majorNumber << 32U) | minorNumber, sys.path());
+    };
+    EXPECT_EQ(isInternal(259, 0), true);
+    EXPECT_EQ(isInternal(259, 3), true);
+    EXPECT_EQ(isInternal(8, 17), false) << "USB";
+    EXPECT_EQ(isInternal(11, 0), false) << "optical";
+    EXPECT_EQ(isInternal(259, 8), false) << "Thunderbolt";
+    EXPECT_EQ(isInternal(179, 0), true) << "soldered";
+    EXPECT_EQ(isInternal(179, 8), false) << "SD card";
+    EXPECT_EQ(isInternal(254, 1), true) << "logical on encrypted on NVMe";
+    EXPECT_EQ(isInternal(9, 0), false) << "half of the mirror can be pulled out";
+    EXPECT_EQ(isInternal(254, 9), true) << "ends";
+    EXPECT_EQ(isInternal(1, 2), std::nullopt);
+}
+
+/// Sources that tests fill; what they share lives as long as the last question.
+struct Machine {
+    std::string table;
+    std::map<std::string, VolumeFigures> figures;
+    std::map<std::string, DeviceTraits> traits;
+    std::string home = "/";
+    std::string dead; ///< this mount point does not answer before `revival`
+    std::latch revival{1};
+    std::atomic<int> deadAsked = 0;
+
+    VolumeFigures answer(const Mount& mount)
+    {
+        if (mount.mountPoint == dead) {
+            ++deadAsked;
+            revival.wait();
+        }
+        const auto found = figures.find(mount.mountPoint);
+        return found == figures.end() ? VolumeFigures{} : found->second;
+    }
+
+    [[nodiscard]] DeviceTraits said(const Mount& mount) const
+    {
+        const auto found = traits.find(mount.mountPoint);
+        return found == traits.end() ? DeviceTraits{} : found->second;
+    }
+
+    /// `patience` is for shares.
+    static VolumeSources sources(const std::shared_ptr<Machine>& machine,
+                                 std::chrono::milliseconds patience = ample)
+    {
+        return {[machine] { return parsed(machine->table); },
+                [machine](const Mount& mount) { return machine->answer(mount); },
+                [machine](const Mount& mount) { return machine->said(mount); },
+                [machine] { return FileUrl{machine->home}; },
+                [](const FileUrl& url) { return url; },
+                std::make_shared<PatientCalls>(2, ample),
+                std::make_shared<PatientCalls>(2, patience)};
+    }
+};
+
+std::vector<std::string> names(const std::vector<VolumeUsage>& volumes)
+{
+    std::vector<std::string> result;
+    std::ranges::transform(volumes, std::back_inserter(result), &VolumeUsage::name);
+    return result;
+}
+
+std::shared_ptr<Machine> severalDisks()
+{
+    auto machine = std::make_shared<Machine>();
+    machine->table = "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+                     "21 20 8:2 / /usb rw - ext4 /dev/sdb1 rw\n"
+                     "22 20 8:3 / /b rw - ext4 /dev/sdc1 rw\n"
+                     "23 20 8:4 / /a rw - ext4 /dev/sdd1 rw\n"
+                     "24 20 8:5 / /big rw - ext4 /dev/sde1 rw\n"
+                     "25 20 8:6 / /empty rw - ext4 /dev/sdf1 rw\n"
+                     "26 20 8:7 / /unreadable rw - ext4 /dev/sdg1 rw\n"
+                     "27 20 0:9 / /mnt/nas rw - nfs4 nas:/ rw\n";
+    machine->figures = {{"/", {500, 100}},        {"/usb", {2000, 100}},  {"/b", {300, {}}},
+                        {"/a", {300, 400}},       {"/big", {1000, 10}},   {"/empty", {0, 0}},
+                        {"/unreadable", {{}, 5}}, {"/mnt/nas", {9000, 1}}};
+    machine->traits["/usb"] = {"CLÉ", false};
+    machine->traits["/mnt/nas"] = {std::nullopt, true}; // whatever a device might say of a share
+    machine->traits["/"] = {std::nullopt, false};
+    return machine;
+}
+
+TEST(VolumeInfo, ListsInternalOnesFirstThenLargerOnesThenInTheTablesOrder)
+{
+    const auto volumes = VolumeInfo::current(ample, Machine::sources(severalDisks()));
+    EXPECT_THAT(names(volumes), ElementsAre("big", "Système", "b", "a", "nas", "CLÉ"));
+    EXPECT_EQ(volumes[0], (VolumeUsage{"big", FileUrl{"/big"}, 1000, 10, true}));
+    EXPECT_EQ(volumes[5], (VolumeUsage{"CLÉ", FileUrl{"/usb"}, 2000, 100, false}));
+    EXPECT_TRUE(volumes[1].isInternal) << "what the machine runs from belongs to it";
+    EXPECT_FALSE(volumes[4].isInternal);
+
+    EXPECT_EQ(volumes[2].availableBytes, 0) << "nothing said of the room left";
+    EXPECT_EQ(volumes[2].usedFraction(), 1.0);
+    EXPECT_EQ(volumes[3].usedBytes(), 0) << "more room left than there is";
+    EXPECT_EQ(volumes[3].usedFraction(), 0.0);
+    EXPECT_EQ(VolumeUsage{}.usedFraction(), 0.0);
+}
+
+TEST(VolumeInfo, TheMainVolumeHoldsTheHomeFolderAndIsTheOneThatIsListed)
+{
+    const auto machine = std::make_shared<Machine>();
+    machine->table = "30 1 0:27 /@ / rw - btrfs /dev/nvme0n1p2 rw,subvol=/@\n"
+                     "31 30 0:27 /@home /home rw - btrfs /dev/nvme0n1p2 rw,subvol=/@home\n"
+                     "32 31 8:2 / /home/bob rw - ext4 /dev/sdb1 rw\n"
+                     "33 31 0:30 / /home/live rw - tmpfs tmpfs rw\n"
+                     "34 31 8:3 / /home/ill rw - ext4 /dev/sdc1 rw\n";
+    machine->figures = {{"/", {500, 100}}, {"/home/bob", {900, 1}}, {"/home/live", {5, 5}}};
+    const std::map<std::string, std::string> expected{{"/home/ada", "/"},
+                                                      {"/home/bobby", "/"},
+                                                      {"/home/bob", "/home/bob"},
+                                                      {"/home/bob/work/", "/home/bob"},
+                                                      {"/home/live", "/home/live"}};
+    for (const auto& [home, place] : expected) {
+        machine->home = home;
+        const auto found = VolumeInfo::main(ample, Machine::sources(machine));
+        ASSERT_TRUE(found.has_value()) << home;
+        EXPECT_EQ(found->url.path(), place) << home;
+    }
+    EXPECT_THAT(names(VolumeInfo::current(ample, Machine::sources(machine))), ElementsAre("bob", "Système"));
+    machine->home = "/home/ill";
+    EXPECT_EQ(VolumeInfo::main(ample, Machine::sources(machine)), std::nullopt);
+    machine->table.clear();
+    EXPECT_EQ(VolumeInfo::main(ample, Machine::sources(machine)), std::nullopt);
+    EXPECT_THAT(VolumeInfo::current(ample, Machine::sources(machine)), IsEmpty());
+}
+
+TEST(VolumeInfo, ADeadShareIsLeftOutAskedOnceAndListedWhenItIsBack)
+{
+    const auto machine = severalDisks();
+    machine->dead = "/mnt/nas";
+    const VolumeSources sources = Machine::sources(machine, 0ms);
+    for (int round = 0; round < 20; ++round) {
+        EXPECT_THAT(names(VolumeInfo::current(20ms, sources)), testing::Not(testing::Contains("nas")));
+    }
+    EXPECT_EQ(machine->deadAsked, 1) << "one thread hangs, not one a call";
+
+    // What is known to hang is not waited for.
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THAT(names(VolumeInfo::current(ample, sources)), ElementsAre("big", "Système", "b", "a", "CLÉ"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, ample / 2);
+
+    machine->revival.count_down();
+    while (VolumeInfo::current(ample, sources).size() < 6) {
+        std::this_thread::yield();
+    }
+}
+
+TEST(VolumeInfo, AStreamReportsWhatAnswersAndEndsWithoutTheRest)
+{
+    const auto machine = severalDisks();
+    machine->dead = "/mnt/nas";
+    auto stream = VolumeInfo::stream(ample, Machine::sources(machine));
+    std::optional<VolumeReport> report;
+    do {
+        report = stream.next();
+        ASSERT_TRUE(report.has_value());
+    } while (report->unanswered > 1);
+    EXPECT_THAT(names(report->volumes), ElementsAre("big", "Système", "b", "a", "CLÉ"));
+    ASSERT_TRUE(report->mainVolume.has_value());
+    EXPECT_EQ(report->mainVolume->name, "Système");
+    machine->revival.count_down();
+    report = stream.next();
+    ASSERT_TRUE(report.has_value());
+    EXPECT_EQ(report->unanswered, 0);
+    EXPECT_EQ(report->volumes.size(), 6U);
+    EXPECT_EQ(stream.next(), std::nullopt);
+}
+
+TEST(VolumeInfo, AStreamGivesAFirstReportAndItsEndWhenNothingAnswers)
+{
+    const auto machine = std::make_shared<Machine>();
+    machine->table = "20 1 0:9 / / rw - nfs4 nas:/root rw\n21 20 0:10 / /mnt/nas rw - nfs4 nas:/ rw\n";
+    machine->figures = {{"/mnt/nas", {5, 5}}};
+    machine->dead = "/";
+    VolumeSources sources = Machine::sources(machine);
+    sources.resolved = [machine](const FileUrl& url) {
+        machine->revival.wait();
+        return url;
+    };
+    {
+        // Of the two threads for servers one hangs on the home folder and the other one on the root.
+        auto stream = VolumeInfo::stream(ample, sources);
+        EXPECT_EQ(stream.next(), (VolumeReport{{}, std::nullopt, 2}));
+    } // dropped: nobody waits for the end
+    auto hopeless = VolumeInfo::stream(1ms, sources);
+    while (auto report = hopeless.next()) {
+        EXPECT_THAT(report->volumes, IsEmpty());
+    }
+    EXPECT_EQ(VolumeInfo::main(1ms, sources), std::nullopt);
+    machine->revival.count_down();
+}
+
+TEST(VolumeInfo, OfThisMachineTellsWhatTheSystemTells)
+{
+    const auto volumes = VolumeInfo::current();
+    const auto root = std::ranges::find(volumes, FileUrl{"/"}, &VolumeUsage::url);
+    ASSERT_NE(root, volumes.end());
+    struct statvfs room = {};
+    ASSERT_EQ(::statvfs("/", &room), 0);
+    EXPECT_EQ(root->totalBytes, static_cast<std::int64_t>(room.f_blocks * room.f_frsize));
+    EXPECT_GT(root->availableBytes, 0);
+    const auto main = VolumeInfo::main();
+    ASSERT_TRUE(main.has_value());
+    std::optional<VolumeReport> last;
+    for (auto stream = VolumeInfo::stream(); auto report = stream.next();) {
+        last = std::move(report);
+    }
+    ASSERT_TRUE(last && last->mainVolume);
+    EXPECT_EQ(last->mainVolume->url, main->url);
+    EXPECT_EQ(last->volumes.size(), volumes.size());
+    EXPECT_EQ(last->unanswered, 0);
+}
+
+} // namespace
+
+} // namespace tallyroom
