@@ -161,6 +161,11 @@ public:
             m_ecosystems);
         add("git-repos", "Les dossiers .git et leur poids",
             [this] { return runSearch(m_options, {".git"}, m_interruption); });
+        add("kinds", "Les types de fichiers qui remplissent un dossier",
+            [this] { return runKinds(m_options, m_interruption); });
+        CLI::App& volumes = addCommand("volumes", "Les volumes montés et leur occupation",
+                                       [this] { return runVolumes(m_options.format, m_interruption); });
+        addFormat(volumes, m_options.format);
     }
 
     [[nodiscard]] ExitCode code() const noexcept { return m_code; }

@@ -54,7 +54,7 @@ public:
         m_errors = FileDescriptor{errors[0]};
     }
 
-    /// Returns once the program has started its workers, which is when it has begun to scan.
+    /// Returns once the program has started its workers, which is when it has begun to scan, or has ended.
     void waitForWorkers() const
     {
         const std::string tasks = "/proc/" + std::to_string(m_process) + "/task";
@@ -62,8 +62,10 @@ public:
             std::error_code gone;
             return std::distance(std::filesystem::directory_iterator{tasks, gone}, {});
         };
-        while (count() < 8) {
+        siginfo_t ended = {};
+        while (count() < 8 && ended.si_pid == 0) {
             std::this_thread::yield();
+            ::waitid(P_PID, static_cast<id_t>(m_process), &ended, WEXITED | WNOHANG | WNOWAIT);
         }
     }
 
