@@ -72,9 +72,14 @@ std::vector<fs::path> devicesBelow(const fs::path& device)
     return below;
 }
 
-using Udev = std::unique_ptr<udev, decltype([](udev* context) { udev_unref(context); })>;
-using UdevDevice =
-    std::unique_ptr<udev_device, decltype([](udev_device* device) { udev_device_unref(device); })>;
+struct Unreference {
+    void operator()(udev* context) const { udev_unref(context); }
+
+    void operator()(udev_device* device) const { udev_device_unref(device); }
+};
+
+using Udev = std::unique_ptr<udev, Unreference>;
+using UdevDevice = std::unique_ptr<udev_device, Unreference>;
 
 int hexDigit(char digit)
 {
