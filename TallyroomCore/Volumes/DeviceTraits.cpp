@@ -44,7 +44,8 @@ bool isPluggedBus(const std::string& step)
 
 bool isExternalDisk(fs::path disk, const fs::path& devices)
 {
-    if (fs::exists(disk / "partition")) {
+    std::error_code unknown;
+    if (fs::exists(disk / "partition", unknown)) {
         disk = disk.parent_path();
     }
     // A card of "MMC" type is soldered to the board, a card of "SD" type is put into a slot.
