@@ -61,10 +61,11 @@ void addCsv(const FolderSummary& summary, OutputWriter& writer)
 {
     writer.add("Type,Taille (octets),Taille,Fichiers");
     for (const CategorySize& category : summary.categories) {
-        writer.add("\n" + CSVExport::escape(category.kind.displayName()) + "," +
-                   std::to_string(category.totalBytes) + "," +
-                   CSVExport::escape(SizeFormatter::string(category.totalBytes)) + "," +
-                   std::to_string(category.fileCount));
+        writer.add("\n");
+        writer.add(CSVExport::escape(category.kind.displayName()).append(","));
+        writer.add(std::to_string(category.totalBytes).append(","));
+        writer.add(CSVExport::escape(SizeFormatter::string(category.totalBytes)).append(","));
+        writer.add(std::to_string(category.fileCount));
     }
     if (Terminal::outputIsTerminal()) {
         writer.add("\n");

@@ -61,11 +61,14 @@ void addCsv(const std::vector<VolumeUsage>& volumes, OutputWriter& writer)
         "Nom,Chemin,Capacité (octets),Capacité,Disponible (octets),Disponible,Utilisé (octets),Utilisé,"
         "Type");
     for (const VolumeUsage& volume : volumes) {
-        writer.add("\n" + CSVExport::escape(volume.name) + "," + CSVExport::escape(volume.url.path()));
+        writer.add("\n");
+        writer.add(CSVExport::escape(volume.name).append(","));
+        writer.add(CSVExport::escape(volume.url.path()).append(","));
         for (const std::int64_t bytes : {volume.totalBytes, volume.availableBytes, volume.usedBytes()}) {
-            writer.add("," + std::to_string(bytes) + "," + CSVExport::escape(SizeFormatter::string(bytes)));
+            writer.add(std::to_string(bytes).append(","));
+            writer.add(CSVExport::escape(SizeFormatter::string(bytes)).append(","));
         }
-        writer.add(volume.isInternal ? ",Interne" : ",Externe");
+        writer.add(volume.isInternal ? "Interne" : "Externe");
     }
     if (Terminal::outputIsTerminal()) {
         writer.add("\n");

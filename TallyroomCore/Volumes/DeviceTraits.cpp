@@ -44,7 +44,8 @@ bool isPluggedBus(const std::string& step)
 
 bool isExternalDisk(fs::path disk, const fs::path& devices)
 {
-    if (fs::exists(disk / "partition")) {
+    std::error_code unknown;
+    if (fs::exists(disk / "partition", unknown)) {
         disk = disk.parent_path();
     }
     // A card of "MMC" type is soldered to the board, a card of "SD" type is put into a slot.
@@ -72,9 +73,14 @@ std::vector<fs::path> devicesBelow(const fs::path& device)
     return below;
 }
 
-using Udev = std::unique_ptr<udev, decltype([](udev* context) { udev_unref(context); })>;
-using UdevDevice =
-    std::unique_ptr<udev_device, decltype([](udev_device* device) { udev_device_unref(device); })>;
+struct Unreference {
+    void operator()(udev* context) const { udev_unref(context); }
+
+    void operator()(udev_device* device) const { udev_device_unref(device); }
+};
+
+using Udev = std::unique_ptr<udev, Unreference>;
+using UdevDevice = std::unique_ptr<udev_device, Unreference>;
 
 int hexDigit(char digit)
 {

@@ -11,9 +11,14 @@ namespace tallyroom::MountTable {
 
 namespace {
 
-using Table = std::unique_ptr<libmnt_table, decltype([](libmnt_table* table) { mnt_unref_table(table); })>;
-using Iterator =
-    std::unique_ptr<libmnt_iter, decltype([](libmnt_iter* position) { mnt_free_iter(position); })>;
+struct Unreference {
+    void operator()(libmnt_table* table) const { mnt_unref_table(table); }
+
+    void operator()(libmnt_iter* position) const { mnt_free_iter(position); }
+};
+
+using Table = std::unique_ptr<libmnt_table, Unreference>;
+using Iterator = std::unique_ptr<libmnt_iter, Unreference>;
 
 std::string text(const char* bytes)
 {
