@@ -67,6 +67,19 @@ SystemResult<FileDescriptor> openBySteps(int base, std::string_view path, int la
     }
 }
 
+int flagsFor(FolderAccess access)
+{
+    switch (access) {
+    case FolderAccess::listing:
+        return listingFlags;
+    case FolderAccess::listingNoLink:
+        return listingFlags | O_NOFOLLOW;
+    case FolderAccess::throughOnly:
+        return throughFlags;
+    }
+    return listingFlags;
+}
+
 EntryType typeOf(unsigned char kernelType)
 {
     switch (kernelType) {
@@ -100,8 +113,7 @@ void forEachRecord(const std::byte* bytes, std::size_t used, Visit visit)
 
 SystemResult<FileDescriptor> openFolder(const FileUrl& url, FolderAccess access)
 {
-    const int flags = access == FolderAccess::listing ? listingFlags : throughFlags;
-    return openBySteps(AT_FDCWD, url.path(), flags, open);
+    return openBySteps(AT_FDCWD, url.path(), flagsFor(access), open);
 }
 
 SystemResult<FileDescriptor> openChildFolder(int parent, const char* name)

@@ -12,8 +12,9 @@ namespace tallyroom {
 
 /// What an open folder is for.
 enum class FolderAccess : unsigned char {
-    listing,    ///< its names can be read
-    throughOnly ///< only a step to something below it (O_PATH): needs no right to read it
+    listing,       ///< its names can be read
+    listingNoLink, ///< the same, and a link in its place is refused
+    throughOnly    ///< only a step to something below it (O_PATH): needs no right to read it
 };
 
 /// Opens the folder at a location of any length, beyond PATH_MAX too. Links on the way are followed, as in

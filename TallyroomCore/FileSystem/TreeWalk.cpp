@@ -74,6 +74,8 @@ public:
         Queue& queue = m_queues.front();
         for (Root& root : std::views::reverse(roots)) {
             root.folder->m_name = root.url.path();
+            root.folder->m_rootAccess =
+                root.link == RootLink::followed ? FolderAccess::listing : FolderAccess::listingNoLink;
             queue.items.push_back({root.folder.release(), nullptr, 0});
         }
         m_queued = roots.size();
@@ -183,7 +185,7 @@ private:
     {
         SystemResult<FileDescriptor> opened;
         if (folder.isRoot()) {
-            opened = openFolder(FileUrl{folder.m_name}, FolderAccess::listing);
+            opened = openFolder(FileUrl{folder.m_name}, folder.m_rootAccess);
         } else if (folder.m_parent->m_keepsOpen) {
             opened = openChildFolder(folder.m_parent->m_descriptor.get(), folder.m_name.c_str());
             releaseDescriptor(*folder.m_parent);

@@ -60,6 +60,7 @@ public:
         std::atomic<std::uint32_t> m_uses{1};    ///< who still needs the descriptor
         std::uint64_t m_serial = 0;              ///< tells one folder from a later one at the same address
         bool m_keepsOpen = false;                ///< children are opened relative to the descriptor
+        FolderAccess m_rootAccess = FolderAccess::listing; ///< how a root is opened
     };
 
     /// A child of a folder, as a batch shows it.
@@ -112,10 +113,14 @@ public:
         virtual void finish(bool stopped) = 0;
     };
 
-    /// A folder to start from, and its record. Roots are opened by path and may be reached through links.
+    /// Whether a root may itself be a link to the folder that is meant.
+    enum class RootLink : bool { refused, followed };
+
+    /// A folder to start from, and its record. Roots are opened by path, through links on the way.
     struct Root {
         FileUrl url;
         std::unique_ptr<Folder> folder;
+        RootLink link = RootLink::followed;
     };
 
     /// Starts a walk on the pool and returns at once. The pool keeps the visitor until it has finished.

@@ -4,7 +4,11 @@
 #include "Scanning/ScanProgress.h"
 
 #include <cstdint>
+#include <functional>
 #include <future>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace tallyroom {
 
@@ -15,6 +19,9 @@ namespace tallyroom {
 namespace FileScanner {
 
 using ScanStream = ProgressStream<ScanProgress>;
+
+/// Names of folders to search for, compared letter by letter with the whole name.
+using FolderNames = std::set<std::string, std::less<>>;
 
 /// The space used by a file or a link itself, or by everything below a folder that is no folder. Hard links
 /// count once a link, mount points are crossed, the folder's own blocks are not added. Every folder met is
@@ -29,6 +36,36 @@ using ScanStream = ProgressStream<ScanProgress>;
 /// an empty folder. The last record has completed == total; a cancelled listing ends without one and is not
 /// kept.
 [[nodiscard]] ScanStream directEntriesStream(const FileUrl& url, bool useCache);
+
+/// The `limit` largest files anywhere below `folder`, larger first, equal sizes by path (bytes); none when
+/// `limit` is 0 or negative. Folders called ".git", ".hg" or ".svn" are not entered, links not offered, what
+/// cannot be read counts as a file of size 0. Entries carry no date. `folder` itself may be a link. Time
+/// linear in the files, memory in `limit`.
+[[nodiscard]] std::future<EntryList> findLargestFiles(const FileUrl& folder, std::int64_t limit);
+
+/// The same with a record of the ranking so far every 120 ms, `completed` and `total` the files seen so far.
+/// Only the last record, the whole result, has isDiscovering false; a cancelled scan ends without it.
+[[nodiscard]] ScanStream findLargestFilesStream(const FileUrl& folder, std::int64_t limit);
+
+/// The folders below `folder` that bear one of the names, each with its total, largest first, equal sizes by
+/// path. Matches are not searched inside, nor are ".git", ".hg" and ".svn" where they do not match; links
+/// are never matches. `folder` itself, when it is a folder that bears a name, is the only match; when it is a
+/// link, its target is searched. Nothing is found for no names. Totals come from SizeCache where it has them.
+[[nodiscard]] std::future<EntryList> findDirectories(FolderNames matching, const FileUrl& folder);
+
+/// The same as a stream. Discovery: a record after every match, without entries, `completed` 0, `total` the
+/// matches so far, isDiscovering true. Then a record after every match that is measured, with all that are,
+/// equal sizes in the order in which they were. One empty record when there is no match. A cancelled search
+/// ends without more.
+[[nodiscard]] ScanStream findDirectoriesStream(FolderNames matching, const FileUrl& folder);
+
+/// The same for the one name "node_modules".
+[[nodiscard]] std::future<EntryList> findNodeModules(const FileUrl& folder);
+[[nodiscard]] ScanStream findNodeModulesStream(const FileUrl& folder);
+
+/// The folders called "node_modules" below `folder`, by path, without measuring them. Discovery alone: it
+/// always looks below `folder`, whatever its own name.
+[[nodiscard]] std::future<std::vector<FileUrl>> locateNodeModules(const FileUrl& folder);
 
 /// Forgets one folder's listing and every folder total. Done when it returns; touches no file system.
 void invalidateCache(const FileUrl& url);

@@ -1,8 +1,7 @@
+#include "Scanning/EntryCollectors.h"
 #include "Scanning/FileScanner.h"
 #include "Scanning/ScanCache.h"
 #include "Scanning/Sizing.h"
-
-#include <mutex>
 
 namespace tallyroom {
 
@@ -34,7 +33,7 @@ public:
             return;
         }
         auto& root = static_cast<SizedFolder&>(folder);
-        std::vector<Indexed> done;
+        std::vector<IndexedEntry> done;
         done.reserve(children.size());
         std::int64_t total = 0;
         const auto finished = [&](const TreeWalk::Child& child, std::int64_t bytes) {
@@ -66,13 +65,8 @@ public:
     }
 
 protected:
-    struct Indexed {
-        std::size_t index;
-        Entry entry;
-    };
-
     /// Children that are done, in the order of the listing within one call. Any worker.
-    virtual void deliver(std::vector<Indexed> entries) = 0;
+    virtual void deliver(std::vector<IndexedEntry> entries) = 0;
 
     void measured(SizedFolder& folder, std::int64_t total) final
     {
@@ -80,7 +74,7 @@ protected:
             return;
         }
         const auto& listed = static_cast<ListedFolder&>(folder);
-        std::vector<Indexed> done;
+        std::vector<IndexedEntry> done;
         done.push_back(
             {listed.index, {m_url.appending(listed.name()), listed.name(), total, true, listed.modifiedAt}});
         deliver(std::move(done));
@@ -108,45 +102,29 @@ private:
 class StreamedListing final : public ListingVisitor {
 public:
     StreamedListing(const FileUrl& url, ProgressSender<ScanProgress> sender)
-        : ListingVisitor(url), m_sender(std::move(sender))
+        : ListingVisitor(url), m_entries(std::move(sender))
     {}
 
     void counted(TreeWalk::Folder& /*folder*/, std::size_t names) override
     {
-        m_total = static_cast<std::int64_t>(names);
-        if (names == 0) {
-            m_sender->send({});
-        }
+        m_isEmpty = names == 0;
+        m_entries.expect(names);
     }
 
     void finish(bool stopped) override
     {
-        if (!stopped && m_total > 0) {
-            keep(m_entries.snapshot());
+        if (!stopped && !m_isEmpty) {
+            keep(m_entries.entries());
         }
-        m_sender.reset();
+        m_entries.end();
     }
 
 protected:
-    void deliver(std::vector<Indexed> entries) override
-    {
-        std::vector<ScanProgress> records;
-        records.reserve(entries.size());
-        StreamWake wake; // outlives the lock
-        const std::scoped_lock lock{m_mutex};
-        for (Indexed& done : entries) {
-            m_entries.append(std::move(done.entry));
-            const auto completed = static_cast<std::int64_t>(m_entries.size());
-            records.push_back({m_entries.snapshot(), completed, m_total, false});
-        }
-        wake = m_sender->enqueue(std::move(records));
-    }
+    void deliver(std::vector<IndexedEntry> entries) override { m_entries.append(std::move(entries)); }
 
 private:
-    std::optional<ProgressSender<ScanProgress>> m_sender;
-    std::int64_t m_total = 0;
-    std::mutex m_mutex;
-    EntryList::Builder m_entries; // guarded by m_mutex until finish
+    StreamedEntries m_entries;
+    bool m_isEmpty = true;
 };
 
 /// Gives the whole list at the end, equal sizes in the order of the listing.
@@ -156,30 +134,21 @@ public:
         : ListingVisitor(url), m_result(std::move(result))
     {}
 
-    void counted(TreeWalk::Folder& /*folder*/, std::size_t names) override { m_entries.resize(names); }
+    void counted(TreeWalk::Folder& /*folder*/, std::size_t names) override { m_entries.expect(names); }
 
     void finish(bool /*stopped*/) override
     {
-        EntryList::Builder builder;
-        for (Entry& entry : m_entries) {
-            builder.append(std::move(entry));
-        }
-        keep(builder.snapshot());
-        m_result.set_value(builder.snapshot());
+        const EntryList entries = m_entries.take();
+        keep(entries);
+        m_result.set_value(entries);
     }
 
 protected:
-    /// Every child has a slot of its own.
-    void deliver(std::vector<Indexed> entries) override
-    {
-        for (Indexed& done : entries) {
-            m_entries[done.index] = std::move(done.entry);
-        }
-    }
+    void deliver(std::vector<IndexedEntry> entries) override { m_entries.put(std::move(entries)); }
 
 private:
     std::promise<EntryList> m_result;
-    std::vector<Entry> m_entries;
+    EntrySlots m_entries;
 };
 
 void startListing(const FileUrl& url, std::unique_ptr<ListingVisitor> visitor, std::stop_token stop)

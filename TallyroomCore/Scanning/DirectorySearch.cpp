@@ -1,0 +1,334 @@
+#include "Scanning/EntryCollectors.h"
+#include "Scanning/FileScanner.h"
+#include "Scanning/PrunedFolders.h"
+#include "Scanning/Sizing.h"
+
+#include <iterator>
+
+namespace tallyroom {
+
+namespace {
+
+/// A folder that was found.
+struct Match {
+    FileUrl url;
+    std::optional<Timestamp> modifiedAt;
+};
+
+using Matches = std::vector<Match>;
+
+/// Finds the folders of given names. Asks the file system for nothing but names, but for a date a match.
+class MatchFinder : public TreeWalk::Visitor {
+public:
+    explicit MatchFinder(FileScanner::FolderNames names) : m_names(std::move(names)) {}
+
+    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const final
+    {
+        return {TreeWalk::Attributes::none, false};
+    }
+
+    void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) final
+    {
+        Matches matches;
+        for (TreeWalk::Child& child : children) {
+            if (!child.isFolder()) {
+                continue;
+            }
+            if (m_names.contains(child.name)) {
+                matches.push_back({folder.url(child.name), modificationDate(folder, child)});
+            } else {
+                child.descend = !isPruned(child.name);
+            }
+        }
+        if (!matches.empty()) {
+            add(std::move(matches));
+        }
+    }
+
+    std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
+                                                  const TreeWalk::Child& /*child*/) final
+    {
+        return std::make_unique<TreeWalk::Folder>();
+    }
+
+    void add(Matches matches)
+    {
+        StreamWake wake; // outlives the lock
+        const std::scoped_lock lock{m_mutex};
+        const std::size_t before = m_matches.size();
+        std::ranges::move(matches, std::back_inserter(m_matches));
+        wake = found(before, m_matches.size());
+    }
+
+protected:
+    /// The number of matches has grown from `before` to `now`. Under the lock of the matches, so that the
+    /// numbers are told in their order.
+    virtual StreamWake found(std::size_t /*before*/, std::size_t /*now*/) { return {}; }
+
+    /// All matches by path, so that results repeat; once, at the end.
+    [[nodiscard]] Matches takeMatches()
+    {
+        std::ranges::sort(m_matches, {}, &Match::url);
+        return std::move(m_matches);
+    }
+
+private:
+    static std::optional<Timestamp> modificationDate(const TreeWalk::Folder& folder,
+                                                     const TreeWalk::Child& child)
+    {
+        if (child.attributes != nullptr) {
+            return child.attributes->modifiedAt;
+        }
+        const auto attributes = fileAttributes(folder.descriptor(), child.name.data());
+        return attributes ? attributes->modifiedAt : std::nullopt;
+    }
+
+    const FileScanner::FolderNames m_names;
+    std::mutex m_mutex;
+    Matches m_matches; // guarded by m_mutex until finish
+};
+
+/// Gives the matches as they are, without their sizes.
+class MatchLocator final : public MatchFinder {
+public:
+    MatchLocator(FileScanner::FolderNames names, std::promise<std::vector<FileUrl>> result)
+        : MatchFinder(std::move(names)), m_result(std::move(result))
+    {}
+
+    void finish(bool /*stopped*/) override
+    {
+        Matches matches = takeMatches();
+        std::vector<FileUrl> urls(matches.size());
+        std::ranges::transform(matches, urls.begin(), [](Match& match) { return std::move(match.url); });
+        m_result.set_value(std::move(urls));
+    }
+
+private:
+    std::promise<std::vector<FileUrl>> m_result;
+};
+
+/// Who is told how a search goes on, from its first match to its last size.
+class SearchAnswer {
+public:
+    SearchAnswer() = default;
+    SearchAnswer(const SearchAnswer&) = delete;
+    SearchAnswer& operator=(const SearchAnswer&) = delete;
+    virtual ~SearchAnswer() = default;
+
+    /// The number of matches has grown. Any worker, one at a time.
+    virtual StreamWake found(std::size_t before, std::size_t now) = 0;
+    /// Discovery is over; there are so many to measure.
+    virtual void expect(std::size_t matches) = 0;
+    /// Matches that are measured. Any worker.
+    virtual void measured(std::vector<IndexedEntry> entries) = 0;
+    /// The last call, after a stop too.
+    virtual void end() = 0;
+
+    [[nodiscard]] virtual std::stop_token stopToken() const { return {}; }
+};
+
+class StreamedAnswer final : public SearchAnswer {
+public:
+    explicit StreamedAnswer(ProgressSender<ScanProgress> sender) : m_entries(std::move(sender)) {}
+
+    StreamWake found(std::size_t before, std::size_t now) override
+    {
+        std::vector<ScanProgress> records;
+        records.reserve(now - before);
+        for (std::size_t count = before + 1; count <= now; ++count) {
+            records.push_back({{}, 0, static_cast<std::int64_t>(count), true});
+        }
+        return m_entries.sender().enqueue(std::move(records));
+    }
+
+    void expect(std::size_t matches) override { m_entries.expect(matches); }
+
+    void measured(std::vector<IndexedEntry> entries) override { m_entries.append(std::move(entries)); }
+
+    void end() override { m_entries.end(); }
+
+    [[nodiscard]] std::stop_token stopToken() const override { return m_entries.sender().stopToken(); }
+
+private:
+    StreamedEntries m_entries;
+};
+
+class WholeAnswer final : public SearchAnswer {
+public:
+    explicit WholeAnswer(std::promise<EntryList> result) : m_result(std::move(result)) {}
+
+    StreamWake found(std::size_t /*before*/, std::size_t /*now*/) override { return {}; }
+
+    void expect(std::size_t matches) override { m_entries.expect(matches); }
+
+    void measured(std::vector<IndexedEntry> entries) override { m_entries.put(std::move(entries)); }
+
+    void end() override { m_result.set_value(m_entries.take()); }
+
+private:
+    std::promise<EntryList> m_result;
+    EntrySlots m_entries;
+};
+
+/// Measures the matches of a search, all in one walk.
+class MatchSizing final : public SizingVisitor {
+public:
+    struct MatchedFolder : SizedFolder {
+        std::size_t index = 0;
+    };
+
+    MatchSizing(Matches matches, std::unique_ptr<SearchAnswer> answer)
+        : SizingVisitor(SizeCache::shared()), m_matches(std::move(matches)), m_answer(std::move(answer))
+    {}
+
+    static void start(Matches matches, std::unique_ptr<SearchAnswer> answer)
+    {
+        std::stop_token stop = answer->stopToken();
+        auto sizing = std::make_unique<MatchSizing>(std::move(matches), std::move(answer));
+        auto roots = sizing->deliverKnown();
+        TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(sizing), std::move(stop));
+    }
+
+    void finish(bool /*stopped*/) override { m_answer->end(); }
+
+protected:
+    void measured(SizedFolder& folder, std::int64_t total) override
+    {
+        if (folder.isRoot()) {
+            std::vector<IndexedEntry> done;
+            done.push_back(entry(static_cast<MatchedFolder&>(folder).index, total));
+            m_answer->measured(std::move(done));
+        }
+    }
+
+private:
+    /// Delivers what was measured before, and returns what is to be walked.
+    std::vector<TreeWalk::Root> deliverKnown()
+    {
+        m_answer->expect(m_matches.size());
+        std::vector<IndexedEntry> known;
+        std::vector<TreeWalk::Root> roots;
+        for (std::size_t index = 0; index < m_matches.size(); ++index) {
+            const FileUrl& url = m_matches[index].url;
+            if (const auto total = cache().find(url)) {
+                known.push_back(entry(index, *total));
+                continue;
+            }
+            auto folder = std::make_unique<MatchedFolder>();
+            folder->place = cache().place(url);
+            folder->index = index;
+            // A link that has taken the folder's place since then is not followed.
+            roots.push_back({url, std::move(folder), TreeWalk::RootLink::refused});
+        }
+        m_answer->measured(std::move(known));
+        return roots;
+    }
+
+    [[nodiscard]] IndexedEntry entry(std::size_t index, std::int64_t total) const
+    {
+        const Match& match = m_matches[index];
+        return {index,
+                {match.url, std::string{match.url.lastPathComponent()}, total, true, match.modifiedAt}};
+    }
+
+    const Matches m_matches;
+    std::unique_ptr<SearchAnswer> m_answer;
+};
+
+/// Finds, then has its finds measured.
+class MeasuredSearch final : public MatchFinder {
+public:
+    MeasuredSearch(FileScanner::FolderNames names, std::unique_ptr<SearchAnswer> answer)
+        : MatchFinder(std::move(names)), m_answer(std::move(answer))
+    {}
+
+    void finish(bool stopped) override
+    {
+        if (stopped) {
+            m_answer->end();
+        } else {
+            MatchSizing::start(takeMatches(), std::move(m_answer));
+        }
+    }
+
+protected:
+    StreamWake found(std::size_t before, std::size_t now) override { return m_answer->found(before, now); }
+
+private:
+    std::unique_ptr<SearchAnswer> m_answer;
+};
+
+/// Walks `root`, or ends at once when there is nothing to walk.
+void startFinding(std::optional<FileUrl> root, std::unique_ptr<MatchFinder> finder, std::stop_token stop)
+{
+    std::vector<TreeWalk::Root> roots;
+    if (root) {
+        roots.push_back({std::move(*root), std::make_unique<TreeWalk::Folder>()});
+    }
+    TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(finder), std::move(stop));
+}
+
+void startSearch(FileScanner::FolderNames names, const FileUrl& folder, std::unique_ptr<SearchAnswer> answer)
+{
+    std::optional root{folder.standardized()};
+    std::stop_token stop = answer->stopToken();
+    const bool isNamed = names.contains(root->lastPathComponent());
+    const bool nothingIsWanted = names.empty();
+    auto finder = std::make_unique<MeasuredSearch>(std::move(names), std::move(answer));
+    if (isNamed) {
+        // The one look at the disk on the caller's thread, for a folder that somebody has just chosen.
+        const auto attributes = fileAttributes(*root);
+        if (attributes && attributes->type == EntryType::folder) {
+            finder->add({{std::move(*root), attributes->modifiedAt}});
+            root.reset();
+        }
+    }
+    if (nothingIsWanted) {
+        root.reset();
+    }
+    startFinding(std::move(root), std::move(finder), std::move(stop));
+}
+
+const FileScanner::FolderNames& nodeModules()
+{
+    static const auto& names = *new FileScanner::FolderNames{"node_modules"}; // outlives every worker
+    return names;
+}
+
+} // namespace
+
+std::future<EntryList> FileScanner::findDirectories(FolderNames matching, const FileUrl& folder)
+{
+    std::promise<EntryList> promise;
+    auto result = promise.get_future();
+    startSearch(std::move(matching), folder, std::make_unique<WholeAnswer>(std::move(promise)));
+    return result;
+}
+
+FileScanner::ScanStream FileScanner::findDirectoriesStream(FolderNames matching, const FileUrl& folder)
+{
+    auto [sender, stream] = makeProgressStream<ScanProgress>();
+    startSearch(std::move(matching), folder, std::make_unique<StreamedAnswer>(std::move(sender)));
+    return std::move(stream);
+}
+
+std::future<EntryList> FileScanner::findNodeModules(const FileUrl& folder)
+{
+    return findDirectories(nodeModules(), folder);
+}
+
+FileScanner::ScanStream FileScanner::findNodeModulesStream(const FileUrl& folder)
+{
+    return findDirectoriesStream(nodeModules(), folder);
+}
+
+std::future<std::vector<FileUrl>> FileScanner::locateNodeModules(const FileUrl& folder)
+{
+    std::promise<std::vector<FileUrl>> promise;
+    auto result = promise.get_future();
+    startFinding(folder.standardized(), std::make_unique<MatchLocator>(nodeModules(), std::move(promise)),
+                 {});
+    return result;
+}
+
+} // namespace tallyroom

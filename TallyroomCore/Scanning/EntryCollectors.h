@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Concurrency/ProgressStream.h"
+#include "Scanning/ScanProgress.h"
+
+#include <cstddef>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace tallyroom {
+
+/// An entry that is done, with its place in the order in which a scan found its work.
+struct IndexedEntry {
+    std::size_t index = 0;
+    Entry entry;
+};
+
+/// The entries that a scan has measured so far, with a record on its stream after each of them. `append` may
+/// be called by many workers at once, the rest by one thread before the first of them or after the last.
+class StreamedEntries {
+public:
+    explicit StreamedEntries(ProgressSender<ScanProgress> sender) : m_sender(std::move(sender)) {}
+
+    /// How many there will be. When there are none, one empty record says so.
+    void expect(std::size_t total);
+
+    /// Sends a record for each, in this order.
+    void append(std::vector<IndexedEntry> entries);
+
+    [[nodiscard]] EntryList entries() const { return m_entries.snapshot(); }
+
+    [[nodiscard]] const ProgressSender<ScanProgress>& sender() const { return *m_sender; }
+
+    /// Ends the stream, whoever else still holds this object.
+    void end() { m_sender.reset(); }
+
+private:
+    std::optional<ProgressSender<ScanProgress>> m_sender;
+    std::int64_t m_total = 0;
+    std::mutex m_mutex;
+    EntryList::Builder m_entries; ///< guarded by m_mutex while workers append
+};
+
+/// The entries of a scan that gives them all at the end, equal sizes in the order in which the work was
+/// found. Each entry has a slot of its own, so `put` needs no lock.
+class EntrySlots {
+public:
+    void expect(std::size_t total) { m_slots.resize(total); }
+
+    void put(std::vector<IndexedEntry> entries);
+
+    /// Takes the entries out as a list.
+    [[nodiscard]] EntryList take();
+
+private:
+    std::vector<Entry> m_slots;
+};
+
+} // namespace tallyroom
