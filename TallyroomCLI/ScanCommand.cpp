@@ -5,6 +5,7 @@
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -35,6 +36,20 @@ std::string reasonOf(const SystemError& error)
     default:
         return error.message();
     }
+}
+
+/// Equal sizes by path, so that a command prints the same twice.
+EntryList repeatable(const EntryList& entries)
+{
+    const auto ranksBefore = [](const Entry& left, const Entry& right) {
+        return left.sizeBytes != right.sizeBytes ? left.sizeBytes > right.sizeBytes : left.url < right.url;
+    };
+    if (std::ranges::is_sorted(entries, ranksBefore)) {
+        return entries;
+    }
+    std::vector<Entry> sorted = entries.toVector();
+    std::ranges::sort(sorted, ranksBefore);
+    return EntryList{std::move(sorted)};
 }
 
 } // namespace
@@ -87,20 +102,42 @@ ExitCode end(bool isWritten, const Interruption& interruption)
     return interruption.hasCome() ? ExitCode::interrupted : ExitCode::success;
 }
 
+ExitCode run(const ScanOptions& options, Shown shown, const Start& start, const Interruption& interruption)
+{
+    const auto url = folder(options.folder);
+    if (!url) {
+        return ExitCode::failure;
+    }
+    const ScanProgress found = follow(start(*url), options, interruption);
+    const bool showsPaths = shown == Shown::paths;
+    const TableStyle style{Terminal::columns(), Terminal::showsColours(), showsPaths};
+    return print(showsPaths ? repeatable(found.entries) : found.entries, options, style, interruption);
+}
+
 } // namespace tallyroom::ScanCommand
 
 namespace tallyroom {
 
 ExitCode runUsage(const ScanOptions& options, const Interruption& interruption)
 {
-    const auto url = ScanCommand::folder(options.folder);
-    if (!url) {
-        return ExitCode::failure;
-    }
-    const ScanProgress found =
-        ScanCommand::follow(FileScanner::directEntriesStream(*url, false), options, interruption);
-    const TableStyle style{Terminal::columns(), Terminal::showsColours(), false};
-    return ScanCommand::print(found.entries, options, style, interruption);
+    const auto start = [](const FileUrl& url) { return FileScanner::directEntriesStream(url, false); };
+    return ScanCommand::run(options, Shown::names, start, interruption);
+}
+
+ExitCode runLargest(const ScanOptions& options, std::int64_t limit, const Interruption& interruption)
+{
+    const auto start = [limit](const FileUrl& url) {
+        return FileScanner::findLargestFilesStream(url, limit);
+    };
+    return ScanCommand::run(options, Shown::paths, start, interruption);
+}
+
+ExitCode runSearch(const ScanOptions& options, const FolderNames& names, const Interruption& interruption)
+{
+    const auto start = [&names](const FileUrl& url) {
+        return FileScanner::findDirectoriesStream(names, url);
+    };
+    return ScanCommand::run(options, Shown::paths, start, interruption);
 }
 
 } // namespace tallyroom

@@ -18,6 +18,9 @@ struct ScanOptions {
     bool quiet = false; ///< no progress, even on a terminal
 };
 
+/// What a table calls its entries by.
+enum class Shown : bool { names, paths };
+
 /// What the commands that scan a folder have in common: they check it, follow the stream, and stop on Ctrl+C.
 namespace ScanCommand {
 
@@ -35,9 +38,24 @@ namespace ScanCommand {
 /// How a command ends that has printed its result, or could not and left the reason in errno.
 [[nodiscard]] ExitCode end(bool isWritten, const Interruption& interruption);
 
+/// Starts the scan of a folder.
+using Start = std::function<FileScanner::ScanStream(const FileUrl&)>;
+
+/// A whole command: the folder, the scan that `start` starts on it, what it found.
+[[nodiscard]] ExitCode run(const ScanOptions& options, Shown shown, const Start& start,
+                           const Interruption& interruption);
+
 } // namespace ScanCommand
 
 /// `usage`: the folder's direct children, largest first.
 [[nodiscard]] ExitCode runUsage(const ScanOptions& options, const Interruption& interruption);
+
+/// `largest`: the `limit` largest files below the folder.
+[[nodiscard]] ExitCode runLargest(const ScanOptions& options, std::int64_t limit,
+                                  const Interruption& interruption);
+
+/// `node-modules`, `build-caches`, `git-repos`: the folders of these names below the folder.
+[[nodiscard]] ExitCode runSearch(const ScanOptions& options, const FolderNames& names,
+                                 const Interruption& interruption);
 
 } // namespace tallyroom

@@ -1,8 +1,10 @@
 #include "KindsCommand.h"
 #include "ScanCommand.h"
+#include "Scanning/Ecosystem.h"
 #include "VolumesCommand.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -57,10 +59,17 @@ void addFormat(CLI::App& command, OutputFormat& format)
 {
     command
         .add_option_function<std::string>(
-            "--format", [&format](const std::string& name) { format = formats().at(name); },
+            "--format",
+            [&format](const std::string& name) {
+                // Looked up here and not in a check: an empty value never reaches one.
+                const auto known = formats().find(name);
+                if (known == formats().end()) {
+                    throw CLI::ValidationError{"--format", name};
+                }
+                format = known->second;
+            },
             "Forme du résultat : table, csv ou json (une ligne par élément)")
-        ->type_name("table|csv|json")
-        ->check([](const std::string& name) { return formats().contains(name) ? "" : name; });
+        ->type_name("table|csv|json");
     command.set_help_flag("-h,--help", "Afficher cette aide");
 }
 
@@ -71,6 +80,121 @@ void addScanOptions(CLI::App& command, ScanOptions& options)
     command.add_flag("--quiet", options.quiet, "Ne pas montrer la progression");
 }
 
+std::set<Ecosystem> allEcosystems()
+{
+    return {Ecosystem::all.begin(), Ecosystem::all.end()};
+}
+
+/// "javascript, rust, …", as --ecosystems takes them.
+std::string ecosystemNames()
+{
+    std::string names;
+    for (const Ecosystem ecosystem : Ecosystem::all) {
+        names.append(names.empty() ? "" : ", ").append(ecosystem.rawValue());
+    }
+    return names;
+}
+
+/// The ecosystems of a list such as "rust,jvm"; nothing when a name is unknown.
+std::optional<std::set<Ecosystem>> ecosystemsNamed(std::string_view list)
+{
+    std::set<Ecosystem> ecosystems;
+    for (std::size_t start = 0; start <= list.size();) {
+        const std::size_t end = std::min(list.find(',', start), list.size());
+        const auto ecosystem = Ecosystem::fromRawValue(list.substr(start, end - start));
+        if (!ecosystem) {
+            return std::nullopt;
+        }
+        ecosystems.insert(*ecosystem);
+        start = end + 1;
+    }
+    return ecosystems;
+}
+
+void addEcosystems(CLI::App& command, std::set<Ecosystem>& ecosystems)
+{
+    command
+        .add_option_function<std::string>(
+            "--ecosystems",
+            [&ecosystems](const std::string& list) {
+                const auto named = ecosystemsNamed(list);
+                if (!named) {
+                    throw CLI::ValidationError{"--ecosystems", list};
+                }
+                ecosystems = *named;
+            },
+            "Écosystèmes cherchés, séparés par des virgules : " + ecosystemNames() +
+                " (tous sans cette option)")
+        ->type_name("NOMS");
+}
+
+void addLimit(CLI::App& command, std::int64_t& limit)
+{
+    command
+        .add_option_function<std::string>(
+            "--limit",
+            [&limit](const std::string& text) {
+                const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
+                if (error != std::errc{} || end != text.data() + text.size() || limit < 0) {
+                    throw CLI::ValidationError{"--limit", text};
+                }
+            },
+            "Nombre de fichiers à garder (" + std::to_string(limit) + " sans cette option)")
+        ->type_name("N");
+}
+
+/// The commands, and what their options are read into.
+class Commands {
+public:
+    Commands(CLI::App& app, const Interruption& interruption) : m_app(app), m_interruption(interruption)
+    {
+        add("usage", "Le contenu direct d'un dossier, du plus lourd au plus léger",
+            [this] { return runUsage(m_options, m_interruption); });
+        addLimit(add("largest", "Les plus gros fichiers d'une arborescence",
+                     [this] { return runLargest(m_options, m_limit, m_interruption); }),
+                 m_limit);
+        add("node-modules", "Les dossiers node_modules et leur poids",
+            [this] { return runSearch(m_options, {"node_modules"}, m_interruption); });
+        addEcosystems(
+            add("build-caches", "Les dossiers que les outils de développement savent refaire",
+                [this] { return runSearch(m_options, Ecosystem::ruleNames(m_ecosystems), m_interruption); }),
+            m_ecosystems);
+        add("git-repos", "Les dossiers .git et leur poids",
+            [this] { return runSearch(m_options, {".git"}, m_interruption); });
+        add("kinds", "Les types de fichiers qui remplissent un dossier",
+            [this] { return runKinds(m_options, m_interruption); });
+        addVolumes();
+    }
+
+    [[nodiscard]] ExitCode code() const noexcept { return m_code; }
+
+private:
+    CLI::App& add(const std::string& name, const std::string& description, std::function<ExitCode()> action)
+    {
+        CLI::App& command = *m_app.add_subcommand(name, description);
+        command.group("Commandes");
+        addScanOptions(command, m_options);
+        command.callback([this, run = std::move(action)] { m_code = run(); });
+        return command;
+    }
+
+    /// The one command that takes no folder.
+    void addVolumes()
+    {
+        CLI::App& command = *m_app.add_subcommand("volumes", "Les volumes montés et leur occupation");
+        command.group("Commandes");
+        addFormat(command, m_options.format);
+        command.callback([this] { m_code = runVolumes(m_options.format, m_interruption); });
+    }
+
+    CLI::App& m_app;
+    const Interruption& m_interruption;
+    ScanOptions m_options;
+    std::int64_t m_limit = 100;
+    std::set<Ecosystem> m_ecosystems = allEcosystems();
+    ExitCode m_code = ExitCode::success;
+};
+
 int run(int argc, char** argv)
 {
     const Interruption interruption; // before any other thread
@@ -79,22 +203,7 @@ int run(int argc, char** argv)
     app.set_help_flag("-h,--help", "Afficher cette aide");
     app.set_version_flag("--version", "tallyroom-cli " TALLYROOM_VERSION, "Afficher la version");
     app.require_subcommand(1);
-
-    ScanOptions options;
-    ExitCode code = ExitCode::success;
-    CLI::App* const usage =
-        app.add_subcommand("usage", "Le contenu direct d'un dossier, du plus lourd au plus léger");
-    usage->group("Commandes");
-    addScanOptions(*usage, options);
-    usage->callback([&] { code = runUsage(options, interruption); });
-    CLI::App* const kinds = app.add_subcommand("kinds", "Les types de fichiers qui remplissent un dossier");
-    kinds->group("Commandes");
-    addScanOptions(*kinds, options);
-    kinds->callback([&] { code = runKinds(options, interruption); });
-    CLI::App* const volumes = app.add_subcommand("volumes", "Les volumes montés et leur occupation");
-    volumes->group("Commandes");
-    addFormat(*volumes, options.format);
-    volumes->callback([&] { code = runVolumes(options.format, interruption); });
+    const Commands commands{app, interruption};
 
     try {
         app.parse(argc, argv);
@@ -104,7 +213,7 @@ int run(int argc, char** argv)
         std::fprintf(stderr, "tallyroom-cli : %s (voir tallyroom-cli --help)\n", complaint(error).c_str());
         return static_cast<int>(ExitCode::usage);
     }
-    return static_cast<int>(code);
+    return static_cast<int>(commands.code());
 }
 
 } // namespace

@@ -20,7 +20,7 @@ using Matches = std::vector<Match>;
 /// Finds the folders of given names. Asks the file system for nothing but names, but for a date a match.
 class MatchFinder : public TreeWalk::Visitor {
 public:
-    explicit MatchFinder(FileScanner::FolderNames names) : m_names(std::move(names)) {}
+    explicit MatchFinder(FolderNames names) : m_names(std::move(names)) {}
 
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const final
     {
@@ -83,7 +83,7 @@ private:
         return attributes ? attributes->modifiedAt : std::nullopt;
     }
 
-    const FileScanner::FolderNames m_names;
+    const FolderNames m_names;
     std::mutex m_mutex;
     Matches m_matches; // guarded by m_mutex until finish
 };
@@ -91,7 +91,7 @@ private:
 /// Gives the matches as they are, without their sizes.
 class MatchLocator final : public MatchFinder {
 public:
-    MatchLocator(FileScanner::FolderNames names, std::promise<std::vector<FileUrl>> result)
+    MatchLocator(FolderNames names, std::promise<std::vector<FileUrl>> result)
         : MatchFinder(std::move(names)), m_result(std::move(result))
     {}
 
@@ -238,7 +238,7 @@ private:
 /// Finds, then has its finds measured.
 class MeasuredSearch final : public MatchFinder {
 public:
-    MeasuredSearch(FileScanner::FolderNames names, std::unique_ptr<SearchAnswer> answer)
+    MeasuredSearch(FolderNames names, std::unique_ptr<SearchAnswer> answer)
         : MatchFinder(std::move(names)), m_answer(std::move(answer))
     {}
 
@@ -268,7 +268,7 @@ void startFinding(std::optional<FileUrl> root, std::unique_ptr<MatchFinder> find
     TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(finder), std::move(stop));
 }
 
-void startSearch(FileScanner::FolderNames names, const FileUrl& folder, std::unique_ptr<SearchAnswer> answer)
+void startSearch(FolderNames names, const FileUrl& folder, std::unique_ptr<SearchAnswer> answer)
 {
     std::optional root{folder.standardized()};
     std::stop_token stop = answer->stopToken();
@@ -289,9 +289,9 @@ void startSearch(FileScanner::FolderNames names, const FileUrl& folder, std::uni
     startFinding(std::move(root), std::move(finder), std::move(stop));
 }
 
-const FileScanner::FolderNames& nodeModules()
+const FolderNames& nodeModules()
 {
-    static const auto& names = *new FileScanner::FolderNames{"node_modules"}; // outlives every worker
+    static const auto& names = *new FolderNames{"node_modules"}; // outlives every worker
     return names;
 }
 

@@ -1,13 +1,11 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
+#include "Scanning/FolderNames.h"
 #include "Scanning/ScanProgress.h"
 
 #include <cstdint>
-#include <functional>
 #include <future>
-#include <set>
-#include <string>
 #include <vector>
 
 namespace tallyroom {
@@ -19,9 +17,6 @@ namespace tallyroom {
 namespace FileScanner {
 
 using ScanStream = ProgressStream<ScanProgress>;
-
-/// Names of folders to search for, compared letter by letter with the whole name.
-using FolderNames = std::set<std::string, std::less<>>;
 
 /// The space used by a file or a link itself, or by everything below a folder that is no folder. Hard links
 /// count once a link, mount points are crossed, the folder's own blocks are not added. Every folder met is

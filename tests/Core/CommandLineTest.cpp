@@ -152,7 +152,13 @@ TEST(CommandLine, SaysInFrenchWhatIsWrongAndExitsAccordingly)
          {Case{{"usage", tree.path("missing")}, 1, "n'existe pas"},
           Case{{"usage", tree.path("file")}, 1, "n'est pas un dossier"}, Case{{"usage"}, 2, "manque"},
           Case{{}, 2, "manque"}, Case{{"usage", tree.path(), "--format", "xml"}, 2, "option"},
-          Case{{"usage", tree.path(), "--unknown"}, 2, "inconnu"}}) {
+          Case{{"usage", tree.path(), "--format", ""}, 2, "option"},
+          Case{{"usage", tree.path(), "--unknown"}, 2, "inconnu"},
+          Case{{"largest", tree.path(), "--limit", "-1"}, 2, "option"},
+          Case{{"largest", tree.path(), "--limit", "99999999999999999999"}, 2, "option"},
+          Case{{"build-caches", tree.path(), "--ecosystems", "rust,cobol"}, 2, "option"},
+          Case{{"build-caches", tree.path(), "--ecosystems", ""}, 2, "option"},
+          Case{{"git-repos", tree.path("missing")}, 1, "n'existe pas"}}) {
         const Answer answer = run(c.arguments);
         EXPECT_EQ(answer.exitCode, c.exitCode) << c.words;
         EXPECT_THAT(answer.errors, HasSubstr(c.words));
@@ -191,17 +197,51 @@ TEST(CommandLine, TellsTheVolumesInEveryFormat)
     EXPECT_EQ(run({"volumes", "/"}).exitCode, 2);
 }
 
+TEST(CommandLine, SearchesPrintPathsAndTheSameListEveryTime)
+{
+    const TemporaryTree tree{file("a/node_modules/x", 5000), file("b/node_modules/x", 5000),
+                             file("b/target/x", 50'000), file("c/.git/x", 5000), file("c/big", 90'000)};
+    const auto rows = lines(run({"largest", tree.path(), "--limit", "2"}).output);
+    ASSERT_EQ(rows.size(), 4U);
+    EXPECT_THAT(rows[0], HasSubstr(tree.path("c/big")));
+    EXPECT_THAT(rows[1], HasSubstr(tree.path("b/target/x")));
+
+    const auto paths = [&tree](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin() + 1, {tree.path(), "--format", "csv"});
+        std::vector<std::string> found;
+        for (const std::string& line : lines(run(arguments).output)) {
+            const std::size_t start = line.find(',') + 1;
+            found.push_back(line.substr(start, line.find(',', start) - start));
+        }
+        found.erase(found.begin()); // the head of the table
+        return found;
+    };
+    for (int round = 0; round < 5; ++round) {
+        EXPECT_THAT(paths({"node-modules"}),
+                    testing::ElementsAre(tree.path("a/node_modules"), tree.path("b/node_modules")));
+        EXPECT_THAT(paths({"build-caches"}),
+                    testing::ElementsAre(tree.path("b/target"), tree.path("a/node_modules"),
+                                         tree.path("b/node_modules")));
+    }
+    EXPECT_THAT(paths({"build-caches", "--ecosystems", "jvm,rust"}),
+                testing::ElementsAre(tree.path("b/target")));
+    EXPECT_THAT(paths({"git-repos"}), testing::ElementsAre(tree.path("c/.git")));
+}
+
 TEST(CommandLine, StopsWithinATenthOfASecond)
 {
-    CommandLine command{{"usage", "/", "--format", "json"}};
-    command.waitForWorkers();
-    const auto asked = std::chrono::steady_clock::now();
-    command.signal(SIGINT);
-    const Answer answer = command.finish();
-    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds{2})
-        << "a loaded machine's margin";
-    EXPECT_EQ(answer.exitCode, 130);
-    EXPECT_THAT(answer.errors, HasSubstr("incomplète"));
+    for (const std::string name : {"usage", "largest", "node-modules"}) {
+        SCOPED_TRACE(name);
+        CommandLine command{{name, "/", "--format", "json"}};
+        command.waitForWorkers();
+        const auto asked = std::chrono::steady_clock::now();
+        command.signal(SIGINT);
+        const Answer answer = command.finish();
+        EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds{2})
+            << "a loaded machine's margin";
+        EXPECT_EQ(answer.exitCode, 130);
+        EXPECT_THAT(answer.errors, HasSubstr("incomplète"));
+    }
 
     CommandLine kinds{{"kinds", "/"}};
     kinds.waitForWorkers();
