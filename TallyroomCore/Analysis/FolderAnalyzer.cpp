@@ -1,5 +1,6 @@
 #include "Analysis/FolderAnalyzer.h"
 
+#include "FileSystem/PrunedFolders.h"
 #include "FileSystem/TreeWalk.h"
 
 #include <algorithm>
@@ -54,11 +55,6 @@ private:
     std::array<Sum, FileKind::all.size()> m_kinds;
     std::int64_t m_files = 0;
 };
-
-bool isPruned(std::string_view name)
-{
-    return name == ".git" || name == ".hg" || name == ".svn";
-}
 
 /// Counts the files of a tree. What is done with the counts is up to the two below.
 class AnalysisVisitor : public TreeWalk::Visitor {

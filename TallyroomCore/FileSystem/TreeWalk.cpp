@@ -91,6 +91,9 @@ public:
             return false;
         }
         Desk& desk = deskOf(worker);
+        if (item.names != nullptr) {
+            m_waitingBuffers.fetch_sub(1, std::memory_order_relaxed);
+        }
         if (isStopped()) {
             item.names.reset();
         } else if (item.names != nullptr) {
@@ -228,10 +231,11 @@ private:
         bool some = desk.current->read(folder.m_descriptor.get());
         while (some) {
             const bool more = desk.next->read(folder.m_descriptor.get());
-            if (more && !isStopped()) {
+            if (more && !isStopped() && hasRoomForBuffers()) {
                 index += share(worker, desk, folder, index);
             } else {
                 visit(worker, desk, folder, *desk.current, index);
+                index += desk.names.size();
             }
             std::swap(desk.current, desk.next);
             some = more && !isStopped();
@@ -263,8 +267,16 @@ private:
         put(worker, pieces);
     }
 
-    static Item pieceOf(Folder& folder, std::unique_ptr<NameBuffer> names, std::size_t firstIndex)
+    /// Names are read faster than files are looked at: beyond this, whoever reads them visits them as well,
+    /// so that a folder of millions does not end up in memory whole.
+    bool hasRoomForBuffers() const
     {
+        return m_waitingBuffers.load(std::memory_order_relaxed) < 2 * std::size_t{m_pool.width()};
+    }
+
+    Item pieceOf(Folder& folder, std::unique_ptr<NameBuffer> names, std::size_t firstIndex)
+    {
+        m_waitingBuffers.fetch_add(1, std::memory_order_relaxed);
         folder.m_pending.fetch_add(1);
         folder.m_uses.fetch_add(1);
         return {&folder, std::move(names), firstIndex};
@@ -371,6 +383,7 @@ private:
     std::vector<std::unique_ptr<Desk>> m_desks;
     std::atomic<std::size_t> m_queued = 0;
     std::atomic<std::size_t> m_rootsPending = 0;
+    std::atomic<std::size_t> m_waitingBuffers = 0;
     std::atomic<int> m_openFolders = 0;
     std::atomic<std::uint64_t> m_serials = 0;
 };

@@ -1,6 +1,6 @@
+#include "FileSystem/PrunedFolders.h"
 #include "Scanning/BoundedTopHeap.h"
 #include "Scanning/FileScanner.h"
-#include "Scanning/PrunedFolders.h"
 #include "Scanning/Sizing.h"
 
 #include <chrono>

@@ -3,6 +3,7 @@
 #include "Support/TemporaryTree.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
@@ -187,10 +188,12 @@ TEST(LargestFiles, ACancelledStreamEndsWithoutAFinalRecord)
 TEST(LargestFiles, OneFolderThatHoldsEverythingIsSharedAndCounted)
 {
     TemporaryTree tree{folder("wide")};
-    constexpr int count = 9000; // several buffers of names
+    const std::string longName(230, 'n');
+    constexpr int count = 10'000; // more buffers of names than may wait at a time
+    const FileDescriptor wide{::open(tree.path("wide").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
     for (int i = 0; i < count; ++i) {
-        const std::string path = tree.path("wide/a file with a name of usual length " + std::to_string(i));
-        ASSERT_EQ(::mknod(path.c_str(), S_IFREG | 0644, 0), 0);
+        const std::string name = longName + std::to_string(i);
+        ASSERT_EQ(::mknodat(wide.get(), name.c_str(), S_IFREG | 0644, 0), 0);
     }
     tree.add(file("wide/the one", 4096));
     auto stream = FileScanner::findLargestFilesStream(tree.url(), 3);
@@ -199,7 +202,7 @@ TEST(LargestFiles, OneFolderThatHoldsEverythingIsSharedAndCounted)
         last = std::move(*record);
     }
     EXPECT_EQ(last.total, count + 1);
-    const std::string first = "wide/a file with a name of usual length ";
+    const std::string first = "wide/" + longName;
     EXPECT_THAT(below(tree, last.entries), ElementsAre("wide/the one", first + "0", first + "1"));
 }
 
