@@ -99,6 +99,15 @@ SystemResult<ProtectedLocations> ProtectedLocations::read()
 void ProtectedLocations::guard(const std::string& home)
 {
     bool isHome = true;
+    // Links that the home's path leads through: without them it would not be found any more.
+    for (FileUrl step{home}; step.path().size() > 1; step = step.parent()) {
+        const auto attributes = fileAttributes(step);
+        if (attributes && attributes->type == EntryType::link) {
+            m_homeAndAbove.push_back({attributes->device, attributes->inode, isHome});
+        }
+        isHome = false;
+    }
+    isHome = true;
     FileDescriptor step{::open(home.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
     while (step.isOpen()) {
         const auto attributes = fileAttributes(step.get());
@@ -121,7 +130,7 @@ const ProtectedLocations::Guarded* ProtectedLocations::find(const FileAttributes
 std::optional<std::string> ProtectedLocations::refusal(const ItemPlace& place) const
 {
     const auto attributes = fileAttributes(place.parent.get(), place.name.c_str());
-    if (!attributes || attributes->type == EntryType::link) {
+    if (!attributes) {
         return std::nullopt; // what is missing or out of reach is told by the removal itself
     }
     if (const Guarded* const guarded = find(*attributes)) {

@@ -20,7 +20,8 @@ public:
     /// user's record). Good for one batch: the kernel itself refuses what is mounted later.
     [[nodiscard]] static SystemResult<ProtectedLocations> read();
 
-    /// Why an item must stay, in words for people; none when it may go. A link may always go.
+    /// Why an item must stay, in words for people; none when it may go. Of links only those go
+    /// not that the home folder's own path leads through.
     [[nodiscard]] std::optional<std::string> refusal(const ItemPlace& place) const;
 
 private:

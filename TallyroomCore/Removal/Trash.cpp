@@ -50,14 +50,15 @@ SystemResult<FileDescriptor> openAt(int folder, const char* name, int flags)
     return opened;
 }
 
-/// Opens a folder, made first for the person alone when it is missing.
+/// Opens a folder; a missing one is made, for the person alone.
 SystemResult<FileDescriptor> openOrMakeFolder(int parent, const std::string& name, int extraFlags)
 {
+    auto folder = openAt(parent, name.c_str(), folderFlags | extraFlags);
+    if (folder || folder.error().code != ENOENT) {
+        return folder;
+    }
     if (::mkdirat(parent, name.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-        const SystemError error = SystemError::last();
-        // A missing right to make it, or a read-only volume, matters only when it is not there.
-        auto opened = openAt(parent, name.c_str(), folderFlags | extraFlags);
-        return opened ? std::move(opened) : std::unexpected(error);
+        return std::unexpected(SystemError::last());
     }
     return openAt(parent, name.c_str(), folderFlags | extraFlags);
 }
@@ -104,7 +105,8 @@ SystemResult<FileDescriptor> openTopFolder(int folder, std::uint64_t mount)
     return top;
 }
 
-/// "$XDG_DATA_HOME/Trash", by the XDG Base Directory specification: a relative value counts as unset.
+/// "$XDG_DATA_HOME/Trash", by the XDG Base Directory specification: a relative value counts as unset. Empty
+/// for a user without a home.
 std::string homeTrashPath()
 {
     if (const char* const base = std::getenv("XDG_DATA_HOME"); base != nullptr && *base == '/') {
@@ -117,7 +119,7 @@ std::string homeTrashPath()
     passwd record = {};
     passwd* found = nullptr;
     ::getpwuid_r(::getuid(), &record, buffer.data(), buffer.size(), &found);
-    return std::string{found == nullptr ? "" : found->pw_dir} + "/.local/share/Trash";
+    return found == nullptr ? "" : std::string{found->pw_dir} + "/.local/share/Trash";
 }
 
 std::string localTime()
@@ -306,8 +308,9 @@ void Trash::findHomeBin()
     if (m_home) {
         return;
     }
-    SystemResult<FileDescriptor> step = openAt(AT_FDCWD, "/", folderFlags);
-    for (const std::string& name : FileUrl{homeTrashPath()}.pathComponents()) {
+    const FileUrl trash{homeTrashPath()};
+    SystemResult<FileDescriptor> step = openAt(AT_FDCWD, trash.isEmpty() ? "" : "/", folderFlags);
+    for (const std::string& name : trash.pathComponents()) {
         if (step && name != "/") {
             m_homeMount = mountOf(step->get(), "").value_or(0);
             step = openOrMakeFolder(step->get(), name, 0);

@@ -248,7 +248,7 @@ private:
             folder->pending += static_cast<std::uint32_t>(folders.size());
             add(folders);
         }
-        if (errno != 0 && errno != ENOENT) {
+        if (errno != 0 && errno != EINTR && errno != ENOENT) {
             folder->unreadable = SystemError::last();
         }
     }

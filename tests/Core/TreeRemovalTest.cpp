@@ -96,13 +96,10 @@ TEST(TreeRemoval, KeepsFewDescriptorsOpen)
 
 TEST(TreeRemoval, WhatResistsStaysAndTheRestGoes)
 {
-    TemporaryTree tree{};
-    ::chmod(tree.path().c_str(), 0777);
-    addLargeTree(tree, "out");
-    tree.add({file("out/7/locked/secret", "x"), file("out/9/sealed/a", "x"), folder("out/9/unreadable")});
-    const int code = asUnprivilegedUser([&tree] {
+    const int code = asUnprivilegedUser([] {
         TemporaryTree own{file("out/a/locked/secret", "x"), file("out/a/other", "x"),
                           file("out/b/sealed/kept", "x"), folder("out/c/empty")};
+        addLargeTree(own, "out/large");
         own.add({folder("out/a/locked").withMode(0), folder("out/b/sealed").withMode(0500),
                  folder("out/c/empty").withMode(0)});
         const int error = errorOf(removeFrom(own, "out"));

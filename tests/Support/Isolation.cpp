@@ -57,9 +57,9 @@ TemporaryMount::~TemporaryMount()
     }
 }
 
-void TemporaryMount::makeReadOnly() const
+bool TemporaryMount::makeReadOnly() const
 {
-    ::mount("none", m_folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr);
+    return ::mount("none", m_folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
 }
 
 int inChildProcess(const std::function<int()>& action)

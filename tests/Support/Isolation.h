@@ -38,8 +38,8 @@ public:
 
     [[nodiscard]] const std::string& refusal() const noexcept { return m_refusal; }
 
-    /// Nothing can be changed in it from now on.
-    void makeReadOnly() const;
+    /// Lets nothing be changed in it from now on; false when a file in it is open for writing.
+    [[nodiscard]] bool makeReadOnly() const;
 
 private:
     TemporaryMount(const std::string& source, std::string folder, const char* type, unsigned long flags,
