@@ -1,0 +1,35 @@
+#pragma once
+
+#include "FileSystem/FileDescriptor.h"
+#include "FileSystem/SystemError.h"
+#include "Model/FileUrl.h"
+
+#include <string>
+
+namespace tallyroom {
+
+/// An item as its name in the open folder that holds it. Removal speaks of items only in this way: whatever
+/// becomes of the path meanwhile, the folder stays the one that was opened, and the name is never followed.
+struct ItemPlace {
+    FileDescriptor parent; ///< opened as a step only (O_PATH)
+    std::string name;      ///< one component, without slashes
+    std::string location;  ///< as it was given, without slashes at its end
+
+    /// Opens the folder that holds the item at a location of any length. "shortcut/" is the link, not its
+    /// target. EINVAL for what names no item: a relative or empty location, a NUL byte in it, a last step
+    /// "." or "..". EBUSY for "/".
+    [[nodiscard]] static SystemResult<ItemPlace> open(const FileUrl& url);
+
+    /// Where the item really lies, links and ".." on the way resolved, as the mount table would name it. The
+    /// kernel tells no path beyond PATH_MAX: of such a location the steps past the first few thousand bytes
+    /// are as given.
+    [[nodiscard]] SystemResult<std::string> realPath() const;
+};
+
+/// The path of an open folder, links resolved (/proc/self/fd, proc(5)).
+[[nodiscard]] SystemResult<std::string> realPathOf(int folder);
+
+/// True when `path` is `ancestor` or lies below it; both are real paths.
+[[nodiscard]] bool isWithin(const std::string& path, const std::string& ancestor);
+
+} // namespace tallyroom

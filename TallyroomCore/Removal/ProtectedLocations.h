@@ -1,0 +1,41 @@
+#pragma once
+
+#include "FileSystem/FileAttributes.h"
+#include "FileSystem/SystemError.h"
+#include "Removal/ItemPlace.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tallyroom {
+
+/// What must never be removed or moved: "/", the home folder, mount points, and every folder that holds one
+/// of them. The home folder and its ancestors are known by device and inode, so that neither a link, nor
+/// "..", nor a bind mount leads around them; mount points by their real paths.
+class ProtectedLocations {
+public:
+    /// Reads the mount table (/proc/self/mountinfo, proc(5)) and looks up the home folder ($HOME and the
+    /// user's record). Good for one batch: the kernel itself refuses what is mounted later.
+    [[nodiscard]] static SystemResult<ProtectedLocations> read();
+
+    /// Why an item must stay, in words for people; none when it may go. Of links only those go
+    /// not that the home folder's own path leads through.
+    [[nodiscard]] std::optional<std::string> refusal(const ItemPlace& place) const;
+
+private:
+    struct Guarded {
+        std::uint64_t device = 0;
+        std::uint64_t inode = 0;
+        bool isHome = false; ///< else a folder that holds it
+    };
+
+    void guard(const std::string& home);
+    [[nodiscard]] const Guarded* find(const FileAttributes& attributes) const;
+
+    std::vector<std::string> m_mountPoints;
+    std::vector<Guarded> m_homeAndAbove;
+};
+
+} // namespace tallyroom

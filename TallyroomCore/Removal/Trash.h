@@ -1,0 +1,63 @@
+#pragma once
+
+#include "FileSystem/FileDescriptor.h"
+#include "FileSystem/SystemError.h"
+#include "Model/FileUrl.h"
+#include "Removal/ItemPlace.h"
+
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace tallyroom {
+
+/// The person's trash, by the freedesktop.org Trash specification 1.0: "$XDG_DATA_HOME/Trash" for what lies
+/// on the same volume, else "$topdir/.Trash/$uid" where an administrator has set up a safe ".Trash", else
+/// "$topdir/.Trash-$uid". Nothing is copied from one volume to another, and nothing is removed for good:
+/// an item is in the trash, with its record, or it stays where it was. One object serves one batch on one
+/// thread; any number may work at once, in other processes too.
+class Trash {
+public:
+    /// Why an item stayed where it was: a failed system call, or the trash's own objection.
+    struct Refusal {
+        Refusal(SystemError error) : code(error.code), message(error.message()) {} // NOLINT: meant to convert
+
+        Refusal(int errorCode, std::string words) : code(errorCode), message(std::move(words)) {}
+
+        int code;            ///< as errno
+        std::string message; ///< in words for people
+    };
+
+    using Result = std::expected<FileUrl, Refusal>;
+
+    /// Moves an item to the trash of its volume; returns where it lies now.
+    [[nodiscard]] Result moveIn(const ItemPlace& place);
+
+    /// Moves an item of a trash to `original` and removes its record. Never overwrites (EEXIST), makes no
+    /// folder (ENOENT).
+    [[nodiscard]] static SystemResult<void> putBack(const FileUrl& inTrash, const FileUrl& original);
+
+private:
+    /// An open trash folder.
+    struct Bin {
+        FileDescriptor files;
+        FileDescriptor records; ///< "info"
+        std::string path;       ///< of the trash folder, links resolved
+        std::string topFolder;  ///< of the volume; empty for the home trash, whose records hold full paths
+        std::uint64_t mount = 0;
+    };
+
+    [[nodiscard]] static SystemResult<Bin> openBin(FileDescriptor folder, std::string topFolder);
+    [[nodiscard]] static SystemResult<Bin> openVolumeBin(const ItemPlace& place, std::uint64_t mount);
+    [[nodiscard]] static Result store(const Bin& bin, const ItemPlace& place, const std::string& realPath);
+    void findHomeBin();
+    [[nodiscard]] SystemResult<const Bin*> volumeBin(const ItemPlace& place, std::uint64_t mount);
+
+    std::optional<SystemResult<Bin>> m_home; ///< not looked for yet, or what came of it
+    std::uint64_t m_homeMount = 0;           ///< where the home trash is, or would have to be made
+    std::optional<Bin> m_volume;             ///< the one used last
+};
+
+} // namespace tallyroom

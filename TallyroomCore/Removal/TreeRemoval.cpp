@@ -1,0 +1,419 @@
+#include "Removal/TreeRemoval.h"
+
+#include "Concurrency/Locked.h"
+#include "FileSystem/FileAttributes.h"
+#include "FileSystem/FileDescriptor.h"
+#include "FileSystem/FolderReader.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <condition_variable>
+#include <cstdint>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <sys/syscall.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace tallyroom {
+
+namespace {
+
+/// Unlinking waits for the disk's journal more than for the processor, so more threads than cores pay off.
+constexpr std::size_t widestRemoval = 8;
+
+/// Below this many names gone, starting threads costs more than they save.
+constexpr std::size_t namesOfALargeTree = 400;
+
+/// How many levels of folders stay open above the one that is being emptied.
+constexpr unsigned levelsKeptOpen = 24;
+
+/// How often a folder that is filled meanwhile is emptied again. Some file systems skip names when others are
+/// removed while the folder is read, about half of what is left each time.
+constexpr unsigned mostPasses = 16;
+
+using SharedDescriptor = std::shared_ptr<const FileDescriptor>;
+
+/// Tells one folder from another that has taken its place.
+struct Identity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+
+    friend bool operator==(const Identity&, const Identity&) = default;
+};
+
+SystemResult<Identity> identityOf(int folder)
+{
+    const auto attributes = fileAttributes(folder);
+    if (!attributes) {
+        return std::unexpected(attributes.error());
+    }
+    return Identity{attributes->device, attributes->inode};
+}
+
+/// Opens a folder for listing, but neither a link nor the root of something that is mounted there.
+SystemResult<FileDescriptor> openOwnChild(int parent, const std::string& name)
+{
+    open_how how = {};
+    how.flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
+    how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV | RESOLVE_BENEATH;
+    const long descriptor = ::syscall(SYS_openat2, parent, name.c_str(), &how, sizeof how);
+    if (descriptor < 0) {
+        return std::unexpected(SystemError::last());
+    }
+    return FileDescriptor{static_cast<int>(descriptor)};
+}
+
+/// A folder on its way out.
+struct Folder {
+    Folder(std::shared_ptr<Folder> parentFolder, std::string ownName)
+        : parent(std::move(parentFolder)), name(std::move(ownName)), depth(parent ? parent->depth + 1 : 0)
+    {}
+
+    struct Access {
+        SharedDescriptor descriptor;      ///< none before it is opened, and while it is parked
+        std::optional<Identity> identity; ///< known as soon as it was parked
+    };
+
+    std::shared_ptr<Folder> parent;
+    std::string name;
+    unsigned depth = 0;
+    unsigned passes = 0;
+    std::optional<SystemError> unreadable;   ///< why its names cannot be known
+    std::atomic<std::uint32_t> pending{1};   ///< its own listing and the folders in it
+    std::atomic<bool> keepsSomething{false}; ///< something below it could not be removed
+    Locked<Access> access;
+
+    [[nodiscard]] SharedDescriptor descriptor() const { return access.get().descriptor; }
+
+    SharedDescriptor keepOpen(FileDescriptor opened)
+    {
+        auto shared = std::make_shared<const FileDescriptor>(std::move(opened));
+        access.with([&](Access& own) { own.descriptor = shared; });
+        return shared;
+    }
+
+    /// Closes the folder until it is needed again, so that depth does not use up descriptors.
+    void park()
+    {
+        access.with([](Access& own) {
+            if (own.descriptor) {
+                if (const auto identity = identityOf(own.descriptor->get())) {
+                    own.identity = *identity;
+                    own.descriptor.reset();
+                }
+            }
+        });
+    }
+
+    /// Opens a parked folder again, if what was found in its place is the same folder still.
+    SystemResult<SharedDescriptor> reopenAs(FileDescriptor found)
+    {
+        const auto identity = identityOf(found.get());
+        if (!identity) {
+            return std::unexpected(identity.error());
+        }
+        if (access.get().identity != *identity) {
+            return std::unexpected(SystemError{ESTALE});
+        }
+        return keepOpen(std::move(found));
+    }
+};
+
+/// One removal of one tree. Folders are taken newest first, so that few are open at a time; the last one to
+/// finish below a folder removes it and goes on with its parent.
+class Removal {
+public:
+    explicit Removal(FileDescriptor base) : m_base(std::make_shared<const FileDescriptor>(std::move(base))) {}
+
+    SystemResult<void> run(const std::string& name)
+    {
+        m_waiting.push_back(std::make_shared<Folder>(nullptr, name));
+        {
+            std::vector<std::jthread> helpers;
+            work([&](std::size_t removedNames) {
+                if (helpers.empty() && removedNames >= namesOfALargeTree) {
+                    startHelpers(helpers);
+                }
+            });
+        }
+        if (m_firstError) {
+            return std::unexpected(*m_firstError);
+        }
+        return {};
+    }
+
+private:
+    enum class Outcome : unsigned char { gone, kept, filledAgain };
+
+    /// What a thread reads names with.
+    struct Reading {
+        NameBuffer buffer;
+        std::vector<ListedName> names;
+        std::size_t removedNames = 0;
+    };
+
+    void startHelpers(std::vector<std::jthread>& helpers)
+    {
+        try {
+            while (helpers.size() + 1 < widestRemoval) {
+                helpers.emplace_back([this] { work([](std::size_t) {}); });
+            }
+        } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch): the threads there are will do
+        }
+    }
+
+    /// Empties folders until the whole tree is gone.
+    template <class AfterEach>
+    void work(AfterEach afterEach)
+    {
+        Reading reading;
+        while (auto folder = take()) {
+            empty(folder, reading);
+            finish(std::move(folder));
+            afterEach(reading.removedNames);
+        }
+    }
+
+    std::shared_ptr<Folder> take()
+    {
+        std::unique_lock lock{m_mutex};
+        m_wake.wait(lock, [this] { return m_done || !m_waiting.empty(); });
+        if (m_done) {
+            return nullptr;
+        }
+        auto folder = std::move(m_waiting.back());
+        m_waiting.pop_back();
+        return folder;
+    }
+
+    void add(std::vector<std::shared_ptr<Folder>>& folders)
+    {
+        {
+            const std::scoped_lock lock{m_mutex};
+            std::ranges::move(folders, std::back_inserter(m_waiting));
+        }
+        for (std::size_t i = 0; i < std::min(folders.size(), widestRemoval); ++i) {
+            m_wake.notify_one();
+        }
+        folders.clear();
+    }
+
+    void end()
+    {
+        {
+            const std::scoped_lock lock{m_mutex};
+            m_done = true;
+        }
+        m_wake.notify_all();
+    }
+
+    void note(SystemError error)
+    {
+        const std::scoped_lock lock{m_mutex};
+        if (!m_firstError) {
+            m_firstError = error;
+        }
+    }
+
+    /// Removes the files of a folder and queues its folders.
+    void empty(const std::shared_ptr<Folder>& folder, Reading& reading)
+    {
+        const auto opened = folder->passes++ == 0 ? openFirst(*folder) : rewound(*folder);
+        if (!opened) {
+            folder->unreadable = opened.error();
+            return;
+        }
+        parkAncestor(*folder);
+        std::vector<std::shared_ptr<Folder>> folders;
+        // An error ends a listing like its end does, and only errno tells them apart.
+        for (errno = 0; reading.buffer.read(opened->get()->get()); errno = 0) {
+            reading.names.clear();
+            reading.buffer.parse(reading.names);
+            for (const ListedName& name : reading.names) {
+                if (name.type == EntryType::folder ||
+                    !removedFile(*folder, opened->get()->get(), name.name)) {
+                    folders.push_back(std::make_shared<Folder>(folder, std::string{name.view()}));
+                }
+            }
+            reading.removedNames += reading.names.size();
+            folder->pending += static_cast<std::uint32_t>(folders.size());
+            add(folders);
+        }
+        if (errno != 0 && errno != EINTR && errno != ENOENT) {
+            folder->unreadable = SystemError::last();
+        }
+    }
+
+    /// False for what turns out to be a folder.
+    bool removedFile(Folder& folder, int descriptor, const char* name)
+    {
+        if (::unlinkat(descriptor, name, 0) != 0 && errno != ENOENT) {
+            if (errno == EISDIR) {
+                return false;
+            }
+            note(SystemError::last());
+            folder.keepsSomething = true;
+        }
+        return true;
+    }
+
+    /// The work on a folder is done: removes it when nothing below it is pending, and so on upwards.
+    void finish(std::shared_ptr<Folder> folder)
+    {
+        while (folder && --folder->pending == 0) {
+            const Outcome outcome = removeEmptied(*folder);
+            if (outcome == Outcome::filledAgain) {
+                folder->pending = 1;
+                std::vector<std::shared_ptr<Folder>> again{std::move(folder)};
+                add(again);
+                return;
+            }
+            auto parent = std::move(folder->parent);
+            if (parent && outcome == Outcome::kept) {
+                parent->keepsSomething = true;
+            }
+            if (!parent) {
+                end();
+            }
+            folder = std::move(parent); // one at a time: a chain of destructors would recurse
+        }
+    }
+
+    Outcome removeEmptied(Folder& folder)
+    {
+        if (folder.keepsSomething) {
+            if (folder.unreadable) {
+                note(*folder.unreadable);
+            }
+            return Outcome::kept;
+        }
+        const auto parent = openParent(folder);
+        if (!parent) {
+            note(parent.error());
+            return Outcome::kept;
+        }
+        const char* const name = folder.name.c_str();
+        if (::unlinkat(parent->get()->get(), name, AT_REMOVEDIR) == 0 || errno == ENOENT) {
+            return Outcome::gone;
+        }
+        const SystemError error = SystemError::last();
+        if (error.code == ENOTDIR && folder.parent && ::unlinkat(parent->get()->get(), name, 0) == 0) {
+            return Outcome::gone; // swapped for a link, or for a file, in a folder that has to go
+        }
+        const bool isFilled = error.code == ENOTEMPTY || error.code == EEXIST;
+        if (isFilled && !folder.unreadable && folder.passes < mostPasses) {
+            return Outcome::filledAgain;
+        }
+        note(folder.unreadable.value_or(error));
+        return Outcome::kept;
+    }
+
+    SystemResult<SharedDescriptor> openFirst(Folder& folder)
+    {
+        const auto parent = folder.parent ? reopen(*folder.parent) : m_base;
+        if (!parent) {
+            return parent;
+        }
+        auto opened = openOwnChild(parent->get()->get(), folder.name);
+        if (!opened) {
+            return std::unexpected(opened.error());
+        }
+        return folder.keepOpen(std::move(*opened));
+    }
+
+    SystemResult<SharedDescriptor> rewound(Folder& folder)
+    {
+        auto opened = reopen(folder);
+        if (opened && ::lseek(opened->get()->get(), 0, SEEK_SET) != 0) {
+            return std::unexpected(SystemError::last());
+        }
+        return opened;
+    }
+
+    SystemResult<SharedDescriptor> openParent(Folder& folder)
+    {
+        if (!folder.parent) {
+            return m_base;
+        }
+        const auto own = folder.descriptor();
+        if (own && !folder.parent->descriptor()) {
+            // One step up instead of the whole way down: this is what makes deep trees cheap.
+            FileDescriptor above{::openat(own->get(), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK)};
+            if (above.isOpen()) {
+                if (auto opened = folder.parent->reopenAs(std::move(above))) {
+                    return opened;
+                }
+            }
+        }
+        return reopen(*folder.parent);
+    }
+
+    /// The folder's descriptor; a parked one is opened from its nearest open ancestor.
+    SystemResult<SharedDescriptor> reopen(Folder& folder)
+    {
+        if (auto descriptor = folder.descriptor()) {
+            return descriptor;
+        }
+        std::vector<const std::string*> names;
+        SharedDescriptor from;
+        for (const Folder* step = &folder; !from; step = step->parent.get()) {
+            names.push_back(&step->name);
+            from = step->parent ? step->parent->descriptor() : m_base;
+        }
+        std::string path;
+        for (auto name = names.rbegin(); name != names.rend(); ++name) {
+            path.append(path.empty() ? "" : "/").append(**name);
+        }
+        auto opened = openDescendantFolder(from->get(), path);
+        if (!opened) {
+            return std::unexpected(opened.error());
+        }
+        return folder.reopenAs(std::move(*opened));
+    }
+
+    static void parkAncestor(const Folder& folder)
+    {
+        Folder* ancestor = folder.depth < levelsKeptOpen ? nullptr : folder.parent.get();
+        for (unsigned level = 1; ancestor != nullptr && level < levelsKeptOpen; ++level) {
+            ancestor = ancestor->parent.get();
+        }
+        if (ancestor != nullptr) {
+            ancestor->park();
+        }
+    }
+
+    const SharedDescriptor m_base;
+    std::mutex m_mutex; // guards what follows
+    std::condition_variable m_wake;
+    std::vector<std::shared_ptr<Folder>> m_waiting;
+    std::optional<SystemError> m_firstError;
+    bool m_done = false;
+};
+
+} // namespace
+
+SystemResult<void> TreeRemoval::removeItem(int parent, const std::string& name)
+{
+    if (::unlinkat(parent, name.c_str(), 0) == 0) {
+        return {};
+    }
+    if (errno != EISDIR) {
+        return std::unexpected(SystemError::last());
+    }
+    FileDescriptor base{::fcntl(parent, F_DUPFD_CLOEXEC, 0)};
+    if (!base.isOpen()) {
+        return std::unexpected(SystemError::last());
+    }
+    return Removal{std::move(base)}.run(name);
+}
+
+} // namespace tallyroom

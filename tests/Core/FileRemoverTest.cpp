@@ -1,0 +1,180 @@
+#include "Removal/FileRemover.h"
+
+#include "Support/Isolation.h"
+#include "Support/TemporaryTree.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+
+class FileRemoverTest : public testing::Test {
+protected:
+    FileRemover::RemovalResult remove(const std::vector<FileUrl>& urls, bool permanently)
+    {
+        return FileRemover::remove(urls, permanently, [this](std::size_t completed, std::size_t total) {
+            progress.emplace_back(completed, total);
+        });
+    }
+
+    TemporaryTree tree{file("home/me/photo", "p"), folder("data")};
+    ScopedVariable home{"HOME", tree.path("home/me")};
+    ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
+    std::vector<std::pair<std::size_t, std::size_t>> progress;
+};
+
+TEST_F(FileRemoverTest, ALinkGoesAndItsTargetStays)
+{
+    for (const bool permanently : {false, true}) {
+        for (const char* const name : {"shortcut", "shortcut/", "shortcut///"}) {
+            tree.add({file("photos/a.jpg", 10_KiB), link("shortcut", "photos")});
+            const auto result = remove({tree.url(name)}, permanently);
+            EXPECT_TRUE(result.allSucceeded());
+            EXPECT_TRUE(tree.exists("photos/a.jpg"));
+            EXPECT_FALSE(tree.exists("shortcut"));
+        }
+    }
+    tree.add({link("to-home", "home/me"), link("to-root", "/")});
+    EXPECT_TRUE(remove({tree.url("to-home/"), tree.url("to-root/")}, true).allSucceeded());
+    EXPECT_TRUE(tree.exists("home/me/photo"));
+}
+
+TEST_F(FileRemoverTest, TheRootTheHomeAndWhatHoldsItAreRefusedByAnyRoute)
+{
+    tree.add({link("to-homes", "home"), link("to-tree", "."), link("to-root", "/"), folder("other"),
+              file("precious", "p")});
+    const std::vector<FileUrl> urls{
+        FileUrl{"/"},
+        FileUrl{"///"},
+        FileUrl{},
+        FileUrl{"home/me"},
+        tree.url("home/me"),
+        tree.url("home/me/"),
+        tree.url("home"),
+        tree.url(),
+        tree.url("to-homes/me"),
+        tree.url("to-tree/to-tree/home/me"),
+        tree.url("other/../home"),
+        FileUrl{tree.path("to-root") + tree.path("home/me")},
+        tree.url("home/me/."),
+        tree.url("home/me/.."),
+        tree.url("other/.."),
+        FileUrl{"/proc/self/root" + tree.path("home")},
+        FileUrl{tree.path("precious") + std::string("\0more", 5)},
+    };
+    for (const bool permanently : {false, true}) {
+        const auto result = remove(urls, permanently);
+        EXPECT_THAT(result.failures, SizeIs(urls.size()));
+        EXPECT_THAT(result.removed, IsEmpty());
+        EXPECT_THAT(tree.names(),
+                    ElementsAre("data", "home", "other", "precious", "to-homes", "to-root", "to-tree"));
+        EXPECT_EQ(tree.content("home/me/photo"), "p");
+    }
+    const ScopedVariable homeByLink{"HOME", tree.path("to-homes/me")};
+    EXPECT_THAT(remove({tree.url("to-homes"), tree.url("home")}, true).removed, IsEmpty());
+    EXPECT_EQ(remove({tree.url("home")}, true).failures.front().message,
+              "Ce dossier contient le dossier personnel.");
+}
+
+TEST_F(FileRemoverTest, MountPointsAndWhatHoldsThemAreRefusedByAnyRoute)
+{
+    tree.add(
+        {folder("disks/my disk\\1\n"), file("album/photo", "p"), link("route", "disks"), folder("window")});
+    const auto disk = TemporaryMount::bind(tree.path("album"), tree.path("disks/my disk\\1\n"));
+    const auto homes = TemporaryMount::bind(tree.path("home"), tree.path("window"));
+    if (!disk.isMounted() || !homes.isMounted()) {
+        GTEST_SKIP() << disk.refusal();
+    }
+    const std::vector<FileUrl> urls{tree.url("disks/my disk\\1\n"), tree.url("route/my disk\\1\n/"),
+                                    tree.url("disks"), tree.url("route/../disks"), tree.url("window/me")};
+    for (const bool permanently : {false, true}) {
+        EXPECT_THAT(remove(urls, permanently).removed, IsEmpty());
+        EXPECT_EQ(tree.content("album/photo"), "p");
+        EXPECT_EQ(tree.content("home/me/photo"), "p");
+    }
+    EXPECT_EQ(remove({urls.front()}, true).failures.front().message,
+              "Un volume est monté à cet emplacement.");
+}
+
+TEST_F(FileRemoverTest, EveryItemIsTriedOnceInTheOrderGiven)
+{
+    for (const bool permanently : {false, true}) {
+        tree.add({file("b", "b"), file("a", "a"), file("dir/file", "c")});
+        const std::vector<FileUrl> urls{tree.url("b"), tree.url("missing/x"),  tree.url("b"),
+                                        tree.url("a"), tree.url("dir/file/x"), tree.url("dir")};
+        progress.clear();
+        const auto result = remove(urls, permanently);
+        EXPECT_THAT(result.removed, ElementsAre(urls[0], urls[3], urls[5]));
+        EXPECT_THAT(result.failures,
+                    ElementsAre(FileRemover::RemovalFailure{urls[1], "No such file or directory"},
+                                FileRemover::RemovalFailure{urls[2], "No such file or directory"},
+                                FileRemover::RemovalFailure{urls[4], "Not a directory"}));
+        EXPECT_EQ(result.canUndo(), !permanently);
+        EXPECT_THAT(result.trashed, SizeIs(permanently ? 0 : 3));
+        EXPECT_THAT(progress,
+                    ElementsAre(Pair(1, 6), Pair(2, 6), Pair(3, 6), Pair(4, 6), Pair(5, 6), Pair(6, 6)));
+    }
+    EXPECT_EQ(remove({}, true), FileRemover::RemovalResult{});
+}
+
+TEST_F(FileRemoverTest, UndoPutsBackWhatItCanAndNeverOverwrites)
+{
+    tree.add({file("taken", "old"), file("gone/inner", "i"), file("emptied", "e"), file("free", "f"),
+              link("shortcut", "free")});
+    const auto trashed = remove({tree.url("taken"), tree.url("gone/inner"), tree.url("emptied"),
+                                 tree.url("shortcut/"), tree.url("free")},
+                                false)
+                             .trashed;
+    ASSERT_THAT(trashed, SizeIs(5));
+    ASSERT_TRUE(remove({tree.url("gone"), tree.url("data/Trash/files/emptied")}, true).allSucceeded());
+    tree.add(file("taken", "new"));
+    const auto result = FileRemover::restore(trashed);
+    EXPECT_THAT(result.removed, ElementsAre(tree.url("shortcut/"), tree.url("free")));
+    EXPECT_THAT(result.failures,
+                ElementsAre(FileRemover::RemovalFailure{tree.url("taken"), "File exists"},
+                            FileRemover::RemovalFailure{tree.url("gone/inner"), "No such file or directory"},
+                            FileRemover::RemovalFailure{tree.url("emptied"), "No such file or directory"}));
+    EXPECT_FALSE(result.canUndo());
+    EXPECT_EQ(tree.content("taken"), "new");
+    EXPECT_EQ(tree.content("free"), "f");
+    EXPECT_EQ(tree.content("shortcut"), "free");
+    EXPECT_THAT(tree.names("data/Trash/files"), ElementsAre("inner", "taken"));
+    EXPECT_THAT(tree.names("data/Trash/info"),
+                ElementsAre("emptied.trashinfo", "inner.trashinfo", "taken.trashinfo"));
+}
+
+TEST_F(FileRemoverTest, OddNamesAndLongPathsComeBackWhole)
+{
+    const std::string far = chain(std::string(200, 'd'), 30);
+    std::vector<FileUrl> urls;
+    for (const std::string& name : {std::string{"new\nline"}, std::string{"\xff\xfe"}, std::string(255, 'n'),
+                                    std::string{"-rf"}, std::string{" "}, std::string{"%2F"}}) {
+        for (const std::string& parent : {std::string{"near/"}, far + "/"}) {
+            tree.add(file(parent + name, parent));
+            urls.push_back(tree.url(parent + name));
+        }
+    }
+    const auto trashed = remove(urls, false);
+    EXPECT_THAT(trashed.failures, IsEmpty());
+    EXPECT_THAT(tree.names("near"), IsEmpty());
+    EXPECT_THAT(tree.names(far), IsEmpty());
+    const auto restored = FileRemover::restore(trashed.trashed);
+    EXPECT_EQ(restored.removed, urls);
+    EXPECT_THAT(tree.names("near"), SizeIs(6));
+    EXPECT_EQ(tree.content(far + "/new\nline"), far + "/");
+    EXPECT_THAT(tree.names("data/Trash/info"), IsEmpty());
+    EXPECT_TRUE(remove(urls, true).allSucceeded());
+    EXPECT_THAT(tree.names(far), IsEmpty());
+}
+
+} // namespace
+
+} // namespace tallyroom

@@ -1,0 +1,301 @@
+#include "Removal/FileRemover.h"
+#include "Support/Isolation.h"
+#include "Support/TemporaryTree.h"
+
+#include <array>
+#include <cstdio>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+/// A tree with a home folder and a trash of its own: no test comes near the real one.
+class TrashTest : public testing::Test {
+protected:
+    FileRemover::RemovalResult trash(const std::vector<FileUrl>& urls)
+    {
+        return FileRemover::moveToTrash(urls);
+    }
+
+    FileRemover::RemovalResult trash(const std::string& relative) { return trash({tree.url(relative)}); }
+
+    /// The name under which the item lies in the home trash; fails the test when it does not.
+    std::string nameInTrash(const FileRemover::RemovalResult& result, std::size_t index = 0)
+    {
+        EXPECT_THAT(result.failures, IsEmpty()) << result.failures.front().message;
+        return result.trashed.size() > index ? std::string{result.trashed[index].inTrash.lastPathComponent()}
+                                             : "";
+    }
+
+    std::string record(const std::string& name)
+    {
+        return tree.content("data/Trash/info/" + name + ".trashinfo");
+    }
+
+    TemporaryTree tree{folder("home"), folder("data")};
+    ScopedVariable home{"HOME", tree.path("home")};
+    ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
+};
+
+/// What a program prints; empty when it is not installed or fails.
+std::string outputOf(const std::string& command)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe{
+        ::popen((command + " 2>/dev/null").c_str(), "r"), ::pclose};
+    std::string output;
+    std::array<char, 4096> buffer = {};
+    while (const std::size_t count = pipe ? std::fread(buffer.data(), 1, buffer.size(), pipe.get()) : 0) {
+        output.append(buffer.data(), count);
+    }
+    return output;
+}
+
+TEST_F(TrashTest, RecordsTheResolvedPathEncodedFromItsBytes)
+{
+    tree.add({file("real/été 100%\n\xff.txt", "x"), link("route", "real")});
+    const std::string name = nameInTrash(trash("route/../real/été 100%\n\xff.txt"));
+    EXPECT_EQ(name, "été 100%\n\xff.txt");
+    const std::string content = record(name);
+    EXPECT_THAT(content, StartsWith("[Trash Info]\nPath=" + tree.path("real/") +
+                                    "%C3%A9t%C3%A9%20100%25%0A%FF.txt\nDeletionDate="));
+    EXPECT_THAT(content, testing::MatchesRegex("(.|\n)*DeletionDate=....-..-..T..:..:..\n"));
+    EXPECT_THAT(tree.names("real"), IsEmpty());
+}
+
+TEST_F(TrashTest, AClashOfNamesLosesNothing)
+{
+    const std::vector<std::pair<std::string, std::string>> expected{
+        {"notes.txt", "notes.2.txt"},
+        {".profile", ".profile.2"},
+        {"archive", "archive.2"},
+        {"-rf", "-rf.2"},
+        {std::string(255, 'n'), std::string(243, 'n') + ".2"},
+        {std::string(251, 'n') + ".txt", std::string(239, 'n') + ".2.txt"},
+        {"x" + chain("é", 1) + std::string(240, 'n') + "é.jpg", "xé" + std::string(236, 'n') + ".2.jpg"},
+        {"n." + std::string(253, 'e'), "n." + std::string(241, 'e') + ".2"},
+    };
+    for (const auto& [name, second] : expected) {
+        tree.add({file("a/" + name, "first"), file("b/" + name, "second")});
+        const auto result = trash({tree.url("a/" + name), tree.url("b/" + name)});
+        EXPECT_EQ(nameInTrash(result, 1), second);
+        EXPECT_EQ(tree.content("data/Trash/files/" + nameInTrash(result)), "first") << name;
+        EXPECT_EQ(tree.content("data/Trash/files/" + second), "second") << name;
+        EXPECT_THAT(record(second), HasSubstr("Path=" + tree.path("b/")));
+        EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
+        EXPECT_EQ(tree.content("a/" + name) + tree.content("b/" + name), "firstsecond") << name;
+    }
+    EXPECT_THAT(tree.names("data/Trash/info"), IsEmpty());
+    EXPECT_THAT(tree.names("data/Trash/files"), IsEmpty());
+}
+
+TEST_F(TrashTest, NeitherAnItemWithoutRecordNorARecordWithoutItemIsOverwritten)
+{
+    tree.add({file("data/Trash/files/photo", "old"), file("data/Trash/info/photo.2.trashinfo", "old record"),
+              file("photo", "new")});
+    const std::string name = nameInTrash(trash("photo"));
+    EXPECT_EQ(name, "photo.3");
+    EXPECT_EQ(tree.content("data/Trash/files/photo"), "old");
+    EXPECT_EQ(record("photo.2"), "old record");
+    EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("photo.2.trashinfo", "photo.3.trashinfo"));
+}
+
+TEST_F(TrashTest, ProcessesThatTrashTheSameNamesAtOnceLoseNothing)
+{
+    constexpr int itemsEach = 40;
+    constexpr int processes = 4;
+    for (int process = 0; process < processes; ++process) {
+        for (int i = 0; i < itemsEach; ++i) {
+            const std::string place = std::to_string(process) + "/" + std::to_string(i);
+            tree.add(file(place + "/node_modules/which", place));
+        }
+    }
+    std::vector<std::jthread> starters;
+    std::array<int, processes> codes = {};
+    for (int process = 0; process < processes; ++process) {
+        starters.emplace_back([&, process] {
+            codes.at(static_cast<std::size_t>(process)) = inChildProcess([&] {
+                std::vector<FileUrl> urls;
+                for (int i = 0; i < itemsEach; ++i) {
+                    urls.push_back(
+                        tree.url(std::to_string(process) + "/" + std::to_string(i) + "/node_modules"));
+                }
+                return static_cast<int>(trash(urls).failures.size());
+            });
+        });
+    }
+    starters.clear();
+    EXPECT_THAT(codes, testing::Each(0));
+    const auto names = tree.names("data/Trash/files");
+    EXPECT_THAT(names, SizeIs(itemsEach * processes));
+    EXPECT_THAT(tree.names("data/Trash/info"), SizeIs(itemsEach * processes));
+    for (const std::string& name : names) {
+        const std::string place = tree.content("data/Trash/files/" + name + "/which");
+        EXPECT_THAT(record(name), HasSubstr("Path=" + tree.path(place + "/node_modules") + "\n"));
+    }
+}
+
+TEST_F(TrashTest, OtherProgramsSeeWhatLiesInIt)
+{
+    tree.add({file("été 100% #1.txt", "x"), file("dossier/-rf", "x")});
+    ASSERT_TRUE(trash({tree.url("été 100% #1.txt"), tree.url("dossier")}).allSucceeded());
+    const std::string trashList = outputOf("LC_ALL=C.UTF-8 trash-list");
+    const std::string gio = outputOf("LC_ALL=C.UTF-8 dbus-run-session -- gio trash --list");
+    if (trashList.empty() && gio.empty()) {
+        GTEST_SKIP() << "neither trash-list nor gio can list a trash here";
+    }
+    if (!trashList.empty()) {
+        EXPECT_THAT(trashList, HasSubstr(tree.path("été 100% #1.txt") + "\n"));
+        EXPECT_THAT(trashList, HasSubstr(tree.path("dossier") + "\n"));
+    }
+    if (!gio.empty()) { // gio escapes what is not ASCII
+        EXPECT_THAT(gio, HasSubstr("trash:///%C3%A9t%C3%A9%20100%25%20%231.txt\t" + tree.path()));
+        EXPECT_THAT(gio, HasSubstr("trash:///dossier\t" + tree.path("dossier") + "\n"));
+    }
+}
+
+TEST_F(TrashTest, TheTrashItselfAndWhatLiesInItStay)
+{
+    tree.add(file("photo", "p"));
+    ASSERT_EQ(nameInTrash(trash("photo")), "photo");
+    for (const char* const relative : {"data", "data/Trash", "data/Trash/files", "data/Trash/files/photo"}) {
+        EXPECT_THAT(trash(relative).failures, SizeIs(1)) << relative;
+    }
+    EXPECT_THAT(tree.names("data/Trash/files"), ElementsAre("photo"));
+    EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("photo.trashinfo"));
+}
+
+TEST_F(TrashTest, AnItemThatCannotGoStaysAndItsRecordIsTakenBack)
+{
+    const int code = asUnprivilegedUser([] {
+        TemporaryTree own{file("locked/photo", "p"), file("photo", "p"), folder("readonly/Trash/files"),
+                          folder("readonly/Trash/info"), folder("nowhere")};
+        own.add({folder("locked").withMode(0555), folder("readonly/Trash/info").withMode(0555),
+                 folder("nowhere").withMode(0555)});
+        const ScopedVariable openHome{"XDG_DATA_HOME", own.path("data")};
+        bool isRight =
+            FileRemover::moveToTrash(own.url("locked/photo")).error().message == "Permission denied" &&
+            own.exists("locked/photo") && own.names("data/Trash/info").empty();
+        for (const char* const closed : {"readonly", "nowhere/data"}) {
+            const ScopedVariable closedHome{"XDG_DATA_HOME", own.path(closed)};
+            isRight = isRight && !FileRemover::moveToTrash(own.url("photo")) && own.content("photo") == "p";
+        }
+        return isRight ? 0 : 1;
+    });
+    EXPECT_EQ(code, 0);
+}
+
+/// A volume of its own below the tree, with the trash folders that only it can have.
+class VolumeTrashTest : public TrashTest {
+protected:
+    void SetUp() override
+    {
+        if (!volume.isMounted()) {
+            GTEST_SKIP() << volume.refusal();
+        }
+        tree.add(file("volume/album/été", "p"));
+    }
+
+    FileRemover::RemovalResult trashPhoto() { return trash("volume/album/été"); }
+
+    const std::string own = ".Trash-" + std::to_string(::getuid());
+    const std::string ownShared = ".Trash/" + std::to_string(::getuid());
+    const bool isMade = (tree.add(folder("volume")), true);
+    TemporaryMount volume = TemporaryMount::memory(tree.path("volume"), "size=1m");
+};
+
+TEST_F(VolumeTrashTest, ItemsStayOnTheirVolumeWithPathsRelativeToIt)
+{
+    const auto result = trashPhoto();
+    ASSERT_EQ(nameInTrash(result), "été");
+    EXPECT_EQ(result.trashed.front().inTrash, tree.url("volume/" + own + "/files/été"));
+    EXPECT_THAT(tree.content("volume/" + own + "/info/été.trashinfo"),
+                StartsWith("[Trash Info]\nPath=album/%C3%A9t%C3%A9\nDeletionDate="));
+    EXPECT_THAT(tree.names("data/Trash/files"), IsEmpty());
+    struct stat status = {};
+    ASSERT_EQ(::stat(tree.path("volume/" + own).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0700U);
+    EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
+    EXPECT_EQ(tree.content("volume/album/été"), "p");
+    EXPECT_THAT(tree.names("volume/" + own + "/info"), IsEmpty());
+}
+
+TEST_F(VolumeTrashTest, TheSharedTrashIsUsedOnlyWhenItIsSafe)
+{
+    const auto placeAfter = [this](const TreeItem& shared) {
+        tree.add(shared);
+        const auto result = trashPhoto();
+        EXPECT_THAT(result.failures, IsEmpty());
+        EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
+        ::unlink(tree.path("volume/.Trash").c_str());
+        return result.trashed.empty() ? "" : result.trashed.front().inTrash.parent().parent().path();
+    };
+    tree.add(folder("volume/elsewhere").withMode(01777));
+    EXPECT_EQ(placeAfter(link("volume/.Trash", "elsewhere")), tree.path("volume/" + own));
+    EXPECT_EQ(placeAfter(folder("volume/.Trash").withMode(0777)), tree.path("volume/" + own));
+    EXPECT_EQ(placeAfter(folder("volume/.Trash").withMode(01777)), tree.path("volume/" + ownShared));
+}
+
+TEST_F(VolumeTrashTest, ATrashThatAnotherHasLaidOutIsRefused)
+{
+    tree.add({folder("elsewhere"), link("volume/" + own, tree.path("elsewhere"))});
+    EXPECT_THAT(trashPhoto().failures, SizeIs(1));
+    ::unlink(tree.path("volume/" + own).c_str());
+    if (::getuid() == 0) {
+        tree.add(folder("volume/" + own).ownedBy(unprivilegedUser));
+        EXPECT_THAT(trashPhoto().failures, SizeIs(1));
+    }
+    EXPECT_EQ(tree.content("volume/album/été"), "p");
+    EXPECT_THAT(tree.names("elsewhere"), IsEmpty());
+}
+
+TEST_F(VolumeTrashTest, AFullOrReadOnlyVolumeLosesNothing)
+{
+    const auto filled = trashPhoto();
+    ASSERT_TRUE(filled.allSucceeded());
+    tree.add(file("volume/album/second", "s"));
+    {
+        const FileDescriptor ballast{
+            ::open(tree.path("volume/ballast").c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600)};
+        const std::string block(4096, 'b');
+        while (::write(ballast.get(), block.data(), block.size()) > 0) {
+        }
+    }
+    const auto full = trash("volume/album/second");
+    ASSERT_THAT(full.failures, SizeIs(1));
+    EXPECT_EQ(full.failures.front().message, "No space left on device");
+    ASSERT_TRUE(volume.makeReadOnly());
+    const auto readOnly = trash("volume/album/second");
+    ASSERT_THAT(readOnly.failures, SizeIs(1));
+    EXPECT_EQ(readOnly.failures.front().message, "Read-only file system");
+    EXPECT_EQ(tree.content("volume/album/second"), "s");
+    EXPECT_THAT(tree.names("volume/" + own + "/info"), ElementsAre("été.trashinfo"));
+}
+
+TEST_F(VolumeTrashTest, ABindMountOfTheSameVolumeHasItsOwnTrash)
+{
+    tree.add({file("disk/photo", "p"), folder("window")});
+    const auto bound = TemporaryMount::bind(tree.path("disk"), tree.path("window"));
+    ASSERT_TRUE(bound.isMounted()) << bound.refusal();
+    const auto result = trash("window/photo");
+    ASSERT_EQ(nameInTrash(result), "photo");
+    EXPECT_EQ(result.trashed.front().inTrash, tree.url("window/" + own + "/files/photo"));
+    EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
+    EXPECT_EQ(tree.content("disk/photo"), "p");
+}
+
+} // namespace
+
+} // namespace tallyroom

@@ -1,0 +1,181 @@
+#include "Removal/TreeRemoval.h"
+
+#include "Support/Isolation.h"
+#include "Support/TemporaryTree.h"
+
+#include <atomic>
+#include <cerrno>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+SystemResult<void> removeFrom(const TemporaryTree& tree, const std::string& name)
+{
+    const FileDescriptor parent{::open(tree.path().c_str(), O_PATH | O_DIRECTORY)};
+    return TreeRemoval::removeItem(parent.get(), name);
+}
+
+int errorOf(const SystemResult<void>& result)
+{
+    return result ? 0 : result.error().code;
+}
+
+/// Enough names for several threads to share the work.
+void addLargeTree(TemporaryTree& tree, const std::string& name)
+{
+    for (int i = 0; i < 60; ++i) {
+        for (int j = 0; j < 20; ++j) {
+            const std::string folderName = name + "/" + std::to_string(i) + "/" + std::to_string(j % 4);
+            tree.add(file(folderName + "/file" + std::to_string(j), 100));
+        }
+    }
+}
+
+TEST(TreeRemoval, RemovesEveryKindOfItemAndNothingBesideIt)
+{
+    TemporaryTree tree{file("kept/photo", "p"),
+                       file("out/plain", 10_KiB),
+                       hardLink("out/second", "kept/photo"),
+                       link("out/to-kept", "../kept"),
+                       link("out/dangling", "nowhere"),
+                       fifo("out/pipe"),
+                       socket("out/socket"),
+                       folder("out/empty"),
+                       file("out/-rf", "x"),
+                       file("out/new\nline", "x"),
+                       file("out/\xff\xfe", "x"),
+                       file("out/" + std::string(255, 'n') + "/" + std::string(255, 'm'), "x")};
+    addLargeTree(tree, "out/large");
+    EXPECT_EQ(errorOf(removeFrom(tree, "out")), 0);
+    EXPECT_THAT(tree.names(), ElementsAre("kept"));
+    EXPECT_EQ(tree.content("kept/photo"), "p");
+    EXPECT_EQ(errorOf(removeFrom(tree, "out")), ENOENT);
+}
+
+TEST(TreeRemoval, DepthAndPathLengthHaveNoLimit)
+{
+    const std::string longName(250, 'l');
+    TemporaryTree tree{folder("out/" + chain("d", 10'000)),
+                       file("out/" + chain(longName, 40) + "/leaf", "x")};
+    // A tree in which every level waits for a second folder while the deep one is emptied.
+    for (std::size_t depth = 1; depth < 400; depth += 3) {
+        tree.add(file("out/comb/" + chain("c", depth) + "/tooth/file", "x"));
+    }
+    EXPECT_EQ(errorOf(removeFrom(tree, "out")), 0);
+    EXPECT_THAT(tree.names(), IsEmpty());
+}
+
+TEST(TreeRemoval, KeepsFewDescriptorsOpen)
+{
+    TemporaryTree tree{};
+    for (int branch = 0; branch < 40; ++branch) {
+        const std::string path = "out/" + std::to_string(branch) + "/" + chain("d", 100);
+        for (int i = 0; i < 20; ++i) {
+            tree.add(folder(path + "/" + std::to_string(i)));
+        }
+    }
+    const int code = inChildProcess([&tree] {
+        const rlimit few{300, 300};
+        ::setrlimit(RLIMIT_NOFILE, &few);
+        return errorOf(removeFrom(tree, "out"));
+    });
+    EXPECT_EQ(code, 0);
+    EXPECT_THAT(tree.names(), IsEmpty());
+}
+
+TEST(TreeRemoval, WhatResistsStaysAndTheRestGoes)
+{
+    const int code = asUnprivilegedUser([] {
+        TemporaryTree own{file("out/a/locked/secret", "x"), file("out/a/other", "x"),
+                          file("out/b/sealed/kept", "x"), folder("out/c/empty")};
+        addLargeTree(own, "out/large");
+        own.add({folder("out/a/locked").withMode(0), folder("out/b/sealed").withMode(0500),
+                 folder("out/c/empty").withMode(0)});
+        const int error = errorOf(removeFrom(own, "out"));
+        const bool isRight = error == EACCES && own.names("out") == std::vector<std::string>{"a", "b"} &&
+                             own.names("out/a") == std::vector<std::string>{"locked"} &&
+                             own.names("out/b/sealed") == std::vector<std::string>{"kept"};
+        return isRight ? 0 : error + 100;
+    });
+    EXPECT_EQ(code, 0);
+}
+
+TEST(TreeRemoval, DoesNotEnterWhatIsMountedInside)
+{
+    TemporaryTree tree{folder("out/a/mounted"), file("out/a/other", "x"), file("precious/photo", "p")};
+    const auto mount = TemporaryMount::bind(tree.path("precious"), tree.path("out/a/mounted"));
+    if (!mount.isMounted()) {
+        GTEST_SKIP() << mount.refusal();
+    }
+    EXPECT_EQ(errorOf(removeFrom(tree, "out")), EXDEV);
+    EXPECT_EQ(tree.content("precious/photo"), "p");
+    EXPECT_THAT(tree.names("out/a"), ElementsAre("mounted"));
+}
+
+TEST(TreeRemoval, AFolderSwappedForALinkLeadsNobodyOutside)
+{
+    for (int round = 0; round < 20; ++round) {
+        TemporaryTree tree{link("bait", "precious")};
+        for (int i = 0; i < 30; ++i) {
+            tree.add({file("precious/sub/" + std::to_string(i), "p"),
+                      file("out/a/sub/" + std::to_string(i), "x"),
+                      file("out/b/" + std::to_string(i) + "/sub/file", "x")});
+        }
+        std::atomic<bool> isDone = false;
+        std::jthread swapper{[&] {
+            while (!isDone) {
+                ::renameat2(AT_FDCWD, tree.path("bait").c_str(), AT_FDCWD, tree.path("out/a").c_str(),
+                            RENAME_EXCHANGE);
+            }
+        }};
+        static_cast<void>(removeFrom(tree, "out"));
+        isDone = true;
+        swapper.join();
+        ASSERT_EQ(tree.names("precious/sub").size(), 30U) << "round " << round;
+    }
+}
+
+TEST(TreeRemoval, AFolderThatFillsUpMeanwhileIsEmptiedAgain)
+{
+    TemporaryTree tree{folder("out/busy")};
+    addLargeTree(tree, "out");
+    std::atomic<int> left = 200;
+    std::jthread writer{[&] {
+        while (left-- > 0) {
+            const std::string path = tree.path("out/busy/" + std::to_string(left));
+            const FileDescriptor created{::open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644)};
+        }
+    }};
+    EXPECT_EQ(errorOf(removeFrom(tree, "out")), 0);
+    writer.join();
+    EXPECT_THAT(tree.names(), IsEmpty());
+}
+
+TEST(TreeRemoval, TwoRemovalsOfOneTreeDoNotDisturbEachOther)
+{
+    TemporaryTree tree{};
+    addLargeTree(tree, "out");
+    SystemResult<void> other;
+    std::jthread second{[&] { other = removeFrom(tree, "out"); }};
+    const auto first = removeFrom(tree, "out");
+    second.join();
+    EXPECT_THAT(tree.names(), IsEmpty());
+    for (const int code : {errorOf(first), errorOf(other)}) {
+        EXPECT_TRUE(code == 0 || code == ENOENT) << code;
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom

@@ -1,0 +1,84 @@
+#include "Support/Isolation.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tallyroom {
+
+ScopedVariable::ScopedVariable(std::string name, const std::string& value) : m_name(std::move(name))
+{
+    if (const char* const former = std::getenv(m_name.c_str())) {
+        m_former = former;
+    }
+    ::setenv(m_name.c_str(), value.c_str(), 1);
+}
+
+ScopedVariable::~ScopedVariable()
+{
+    if (m_former) {
+        ::setenv(m_name.c_str(), m_former->c_str(), 1);
+    } else {
+        ::unsetenv(m_name.c_str());
+    }
+}
+
+TemporaryMount TemporaryMount::memory(const std::string& folder, const std::string& options)
+{
+    return {"tallyroom-test", folder, "tmpfs", 0, options};
+}
+
+TemporaryMount TemporaryMount::bind(const std::string& source, const std::string& folder)
+{
+    return {source, folder, nullptr, MS_BIND, ""};
+}
+
+TemporaryMount::TemporaryMount(const std::string& source, std::string folder, const char* type,
+                               unsigned long flags, const std::string& options)
+    : m_folder(std::move(folder))
+{
+    // A namespace of its own, so that even a test that crashes leaves no mount behind.
+    static const bool isApart =
+        ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    if (!isApart || ::mount(source.c_str(), m_folder.c_str(), type, flags, options.c_str()) != 0) {
+        m_refusal = std::string{"mounting is not permitted here: "} + std::strerror(errno);
+    }
+}
+
+TemporaryMount::~TemporaryMount()
+{
+    if (isMounted()) {
+        ::umount2(m_folder.c_str(), MNT_DETACH);
+    }
+}
+
+bool TemporaryMount::makeReadOnly() const
+{
+    return ::mount("none", m_folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
+}
+
+int inChildProcess(const std::function<int()>& action)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(action());
+    }
+    int status = 0;
+    return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int asUnprivilegedUser(const std::function<int()>& action)
+{
+    return inChildProcess([&action] {
+        const bool isUnprivileged =
+            ::getuid() != 0 || (::setgid(unprivilegedUser) == 0 && ::setuid(unprivilegedUser) == 0);
+        return isUnprivileged ? action() : -1;
+    });
+}
+
+} // namespace tallyroom

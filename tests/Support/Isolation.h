@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace tallyroom {
+
+/// Sets an environment variable for its life.
+class ScopedVariable {
+public:
+    ScopedVariable(std::string name, const std::string& value);
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+    ~ScopedVariable();
+
+private:
+    std::string m_name;
+    std::optional<std::string> m_former;
+};
+
+/// A file system of its own in memory, or a bind mount, for its life. Made in a mount namespace of this
+/// process alone. Many machines do not permit it: ask `isMounted`, and GTEST_SKIP with `refusal`.
+class TemporaryMount {
+public:
+    /// Mounts a tmpfs, `options` as mount(8) takes them ("size=64k").
+    static TemporaryMount memory(const std::string& folder, const std::string& options = "");
+
+    /// Shows the folder `source` at `folder` too.
+    static TemporaryMount bind(const std::string& source, const std::string& folder);
+
+    TemporaryMount(const TemporaryMount&) = delete;
+    TemporaryMount& operator=(const TemporaryMount&) = delete;
+    ~TemporaryMount();
+
+    [[nodiscard]] bool isMounted() const noexcept { return m_refusal.empty(); }
+
+    [[nodiscard]] const std::string& refusal() const noexcept { return m_refusal; }
+
+    /// Lets nothing be changed in it from now on; false when a file in it is open for writing.
+    [[nodiscard]] bool makeReadOnly() const;
+
+private:
+    TemporaryMount(const std::string& source, std::string folder, const char* type, unsigned long flags,
+                   const std::string& options);
+
+    std::string m_folder;
+    std::string m_refusal;
+};
+
+/// Runs `action` in a child process and returns what it returned, 0 to 255; -1 when the process crashed.
+int inChildProcess(const std::function<int()>& action);
+
+/// Who may nothing that is not granted: chmod denies root nothing.
+constexpr uid_t unprivilegedUser = 65534;
+
+/// The same without root's privileges, as `unprivilegedUser` when this process runs as root.
+int asUnprivilegedUser(const std::function<int()>& action);
+
+} // namespace tallyroom
