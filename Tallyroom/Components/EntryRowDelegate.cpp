@@ -68,8 +68,9 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     const QRect cell = option.rect;
     if (index.column() == EntryTableModel::checkColumn) {
         const bool isHovered = index.row() == m_view.hoveredRow();
-        SelectionCheckbox::paintBox(*painter, cell.adjusted(Theme::margin - Theme::gap / 2, 0, 0, 0),
-                                    {m_model.isChecked(index.row()), true, isHovered, false});
+        SelectionCheckbox::paintBox(
+            *painter, {cell.left() + Theme::margin, cell.top(), Theme::checkBoxSize, cell.height()},
+            {m_model.isChecked(index.row()), true, isHovered, false});
     } else if (index.column() == EntryTableModel::nameColumn) {
         paintName(*painter, cell, entry);
     } else if (index.column() == m_model.sizeColumn()) {
@@ -159,8 +160,8 @@ void EntryRowDelegate::paintNameLine(QPainter& painter, const QRect& line, const
 void EntryRowDelegate::paintSize(QPainter& painter, const QRect& cell, const Entry& entry) const
 {
     const double fraction = SizeProportion::fraction(entry.sizeBytes, m_model.rows().largestSize());
-    SizeBarCell{entry.sizeBytes, fraction, tint(entry)}.paint(painter,
-                                                              cell.adjusted(0, 0, -Theme::margin, 0));
+    SizeBarCell{entry.sizeBytes, fraction, tint(entry)}.paint(
+        painter, cell.adjusted(0, 0, -m_view.trailingMargin(), 0));
 }
 
 } // namespace tallyroom

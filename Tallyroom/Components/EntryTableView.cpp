@@ -56,7 +56,7 @@ void EntryTableView::layOutColumns()
     int rest = width - Theme::margin - Theme::checkColumnWidth;
     // Where the room is small the size keeps its minimum, and a tool's own columns give way.
     const bool isNarrow = width < Theme::narrowWidth;
-    const int sizeWidth = (isNarrow ? Theme::sizeColumnMinimum : Theme::sizeColumnIdeal) + Theme::margin;
+    const int sizeWidth = (isNarrow ? Theme::sizeColumnMinimum : Theme::sizeColumnIdeal) + trailingMargin();
     rest -= sizeWidth;
     for (int column = 0; column < own; ++column) {
         const int wanted = m_model.style().columns[static_cast<std::size_t>(column)].width;
@@ -68,6 +68,11 @@ void EntryTableView::layOutColumns()
     setColumnWidth(EntryTableModel::checkColumn, Theme::margin + Theme::checkColumnWidth);
     setColumnWidth(EntryTableModel::nameColumn, std::max(rest, Theme::checkColumnWidth));
     setColumnWidth(m_model.sizeColumn(), sizeWidth);
+}
+
+int EntryTableView::trailingMargin() const
+{
+    return std::max(Theme::margin - (width() - viewport()->width()), 0);
 }
 
 void EntryTableView::resizeEvent(QResizeEvent* event)

@@ -25,6 +25,9 @@ public:
     /// No current row, and the top of the list.
     void startOver();
 
+    /// What stays free on the right of the rows, the scroll bar aside.
+    [[nodiscard]] int trailingMargin() const;
+
     /// The row under the mouse, -1 for none.
     [[nodiscard]] int hoveredRow() const { return m_hoveredRow; }
 

@@ -15,18 +15,26 @@ SelectionBar::SelectionBar(QWidget* parent)
       m_clear(new QPushButton{QStringLiteral("Tout désélectionner"), this}),
       m_delete(new QPushButton{QStringLiteral("Supprimer…"), this})
 {
-    Theme::dress(this, Theme::Surface::side);
+    Theme::dress(this, Theme::Surface::bar);
     Theme::dress(m_size, Theme::Text::secondary);
     setUpButtons();
-    auto* const layout = new QHBoxLayout{this};
-    layout->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
-    layout->setSpacing(Theme::gap);
-    layout->addWidget(m_symbol);
-    layout->addWidget(m_count);
-    layout->addWidget(m_size, 1);
-    layout->addWidget(m_selectAll);
-    layout->addWidget(m_clear);
-    layout->addWidget(m_delete);
+    auto* const summary = new QHBoxLayout;
+    summary->addWidget(m_symbol);
+    summary->addWidget(m_count);
+    summary->addWidget(m_size, 1);
+    auto* const buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_selectAll);
+    buttons->addWidget(m_clear);
+    buttons->addWidget(m_delete);
+    for (QHBoxLayout* const line : {summary, buttons}) {
+        line->setSpacing(Theme::gap);
+    }
+    m_lines = new QBoxLayout{QBoxLayout::LeftToRight, this};
+    m_lines->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
+    m_lines->setSpacing(Theme::gap);
+    m_lines->addLayout(summary, 1);
+    m_lines->addLayout(buttons);
     setMinimumHeight(Theme::selectionBarHeight);
     connect(&Theme::shared(), &Theme::changed, this, &SelectionBar::showSymbol);
     setSelection(0, 0);
@@ -57,6 +65,29 @@ void SelectionBar::setSelection(std::int64_t count, std::int64_t bytes)
     Theme::dress(m_count, m_isEmpty ? Theme::Text::secondary : Theme::Text::strong);
     m_delete->setEnabled(count >= 1);
     showSymbol();
+    fold();
+}
+
+QSize SelectionBar::minimumSizeHint() const
+{
+    // The buttons in one line are what the bar cannot do without.
+    const int buttons = m_selectAll->sizeHint().width() + m_clear->sizeHint().width() +
+                        m_delete->sizeHint().width() + 2 * Theme::gap;
+    return {buttons + 2 * Theme::margin, m_lines->minimumSize().height()};
+}
+
+void SelectionBar::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    fold();
+}
+
+void SelectionBar::fold()
+{
+    const int summary = m_symbol->sizeHint().width() + m_count->sizeHint().width() +
+                        m_size->sizeHint().width() + 3 * Theme::gap;
+    const bool isNarrow = width() < minimumSizeHint().width() + summary;
+    m_lines->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
 }
 
 void SelectionBar::showSymbol()

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+class QBoxLayout;
 class QLabel;
 class QPushButton;
 
@@ -18,16 +19,24 @@ public:
 
     void setSelection(std::int64_t count, std::int64_t bytes);
 
+    /// Narrow bars put the buttons on a line of their own.
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
 Q_SIGNALS:
     void selectAllRequested();
     void clearRequested();
     void deleteRequested();
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void setUpButtons();
+    void fold();
     void showSymbol();
 
     bool m_isEmpty = true;
+    QBoxLayout* m_lines = nullptr;
     QLabel* m_symbol;
     QLabel* m_count;
     QLabel* m_size;

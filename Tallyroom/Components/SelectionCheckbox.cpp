@@ -24,7 +24,7 @@ void SelectionCheckbox::paintBox(QPainter& painter, const QRect& rect, const Loo
     constexpr int size = Theme::checkBoxSize;
     const QRectF box = QRectF{0, 0, size, size}.translated(rect.x() + (rect.width() - size) / 2,
                                                            rect.y() + (rect.height() - size) / 2);
-    const QColor accent = theme.colour(Theme::Colour::accent);
+    const QColor accent = theme.colour(Theme::Colour::accentFill);
     const QColor secondary = theme.colour(Theme::Colour::secondary);
     const QColor outline = look.isChecked || look.isHovered || look.hasFocus ? accent : secondary;
     const QColor fill = look.isChecked ? accent : theme.colour(Theme::Colour::window);

@@ -36,7 +36,7 @@ void SizeBarCell::paint(QPainter& painter, const QRect& cell) const
         painter.setClipping(false);
     }
     painter.setFont(theme.small());
-    painter.setPen(Theme::readableOn(fraction > 0.5 ? fill : track));
+    painter.setPen(Theme::readableOn(fill)); // the track lies between the fill and the window
     painter.drawText(bar.adjusted(0, 0, -radius, 0), Qt::AlignRight | Qt::AlignVCenter,
                      QString::fromStdString(SizeFormatter::string(sizeBytes)));
     painter.restore();

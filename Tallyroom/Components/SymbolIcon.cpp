@@ -58,18 +58,28 @@ public:
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State /*state*/) override
     {
-        SymbolIcon::paint(*painter, rect, m_name, ink(mode), std::min(rect.width(), rect.height()));
+        const int side = std::min(rect.width(), rect.height());
+        SymbolIcon::paint(*painter, {rect.x(), rect.y(), side, rect.height()}, m_name, ink(mode), side);
     }
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/) override
     {
-        return SymbolIcon::pixmap(m_name, ink(mode), std::min(size.width(), size.height()));
+        return scaledPixmap(size, mode, QIcon::Off, 1);
     }
 
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/, qreal scale) override
     {
         const int side = static_cast<int>(std::lround(std::min(size.width(), size.height()) / scale));
-        return SymbolIcon::pixmap(m_name, ink(mode), side, scale);
+        const QPixmap symbol = SymbolIcon::pixmap(m_name, ink(mode), side, scale);
+        if (size.width() <= size.height()) {
+            return symbol;
+        }
+        // Wider than high: the symbol stands on the left, the rest keeps the text away.
+        QPixmap padded{size};
+        padded.setDevicePixelRatio(scale);
+        padded.fill(Qt::transparent);
+        QPainter{&padded}.drawPixmap(0, 0, symbol);
+        return padded;
     }
 
     [[nodiscard]] QIconEngine* clone() const override { return new SymbolIconEngine{m_name, m_ink}; }

@@ -55,6 +55,8 @@ constexpr Shades shades(Theme::Colour role)
         return {0xfff7f8fa, 0xff24282e};
     case Theme::Colour::hover:
         return {0xffeff1f4, 0xff2e333b};
+    case Theme::Colour::accentFill:
+        return accentShades;
     }
     return {};
 }
@@ -159,6 +161,10 @@ QColor Theme::colour(Colour role) const
     if (role == Colour::accent) {
         return m_accent;
     }
+    if (role == Colour::accentFill) {
+        // White labels in the light, black ones in the dark; the accent gives way a little where it must.
+        return madeLegible(m_accent, m_isDark ? Qt::black : Qt::white);
+    }
     const Shades both = shades(role);
     return QColor::fromRgb(m_isDark ? both.dark : both.light);
 }
@@ -247,18 +253,19 @@ void Theme::dress(QAbstractButton* button, Button look)
 {
     static constexpr std::array names{"plain", "icon", "primary", "danger", "quiet", "row"};
     setLook(button, "tallyButton", QString::fromLatin1(names.at(static_cast<std::size_t>(look))));
-    button->setIconSize({iconSize, iconSize});
+    // Styles leave too little air between icon and text: the icon brings its own.
+    button->setIconSize({button->text().isEmpty() ? iconSize : iconSize + gap / 2, iconSize});
 }
 
 void Theme::dress(QLabel* label, Text look)
 {
-    static constexpr std::array names{"body", "strong", "title", "heading", "secondary", "small"};
+    static constexpr std::array names{"body", "strong", "title", "heading", "section", "secondary", "small"};
     setLook(label, "tallyText", QString::fromLatin1(names.at(static_cast<std::size_t>(look))));
 }
 
 void Theme::dress(QWidget* widget, Surface surface)
 {
-    static constexpr std::array names{"window", "side", "card", "banner"};
+    static constexpr std::array names{"window", "side", "bar", "card", "banner"};
     widget->setAttribute(Qt::WA_StyledBackground);
     setLook(widget, "tallySurface", QString::fromLatin1(names.at(static_cast<std::size_t>(surface))));
 }

@@ -19,14 +19,27 @@ class Theme : public QObject {
     Q_OBJECT
 
 public:
-    enum class Colour { window, side, line, text, secondary, accent, danger, done, old, rowStripe, hover };
+    enum class Colour {
+        window,
+        side,
+        line,
+        text,
+        secondary,
+        accent,
+        danger,
+        done,
+        old,
+        rowStripe,
+        hover,
+        accentFill ///< the accent as the ground of a label
+    };
     /// How a button looks: `plain` has a line around it, `icon` is a plain square, `primary` is the one
     /// action of a screen, `danger` deletes, `quiet` is bare until the mouse is over it, `row` is a card that
     /// acts.
     enum class Button { plain, icon, primary, danger, quiet, row };
-    enum class Text { body, strong, title, heading, secondary, small };
+    enum class Text { body, strong, title, heading, section, secondary, small };
     /// The ground under a part of the window.
-    enum class Surface { window, side, card, banner };
+    enum class Surface { window, side, bar, card, banner };
 
     // The 8-pixel grid, in device-independent pixels.
     static constexpr int gap = 8;
@@ -45,6 +58,11 @@ public:
     static constexpr int checkBoxSize = 16;
     static constexpr int barHeight = 14;
     static constexpr int progressHeight = 6;
+    static constexpr int prominentHeight = 38;
+    static constexpr int welcomeCircle = 84;
+    static constexpr int welcomeIconSize = 36;
+    static constexpr int messageWidth = 360;
+    static constexpr int recentsWidth = 380;
     static constexpr int checkColumnWidth = 28;
     static constexpr int nameColumnMinimum = 200;
     static constexpr int sizeColumnMinimum = 100;
@@ -84,6 +102,7 @@ public:
     [[nodiscard]] QFont small() const;   ///< 11 pixels
 
     /// Dresses a button, a label or a plain widget; stays right when the theme changes.
+    /// The text of a button is set before.
     static void dress(QAbstractButton* button, Button look);
     static void dress(QLabel* label, Text look);
     static void dress(QWidget* widget, Surface surface);

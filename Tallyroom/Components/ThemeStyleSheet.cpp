@@ -12,6 +12,7 @@ namespace {
 const QString sheet = QStringLiteral(R"(
 *[tallySurface="window"] { background: @window; }
 *[tallySurface="side"] { background: @side; }
+*[tallySurface="bar"] { background: @side; border-top: 1px solid @line; }
 *[tallySurface="card"] { background: @card; border: 1px solid @line; border-radius: @cardRadius; }
 *[tallySurface="banner"] { background: @doneWash; border-radius: @controlRadius; }
 
@@ -19,6 +20,7 @@ QLabel { background: transparent; border: none; }
 QLabel[tallyText="strong"] { font-weight: 600; }
 QLabel[tallyText="title"] { font-size: @titleSize; font-weight: 600; }
 QLabel[tallyText="heading"] { font-size: @headingSize; font-weight: 700; }
+QLabel[tallyText="section"] { color: @secondary; font-weight: 600; }
 QLabel[tallyText="secondary"] { color: @secondary; }
 QLabel[tallyText="small"] { color: @secondary; font-size: @smallSize; }
 
@@ -33,10 +35,10 @@ QPushButton:focus, QToolButton:focus, QComboBox:focus { border: 1px solid @accen
 QPushButton:disabled, QToolButton:disabled, QComboBox:disabled { color: @disabled; }
 QToolButton, *[tallyButton="icon"] { min-width: @controlInner; max-width: @controlInner; padding: 0; }
 QPushButton[tallyButton="primary"] {
-    background: @accent; color: @onAccent; border: 1px solid @accent; font-weight: 600; padding: 0 20px;
+    background: @accentFill; color: @onAccent; border: 1px solid @accentFill; font-weight: 600; padding: 0 20px;
 }
 QPushButton[tallyButton="primary"]:hover { background: @accentHover; border-color: @accentHover; }
-QPushButton[tallyButton="primary"]:focus { border: 2px solid @text; padding: 0 19px; min-height: @focusInner; }
+QPushButton[tallyButton="primary"]:focus { border: 1px solid @text; }
 QPushButton[tallyButton="primary"]:disabled { background: @hover; color: @disabled; border-color: @line; }
 QPushButton[tallyButton="danger"] {
     background: @dangerWash; color: @danger; border: 1px solid @dangerWash; font-weight: 600;
@@ -53,7 +55,7 @@ QPushButton[tallyButton="danger"]:disabled { background: @control; color: @disab
 
 QLineEdit {
     background: @control; color: @text; border: 1px solid @line; border-radius: @controlRadius;
-    min-height: @controlInner; padding: 0 6px; selection-background-color: @accent; selection-color: @onAccent;
+    min-height: @controlInner; padding: 0 6px; selection-background-color: @accentFill; selection-color: @onAccent;
 }
 QLineEdit:focus { border: 1px solid @accent; }
 QLineEdit QToolButton { border: none; background: transparent; min-width: 0; min-height: 0; }
@@ -110,18 +112,18 @@ QString themeStyleSheet(const Theme& theme)
     const std::vector<std::pair<QString, QString>> values{
         {QStringLiteral("@controlRadius"), pixels(Theme::controlRadius)},
         {QStringLiteral("@controlInner"), pixels(Theme::controlHeight - 2)},
-        {QStringLiteral("@accentHover"), theme.wash(theme.colour(accent), 0.88).name()},
+        {QStringLiteral("@accentHover"), wash(accentFill, 0.88)},
         {QStringLiteral("@dangerHover"), wash(danger, (Theme::washOpacity + 0.06) * strength)},
         {QStringLiteral("@badgeRadius"), pixels(Theme::badgeRadius)},
         {QStringLiteral("@headingSize"), pixels(theme.heading().pixelSize())},
+        {QStringLiteral("@accentFill"), role(accentFill)},
         {QStringLiteral("@accentWash"), wash(accent, Theme::washOpacity * strength)},
         {QStringLiteral("@dangerWash"), wash(danger, Theme::washOpacity * strength)},
-        {QStringLiteral("@focusInner"), pixels(Theme::controlHeight - 4)},
         {QStringLiteral("@cardRadius"), pixels(Theme::cardRadius)},
         {QStringLiteral("@secondary"), role(secondary)},
         {QStringLiteral("@titleSize"), pixels(theme.title().pixelSize())},
         {QStringLiteral("@smallSize"), pixels(theme.small().pixelSize())},
-        {QStringLiteral("@onAccent"), Theme::readableOn(theme.colour(accent)).name()},
+        {QStringLiteral("@onAccent"), Theme::readableOn(theme.colour(accentFill)).name()},
         {QStringLiteral("@disabled"), wash(secondary, 0.65)},
         {QStringLiteral("@doneWash"), wash(done, Theme::washOpacity * strength)},
         {QStringLiteral("@control"), role(theme.isDark() ? side : window)},

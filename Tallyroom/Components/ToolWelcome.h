@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+class QLabel;
 class QVBoxLayout;
 
 namespace tallyroom {
@@ -42,9 +43,15 @@ Q_SIGNALS:
     void recentRequested(const tallyroom::FileUrl& location);
 
 private:
+    void addIntroduction(QVBoxLayout& column);
+    void addHint(QVBoxLayout& column);
+    void addAction(QVBoxLayout& column);
+    void showSymbols();
+
     Content m_content;
+    QLabel* m_icon = nullptr;
+    QLabel* m_hintIcon = nullptr;
     QWidget* m_recents = nullptr;
-    QVBoxLayout* m_recentRows = nullptr;
 };
 
 } // namespace tallyroom
