@@ -156,6 +156,25 @@ void sortByOwnKey(Rows& rows, const Request& request, const std::stop_token& sto
     std::ranges::transform(keyed, rows.begin(), &std::pair<double, std::uint32_t>::second);
 }
 
+void sort(Rows& rows, const Request& request, const std::stop_token& stop)
+{
+    switch (request.order.key) {
+    case EntrySortOrder::Key::name:
+        sortByName(rows, request, stop);
+        break;
+    case EntrySortOrder::Key::column:
+        if (request.sortKey) {
+            sortByOwnKey(rows, request, stop);
+        }
+        break;
+    case EntrySortOrder::Key::size:
+        if (request.order.isAscending) {
+            std::ranges::reverse(rows);
+        }
+        break;
+    }
+}
+
 } // namespace
 
 bool EntryArrangement::Request::isTheList() const
@@ -166,44 +185,45 @@ bool EntryArrangement::Request::isTheList() const
 EntryArrangement::EntryArrangement(const Request& request, const std::stop_token& stop)
     : m_entries(request.entries)
 {
-    if (!request.isTheList()) {
-        m_rows = filteredRows(request, stop);
-    }
-    if (rowCount() == 0) {
+    if (request.isTheList()) {
+        m_largestSize = m_entries.empty() ? 0 : m_entries.front().sizeBytes;
         return;
     }
-    m_largestSize = entry(0).sizeBytes; // the list is ranked, and not sorted anew yet
-    switch (request.order.key) {
-    case EntrySortOrder::Key::name:
-        sortByName(*m_rows, request, stop);
-        break;
-    case EntrySortOrder::Key::column:
-        if (request.sortKey) {
-            sortByOwnKey(*m_rows, request, stop);
-        }
-        break;
-    case EntrySortOrder::Key::size:
-        if (request.order.isAscending) {
-            std::ranges::reverse(*m_rows);
-        }
-        break;
+    Rows rows = filteredRows(request, stop);
+    if (!rows.empty()) {
+        m_largestSize = m_entries[rows.front()].sizeBytes; // the list is ranked
+        sort(rows, request, stop);
     }
+    m_rows = std::make_shared<const Rows>(std::move(rows));
+}
+
+template <class Condition>
+std::optional<std::size_t> EntryArrangement::findRow(std::size_t likelyRow, const Condition& fits) const
+{
+    const std::size_t count = rowCount();
+    std::size_t above = std::min(likelyRow, count);
+    std::size_t below = above;
+    while (above > 0 || below < count) {
+        if (below < count && fits(entry(below++))) {
+            return below - 1;
+        }
+        if (above > 0 && fits(entry(--above))) {
+            return above;
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<std::size_t> EntryArrangement::rowOf(const FileUrl& url, std::size_t likelyRow) const
 {
-    const std::size_t count = rowCount();
-    for (std::size_t above = std::min(likelyRow, count), below = above; above > 0 || below < count;) {
-        if (below < count && entry(below).url == url) {
-            return below;
-        }
-        below += below < count ? 1 : 0;
-        if (above > 0 && entry(above - 1).url == url) {
-            return above - 1;
-        }
-        above -= above > 0 ? 1 : 0;
-    }
-    return std::nullopt;
+    return findRow(likelyRow, [&url](const Entry& entry) { return entry.url == url; });
+}
+
+std::optional<std::size_t> EntryArrangement::rowOf(const EntryArrangement& earlier, std::size_t row) const
+{
+    const Entry& wanted = earlier.entry(row);
+    const auto same = findRow(row, [&wanted](const Entry& entry) { return &entry == &wanted; });
+    return same ? same : rowOf(wanted.url, row);
 }
 
 } // namespace tallyroom

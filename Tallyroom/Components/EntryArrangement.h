@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -13,7 +14,8 @@
 
 namespace tallyroom {
 
-/// Which entries of a list a table shows, and in which order, without copying them. Any thread.
+/// Which entries of a list a table shows, and in which order, without copying them. Cheap to copy. Any
+/// thread.
 class EntryArrangement {
 public:
     /// What the rows are made from. Its functions are called on the thread that makes them.
@@ -46,14 +48,21 @@ public:
     /// at once.
     [[nodiscard]] std::optional<std::size_t> rowOf(const FileUrl& url, std::size_t likelyRow = 0) const;
 
+    /// The row that shows what `row` of `earlier` showed. Cheap where both come from one growing list, since
+    /// its entries never move.
+    [[nodiscard]] std::optional<std::size_t> rowOf(const EntryArrangement& earlier, std::size_t row) const;
+
     /// The largest size among the rows, the reference of their bars.
     [[nodiscard]] std::int64_t largestSize() const { return m_largestSize; }
 
 private:
+    template <class Condition>
+    [[nodiscard]] std::optional<std::size_t> findRow(std::size_t likelyRow, const Condition& fits) const;
+
     using Rows = std::vector<std::uint32_t>;
 
     EntryList m_entries;
-    std::optional<Rows> m_rows; // absent: the list as it is
+    std::shared_ptr<const Rows> m_rows; // absent: the list as it is
     std::int64_t m_largestSize = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "Components/EntryArranger.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tallyroom {
@@ -23,14 +24,22 @@ void EntryArranger::arrange(EntryArrangement::Request request, Running running)
         m_thread.request_stop();
     }
     const bool isStopped = m_thread.get_stop_source().stop_requested();
-    const bool isQuick = request.isTheList() || request.entries.size() <= quickCount;
-    if (isQuick && (!m_isRunning || isStopped)) {
+    if (isQuick(request) && (!m_isRunning || isStopped)) {
+        m_rankedCount = request.entries.size();
         Q_EMIT arranged(EntryArrangement{request});
     } else if (m_isRunning) {
         m_waiting = std::move(request);
     } else {
         start(std::move(request));
     }
+}
+
+bool EntryArranger::isQuick(const EntryArrangement::Request& request) const
+{
+    // A list ranks itself when it is read first; what has come since the last time is what that costs.
+    const std::size_t count = request.entries.size();
+    const std::size_t known = request.isTheList() ? std::min(m_rankedCount, count) : 0;
+    return count - known <= quickCount;
 }
 
 void EntryArranger::start(EntryArrangement::Request request)
@@ -50,6 +59,7 @@ void EntryArranger::finish(const EntryArrangement& arrangement)
     m_thread = {};
     auto next = std::exchange(m_waiting, std::nullopt);
     if (!isStopped) {
+        m_rankedCount = arrangement.entries().size();
         Q_EMIT arranged(arrangement);
     }
     if (next && !m_isRunning) {

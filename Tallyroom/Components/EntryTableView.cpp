@@ -6,7 +6,6 @@
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>
-#include <QScopedValueRollback>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -133,30 +132,34 @@ std::optional<int> EntryTableView::anchorRow() const
 
 void EntryTableView::rememberPlace()
 {
-    const auto at = [this](int row) { return Anchor{m_model.entry(row).url, row, rowViewportPosition(row)}; };
-    m_current = currentRow() >= 0 ? std::optional{at(currentRow())} : std::nullopt;
-    const std::optional<int> row = anchorRow();
-    m_anchor = row ? std::optional{at(*row)} : std::nullopt;
+    m_place = {m_model.rows(), {}, anchorRow(), 0};
+    if (currentRow() >= 0) {
+        m_place.currentRow = currentRow();
+    }
+    if (m_place.anchorRow) {
+        m_place.anchorTop = rowViewportPosition(*m_place.anchorRow);
+    }
+}
+
+int EntryTableView::rowAfterChange(int row) const
+{
+    const auto found = m_model.rows().rowOf(m_place.rows, static_cast<std::size_t>(row));
+    // The neighbour takes the place of a row that went away, so that eyes and keyboard stay where they were.
+    return found ? static_cast<int>(*found) : std::min(row, m_model.rowCount() - 1);
 }
 
 void EntryTableView::restorePlace()
 {
-    const int count = m_model.rowCount();
-    if (m_current && count > 0) {
-        const auto found = m_model.rows().rowOf(m_current->url, static_cast<std::size_t>(m_current->row));
-        // The neighbour takes the place of a row that went away, so that the keyboard stays where it was.
-        makeCurrent(found ? static_cast<int>(*found) : std::min(m_current->row, count - 1));
-    } else {
-        makeCurrent(-1);
-    }
-    if (m_anchor && count > 0) {
+    const bool isEmpty = m_model.rowCount() == 0;
+    const int current = isEmpty || !m_place.currentRow ? -1 : rowAfterChange(*m_place.currentRow);
+    makeCurrent(current);
+    if (m_place.anchorRow && !isEmpty) {
+        const int row =
+            m_place.anchorRow == m_place.currentRow ? current : rowAfterChange(*m_place.anchorRow);
         executeDelayedItemsLayout();
-        const auto found = m_model.rows().rowOf(m_anchor->url, static_cast<std::size_t>(m_anchor->row));
-        const int row = found ? static_cast<int>(*found) : std::min(m_anchor->row, count - 1);
-        verticalScrollBar()->setValue(verticalHeader()->sectionPosition(row) - m_anchor->top);
+        verticalScrollBar()->setValue(verticalHeader()->sectionPosition(row) - m_place.anchorTop);
     }
-    m_anchor.reset();
-    m_current.reset();
+    m_place = {};
     if (m_hoveredRow >= 0) {
         hover(viewport()->mapFromGlobal(QCursor::pos()));
     }
@@ -236,7 +239,7 @@ void EntryTableView::toggle(const FileUrl& url, int row, Qt::KeyboardModifiers m
                            ? m_model.rows().rowOf(*m_rangeStart, static_cast<std::size_t>(row))
                            : std::nullopt;
     if (start) {
-        const auto [first, last] = std::minmax(static_cast<int>(*start), row);
+        const auto [first, last] = std::minmax({static_cast<int>(*start), row});
         m_model.setRangeChecked(first, last, isChecked);
     } else {
         m_model.setChecked(url, isChecked);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/FileUrl.h"
+#include "Components/EntryArrangement.h"
 
 #include <QTableView>
 
@@ -49,11 +49,12 @@ protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
 private:
-    /// A row that must stay where it is on screen.
-    struct Anchor {
-        FileUrl url;
-        int row = 0;
-        int top = 0; ///< of the row, in the viewport
+    /// Where the reader is, for the time in which rows change.
+    struct Place {
+        EntryArrangement rows; ///< that the numbers below belong to
+        std::optional<int> currentRow;
+        std::optional<int> anchorRow; ///< the row that must stay where it is on screen
+        int anchorTop = 0;            ///< its top in the viewport
     };
 
     /// A press on a box, which counts once it is released there.
@@ -69,6 +70,7 @@ private:
     void rememberPlace();
     void restorePlace();
     [[nodiscard]] std::optional<int> anchorRow() const;
+    [[nodiscard]] int rowAfterChange(int row) const;
 
     [[nodiscard]] int currentRow() const { return currentIndex().row(); }
 
@@ -78,8 +80,7 @@ private:
 
     EntryTableModel& m_model;
     EntryTableHeader* m_header;
-    std::optional<Anchor> m_anchor;
-    std::optional<Anchor> m_current; // the current row, for the time in which rows change
+    Place m_place;
     std::optional<Press> m_press;
     std::optional<FileUrl> m_rangeStart;
     int m_hoveredRow = -1;

@@ -28,7 +28,7 @@ struct Shades {
 
 constexpr Shades windowShades{0xffffffff, 0xff1e2126};
 constexpr Shades accentShades{0xff2f6fed, 0xff6ea2ff};
-constexpr double legibleContrast = 4.5;
+constexpr double legibleContrast = 4.6; // a little above where black and white read equally well, 4.58
 
 constexpr Shades shades(Theme::Colour role)
 {
@@ -100,25 +100,6 @@ double luminance(const QColor& colour)
            0.0722 * linear(colour.blueF());
 }
 
-/// Moves the lightness of `colour` away from `background` until text in it can be read.
-QColor madeLegible(const QColor& colour, const QColor& background)
-{
-    const float step = luminance(background) > 0.5 ? -0.02F : 0.02F;
-    QColor result = colour;
-    while (Theme::contrast(result, background) < legibleContrast) {
-        float hue = 0;
-        float saturation = 0;
-        float lightness = 0;
-        result.getHslF(&hue, &saturation, &lightness);
-        const float moved = std::clamp(lightness + step, 0.0F, 1.0F);
-        if (moved == lightness) {
-            break;
-        }
-        result = QColor::fromHslF(std::max(hue, 0.0F), saturation, moved);
-    }
-    return result;
-}
-
 /// The highlight of a palette that nobody has chosen is no accent.
 std::optional<QColor> chosenAccent(const QPalette& desktop)
 {
@@ -163,10 +144,13 @@ QColor Theme::colour(Colour role) const
     }
     if (role == Colour::accentFill) {
         // White labels in the light, black ones in the dark; the accent gives way a little where it must.
-        return madeLegible(m_accent, m_isDark ? Qt::black : Qt::white);
+        return legible(m_accent, m_isDark ? Qt::black : Qt::white);
     }
     const Shades both = shades(role);
-    return QColor::fromRgb(m_isDark ? both.dark : both.light);
+    const QColor listed = QColor::fromRgb(m_isDark ? both.dark : both.light);
+    const bool isSignal = role == Colour::danger || role == Colour::done || role == Colour::old;
+    // Signals are written on their own wash, in badges, buttons and banners.
+    return isSignal ? legible(listed, wash(listed, trackOpacity)) : listed;
 }
 
 QColor Theme::tint(FileKind kind) const
@@ -191,7 +175,7 @@ QColor Theme::wash(const QColor& colour, double opacity) const
 QColor Theme::barFill(const QColor& tint) const
 {
     if (!m_isDark) {
-        return madeLegible(wash(tint, 0.6), QColor{Qt::black});
+        return legible(wash(tint, 0.6), QColor{Qt::black});
     }
     float hue = 0;
     float saturation = 0;
@@ -199,7 +183,7 @@ QColor Theme::barFill(const QColor& tint) const
     tint.getHsvF(&hue, &saturation, &value);
     const QColor deep =
         QColor::fromHsvF(std::max(hue, 0.0F), std::min(saturation * 1.3F, 1.0F), value * 0.63F);
-    return madeLegible(deep, QColor{Qt::white});
+    return legible(deep, QColor{Qt::white});
 }
 
 QColor Theme::readableOn(const QColor& background)
@@ -211,6 +195,24 @@ double Theme::contrast(const QColor& left, const QColor& right)
 {
     const auto [darker, lighter] = std::minmax({luminance(left), luminance(right)});
     return (lighter + 0.05) / (darker + 0.05);
+}
+
+QColor Theme::legible(const QColor& ink, const QColor& ground)
+{
+    const float step = luminance(ground) > 0.5 ? -0.02F : 0.02F;
+    QColor result = ink;
+    while (contrast(result, ground) < legibleContrast) {
+        float hue = 0;
+        float saturation = 0;
+        float lightness = 0;
+        result.getHslF(&hue, &saturation, &lightness);
+        const float moved = std::clamp(lightness + step, 0.0F, 1.0F);
+        if (moved == lightness) {
+            break;
+        }
+        result = QColor::fromHslF(std::max(hue, 0.0F), saturation, moved);
+    }
+    return result;
 }
 
 QFont Theme::font(int pixels, QFont::Weight weight) const
@@ -251,7 +253,7 @@ QFont Theme::small() const
 
 void Theme::dress(QAbstractButton* button, Button look)
 {
-    static constexpr std::array names{"plain", "icon", "primary", "danger", "quiet", "row"};
+    static constexpr std::array names{"plain", "icon", "primary", "prominent", "danger", "quiet", "row"};
     setLook(button, "tallyButton", QString::fromLatin1(names.at(static_cast<std::size_t>(look))));
     // Styles leave too little air between icon and text: the icon brings its own.
     button->setIconSize({button->text().isEmpty() ? iconSize : iconSize + gap / 2, iconSize});
@@ -317,7 +319,7 @@ void Theme::takeDesktop(const QPalette& desktop)
     m_isDark = forced == "dark" || (forced != "light" && isDesktopDark);
     m_accent = QColor::fromRgb(m_isDark ? accentShades.dark : accentShades.light);
     if (const std::optional<QColor> chosen = chosenAccent(desktop)) {
-        m_accent = madeLegible(*chosen, colour(Colour::window));
+        m_accent = legible(*chosen, colour(Colour::window));
     }
     m_desktopFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
 }

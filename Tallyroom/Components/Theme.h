@@ -34,9 +34,9 @@ public:
         accentFill ///< the accent as the ground of a label
     };
     /// How a button looks: `plain` has a line around it, `icon` is a plain square, `primary` is the one
-    /// action of a screen, `danger` deletes, `quiet` is bare until the mouse is over it, `row` is a card that
-    /// acts.
-    enum class Button { plain, icon, primary, danger, quiet, row };
+    /// action of a screen, `prominent` the same where there is little else, `danger` deletes, `quiet` is bare
+    /// until the mouse is over it, `row` is a card that acts.
+    enum class Button { plain, icon, primary, prominent, danger, quiet, row };
     enum class Text { body, strong, title, heading, section, secondary, small };
     /// The ground under a part of the window.
     enum class Surface { window, side, bar, card, banner };
@@ -93,6 +93,9 @@ public:
 
     /// The WCAG 2.1 contrast of two opaque colours, 1 to 21.
     [[nodiscard]] static double contrast(const QColor& left, const QColor& right);
+
+    /// `ink` with its lightness moved until text in it can be read on `ground`: 4.5 to 1 at least.
+    [[nodiscard]] static QColor legible(const QColor& ink, const QColor& ground);
 
     /// The desktop's font, 13 pixels, digits of one width.
     [[nodiscard]] QFont body() const;

@@ -34,12 +34,13 @@ QPushButton:checked, QToolButton:checked { color: @accent; }
 QPushButton:focus, QToolButton:focus, QComboBox:focus { border: 1px solid @accent; }
 QPushButton:disabled, QToolButton:disabled, QComboBox:disabled { color: @disabled; }
 QToolButton, *[tallyButton="icon"] { min-width: @controlInner; max-width: @controlInner; padding: 0; }
-QPushButton[tallyButton="primary"] {
+QPushButton[tallyButton="primary"], QPushButton[tallyButton="prominent"] {
     background: @accentFill; color: @onAccent; border: 1px solid @accentFill; font-weight: 600; padding: 0 20px;
 }
-QPushButton[tallyButton="primary"]:hover { background: @accentHover; border-color: @accentHover; }
-QPushButton[tallyButton="primary"]:focus { border: 1px solid @text; }
-QPushButton[tallyButton="primary"]:disabled { background: @hover; color: @disabled; border-color: @line; }
+QPushButton[tallyButton="primary"]:hover, QPushButton[tallyButton="prominent"]:hover { background: @accentHover; border-color: @accentHover; }
+QPushButton[tallyButton="primary"]:focus, QPushButton[tallyButton="prominent"]:focus { border: 1px solid @text; }
+QPushButton[tallyButton="primary"]:disabled, QPushButton[tallyButton="prominent"]:disabled { background: @hover; color: @disabled; border-color: @line; }
+QPushButton[tallyButton="prominent"] { min-height: @prominentInner; }
 QPushButton[tallyButton="danger"] {
     background: @dangerWash; color: @danger; border: 1px solid @dangerWash; font-weight: 600;
 }
@@ -110,6 +111,7 @@ QString themeStyleSheet(const Theme& theme)
     const double strength = theme.isDark() ? 2 : 1;
     // Longest names first, so that no name is taken for the beginning of another.
     const std::vector<std::pair<QString, QString>> values{
+        {QStringLiteral("@prominentInner"), pixels(Theme::prominentHeight - 2)},
         {QStringLiteral("@controlRadius"), pixels(Theme::controlRadius)},
         {QStringLiteral("@controlInner"), pixels(Theme::controlHeight - 2)},
         {QStringLiteral("@accentHover"), wash(accentFill, 0.88)},

@@ -155,8 +155,7 @@ void ToolWelcome::addHint(QVBoxLayout& column)
 void ToolWelcome::addAction(QVBoxLayout& column)
 {
     auto* const action = new QPushButton{m_content.actionTitle};
-    Theme::dress(action, Theme::Button::primary);
-    action->setMinimumHeight(Theme::prominentHeight);
+    Theme::dress(action, Theme::Button::prominent);
     connect(action, &QPushButton::clicked, this, [this] { Q_EMIT actionRequested(); });
     column.addSpacing(Theme::gap);
     column.addWidget(action, 0, Qt::AlignHCenter);
@@ -188,7 +187,8 @@ void ToolWelcome::showSymbols()
 void ToolWelcome::setRecents(const std::vector<FileUrl>& recents)
 {
     // A button may be what asks for the new list: it goes once its click is over.
-    for (QObject* const child : m_recents->children()) {
+    for (QWidget* const child : m_recents->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        child->hide();
         child->deleteLater();
     }
     delete m_recents->layout();
