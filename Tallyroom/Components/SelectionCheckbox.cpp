@@ -1,9 +1,9 @@
 #include "Components/SelectionCheckbox.h"
 
-#include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
 
 #include <QPainter>
+#include <QPolygonF>
 
 namespace tallyroom {
 
@@ -38,7 +38,11 @@ void SelectionCheckbox::paintBox(QPainter& painter, const QRect& rect, const Loo
     painter.setBrush(fill);
     painter.drawRoundedRect(box.adjusted(0.6, 0.6, -0.6, -0.6), Theme::badgeRadius, Theme::badgeRadius);
     if (look.isChecked) {
-        SymbolIcon::paint(painter, box.toRect(), "checkmark", Theme::readableOn(fill), size - 4);
+        // By hand: the symbol's own stroke is too thin at this size.
+        painter.setPen(QPen{Theme::readableOn(fill), 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin});
+        const QPointF corner = box.topLeft();
+        painter.drawPolyline(
+            QPolygonF{{corner + QPointF{4.4, 8.3}, corner + QPointF{7, 10.9}, corner + QPointF{11.7, 5.6}}});
     }
     painter.restore();
 }

@@ -70,7 +70,7 @@ public:
     QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/, qreal scale) override
     {
         const int side = static_cast<int>(std::lround(std::min(size.width(), size.height()) / scale));
-        const QPixmap symbol = SymbolIcon::pixmap(m_name, ink(mode), side, scale);
+        QPixmap symbol = SymbolIcon::pixmap(m_name, ink(mode), side, scale);
         if (size.width() <= size.height()) {
             return symbol;
         }

@@ -193,9 +193,21 @@ void ToolWelcome::setRecents(const std::vector<FileUrl>& recents)
     }
     delete m_recents->layout();
     m_recents->setVisible(!recents.empty());
-    if (recents.empty()) {
-        return;
+    if (!recents.empty()) {
+        addRecents(recents);
     }
+    // At once: event by event the new heights would come up one level a frame, and the rows overlap
+    // meanwhile.
+    for (QWidget* part = m_recents; part != viewport(); part = part->parentWidget()) {
+        if (part->layout() != nullptr) {
+            part->layout()->invalidate();
+            part->layout()->activate();
+        }
+    }
+}
+
+void ToolWelcome::addRecents(const std::vector<FileUrl>& recents)
+{
     auto* const rows = new QVBoxLayout{m_recents};
     rows->setContentsMargins(0, 3 * Theme::gap, 0, 0);
     rows->setSpacing(Theme::gap - 2);

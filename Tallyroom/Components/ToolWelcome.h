@@ -46,6 +46,7 @@ private:
     void addIntroduction(QVBoxLayout& column);
     void addHint(QVBoxLayout& column);
     void addAction(QVBoxLayout& column);
+    void addRecents(const std::vector<FileUrl>& recents);
     void showSymbols();
 
     Content m_content;
