@@ -7,6 +7,10 @@
 #include <QObject>
 #include <QPalette>
 
+class QAbstractButton;
+class QLabel;
+class QWidget;
+
 namespace tallyroom {
 
 /// Every colour, measure and font of the window, light and dark. No other file names a colour or a size.
@@ -15,7 +19,27 @@ class Theme : public QObject {
     Q_OBJECT
 
 public:
-    enum class Colour { window, side, line, text, secondary, accent, danger, done, old, rowStripe };
+    enum class Colour {
+        window,
+        side,
+        line,
+        text,
+        secondary,
+        accent,
+        danger,
+        done,
+        old,
+        rowStripe,
+        hover,
+        accentFill ///< the accent as the ground of a label
+    };
+    /// How a button looks: `plain` has a line around it, `icon` is a plain square, `primary` is the one
+    /// action of a screen, `prominent` the same where there is little else, `danger` deletes, `quiet` is bare
+    /// until the mouse is over it, `row` is a card that acts.
+    enum class Button { plain, icon, primary, prominent, danger, quiet, row };
+    enum class Text { body, strong, title, heading, section, secondary, small };
+    /// The ground under a part of the window.
+    enum class Surface { window, side, bar, card, banner };
 
     // The 8-pixel grid, in device-independent pixels.
     static constexpr int gap = 8;
@@ -23,16 +47,35 @@ public:
     static constexpr int sidebarWidth = 216;
     static constexpr int rowHeight = 34;
     static constexpr int tallRowHeight = 46;
+    static constexpr int headerHeight = 28;
     static constexpr int controlHeight = 32;
     static constexpr int controlRadius = 7;
     static constexpr int cardRadius = 12;
+    static constexpr int badgeRadius = 4;
     static constexpr int iconSize = 18;
+    static constexpr int smallIconSize = 14;
+    static constexpr int sortMarkSize = 12;
+    static constexpr int checkBoxSize = 16;
     static constexpr int barHeight = 14;
+    static constexpr int progressHeight = 6;
+    static constexpr int prominentHeight = 38;
+    static constexpr int welcomeCircle = 84;
+    static constexpr int welcomeIconSize = 36;
+    static constexpr int messageWidth = 360;
+    static constexpr int recentsWidth = 380;
+    static constexpr int checkColumnWidth = 28;
+    static constexpr int nameColumnMinimum = 200;
+    static constexpr int sizeColumnMinimum = 100;
+    static constexpr int sizeColumnIdeal = 190;
+    static constexpr int narrowWidth = 600; ///< of a list, below which it saves room
+    static constexpr int selectionBarHeight = 52;
+    static constexpr double trackOpacity = 0.16;
+    static constexpr double washOpacity = 0.10;
 
     /// The one theme of the process; made with the application, follows its palette.
     static Theme& shared();
 
-    [[nodiscard]] bool isDark() const;
+    [[nodiscard]] bool isDark() const { return m_isDark; }
 
     [[nodiscard]] QColor colour(Colour role) const;
 
@@ -42,21 +85,56 @@ public:
     /// `colour` at `opacity` over the window: a track behind a bar, a quiet fill behind a button.
     [[nodiscard]] QColor wash(const QColor& colour, double opacity) const;
 
+    /// What fills a bar of `tint` that text lies on: the tint, calmed towards the window.
+    [[nodiscard]] QColor barFill(const QColor& tint) const;
+
     /// Black or white, whichever reads better on `background` (WCAG 2.1 relative luminance).
     [[nodiscard]] static QColor readableOn(const QColor& background);
 
+    /// The WCAG 2.1 contrast of two opaque colours, 1 to 21.
+    [[nodiscard]] static double contrast(const QColor& left, const QColor& right);
+
+    /// `ink` with its lightness moved until text in it can be read on `ground`: 4.5 to 1 at least.
+    [[nodiscard]] static QColor legible(const QColor& ink, const QColor& ground);
+
     /// The desktop's font, 13 pixels, digits of one width.
     [[nodiscard]] QFont body() const;
-    [[nodiscard]] QFont title() const;  ///< 15 pixels, semibold
-    [[nodiscard]] QFont strong() const; ///< body, semibold
-    [[nodiscard]] QFont small() const;  ///< 11 pixels
+    [[nodiscard]] QFont title() const;   ///< 15 pixels, semibold
+    [[nodiscard]] QFont heading() const; ///< 20 pixels, bold
+    [[nodiscard]] QFont strong() const;  ///< body, semibold
+    [[nodiscard]] QFont small() const;   ///< 11 pixels
+
+    /// Dresses a button, a label or a plain widget; stays right when the theme changes.
+    /// The text of a button is set before.
+    static void dress(QAbstractButton* button, Button look);
+    static void dress(QLabel* label, Text look);
+    static void dress(QWidget* widget, Surface surface);
 
     /// Applies palette, style sheet and fonts to the whole application, and follows the desktop's changes.
+    /// TALLYROOM_THEME=light or dark in the environment holds one of them.
     void apply();
 
 Q_SIGNALS:
     /// Light became dark, the accent or the font changed: whoever keeps drawn pictures draws them anew.
     void changed();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    Theme();
+
+    void readDesktop();
+    void takeDesktop(const QPalette& desktop);
+    [[nodiscard]] QPalette palette() const;
+    [[nodiscard]] QFont font(int pixels, QFont::Weight weight) const;
+
+    bool m_isDark = false;
+    bool m_isApplied = false;
+    bool m_isApplying = false;
+    QColor m_accent;
+    QFont m_desktopFont;
+    QPalette m_applied;
 };
 
 } // namespace tallyroom

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+
+namespace tallyroom {
+
+class EntryTableModel;
+class EntryTableView;
+struct Entry;
+
+/// Paints the cells of an `EntryTable`: box, icon and name, own texts, size bar. Main thread.
+class EntryRowDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    EntryRowDelegate(const EntryTableModel& model, EntryTableView& view);
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+
+private:
+    void paintRow(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const;
+    void paintName(QPainter& painter, QRect cell, const Entry& entry) const;
+    void paintNameLine(QPainter& painter, const QRect& line, const Entry& entry) const;
+    void paintSize(QPainter& painter, const QRect& cell, const Entry& entry) const;
+    [[nodiscard]] QColor tint(const Entry& entry) const;
+
+    const EntryTableModel& m_model;
+    EntryTableView& m_view;
+};
+
+} // namespace tallyroom

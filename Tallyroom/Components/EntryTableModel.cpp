@@ -1,0 +1,233 @@
+#include "Components/EntryTableModel.h"
+
+#include "Bridge/FileUrlText.h"
+#include "Components/FileKindPresentation.h"
+#include "Text/SizeFormatter.h"
+
+namespace tallyroom {
+
+EntryTableModel::EntryTableModel(EntryTableStyle style, QObject* parent)
+    : QAbstractTableModel(parent), m_style(std::move(style))
+{
+    m_request.name = m_style.name;
+    connect(&m_arranger, &EntryArranger::arranged, this, &EntryTableModel::takeRows);
+}
+
+void EntryTableModel::setEntries(const EntryList& entries)
+{
+    if (entries.isSameSnapshot(m_request.entries)) {
+        return;
+    }
+    m_request.entries = entries;
+    arrange(EntryArranger::Running::finishes);
+}
+
+void EntryTableModel::setFilter(Filter filter)
+{
+    m_request.filter = std::move(filter);
+    arrange(EntryArranger::Running::stops);
+}
+
+void EntryTableModel::setSortOrder(const EntrySortOrder& order)
+{
+    if (order == m_request.order) {
+        return;
+    }
+    m_request.order = order;
+    m_request.sortKey = nullptr;
+    if (order.key == EntrySortOrder::Key::column && order.column < m_style.columns.size()) {
+        m_request.sortKey = m_style.columns[order.column].sortKey;
+    }
+    Q_EMIT sortOrderChanged();
+    arrange(EntryArranger::Running::stops);
+}
+
+void EntryTableModel::arrange(EntryArranger::Running running)
+{
+    m_arranger.arrange(m_request, running);
+}
+
+void EntryTableModel::takeRows(const EntryArrangement& rows)
+{
+    Q_EMIT rowsAboutToChange();
+    const int before = rowCount();
+    const auto after = static_cast<int>(rows.rowCount());
+    // Rows come and go at the end: what they show is asked anew in any case, and nothing has to be moved.
+    if (after > before) {
+        beginInsertRows({}, before, after - 1);
+        m_rows = rows;
+        endInsertRows();
+    } else if (after < before) {
+        beginRemoveRows({}, after, before - 1);
+        m_rows = rows;
+        endRemoveRows();
+    } else {
+        m_rows = rows;
+    }
+    if (after > 0) {
+        Q_EMIT dataChanged(index(0, 0), index(after - 1, columnCount() - 1));
+    }
+    Q_EMIT rowsChanged();
+}
+
+void EntryTableModel::setSelection(Selection selection)
+{
+    m_selection = std::move(selection);
+    checksChanged();
+}
+
+void EntryTableModel::setChecked(const FileUrl& url, bool isChecked)
+{
+    if (isChecked ? m_selection.insert(url).second : m_selection.erase(url) > 0) {
+        checksChanged();
+        Q_EMIT selectionEdited();
+    }
+}
+
+void EntryTableModel::setRangeChecked(int firstRow, int lastRow, bool isChecked)
+{
+    if (isChecked) {
+        m_selection.reserve(m_selection.size() + static_cast<std::size_t>(lastRow - firstRow + 1));
+    }
+    for (int row = firstRow; row <= lastRow; ++row) {
+        if (isChecked) {
+            m_selection.insert(entry(row).url);
+        } else {
+            m_selection.erase(entry(row).url);
+        }
+    }
+    checksChanged();
+    Q_EMIT selectionEdited();
+}
+
+void EntryTableModel::checksChanged()
+{
+    if (rowCount() > 0) {
+        Q_EMIT dataChanged(index(0, checkColumn), index(rowCount() - 1, checkColumn), {Qt::CheckStateRole});
+    }
+}
+
+std::optional<EntrySortOrder::Key> EntryTableModel::sortKey(int column) const
+{
+    if (column == nameColumn) {
+        return EntrySortOrder::Key::name;
+    }
+    if (column == sizeColumn()) {
+        return EntrySortOrder::Key::size;
+    }
+    if (column >= firstOwnColumn &&
+        m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].sortKey) {
+        return EntrySortOrder::Key::column;
+    }
+    return std::nullopt;
+}
+
+QString EntryTableModel::nameText(const Entry& entry) const
+{
+    return FileUrlText::display(m_style.name ? m_style.name(entry) : entry.name);
+}
+
+int EntryTableModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.rowCount());
+}
+
+int EntryTableModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : sizeColumn() + 1;
+}
+
+QVariant EntryTableModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= rowCount()) {
+        return {};
+    }
+    const Entry& entry = this->entry(index.row());
+    if (role == Qt::DisplayRole) {
+        return text(entry, index.column());
+    }
+    if (role == Qt::AccessibleTextRole) {
+        return accessibleText(entry, index.column());
+    }
+    if (role == Qt::CheckStateRole && index.column() == checkColumn) {
+        return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
+    }
+    return {};
+}
+
+QString EntryTableModel::text(const Entry& entry, int column) const
+{
+    if (column == checkColumn) {
+        return {};
+    }
+    if (column == nameColumn) {
+        return nameText(entry);
+    }
+    if (column == sizeColumn()) {
+        return QString::fromStdString(SizeFormatter::string(entry.sizeBytes));
+    }
+    return m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].text(entry);
+}
+
+QString EntryTableModel::accessibleText(const Entry& entry, int column) const
+{
+    if (column == checkColumn) {
+        return QStringLiteral("Cocher %1").arg(nameText(entry));
+    }
+    if (column != nameColumn) {
+        return text(entry, column);
+    }
+    // The name cell is the current one: it speaks for the whole row.
+    QStringList parts{nameText(entry), displayName(FileKind::of(entry))};
+    if (m_style.badges) {
+        for (const EntryBadge& badge : m_style.badges(entry)) {
+            parts += badge.text;
+        }
+    }
+    if (m_style.secondLine) {
+        parts += m_style.secondLine(entry);
+    }
+    for (int other = firstOwnColumn; other <= sizeColumn(); ++other) {
+        parts += text(entry, other);
+    }
+    parts += m_selection.contains(entry.url) ? QStringLiteral("coché") : QStringLiteral("non coché");
+    return parts.join(QStringLiteral(", "));
+}
+
+QVariant EntryTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal) {
+        return {};
+    }
+    if (role == Qt::AccessibleTextRole && section == checkColumn) {
+        return QStringLiteral("Coché");
+    }
+    if ((role != Qt::DisplayRole && role != Qt::AccessibleTextRole) || section == checkColumn) {
+        return {};
+    }
+    if (section == nameColumn) {
+        return m_style.firstColumnTitle;
+    }
+    if (section == sizeColumn()) {
+        return QStringLiteral("Taille");
+    }
+    return m_style.columns[static_cast<std::size_t>(section - firstOwnColumn)].title;
+}
+
+Qt::ItemFlags EntryTableModel::flags(const QModelIndex& index) const
+{
+    const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
+    return index.column() == checkColumn ? flags | Qt::ItemIsUserCheckable : flags;
+}
+
+bool EntryTableModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (role != Qt::CheckStateRole || index.column() != checkColumn || index.row() >= rowCount()) {
+        return false;
+    }
+    const FileUrl url = entry(index.row()).url;
+    setChecked(url, value.toInt() == Qt::Checked);
+    return true;
+}
+
+} // namespace tallyroom

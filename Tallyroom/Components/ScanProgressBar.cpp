@@ -1,0 +1,83 @@
+#include "Components/ScanProgressBar.h"
+
+#include "Components/Theme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QProgressBar>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tallyroom {
+
+namespace {
+
+constexpr int steps = 10'000;
+
+/// A progress bar drawn as one capsule on another.
+class Capsule : public QProgressBar {
+public:
+    explicit Capsule(QWidget* parent) : QProgressBar(parent)
+    {
+        setRange(0, steps);
+        setTextVisible(false);
+        setFixedHeight(Theme::progressHeight);
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        const Theme& theme = Theme::shared();
+        const QRectF track{rect()};
+        const double radius = track.height() / 2;
+        QPainter painter{this};
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(theme.colour(Theme::Colour::line));
+        painter.drawRoundedRect(track, radius, radius);
+        const double filled = track.width() * value() / steps;
+        if (filled > 0) {
+            painter.setClipRect(QRectF{0, 0, filled, track.height()});
+            painter.setBrush(theme.colour(Theme::Colour::accent));
+            painter.drawRoundedRect(QRectF{0, 0, std::max(filled, track.height()), track.height()}, radius,
+                                    radius);
+        }
+    }
+};
+
+QLabel* secondaryLabel(QWidget* parent)
+{
+    auto* const label = new QLabel{parent};
+    Theme::dress(label, Theme::Text::secondary);
+    return label;
+}
+
+} // namespace
+
+ScanProgressBar::ScanProgressBar(QWidget* parent)
+    : QWidget(parent), m_bar(new Capsule{this}), m_counts(secondaryLabel(this)),
+      m_percentage(secondaryLabel(this))
+{
+    auto* const line = new QHBoxLayout;
+    line->addWidget(m_counts);
+    line->addStretch();
+    line->addWidget(m_percentage);
+    auto* const layout = new QVBoxLayout{this};
+    layout->setContentsMargins({});
+    layout->setSpacing(Theme::gap / 2);
+    layout->addWidget(m_bar);
+    layout->addLayout(line);
+    m_bar->setAccessibleName(QStringLiteral("Analyse en cours"));
+    setProgress(0, 0, 0);
+}
+
+void ScanProgressBar::setProgress(double fraction, std::int64_t completed, std::int64_t total)
+{
+    m_bar->setValue(static_cast<int>(std::clamp(fraction, 0.0, 1.0) * steps));
+    m_counts->setText(QStringLiteral("Analyse en cours… %1/%2").arg(completed).arg(total));
+    m_percentage->setText(QStringLiteral("%1 %").arg(static_cast<std::int64_t>(fraction * 100)));
+}
+
+} // namespace tallyroom

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QWidget>
+
+#include <cstdint>
+
+class QLabel;
+class QProgressBar;
+
+namespace tallyroom {
+
+/// How far a scan has come: a bar, and under it the counts and the percentage. Main thread.
+class ScanProgressBar : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ScanProgressBar(QWidget* parent = nullptr);
+
+    /// `fraction` must be finite; the bar shows it within 0 to 1, the text as it is.
+    void setProgress(double fraction, std::int64_t completed, std::int64_t total);
+
+private:
+    QProgressBar* m_bar;
+    QLabel* m_counts;
+    QLabel* m_percentage;
+};
+
+} // namespace tallyroom

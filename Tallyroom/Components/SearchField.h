@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QLineEdit>
+
+namespace tallyroom {
+
+/// A field that filters what is beside it: magnifier, placeholder, clear button. Escape clears it; the down
+/// arrow hands the keyboard to the list. Main thread.
+class SearchField : public QLineEdit {
+    Q_OBJECT
+
+public:
+    /// `placeholder` is the accessible name too.
+    explicit SearchField(const QString& placeholder, QWidget* parent = nullptr);
+
+Q_SIGNALS:
+    /// The reader goes on to the list.
+    void listRequested();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    QAction* m_clear;
+};
+
+} // namespace tallyroom

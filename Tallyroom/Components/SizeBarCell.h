@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+
+#include <cstdint>
+
+class QPainter;
+class QRect;
+
+namespace tallyroom {
+
+/// A size as a bar across its cell, its text on it. Takes no clicks. Main thread.
+struct SizeBarCell {
+    std::int64_t sizeBytes = 0;
+    /// The filled part, 0 to 1; what lies outside is drawn as the nearest end.
+    double fraction = 0;
+    QColor tint;
+
+    /// Draws the bar in the middle of `cell`, over its whole width.
+    void paint(QPainter& painter, const QRect& cell) const;
+};
+
+} // namespace tallyroom

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Model/FileUrl.h"
+
+#include <QColor>
+#include <QScrollArea>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+class QLabel;
+class QVBoxLayout;
+
+namespace tallyroom {
+
+/// What a tool shows before a folder is chosen: what it does, the button that begins, the recent folders.
+/// Scrolls where the room is small. Main thread.
+class ToolWelcome : public QScrollArea {
+    Q_OBJECT
+
+public:
+    struct Content {
+        std::string icon; ///< a symbol's name
+        QString title;
+        QString message;
+        std::optional<QString> hint;
+        QString actionTitle;
+        /// The circle's colour; the theme's accent when it is not valid.
+        QColor accent;
+    };
+
+    static constexpr std::size_t shownRecents = 5;
+
+    explicit ToolWelcome(Content content, QWidget* parent = nullptr);
+
+    /// The most recent first; the first five are shown, the section is absent when there are none.
+    void setRecents(const std::vector<FileUrl>& recents);
+
+Q_SIGNALS:
+    /// The prominent button was pressed.
+    void actionRequested();
+    void recentRequested(const tallyroom::FileUrl& location);
+
+private:
+    void addIntroduction(QVBoxLayout& column);
+    void addHint(QVBoxLayout& column);
+    void addAction(QVBoxLayout& column);
+    void addRecents(const std::vector<FileUrl>& recents);
+    void showSymbols();
+
+    Content m_content;
+    QLabel* m_icon = nullptr;
+    QLabel* m_hintIcon = nullptr;
+    QWidget* m_recents = nullptr;
+};
+
+} // namespace tallyroom

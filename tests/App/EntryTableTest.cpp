@@ -1,0 +1,337 @@
+#include "Components/EntryTable.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QMenu>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTest>
+
+#include <array>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+Entry file(const std::string& name, std::int64_t size)
+{
+    return {FileUrl{"/tri/" + name}, name, size, false, std::nullopt};
+}
+
+Entry folder(const std::string& name, std::int64_t size)
+{
+    return {FileUrl{"/tri/" + name}, name, size, true, std::nullopt};
+}
+
+/// A table on screen, 400 high, with what a reader does to it.
+class EntryTableTest : public testing::Test {
+protected:
+    EntryTableTest() { open({.firstColumnTitle = QStringLiteral("Nom")}); }
+
+    void open(EntryTableStyle style)
+    {
+        table = std::make_unique<EntryTable>(std::move(style));
+        view = table->findChild<QTableView*>();
+        table->resize(600, 400);
+        table->show();
+    }
+
+    /// Files "f0", "f1" … of sizes 1 to `count` in a mixed order, as a scan would find them.
+    void fill(int count, std::int64_t sizeStep = 1)
+    {
+        for (int serial = 0; serial < count; ++serial) {
+            found.append(file("f" + std::to_string(nextSerial++), (serial * 7919LL % count + 1) * sizeStep));
+        }
+        table->setEntries(found.snapshot());
+        view->doItemsLayout(); // as the next frame would
+    }
+
+    [[nodiscard]] std::vector<std::string> names() const
+    {
+        std::vector<std::string> result;
+        for (std::size_t row = 0; row < table->visibleCount(); ++row) {
+            result.push_back(table->visibleEntry(row).name);
+        }
+        return result;
+    }
+
+    [[nodiscard]] std::string nameAt(int y) const
+    {
+        return table->visibleEntry(static_cast<std::size_t>(view->rowAt(y))).name;
+    }
+
+    [[nodiscard]] int topOf(const Entry& entry) const
+    {
+        for (int row = 0; row < view->model()->rowCount(); ++row) {
+            if (table->visibleEntry(static_cast<std::size_t>(row)) == entry) {
+                return view->rowViewportPosition(row);
+            }
+        }
+        return -1;
+    }
+
+    void clickBox(int row, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        const QPoint box = view->visualRect(view->model()->index(row, 0)).center();
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, modifiers, box);
+    }
+
+    void clickTitle(int column) const
+    {
+        const QHeaderView* const header = view->horizontalHeader();
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                          {header->sectionViewportPosition(column) + 20, header->height() / 2});
+    }
+
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        QTest::keyClick(view, key, modifiers);
+    }
+
+    std::unique_ptr<EntryTable> table;
+    QTableView* view = nullptr;
+    EntryList::Builder found;
+    int nextSerial = 0;
+};
+
+TEST_F(EntryTableTest, ChecksStayWithTheirEntriesWhileTheListRefills)
+{
+    fill(50);
+    clickBox(0);
+    clickBox(3);
+    const EntryTable::Selection checked{table->visibleEntry(0).url, table->visibleEntry(3).url};
+    fill(500, 100);
+    EXPECT_EQ(table->selection(), checked);
+    table->setFilter([](const Entry& entry) { return entry.name == "f0"; });
+    EXPECT_EQ(table->selection(), checked) << "the filter hides rows, it does not uncheck them";
+}
+
+TEST_F(EntryTableTest, TheCurrentRowKeepsItsPlaceOnScreenWhileLargerOnesComeAbove)
+{
+    fill(100);
+    const Entry read = table->visibleEntry(40);
+    ASSERT_TRUE(table->setCurrentEntry(read.url));
+    const int top = topOf(read);
+    for (int round = 0; round < 5; ++round) {
+        fill(200, 10);
+        EXPECT_EQ(table->currentEntry(), read);
+        ASSERT_EQ(topOf(read), top) << "round " << round;
+    }
+}
+
+TEST_F(EntryTableTest, AScrolledListStaysAndOneAtTheTopShowsTheLargest)
+{
+    fill(300);
+    view->verticalScrollBar()->setValue(1234);
+    const Entry first = table->visibleEntry(static_cast<std::size_t>(view->rowAt(0)));
+    const int top = topOf(first);
+    fill(300, 10);
+    EXPECT_EQ(topOf(first), top);
+
+    table->startOver();
+    fill(300, 1000);
+    EXPECT_EQ(nameAt(0), table->entries().front().name);
+    EXPECT_EQ(view->verticalScrollBar()->value(), 0);
+    EXPECT_EQ(table->currentEntry(), std::nullopt);
+}
+
+TEST_F(EntryTableTest, TheNeighbourBecomesCurrentWhenTheCurrentEntryGoes)
+{
+    table->setEntries({file("a", 3), file("b", 2), file("c", 1)});
+    table->setCurrentEntry(FileUrl{"/tri/b"});
+    table->setEntries({file("a", 3), file("c", 1)});
+    EXPECT_EQ(table->currentEntry()->name, "c");
+    table->setEntries({file("a", 3)});
+    EXPECT_EQ(table->currentEntry()->name, "a");
+    table->setEntries({});
+    EXPECT_EQ(table->currentEntry(), std::nullopt);
+}
+
+TEST_F(EntryTableTest, ABoxThatMovedWhileTheButtonWasDownChecksTheEntryThatWasPressed)
+{
+    table->setEntries({file("wanted", 5), file("other", 4)});
+    const QPoint box = view->visualRect(view->model()->index(0, 0)).center();
+    QTest::mousePress(view->viewport(), Qt::LeftButton, {}, box);
+    table->setEntries({file("newcomer", 9), file("wanted", 5), file("other", 4)});
+    QTest::mouseRelease(view->viewport(), Qt::LeftButton, {}, box);
+    EXPECT_THAT(table->selection(), UnorderedElementsAre(FileUrl{"/tri/wanted"}));
+}
+
+TEST_F(EntryTableTest, NamesThatLookAlikeActOnTheirOwnFile)
+{
+    const std::array names{std::string{"\xff"}, std::string{"\xfe"}, std::string{"\xef\xbf\xbd"},
+                           std::string{"a\nb"}, std::string{"a b"},  std::string{"\\xFF"}};
+    std::vector<Entry> entries;
+    for (const std::string& name : names) {
+        entries.push_back(file(name, 100 - static_cast<int>(entries.size())));
+    }
+    table->setEntries(EntryList{entries});
+    std::vector<std::string> acted;
+    QObject::connect(table.get(), &EntryTable::copyPathRequested, table.get(),
+                     [&acted](const Entry& entry) { acted.push_back(entry.url.path()); });
+    std::set<QString> drawn;
+    for (std::size_t row = 0; row < names.size(); ++row) {
+        ASSERT_TRUE(table->setCurrentEntry(entries[row].url));
+        press(Qt::Key_C, Qt::ControlModifier);
+        press(Qt::Key_Space);
+        EXPECT_EQ(acted.back(), "/tri/" + names.at(row));
+        EXPECT_TRUE(table->selection().contains(entries[row].url));
+        const QString text = view->model()->index(static_cast<int>(row), 1).data().toString();
+        EXPECT_FALSE(text.contains(QLatin1Char{'\n'}));
+        drawn.insert(text);
+    }
+    EXPECT_EQ(table->selection().size(), names.size());
+    EXPECT_EQ(drawn.size(), names.size() - 1) << "only a name spelt like an escape may look like one";
+}
+
+TEST_F(EntryTableTest, TitlesSortAndSayTheOrder)
+{
+    table->setEntries({file("photo10.jpg", 40), file("Photo9.jpg", 30), file("école", 20), file("zèbre", 10),
+                       file("Eclair", 5), file("photo010.jpg", 4)});
+    const std::vector<std::string> bySize = names();
+    clickTitle(1);
+    EXPECT_EQ(table->sortOrder(), (EntrySortOrder{EntrySortOrder::Key::name, 0, true}));
+    EXPECT_THAT(names(),
+                ElementsAre("Eclair", "école", "Photo9.jpg", "photo010.jpg", "photo10.jpg", "zèbre"));
+    clickTitle(1);
+    EXPECT_THAT(names(), ElementsAre("zèbre", "photo010.jpg", "photo10.jpg", "Photo9.jpg", "école", "Eclair"))
+        << "equal names stay in the order of their paths";
+    clickTitle(2);
+    EXPECT_EQ(names(), bySize);
+    clickTitle(2);
+    EXPECT_THAT(names(),
+                ElementsAre("photo010.jpg", "Eclair", "zèbre", "école", "Photo9.jpg", "photo10.jpg"));
+    clickTitle(0);
+    EXPECT_EQ(table->sortOrder().key, EntrySortOrder::Key::size) << "the boxes' column sorts nothing";
+}
+
+TEST_F(EntryTableTest, AToolsOwnColumnSortsByItsKeyAndOnlyIfItHasOne)
+{
+    const auto age = [](const Entry& entry) { return static_cast<double>(entry.name.size()); };
+    const auto text = [](const Entry& entry) { return QString::number(entry.name.size()); };
+    open({.firstColumnTitle = QStringLiteral("Projet"),
+          .secondLine = text,
+          .columns = {{QStringLiteral("Modifié"), 60, text, age},
+                      {QStringLiteral("Note"), 60, text, nullptr}}});
+    table->setEntries({file("ccc", 3), file("a", 2), file("bb", 1)});
+    clickTitle(2);
+    EXPECT_THAT(names(), ElementsAre("ccc", "bb", "a"));
+    clickTitle(2);
+    EXPECT_THAT(names(), ElementsAre("a", "bb", "ccc"));
+    clickTitle(3);
+    EXPECT_EQ(table->sortOrder(), (EntrySortOrder{EntrySortOrder::Key::column, 0, true}));
+}
+
+TEST_F(EntryTableTest, ALongListIsArrangedAsideAndTheLastWishCounts)
+{
+    constexpr int count = 30'000;
+    fill(count);
+    QSignalSpy changed{table.get(), &EntryTable::rowsChanged};
+    if (table->visibleCount() == 0) {
+        ASSERT_TRUE(changed.wait());
+    }
+    table->setSortOrder({EntrySortOrder::Key::name, 0, true});
+    table->setFilter([](const Entry& entry) { return entry.name.ends_with("7"); });
+    table->setFilter([](const Entry& entry) { return entry.name.ends_with("77"); });
+    fill(10);
+    while (table->visibleCount() != count / 100) {
+        ASSERT_TRUE(changed.wait()) << table->visibleCount();
+    }
+    EXPECT_EQ(names().front(), "f77");
+    EXPECT_EQ(names().back(), "f29977");
+    table->setSortOrder({EntrySortOrder::Key::name, 0, false});
+    table.reset(); // leaves with a sort under way
+}
+
+TEST_F(EntryTableTest, KeysMoveActivateAndCheck)
+{
+    table->setEntries({folder("a", 30), file("b", 20), file("c", 10)});
+    std::vector<std::string> activated;
+    QObject::connect(table.get(), &EntryTable::activated, table.get(),
+                     [&activated](const Entry& entry) { activated.push_back(entry.name); });
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    press(Qt::Key_Down);
+    press(Qt::Key_Right);
+    press(Qt::Key_Space);
+    press(Qt::Key_Enter);
+    press(Qt::Key_End);
+    press(Qt::Key_C); // searches nothing
+    EXPECT_THAT(activated, ElementsAre("a", "b"));
+    EXPECT_THAT(table->selection(), UnorderedElementsAre(FileUrl{"/tri/b"}));
+    EXPECT_EQ(table->currentEntry()->name, "c");
+    press(Qt::Key_Home);
+    EXPECT_EQ(table->currentEntry()->name, "a");
+}
+
+TEST_F(EntryTableTest, AllMeansWhatTheFilterShowsAndKeepsTheOtherChecks)
+{
+    table->setEntries({file("x1", 4), file("y1", 3), file("x2", 2), file("y2", 1)});
+    clickBox(1);
+    table->setFilter([](const Entry& entry) { return entry.name.starts_with('x'); });
+    QSignalSpy edited{table.get(), &EntryTable::selectionChanged};
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(edited.count(), 1);
+    EXPECT_THAT(table->selection(),
+                UnorderedElementsAre(FileUrl{"/tri/x1"}, FileUrl{"/tri/x2"}, FileUrl{"/tri/y1"}));
+    table->setSelection({});
+    EXPECT_EQ(edited.count(), 1) << "what the owner sets is no wish of the user";
+    table->setFilter({});
+    clickBox(0);
+    clickBox(2, Qt::ShiftModifier);
+    EXPECT_THAT(table->selection(),
+                UnorderedElementsAre(FileUrl{"/tri/x1"}, FileUrl{"/tri/y1"}, FileUrl{"/tri/x2"}));
+}
+
+TEST_F(EntryTableTest, TheContextMenuOffersWhatTheRowCanDo)
+{
+    const auto texts = [this](const Entry& entry) {
+        std::vector<QString> result;
+        const auto menu = table->makeContextMenu(entry);
+        for (const QAction* const action : menu->actions()) {
+            result.push_back(action->isSeparator() ? QStringLiteral("-") : action->text());
+        }
+        return result;
+    };
+    const QString enter = QStringLiteral("Entrer");
+    const QString reveal = QStringLiteral("Révéler dans le Finder");
+    const QString trash = QStringLiteral("Mettre à la corbeille");
+    EXPECT_THAT(texts(file("f", 1)), ElementsAre(reveal));
+    EXPECT_THAT(texts(folder("d", 1)), ElementsAre(enter, reveal));
+    table->setDeletionEnabled(true);
+    EXPECT_THAT(texts(folder("d", 1)), ElementsAre(enter, reveal, QStringLiteral("-"), trash));
+
+    std::vector<std::string> deleted;
+    QObject::connect(table.get(), &EntryTable::deleteRequested, table.get(),
+                     [&deleted](const Entry& entry) { deleted.push_back(entry.url.path()); });
+    const auto menu = table->makeContextMenu(file("\xff", 1));
+    menu->actions().back()->trigger();
+    EXPECT_THAT(deleted, ElementsAre("/tri/\xff"));
+}
+
+TEST_F(EntryTableTest, AssistiveToolsReadTheRowAndSwitchItsBox)
+{
+    open({.firstColumnTitle = QStringLiteral("Nom"), .badges = [](const Entry&) {
+              return std::vector{EntryBadge{QStringLiteral("ancien"), Theme::Colour::old}};
+          }});
+    table->setEntries({file("photo.jpg", 1500)});
+    QAbstractItemModel* const model = view->model();
+    const auto spoken = [model] { return model->index(0, 1).data(Qt::AccessibleTextRole).toString(); };
+    EXPECT_EQ(spoken(), QStringLiteral("photo.jpg, Images, ancien, 1,5 Ko, non coché"));
+    QSignalSpy edited{table.get(), &EntryTable::selectionChanged};
+    EXPECT_TRUE(model->setData(model->index(0, 0), Qt::Checked, Qt::CheckStateRole));
+    EXPECT_EQ(edited.count(), 1);
+    EXPECT_TRUE(spoken().endsWith(QStringLiteral(", coché")));
+}
+
+} // namespace
+
+} // namespace tallyroom
