@@ -6,6 +6,7 @@
 #include <QHelpEvent>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <QToolTip>
 
 #include <gmock/gmock.h>
@@ -46,11 +47,15 @@ EntryList sixEntries()
 /// Lets events happen until the object gets one of the type.
 class Awaited : public QObject {
 public:
-    Awaited(QObject& object, QEvent::Type type) : m_type(type) { object.installEventFilter(this); }
+    Awaited(QObject& object, QEvent::Type type) : m_type(type)
+    {
+        object.installEventFilter(this);
+        connect(&m_limit, &QTimer::timeout, &m_loop, [this] { m_loop.exit(1); });
+    }
 
     bool come()
     {
-        QTimer::singleShot(std::chrono::seconds{5}, &m_loop, [this] { m_loop.exit(1); });
+        m_limit.start(std::chrono::seconds{5});
         return m_loop.exec() == 0;
     }
 
@@ -65,6 +70,7 @@ public:
 private:
     QEvent::Type m_type;
     QEventLoop m_loop;
+    QTimer m_limit;
 };
 
 class TreemapViewTest : public testing::Test {
@@ -346,6 +352,7 @@ TEST(TreemapScene, EveryPixelHasOneOwnerAtAnyScaleAndCount)
     for (const double scale : {1.0, 1.25, 2.0}) {
         for (const int count : {1, 7, 300, 100'000}) {
             std::vector<Entry> entries;
+            entries.reserve(static_cast<std::size_t>(count));
             for (int index = 0; index < count; ++index) {
                 entries.push_back(sized(std::to_string(index), 1 + (index * 7919LL % 1013) * (index % 17)));
             }

@@ -30,6 +30,7 @@ constexpr int deeper = 116;
 constexpr int deepest = 160;
 constexpr int step = 4;
 constexpr double unknownStrength = 0.5;
+constexpr double unknownStrengthInTheDark = 0.34;
 constexpr double hoverStrength = 0.14;
 
 QRgb mixed(QRgb over, QRgb under, int amount)
@@ -44,9 +45,13 @@ QColor shadeOf(FileKind kind)
     const Theme& theme = Theme::shared();
     const QColor tint = theme.tint(kind);
     if (kind == FileKind::other) {
-        return theme.wash(tint, unknownStrength); // a deep grey is a document's
+        // Recedes into the window: a deep grey is a document's.
+        return theme.wash(tint, theme.isDark() ? unknownStrengthInTheDark : unknownStrength);
     }
     const auto isUnderWhite = [](const QColor& fill) { return Theme::readableOn(fill).lightnessF() > 0.5F; };
+    if (theme.isDark()) {
+        return theme.barFill(tint);
+    }
     for (int factor = deeper; factor <= deepest; factor += step) {
         if (const QColor fill = tint.darker(factor); isUnderWhite(fill)) {
             return fill;
