@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace tallyroom {
+
+/// Divides a rectangle into tiles whose areas are proportional to weights, each as near to a square as the
+/// order allows: squarified treemaps, Bruls, Huizing and van Wijk, 2000. No state. Any thread.
+namespace TreemapLayout {
+
+/// Origin and extent in whatever unit the caller draws in; y grows with the coordinate space.
+struct Rectangle {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+
+    friend bool operator==(const Rectangle&, const Rectangle&) = default;
+};
+
+struct Tile {
+    /// The position of the tile's weight in the list given.
+    std::size_t index = 0;
+    /// Fractional; in the coordinate space of the rectangle divided.
+    Rectangle rect;
+
+    friend bool operator==(const Tile&, const Tile&) = default;
+};
+
+/// One tile a positive weight, in the order of the weights: pass them descending for the squarest tiles.
+/// Zero, negative and not-a-number weights have none, nor has a share too small for a double to hold; an
+/// infinite weight counts as the largest double. No tiles in a rectangle without a finite, positive area.
+/// O(n).
+[[nodiscard]] std::vector<Tile> tiles(std::span<const double> weights, const Rectangle& rectangle);
+
+} // namespace TreemapLayout
+
+} // namespace tallyroom

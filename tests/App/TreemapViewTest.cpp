@@ -1,0 +1,375 @@
+#include "Tools/DiskUsage/TreemapView.h"
+
+#include <QAccessible>
+#include <QContextMenuEvent>
+#include <QEventLoop>
+#include <QHelpEvent>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+#include <QToolTip>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <numeric>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+
+FileUrl urlOf(const std::string& name)
+{
+    return FileUrl{"/home/moi/" + name};
+}
+
+Entry sized(const std::string& name, std::int64_t size)
+{
+    return {.url = urlOf(name), .name = name, .sizeBytes = size, .isDirectory = false, .modifiedAt = {}};
+}
+
+/// As a scan sends it: in the order of arrival, ranked when read.
+EntryList listOf(const std::vector<Entry>& entries)
+{
+    EntryList::Builder builder;
+    std::ranges::for_each(entries, [&builder](const Entry& entry) { builder.append(entry); });
+    return builder.snapshot();
+}
+
+/// In a square-ish view: a to the left, to its right b and c above d, e and f.
+EntryList sixEntries()
+{
+    return listOf(
+        {sized("a", 60), sized("b", 30), sized("c", 30), sized("d", 10), sized("e", 10), sized("f", 10)});
+}
+
+/// Lets events happen until the object gets one of the type.
+class Awaited : public QObject {
+public:
+    Awaited(QObject& object, QEvent::Type type) : m_type(type)
+    {
+        object.installEventFilter(this);
+        connect(&m_limit, &QTimer::timeout, &m_loop, [this] { m_loop.exit(1); });
+    }
+
+    bool come()
+    {
+        m_limit.start(std::chrono::seconds{5});
+        return m_loop.exec() == 0;
+    }
+
+    bool eventFilter(QObject* /*object*/, QEvent* event) override
+    {
+        if (event->type() == m_type) {
+            m_loop.quit();
+        }
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+    QEventLoop m_loop;
+    QTimer m_limit;
+};
+
+class TreemapViewTest : public testing::Test {
+protected:
+    TreemapViewTest()
+    {
+        QObject::connect(&view, &TreemapView::selectionToggled, &view, [this](const FileUrl& url) {
+            log.push_back("check " + std::string{url.lastPathComponent()});
+            auto selection = checked;
+            if (selection.erase(url) == 0) {
+                selection.insert(url);
+            }
+            checked = selection;
+            view.setSelection(selection);
+        });
+        QObject::connect(&view, &TreemapView::activated, &view,
+                         [this](const Entry& entry) { log.push_back("open " + entry.name); });
+        QObject::connect(&view, &TreemapView::currentChanged, &view, [this] {
+            const auto current = view.currentEntry();
+            log.push_back("at " + (current ? current->name : "nothing"));
+        });
+        view.resize(604, 404);
+        view.show();
+    }
+
+    /// Shows the list at once, whatever came before.
+    void show(const EntryList& entries)
+    {
+        view.setEntries({});
+        view.hide();
+        view.setEntries(entries);
+        view.show();
+    }
+
+    QPoint centre(const std::string& name)
+    {
+        const auto tile = view.scene().find(urlOf(name));
+        EXPECT_TRUE(tile) << name;
+        return tile ? view.tileRect(*tile).center().toPoint() : QPoint{};
+    }
+
+    void click(const std::string& name) { QTest::mouseClick(&view, Qt::LeftButton, {}, centre(name)); }
+
+    std::vector<std::string> drawn() const
+    {
+        std::vector<std::string> names;
+        for (std::size_t tile = 0; tile < view.scene().tiles().size(); ++tile) {
+            names.push_back(view.scene().entry(tile).name);
+        }
+        return names;
+    }
+
+    QString toolTipAt(const QPoint& position)
+    {
+        QHelpEvent help{QEvent::ToolTip, position, view.mapToGlobal(position)};
+        QCoreApplication::sendEvent(&view, &help);
+        return QToolTip::text();
+    }
+
+    TreemapView view;
+    std::unordered_set<FileUrl> checked;
+    std::vector<std::string> log;
+};
+
+TEST_F(TreemapViewTest, ADoubleClickActivatesOnceAndLeavesTheCheckAsItWas)
+{
+    show(sixEntries());
+    click("b");
+    EXPECT_EQ(checked, std::unordered_set{urlOf("b")});
+    log.clear();
+    click("b");
+    QTest::mouseDClick(&view, Qt::LeftButton, {}, centre("b"));
+    QTest::mouseRelease(&view, Qt::LeftButton, {}, centre("b"));
+    EXPECT_THAT(log, ElementsAre("check b", "check b", "open b"));
+    EXPECT_EQ(checked, std::unordered_set{urlOf("b")});
+}
+
+TEST_F(TreemapViewTest, AClickThatEndsOnAnotherTileChecksNothing)
+{
+    show(sixEntries());
+    QTest::mousePress(&view, Qt::LeftButton, {}, centre("a"));
+    QTest::mouseRelease(&view, Qt::LeftButton, {}, centre("b"));
+    EXPECT_TRUE(checked.empty());
+
+    // The pointer rests, but the scan puts another tile under it.
+    const QPoint place = centre("a");
+    QTest::mousePress(&view, Qt::LeftButton, {}, place);
+    show(listOf({sized("z", 90), sized("a", 10)}));
+    QTest::mouseRelease(&view, Qt::LeftButton, {}, place);
+    EXPECT_TRUE(checked.empty());
+
+    click("z");
+    show(sixEntries());
+    QTest::mouseDClick(&view, Qt::LeftButton, {}, place);
+    EXPECT_EQ(checked, std::unordered_set{urlOf("z")})
+        << "the second click met another tile: it is a first one";
+    EXPECT_THAT(log, testing::Not(testing::Contains("open a")));
+}
+
+TEST_F(TreemapViewTest, ArrowKeysMoveToTheTileBesideAndBack)
+{
+    show(sixEntries());
+    const auto press = [this](std::initializer_list<Qt::Key> keys) {
+        log.clear();
+        std::ranges::for_each(keys, [this](Qt::Key key) { QTest::keyClick(&view, key); });
+        return log;
+    };
+    using enum Qt::Key;
+    EXPECT_THAT(press({Key_Down}), ElementsAre("at a")) << "without a current tile, to the largest";
+    EXPECT_THAT(press({Key_Right, Key_Down, Key_Right, Key_Right, Key_Right}),
+                ElementsAre("at b", "at d", "at e", "at f"));
+    EXPECT_THAT(press({Key_Left, Key_Left, Key_Up, Key_Up, Key_Left, Key_Left}),
+                ElementsAre("at e", "at d", "at b", "at a"));
+    EXPECT_THAT(press({Key_End, Key_Up, Key_Down}), ElementsAre("at f", "at c", "at f"));
+    EXPECT_THAT(press({Key_Left, Key_Left, Key_Left, Key_Right}), ElementsAre("at e", "at d", "at a", "at d"))
+        << "the way back is at the level one came on";
+}
+
+TEST_F(TreemapViewTest, KeysCheckAndOpenAndLeaveTheOwnersShortcutsAlone)
+{
+    show(sixEntries());
+    QTest::keyClick(&view, Qt::Key_End);
+    QTest::keyClick(&view, Qt::Key_Space);
+    QTest::keyClick(&view, Qt::Key_Return);
+    EXPECT_THAT(log, ElementsAre("at f", "check f", "open f"));
+    QKeyEvent back{QEvent::KeyPress, Qt::Key_Left, Qt::AltModifier};
+    QCoreApplication::sendEvent(&view, &back);
+    EXPECT_FALSE(back.isAccepted());
+    EXPECT_EQ(log.size(), 3U);
+}
+
+TEST_F(TreemapViewTest, TheCurrentTileIsKnownByLocationAndNotByPlace)
+{
+    show(sixEntries());
+    click("c");
+    log.clear();
+    view.hide();
+    view.setEntries(listOf({sized("new", 500), sized("c", 300), sized("a", 60)}));
+    view.show();
+    EXPECT_EQ(view.currentEntry()->name, "c");
+    EXPECT_TRUE(log.empty());
+
+    view.hide();
+    view.setEntries(listOf({sized("new", 500), sized("a", 60)}));
+    view.show();
+    EXPECT_EQ(log.size(), 1U) << "deleted: the tile that took its place is current";
+    EXPECT_TRUE(view.currentEntry());
+
+    view.setEntries({});
+    EXPECT_EQ(log.back(), "at nothing");
+}
+
+TEST_F(TreemapViewTest, DrawsLargerFirstAndNothingWithoutASize)
+{
+    // A list that was edited is no longer ranked.
+    show(EntryList{sized("small", 1), sized("zero", 0), sized("big", 9), sized("negative", -5),
+                   sized("mid", 4)});
+    EXPECT_THAT(drawn(), ElementsAre("big", "mid", "small"));
+    show(EntryList{sized("zero", 0)});
+    EXPECT_THAT(drawn(), ElementsAre());
+    view.grab(); // the calm message, and no division by zero
+}
+
+TEST_F(TreemapViewTest, AFilteredMapKeepsTheSharesOfTheWholeFolder)
+{
+    view.hide();
+    view.setEntries(sixEntries(), {1, 5});
+    view.show();
+    EXPECT_THAT(drawn(), ElementsAre("b", "f"));
+    EXPECT_THAT(toolTipAt(centre("b")).toStdString(), testing::HasSubstr("30 o · 20,0 %"));
+    EXPECT_THAT(toolTipAt(centre("f")).toStdString(), testing::HasSubstr("10 o · 6,7 %"));
+}
+
+TEST_F(TreemapViewTest, AToolTipTakesNoNameForMarkup)
+{
+    show(listOf({sized("<img src=x>\n\xff", 1)}));
+    const QString text = toolTipAt({100, 100});
+    EXPECT_TRUE(text.contains(QStringLiteral("&lt;img src=x&gt;"))) << text.toStdString();
+    EXPECT_FALSE(text.contains(u'\n'));
+}
+
+TEST_F(TreemapViewTest, RepaintingTilesLeavesTheSameMapAsPaintingItAnew)
+{
+    const EntryList entries = listOf({sized("films", 500), sized("a very long name of a file.iso", 300),
+                                      sized("b.jpg", 100), sized("c.cpp", 20), sized("d", 1)});
+    view.setFocusPolicy(Qt::NoFocus);
+    view.clearFocus();
+    show(entries);
+    const QImage before = view.grab().toImage();
+    for (const char* const name : {"films", "c.cpp", "d"}) {
+        QTest::mouseMove(&view, centre(name));
+        view.setSelection({urlOf(name)});
+    }
+    EXPECT_NE(view.grab().toImage(), before);
+    QEvent leave{QEvent::Leave};
+    QCoreApplication::sendEvent(&view, &leave);
+
+    TreemapView fresh;
+    fresh.resize(view.size());
+    fresh.setSelection({urlOf("d")});
+    fresh.setEntries(entries);
+    EXPECT_EQ(view.grab().toImage(), fresh.grab().toImage());
+    view.setSelection({});
+    EXPECT_EQ(view.grab().toImage(), before);
+}
+
+TEST_F(TreemapViewTest, OfABurstOfListsTheLastIsShownInTheEnd)
+{
+    EntryList::Builder builder;
+    for (int arrived = 1; arrived <= 50; ++arrived) {
+        builder.append(sized(std::to_string(arrived), arrived));
+        view.setEntries(builder.snapshot());
+    }
+    EXPECT_LT(drawn().size(), 50U) << "each list is laid out: a scan would use the processor up";
+    while (drawn().size() < 50) {
+        Awaited painted{view, QEvent::Paint};
+        ASSERT_TRUE(painted.come());
+    }
+    EXPECT_EQ(drawn().front(), "50");
+}
+
+TEST_F(TreemapViewTest, TheMenuKeyOpensTheMenuOfTheCurrentTile)
+{
+    QSignalSpy spy{&view, &TreemapView::contextMenuRequested};
+    show(sixEntries());
+    QTest::keyClick(&view, Qt::Key_End);
+    QContextMenuEvent menu{QContextMenuEvent::Keyboard, {}, {}};
+    QCoreApplication::sendEvent(&view, &menu);
+    ASSERT_EQ(spy.size(), 1);
+    EXPECT_EQ(spy[0][0].value<Entry>().name, "f");
+    EXPECT_EQ(view.mapFromGlobal(spy[0][1].toPoint()), centre("f"));
+}
+
+TEST_F(TreemapViewTest, AssistiveTechnologyKeepsItsTilesWhileTheListChanges)
+{
+    show(sixEntries());
+    view.setSelection({urlOf("b")});
+    QAccessibleInterface* const map = QAccessible::queryAccessibleInterface(&view);
+    ASSERT_EQ(map->childCount(), 6);
+    QAccessibleInterface* const tile = map->child(1);
+    EXPECT_EQ(tile->text(QAccessible::Name), QStringLiteral("b, 30 o"));
+    EXPECT_TRUE(tile->state().checked);
+    EXPECT_EQ(map->childAt(view.mapToGlobal(centre("b")).x(), view.mapToGlobal(centre("b")).y()), tile);
+    tile->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_THAT(log, ElementsAre("open b"));
+
+    view.hide();
+    view.setEntries(listOf({sized("b", 1), sized("a", 2), sized("c", 3)}));
+    view.show();
+    EXPECT_EQ(map->indexOfChild(tile), 2);
+    EXPECT_EQ(tile->text(QAccessible::Name), QStringLiteral("b, 1 o"));
+    EXPECT_EQ(map->child(2), tile);
+    view.hide();
+    view.setEntries(listOf({sized("a", 2)}));
+    view.show();
+    EXPECT_EQ(map->childCount(), 1);
+    EXPECT_EQ(map->child(1), nullptr);
+}
+
+/// Every pixel of the area counted once, by whom it belongs to.
+std::vector<int> owners(const TreemapScene& scene, const QRect& area)
+{
+    std::vector<int> counts(static_cast<std::size_t>(area.width() * area.height()));
+    const auto count = [&](const QRect& cell) {
+        const QRect inside = cell & area;
+        for (int y = inside.top(); y <= inside.bottom(); ++y) {
+            for (int x = inside.left(); x <= inside.right(); ++x) {
+                ++counts[static_cast<std::size_t>((y - area.y()) * area.width() + x - area.x())];
+            }
+        }
+    };
+    std::ranges::for_each(scene.tiles(), [&](const TreemapScene::Tile& tile) { count(tile.cell); });
+    std::ranges::for_each(scene.crumbs().cells, count);
+    return counts;
+}
+
+TEST(TreemapScene, EveryPixelHasOneOwnerAtAnyScaleAndCount)
+{
+    for (const double scale : {1.0, 1.25, 2.0}) {
+        for (const int count : {1, 7, 300, 100'000}) {
+            std::vector<Entry> entries;
+            entries.reserve(static_cast<std::size_t>(count));
+            for (int index = 0; index < count; ++index) {
+                entries.push_back(sized(std::to_string(index), 1 + (index * 7919LL % 1013) * (index % 17)));
+            }
+            std::vector<std::uint32_t> all(entries.size());
+            std::iota(all.begin(), all.end(), 0U);
+            const QRect area{2, 2, static_cast<int>(701 * scale), static_cast<int>(403 * scale)};
+            const TreemapScene scene{listOf(entries), all, area, scale};
+            EXPECT_TRUE(std::ranges::all_of(owners(scene, area), [](int owned) { return owned == 1; }))
+                << count << " at " << scale;
+            EXPECT_EQ(scene.tiles().size() + scene.crumbs().count, entries.size());
+            for (std::size_t tile = 0; tile < scene.tiles().size(); ++tile) {
+                ASSERT_TRUE(area.contains(scene.painted(tile))) << "tile " << tile << " at " << scale;
+            }
+        }
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom

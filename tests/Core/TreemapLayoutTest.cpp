@@ -1,0 +1,269 @@
+#include "Analysis/TreemapLayout.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <numeric>
+#include <random>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TreemapLayout::Rectangle;
+using TreemapLayout::Tile;
+using TreemapLayout::tiles;
+
+using Weights = std::vector<double>;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double largest = std::numeric_limits<double>::max();
+
+double areaOf(const Tile& tile)
+{
+    return tile.rect.width * tile.rect.height;
+}
+
+/// Weights as folders have them: a few giants, a long tail, now and then nothing at all.
+Weights folderSizes(unsigned seed, std::size_t count)
+{
+    std::mt19937 random{seed};
+    std::lognormal_distribution<double> size{8, 3};
+    Weights weights(count);
+    std::ranges::generate(weights, [&] { return random() % 7 == 0 ? 0.0 : std::floor(size(random)); });
+    return weights;
+}
+
+/// The worst aspect ratio of a row as the method words it, from scratch each time.
+double worstRatioFromScratch(const std::vector<double>& row, double side)
+{
+    const double sum = std::accumulate(row.begin(), row.end(), 0.0);
+    if (row.empty() || side <= 0 || sum <= 0 || std::ranges::min(row) <= 0) {
+        return largest;
+    }
+    return std::max(side * side * std::ranges::max(row) / (sum * sum),
+                    sum * sum / (side * side * std::ranges::min(row)));
+}
+
+/// How many tiles each row takes, decided from scratch for every item.
+std::vector<std::size_t> rowLengthsFromScratch(const std::vector<Tile>& laidOut, Rectangle remaining)
+{
+    std::vector<std::size_t> lengths;
+    std::vector<double> row;
+    for (std::size_t next = 0; next < laidOut.size();) {
+        const double side = std::min(remaining.width, remaining.height);
+        std::vector<double> longer = row;
+        longer.push_back(areaOf(laidOut[next]));
+        // The areas are read back from the tiles: allow what rounding did to them.
+        if (row.empty() ||
+            worstRatioFromScratch(longer, side) <= worstRatioFromScratch(row, side) * (1 + 1e-9)) {
+            row = longer;
+            ++next;
+            continue;
+        }
+        lengths.push_back(row.size());
+        const double sum = std::accumulate(row.begin(), row.end(), 0.0);
+        if (remaining.width <= remaining.height) {
+            remaining.height -= sum / remaining.width;
+        } else {
+            remaining.width -= sum / remaining.height;
+        }
+        row.clear();
+    }
+    lengths.push_back(row.size());
+    return lengths;
+}
+
+/// The same, read from where the tiles lie: a row shares the edge that its strip starts at.
+std::vector<std::size_t> rowLengthsAsDrawn(const std::vector<Tile>& laidOut, Rectangle remaining)
+{
+    std::vector<std::size_t> lengths;
+    for (std::size_t start = 0; start < laidOut.size();) {
+        const bool horizontal = remaining.width <= remaining.height;
+        const Rectangle& first = laidOut[start].rect;
+        std::size_t end = start;
+        while (end < laidOut.size() &&
+               (horizontal ? laidOut[end].rect.y == first.y : laidOut[end].rect.x == first.x)) {
+            ++end;
+        }
+        (horizontal ? remaining.height : remaining.width) -= horizontal ? first.height : first.width;
+        lengths.push_back(end - start);
+        start = end;
+    }
+    return lengths;
+}
+
+void expectTilesCover(const std::vector<Tile>& laidOut, const Weights& weights, const Rectangle& whole)
+{
+    const double total = std::accumulate(weights.begin(), weights.end(), 0.0);
+    const double area = whole.width * whole.height;
+    double covered = 0;
+    for (const Tile& tile : laidOut) {
+        ASSERT_NEAR(areaOf(tile), area * (weights[tile.index] / total), area * 1e-6) << "tile " << tile.index;
+        ASSERT_GE(tile.rect.x, whole.x - 1e-6);
+        ASSERT_GE(tile.rect.y, whole.y - 1e-6);
+        ASSERT_LE(tile.rect.x + tile.rect.width, whole.x + whole.width + 1e-6);
+        ASSERT_LE(tile.rect.y + tile.rect.height, whole.y + whole.height + 1e-6);
+        covered += areaOf(tile);
+    }
+    EXPECT_NEAR(covered, area, area * 1e-6);
+}
+
+double overlap(const Rectangle& left, const Rectangle& right)
+{
+    const double width = std::min(left.x + left.width, right.x + right.width) - std::max(left.x, right.x);
+    const double height = std::min(left.y + left.height, right.y + right.height) - std::max(left.y, right.y);
+    return std::max(width, 0.0) * std::max(height, 0.0);
+}
+
+TEST(TreemapLayout, LaysOutTheWorkedExampleOfTheMethod)
+{
+    // By hand, in a rectangle of 6 × 4: {6, 6} to the left, {4, 3} at the start of what remains, then 2,
+    // 2, 1.
+    const Weights weights{6, 6, 4, 3, 2, 2, 1};
+    const std::vector<Rectangle> expected{{0, 0, 3, 2},
+                                          {0, 2, 3, 2},
+                                          {3, 0, 12.0 / 7, 7.0 / 3},
+                                          {3 + 12.0 / 7, 0, 9.0 / 7, 7.0 / 3},
+                                          {3, 7.0 / 3, 1.2, 5.0 / 3},
+                                          {4.2, 7.0 / 3, 1.2, 5.0 / 3},
+                                          {5.4, 7.0 / 3, 0.6, 5.0 / 3}};
+    const auto laidOut = tiles(weights, {0, 0, 6, 4});
+    ASSERT_EQ(laidOut.size(), expected.size());
+    for (std::size_t index = 0; index < expected.size(); ++index) {
+        SCOPED_TRACE(index);
+        EXPECT_EQ(laidOut[index].index, index);
+        EXPECT_NEAR(laidOut[index].rect.x, expected[index].x, 1e-12);
+        EXPECT_NEAR(laidOut[index].rect.y, expected[index].y, 1e-12);
+        EXPECT_NEAR(laidOut[index].rect.width, expected[index].width, 1e-12);
+        EXPECT_NEAR(laidOut[index].rect.height, expected[index].height, 1e-12);
+    }
+}
+
+TEST(TreemapLayout, ATieKeepsTheItemInTheRow)
+{
+    // In a square of side 2, an area of 2 alone is a strip of 2 × 1: ratio 2. Two of them in one row are
+    // 1 × 2 each: ratio 2 as well. They share the row, side by side, and not one below the other.
+    EXPECT_THAT(tiles(Weights{1, 1}, {0, 0, 2, 2}),
+                ElementsAre(Tile{0, {0, 0, 1, 2}}, Tile{1, {1, 0, 1, 2}}));
+}
+
+TEST(TreemapLayout, LaysTheFirstRowAlongTheShorterSideFromTheOrigin)
+{
+    // Three equal weights: wide rectangles are filled from the left, tall ones and squares from the top.
+    EXPECT_EQ(tiles(Weights{1}, {7, -3, 5, 4}), (std::vector<Tile>{{0, {7, -3, 5, 4}}}));
+    EXPECT_THAT(tiles(Weights{4, 1, 1}, {10, 20, 3, 2}),
+                ElementsAre(Tile{0, {10, 20, 2, 2}}, Tile{1, {12, 20, 1, 1}}, Tile{2, {12, 21, 1, 1}}));
+    EXPECT_THAT(tiles(Weights{4, 1, 1}, {10, 20, 2, 3}),
+                ElementsAre(Tile{0, {10, 20, 2, 2}}, Tile{1, {10, 22, 1, 1}}, Tile{2, {11, 22, 1, 1}}));
+}
+
+TEST(TreemapLayout, TilesKnowTheirWeightsPlaceInTheList)
+{
+    const Rectangle square{0, 0, 10, 10};
+    const auto indexes = [&square](const Weights& weights) {
+        std::vector<std::size_t> result;
+        std::ranges::transform(tiles(weights, square), std::back_inserter(result), &Tile::index);
+        return result;
+    };
+    EXPECT_THAT(indexes({5, 0, 3}), ElementsAre(0, 2));
+    EXPECT_THAT(indexes({-1, nan, 2, -infinity, 7, -0.0, 1}), ElementsAre(2, 4, 6)) << "and in input order";
+}
+
+TEST(TreemapLayout, HasNoTilesWhereThereIsNothingToDivide)
+{
+    const Rectangle square{0, 0, 10, 10};
+    for (const Weights& weights : {Weights{}, Weights{0, 0}, Weights{-1, 0, nan, -infinity}}) {
+        EXPECT_THAT(tiles(weights, square), IsEmpty());
+    }
+    for (const Rectangle& rectangle :
+         {Rectangle{0, 0, 0, 5}, Rectangle{0, 0, 5, 0}, Rectangle{0, 0, -5, 5}, Rectangle{0, 0, 5, -5},
+          Rectangle{0, 0, -5, -5}, Rectangle{0, 0, nan, 5}, Rectangle{0, 0, 5, infinity}}) {
+        EXPECT_THAT(tiles(Weights{1, 2}, rectangle), IsEmpty());
+    }
+}
+
+TEST(TreemapLayout, CoversTheRectangleInProportionWithoutOverlap)
+{
+    const std::vector<Rectangle> rectangles{
+        {0, 0, 1400, 900}, {-50, 30, 300, 1200}, {0, 0, 1, 1}, {5, 5, 4000, 3}};
+    for (unsigned seed = 0; seed < 12; ++seed) {
+        Weights weights = folderSizes(seed, 300);
+        if (seed % 2 == 0) {
+            std::ranges::sort(weights, std::greater{});
+        }
+        for (const Rectangle& whole : rectangles) {
+            SCOPED_TRACE(testing::Message() << "seed " << seed << ", width " << whole.width);
+            const auto laidOut = tiles(weights, whole);
+            ASSERT_EQ(laidOut.size(), static_cast<std::size_t>(
+                                          std::ranges::count_if(weights, [](double w) { return w > 0; })));
+            expectTilesCover(laidOut, weights, whole);
+            for (std::size_t left = 0; left < laidOut.size(); ++left) {
+                for (std::size_t right = left + 1; right < laidOut.size(); ++right) {
+                    ASSERT_LE(overlap(laidOut[left].rect, laidOut[right].rect),
+                              whole.width * whole.height * 1e-9);
+                }
+            }
+        }
+    }
+}
+
+TEST(TreemapLayout, ClosesEveryRowWhereJudgingFromScratchWould)
+{
+    const Rectangle whole{0, 0, 1000, 700};
+    for (unsigned seed = 100; seed < 140; ++seed) {
+        Weights weights = folderSizes(seed, 120);
+        std::ranges::sort(weights, std::greater{});
+        const auto laidOut = tiles(weights, whole);
+        EXPECT_EQ(rowLengthsAsDrawn(laidOut, whole), rowLengthsFromScratch(laidOut, whole))
+            << "seed " << seed;
+    }
+}
+
+TEST(TreemapLayout, StaysWithinTheRectangleWhenTheFirstWeightLeavesNothingToTheOthers)
+{
+    // After the giant the remaining rectangle is exhausted, and a strip in it would be endlessly thick.
+    const Rectangle whole{0, 0, 100, 50};
+    Weights weights(1000, 1);
+    weights.front() = 1e18;
+    expectTilesCover(tiles(weights, whole), weights, whole);
+    weights.front() = 1e200;
+    expectTilesCover(tiles(weights, whole), weights, whole);
+}
+
+TEST(TreemapLayout, WeightsWhoseSumOverflowsKeepTheirProportions)
+{
+    const Rectangle square{0, 0, 10, 10};
+    const auto giants = tiles(Weights{largest, largest, largest / 2}, square);
+    ASSERT_EQ(giants.size(), 3U);
+    EXPECT_NEAR(areaOf(giants[0]), 40, 1e-6);
+    EXPECT_NEAR(areaOf(giants[2]), 20, 1e-6);
+
+    const auto endless = tiles(Weights{infinity, infinity, 1}, square);
+    ASSERT_GE(endless.size(), 2U);
+    EXPECT_NEAR(areaOf(endless[0]), 50, 1e-6);
+    EXPECT_NEAR(areaOf(endless[1]), 50, 1e-6);
+}
+
+TEST(TreemapLayout, AHundredThousandEqualWeightsAreAllDrawnAlike)
+{
+    // Judging a row from scratch for every item would take minutes here, and sums drift in long rows.
+    for (const Rectangle& whole : {Rectangle{0, 0, 1400, 900}, Rectangle{0, 0, 1e6, 1e-3}}) {
+        const Weights weights(100'000, 4096);
+        const auto laidOut = tiles(weights, whole);
+        ASSERT_EQ(laidOut.size(), weights.size());
+        expectTilesCover(laidOut, weights, whole);
+        const double area = whole.width * whole.height / 100'000;
+        ASSERT_TRUE(std::ranges::all_of(
+            laidOut, [area](const Tile& tile) { return std::abs(areaOf(tile) - area) < area * 1e-6; }));
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom
