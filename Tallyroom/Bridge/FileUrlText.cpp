@@ -1,0 +1,179 @@
+#include "Bridge/FileUrlText.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStringDecoder>
+
+#include <algorithm>
+
+namespace tallyroom {
+
+namespace {
+
+bool isPlainAscii(std::string_view text)
+{
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+char loweredAscii(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+QByteArrayView view(std::string_view text)
+{
+    return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+/// How many bytes of `text` one well-formed UTF-8 character takes; 0 when it does not start with one.
+std::size_t characterLength(std::string_view text)
+{
+    const auto lead = static_cast<unsigned char>(text.front());
+    const std::size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    if (length == 0 || length > text.size() || lead > 0xF4) {
+        return 0;
+    }
+    QStringDecoder decode{QStringDecoder::Utf8, QStringDecoder::Flag::Stateless};
+    const QString character = decode(view(text.substr(0, length)));
+    return decode.hasError() ? 0 : length;
+}
+
+QString visible(const QString& character)
+{
+    const char32_t code = character.toUcs4().value(0);
+    if (code < 0x20) {
+        return QString{QChar{static_cast<char16_t>(0x2400 + code)}};
+    }
+    if (code == 0x7F) {
+        return QString{QChar{u'␡'}};
+    }
+    const bool turnsOrBreaks = (code >= 0x80 && code < 0xA0) || code == 0x061C || code == 0xFEFF ||
+                               (code >= 0x200B && code <= 0x200F) || (code >= 0x2028 && code <= 0x202E) ||
+                               (code >= 0x2060 && code <= 0x206F);
+    // The joiner makes emoji out of emoji, it belongs to names.
+    if (turnsOrBreaks && code != 0x200D) {
+        return QStringLiteral("\\u") + QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char{'0'});
+    }
+    return character;
+}
+
+bool isOrdinary(const QString& text)
+{
+    return std::ranges::all_of(text, [](QChar c) {
+        return c.unicode() >= 0x20 && c.unicode() < 0x7F ? true : c.unicode() >= 0xA0 && c.isPrint();
+    });
+}
+
+} // namespace
+
+QString FileUrlText::display(std::string_view name)
+{
+    QStringDecoder decode{QStringDecoder::Utf8, QStringDecoder::Flag::Stateless};
+    QString whole = decode(view(name));
+    if (!decode.hasError() && isOrdinary(whole)) {
+        return whole;
+    }
+    QString text;
+    while (!name.empty()) {
+        const std::size_t length = characterLength(name);
+        if (length == 0) {
+            const auto byte = static_cast<unsigned char>(name.front());
+            text += QStringLiteral("\\x") + QString::number(byte, 16).toUpper();
+        } else {
+            text += visible(QString::fromUtf8(view(name.substr(0, length))));
+        }
+        name.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return text;
+}
+
+QString FileUrlText::display(const FileUrl& url)
+{
+    return display(url.path());
+}
+
+QString FileUrlText::displayFromHome(const FileUrl& url)
+{
+    const FileUrl home = homeFolder();
+    const std::string path = url.standardized().path();
+    if (home.path() == "/" || !url.isInside(home)) {
+        return display(path);
+    }
+    return QLatin1Char{'~'} + display(std::string_view{path}.substr(home.path().size()));
+}
+
+std::optional<FileUrl> FileUrlText::parse(std::string_view text, const FileUrl& base)
+{
+    static constexpr std::string_view scheme = "file:";
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    if (text.starts_with(scheme)) {
+        text.remove_prefix(scheme.size());
+        if (text.starts_with("//")) {
+            text.remove_prefix(2);
+            const std::string_view host = text.substr(0, text.find('/'));
+            if (!host.empty() && host != "localhost") {
+                return std::nullopt;
+            }
+            text.remove_prefix(host.size());
+        }
+        return text.starts_with('/') ? std::optional{FileUrl{percentDecodedPath(text)}.standardized()}
+                                     : std::nullopt;
+    }
+    if (text == "~" || text.starts_with("~/")) {
+        return homeFolder().appending(text.substr(std::min<std::size_t>(2, text.size()))).standardized();
+    }
+    return (text.starts_with('/') ? FileUrl{std::string{text}} : base.appending(text)).standardized();
+}
+
+std::optional<FileUrl> FileUrlText::fromUrl(const QUrl& url)
+{
+    if (!url.isLocalFile()) {
+        return std::nullopt;
+    }
+    const QByteArray path = url.path(QUrl::FullyEncoded).toLatin1();
+    if (!path.startsWith('/')) {
+        return std::nullopt;
+    }
+    return FileUrl{percentDecodedPath(path.toStdString())}.standardized();
+}
+
+QString FileUrlText::toFileName(const FileUrl& url)
+{
+    return QFile::decodeName(QByteArray::fromStdString(url.path()));
+}
+
+FileUrl FileUrlText::fromFileName(const QString& name)
+{
+    return FileUrl{QFile::encodeName(name).toStdString()}.standardized();
+}
+
+FileUrl FileUrlText::homeFolder()
+{
+    const QByteArray home = qgetenv("HOME");
+    return home.startsWith('/') ? FileUrl{home.toStdString()}.standardized() : fromFileName(QDir::homePath());
+}
+
+TextFilter::TextFilter(const QString& searchText)
+    : m_lowered(searchText.toLower().normalized(QString::NormalizationForm_C))
+{
+    const std::string bytes = m_lowered.toStdString();
+    if (isPlainAscii(bytes)) {
+        m_ascii = bytes;
+    }
+}
+
+bool TextFilter::matches(std::string_view text) const
+{
+    if (m_lowered.isEmpty()) {
+        return true;
+    }
+    if (!isPlainAscii(text)) {
+        const QString lowered = QString::fromUtf8(view(text)).toLower();
+        return lowered.normalized(QString::NormalizationForm_C).contains(m_lowered);
+    }
+    return !m_ascii.empty() && !std::ranges::search(text, m_ascii, {}, loweredAscii).empty();
+}
+
+} // namespace tallyroom
