@@ -20,11 +20,14 @@ void moveAppend(std::vector<Item>& all, std::vector<Item>&& some)
 
 RemovalOperations RemovalOperations::real()
 {
-    return {.remove = [](const FileUrl& url,
-                         bool permanently) { return FileRemover::remove(std::span{&url, 1}, permanently); },
-            .restore = [](const FileRemover::TrashedItem& item) {
-                return FileRemover::restore(std::span{&item, 1});
-            }};
+    return {.remove =
+                [](const FileUrl& url, bool permanently) {
+                    return FileRemover::remove(std::span{&url, 1}, permanently);
+                },
+            .restore =
+                [](const FileRemover::TrashedItem& item) {
+                    return FileRemover::restore(std::span{&item, 1});
+                }};
 }
 
 DeletionRunner::DeletionRunner(RemovalOperations operations) : m_operations(std::move(operations)) {}
@@ -64,9 +67,8 @@ bool DeletionRunner::start(std::size_t count, bool isRestoring, Listener listene
     const QPointer<QObject> context = listener.context;
     m_batch.emplace(std::move(listener), context, RemovalProgress{0, count, isRestoring});
     m_completed = 0;
-    m_worker = std::jthread{[this, count, step = std::move(step)](const std::stop_token& stop) {
-        run(stop, count, step);
-    }};
+    m_worker = std::jthread{
+        [this, count, step = std::move(step)](const std::stop_token& stop) { run(stop, count, step); }};
     Q_EMIT isRunningChanged();
     return true;
 }

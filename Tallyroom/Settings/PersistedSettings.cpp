@@ -27,7 +27,8 @@ std::optional<std::int64_t> truncatedNumber(const QString& key)
     static constexpr double limit = 9.2e18;
     bool isNumber = false;
     const double value = text(key).value_or(QString{}).toDouble(&isNumber);
-    return isNumber && std::abs(value) < limit ? std::optional{static_cast<std::int64_t>(value)} : std::nullopt;
+    return isNumber && std::abs(value) < limit ? std::optional{static_cast<std::int64_t>(value)}
+                                               : std::nullopt;
 }
 
 std::optional<QString> text(const QString& key)

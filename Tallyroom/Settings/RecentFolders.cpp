@@ -2,8 +2,7 @@
 
 #include "Bridge/Observable.h"
 #include "Settings/PersistedSettings.h"
-
-#include <QStringDecoder>
+#include "Text/Utf8.h"
 
 #include <algorithm>
 
@@ -16,9 +15,7 @@ const QString escapedPrefix = QStringLiteral("file://");
 /// The path as it is; one that is not UTF-8 as a file: URL, the only other thing that a text can stand for.
 QString storedText(const FileUrl& url)
 {
-    QStringDecoder decode{QStringDecoder::Utf8, QStringDecoder::Flag::Stateless};
-    QString path = decode(QByteArrayView{url.path()});
-    return decode.hasError() ? QString::fromStdString(url.percentEncoded()) : path;
+    return QString::fromStdString(Utf8::isValid(url.path()) ? url.path() : url.percentEncoded());
 }
 
 FileUrl fromStoredText(const QString& text)
