@@ -2,6 +2,7 @@
 
 #include "Bridge/FileUrlText.h"
 #include "Settings/RecentFolders.h"
+#include "Text/SizeFormatter.h"
 
 #include <algorithm>
 #include <iterator>
@@ -15,17 +16,25 @@ ListToolViewModel::ListToolViewModel(FilterSubject filterSubject, ScanBeginning 
     : m_filterSubject(filterSubject), m_beginning(beginning), m_deletions(deletions)
 {}
 
-EntryList ListToolViewModel::filteredEntries() const
+std::function<bool(const Entry&)> ListToolViewModel::filter() const
 {
     if (m_searchText.isEmpty()) {
+        return {};
+    }
+    return [text = TextFilter{m_searchText}, subject = m_filterSubject](const Entry& entry) {
+        return text.matches(subject == FilterSubject::name ? entry.name : entry.url.path());
+    };
+}
+
+EntryList ListToolViewModel::filteredEntries() const
+{
+    const auto isShown = filter();
+    if (!isShown) {
         return m_entries;
     }
-    const TextFilter filter{m_searchText};
-    std::vector<Entry> matching;
-    std::ranges::copy_if(m_entries, std::back_inserter(matching), [&](const Entry& entry) {
-        return filter.matches(m_filterSubject == FilterSubject::name ? entry.name : entry.url.path());
-    });
-    return EntryList{std::move(matching)};
+    std::vector<Entry> shown;
+    std::ranges::copy_if(m_entries, std::back_inserter(shown), isShown);
+    return EntryList{std::move(shown)};
 }
 
 std::int64_t ListToolViewModel::totalSize() const
@@ -40,6 +49,12 @@ std::int64_t ListToolViewModel::totalSize() const
 double ListToolViewModel::scanFraction() const
 {
     return m_scanTotal < 1 ? 0.0 : static_cast<double>(m_scanCompleted) / static_cast<double>(m_scanTotal);
+}
+
+QString ListToolViewModel::scanReport() const
+{
+    return QStringLiteral("%1 élément(s) · %2")
+        .arg(QString::number(m_entries.size()), QString::fromStdString(SizeFormatter::string(totalSize())));
 }
 
 void ListToolViewModel::setSearchText(const QString& text)
@@ -119,7 +134,7 @@ void ListToolViewModel::endScan()
 
 void ListToolViewModel::cancelScan()
 {
-    if (m_state == ToolState::scanning()) {
+    if (isScanning()) {
         endScan();
     }
 }

@@ -6,11 +6,11 @@
 #include "Deletion/DeletionRunner.h"
 #include "Deletion/DeletionSupport.h"
 #include "Scanning/FileScanner.h"
+#include "Tools/FolderTool.h"
 #include "Tools/ToolState.h"
 
-#include <QObject>
-
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -18,7 +18,7 @@ namespace tallyroom {
 
 /// What all tools that list entries have in common: the choice of a folder, the scan and its progress, the
 /// filter, deletion and undo. A tool adds `startScan` and what only it knows. Main thread.
-class ListToolViewModel : public QObject {
+class ListToolViewModel : public FolderTool {
     Q_OBJECT
     Q_PROPERTY(tallyroom::ToolState state READ state NOTIFY stateChanged)
     Q_PROPERTY(tallyroom::EntryList entries READ entries NOTIFY entriesChanged)
@@ -61,7 +61,9 @@ public:
 
     [[nodiscard]] const QString& searchText() const { return m_searchText; }
 
-    [[nodiscard]] FilterSubject filterSubject() const { return m_filterSubject; }
+    /// Whether an entry contains the search text; empty while there is none. A copy of what it needs: it may
+    /// be called on any thread.
+    [[nodiscard]] std::function<bool(const Entry&)> filter() const;
 
     /// `entries` that contain the search text, in the same order. Linear in the list.
     [[nodiscard]] EntryList filteredEntries() const;
@@ -77,8 +79,11 @@ public:
 
     void setSearchText(const QString& text);
 
-    /// Takes the outcome of a folder chooser: opens its first folder or shows why there is none.
-    void handleImport(const FolderChoice& choice);
+    void handleImport(const FolderChoice& choice) override;
+
+    [[nodiscard]] bool isScanning() const override { return m_state.phase == ToolState::Phase::scanning; }
+
+    [[nodiscard]] QString scanReport() const override;
 
     /// Makes `root` the tool's folder and scans it. By value: the recent folders change under way.
     void open(FileUrl root);
@@ -102,7 +107,6 @@ public:
     void dismissError();
 
 Q_SIGNALS:
-    void stateChanged();
     void entriesChanged();
     void rootURLChanged();
     void scanCompletedChanged();
