@@ -6,7 +6,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPainter>
 #include <QPushButton>
 
 #include <chrono>
@@ -30,6 +29,7 @@ StatusBanner::StatusBanner(QWidget* parent)
     : QWidget(parent), m_symbol(new QLabel), m_spinner(new Spinner(Theme::iconSize)), m_text(new QLabel),
       m_undo(new QPushButton(QStringLiteral("Annuler la suppression"))), m_close(new QPushButton)
 {
+    Theme::dress(this, Theme::Surface::banner);
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
     Theme::dress(m_undo, Theme::Button::plain);
@@ -47,24 +47,24 @@ StatusBanner::StatusBanner(QWidget* parent)
     row->addWidget(m_close);
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
-    connect(&m_patience, &QTimer::timeout, this, &StatusBanner::update);
+    connect(&m_patience, &QTimer::timeout, this, &StatusBanner::showContent);
     connect(m_undo, &QPushButton::clicked, this, &StatusBanner::undoRequested);
     connect(m_close, &QPushButton::clicked, this, &StatusBanner::dismissed);
     connect(&Theme::shared(), &Theme::changed, this, &StatusBanner::showSymbol);
     showSymbol();
-    update();
+    showContent();
 }
 
 void StatusBanner::showMessage(const std::optional<QString>& message)
 {
     m_message = message;
-    update();
+    showContent();
 }
 
 void StatusBanner::showUndo(bool isOffered)
 {
     m_isUndoOffered = isOffered;
-    update();
+    showContent();
 }
 
 void StatusBanner::showRemoval(const std::optional<RemovalProgress>& progress)
@@ -75,10 +75,10 @@ void StatusBanner::showRemoval(const std::optional<RemovalProgress>& progress)
         m_patience.stop();
     }
     m_progress = progress;
-    update();
+    showContent();
 }
 
-void StatusBanner::update()
+void StatusBanner::showContent()
 {
     const bool isWorking = m_progress && !m_patience.isActive();
     m_symbol->setVisible(!isWorking);
@@ -97,17 +97,6 @@ void StatusBanner::showSymbol()
     QPalette palette = m_text->palette();
     palette.setColor(QPalette::WindowText, colour);
     m_text->setPalette(palette);
-    QWidget::update();
-}
-
-void StatusBanner::paintEvent(QPaintEvent* /*event*/)
-{
-    const Theme& theme = Theme::shared();
-    QPainter painter{this};
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(theme.wash(theme.colour(Theme::Colour::done), Theme::washOpacity));
-    painter.drawRoundedRect(rect(), Theme::controlRadius, Theme::controlRadius);
 }
 
 } // namespace tallyroom

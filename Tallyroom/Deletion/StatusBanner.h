@@ -31,11 +31,8 @@ Q_SIGNALS:
     void undoRequested();
     void dismissed();
 
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
 private:
-    void update();
+    void showContent();
     void showSymbol();
 
     std::optional<QString> m_message;

@@ -17,7 +17,6 @@
 #include <QStackedWidget>
 
 #include <algorithm>
-#include <chrono>
 
 namespace tallyroom {
 
@@ -25,7 +24,7 @@ namespace {
 
 constexpr QSize smallestSize{700, 450};
 constexpr QSize defaultSize{900, 600};
-constexpr std::chrono::seconds longScan{10};
+constexpr qint64 longScan = 10'000; // milliseconds
 const QString geometryKey = QStringLiteral("window.geometry");
 
 std::optional<FileUrl> droppedFolder(const QMimeData* dropped)
@@ -57,15 +56,10 @@ void ContentView::makeLayout()
     m_placeholder->setText(QStringLiteral("Aucun outil sélectionné"),
                            QStringLiteral("Choisissez un outil dans la barre latérale."));
     m_detail->addWidget(m_placeholder);
-    auto* const line = new QWidget;
-    line->setFixedWidth(1);
-    line->setAutoFillBackground(true);
-    line->setBackgroundRole(QPalette::Mid);
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins({});
     row->setSpacing(0);
     row->addWidget(m_sidebar);
-    row->addWidget(line);
     row->addWidget(m_detail, 1);
 }
 
@@ -124,7 +118,7 @@ void ContentView::watch(const ToolDescriptor& descriptor)
         if (tool.isScanning() && since == m_scansSince.end()) {
             m_scansSince[&descriptor].start();
         } else if (!tool.isScanning() && since != m_scansSince.end()) {
-            if (since->second.durationElapsed() > longScan && !isActiveWindow()) {
+            if (since->second.hasExpired(longScan) && !isActiveWindow()) {
                 Desktop::notify(descriptor.name + QStringLiteral(" : analyse terminée"), tool.scanReport());
             }
             m_scansSince.erase(since);

@@ -15,8 +15,8 @@ namespace tallyroom {
 class MessagePage;
 class Sidebar;
 
-/// The window: the tools on the left, the selected one's screen beside them. Remembers its size, takes dropped
-/// folders, and tells of long scans that end while nobody looks. Main thread.
+/// The window: the tools on the left, the selected one's screen beside them. Remembers its size, takes
+/// dropped folders, and tells of long scans that end while nobody looks. Main thread.
 class ContentView : public QWidget {
     Q_OBJECT
 

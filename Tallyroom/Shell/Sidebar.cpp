@@ -31,8 +31,7 @@ public:
         return {0, Theme::rowHeight + rowGap};
     }
 
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
         const Theme& theme = Theme::shared();
         const bool isSelected = option.state.testFlag(QStyle::State_Selected);
@@ -68,12 +67,8 @@ Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
     setFixedWidth(Theme::sidebarWidth);
     Theme::dress(this, Theme::Surface::side);
     auto* const title = new QLabel(QStringLiteral("Outils"));
-    Theme::dress(title, Theme::Text::secondary);
-    QFont font = Theme::shared().small();
-    font.setWeight(QFont::DemiBold);
-    title->setFont(font);
-    title->setContentsMargins(Theme::gap, 0, 0, 0);
-    title->setIndent(inset);
+    Theme::dress(title, Theme::Text::section);
+    title->setIndent(inset + Theme::gap);
 
     m_list->setAccessibleName(title->text());
     m_list->setFrameShape(QFrame::NoFrame);
@@ -81,7 +76,7 @@ Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
     m_list->setMouseTracking(true);
     m_list->setUniformItemSizes(true);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->viewport()->setAutoFillBackground(false);
+    Theme::dress(m_list, Theme::Surface::side);
     for (const ToolDescriptor& tool : tools) {
         auto* const item = new QListWidgetItem(tool.name, m_list);
         item->setData(idRole, tool.id);
@@ -98,7 +93,7 @@ Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
         m_list->setItemWidget(item, overlay);
     }
     auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, Theme::gap * 2, 0, Theme::gap);
+    column->setContentsMargins(0, Theme::gap * 2, 1, Theme::gap);
     column->setSpacing(Theme::gap + Theme::gap / 4);
     column->addWidget(title);
     column->addWidget(m_list, 1);
@@ -108,6 +103,12 @@ Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
         Q_EMIT selected(items.isEmpty() ? QString{} : items.first()->data(idRole).toString());
     });
     connect(&Theme::shared(), &Theme::changed, m_list->viewport(), qOverload<>(&QWidget::update));
+}
+
+void Sidebar::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter{this};
+    painter.fillRect(width() - 1, 0, 1, height(), Theme::shared().colour(Theme::Colour::line));
 }
 
 void Sidebar::showSelected(const QString& id)

@@ -27,6 +27,9 @@ Q_SIGNALS:
     /// The user chose a tool, or none ("").
     void selected(const QString& id);
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     [[nodiscard]] int rowOf(const QString& id) const;
 

@@ -21,8 +21,8 @@ ToolDescriptor describe(const QString& id, const QString& name, std::string icon
 const std::vector<ToolDescriptor>& ToolRegistry::all()
 {
     static const std::vector<ToolDescriptor> tools{
-        describe<DiskUsageView, &SessionStore::diskUsage>(
-            QStringLiteral("disk-usage"), QStringLiteral("Espace disque"), "internaldrive"),
+        describe<DiskUsageView, &SessionStore::diskUsage>(QStringLiteral("disk-usage"),
+                                                          QStringLiteral("Espace disque"), "internaldrive"),
     };
     return tools;
 }

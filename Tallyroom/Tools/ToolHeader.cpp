@@ -36,7 +36,7 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     m_refresh->setAccessibleName(QStringLiteral("Rafraîchir"));
     m_refresh->setToolTip(QStringLiteral("Recalculer les tailles (ignore le cache)"));
     Theme::dress(m_stop, Theme::Button::plain);
-    m_stop->setIcon(SymbolIcon::icon("stop"));
+    m_stop->setIcon(SymbolIcon::icon("stop.fill"));
     Theme::dress(m_summary, Theme::Text::secondary);
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     m_summary->setTextFormat(Qt::PlainText);
@@ -93,8 +93,8 @@ void ToolHeader::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     const QMargins margins = layout()->contentsMargins();
-    const int needed = margins.left() + leadingWidth + Theme::gap + m_controls->minimumSize().width() +
-                       margins.right();
+    const int needed =
+        margins.left() + leadingWidth + Theme::gap + m_controls->minimumSize().width() + margins.right();
     const bool isNarrow = event->size().width() < needed;
     m_row->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
     m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : searchWidth);

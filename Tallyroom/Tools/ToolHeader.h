@@ -14,7 +14,8 @@ class ExportButton;
 class SearchField;
 
 /// The top of a tool's screen: where one is, the filter, the tool's own options, "Rafraîchir" or "Arrêter",
-/// "Exporter", and a line that sums up the list. Breaks into two rows where the window is narrow. Main thread.
+/// "Exporter", and a line that sums up the list. Breaks into two rows where the window is narrow. Main
+/// thread.
 class ToolHeader : public QWidget {
     Q_OBJECT
 

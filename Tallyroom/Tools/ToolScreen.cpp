@@ -146,10 +146,10 @@ void ToolScreen::connectWidgets()
     connect(m_table, &EntryTable::selectionChanged, this, [this] { setSelection(m_table->selection()); });
     connect(m_table, &EntryTable::rowsChanged, this, &ToolScreen::showPage);
     connect(m_table, &EntryTable::activated, this, [this](const Entry& entry) { activate(entry); });
-    connect(m_table, &EntryTable::deleteRequested, this, [this](const Entry& entry) {
-        askDeletion({entry}, DeleteConfirmation::Default::trash);
-    });
-    connect(m_table, &EntryTable::revealRequested, this, [](const Entry& entry) { Desktop::reveal(entry.url); });
+    connect(m_table, &EntryTable::deleteRequested, this,
+            [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });
+    connect(m_table, &EntryTable::revealRequested, this,
+            [](const Entry& entry) { Desktop::reveal(entry.url); });
     connect(m_table, &EntryTable::copyPathRequested, this, [](const Entry& entry) { copyPaths({entry}); });
     connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ListToolViewModel::undoDeletion);
     connect(m_banner, &StatusBanner::dismissed, &m_tool, &ListToolViewModel::dismissStatus);
@@ -194,20 +194,22 @@ void ToolScreen::showState()
     } else {
         m_patience.stop();
     }
-    if (state.phase == ToolState::Phase::loaded) {
-        // What is no longer there is no longer checked.
-        const EntryList& entries = m_tool.entries();
-        UrlSet present;
-        std::ranges::for_each(entries, [&](const Entry& entry) {
-            if (m_selection.contains(entry.url)) {
-                present.insert(entry.url);
-            }
-        });
-        setSelection(std::move(present));
-    }
+    dropVanishedChecks();
     m_error->setText(QStringLiteral("Ce dossier n’a pas pu être ouvert"), state.message);
     showPage();
     showProgress();
+}
+
+/// What is no longer listed is no longer checked; while a scan fills the list nothing is known to be gone.
+void ToolScreen::dropVanishedChecks()
+{
+    if (m_selection.empty() || m_tool.isScanning()) {
+        return;
+    }
+    UrlSet present;
+    std::ranges::for_each(deletionTargets(m_tool.entries(), m_selection),
+                          [&present](const Entry& entry) { present.insert(entry.url); });
+    setSelection(std::move(present));
 }
 
 QWidget* ToolScreen::currentPage() const
@@ -272,6 +274,7 @@ void ToolScreen::showEntries()
 {
     m_table->setEntries(m_tool.entries());
     m_header->showEntryCount(m_tool.entries().size());
+    dropVanishedChecks();
     showPage();
     showSelection();
 }

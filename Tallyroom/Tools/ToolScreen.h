@@ -34,9 +34,9 @@ struct ToolScreenStyle {
     EntryTableStyle table;
 };
 
-/// The frame that all list tools share: header, list, progress, banner, selection bar, and the pages that stand
-/// in for the list; the keys too. A tool's screen adds its options and overrides what it says differently.
-/// Holds what the user has checked and what is to be confirmed, nothing else. Main thread.
+/// The frame that all list tools share: header, list, progress, banner, selection bar, and the pages that
+/// stand in for the list; the keys too. A tool's screen adds its options and overrides what it says
+/// differently. Holds what the user has checked and what is to be confirmed, nothing else. Main thread.
 class ToolScreen : public QWidget {
     Q_OBJECT
 
@@ -114,6 +114,7 @@ private:
     void showPage();
     void showProgress();
     void showRecents();
+    void dropVanishedChecks();
     [[nodiscard]] QWidget* currentPage() const;
     [[nodiscard]] bool hasList() const;
     [[nodiscard]] bool hidesEverything() const;

@@ -4,8 +4,8 @@
 
 namespace tallyroom {
 
-/// "node_modules · ~/Projets": a tool's name and its folder, the folder cut short in the middle where the room
-/// is small. Main thread.
+/// "node_modules · ~/Projets": a tool's name and its folder, the folder cut short in the middle where the
+/// room is small. Main thread.
 class ToolTitle : public QWidget {
     Q_OBJECT
 

@@ -4,12 +4,11 @@
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
 
+#include <QAbstractButton>
 #include <QMenu>
 #include <QPainter>
-#include <QPushButton>
 
 #include <algorithm>
-#include <numeric>
 
 namespace tallyroom {
 
@@ -18,28 +17,61 @@ namespace {
 constexpr int chevronWidth = Theme::gap * 2;
 constexpr int smallestStep = Theme::gap * 5;
 
-int widthOf(const QPushButton* step)
-{
-    return step->fontMetrics().horizontalAdvance(step->text()) + Theme::gap;
-}
+/// One step: its name, quiet until the mouse is over it, semibold where one is.
+class BreadcrumbStep : public QAbstractButton {
+public:
+    BreadcrumbStep(const QString& name, bool isCurrent, QWidget* parent)
+        : QAbstractButton(parent), m_isCurrent(isCurrent)
+    {
+        setText(name);
+        setAccessibleName(name);
+        setFocusPolicy(isCurrent ? Qt::NoFocus : Qt::TabFocus);
+        setAttribute(Qt::WA_Hover);
+    }
 
-/// The text of a button takes "&" for a mark of its own.
-QString buttonText(const std::string& name)
-{
-    return FileUrlText::display(name).replace(QLatin1Char{'&'}, QStringLiteral("&&"));
-}
+    [[nodiscard]] QSize sizeHint() const override
+    {
+        return {QFontMetrics{stepFont()}.horizontalAdvance(text()) + Theme::gap, Theme::controlHeight};
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        const Theme& theme = Theme::shared();
+        QPainter painter{this};
+        painter.setRenderHint(QPainter::Antialiasing);
+        if (hasFocus()) {
+            painter.setPen(theme.colour(Theme::Colour::accent));
+            painter.drawRoundedRect(QRectF{rect()}.adjusted(0.5, 3.5, -0.5, -3.5), Theme::badgeRadius,
+                                    Theme::badgeRadius);
+        }
+        const bool isQuiet = !m_isCurrent && !underMouse() && !isDown();
+        painter.setPen(theme.colour(isQuiet ? Theme::Colour::secondary : Theme::Colour::text));
+        painter.setFont(stepFont());
+        const QRect room = rect().adjusted(Theme::gap / 2, 0, -Theme::gap / 2, 0);
+        painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter,
+                         painter.fontMetrics().elidedText(text(), Qt::ElideMiddle, room.width()));
+    }
+
+private:
+    [[nodiscard]] QFont stepFont() const
+    {
+        return m_isCurrent ? Theme::shared().title() : Theme::shared().body();
+    }
+
+    bool m_isCurrent;
+};
 
 } // namespace
 
-Breadcrumb::Breadcrumb(QWidget* parent) : QWidget(parent), m_hiddenSteps(new QPushButton(this))
+Breadcrumb::Breadcrumb(QWidget* parent)
+    : QWidget(parent), m_hiddenSteps(new BreadcrumbStep(QStringLiteral("…"), false, this))
 {
     setAccessibleName(QStringLiteral("Chemin"));
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    m_hiddenSteps->setText(QStringLiteral("…"));
     m_hiddenSteps->setAccessibleName(QStringLiteral("Dossiers intermédiaires"));
-    Theme::dress(m_hiddenSteps, Theme::Button::quiet);
     auto* const menu = new QMenu(m_hiddenSteps);
-    connect(m_hiddenSteps, &QPushButton::clicked, menu, [this, menu] {
+    connect(m_hiddenSteps, &QAbstractButton::clicked, menu, [this, menu] {
         fillMenu();
         menu->popup(m_hiddenSteps->mapToGlobal(QPoint{0, m_hiddenSteps->height()}));
     });
@@ -52,7 +84,7 @@ Breadcrumb::Breadcrumb(QWidget* parent) : QWidget(parent), m_hiddenSteps(new QPu
 void Breadcrumb::setItems(std::vector<BreadcrumbItem> items)
 {
     // The button that was pressed is among these: it must live until its click is over.
-    std::ranges::for_each(m_steps, [](QPushButton* step) {
+    std::ranges::for_each(m_steps, [](QAbstractButton* step) {
         step->hide();
         step->deleteLater();
     });
@@ -60,12 +92,9 @@ void Breadcrumb::setItems(std::vector<BreadcrumbItem> items)
     m_items = std::move(items);
     for (std::size_t index = 0; index < m_items.size(); ++index) {
         const bool isCurrent = index + 1 == m_items.size();
-        auto* const step = new QPushButton(buttonText(m_items[index].name), this);
+        auto* const step = new BreadcrumbStep(FileUrlText::display(m_items[index].name), isCurrent, this);
         step->setToolTip(FileUrlText::display(m_items[index].url));
-        Theme::dress(step, Theme::Button::quiet);
-        step->setFont(isCurrent ? Theme::shared().title() : Theme::shared().body());
-        step->setFocusPolicy(isCurrent ? Qt::NoFocus : Qt::TabFocus);
-        connect(step, &QPushButton::clicked, this,
+        connect(step, &QAbstractButton::clicked, this,
                 [this, url = m_items[index].url] { Q_EMIT selected(url); });
         m_steps.push_back(step);
     }
@@ -75,7 +104,10 @@ void Breadcrumb::setItems(std::vector<BreadcrumbItem> items)
 
 QSize Breadcrumb::sizeHint() const
 {
-    const int steps = std::transform_reduce(m_steps.begin(), m_steps.end(), 0, std::plus{}, widthOf);
+    int steps = 0;
+    for (const QAbstractButton* const step : m_steps) {
+        steps += step->sizeHint().width();
+    }
     return {steps + chevronWidth * static_cast<int>(m_steps.size()), Theme::controlHeight};
 }
 
@@ -91,9 +123,9 @@ int Breadcrumb::firstVisible() const
     int first = 1;
     const int last = static_cast<int>(m_steps.size()) - 1;
     while (needed > width() && first < last) {
-        needed -= widthOf(m_steps[static_cast<std::size_t>(first)]) + chevronWidth;
+        needed -= m_steps[static_cast<std::size_t>(first)]->sizeHint().width() + chevronWidth;
         if (first == 1) {
-            needed += widthOf(m_hiddenSteps) + chevronWidth;
+            needed += m_hiddenSteps->sizeHint().width() + chevronWidth;
         }
         ++first;
     }
@@ -107,9 +139,9 @@ void Breadcrumb::arrange()
     m_chevrons.clear();
     m_hiddenSteps->setVisible(first > 1);
     int x = 0;
-    const auto place = [&](QPushButton* step, bool isLast) {
+    const auto place = [&](QAbstractButton* step, bool isLast) {
         const int room = std::max(width() - x, 0);
-        const int stepWidth = isLast ? std::min(widthOf(step), room) : widthOf(step);
+        const int stepWidth = isLast ? std::min(step->sizeHint().width(), room) : step->sizeHint().width();
         step->setGeometry(x, 0, stepWidth, height());
         x += stepWidth;
         if (!isLast) {
@@ -118,7 +150,7 @@ void Breadcrumb::arrange()
         }
     };
     for (int index = 0; index < count; ++index) {
-        QPushButton* const step = m_steps[static_cast<std::size_t>(index)];
+        QAbstractButton* const step = m_steps[static_cast<std::size_t>(index)];
         const bool isHidden = index >= 1 && index < first;
         step->setVisible(!isHidden);
         if (isHidden) {
@@ -137,7 +169,9 @@ void Breadcrumb::fillMenu()
     auto* const menu = m_hiddenSteps->findChild<QMenu*>();
     menu->clear();
     for (int index = 1; index < firstVisible(); ++index) {
-        menu->addAction(buttonText(m_items[static_cast<std::size_t>(index)].name))->setData(index);
+        // A menu takes "&" for a mark of its own.
+        QString name = FileUrlText::display(m_items[static_cast<std::size_t>(index)].name);
+        menu->addAction(name.replace(QLatin1Char{'&'}, QStringLiteral("&&")))->setData(index);
     }
 }
 

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-class QPushButton;
+class QAbstractButton;
 
 namespace tallyroom {
 
@@ -36,8 +36,8 @@ private:
     [[nodiscard]] int firstVisible() const;
 
     std::vector<BreadcrumbItem> m_items;
-    std::vector<QPushButton*> m_steps; // one an item
-    QPushButton* m_hiddenSteps;        // "…", with a menu of those that have no room
+    std::vector<QAbstractButton*> m_steps; // one an item
+    QAbstractButton* m_hiddenSteps;        // "…", with a menu of those that have no room
     std::vector<QRect> m_chevrons;
 };
 

@@ -5,6 +5,7 @@
 #include "Components/SymbolIcon.h"
 #include "Settings/PersistedSettings.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
+#include "Tools/DiskUsage/ListChoice.h"
 #include "Tools/DiskUsage/TreemapView.h"
 #include "Tools/ToolHeader.h"
 
@@ -13,6 +14,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 namespace tallyroom {
 
@@ -20,27 +22,31 @@ namespace {
 
 const QString treemapKey = QStringLiteral("diskUsage.treemap");
 
-ToolScreenStyle style()
+ToolScreenStyle screenStyle()
 {
-    const QString title = QStringLiteral("Espace disque");
-    return {.title = title,
-            .searchPlaceholder = QStringLiteral("Filtrer par nom"),
-            .welcome = {.icon = "internaldrive",
-                        .title = title,
-                        .message = QStringLiteral("Choisissez un dossier : Tallyroom mesure ce qu’il contient, "
-                                                  "niveau par niveau, du plus lourd au plus léger."),
-                        .hint = QStringLiteral("Rien n’est modifié pendant l’analyse."),
-                        .actionTitle = QStringLiteral("Choisir un dossier…"),
-                        .accent = {}},
-            .emptyMessage = QStringLiteral("Ce dossier est vide."),
-            .table = {.firstColumnTitle = QStringLiteral("Nom"), .showsChevronForDirectories = true}};
+    ToolScreenStyle style;
+    style.title = QStringLiteral("Espace disque");
+    style.searchPlaceholder = QStringLiteral("Filtrer par nom");
+    style.emptyMessage = QStringLiteral("Ce dossier est vide.");
+    style.welcome.icon = "internaldrive";
+    style.welcome.title = style.title;
+    style.welcome.message =
+        QStringLiteral("Choisissez un dossier : Tallyroom mesure ce qu’il contient, niveau "
+                       "par niveau, du plus lourd au plus léger.");
+    style.welcome.hint = QStringLiteral("Rien n’est modifié pendant l’analyse.");
+    style.welcome.actionTitle = QStringLiteral("Choisir un dossier…");
+    style.table.firstColumnTitle = QStringLiteral("Nom");
+    style.table.showsChevronForDirectories = true;
+    return style;
 }
 
 } // namespace
 
 DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* parent)
-    : ToolScreen(navigator, style(), parent), m_navigator(navigator), m_back(new QPushButton),
-      m_breadcrumb(new Breadcrumb), m_tableButton(new QPushButton), m_treemapButton(new QPushButton),
+    : ToolScreen(navigator, screenStyle(), parent), m_navigator(navigator), m_back(new QPushButton),
+      m_breadcrumb(new Breadcrumb),
+      m_tableButton(new ListChoice(ListChoice::Half::left, "list.bullet", QStringLiteral("Tableau"))),
+      m_treemapButton(new ListChoice(ListChoice::Half::right, "square.grid.2x2", QStringLiteral("Treemap"))),
       m_treemap(new TreemapView)
 {
     header().setLeading(makeWayBack());
@@ -86,17 +92,11 @@ QWidget* DiskUsageView::makeListChoice()
     row->setContentsMargins({});
     row->setSpacing(0);
     auto* const group = new QButtonGroup(choice);
-    const auto add = [&](QPushButton* button, std::string_view symbol, const QString& name) {
-        button->setIcon(SymbolIcon::icon(symbol));
-        button->setCheckable(true);
-        button->setAccessibleName(name);
+    for (QAbstractButton* const button : {m_tableButton, m_treemapButton}) {
         button->setToolTip(QStringLiteral("Basculer entre tableau et treemap"));
-        Theme::dress(button, Theme::Button::icon);
         group->addButton(button);
         row->addWidget(button);
-    };
-    add(m_tableButton, "list.bullet", QStringLiteral("Tableau"));
-    add(m_treemapButton, "square.grid.2x2", QStringLiteral("Treemap"));
+    }
     connect(group, &QButtonGroup::buttonToggled, this, [this] {
         if (m_treemapButton->isChecked() != m_isTreemapShown) {
             showTreemap(m_treemapButton->isChecked());

@@ -5,6 +5,7 @@
 
 #include <optional>
 
+class QAbstractButton;
 class QPushButton;
 
 namespace tallyroom {
@@ -46,8 +47,8 @@ private:
     FolderNavigatorViewModel& m_navigator;
     QPushButton* m_back;
     Breadcrumb* m_breadcrumb;
-    QPushButton* m_tableButton;
-    QPushButton* m_treemapButton;
+    QAbstractButton* m_tableButton;
+    QAbstractButton* m_treemapButton;
     TreemapView* m_treemap;
     bool m_isTreemapShown = false;
     std::optional<FileUrl> m_shownFolder;
