@@ -93,10 +93,11 @@ void ToolHeader::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     const QMargins margins = layout()->contentsMargins();
-    const int needed =
-        margins.left() + leadingWidth + Theme::gap + m_controls->minimumSize().width() + margins.right();
+    const int others = m_controls->minimumSize().width() - m_search->minimumWidth();
+    const int needed = margins.left() + leadingWidth + Theme::gap + searchWidth + others + margins.right();
     const bool isNarrow = event->size().width() < needed;
     m_row->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    m_search->setMinimumWidth(isNarrow ? smallestSearchWidth : searchWidth);
     m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : searchWidth);
 }
 

@@ -31,7 +31,9 @@ public:
 
     [[nodiscard]] QSize sizeHint() const override
     {
-        return {QFontMetrics{stepFont()}.horizontalAdvance(text()) + Theme::gap, Theme::controlHeight};
+        // A little more than the letters take, so that rounding cuts no name short.
+        return {QFontMetrics{stepFont()}.horizontalAdvance(text()) + Theme::gap + Theme::gap / 4,
+                Theme::controlHeight};
     }
 
 protected:
