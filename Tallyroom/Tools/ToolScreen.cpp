@@ -3,24 +3,20 @@
 #include "Bridge/FileUrlText.h"
 #include "Components/EntryTable.h"
 #include "Components/ScanProgressBar.h"
-#include "Components/ScanningView.h"
 #include "Components/SearchField.h"
 #include "Components/SelectionBar.h"
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
-#include "Settings/RecentFolders.h"
 #include "Text/SizeFormatter.h"
 #include "Tools/ExportFlow.h"
-#include "Tools/MessagePage.h"
 #include "Tools/ToolHeader.h"
+#include "Tools/ToolPages.h"
 #include "Tools/ToolTitle.h"
 
 #include <QAction>
 #include <QClipboard>
 #include <QEvent>
 #include <QGuiApplication>
-#include <QPushButton>
-#include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -43,16 +39,14 @@ QString counted(std::size_t count, const QString& one)
 ToolScreen::ToolScreen(ListToolViewModel& tool, ToolScreenStyle style, QWidget* parent)
     : QWidget(parent), m_tool(tool), m_style(std::move(style)),
       m_header(new ToolHeader(m_style.searchPlaceholder)), m_title(new ToolTitle(m_style.title)),
-      m_pages(new QStackedWidget), m_welcome(new ToolWelcome(m_style.welcome)),
-      m_scanning(new ScanningView(QStringLiteral("Analyse en cours…"))), m_lists(new QStackedWidget),
-      m_table(new EntryTable(m_style.table)), m_empty(new MessagePage("folder")),
-      m_noMatch(new MessagePage("magnifyingglass")), m_error(new MessagePage("exclamationmark.triangle")),
-      m_progress(new ScanProgressBar), m_footer(new QWidget), m_banner(new StatusBanner),
-      m_selectionBar(new SelectionBar)
+      m_pages(new ToolPages(tool, m_style.welcome, m_style.emptyMessage)),
+      m_table(new EntryTable(m_style.table)), m_progress(new ScanProgressBar), m_footer(new QWidget),
+      m_banner(new StatusBanner), m_selectionBar(new SelectionBar)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
-    makePages();
+    m_table->setDeletionEnabled(true);
+    m_pages->addList(m_table);
     makeLayout();
     connectTool();
     connectWidgets();
@@ -71,29 +65,12 @@ bool ToolScreen::event(QEvent* event)
 void ToolScreen::showEverything()
 {
     startOver();
-    showRecents();
     showFilter();
     showEntries();
     showState();
     m_banner->showMessage(m_tool.statusMessage());
     m_banner->showUndo(m_tool.undoable().has_value());
     m_banner->showRemoval(m_tool.removal());
-}
-
-void ToolScreen::makePages()
-{
-    m_table->setDeletionEnabled(true);
-    m_lists->addWidget(m_table);
-    m_empty->setText({}, m_style.emptyMessage);
-    m_noMatch->setText({}, QStringLiteral("Aucun élément ne correspond au filtre."));
-    const auto* const clear = m_noMatch->addAction(QStringLiteral("Effacer le filtre"));
-    connect(clear, &QPushButton::clicked, this, [this] { m_tool.setSearchText({}); });
-    const auto* const choose = m_error->addAction(QStringLiteral("Choisir un dossier…"));
-    connect(choose, &QPushButton::clicked, this, &ToolScreen::chooseFolder);
-    const auto* const back = m_error->addAction(QStringLiteral("Revenir"));
-    connect(back, &QPushButton::clicked, &m_tool, &ListToolViewModel::dismissError);
-    const std::initializer_list<QWidget*> pages{m_welcome, m_scanning, m_lists, m_empty, m_noMatch, m_error};
-    std::ranges::for_each(pages, [this](QWidget* page) { m_pages->addWidget(page); });
 }
 
 void ToolScreen::makeLayout()
@@ -128,21 +105,18 @@ void ToolScreen::connectTool()
             [this] { m_banner->showUndo(m_tool.undoable().has_value()); });
     connect(&m_tool, &ListToolViewModel::removalChanged, m_banner,
             [this] { m_banner->showRemoval(m_tool.removal()); });
-    connect(&RecentFolders::shared(), &RecentFolders::urlsChanged, this, &ToolScreen::showRecents);
     connect(&m_patience, &QTimer::timeout, this, &ToolScreen::showPage);
 }
 
 void ToolScreen::connectWidgets()
 {
-    connect(m_welcome, &ToolWelcome::actionRequested, this, &ToolScreen::chooseFolder);
-    connect(m_welcome, &ToolWelcome::recentRequested, &m_tool,
-            [this](const FileUrl& url) { m_tool.handleImport(Desktop::choiceOf(url)); });
+    connect(m_pages, &ToolPages::folderRequested, this, &ToolScreen::chooseFolder);
     connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
     connect(m_header, &ToolHeader::stopRequested, &m_tool, &ListToolViewModel::cancelScan);
     connect(m_header, &ToolHeader::exportRequested, this, &ToolScreen::exportEntries);
     connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ListToolViewModel::setSearchText);
-    connect(&m_header->searchField(), &SearchField::listRequested, m_lists,
-            [this] { m_lists->currentWidget()->setFocus(); });
+    connect(&m_header->searchField(), &SearchField::listRequested, m_pages,
+            [this] { m_pages->list()->setFocus(); });
     connect(m_table, &EntryTable::selectionChanged, this, [this] { setSelection(m_table->selection()); });
     connect(m_table, &EntryTable::rowsChanged, this, &ToolScreen::showPage);
     connect(m_table, &EntryTable::activated, this, [this](const Entry& entry) { activate(entry); });
@@ -188,14 +162,12 @@ void ToolScreen::addShortcuts()
 
 void ToolScreen::showState()
 {
-    const ToolState& state = m_tool.state();
-    if (state.phase == ToolState::Phase::scanning) {
+    if (m_tool.isScanning()) {
         m_patience.start();
     } else {
         m_patience.stop();
     }
     dropVanishedChecks();
-    m_error->setText(QStringLiteral("Ce dossier n’a pas pu être ouvert"), state.message);
     showPage();
     showProgress();
 }
@@ -212,32 +184,6 @@ void ToolScreen::dropVanishedChecks()
     setSelection(std::move(present));
 }
 
-QWidget* ToolScreen::currentPage() const
-{
-    switch (m_tool.state().phase) {
-    case ToolState::Phase::idle:
-        return m_welcome;
-    case ToolState::Phase::error:
-        return m_error;
-    case ToolState::Phase::scanning:
-        if (m_tool.entries().empty() && !m_patience.isActive()) {
-            return m_scanning;
-        }
-        return m_lists;
-    case ToolState::Phase::loaded:
-        if (m_tool.entries().empty()) {
-            return m_empty;
-        }
-        return hidesEverything() ? static_cast<QWidget*>(m_noMatch) : m_lists;
-    }
-    return m_welcome;
-}
-
-bool ToolScreen::hidesEverything() const
-{
-    return !m_tool.searchText().isEmpty() && m_table->visibleCount() == 0;
-}
-
 bool ToolScreen::hasList() const
 {
     const ToolState::Phase phase = m_tool.state().phase;
@@ -246,15 +192,11 @@ bool ToolScreen::hasList() const
 
 void ToolScreen::showPage()
 {
-    QWidget* const page = currentPage();
-    const bool wasElsewhere = m_pages->currentWidget() == m_welcome || m_pages->currentWidget() == m_error;
+    const bool hidesEverything = !m_tool.searchText().isEmpty() && m_table->visibleCount() == 0;
     m_header->setVisible(hasList());
     m_selectionBar->setVisible(hasList());
-    m_pages->setCurrentWidget(page);
-    if (wasElsewhere && hasList() && isVisible()) {
-        m_lists->currentWidget()->setFocus();
-    }
-    const bool isScanning = m_tool.state().phase == ToolState::Phase::scanning && !m_patience.isActive();
+    m_pages->showPage(m_patience.isActive(), hidesEverything);
+    const bool isScanning = m_tool.isScanning() && !m_patience.isActive();
     m_header->showScanning(isScanning);
     m_progress->setVisible(isScanning && m_tool.scanTotal() > 0);
 }
@@ -263,11 +205,6 @@ void ToolScreen::showProgress()
 {
     m_progress->setProgress(m_tool.scanFraction(), m_tool.scanCompleted(), m_tool.scanTotal());
     showPage();
-}
-
-void ToolScreen::showRecents()
-{
-    m_welcome->setRecents(RecentFolders::shared().urls());
 }
 
 void ToolScreen::showEntries()
@@ -337,16 +274,12 @@ void ToolScreen::startOver()
 
 void ToolScreen::showList(QWidget* list)
 {
-    const bool hadFocus = m_lists->currentWidget()->isAncestorOf(focusWidget());
-    m_lists->setCurrentWidget(list);
-    if (hadFocus) {
-        list->setFocus();
-    }
+    m_pages->showList(list);
 }
 
 void ToolScreen::addList(QWidget* list)
 {
-    m_lists->addWidget(list);
+    m_pages->addList(list);
 }
 
 void ToolScreen::chooseFolder()
@@ -419,7 +352,7 @@ void ToolScreen::copyPaths(const std::vector<Entry>& entries)
 
 void ToolScreen::stopOrClearFilter()
 {
-    if (m_tool.state().phase == ToolState::Phase::scanning) {
+    if (m_tool.isScanning()) {
         m_tool.cancelScan();
     } else {
         m_tool.setSearchText({});

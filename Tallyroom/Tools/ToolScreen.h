@@ -12,17 +12,14 @@
 
 #include <functional>
 
-class QStackedWidget;
-
 namespace tallyroom {
 
 class EntryTable;
-class MessagePage;
 class ScanProgressBar;
-class ScanningView;
 class SelectionBar;
 class StatusBanner;
 class ToolHeader;
+class ToolPages;
 class ToolTitle;
 
 /// What a list tool's screen says of itself.
@@ -104,7 +101,6 @@ protected:
 
 private:
     void makeLayout();
-    void makePages();
     void connectTool();
     void connectWidgets();
     void addShortcuts();
@@ -113,11 +109,8 @@ private:
     void showState();
     void showPage();
     void showProgress();
-    void showRecents();
     void dropVanishedChecks();
-    [[nodiscard]] QWidget* currentPage() const;
     [[nodiscard]] bool hasList() const;
-    [[nodiscard]] bool hidesEverything() const;
 
     void checkAllVisible();
     void askDeletionOfChecked(DeleteConfirmation::Default choice);
@@ -132,14 +125,8 @@ private:
 
     ToolHeader* m_header;
     QPointer<ToolTitle> m_title; // none where a tool has put something else into its place
-    QStackedWidget* m_pages;
-    ToolWelcome* m_welcome;
-    ScanningView* m_scanning;
-    QStackedWidget* m_lists;
+    ToolPages* m_pages;
     EntryTable* m_table;
-    MessagePage* m_empty;
-    MessagePage* m_noMatch;
-    MessagePage* m_error;
     ScanProgressBar* m_progress;
     QWidget* m_footer;
     StatusBanner* m_banner;

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <utility>
+
 namespace tallyroom {
 
 /// The phase of a tool. Two states are equal when the phase is, and for an error its message too.
