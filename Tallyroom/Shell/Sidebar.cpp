@@ -81,16 +81,9 @@ Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
         auto* const item = new QListWidgetItem(tool.name, m_list);
         item->setData(idRole, tool.id);
         item->setData(symbolRole, QString::fromStdString(tool.icon));
-        // The spinner lies on the row and leaves its clicks to it.
-        auto* const overlay = new QWidget;
-        overlay->setAttribute(Qt::WA_TransparentForMouseEvents);
-        auto* const row = new QHBoxLayout(overlay);
-        row->setContentsMargins(0, 0, 2 * inset, rowGap);
-        auto* const spinner = new Spinner(Theme::smallIconSize);
+        auto* const spinner = new Spinner(Theme::smallIconSize, m_list->viewport());
         spinner->hide();
-        row->addStretch();
-        row->addWidget(spinner);
-        m_list->setItemWidget(item, overlay);
+        m_spinners.push_back(spinner);
     }
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, Theme::gap * 2, 1, Theme::gap);
@@ -118,8 +111,15 @@ void Sidebar::showSelected(const QString& id)
 
 void Sidebar::showBusy(const QString& id, bool isBusy)
 {
-    const QWidget* const overlay = m_list->itemWidget(m_list->item(rowOf(id)));
-    overlay->findChild<Spinner*>()->setVisible(isBusy);
+    const int row = rowOf(id);
+    if (row < 0) {
+        return;
+    }
+    // The rows stand still: there is room for all of them in the smallest window.
+    Spinner* const spinner = m_spinners[static_cast<std::size_t>(row)];
+    const QRect place = m_list->visualItemRect(m_list->item(row)).adjusted(0, 0, -2 * inset, -rowGap);
+    spinner->move(place.right() - spinner->width(), place.center().y() - spinner->height() / 2);
+    spinner->setVisible(isBusy);
 }
 
 int Sidebar::rowOf(const QString& id) const

@@ -10,6 +10,8 @@ class QListWidget;
 
 namespace tallyroom {
 
+class Spinner;
+
 /// The list of tools on the left of the window. Main thread.
 class Sidebar : public QWidget {
     Q_OBJECT
@@ -34,6 +36,7 @@ private:
     [[nodiscard]] int rowOf(const QString& id) const;
 
     QListWidget* m_list;
+    std::vector<Spinner*> m_spinners; // one a row
 };
 
 } // namespace tallyroom

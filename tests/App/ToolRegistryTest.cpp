@@ -1,5 +1,8 @@
 #include "Shell/ToolRegistry.h"
 
+#include "App/EventWait.h"
+#include "Components/Spinner.h"
+#include "Components/Theme.h"
 #include "Shell/ContentView.h"
 #include "Shell/TallyroomApp.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
@@ -64,6 +67,21 @@ TEST(ContentView, GoingToAnotherToolAndBackKeepsTheScreen)
     window.findChild<QListWidget*>()->setCurrentRow(0);
     window.selectTool(QStringLiteral("disk-usage"));
     EXPECT_EQ(window.findChildren<DiskUsageView*>(), QList{screen});
+}
+
+TEST(ContentView, ASpinnerTurnsBesideAToolWhileItScans)
+{
+    Theme::shared().apply();
+    ContentView window;
+    window.show();
+    FolderNavigatorViewModel& navigator = window.store().diskUsage;
+    const auto* const spinner = window.findChild<QListWidget*>()->findChild<Spinner*>();
+    EXPECT_FALSE(spinner->isVisible());
+    navigator.open(FileUrl{"/nowhere"});
+    EXPECT_TRUE(spinner->isVisible());
+    EXPECT_FALSE(spinner->visibleRegion().isEmpty());
+    ASSERT_TRUE(waitUntil(&navigator, &FolderTool::stateChanged, [&] { return !navigator.isScanning(); }));
+    EXPECT_FALSE(spinner->isVisible());
 }
 
 TEST(TallyroomApp, ReadsItsArgumentsAsBytes)
