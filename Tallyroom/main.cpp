@@ -1,1 +1,6 @@
-int main() {}
+#include "Shell/TallyroomApp.h"
+
+int main(int argc, char** argv)
+{
+    return tallyroom::TallyroomApp::run(argc, argv);
+}

@@ -1,8 +1,9 @@
 #include "Bridge/FileUrlText.h"
 
+#include "Text/Utf8.h"
+
 #include <QDir>
 #include <QFile>
-#include <QStringDecoder>
 
 #include <algorithm>
 
@@ -25,57 +26,49 @@ QByteArrayView view(std::string_view text)
     return {text.data(), static_cast<qsizetype>(text.size())};
 }
 
-/// How many bytes of `text` one well-formed UTF-8 character takes; 0 when it does not start with one.
-std::size_t characterLength(std::string_view text)
+/// Characters that take no place of their own and turn or break what stands around them. Not the joiner: it
+/// makes emoji out of emoji and belongs to names.
+bool turnsOrBreaks(char32_t code)
 {
-    const auto lead = static_cast<unsigned char>(text.front());
-    const std::size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (length == 0 || length > text.size() || lead > 0xF4) {
-        return 0;
-    }
-    QStringDecoder decode{QStringDecoder::Utf8, QStringDecoder::Flag::Stateless};
-    const QString character = decode(view(text.substr(0, length)));
-    return decode.hasError() ? 0 : length;
+    return (code >= 0x80 && code < 0xA0) || code == 0x061C || code == 0xFEFF ||
+           (code >= 0x200B && code <= 0x200F && code != 0x200D) || (code >= 0x2028 && code <= 0x202E) ||
+           (code >= 0x2060 && code <= 0x206F);
+}
+
+bool isControl(char32_t code)
+{
+    return code < 0x20 || code == 0x7F;
 }
 
 QString visible(const QString& character)
 {
     const char32_t code = character.toUcs4().value(0);
-    if (code < 0x20) {
-        return QString{QChar{static_cast<char16_t>(0x2400 + code)}};
+    if (isControl(code)) {
+        return QString{QChar{static_cast<char16_t>(code == 0x7F ? 0x2421 : 0x2400 + code)}};
     }
-    if (code == 0x7F) {
-        return QString{QChar{u'␡'}};
-    }
-    const bool turnsOrBreaks = (code >= 0x80 && code < 0xA0) || code == 0x061C || code == 0xFEFF ||
-                               (code >= 0x200B && code <= 0x200F) || (code >= 0x2028 && code <= 0x202E) ||
-                               (code >= 0x2060 && code <= 0x206F);
-    // The joiner makes emoji out of emoji, it belongs to names.
-    if (turnsOrBreaks && code != 0x200D) {
-        return QStringLiteral("\\u") + QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char{'0'});
+    if (turnsOrBreaks(code)) {
+        return QStringLiteral("\\u") +
+               QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char{'0'});
     }
     return character;
 }
 
 bool isOrdinary(const QString& text)
 {
-    return std::ranges::all_of(text, [](QChar c) {
-        return c.unicode() >= 0x20 && c.unicode() < 0x7F ? true : c.unicode() >= 0xA0 && c.isPrint();
-    });
+    return std::ranges::none_of(text,
+                                [](QChar c) { return isControl(c.unicode()) || turnsOrBreaks(c.unicode()); });
 }
 
 } // namespace
 
 QString FileUrlText::display(std::string_view name)
 {
-    QStringDecoder decode{QStringDecoder::Utf8, QStringDecoder::Flag::Stateless};
-    QString whole = decode(view(name));
-    if (!decode.hasError() && isOrdinary(whole)) {
+    if (QString whole = QString::fromUtf8(view(name)); Utf8::isValid(name) && isOrdinary(whole)) {
         return whole;
     }
     QString text;
     while (!name.empty()) {
-        const std::size_t length = characterLength(name);
+        const std::size_t length = Utf8::characterLength(name);
         if (length == 0) {
             const auto byte = static_cast<unsigned char>(name.front());
             text += QStringLiteral("\\x") + QString::number(byte, 16).toUpper();

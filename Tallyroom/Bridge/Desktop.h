@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Model/FileUrl.h"
+
+#include <QString>
+
+#include <expected>
+#include <functional>
+#include <optional>
+#include <vector>
+
+class QWidget;
+
+namespace tallyroom {
+
+/// What a folder chooser returns: the folders chosen, or why none could be, in words for people.
+using FolderChoice = std::expected<std::vector<FileUrl>, QString>;
+
+/// Access to a chosen folder beyond what the program has by itself, held as long as the object lives. Linux
+/// has no such grant: taking one always succeeds and does nothing.
+class [[nodiscard]] SecurityScope {
+public:
+    [[nodiscard]] static std::optional<SecurityScope> take(const FileUrl& /*folder*/)
+    {
+        return SecurityScope{};
+    }
+
+    SecurityScope(const SecurityScope&) = delete;
+    SecurityScope& operator=(const SecurityScope&) = delete;
+    SecurityScope(SecurityScope&&) noexcept = default;
+    SecurityScope& operator=(SecurityScope&&) noexcept = default;
+    ~SecurityScope() = default;
+
+private:
+    SecurityScope() = default;
+};
+
+/// The services of the desktop around the window. Main thread; nothing here waits for another program.
+namespace Desktop {
+
+/// Shows the folder chooser over `parent`'s window and calls `chosen` with its outcome; a chooser that the
+/// user dismisses says nothing.
+void chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
+                  std::function<void(const FolderChoice&)> chosen);
+
+/// Whether `url` can be opened as a folder, as a choice: for folders that come as an argument, from the
+/// recent ones or dropped.
+[[nodiscard]] FolderChoice choiceOf(const FileUrl& url);
+
+/// Shows the item in the file browser, or opens its folder where no file browser answers.
+void reveal(const FileUrl& url);
+
+/// Tells the user while the window is in the background.
+void notify(const QString& title, const QString& body);
+
+} // namespace Desktop
+
+} // namespace tallyroom

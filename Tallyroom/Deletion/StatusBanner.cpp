@@ -1,0 +1,102 @@
+#include "Deletion/StatusBanner.h"
+
+#include "Components/Spinner.h"
+#include "Components/SymbolIcon.h"
+#include "Components/Theme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+
+#include <chrono>
+
+namespace tallyroom {
+
+namespace {
+
+constexpr std::chrono::milliseconds patience{250};
+
+QString progressText(const RemovalProgress& progress)
+{
+    const QString verb = progress.isRestoring ? QStringLiteral("Restauration en cours… %1/%2")
+                                              : QStringLiteral("Suppression en cours… %1/%2");
+    return verb.arg(progress.completed).arg(progress.total);
+}
+
+} // namespace
+
+StatusBanner::StatusBanner(QWidget* parent)
+    : QWidget(parent), m_symbol(new QLabel), m_spinner(new Spinner(Theme::iconSize)), m_text(new QLabel),
+      m_undo(new QPushButton(QStringLiteral("Annuler la suppression"))), m_close(new QPushButton)
+{
+    Theme::dress(this, Theme::Surface::banner);
+    m_text->setTextFormat(Qt::PlainText);
+    m_text->setWordWrap(true);
+    Theme::dress(m_undo, Theme::Button::plain);
+    Theme::dress(m_close, Theme::Button::quiet);
+    m_close->setIcon(SymbolIcon::icon("xmark", Theme::Colour::secondary));
+    m_close->setAccessibleName(QStringLiteral("Fermer le message"));
+    m_close->setToolTip(m_close->accessibleName());
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(Theme::gap + Theme::gap / 2, Theme::gap, Theme::gap, Theme::gap);
+    row->setSpacing(Theme::gap);
+    row->addWidget(m_symbol);
+    row->addWidget(m_spinner);
+    row->addWidget(m_text, 1);
+    row->addWidget(m_undo);
+    row->addWidget(m_close);
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patience);
+    connect(&m_patience, &QTimer::timeout, this, &StatusBanner::showContent);
+    connect(m_undo, &QPushButton::clicked, this, &StatusBanner::undoRequested);
+    connect(m_close, &QPushButton::clicked, this, &StatusBanner::dismissed);
+    connect(&Theme::shared(), &Theme::changed, this, &StatusBanner::showSymbol);
+    showSymbol();
+    showContent();
+}
+
+void StatusBanner::showMessage(const std::optional<QString>& message)
+{
+    m_message = message;
+    showContent();
+}
+
+void StatusBanner::showUndo(bool isOffered)
+{
+    m_isUndoOffered = isOffered;
+    showContent();
+}
+
+void StatusBanner::showRemoval(const std::optional<RemovalProgress>& progress)
+{
+    if (progress && !m_progress) {
+        m_patience.start();
+    } else if (!progress) {
+        m_patience.stop();
+    }
+    m_progress = progress;
+    showContent();
+}
+
+void StatusBanner::showContent()
+{
+    const bool isWorking = m_progress && !m_patience.isActive();
+    m_symbol->setVisible(!isWorking);
+    m_spinner->setVisible(isWorking);
+    m_undo->setVisible(m_isUndoOffered && !m_progress);
+    m_close->setVisible(!isWorking);
+    m_text->setText(isWorking ? progressText(*m_progress) : m_message.value_or(QString{}));
+    setAccessibleName(m_text->text());
+    setVisible(isWorking || m_message.has_value());
+}
+
+void StatusBanner::showSymbol()
+{
+    const QColor colour = Theme::shared().colour(Theme::Colour::done);
+    m_symbol->setPixmap(SymbolIcon::pixmap("trash", colour, Theme::iconSize, devicePixelRatioF()));
+    QPalette palette = m_text->palette();
+    palette.setColor(QPalette::WindowText, colour);
+    m_text->setPalette(palette);
+}
+
+} // namespace tallyroom

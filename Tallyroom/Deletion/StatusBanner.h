@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Deletion/DeletionRunner.h"
+
+#include <QString>
+#include <QTimer>
+#include <QWidget>
+
+#include <optional>
+
+class QLabel;
+class QPushButton;
+
+namespace tallyroom {
+
+class Spinner;
+
+/// The line that reports a deletion or an undo, offers to take a deletion back, and says how far one has come
+/// that takes long. Hidden while there is nothing to say. Main thread.
+class StatusBanner : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit StatusBanner(QWidget* parent = nullptr);
+
+    void showMessage(const std::optional<QString>& message);
+    void showUndo(bool isOffered);
+    void showRemoval(const std::optional<RemovalProgress>& progress);
+
+Q_SIGNALS:
+    void undoRequested();
+    void dismissed();
+
+private:
+    void showContent();
+    void showSymbol();
+
+    std::optional<QString> m_message;
+    std::optional<RemovalProgress> m_progress;
+    bool m_isUndoOffered = false;
+    QTimer m_patience; // short removals end before they are worth a word
+    QLabel* m_symbol;
+    Spinner* m_spinner;
+    QLabel* m_text;
+    QPushButton* m_undo;
+    QPushButton* m_close;
+};
+
+} // namespace tallyroom

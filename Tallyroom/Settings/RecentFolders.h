@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Model/FileUrl.h"
+
+#include <QObject>
+#include <QString>
+
+#include <vector>
+
+namespace tallyroom {
+
+/// The folders opened last, by any tool, most recent first, kept across restarts. Main thread.
+class RecentFolders : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr std::size_t maxCount = 8;
+
+    /// The one list of the process, made on first use.
+    static RecentFolders& shared();
+
+    /// Reads what is stored under `key`.
+    explicit RecentFolders(QString key = QStringLiteral("recentFolders"));
+
+    /// Standardized locations; whether they still exist is not asked.
+    [[nodiscard]] const std::vector<FileUrl>& urls() const { return m_urls; }
+
+    /// Puts a folder that a tool has just opened first, and stores the list at once.
+    void add(const FileUrl& url);
+
+Q_SIGNALS:
+    void urlsChanged();
+
+private:
+    QString m_key;
+    std::vector<FileUrl> m_urls;
+};
+
+} // namespace tallyroom

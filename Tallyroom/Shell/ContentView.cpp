@@ -1,0 +1,159 @@
+#include "Shell/ContentView.h"
+
+#include "Bridge/FileUrlText.h"
+#include "Components/SymbolIcon.h"
+#include "Components/Theme.h"
+#include "Settings/PersistedSettings.h"
+#include "Shell/Sidebar.h"
+#include "Shell/ToolRegistry.h"
+#include "Tools/MessagePage.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QHBoxLayout>
+#include <QMimeData>
+#include <QStackedWidget>
+
+#include <algorithm>
+
+namespace tallyroom {
+
+namespace {
+
+constexpr QSize smallestSize{700, 450};
+constexpr QSize defaultSize{900, 600};
+constexpr qint64 longScan = 10'000; // milliseconds
+const QString geometryKey = QStringLiteral("window.geometry");
+
+std::optional<FileUrl> droppedFolder(const QMimeData* dropped)
+{
+    const QList<QUrl> urls = dropped->urls();
+    return urls.isEmpty() ? std::nullopt : FileUrlText::fromUrl(urls.first());
+}
+
+} // namespace
+
+ContentView::ContentView()
+    : m_sidebar(new Sidebar(ToolRegistry::all())), m_detail(new QStackedWidget),
+      m_placeholder(new MessagePage("sidebar.left"))
+{
+    setWindowTitle(QStringLiteral("Tallyroom"));
+    setWindowIcon(SymbolIcon::application());
+    setMinimumSize(smallestSize);
+    setAcceptDrops(true);
+    makeLayout();
+    addShortcuts();
+    restoreSize();
+    std::ranges::for_each(ToolRegistry::all(), [this](const ToolDescriptor& tool) { watch(tool); });
+    connect(m_sidebar, &Sidebar::selected, this, &ContentView::selectTool);
+    selectTool(ToolRegistry::initial().id);
+}
+
+void ContentView::makeLayout()
+{
+    m_placeholder->setText(QStringLiteral("Aucun outil sélectionné"),
+                           QStringLiteral("Choisissez un outil dans la barre latérale."));
+    m_detail->addWidget(m_placeholder);
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins({});
+    row->setSpacing(0);
+    row->addWidget(m_sidebar);
+    row->addWidget(m_detail, 1);
+}
+
+void ContentView::addShortcuts()
+{
+    const auto add = [this](const QKeySequence& keys, const std::function<void()>& act) {
+        auto* const action = new QAction(this);
+        action->setShortcut(keys);
+        connect(action, &QAction::triggered, this, act);
+        addAction(action);
+    };
+    add(Qt::CTRL | Qt::Key_Q, [this] { close(); });
+    const auto& tools = ToolRegistry::all();
+    for (std::size_t index = 0; index < tools.size(); ++index) {
+        add(QKeySequence{Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + static_cast<int>(index))},
+            [this, id = tools[index].id] { selectTool(id); });
+    }
+}
+
+void ContentView::selectTool(const QString& id)
+{
+    if (assignIfChanged(m_selectedToolID, id)) {
+        showTool();
+        Q_EMIT selectedToolChanged();
+    }
+}
+
+void ContentView::showTool()
+{
+    m_sidebar->showSelected(m_selectedToolID);
+    const ToolDescriptor* const tool = ToolRegistry::find(m_selectedToolID);
+    if (tool == nullptr) {
+        m_detail->setCurrentWidget(m_placeholder);
+        return;
+    }
+    QWidget*& screen = m_screens[tool];
+    if (screen == nullptr) {
+        screen = tool->makeView(m_store);
+        m_detail->addWidget(screen);
+    }
+    m_detail->setCurrentWidget(screen);
+}
+
+void ContentView::openFolder(const FileUrl& folder)
+{
+    selectTool(QStringLiteral("disk-usage"));
+    m_store.diskUsage.handleImport(Desktop::choiceOf(folder));
+}
+
+void ContentView::watch(const ToolDescriptor& descriptor)
+{
+    FolderTool& tool = descriptor.tool(m_store);
+    connect(&tool, &FolderTool::stateChanged, this, [this, &descriptor, &tool] {
+        m_sidebar->showBusy(descriptor.id, tool.isScanning());
+        const auto since = m_scansSince.find(&descriptor);
+        if (tool.isScanning() && since == m_scansSince.end()) {
+            m_scansSince[&descriptor].start();
+        } else if (!tool.isScanning() && since != m_scansSince.end()) {
+            if (since->second.hasExpired(longScan) && !isActiveWindow()) {
+                Desktop::notify(descriptor.name + QStringLiteral(" : analyse terminée"), tool.scanReport());
+            }
+            m_scansSince.erase(since);
+        }
+    });
+}
+
+void ContentView::restoreSize()
+{
+    resize(defaultSize);
+    restoreGeometry(Settings::store().value(geometryKey).toByteArray());
+}
+
+void ContentView::closeEvent(QCloseEvent* event)
+{
+    Settings::write(geometryKey, saveGeometry());
+    QWidget::closeEvent(event);
+}
+
+void ContentView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (droppedFolder(event->mimeData())) {
+        event->acceptProposedAction();
+    }
+}
+
+void ContentView::dropEvent(QDropEvent* event)
+{
+    const auto folder = droppedFolder(event->mimeData());
+    const ToolDescriptor* const tool = ToolRegistry::find(m_selectedToolID);
+    if (!folder || tool == nullptr) {
+        return;
+    }
+    event->acceptProposedAction();
+    tool->tool(m_store).handleImport(Desktop::choiceOf(*folder));
+}
+
+} // namespace tallyroom

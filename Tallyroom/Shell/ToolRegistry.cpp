@@ -1,0 +1,42 @@
+#include "Shell/ToolRegistry.h"
+
+#include "Tools/DiskUsage/DiskUsageView.h"
+
+#include <algorithm>
+
+namespace tallyroom {
+
+namespace {
+
+/// A tool whose screen `View` shows the view model `model` of the store.
+template <class View, auto model>
+ToolDescriptor describe(const QString& id, const QString& name, std::string icon)
+{
+    return {id, name, std::move(icon), [](SessionStore& store) -> QWidget* { return new View(store.*model); },
+            [](SessionStore& store) -> FolderTool& { return store.*model; }};
+}
+
+} // namespace
+
+const std::vector<ToolDescriptor>& ToolRegistry::all()
+{
+    static const std::vector<ToolDescriptor> tools{
+        describe<DiskUsageView, &SessionStore::diskUsage>(QStringLiteral("disk-usage"),
+                                                          QStringLiteral("Espace disque"), "internaldrive"),
+    };
+    return tools;
+}
+
+const ToolDescriptor* ToolRegistry::find(const QString& id)
+{
+    const auto found = std::ranges::find(all(), id, &ToolDescriptor::id);
+    return found == all().end() ? nullptr : &*found;
+}
+
+const ToolDescriptor& ToolRegistry::initial()
+{
+    const ToolDescriptor* const dashboard = find(QStringLiteral("dashboard"));
+    return dashboard != nullptr ? *dashboard : all().front();
+}
+
+} // namespace tallyroom

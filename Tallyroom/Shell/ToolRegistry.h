@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Shell/ToolDescriptor.h"
+
+#include <vector>
+
+namespace tallyroom {
+
+/// The tools, in the order of the sidebar. Main thread.
+namespace ToolRegistry {
+
+/// Made on first use, never changed.
+[[nodiscard]] const std::vector<ToolDescriptor>& all();
+
+/// The tool of that id; null when there is none.
+[[nodiscard]] const ToolDescriptor* find(const QString& id);
+
+/// The tool that a new window shows: the dashboard, or the first one.
+[[nodiscard]] const ToolDescriptor& initial();
+
+} // namespace ToolRegistry
+
+} // namespace tallyroom

@@ -1,0 +1,239 @@
+#include "Tools/DiskUsage/DiskUsageView.h"
+
+#include "Bridge/FileUrlText.h"
+#include "Components/EntryTable.h"
+#include "Components/SymbolIcon.h"
+#include "Settings/PersistedSettings.h"
+#include "Tools/DiskUsage/Breadcrumb.h"
+#include "Tools/DiskUsage/ListChoice.h"
+#include "Tools/DiskUsage/TreemapView.h"
+#include "Tools/ToolHeader.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace tallyroom {
+
+namespace {
+
+const QString treemapKey = QStringLiteral("diskUsage.treemap");
+
+ToolScreenStyle screenStyle()
+{
+    ToolScreenStyle style;
+    style.title = QStringLiteral("Espace disque");
+    style.searchPlaceholder = QStringLiteral("Filtrer par nom");
+    style.emptyMessage = QStringLiteral("Ce dossier est vide.");
+    style.welcome.icon = "internaldrive";
+    style.welcome.title = style.title;
+    style.welcome.message =
+        QStringLiteral("Choisissez un dossier : Tallyroom mesure ce qu’il contient, niveau "
+                       "par niveau, du plus lourd au plus léger.");
+    style.welcome.hint = QStringLiteral("Rien n’est modifié pendant l’analyse.");
+    style.welcome.actionTitle = QStringLiteral("Choisir un dossier…");
+    style.table.firstColumnTitle = QStringLiteral("Nom");
+    style.table.showsChevronForDirectories = true;
+    return style;
+}
+
+} // namespace
+
+DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* parent)
+    : ToolScreen(navigator, screenStyle(), parent), m_navigator(navigator), m_back(new QPushButton),
+      m_breadcrumb(new Breadcrumb),
+      m_tableButton(new ListChoice(ListChoice::Half::left, "list.bullet", QStringLiteral("Tableau"))),
+      m_treemapButton(new ListChoice(ListChoice::Half::right, "square.grid.2x2", QStringLiteral("Treemap"))),
+      m_treemap(new TreemapView)
+{
+    header().setLeading(makeWayBack());
+    header().addOption(makeListChoice());
+    auto* const frame = new QWidget;
+    auto* const frameLayout = new QVBoxLayout(frame);
+    frameLayout->setContentsMargins(Theme::margin, 0, Theme::margin, Theme::gap);
+    frameLayout->addWidget(m_treemap);
+    frame->setFocusProxy(m_treemap);
+    addList(frame);
+    connectTreemap();
+    addNavigationShortcuts();
+    connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, [this] { startOver(); });
+    connect(&m_navigator, &FolderNavigatorViewModel::canGoBackChanged, m_back,
+            [this] { m_back->setEnabled(m_navigator.canGoBack()); });
+    connect(&table(), &EntryTable::rowsChanged, this, &DiskUsageView::returnToChild);
+    showTreemap(Settings::flag(treemapKey, false));
+}
+
+QWidget* DiskUsageView::makeWayBack()
+{
+    m_back->setIcon(SymbolIcon::icon("chevron.left"));
+    m_back->setAccessibleName(QStringLiteral("Retour"));
+    m_back->setToolTip(QStringLiteral("Retour"));
+    m_back->setEnabled(m_navigator.canGoBack());
+    Theme::dress(m_back, Theme::Button::icon);
+    connect(m_back, &QPushButton::clicked, &m_navigator, &FolderNavigatorViewModel::goBack);
+    connect(m_breadcrumb, &Breadcrumb::selected, &m_navigator,
+            &FolderNavigatorViewModel::navigateViaBreadcrumb);
+    auto* const way = new QWidget;
+    auto* const row = new QHBoxLayout(way);
+    row->setContentsMargins({});
+    row->setSpacing(Theme::gap);
+    row->addWidget(m_back);
+    row->addWidget(m_breadcrumb, 1);
+    return way;
+}
+
+QWidget* DiskUsageView::makeListChoice()
+{
+    auto* const choice = new QWidget;
+    auto* const row = new QHBoxLayout(choice);
+    row->setContentsMargins({});
+    row->setSpacing(0);
+    auto* const group = new QButtonGroup(choice);
+    for (QAbstractButton* const button : {m_tableButton, m_treemapButton}) {
+        button->setToolTip(QStringLiteral("Basculer entre tableau et treemap"));
+        group->addButton(button);
+        row->addWidget(button);
+    }
+    connect(group, &QButtonGroup::buttonToggled, this, [this] {
+        if (m_treemapButton->isChecked() != m_isTreemapShown) {
+            showTreemap(m_treemapButton->isChecked());
+            Settings::write(treemapKey, m_isTreemapShown);
+        }
+    });
+    return choice;
+}
+
+void DiskUsageView::connectTreemap()
+{
+    connect(m_treemap, &TreemapView::selectionToggled, this, [this](const FileUrl& url) {
+        UrlSet urls = selection();
+        if (urls.erase(url) == 0) {
+            urls.insert(url);
+        }
+        setSelection(std::move(urls));
+    });
+    connect(m_treemap, &TreemapView::activated, this, [this](const Entry& entry) { activate(entry); });
+    connect(m_treemap, &TreemapView::contextMenuRequested, this,
+            [this](const Entry& entry, const QPoint& position) {
+                QMenu* const menu = table().makeContextMenu(entry).release();
+                menu->setParent(m_treemap, menu->windowFlags());
+                menu->setAttribute(Qt::WA_DeleteOnClose);
+                menu->popup(position);
+            });
+    // The side button goes back wherever in the list it is pressed.
+    for (QWidget* const list : {static_cast<QWidget*>(&table()), static_cast<QWidget*>(m_treemap)}) {
+        list->installEventFilter(this);
+        for (QWidget* const part : list->findChildren<QWidget*>()) {
+            part->installEventFilter(this);
+        }
+    }
+}
+
+bool DiskUsageView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::MouseButtonPress &&
+        static_cast<QMouseEvent*>(event)->button() == Qt::BackButton) {
+        m_navigator.goBack();
+        return true;
+    }
+    return ToolScreen::eventFilter(watched, event);
+}
+
+void DiskUsageView::addNavigationShortcuts()
+{
+    addShortcut(Qt::ALT | Qt::Key_Left, [this] { m_navigator.goBack(); });
+    addShortcut(Qt::Key_Backspace, [this] { m_navigator.goBack(); });
+    addShortcut(Qt::Key_Back, [this] { m_navigator.goBack(); });
+    addShortcut(Qt::ALT | Qt::Key_Up, [this] { m_navigator.goUp(); });
+    addShortcut(Qt::ALT | Qt::Key_Home, [this] { m_navigator.goToRoot(); });
+}
+
+QString DiskUsageView::exportName() const
+{
+    const auto& folder = m_navigator.currentURL();
+    return folder ? FileUrlText::toFileName(FileUrl{std::string{folder->lastPathComponent()}})
+                  : ToolScreen::exportName();
+}
+
+void DiskUsageView::activate(const Entry& entry)
+{
+    m_navigator.activate(entry);
+}
+
+std::optional<Entry> DiskUsageView::currentEntry() const
+{
+    return m_isTreemapShown ? m_treemap->currentEntry() : ToolScreen::currentEntry();
+}
+
+void DiskUsageView::startOver()
+{
+    ToolScreen::startOver();
+    showPlace();
+}
+
+void DiskUsageView::showPlace()
+{
+    m_breadcrumb->setItems(m_navigator.breadcrumb());
+    const std::optional<FileUrl>& folder = m_navigator.currentURL();
+    m_cameFrom.reset();
+    if (folder && m_shownFolder && *m_shownFolder != *folder && m_shownFolder->isInside(*folder)) {
+        const std::vector<std::string> components = m_shownFolder->pathComponents();
+        m_cameFrom = folder->appending(components[folder->pathComponents().size()]);
+    }
+    m_shownFolder = folder;
+}
+
+/// On the way back the row of the folder that was left is the current one.
+void DiskUsageView::returnToChild()
+{
+    if (m_cameFrom && table().setCurrentEntry(*m_cameFrom)) {
+        m_cameFrom.reset();
+    }
+}
+
+void DiskUsageView::showTreemap(bool isShown)
+{
+    m_isTreemapShown = isShown;
+    (isShown ? m_treemapButton : m_tableButton)->setChecked(true);
+    showList(isShown ? m_treemap->parentWidget() : &table());
+}
+
+void DiskUsageView::showEntries()
+{
+    ToolScreen::showEntries();
+    showTiles();
+}
+
+void DiskUsageView::showFilter()
+{
+    ToolScreen::showFilter();
+    showTiles();
+}
+
+void DiskUsageView::showTiles()
+{
+    const EntryList& entries = m_navigator.entries();
+    const auto isShown = m_navigator.filter();
+    if (!isShown) {
+        m_treemap->setEntries(entries);
+        return;
+    }
+    std::vector<std::uint32_t> visible;
+    for (std::uint32_t index = 0; index < entries.size(); ++index) {
+        if (isShown(entries[index])) {
+            visible.push_back(index);
+        }
+    }
+    m_treemap->setEntries(entries, std::move(visible));
+}
+
+void DiskUsageView::showSelection()
+{
+    ToolScreen::showSelection();
+    m_treemap->setSelection(selection());
+}
+
+} // namespace tallyroom

@@ -1,0 +1,128 @@
+#include "Tools/DiskUsage/FolderNavigatorViewModel.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tallyroom {
+
+FolderNavigatorViewModel::FolderNavigatorViewModel(DeletionRunner& deletions, FolderServices services)
+    : ListToolViewModel(FilterSubject::name, ScanBeginning::measuring, deletions),
+      m_services(std::move(services))
+{}
+
+std::vector<BreadcrumbItem> FolderNavigatorViewModel::breadcrumb() const
+{
+    if (!rootURL() || !m_currentURL) {
+        return {};
+    }
+    std::vector<BreadcrumbItem> items{{std::string{rootURL()->lastPathComponent()}, *rootURL()}};
+    const std::size_t rootDepth = rootURL()->pathComponents().size();
+    const std::vector<std::string> components = m_currentURL->pathComponents();
+    FileUrl url = rootURL()->standardized();
+    for (std::size_t depth = rootDepth; depth < components.size(); ++depth) {
+        url = url.appending(components[depth]);
+        items.push_back({components[depth], url});
+    }
+    return items;
+}
+
+void FolderNavigatorViewModel::activate(const Entry& entry)
+{
+    if (!entry.isDirectory) {
+        m_services.reveal(entry.url);
+        return;
+    }
+    std::vector<FileUrl> history = m_history;
+    if (m_currentURL) {
+        history.push_back(*m_currentURL);
+    }
+    navigate(entry.url, Caching::use, std::move(history));
+}
+
+void FolderNavigatorViewModel::goBack()
+{
+    if (m_history.empty()) {
+        return;
+    }
+    std::vector<FileUrl> history = m_history;
+    const FileUrl last = std::move(history.back());
+    history.pop_back();
+    navigate(last, Caching::use, std::move(history));
+}
+
+void FolderNavigatorViewModel::goUp()
+{
+    // One step up the breadcrumb: its last item is the folder on screen.
+    const std::vector<BreadcrumbItem> items = breadcrumb();
+    if (items.size() >= 2) {
+        navigateViaBreadcrumb(items[items.size() - 2].url);
+    }
+}
+
+void FolderNavigatorViewModel::goToRoot()
+{
+    if (rootURL()) {
+        navigateViaBreadcrumb(*rootURL());
+    }
+}
+
+void FolderNavigatorViewModel::navigateViaBreadcrumb(const FileUrl& url)
+{
+    if (!m_currentURL || url == *m_currentURL) {
+        return;
+    }
+    std::vector<FileUrl> history = m_history;
+    const auto last = std::find(history.rbegin(), history.rend(), url);
+    if (last != history.rend()) {
+        history.erase(std::prev(last.base()), history.end());
+    } else {
+        history.push_back(*m_currentURL);
+    }
+    navigate(url, Caching::use, std::move(history));
+}
+
+void FolderNavigatorViewModel::refreshCurrent()
+{
+    if (!m_currentURL) {
+        return;
+    }
+    m_services.invalidate(*m_currentURL);
+    navigate(*m_currentURL, Caching::ignore, m_history);
+}
+
+FileScanner::ScanStream FolderNavigatorViewModel::startScan()
+{
+    return m_services.list(*m_currentURL, m_caching == Caching::use);
+}
+
+void FolderNavigatorViewModel::rootChosen(PropertyUpdate& update)
+{
+    placeAt(update, *rootURL(), Caching::use, {});
+}
+
+void FolderNavigatorViewModel::changedOnDisk(const FileUrl& folder)
+{
+    m_services.invalidate(folder);
+}
+
+/// The one place where a listing starts, but for the first of a root.
+void FolderNavigatorViewModel::navigate(const FileUrl& url, Caching caching, std::vector<FileUrl> history)
+{
+    PropertyUpdate update{this};
+    placeAt(update, url, caching, std::move(history));
+    beginScan(update);
+}
+
+void FolderNavigatorViewModel::placeAt(PropertyUpdate& update, const FileUrl& url, Caching caching,
+                                       std::vector<FileUrl> history)
+{
+    const bool couldGoBack = canGoBack();
+    m_history = std::move(history);
+    m_caching = caching;
+    if (canGoBack() != couldGoBack) {
+        update.announce(&FolderNavigatorViewModel::canGoBackChanged);
+    }
+    update.assign(m_currentURL, std::optional{url}, &FolderNavigatorViewModel::currentURLChanged);
+}
+
+} // namespace tallyroom

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "Tools/ListToolViewModel.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tallyroom {
+
+/// One step of the way from the root to the folder on screen.
+struct BreadcrumbItem {
+    std::string name; ///< in bytes, as its folder knows it
+    FileUrl url;
+
+    friend bool operator==(const BreadcrumbItem&, const BreadcrumbItem&) = default;
+};
+
+/// What the navigator lists folders with and shows files with; the real ones unless a test brings its own.
+struct FolderServices {
+    std::function<FileScanner::ScanStream(const FileUrl& folder, bool useCache)> list =
+        FileScanner::directEntriesStream;
+    std::function<void(const FileUrl& folder)> invalidate = FileScanner::invalidateCache;
+    std::function<void(const FileUrl& file)> reveal = Desktop::reveal;
+};
+
+/// Walks down a folder level by level: the children of the current one with their sizes, the way back, the
+/// way up. Main thread.
+class FolderNavigatorViewModel : public ListToolViewModel {
+    Q_OBJECT
+    Q_PROPERTY(std::optional<tallyroom::FileUrl> currentURL READ currentURL NOTIFY currentURLChanged)
+    Q_PROPERTY(bool canGoBack READ canGoBack NOTIFY canGoBackChanged)
+
+public:
+    explicit FolderNavigatorViewModel(DeletionRunner& deletions, FolderServices services = {});
+
+    /// The folder whose children are listed.
+    [[nodiscard]] const std::optional<FileUrl>& currentURL() const { return m_currentURL; }
+
+    [[nodiscard]] bool canGoBack() const { return !m_history.empty(); }
+
+    /// From the root to the current folder; empty before one is open. The current folder is taken to lie
+    /// under the root.
+    [[nodiscard]] std::vector<BreadcrumbItem> breadcrumb() const;
+
+    [[nodiscard]] std::int64_t currentTotalSize() const { return totalSize(); }
+
+    [[nodiscard]] std::optional<FileUrl> listedFolder() const override { return m_currentURL; }
+
+    /// Enters a folder; shows a file in the file browser.
+    void activate(const Entry& entry);
+
+    void goBack();
+
+    /// To the parent, not above the root.
+    void goUp();
+
+    void goToRoot();
+
+    void navigateViaBreadcrumb(const FileUrl& url);
+
+    /// Measures the current folder anew, without what the caches know.
+    void refreshCurrent();
+
+    void refresh() override { refreshCurrent(); }
+
+Q_SIGNALS:
+    void currentURLChanged();
+    void canGoBackChanged();
+
+protected:
+    [[nodiscard]] FileScanner::ScanStream startScan() override;
+    void rootChosen(PropertyUpdate& update) override;
+    void changedOnDisk(const FileUrl& folder) override;
+
+private:
+    enum class Caching { use, ignore };
+
+    void navigate(const FileUrl& url, Caching caching, std::vector<FileUrl> history);
+    void placeAt(PropertyUpdate& update, const FileUrl& url, Caching caching, std::vector<FileUrl> history);
+
+    FolderServices m_services;
+    std::optional<FileUrl> m_currentURL;
+    std::vector<FileUrl> m_history; // oldest first
+    Caching m_caching = Caching::use;
+};
+
+} // namespace tallyroom

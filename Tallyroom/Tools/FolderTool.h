@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Bridge/Desktop.h"
+
+#include <QObject>
+
+namespace tallyroom {
+
+/// A tool as the window knows it: something that takes a folder and may be at work on it. Main thread.
+class FolderTool : public QObject {
+    Q_OBJECT
+
+public:
+    /// Takes the outcome of a folder chooser: opens its first folder or shows why there is none.
+    virtual void handleImport(const FolderChoice& choice) = 0;
+
+    [[nodiscard]] virtual bool isScanning() const = 0;
+
+    /// The words for a finished scan, for the desktop's notification.
+    [[nodiscard]] virtual QString scanReport() const = 0;
+
+Q_SIGNALS:
+    void stateChanged();
+};
+
+} // namespace tallyroom

@@ -1,0 +1,271 @@
+#include "Tools/ListToolViewModel.h"
+
+#include "Bridge/FileUrlText.h"
+#include "Settings/RecentFolders.h"
+#include "Text/SizeFormatter.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tallyroom {
+
+using FileRemover::RemovalResult;
+
+ListToolViewModel::ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning,
+                                     DeletionRunner& deletions)
+    : m_filterSubject(filterSubject), m_beginning(beginning), m_deletions(deletions)
+{}
+
+std::function<bool(const Entry&)> ListToolViewModel::filter() const
+{
+    if (m_searchText.isEmpty()) {
+        return {};
+    }
+    return [text = TextFilter{m_searchText}, subject = m_filterSubject](const Entry& entry) {
+        return text.matches(subject == FilterSubject::name ? entry.name : entry.url.path());
+    };
+}
+
+EntryList ListToolViewModel::filteredEntries() const
+{
+    const auto isShown = filter();
+    if (!isShown) {
+        return m_entries;
+    }
+    std::vector<Entry> shown;
+    std::ranges::copy_if(m_entries, std::back_inserter(shown), isShown);
+    return EntryList{std::move(shown)};
+}
+
+std::int64_t ListToolViewModel::totalSize() const
+{
+    std::int64_t total = 0;
+    for (const Entry& entry : m_entries) {
+        total = checkedSum(total, entry.sizeBytes);
+    }
+    return total;
+}
+
+double ListToolViewModel::scanFraction() const
+{
+    return m_scanTotal < 1 ? 0.0 : static_cast<double>(m_scanCompleted) / static_cast<double>(m_scanTotal);
+}
+
+QString ListToolViewModel::scanReport() const
+{
+    return QStringLiteral("%1 élément(s) · %2")
+        .arg(QString::number(m_entries.size()), QString::fromStdString(SizeFormatter::string(totalSize())));
+}
+
+void ListToolViewModel::setSearchText(const QString& text)
+{
+    if (assignIfChanged(m_searchText, text)) {
+        Q_EMIT searchTextChanged();
+    }
+}
+
+void ListToolViewModel::handleImport(const FolderChoice& choice)
+{
+    if (choice && !choice->empty()) {
+        open(choice->front());
+        return;
+    }
+    // What an earlier scan found stays, but nothing may pull the message away from under the reader.
+    m_pump.reset();
+    PropertyUpdate update{this};
+    update.assign(m_isDiscovering, false, &ListToolViewModel::isDiscoveringChanged);
+    update.assign(m_state,
+                  ToolState::error(choice ? QStringLiteral("Aucun dossier sélectionné.")
+                                          : QStringLiteral("Sélection impossible : ") + choice.error()),
+                  &ListToolViewModel::stateChanged);
+}
+
+void ListToolViewModel::open(FileUrl root)
+{
+    m_scope.reset();
+    m_scope = SecurityScope::take(root);
+    RecentFolders::shared().add(root);
+    PropertyUpdate update{this};
+    update.assign(m_rootURL, std::move(root), &ListToolViewModel::rootURLChanged);
+    rootChosen(update);
+    beginScan(update);
+}
+
+void ListToolViewModel::scan()
+{
+    PropertyUpdate update{this};
+    beginScan(update);
+}
+
+void ListToolViewModel::beginScan(PropertyUpdate& update)
+{
+    if (!m_rootURL) {
+        return;
+    }
+    m_pump.reset();
+    m_listing = std::make_shared<Listing>();
+    update.assign(m_state, ToolState::scanning(), &ListToolViewModel::stateChanged);
+    update.assign(m_entries, EntryList{}, &ListToolViewModel::entriesChanged);
+    update.assign(m_scanCompleted, 0, &ListToolViewModel::scanCompletedChanged);
+    update.assign(m_scanTotal, 0, &ListToolViewModel::scanTotalChanged);
+    update.assign(m_isDiscovering, m_beginning == ScanBeginning::discovering,
+                  &ListToolViewModel::isDiscoveringChanged);
+    update.assign(m_undoable, std::nullopt, &ListToolViewModel::undoableChanged);
+    m_pump = std::make_unique<StreamPump<ScanProgress>>(
+        startScan(), [this](const ScanProgress& record) { receive(record); }, [this] { endScan(); });
+}
+
+void ListToolViewModel::receive(const ScanProgress& record)
+{
+    PropertyUpdate update{this};
+    update.assign(m_entries, amended(record.entries), &ListToolViewModel::entriesChanged);
+    update.assign(m_scanCompleted, record.completed, &ListToolViewModel::scanCompletedChanged);
+    update.assign(m_scanTotal, record.total, &ListToolViewModel::scanTotalChanged);
+    update.assign(m_isDiscovering, record.isDiscovering, &ListToolViewModel::isDiscoveringChanged);
+}
+
+void ListToolViewModel::endScan()
+{
+    m_pump.reset();
+    PropertyUpdate update{this};
+    update.assign(m_isDiscovering, false, &ListToolViewModel::isDiscoveringChanged);
+    update.assign(m_state, ToolState::loaded(), &ListToolViewModel::stateChanged);
+}
+
+void ListToolViewModel::cancelScan()
+{
+    if (isScanning()) {
+        endScan();
+    }
+}
+
+/// A record as the disk is now: the scan does not know what was deleted or put back while it ran.
+EntryList ListToolViewModel::amended(const EntryList& found) const
+{
+    const EntryList present = withoutUrls(found, m_listing->removed);
+    if (m_listing->restored.empty()) {
+        return present;
+    }
+    RemovalResult putBack;
+    std::ranges::transform(m_listing->restored, std::back_inserter(putBack.removed), &Entry::url);
+    return applyRestore(putBack, {m_listing->restored, {}}, present).entries;
+}
+
+void ListToolViewModel::deleteSelected(const UrlSet& urls, bool permanently)
+{
+    const std::vector<Entry> targets = deletionTargets(m_entries, urls);
+    if (targets.empty()) {
+        return;
+    }
+    std::vector<FileUrl> locations;
+    std::ranges::transform(targets, std::back_inserter(locations), &Entry::url);
+    const auto finished = [this, targets, permanently, request = requestNow()](const RemovalResult& result) {
+        finishDeletion(result, targets, permanently, request);
+    };
+    const std::size_t count = locations.size();
+    if (m_deletions.remove(std::move(locations), permanently, listener(finished))) {
+        showRemoval(RemovalProgress{0, count, false});
+    } else {
+        refuseRemoval();
+    }
+}
+
+void ListToolViewModel::finishDeletion(const RemovalResult& result, const std::vector<Entry>& targets,
+                                       bool permanently, const Request& request)
+{
+    DeletionOutcome outcome = applyDeletion(result, targets, m_entries, permanently);
+    if (m_pump != nullptr) {
+        m_listing->removed.insert(result.removed.begin(), result.removed.end());
+    }
+    PropertyUpdate update{this};
+    update.assign(m_entries, std::move(outcome.entries), &ListToolViewModel::entriesChanged);
+    update.assign(m_statusMessage, std::optional{outcome.message}, &ListToolViewModel::statusMessageChanged);
+    // Undoing puts entries into the list on screen: once another list stands there, that is over.
+    if (!request.listing.expired()) {
+        update.assign(m_undoable, std::move(outcome.undoable), &ListToolViewModel::undoableChanged);
+    }
+    update.assign(m_removal, std::nullopt, &ListToolViewModel::removalChanged);
+    if (request.folder) {
+        changedOnDisk(*request.folder);
+    }
+}
+
+void ListToolViewModel::undoDeletion()
+{
+    if (!m_undoable) {
+        return;
+    }
+    const auto finished = [this, undone = *m_undoable, request = requestNow()](const RemovalResult& result) {
+        finishRestore(result, undone, request);
+    };
+    const std::size_t count = m_undoable->trashed.size();
+    if (m_deletions.restore(m_undoable->trashed, listener(finished))) {
+        showRemoval(RemovalProgress{0, count, true});
+    } else {
+        refuseRemoval();
+    }
+}
+
+void ListToolViewModel::finishRestore(const RemovalResult& result, const UndoableDeletion& undone,
+                                      const Request& request)
+{
+    RestoreOutcome outcome = applyRestore(result, undone, m_entries);
+    PropertyUpdate update{this};
+    if (listedFolder() == request.folder) {
+        if (m_pump != nullptr) {
+            const UrlSet restored{result.removed.begin(), result.removed.end()};
+            std::erase_if(m_listing->removed, [&](const FileUrl& url) { return restored.contains(url); });
+            std::ranges::copy_if(undone.entries, std::back_inserter(m_listing->restored),
+                                 [&](const Entry& entry) { return restored.contains(entry.url); });
+        }
+        update.assign(m_entries, std::move(outcome.entries), &ListToolViewModel::entriesChanged);
+    }
+    update.assign(m_statusMessage, std::optional{outcome.message}, &ListToolViewModel::statusMessageChanged);
+    if (!request.listing.expired()) {
+        update.assign(m_undoable, std::nullopt, &ListToolViewModel::undoableChanged);
+    }
+    update.assign(m_removal, std::nullopt, &ListToolViewModel::removalChanged);
+    if (request.folder) {
+        changedOnDisk(*request.folder);
+    }
+}
+
+DeletionRunner::Listener ListToolViewModel::listener(std::function<void(const RemovalResult&)> finished)
+{
+    return {.context = this,
+            .progressed = [this](const RemovalProgress& progress) { showRemoval(progress); },
+            .finished = std::move(finished)};
+}
+
+void ListToolViewModel::showRemoval(const std::optional<RemovalProgress>& progress)
+{
+    if (assignIfChanged(m_removal, progress)) {
+        Q_EMIT removalChanged();
+    }
+}
+
+void ListToolViewModel::refuseRemoval()
+{
+    if (assignIfChanged(m_statusMessage,
+                        QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera "
+                                       "terminée."))) {
+        Q_EMIT statusMessageChanged();
+    }
+}
+
+void ListToolViewModel::dismissStatus()
+{
+    if (assignIfChanged(m_statusMessage, std::nullopt)) {
+        Q_EMIT statusMessageChanged();
+    }
+}
+
+void ListToolViewModel::dismissError()
+{
+    if (m_state.phase == ToolState::Phase::error) {
+        m_state = m_rootURL ? ToolState::loaded() : ToolState::idle();
+        Q_EMIT stateChanged();
+    }
+}
+
+} // namespace tallyroom

@@ -1,0 +1,104 @@
+#include "Tools/ToolHeader.h"
+
+#include "Components/ExportButton.h"
+#include "Components/SearchField.h"
+#include "Components/SymbolIcon.h"
+#include "Components/Theme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QResizeEvent>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace tallyroom {
+
+namespace {
+
+constexpr int searchWidth = 220;
+constexpr int smallestSearchWidth = 100;
+constexpr int leadingWidth = 180;
+
+} // namespace
+
+ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
+    : QWidget(parent), m_row(new QBoxLayout(QBoxLayout::LeftToRight)), m_controls(new QHBoxLayout),
+      m_options(new QHBoxLayout), m_search(new SearchField(searchPlaceholder)), m_refresh(new QPushButton),
+      m_stop(new QPushButton(QStringLiteral("Arrêter"))), m_export(new ExportButton), m_summary(new QLabel)
+{
+    m_search->setMaximumWidth(searchWidth);
+    m_search->setMinimumWidth(smallestSearchWidth);
+    m_search->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    Theme::dress(m_refresh, Theme::Button::icon);
+    m_refresh->setIcon(SymbolIcon::icon("arrow.clockwise"));
+    m_refresh->setAccessibleName(QStringLiteral("Rafraîchir"));
+    m_refresh->setToolTip(QStringLiteral("Recalculer les tailles (ignore le cache)"));
+    Theme::dress(m_stop, Theme::Button::plain);
+    m_stop->setIcon(SymbolIcon::icon("stop.fill"));
+    Theme::dress(m_summary, Theme::Text::secondary);
+    m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    m_summary->setTextFormat(Qt::PlainText);
+
+    m_options->setSpacing(Theme::gap);
+    m_controls->setSpacing(Theme::gap);
+    m_controls->addWidget(m_search, 1);
+    m_controls->addLayout(m_options);
+    m_controls->addWidget(m_refresh);
+    m_controls->addWidget(m_stop);
+    m_controls->addWidget(m_export);
+    m_row->setSpacing(Theme::gap);
+    m_row->addLayout(m_controls);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::gap);
+    column->setSpacing(Theme::gap / 2);
+    column->addLayout(m_row);
+    column->addWidget(m_summary);
+
+    connect(m_refresh, &QPushButton::clicked, this, &ToolHeader::refreshRequested);
+    connect(m_stop, &QPushButton::clicked, this, &ToolHeader::stopRequested);
+    connect(m_export, &QPushButton::clicked, this, &ToolHeader::exportRequested);
+    showScanning(false);
+}
+
+void ToolHeader::setLeading(QWidget* leading)
+{
+    delete std::exchange(m_leading, leading);
+    m_row->insertWidget(0, leading, 1);
+}
+
+void ToolHeader::addOption(QWidget* option)
+{
+    m_options->addWidget(option);
+}
+
+void ToolHeader::showScanning(bool isScanning)
+{
+    m_refresh->setVisible(!isScanning);
+    m_stop->setVisible(isScanning);
+}
+
+void ToolHeader::showSummary(const QString& summary)
+{
+    m_summary->setText(summary);
+}
+
+void ToolHeader::showEntryCount(std::size_t count)
+{
+    m_export->setEntryCount(count);
+}
+
+void ToolHeader::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    const QMargins margins = layout()->contentsMargins();
+    const int others = m_controls->minimumSize().width() - m_search->minimumWidth();
+    const int needed = margins.left() + leadingWidth + Theme::gap + searchWidth + others + margins.right();
+    const bool isNarrow = event->size().width() < needed;
+    m_row->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    m_search->setMinimumWidth(isNarrow ? smallestSearchWidth : searchWidth);
+    m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : searchWidth);
+}
+
+} // namespace tallyroom

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+class QBoxLayout;
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+
+namespace tallyroom {
+
+class ExportButton;
+class SearchField;
+
+/// The top of a tool's screen: where one is, the filter, the tool's own options, "Rafraîchir" or "Arrêter",
+/// "Exporter", and a line that sums up the list. Breaks into two rows where the window is narrow. Main
+/// thread.
+class ToolHeader : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ToolHeader(const QString& searchPlaceholder, QWidget* parent = nullptr);
+
+    /// What stands on the left; the one before it is thrown away.
+    void setLeading(QWidget* leading);
+
+    /// A control of the tool's own, between the filter and the buttons that all tools have.
+    void addOption(QWidget* option);
+
+    [[nodiscard]] SearchField& searchField() { return *m_search; }
+
+    void showScanning(bool isScanning);
+    void showSummary(const QString& summary);
+    void showEntryCount(std::size_t count);
+
+Q_SIGNALS:
+    void refreshRequested();
+    void stopRequested();
+    void exportRequested();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    QBoxLayout* m_row;
+    QWidget* m_leading = nullptr;
+    QHBoxLayout* m_controls;
+    QHBoxLayout* m_options;
+    SearchField* m_search;
+    QPushButton* m_refresh;
+    QPushButton* m_stop;
+    ExportButton* m_export;
+    QLabel* m_summary;
+};
+
+} // namespace tallyroom

@@ -1,0 +1,362 @@
+#include "Tools/ToolScreen.h"
+
+#include "Bridge/FileUrlText.h"
+#include "Components/EntryTable.h"
+#include "Components/ScanProgressBar.h"
+#include "Components/SearchField.h"
+#include "Components/SelectionBar.h"
+#include "Components/Theme.h"
+#include "Deletion/StatusBanner.h"
+#include "Text/SizeFormatter.h"
+#include "Tools/ExportFlow.h"
+#include "Tools/ToolHeader.h"
+#include "Tools/ToolPages.h"
+#include "Tools/ToolTitle.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+
+namespace tallyroom {
+
+namespace {
+
+constexpr std::chrono::milliseconds patience{150};
+
+QString counted(std::size_t count, const QString& one)
+{
+    return QString::number(count) + QLatin1Char{' '} + one + (count >= 2 ? QStringLiteral("s") : QString{});
+}
+
+} // namespace
+
+ToolScreen::ToolScreen(ListToolViewModel& tool, ToolScreenStyle style, QWidget* parent)
+    : QWidget(parent), m_tool(tool), m_style(std::move(style)),
+      m_header(new ToolHeader(m_style.searchPlaceholder)), m_title(new ToolTitle(m_style.title)),
+      m_pages(new ToolPages(tool, m_style.welcome, m_style.emptyMessage)),
+      m_table(new EntryTable(m_style.table)), m_progress(new ScanProgressBar), m_footer(new QWidget),
+      m_banner(new StatusBanner), m_selectionBar(new SelectionBar)
+{
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patience);
+    m_table->setDeletionEnabled(true);
+    m_pages->addList(m_table);
+    makeLayout();
+    connectTool();
+    connectWidgets();
+    addShortcuts();
+}
+
+bool ToolScreen::event(QEvent* event)
+{
+    // Before the first showing, and not in the constructor: what a tool's own screen shows counts too.
+    if (event->type() == QEvent::Polish) {
+        showEverything();
+    }
+    return QWidget::event(event);
+}
+
+void ToolScreen::showEverything()
+{
+    startOver();
+    showFilter();
+    showEntries();
+    showState();
+    m_banner->showMessage(m_tool.statusMessage());
+    m_banner->showUndo(m_tool.undoable().has_value());
+    m_banner->showRemoval(m_tool.removal());
+}
+
+void ToolScreen::makeLayout()
+{
+    m_header->setLeading(m_title);
+    auto* const footer = new QVBoxLayout(m_footer);
+    footer->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
+    footer->setSpacing(Theme::gap);
+    footer->addWidget(m_progress);
+    footer->addWidget(m_banner);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    column->addWidget(m_header);
+    column->addWidget(m_pages, 1);
+    column->addWidget(m_footer);
+    column->addWidget(m_selectionBar);
+}
+
+void ToolScreen::connectTool()
+{
+    connect(&m_tool, &ListToolViewModel::stateChanged, this, &ToolScreen::showState);
+    connect(&m_tool, &ListToolViewModel::entriesChanged, this, [this] { showEntries(); });
+    connect(&m_tool, &ListToolViewModel::searchTextChanged, this, [this] { showFilter(); });
+    connect(&m_tool, &ListToolViewModel::rootURLChanged, this, [this] { startOver(); });
+    connect(&m_tool, &ListToolViewModel::scanCompletedChanged, this, &ToolScreen::showProgress);
+    connect(&m_tool, &ListToolViewModel::scanTotalChanged, this, &ToolScreen::showProgress);
+    connect(&m_tool, &ListToolViewModel::isDiscoveringChanged, this, &ToolScreen::showProgress);
+    connect(&m_tool, &ListToolViewModel::statusMessageChanged, m_banner,
+            [this] { m_banner->showMessage(m_tool.statusMessage()); });
+    connect(&m_tool, &ListToolViewModel::undoableChanged, m_banner,
+            [this] { m_banner->showUndo(m_tool.undoable().has_value()); });
+    connect(&m_tool, &ListToolViewModel::removalChanged, m_banner,
+            [this] { m_banner->showRemoval(m_tool.removal()); });
+    connect(&m_patience, &QTimer::timeout, this, &ToolScreen::showPage);
+}
+
+void ToolScreen::connectWidgets()
+{
+    connect(m_pages, &ToolPages::folderRequested, this, &ToolScreen::chooseFolder);
+    connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
+    connect(m_header, &ToolHeader::stopRequested, &m_tool, &ListToolViewModel::cancelScan);
+    connect(m_header, &ToolHeader::exportRequested, this, &ToolScreen::exportEntries);
+    connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ListToolViewModel::setSearchText);
+    connect(&m_header->searchField(), &SearchField::listRequested, m_pages,
+            [this] { m_pages->list()->setFocus(); });
+    connect(m_table, &EntryTable::selectionChanged, this, [this] { setSelection(m_table->selection()); });
+    connect(m_table, &EntryTable::rowsChanged, this, &ToolScreen::showPage);
+    connect(m_table, &EntryTable::activated, this, [this](const Entry& entry) { activate(entry); });
+    connect(m_table, &EntryTable::deleteRequested, this,
+            [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });
+    connect(m_table, &EntryTable::revealRequested, this,
+            [](const Entry& entry) { Desktop::reveal(entry.url); });
+    connect(m_table, &EntryTable::copyPathRequested, this, [](const Entry& entry) { copyPaths({entry}); });
+    connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ListToolViewModel::undoDeletion);
+    connect(m_banner, &StatusBanner::dismissed, &m_tool, &ListToolViewModel::dismissStatus);
+    connect(m_selectionBar, &SelectionBar::selectAllRequested, this, &ToolScreen::checkAllVisible);
+    connect(m_selectionBar, &SelectionBar::clearRequested, this, [this] { setSelection({}); });
+    connect(m_selectionBar, &SelectionBar::deleteRequested, this,
+            [this] { askDeletion(selectedEntries(), DeleteConfirmation::Default::trash); });
+}
+
+void ToolScreen::addShortcut(const QKeySequence& keys, const std::function<void()>& act)
+{
+    // A hidden screen's shortcuts are asleep, and a text field takes the keys it edits with first.
+    auto* const action = new QAction(this);
+    action->setShortcut(keys);
+    connect(action, &QAction::triggered, this, act);
+    addAction(action);
+}
+
+void ToolScreen::addShortcuts()
+{
+    addShortcut(Qt::CTRL | Qt::Key_O, [this] { chooseFolder(); });
+    addShortcut(Qt::Key_F5, [this] { m_tool.refresh(); });
+    addShortcut(Qt::CTRL | Qt::Key_F, [this] { m_header->searchField().setFocus(Qt::ShortcutFocusReason); });
+    addShortcut(Qt::Key_Escape, [this] { stopOrClearFilter(); });
+    addShortcut(Qt::CTRL | Qt::Key_A, [this] { checkAllVisible(); });
+    addShortcut(Qt::CTRL | Qt::Key_C, [this] {
+        const auto entry = currentEntry();
+        copyPaths(entry ? std::vector{*entry} : selectedEntries());
+    });
+    addShortcut(Qt::CTRL | Qt::Key_E, [this] { exportEntries(); });
+    addShortcut(Qt::CTRL | Qt::Key_Z, [this] { m_tool.undoDeletion(); });
+    addShortcut(Qt::Key_Delete, [this] { askDeletionOfChecked(DeleteConfirmation::Default::trash); });
+    addShortcut(Qt::SHIFT | Qt::Key_Delete,
+                [this] { askDeletionOfChecked(DeleteConfirmation::Default::permanent); });
+}
+
+void ToolScreen::showState()
+{
+    if (m_tool.isScanning()) {
+        m_patience.start();
+    } else {
+        m_patience.stop();
+    }
+    dropVanishedChecks();
+    showPage();
+    showProgress();
+}
+
+/// What is no longer listed is no longer checked; while a scan fills the list nothing is known to be gone.
+void ToolScreen::dropVanishedChecks()
+{
+    if (m_selection.empty() || m_tool.isScanning()) {
+        return;
+    }
+    UrlSet present;
+    std::ranges::for_each(deletionTargets(m_tool.entries(), m_selection),
+                          [&present](const Entry& entry) { present.insert(entry.url); });
+    setSelection(std::move(present));
+}
+
+bool ToolScreen::hasList() const
+{
+    const ToolState::Phase phase = m_tool.state().phase;
+    return phase == ToolState::Phase::scanning || phase == ToolState::Phase::loaded;
+}
+
+void ToolScreen::showPage()
+{
+    const bool hidesEverything = !m_tool.searchText().isEmpty() && m_table->visibleCount() == 0;
+    m_header->setVisible(hasList());
+    m_selectionBar->setVisible(hasList());
+    m_pages->showPage(m_patience.isActive(), hidesEverything);
+    const bool isScanning = m_tool.isScanning() && !m_patience.isActive();
+    m_header->showScanning(isScanning);
+    m_progress->setVisible(isScanning && m_tool.scanTotal() > 0);
+}
+
+void ToolScreen::showProgress()
+{
+    m_progress->setProgress(m_tool.scanFraction(), m_tool.scanCompleted(), m_tool.scanTotal());
+    showPage();
+}
+
+void ToolScreen::showEntries()
+{
+    m_table->setEntries(m_tool.entries());
+    m_header->showEntryCount(m_tool.entries().size());
+    dropVanishedChecks();
+    showPage();
+    showSelection();
+}
+
+void ToolScreen::showFilter()
+{
+    m_header->searchField().setText(m_tool.searchText());
+    m_table->setFilter(m_tool.filter());
+    showPage();
+    showSelection();
+}
+
+void ToolScreen::setSelection(UrlSet selection)
+{
+    if (assignIfChanged(m_selection, std::move(selection))) {
+        showSelection();
+    }
+}
+
+void ToolScreen::showSelection()
+{
+    m_table->setSelection(m_selection);
+    const std::vector<Entry> selected = selectedEntries();
+    m_checkedCount = selected.size();
+    m_selectionBar->setSelection(static_cast<std::int64_t>(selected.size()), totalSize(selected));
+    showSummary();
+}
+
+void ToolScreen::showSummary()
+{
+    m_header->showSummary(summary());
+}
+
+QString ToolScreen::summary() const
+{
+    QString text = counted(m_tool.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
+                   QString::fromStdString(SizeFormatter::string(m_tool.totalSize()));
+    if (m_checkedCount > 0) {
+        text += QStringLiteral(" · ") + counted(m_checkedCount, QStringLiteral("coché"));
+    }
+    return text;
+}
+
+std::vector<Entry> ToolScreen::selectedEntries() const
+{
+    if (m_selection.empty()) {
+        return {};
+    }
+    return deletionTargets(m_tool.filteredEntries(), m_selection);
+}
+
+void ToolScreen::startOver()
+{
+    if (m_title != nullptr && m_tool.rootURL()) {
+        m_title->setFolder(FileUrlText::displayFromHome(*m_tool.rootURL()));
+    }
+    m_table->startOver();
+    setSelection({});
+}
+
+void ToolScreen::showList(QWidget* list)
+{
+    m_pages->showList(list);
+}
+
+void ToolScreen::addList(QWidget* list)
+{
+    m_pages->addList(list);
+}
+
+void ToolScreen::chooseFolder()
+{
+    Desktop::chooseFolder(this, m_tool.rootURL(),
+                          [&tool = m_tool](const FolderChoice& choice) { tool.handleImport(choice); });
+}
+
+void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmation::Default choice)
+{
+    if (entries.empty()) {
+        return;
+    }
+    auto* const dialog = new DeleteConfirmation(PendingDeletion::many(entries), choice, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ListToolViewModel::deleteSelected);
+    dialog->open();
+}
+
+void ToolScreen::askDeletionOfChecked(DeleteConfirmation::Default choice)
+{
+    // Without a check the row that the keyboard is on is meant.
+    std::vector<Entry> entries = selectedEntries();
+    if (const auto current = currentEntry(); entries.empty() && current) {
+        entries.push_back(*current);
+    }
+    askDeletion(entries, choice);
+}
+
+void ToolScreen::checkAllVisible()
+{
+    UrlSet all = m_selection;
+    const EntryList visible = m_tool.filteredEntries();
+    std::ranges::transform(visible, std::inserter(all, all.end()), &Entry::url);
+    setSelection(std::move(all));
+}
+
+void ToolScreen::exportEntries()
+{
+    const EntryList entries = m_tool.filteredEntries();
+    if (!entries.empty()) {
+        exportAsCSV(this, entries, exportName());
+    }
+}
+
+QString ToolScreen::exportName() const
+{
+    return m_style.title;
+}
+
+void ToolScreen::activate(const Entry& entry)
+{
+    Desktop::reveal(entry.url);
+}
+
+std::optional<Entry> ToolScreen::currentEntry() const
+{
+    return m_table->currentEntry();
+}
+
+void ToolScreen::copyPaths(const std::vector<Entry>& entries)
+{
+    QStringList paths;
+    std::ranges::transform(entries, std::back_inserter(paths),
+                           [](const Entry& entry) { return FileUrlText::toFileName(entry.url); });
+    if (!paths.isEmpty()) {
+        QGuiApplication::clipboard()->setText(paths.join(QLatin1Char{'\n'}));
+    }
+}
+
+void ToolScreen::stopOrClearFilter()
+{
+    if (m_tool.isScanning()) {
+        m_tool.cancelScan();
+    } else {
+        m_tool.setSearchText({});
+    }
+}
+
+} // namespace tallyroom

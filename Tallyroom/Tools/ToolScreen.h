@@ -1,0 +1,136 @@
+#pragma once
+
+#include "Components/EntryTableStyle.h"
+#include "Components/ToolWelcome.h"
+#include "Deletion/DeleteConfirmation.h"
+#include "Tools/ListToolViewModel.h"
+
+#include <QKeySequence>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+#include <functional>
+
+namespace tallyroom {
+
+class EntryTable;
+class ScanProgressBar;
+class SelectionBar;
+class StatusBanner;
+class ToolHeader;
+class ToolPages;
+class ToolTitle;
+
+/// What a list tool's screen says of itself.
+struct ToolScreenStyle {
+    QString title;
+    QString searchPlaceholder;
+    ToolWelcome::Content welcome;
+    QString emptyMessage; ///< a finished scan that found nothing
+    EntryTableStyle table;
+};
+
+/// The frame that all list tools share: header, list, progress, banner, selection bar, and the pages that
+/// stand in for the list; the keys too. A tool's screen adds its options and overrides what it says
+/// differently. Holds what the user has checked and what is to be confirmed, nothing else. Main thread.
+class ToolScreen : public QWidget {
+    Q_OBJECT
+
+public:
+    /// `tool` must outlive the screen.
+    ToolScreen(ListToolViewModel& tool, ToolScreenStyle style, QWidget* parent = nullptr);
+
+    /// What is checked, hidden entries included.
+    [[nodiscard]] const UrlSet& selection() const { return m_selection; }
+
+    void setSelection(UrlSet selection);
+
+    /// The checked entries that the filter lets through: what "Supprimer…" is about.
+    [[nodiscard]] std::vector<Entry> selectedEntries() const;
+
+    /// Opens the folder chooser.
+    void chooseFolder();
+
+    /// Asks whether `entries` are to be deleted; nothing is asked about none.
+    void askDeletion(const std::vector<Entry>& entries, DeleteConfirmation::Default choice);
+
+    void exportEntries();
+
+protected:
+    [[nodiscard]] ListToolViewModel& tool() const { return m_tool; }
+
+    [[nodiscard]] ToolHeader& header() const { return *m_header; }
+
+    [[nodiscard]] EntryTable& table() const { return *m_table; }
+
+    /// Puts another view of the list into the place of the table, or the table back.
+    void showList(QWidget* list);
+
+    /// Adds a list view besides the table; it becomes visible by `showList`.
+    void addList(QWidget* list);
+
+    /// Runs `act` on `keys` while this screen is on show and no text field wants them.
+    void addShortcut(const QKeySequence& keys, const std::function<void()>& act);
+
+    /// How many of the entries on show are checked.
+    [[nodiscard]] std::size_t checkedCount() const { return m_checkedCount; }
+
+    /// "11 éléments · 86,4 Go · 2 cochés"
+    [[nodiscard]] virtual QString summary() const;
+
+    /// The file name that an export proposes, without extension.
+    [[nodiscard]] virtual QString exportName() const;
+
+    /// What a row does when it is entered: shows the item in the file browser.
+    virtual void activate(const Entry& entry);
+
+    /// The entry that the keyboard is on.
+    [[nodiscard]] virtual std::optional<Entry> currentEntry() const;
+
+    /// Another folder is about to be shown: checks and place are forgotten.
+    virtual void startOver();
+
+    // One a property; a tool that shows more of it extends them.
+    virtual void showEntries();
+    virtual void showFilter();
+    virtual void showSelection();
+    void showSummary();
+
+    bool event(QEvent* event) override;
+
+private:
+    void makeLayout();
+    void connectTool();
+    void connectWidgets();
+    void addShortcuts();
+
+    void showEverything();
+    void showState();
+    void showPage();
+    void showProgress();
+    void dropVanishedChecks();
+    [[nodiscard]] bool hasList() const;
+
+    void checkAllVisible();
+    void askDeletionOfChecked(DeleteConfirmation::Default choice);
+    static void copyPaths(const std::vector<Entry>& entries);
+    void stopOrClearFilter();
+
+    ListToolViewModel& m_tool;
+    ToolScreenStyle m_style;
+    UrlSet m_selection;
+    std::size_t m_checkedCount = 0;
+    QTimer m_patience; // scans that end at once are not worth a spinner
+
+    ToolHeader* m_header;
+    QPointer<ToolTitle> m_title; // none where a tool has put something else into its place
+    ToolPages* m_pages;
+    EntryTable* m_table;
+    ScanProgressBar* m_progress;
+    QWidget* m_footer;
+    StatusBanner* m_banner;
+    SelectionBar* m_selectionBar;
+};
+
+} // namespace tallyroom

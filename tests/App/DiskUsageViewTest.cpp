@@ -1,0 +1,297 @@
+#include "Tools/DiskUsage/DiskUsageView.h"
+
+#include "App/NavigatorScene.h"
+#include "Components/EntryTable.h"
+#include "Components/SearchField.h"
+#include "Components/SelectionBar.h"
+#include "Components/Theme.h"
+#include "Deletion/StatusBanner.h"
+#include "Settings/PersistedSettings.h"
+#include "Tools/DiskUsage/Breadcrumb.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QClipboard>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+
+/// The explorer's screen in a window of its own, on a loaded folder of two files and a folder.
+class DiskUsageViewTest : public testing::Test {
+protected:
+    DiskUsageViewTest()
+    {
+        Settings::store().remove(QStringLiteral("diskUsage.treemap"));
+        scene.openLoaded("/r", {folderEntry("/r/folder", 30), fileEntry("/r/b", 20), fileEntry("/r/c", 10)});
+        view.resize(900, 600);
+        view.show();
+        QApplication::setActiveWindow(&view);
+        table().setFocus();
+    }
+
+    [[nodiscard]] EntryTable& table() { return *view.findChild<EntryTable*>(); }
+
+    [[nodiscard]] SearchField& search() { return *view.findChild<SearchField*>(); }
+
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(view.focusWidget(), key, modifiers);
+    }
+
+    [[nodiscard]] QStringList texts() const
+    {
+        QStringList all;
+        for (const QLabel* const label : view.findChildren<QLabel*>()) {
+            if (label->isVisible()) {
+                all << label->text();
+            }
+        }
+        return all;
+    }
+
+    [[nodiscard]] QAbstractButton* button(const QString& text) const
+    {
+        for (QAbstractButton* const one : view.findChildren<QAbstractButton*>()) {
+            if (one->isVisible() && (one->text() == text || one->accessibleName() == text)) {
+                return one;
+            }
+        }
+        return nullptr;
+    }
+
+    [[nodiscard]] DeleteConfirmation* dialog() const { return view.findChild<DeleteConfirmation*>(); }
+
+    [[nodiscard]] QString current() const
+    {
+        return QString::fromStdString(scene.navigator->currentURL()->path());
+    }
+
+    NavigatorScene scene;
+    DiskUsageView view{*scene.navigator};
+};
+
+TEST_F(DiskUsageViewTest, KeysMoveThroughFolders)
+{
+    ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/folder"}));
+    press(Qt::Key_Return);
+    EXPECT_EQ(current(), QStringLiteral("/r/folder"));
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(current(), QStringLiteral("/r"));
+    scene.navigator->activate(folderEntry("/r/folder", 0));
+    scene.navigator->activate(folderEntry("/r/folder/deep", 0));
+    press(Qt::Key_Up, Qt::AltModifier);
+    EXPECT_EQ(current(), QStringLiteral("/r/folder"));
+    press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(current(), QStringLiteral("/r"));
+    scene.navigator->activate(folderEntry("/r/folder", 0));
+    press(Qt::Key_Home, Qt::AltModifier);
+    EXPECT_EQ(current(), QStringLiteral("/r"));
+    scene.navigator->activate(folderEntry("/r/folder", 0));
+    QTest::mouseClick(&table(), Qt::BackButton);
+    EXPECT_EQ(current(), QStringLiteral("/r"));
+}
+
+TEST_F(DiskUsageViewTest, GoingBackFindsTheFolderThatWasLeft)
+{
+    scene.navigator->activate(folderEntry("/r/folder", 30));
+    scene.finishListing({});
+    scene.navigator->goBack();
+    scene.finishListing({fileEntry("/r/b", 50), folderEntry("/r/folder", 30)});
+    ASSERT_TRUE(table().currentEntry());
+    EXPECT_EQ(table().currentEntry()->name, "folder");
+}
+
+TEST_F(DiskUsageViewTest, KeysCheckAndUncheck)
+{
+    ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/b"}));
+    press(Qt::Key_Space);
+    EXPECT_EQ(view.selection(), UrlSet{FileUrl{"/r/b"}});
+    EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 coché")));
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(view.selection().size(), 3U);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("/r/b"));
+}
+
+TEST_F(DiskUsageViewTest, ATextFieldKeepsItsOwnKeys)
+{
+    press(Qt::Key_F, Qt::ControlModifier);
+    ASSERT_TRUE(search().hasFocus());
+    QTest::keyClicks(&search(), QStringLiteral("bx"));
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(scene.navigator->searchText(), QStringLiteral("b"));
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("b"));
+    EXPECT_TRUE(view.selection().empty());
+    press(Qt::Key_Delete);
+    EXPECT_EQ(scene.navigator->searchText(), QString{});
+    EXPECT_EQ(dialog(), nullptr);
+}
+
+TEST_F(DiskUsageViewTest, WhatTheFilterHidesIsNotDeleted)
+{
+    view.setSelection({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
+    scene.navigator->setSearchText(QStringLiteral("C"));
+    EXPECT_THAT(view.selectedEntries(), ElementsAre(fileEntry("/r/c", 10)));
+    press(Qt::Key_Delete);
+    ASSERT_NE(dialog(), nullptr);
+    EXPECT_THAT(dialog()->pending().urls, ElementsAre(FileUrl{"/r/c"}));
+}
+
+TEST_F(DiskUsageViewTest, EscapeStopsTheScanAndElseClearsTheFilter)
+{
+    scene.navigator->setSearchText(QStringLiteral("b"));
+    press(Qt::Key_F5);
+    EXPECT_THAT(scene.invalidated, ElementsAre(FileUrl{"/r"}));
+    EXPECT_FALSE(scene.listing().useCache);
+    search().setFocus();
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(scene.listing().isCancelled());
+    EXPECT_EQ(search().text(), QStringLiteral("b"));
+    press(Qt::Key_Escape);
+    EXPECT_EQ(search().text(), QString{});
+}
+
+TEST_F(DiskUsageViewTest, DeleteAndShiftDeleteDifferInTheChoiceThatEnterTakes)
+{
+    struct Case {
+        Qt::KeyboardModifiers modifiers;
+        QString report;
+    };
+
+    const std::vector<Case> cases{
+        {Qt::NoModifier, QStringLiteral("1 élément(s) · 20 o mis à la corbeille.")},
+        {Qt::ShiftModifier, QStringLiteral("1 élément(s) · 10 o supprimé(s) définitivement.")}};
+    const std::vector<FileUrl> checked{FileUrl{"/r/b"}, FileUrl{"/r/c"}};
+    for (std::size_t index = 0; index < cases.size(); ++index) {
+        QApplication::setActiveWindow(&view);
+        view.setSelection({checked[index]});
+        press(Qt::Key_Delete, cases[index].modifiers);
+        ASSERT_NE(dialog(), nullptr);
+        QTest::keyClick(dialog(), Qt::Key_Return);
+        ASSERT_TRUE(scene.waitForRemoval());
+        EXPECT_EQ(scene.navigator->statusMessage(), cases[index].report);
+        EXPECT_TRUE(view.selection().empty());
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST_F(DiskUsageViewTest, TheDialogSaysWhatIsAtStakeAndMayBeLeft)
+{
+    view.setSelection({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
+    press(Qt::Key_Delete);
+    ASSERT_NE(dialog(), nullptr);
+    EXPECT_EQ(dialog()->windowTitle(), QStringLiteral("Comment supprimer ?"));
+    QStringList labels;
+    for (const QLabel* const label : dialog()->findChildren<QLabel*>()) {
+        labels << label->text();
+    }
+    EXPECT_TRUE(labels.contains(
+        QStringLiteral("2 éléments · 30 o\n\n« Mettre à la corbeille » est réversible. « Supprimer "
+                       "définitivement » ne l'est pas.")));
+    QStringList buttons;
+    for (const QPushButton* const one : dialog()->findChildren<QPushButton*>()) {
+        buttons << one->text();
+    }
+    EXPECT_EQ(buttons, (QStringList{QStringLiteral("Mettre à la corbeille"),
+                                    QStringLiteral("Supprimer définitivement"), QStringLiteral("Annuler")}));
+    QTest::keyClick(dialog(), Qt::Key_Escape);
+    EXPECT_FALSE(scene.deletions->isRunning());
+    EXPECT_EQ(scene.listedNames().size(), 3U);
+}
+
+TEST_F(DiskUsageViewTest, TheBannerTakesADeletionBackOnce)
+{
+    scene.deleteNow({FileUrl{"/r/b"}});
+    QAbstractButton* const undo = button(QStringLiteral("Annuler la suppression"));
+    ASSERT_NE(undo, nullptr);
+    undo->click();
+    ASSERT_TRUE(scene.waitForRemoval());
+    EXPECT_EQ(scene.listedNames().size(), 3U);
+    EXPECT_EQ(button(QStringLiteral("Annuler la suppression")), nullptr);
+    button(QStringLiteral("Fermer le message"))->click();
+    EXPECT_FALSE(view.findChild<StatusBanner*>()->isVisible());
+    scene.deleteNow({FileUrl{"/r/b"}});
+    press(Qt::Key_Z, Qt::ControlModifier);
+    ASSERT_TRUE(scene.waitForRemoval());
+    EXPECT_EQ(scene.listedNames().size(), 3U);
+}
+
+TEST_F(DiskUsageViewTest, ChecksStayWhileAScanFillsTheListAndGoWithTheFolder)
+{
+    scene.navigator->activate(folderEntry("/r/folder", 30));
+    scene.listing().send({fileEntry("/r/folder/x", 5)}, 1, 2);
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::entriesChanged,
+                          [&] { return !scene.navigator->entries().empty(); }));
+    view.setSelection({FileUrl{"/r/folder/x"}});
+    scene.finishListing({fileEntry("/r/folder/y", 9), fileEntry("/r/folder/x", 5)});
+    EXPECT_EQ(view.selection(), UrlSet{FileUrl{"/r/folder/x"}});
+    scene.navigator->goBack();
+    EXPECT_TRUE(view.selection().empty());
+}
+
+TEST_F(DiskUsageViewTest, EveryEndOfAScanHasItsWords)
+{
+    scene.navigator->activate(folderEntry("/r/folder", 0));
+    scene.finishListing({});
+    EXPECT_TRUE(texts().contains(QStringLiteral("Ce dossier est vide.")));
+    scene.navigator->goBack();
+    scene.finishListing({fileEntry("/r/b", 1)});
+    scene.navigator->setSearchText(QStringLiteral("nothing"));
+    EXPECT_TRUE(texts().contains(QStringLiteral("Aucun élément ne correspond au filtre.")));
+    button(QStringLiteral("Effacer le filtre"))->click();
+    EXPECT_TRUE(table().isVisible());
+    scene.navigator->handleImport(FolderChoice{});
+    EXPECT_TRUE(texts().contains(QStringLiteral("Aucun dossier sélectionné.")));
+    button(QStringLiteral("Revenir"))->click();
+    EXPECT_TRUE(table().isVisible());
+}
+
+TEST_F(DiskUsageViewTest, TheChoiceOfTreemapIsKept)
+{
+    EXPECT_FALSE(view.isTreemapShown());
+    button(QStringLiteral("Treemap"))->click();
+    EXPECT_TRUE(view.isTreemapShown());
+    EXPECT_FALSE(table().isVisible());
+    const DiskUsageView next{*scene.navigator};
+    EXPECT_TRUE(next.isTreemapShown());
+}
+
+TEST(Breadcrumb, ALongWayKeepsRootAndCurrentFolderOnScreen)
+{
+    Breadcrumb breadcrumb;
+    std::vector<BreadcrumbItem> items;
+    FileUrl url{"/"};
+    for (const char* name : {"root", "one & two", "three", "four", "five", "current"}) {
+        url = url.appending(name);
+        items.push_back({name, url});
+    }
+    breadcrumb.setItems(items);
+    breadcrumb.resize(160, Theme::controlHeight);
+    breadcrumb.show();
+    QStringList shown;
+    for (const QAbstractButton* const step : breadcrumb.findChildren<QAbstractButton*>()) {
+        if (step->isVisible()) {
+            EXPECT_LE(step->geometry().right(), breadcrumb.width());
+            shown << step->text();
+        }
+    }
+    EXPECT_TRUE(shown.contains(QStringLiteral("root")));
+    EXPECT_TRUE(shown.contains(QStringLiteral("current")));
+    EXPECT_TRUE(shown.contains(QStringLiteral("…")));
+    EXPECT_FALSE(shown.contains(QStringLiteral("three")));
+}
+
+} // namespace
+
+} // namespace tallyroom

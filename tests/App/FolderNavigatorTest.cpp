@@ -1,0 +1,368 @@
+#include "App/NavigatorScene.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const auto twoFiles = [] { return std::vector{fileEntry("/r/big", 900), fileEntry("/r/small", 10)}; };
+
+TEST(FolderNavigator, TellsTheWholeStoryOfAScanInOrderAndNothingTwice)
+{
+    NavigatorScene scene;
+    PropertyLog log = scene.log();
+    scene.navigator->open(FileUrl{"/r"});
+    EXPECT_THAT(log.take(), ElementsAre("rootURL=/r", "currentURL=/r", "state=scanning"));
+
+    scene.listing().send({fileEntry("/r/a", 5)}, 1, 2);
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::scanTotalChanged,
+                          [&] { return scene.navigator->scanTotal() == 2; }));
+    EXPECT_THAT(log.take(), ElementsAre("entries=a", "scanCompleted=1", "scanTotal=2"));
+
+    scene.finishListing({fileEntry("/r/b", 9), fileEntry("/r/a", 5)});
+    EXPECT_THAT(log.take(), ElementsAre("entries=b a", "scanCompleted=2", "state=loaded"));
+
+    scene.navigator->activate(folderEntry("/r/b", 9));
+    EXPECT_THAT(log.take(), ElementsAre("canGoBack=true", "currentURL=/r/b", "state=scanning",
+                                        "entries=", "scanCompleted=0", "scanTotal=0"));
+}
+
+TEST(FolderNavigator, AnObserverNeverSeesHalfARecord)
+{
+    NavigatorScene scene;
+    scene.navigator->open(FileUrl{"/r"});
+    std::vector<std::int64_t> seen;
+    QObject observer;
+    QObject::connect(scene.navigator.get(), &ListToolViewModel::entriesChanged, &observer, [&] {
+        seen = {scene.navigator->scanCompleted(), scene.navigator->scanTotal()};
+    });
+    scene.finishListing(twoFiles());
+    EXPECT_THAT(seen, ElementsAre(2, 2));
+}
+
+TEST(FolderNavigator, ReplacingAListingStopsItAndDropsWhatItStillSends)
+{
+    NavigatorScene scene;
+    scene.navigator->open(FileUrl{"/r"});
+    scene.listing().send(twoFiles(), 2, 2);
+    scene.navigator->navigateViaBreadcrumb(FileUrl{"/r/sub"});
+    HandFedListing& replaced = *scene.listings.front();
+    EXPECT_TRUE(replaced.isCancelled());
+    replaced.send(twoFiles(), 2, 2);
+    replaced.end();
+    PropertyLog log = scene.log();
+    scene.finishListing({fileEntry("/r/sub/new", 1)});
+    EXPECT_THAT(log.take(), ElementsAre("entries=new", "scanCompleted=1", "scanTotal=1", "state=loaded"));
+}
+
+TEST(FolderNavigator, AnObserverMayNavigateWhileARecordIsHandedOver)
+{
+    NavigatorScene scene;
+    scene.navigator->open(FileUrl{"/r"});
+    QObject observer;
+    QObject::connect(
+        scene.navigator.get(), &ListToolViewModel::entriesChanged, &observer,
+        [&] { scene.navigator->navigateViaBreadcrumb(FileUrl{"/r/sub"}); }, Qt::SingleShotConnection);
+    scene.listing().send(twoFiles(), 2, 2);
+    scene.listing().end();
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &FolderNavigatorViewModel::currentURLChanged,
+                          [&] { return scene.listings.size() == 2; }));
+    EXPECT_EQ(scene.navigator->state(), ToolState::scanning());
+    EXPECT_THAT(scene.listedNames(), IsEmpty());
+}
+
+TEST(FolderNavigator, StoppingKeepsThePartialListAndIsForScansOnly)
+{
+    NavigatorScene scene;
+    scene.navigator->cancelScan();
+    EXPECT_EQ(scene.navigator->state(), ToolState::idle());
+    scene.navigator->open(FileUrl{"/r"});
+    scene.listing().send({fileEntry("/r/a", 5)}, 1, 2);
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::entriesChanged,
+                          [&] { return !scene.navigator->entries().empty(); }));
+    scene.navigator->cancelScan();
+    EXPECT_TRUE(scene.listing().isCancelled());
+    EXPECT_EQ(scene.navigator->state(), ToolState::loaded());
+    EXPECT_THAT(scene.listedNames(), ElementsAre("a"));
+    EXPECT_DOUBLE_EQ(scene.navigator->scanFraction(), 0.5);
+}
+
+TEST(FolderNavigator, LeavingTheProgramDuringAScanStopsIt)
+{
+    NavigatorScene scene;
+    scene.navigator->open(FileUrl{"/r"});
+    scene.listing().send(twoFiles(), 2, 2);
+    scene.navigator.reset();
+    EXPECT_TRUE(scene.listing().isCancelled());
+    scene.listing().send(twoFiles(), 2, 2);
+}
+
+TEST(FolderNavigator, AFolderThatCannotBeChosenIsAnErrorThatStays)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", twoFiles());
+    scene.navigator->handleImport(std::unexpected(QStringLiteral("refusé.")));
+    EXPECT_EQ(scene.navigator->state(), ToolState::error(QStringLiteral("Sélection impossible : refusé.")));
+    scene.navigator->handleImport(FolderChoice{});
+    EXPECT_EQ(scene.navigator->state(), ToolState::error(QStringLiteral("Aucun dossier sélectionné.")));
+    EXPECT_THAT(scene.listedNames(), ElementsAre("big", "small"));
+    scene.navigator->handleImport(std::vector{FileUrl{"/x"}, FileUrl{"/y"}});
+    EXPECT_EQ(scene.navigator->rootURL(), FileUrl{"/x"});
+    EXPECT_EQ(scene.listings.size(), 2U);
+}
+
+TEST(FolderNavigator, AFileIsShownAndNotEntered)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", twoFiles());
+    scene.navigator->activate(fileEntry("/r/big", 900));
+    EXPECT_THAT(scene.revealed, ElementsAre(FileUrl{"/r/big"}));
+    EXPECT_FALSE(scene.navigator->canGoBack());
+    EXPECT_EQ(scene.listings.size(), 1U);
+}
+
+/// One walk through folders: "/x" enters, "<" goes back, "^" up, "~" to the root, ":/x" clicks a breadcrumb.
+struct Walk {
+    const char* name;
+    std::vector<std::string> steps;
+    std::string current;
+    std::vector<std::string> backSteps; // where repeated "Retour" leads
+};
+
+class FolderNavigatorWalk : public testing::TestWithParam<Walk> {};
+
+TEST_P(FolderNavigatorWalk, LeadsBackTheWayItCame)
+{
+    NavigatorScene scene;
+    FolderNavigatorViewModel& navigator = *scene.navigator;
+    navigator.open(FileUrl{"/r"});
+    for (const std::string& step : GetParam().steps) {
+        if (step == "<") {
+            navigator.goBack();
+        } else if (step == "^") {
+            navigator.goUp();
+        } else if (step == "~") {
+            navigator.goToRoot();
+        } else if (step.starts_with(':')) {
+            navigator.navigateViaBreadcrumb(FileUrl{step.substr(1)});
+        } else {
+            navigator.activate(folderEntry(step, 0));
+        }
+    }
+    EXPECT_EQ(navigator.currentURL(), FileUrl{GetParam().current});
+    std::vector<std::string> backSteps;
+    while (navigator.canGoBack()) {
+        navigator.goBack();
+        backSteps.push_back(navigator.currentURL()->path());
+    }
+    EXPECT_EQ(backSteps, GetParam().backSteps);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, FolderNavigatorWalk,
+    testing::Values(Walk{"BackAtTheStartStays", {"<"}, "/r", {}},
+                    Walk{"DownAndDown", {"/r/a", "/r/a/b"}, "/r/a/b", {"/r/a", "/r"}},
+                    Walk{"ACrumbInTheHistoryCutsItThere", {"/r/a", "/r/a/b", ":/r/a"}, "/r/a", {"/r"}},
+                    Walk{"TheLastOfTwoEqualCrumbsCounts",
+                         {"/r/a", ":/r/q", "/r/a", "/r/a/b", ":/r/a"},
+                         "/r/a",
+                         {"/r/q", "/r/a", "/r"}},
+                    Walk{"ACrumbNotInTheHistoryIsPushedUpon", {":/r/a/b", ":/r/a"}, "/r/a", {"/r/a/b", "/r"}},
+                    Walk{"TheCurrentCrumbDoesNothing", {"/r/a", ":/r/a"}, "/r/a", {"/r"}},
+                    Walk{"UpIsACrumbAndEndsAtTheRoot", {"/r/a", "/r/a/b", "^", "^", "^"}, "/r", {}},
+                    Walk{"TheRootCrumb", {"/r/a", "/r/a/b", "~"}, "/r", {}},
+                    Walk{"BackFromBack", {"/r/a", "/r/a/b", "<", "<"}, "/r", {}}),
+    [](const auto& walk) { return std::string{walk.param.name}; });
+
+TEST(FolderNavigator, TheBreadcrumbGoesFromTheRootToTheCurrentFolderByComponents)
+{
+    struct Case {
+        std::string root;
+        std::string current;
+        std::vector<BreadcrumbItem> items;
+    };
+
+    const std::vector<Case> cases{
+        {"/", "/home/moi", {{"/", FileUrl{"/"}}, {"home", FileUrl{"/home"}}, {"moi", FileUrl{"/home/moi"}}}},
+        {"/r/../s/", "/s/a", {{"s", FileUrl{"/r/../s/"}}, {"a", FileUrl{"/s/a"}}}},
+        {"/r/a", "/r", {{"a", FileUrl{"/r/a"}}}},
+        {"/r", "/r/\xff", {{"r", FileUrl{"/r"}}, {"\xff", FileUrl{"/r/\xff"}}}},
+    };
+    NavigatorScene scene;
+    EXPECT_THAT(scene.navigator->breadcrumb(), IsEmpty());
+    for (const Case& c : cases) {
+        scene.navigator->open(FileUrl{c.root});
+        scene.navigator->navigateViaBreadcrumb(FileUrl{c.current});
+        EXPECT_EQ(scene.navigator->breadcrumb(), c.items) << c.root << " " << c.current;
+    }
+}
+
+TEST(FolderNavigator, RefreshingForgetsTheListingBeforeItListsWithoutTheCache)
+{
+    NavigatorScene scene;
+    scene.navigator->refreshCurrent();
+    EXPECT_THAT(scene.listings, IsEmpty());
+    scene.openLoaded("/r", twoFiles());
+    scene.navigator->activate(folderEntry("/r/a", 0));
+    scene.navigator->refreshCurrent();
+    EXPECT_THAT(scene.invalidated, ElementsAre(FileUrl{"/r/a"}));
+    EXPECT_FALSE(scene.listing().useCache);
+    EXPECT_TRUE(scene.listings[1]->useCache);
+    scene.navigator->goBack();
+    EXPECT_TRUE(scene.listing().useCache);
+    EXPECT_EQ(scene.listing().folder, FileUrl{"/r"});
+}
+
+TEST(FolderNavigator, TheFilterKnowsNoLetterCaseAndHidesNoBytes)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/Été", {fileEntry("/Été/Photos É", 7), fileEntry("/Été/notes", 2)});
+    const auto shown = [&](const QString& text) {
+        scene.navigator->setSearchText(text);
+        return scene.navigator->filteredEntries().size();
+    };
+    EXPECT_EQ(shown(QStringLiteral("PHOTOS é")), 1U);
+    EXPECT_EQ(shown(QStringLiteral("été")), 0U) << "the path is not searched";
+    EXPECT_EQ(shown(QStringLiteral(" notes")), 0U) << "spaces count";
+    EXPECT_EQ(scene.navigator->currentTotalSize(), 9);
+    EXPECT_EQ(shown(QString{}), 2U);
+}
+
+TEST(FolderNavigator, ADeletionIsReportedAndUndoneInOrder)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", {fileEntry("/r/a", 30), fileEntry("/r/b", 20), fileEntry("/r/c", 10)});
+    PropertyLog log = scene.log();
+    scene.deleteNow({FileUrl{"/r/b"}, FileUrl{"/r/gone"}});
+    EXPECT_THAT(log.take(),
+                testing::IsSupersetOf({"entries=a c", "statusMessage=1 élément(s) · 20 o mis à la corbeille.",
+                                       "undoable=offered", "removal=none"}));
+    EXPECT_THAT(scene.invalidated, ElementsAre(FileUrl{"/r"}));
+    scene.undoNow();
+    EXPECT_THAT(log.take(),
+                testing::IsSupersetOf({"entries=a b c",
+                                       "statusMessage=Suppression annulée · 1 élément(s) restauré(s).",
+                                       "undoable=none", "removal=none"}));
+    EXPECT_THAT(scene.invalidated, ElementsAre(FileUrl{"/r"}, FileUrl{"/r"}));
+    scene.navigator->undoDeletion();
+    EXPECT_FALSE(scene.deletions->isRunning());
+}
+
+TEST(FolderNavigator, DeletingWhatIsNoLongerListedDoesNothing)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", twoFiles());
+    PropertyLog log = scene.log();
+    scene.navigator->deleteSelected({FileUrl{"/r/gone"}}, true);
+    scene.navigator->deleteSelected({}, true);
+    EXPECT_FALSE(scene.deletions->isRunning());
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(FolderNavigator, OnlyTheLastDeletionCanBeUndoneAndAPermanentOneNot)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", {fileEntry("/r/a", 3), fileEntry("/r/b", 2), fileEntry("/r/c", 1)});
+    scene.deleteNow({FileUrl{"/r/a"}});
+    scene.deleteNow({FileUrl{"/r/b"}});
+    scene.undoNow();
+    EXPECT_THAT(scene.listedNames(), ElementsAre("b", "c"));
+    scene.deleteNow({FileUrl{"/r/b"}});
+    scene.deleteNow({FileUrl{"/r/c"}}, true);
+    EXPECT_FALSE(scene.navigator->undoable());
+}
+
+TEST(FolderNavigator, NavigatingTakesTheUndoAwayAndLeavesTheMessage)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", twoFiles());
+    scene.deleteNow({FileUrl{"/r/big"}});
+    ASSERT_TRUE(scene.navigator->undoable());
+    scene.navigator->activate(folderEntry("/r/a", 0));
+    EXPECT_FALSE(scene.navigator->undoable());
+    EXPECT_TRUE(scene.navigator->statusMessage());
+}
+
+TEST(FolderNavigator, ADeletionThatEndsAfterNavigatingLeavesTheNewListAlone)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", {folderEntry("/r/a", 9), fileEntry("/r/b", 1)});
+    scene.holdRemovals();
+    scene.navigator->deleteSelected({FileUrl{"/r/b"}}, false);
+    scene.navigator->activate(folderEntry("/r/a", 9));
+    scene.finishListing({fileEntry("/r/a/x", 9)});
+    scene.letRemove();
+    EXPECT_THAT(scene.listedNames(), ElementsAre("x"));
+    EXPECT_FALSE(scene.navigator->undoable());
+    EXPECT_EQ(scene.navigator->statusMessage(), QStringLiteral("1 élément(s) · 1 o mis à la corbeille."));
+    EXPECT_THAT(scene.invalidated, ElementsAre(FileUrl{"/r"})) << "the folder that changed, not the new one";
+}
+
+TEST(FolderNavigator, ADeletionThatEndsAfterARescanStillDropsWhatItRemoved)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", twoFiles());
+    scene.holdRemovals();
+    scene.navigator->deleteSelected({FileUrl{"/r/big"}}, false);
+    scene.navigator->refreshCurrent();
+    scene.finishListing(twoFiles());
+    scene.letRemove();
+    EXPECT_THAT(scene.listedNames(), ElementsAre("small"));
+    EXPECT_FALSE(scene.navigator->undoable());
+}
+
+TEST(FolderNavigator, ARunningScanDoesNotBringBackWhatWasDeletedNorLosesWhatWasPutBack)
+{
+    NavigatorScene scene;
+    scene.navigator->open(FileUrl{"/r"});
+    scene.listing().send(twoFiles(), 2, 4);
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::entriesChanged,
+                          [&] { return scene.navigator->entries().size() == 2; }));
+    scene.deleteNow({FileUrl{"/r/big"}, FileUrl{"/r/small"}});
+    scene.listing().send({fileEntry("/r/big", 900), fileEntry("/r/new", 50), fileEntry("/r/small", 10)}, 3,
+                         4);
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::scanCompletedChanged,
+                          [&] { return scene.navigator->scanCompleted() == 3; }));
+    EXPECT_THAT(scene.listedNames(), ElementsAre("new"));
+    scene.undoNow();
+    EXPECT_THAT(scene.listedNames(), ElementsAre("big", "new", "small"));
+    scene.finishListing({fileEntry("/r/new", 50), fileEntry("/r/small", 10)});
+    EXPECT_THAT(scene.listedNames(), ElementsAre("big", "new", "small"));
+}
+
+TEST(FolderNavigator, AnUndoThatEndsInAnotherFolderAddsNothingToIt)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", twoFiles());
+    scene.deleteNow({FileUrl{"/r/big"}});
+    scene.holdRemovals();
+    scene.navigator->undoDeletion();
+    scene.navigator->activate(folderEntry("/r/a", 0));
+    scene.finishListing({fileEntry("/r/a/x", 1)});
+    scene.letRemove();
+    EXPECT_THAT(scene.listedNames(), ElementsAre("x"));
+    EXPECT_EQ(scene.navigator->statusMessage(),
+              QStringLiteral("Suppression annulée · 1 élément(s) restauré(s)."));
+}
+
+TEST(FolderNavigator, ASecondDeletionIsRefusedInWordsWhileOneRuns)
+{
+    NavigatorScene scene;
+    scene.openLoaded("/r", twoFiles());
+    scene.holdRemovals();
+    scene.navigator->deleteSelected({FileUrl{"/r/big"}}, false);
+    scene.navigator->deleteSelected({FileUrl{"/r/small"}}, true);
+    EXPECT_TRUE(scene.navigator->statusMessage().value_or(QString{}).contains(QStringLiteral("en cours")));
+    scene.letRemove();
+    EXPECT_THAT(scene.listedNames(), ElementsAre("small"));
+    EXPECT_TRUE(scene.navigator->undoable());
+}
+
+} // namespace
+
+} // namespace tallyroom

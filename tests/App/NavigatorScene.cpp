@@ -1,0 +1,153 @@
+#include "App/NavigatorScene.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace tallyroom {
+
+namespace {
+
+std::string describe(const QVariant& value)
+{
+    if (value.metaType() == QMetaType::fromType<ToolState>()) {
+        const auto state = value.value<ToolState>();
+        switch (state.phase) {
+        case ToolState::Phase::idle:
+            return "idle";
+        case ToolState::Phase::scanning:
+            return "scanning";
+        case ToolState::Phase::loaded:
+            return "loaded";
+        case ToolState::Phase::error:
+            return "error: " + state.message.toStdString();
+        }
+    }
+    if (value.metaType() == QMetaType::fromType<EntryList>()) {
+        std::string names;
+        for (const Entry& entry : value.value<EntryList>()) {
+            names += (names.empty() ? "" : " ") + entry.name;
+        }
+        return names;
+    }
+    if (value.metaType() == QMetaType::fromType<std::optional<FileUrl>>()) {
+        return value.value<std::optional<FileUrl>>().value_or(FileUrl{"none"}).path();
+    }
+    if (value.metaType() == QMetaType::fromType<std::optional<QString>>()) {
+        return value.value<std::optional<QString>>().value_or(QStringLiteral("none")).toStdString();
+    }
+    if (value.metaType() == QMetaType::fromType<std::optional<UndoableDeletion>>()) {
+        return value.value<std::optional<UndoableDeletion>>() ? "offered" : "none";
+    }
+    if (value.metaType() == QMetaType::fromType<std::optional<RemovalProgress>>()) {
+        const auto progress = value.value<std::optional<RemovalProgress>>();
+        return progress ? "running" : "none";
+    }
+    return value.toString().toStdString();
+}
+
+Entry entryAt(const std::string& path, std::int64_t size, bool isDirectory)
+{
+    const FileUrl url{path};
+    return {url, std::string{url.lastPathComponent()}, size, isDirectory, {}};
+}
+
+} // namespace
+
+NavigatorScene::NavigatorScene()
+{
+    const auto remove = [this](const FileUrl& url, bool permanently) {
+        if (mayRemove.valid()) {
+            mayRemove.wait();
+        }
+        FileRemover::RemovalResult result;
+        if (undeletable.contains(url)) {
+            result.failures.push_back({url, "refused"});
+            return result;
+        }
+        result.removed.push_back(url);
+        if (!permanently) {
+            result.trashed.push_back({url, FileUrl{"/trash"}.appending(url.lastPathComponent())});
+        }
+        return result;
+    };
+    const auto restore = [this](const FileRemover::TrashedItem& item) {
+        if (mayRemove.valid()) {
+            mayRemove.wait();
+        }
+        return FileRemover::RemovalResult{{item.original}, {}, {}};
+    };
+    deletions = std::make_unique<DeletionRunner>(RemovalOperations{remove, restore});
+    const auto list = [this](const FileUrl& folder, bool useCache) {
+        auto [sender, stream] = makeProgressStream<ScanProgress>();
+        listings.push_back(std::make_unique<HandFedListing>(
+            folder, useCache, std::make_unique<ProgressSender<ScanProgress>>(std::move(sender))));
+        return std::move(stream);
+    };
+    navigator = std::make_unique<FolderNavigatorViewModel>(
+        *deletions, FolderServices{list, [this](const FileUrl& url) { invalidated.push_back(url); },
+                                   [this](const FileUrl& url) { revealed.push_back(url); }});
+}
+
+void NavigatorScene::openLoaded(const std::string& folder, std::vector<Entry> entries)
+{
+    navigator->open(FileUrl{folder});
+    finishListing(std::move(entries));
+}
+
+void NavigatorScene::finishListing(std::vector<Entry> entries)
+{
+    const auto count = static_cast<std::int64_t>(entries.size());
+    listing().send(std::move(entries), count, count);
+    listing().end();
+    ASSERT_TRUE(waitUntil(navigator.get(), &ListToolViewModel::stateChanged,
+                          [this] { return navigator->state() == ToolState::loaded(); }));
+}
+
+void NavigatorScene::letRemove()
+{
+    gate.set_value();
+    ASSERT_TRUE(waitForRemoval());
+    mayRemove = {};
+}
+
+void NavigatorScene::deleteNow(const UrlSet& urls, bool permanently)
+{
+    navigator->deleteSelected(urls, permanently);
+    ASSERT_TRUE(waitForRemoval());
+}
+
+void NavigatorScene::undoNow()
+{
+    navigator->undoDeletion();
+    ASSERT_TRUE(waitForRemoval());
+}
+
+bool NavigatorScene::waitForRemoval()
+{
+    return waitUntil(deletions.get(), &DeletionRunner::isRunningChanged,
+                     [this] { return !deletions->isRunning(); });
+}
+
+std::vector<std::string> NavigatorScene::listedNames() const
+{
+    std::vector<std::string> names;
+    std::ranges::transform(navigator->entries(), std::back_inserter(names), &Entry::name);
+    return names;
+}
+
+PropertyLog NavigatorScene::log()
+{
+    return PropertyLog{navigator.get(), describe};
+}
+
+Entry fileEntry(const std::string& path, std::int64_t size)
+{
+    return entryAt(path, size, false);
+}
+
+Entry folderEntry(const std::string& path, std::int64_t size)
+{
+    return entryAt(path, size, true);
+}
+
+} // namespace tallyroom

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "App/EventWait.h"
+#include "Support/PropertyLog.h"
+#include "Tools/DiskUsage/FolderNavigatorViewModel.h"
+
+#include <future>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tallyroom {
+
+/// A listing that the test feeds by hand.
+struct HandFedListing {
+    FileUrl folder;
+    bool useCache = false;
+    std::unique_ptr<ProgressSender<ScanProgress>> sender;
+
+    void send(std::vector<Entry> entries, std::int64_t completed, std::int64_t total) const
+    {
+        sender->send({EntryList{std::move(entries)}, completed, total, false});
+    }
+
+    void end() { sender.reset(); }
+
+    [[nodiscard]] bool isCancelled() const { return sender->stopToken().stop_requested(); }
+};
+
+/// Stands in for the disk: lists nothing by itself, and removes what it is told, each item when the test lets
+/// it.
+class NavigatorScene {
+public:
+    NavigatorScene();
+
+    [[nodiscard]] HandFedListing& listing() { return *listings.back(); }
+
+    /// Opens `folder` and lets its listing end with `entries`.
+    void openLoaded(const std::string& folder, std::vector<Entry> entries);
+
+    /// Feeds the newest listing a last record and waits for its end.
+    void finishListing(std::vector<Entry> entries);
+
+    /// Removals wait from here on until `letRemove`.
+    void holdRemovals() { gate = std::promise<void>{}, mayRemove = gate.get_future().share(); }
+
+    /// Lets the removal go on and waits until the view model has heard of its end.
+    void letRemove();
+
+    /// Deletes and waits until the view model has heard of the end.
+    void deleteNow(const UrlSet& urls, bool permanently = false);
+
+    void undoNow();
+
+    [[nodiscard]] bool waitForRemoval();
+
+    [[nodiscard]] std::vector<std::string> listedNames() const;
+
+    [[nodiscard]] PropertyLog log();
+
+    std::vector<std::unique_ptr<HandFedListing>> listings;
+    std::vector<FileUrl> invalidated;
+    std::vector<FileUrl> revealed;
+    UrlSet undeletable;
+    std::promise<void> gate;
+    std::shared_future<void> mayRemove;
+    std::unique_ptr<DeletionRunner> deletions;
+    std::unique_ptr<FolderNavigatorViewModel> navigator;
+};
+
+[[nodiscard]] Entry fileEntry(const std::string& path, std::int64_t size);
+[[nodiscard]] Entry folderEntry(const std::string& path, std::int64_t size);
+
+} // namespace tallyroom

@@ -1,0 +1,92 @@
+#include "Settings/RecentFolders.h"
+
+#include "Settings/PersistedSettings.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const QString key = QStringLiteral("recentFolders.test");
+
+class RecentFoldersTest : public testing::Test {
+protected:
+    RecentFoldersTest() { Settings::store().remove(key); }
+
+    ~RecentFoldersTest() override { Settings::store().remove(key); }
+
+    /// What the next start of the program would read from the file.
+    static std::vector<FileUrl> reloaded()
+    {
+        Settings::store().sync();
+        const QSettings file{Settings::store().fileName(), QSettings::IniFormat};
+        Settings::write(key, file.value(key));
+        return RecentFolders{key}.urls();
+    }
+};
+
+TEST_F(RecentFoldersTest, KeepsTheLastEightMostRecentFirstAndEachOnce)
+{
+    RecentFolders recents{key};
+    for (const char* path : {"/1", "/2", "/3", "/4", "/5", "/6", "/7", "/8", "/2/", "/9", "/x/../4"}) {
+        recents.add(FileUrl{path});
+    }
+    EXPECT_THAT(recents.urls(), ElementsAre(FileUrl{"/4"}, FileUrl{"/9"}, FileUrl{"/2"}, FileUrl{"/8"},
+                                            FileUrl{"/7"}, FileUrl{"/6"}, FileUrl{"/5"}, FileUrl{"/3"}));
+    EXPECT_EQ(reloaded(), recents.urls());
+}
+
+TEST_F(RecentFoldersTest, EveryNameSurvivesARestart)
+{
+    for (const char* path : {"/a,b", "/\xff\xfe", "/100%41", "/line\nbreak", "/ été \"; #", "/@Invalid()",
+                             "/file:", "/\xed\xa0\x80"}) {
+        Settings::store().remove(key);
+        RecentFolders{key}.add(FileUrl{path});
+        EXPECT_THAT(reloaded(), ElementsAre(FileUrl{path}));
+    }
+}
+
+TEST_F(RecentFoldersTest, AnythingButAListOfPathsIsAnEmptyList)
+{
+    EXPECT_THAT(RecentFolders{key}.urls(), IsEmpty());
+    for (const QVariant& stored : {QVariant{42}, QVariant{QStringLiteral("garbage")}, QVariant{QStringList{}},
+                                   QVariant{QByteArray{"\xff\x00", 2}}}) {
+        Settings::write(key, stored);
+        EXPECT_THAT(reloaded(), IsEmpty());
+    }
+}
+
+TEST(Settings, AWrongValueReadsAsTheDefault)
+{
+    struct Case {
+        QVariant stored;
+        std::int64_t limit;
+        std::int64_t minimumSize;
+    };
+
+    const std::vector<Case> cases{
+        {{}, 100, 1'048'576},
+        {250, 250, 250},
+        {QStringLiteral("12.9"), 100, 12},
+        {QStringLiteral("-0.5"), 100, 0},
+        {QStringLiteral("many"), 100, 1'048'576},
+        {QStringLiteral("nan"), 100, 1'048'576},
+        {QStringLiteral("1e300"), 100, 1'048'576},
+        {QStringList{QStringLiteral("1"), QStringLiteral("2")}, 100, 1'048'576},
+    };
+    for (const Case& one : cases) {
+        Settings::write(QStringLiteral("lf.limit"), one.stored);
+        Settings::write(QStringLiteral("dup.minSize"), one.stored);
+        EXPECT_EQ(Settings::largeFilesLimit(), one.limit) << one.stored.toString().toStdString();
+        EXPECT_EQ(Settings::duplicatesMinSize(), one.minimumSize) << one.stored.toString().toStdString();
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom
