@@ -1,3 +1,4 @@
+#include "DuplicatesCommand.h"
 #include "KindsCommand.h"
 #include "ScanCommand.h"
 #include "VolumesCommand.h"
@@ -71,6 +72,18 @@ void addScanOptions(CLI::App& command, ScanOptions& options)
     command.add_flag("--quiet", options.quiet, "Ne pas montrer la progression");
 }
 
+void addDuplicates(CLI::App& app, DuplicatesOptions& options, std::function<void()> run)
+{
+    CLI::App* const command =
+        app.add_subcommand("duplicates", "Les fichiers de contenu identique, par groupes");
+    command->group("Commandes");
+    addScanOptions(*command, options.scan);
+    command
+        ->add_option("--min-size", options.minimumSize, "Plus petite taille considérée (1048576 par défaut)")
+        ->type_name("OCTETS");
+    command->callback(std::move(run));
+}
+
 int run(int argc, char** argv)
 {
     const Interruption interruption; // before any other thread
@@ -95,6 +108,8 @@ int run(int argc, char** argv)
     volumes->group("Commandes");
     addFormat(*volumes, options.format);
     volumes->callback([&] { code = runVolumes(options.format, interruption); });
+    DuplicatesOptions duplicatesOptions;
+    addDuplicates(app, duplicatesOptions, [&] { code = runDuplicates(duplicatesOptions, interruption); });
 
     try {
         app.parse(argc, argv);
