@@ -1,8 +1,7 @@
 #include "Analysis/DigestStages.h"
 
-#include "Analysis/StableFile.h"
+#include "Analysis/BatchDigester.h"
 #include "Concurrency/ParallelMap.h"
-#include "FileSystem/Digest.h"
 
 #include <algorithm>
 #include <atomic>
@@ -103,7 +102,7 @@ public:
         for (const Stage stage : {Stage::head, Stage::tail, Stage::whole}) {
             m_progress.done = m_progress.total - costOf(suspects, stage);
             m_onProgress(m_progress);
-            suspects = tellApart(std::move(suspects), stage);
+            suspects = tellApart(suspects, stage);
             if (m_stop.stop_requested()) {
                 return {};
             }
@@ -116,10 +115,18 @@ public:
     }
 
 private:
-    /// A file to digest in a stage.
-    struct Task {
-        std::uint32_t content = 0;
+    /// Files of one set that a worker digests together.
+    struct Batch {
         std::uint32_t suspects = 0;
+        std::span<const std::uint32_t> contents;
+    };
+
+    struct Digested {
+        std::uint32_t suspects = 0;
+        Digest digest;
+        std::uint32_t content = 0;
+
+        friend auto operator<=>(const Digested&, const Digested&) = default;
     };
 
     const Candidate& candidate(std::uint32_t content) const
@@ -172,47 +179,28 @@ private:
         return bytes;
     }
 
-    /// Digests every file of a stage, splits the sets, and returns those that need the next stage.
-    std::vector<Suspects> tellApart(std::vector<Suspects> suspects, Stage stage)
+    /// Digests every file of a stage, splits the sets, and returns those that need the next stage. A file
+    /// without a digest drops out.
+    std::vector<Suspects> tellApart(const std::vector<Suspects>& suspects, Stage stage)
     {
-        const std::vector<Task> tasks = tasksOf(suspects);
-        const auto digests = digestAll(tasks, stage);
+        std::vector<Digested> digested = digestAll(suspects, stage);
         if (m_stop.stop_requested()) {
             return {};
         }
-        std::vector<std::uint32_t> order(tasks.size());
-        std::iota(order.begin(), order.end(), 0U);
-        // A missing digest equals nothing, least of all another missing one.
-        std::erase_if(order, [&digests](std::uint32_t task) { return !digests[task].has_value(); });
-        std::ranges::sort(order, {}, [&](std::uint32_t task) {
-            return std::tuple{tasks[task].suspects, *digests[task], tasks[task].content};
-        });
+        std::ranges::sort(digested);
         std::vector<Suspects> left;
-        for (auto first = order.begin(); first != order.end();) {
-            const std::uint32_t set = tasks[*first].suspects;
-            const auto last = std::find_if(first, order.end(), [&](std::uint32_t task) {
-                return tasks[task].suspects != set || *digests[task] != *digests[*first];
+        for (auto first = digested.begin(); first != digested.end();) {
+            const auto last = std::find_if(first, digested.end(), [first](const Digested& file) {
+                return file.suspects != first->suspects || file.digest != first->digest;
             });
-            Suspects alike{suspects[set].key + "|" + digests[*first]->text(), suspects[set].size, {}};
+            const Suspects& set = suspects[first->suspects];
+            Suspects alike{set.key + "|" + first->digest.text(), set.size, {}};
             std::transform(first, last, std::back_inserter(alike.contents),
-                           [&tasks](std::uint32_t task) { return tasks[task].content; });
+                           [](const Digested& file) { return file.content; });
             settle(std::move(alike), stage, left);
             first = last;
         }
         return left;
-    }
-
-    static std::vector<Task> tasksOf(const std::vector<Suspects>& suspects)
-    {
-        std::vector<Task> tasks;
-        for (std::uint32_t set = 0; set < suspects.size(); ++set) {
-            std::ranges::transform(suspects[set].contents, std::back_inserter(tasks),
-                                   [set](std::uint32_t content) {
-                                       return Task{content, set};
-                                   });
-        }
-        std::ranges::sort(tasks, {}, &Task::content);
-        return tasks;
     }
 
     /// Files alike after a stage: none, a group, or suspects for the next stage.
@@ -232,28 +220,84 @@ private:
         }
     }
 
-    std::vector<std::optional<Digest>> digestAll(std::span<const Task> tasks, Stage stage)
+    std::vector<Digested> digestAll(const std::vector<Suspects>& suspects, Stage stage)
     {
         WorkerPool& pool = WorkerPool::shared();
-        std::vector<std::unique_ptr<Digester>> digesters(pool.width());
-        std::atomic<std::int64_t> digested = 0;
-        const Progress before = m_progress;
+        std::vector<std::unique_ptr<BatchDigester>> digesters(pool.width());
+        std::atomic<std::int64_t> readBytes = 0;
+        const std::int64_t toRead = bytesToRead(suspects, stage);
         ParallelMapOptions options;
         options.stop = m_stop;
         options.lanes = lanesOf(stage, pool.width());
         options.whileWaiting = [&] {
-            m_onProgress({before.done + digested.load(std::memory_order_relaxed), before.total});
+            // A file that differs from its model late is read twice and counts once.
+            const std::int64_t bytes = std::min(readBytes.load(std::memory_order_relaxed), toRead);
+            m_onProgress({m_progress.done + bytes, m_progress.total});
         };
-        return parallelMap(
-            pool, tasks,
-            [&](const Task& task, unsigned worker) {
+        const std::vector<Batch> batches = batchesOf(suspects, stage, toRead / (2 * options.lanes));
+        const auto digests = parallelMap(
+            pool, std::span<const Batch>{batches},
+            [&](const Batch& batch, unsigned worker) {
                 auto& digester = digesters[worker];
                 if (digester == nullptr) {
-                    digester = std::make_unique<Digester>();
+                    digester = std::make_unique<BatchDigester>();
                 }
-                return digest(*digester, task.content, stage, digested);
+                const auto open = [&](std::size_t index) { return this->open(batch.contents[index]); };
+                const FileSpan span = spanOf(stage, suspects[batch.suspects].size);
+                return digester->digest(batch.contents.size(), span, open, m_stop, readBytes);
             },
             options);
+        return flattened(batches, digests);
+    }
+
+    static std::int64_t bytesToRead(const std::vector<Suspects>& suspects, Stage stage)
+    {
+        return std::accumulate(suspects.begin(), suspects.end(), std::int64_t{0},
+                               [stage](std::int64_t bytes, const Suspects& set) {
+                                   const auto files = static_cast<std::int64_t>(set.contents.size());
+                                   return checkedSum(bytes,
+                                                     checkedProduct(spanOf(stage, set.size).length, files));
+                               });
+    }
+
+    /// Files that are likely to be identical go together, unless that would leave other workers idle: a batch
+    /// of several files has at most `mostBytes` to read.
+    static std::vector<Batch> batchesOf(const std::vector<Suspects>& suspects, Stage stage,
+                                        std::int64_t mostBytes)
+    {
+        std::vector<Batch> batches;
+        for (std::uint32_t set = 0; set < suspects.size(); ++set) {
+            const auto fitting =
+                static_cast<std::size_t>(mostBytes / spanOf(stage, suspects[set].size).length);
+            const std::size_t most = std::clamp<std::size_t>(fitting, 1, BatchDigester::filesAtOnce);
+            std::span<const std::uint32_t> rest{suspects[set].contents};
+            while (!rest.empty()) {
+                const std::size_t count = std::min(most, rest.size());
+                batches.push_back({set, rest.first(count)});
+                rest = rest.subspan(count);
+            }
+        }
+        // The order of the disk for short reads; the longest first for whole files, so that none is left at
+        // the end for one worker alone.
+        std::ranges::sort(batches, {}, [&suspects, stage](const Batch& batch) {
+            return std::tuple{stage == Stage::whole ? -suspects[batch.suspects].size : 0,
+                              batch.contents.front()};
+        });
+        return batches;
+    }
+
+    static std::vector<Digested> flattened(const std::vector<Batch>& batches,
+                                           const std::vector<BatchDigester::Digests>& digests)
+    {
+        std::vector<Digested> result;
+        for (std::size_t i = 0; i < batches.size(); ++i) {
+            for (std::size_t file = 0; file < digests[i].size(); ++file) {
+                if (const auto& digest = digests[i][file]) {
+                    result.push_back({batches[i].suspects, *digest, batches[i].contents[file]});
+                }
+            }
+        }
+        return result;
     }
 
     /// Short reads wait for the disk and are begun many at a time; whole files keep a core busy each, and
@@ -271,18 +315,16 @@ private:
         return most;
     }
 
-    std::optional<Digest> digest(Digester& digester, std::uint32_t content, Stage stage,
-                                 std::atomic<std::int64_t>& digested) const
+    /// Opens a file by the first of its paths that still leads to it.
+    std::optional<StableFile> open(std::uint32_t content) const
     {
         const Content& file = m_contents[content];
         const Candidate& known = candidate(content);
         for (std::uint32_t path = 0; path < file.paths; ++path) {
             const Candidate& way = m_findings.candidates[file.firstPath + path];
             const FileUrl url{m_findings.folders.path(way.folder, way.name)};
-            if (const auto opened = StableFile::open(url, known.identity, known.size)) {
-                const auto result =
-                    digester.digest(opened->descriptor(), spanOf(stage, known.size), m_stop, digested);
-                return result && opened->isUnchanged() ? result : std::nullopt;
+            if (auto opened = StableFile::open(url, known.identity, known.size)) {
+                return opened;
             }
         }
         return std::nullopt;

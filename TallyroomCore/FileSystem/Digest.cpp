@@ -1,8 +1,6 @@
 #include "FileSystem/Digest.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <new>
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
@@ -22,23 +20,6 @@ EVP_MD* sha256()
         return ::EVP_MD_fetch(nullptr, "SHA256", nullptr);
     }();
     return algorithm;
-}
-
-/// Fills `buffer` from an offset; false at an error or when the file ends before.
-bool readAll(int file, std::span<std::byte> buffer, std::int64_t offset)
-{
-    while (!buffer.empty()) {
-        const ssize_t count = ::pread(file, buffer.data(), buffer.size(), offset);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            return false;
-        }
-        buffer = buffer.subspan(static_cast<std::size_t>(count));
-        offset += count;
-    }
-    return true;
 }
 
 } // namespace
@@ -94,37 +75,42 @@ Digester::Digester() : m_context(std::make_unique<Context>()) {}
 
 Digester::~Digester() = default;
 
-Digest Digester::digest(std::span<const std::byte> bytes)
+void Digester::begin()
 {
     m_context->begin();
+}
+
+void Digester::add(std::span<const std::byte> bytes)
+{
     m_context->add(bytes);
+}
+
+Digest Digester::end()
+{
     return m_context->end();
 }
 
-std::optional<Digest> Digester::digest(int file, FileSpan span, const std::stop_token& stop,
-                                       std::atomic<std::int64_t>& digestedBytes)
+Digest Digester::digest(std::span<const std::byte> bytes)
 {
-    const auto longest = static_cast<std::size_t>(std::min(span.length, chunkSize));
-    if (m_buffer.size() < longest) {
-        m_buffer.resize(longest);
-    }
-    const std::int64_t end = span.offset + span.length;
-    m_context->begin();
-    for (std::int64_t offset = span.offset; offset < end;) {
-        const auto length = std::min(end - offset, chunkSize);
-        const std::span<std::byte> chunk{m_buffer.data(), static_cast<std::size_t>(length)};
-        if (stop.stop_requested() || !readAll(file, chunk, offset)) {
-            return std::nullopt;
+    begin();
+    add(bytes);
+    return end();
+}
+
+bool readFully(int file, std::span<std::byte> buffer, std::int64_t offset)
+{
+    while (!buffer.empty()) {
+        const ssize_t count = ::pread(file, buffer.data(), buffer.size(), offset);
+        if (count < 0 && errno == EINTR) {
+            continue;
         }
-        offset += length;
-        if (offset < end) {
-            // The disk fetches the next chunk while this one is digested.
-            ::posix_fadvise(file, offset, std::min(end - offset, chunkSize), POSIX_FADV_WILLNEED);
+        if (count <= 0) {
+            return false;
         }
-        m_context->add(chunk);
-        digestedBytes.fetch_add(length, std::memory_order_relaxed);
+        buffer = buffer.subspan(static_cast<std::size_t>(count));
+        offset += count;
     }
-    return m_context->end();
+    return true;
 }
 
 } // namespace tallyroom

@@ -1,16 +1,12 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
-#include <stop_token>
 #include <string>
-#include <vector>
 
 namespace tallyroom {
 
@@ -25,35 +21,31 @@ struct Digest {
     friend std::strong_ordering operator<=>(const Digest&, const Digest&) = default;
 };
 
-/// Which bytes of a file a digest covers.
-struct FileSpan {
-    std::int64_t offset = 0;
-    std::int64_t length = 0;
-};
-
-/// Computes digests one after another with one context and one buffer. One thread at a time.
+/// Computes digests one after another with one context. One thread at a time.
 class Digester {
 public:
-    /// How much is read at once, and how much lies between two looks at a stop.
-    static constexpr std::int64_t chunkSize = 1024L * 1024;
-
     Digester();
     Digester(const Digester&) = delete;
     Digester& operator=(const Digester&) = delete;
     ~Digester();
 
-    [[nodiscard]] Digest digest(std::span<const std::byte> bytes);
+    /// Starts a new digest, whatever became of the one before.
+    void begin();
 
-    /// The digest of a span of an open file; absent when the file ends before the span does, cannot be read,
-    /// or a stop came. Adds to `digestedBytes` as it goes.
-    [[nodiscard]] std::optional<Digest> digest(int file, FileSpan span, const std::stop_token& stop,
-                                               std::atomic<std::int64_t>& digestedBytes);
+    void add(std::span<const std::byte> bytes);
+
+    /// The digest of all that was added since `begin`.
+    [[nodiscard]] Digest end();
+
+    [[nodiscard]] Digest digest(std::span<const std::byte> bytes);
 
 private:
     class Context;
 
     std::unique_ptr<Context> m_context;
-    std::vector<std::byte> m_buffer;
 };
+
+/// Fills `buffer` from an offset of an open file. False at an error, or when the file ends before.
+[[nodiscard]] bool readFully(int file, std::span<std::byte> buffer, std::int64_t offset);
 
 } // namespace tallyroom

@@ -1,9 +1,9 @@
 #include "FileSystem/Digest.h"
 
+#include "Analysis/BatchDigester.h"
 #include "Concurrency/ParallelMap.h"
 #include "Support/TemporaryTree.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -13,6 +13,8 @@
 namespace tallyroom {
 
 namespace {
+
+using testing::ElementsAre;
 
 std::span<const std::byte> bytesOf(std::string_view text)
 {
@@ -30,23 +32,46 @@ TEST(Digest, GivesThePublishedDigestsOneAfterAnother)
               "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 
-TEST(Digest, CoversASpanOfAFileExactlyAndNothingThatIsNotThere)
+TEST(BatchDigester, SharesDigestsAmongEqualFilesOnly)
 {
-    const std::string content = std::string(3'000'000, 'x') + "abc" + std::string(10, 'y');
-    const TemporaryTree tree{file("f", content)};
-    const FileDescriptor opened{::open(tree.path("f").c_str(), O_RDONLY | O_CLOEXEC)};
-    Digester digester;
-    std::atomic<std::int64_t> digested = 0;
-    const auto digest = [&](FileSpan span) { return digester.digest(opened.get(), span, {}, digested); };
-    EXPECT_EQ(digest({3'000'000, 3}), digester.digest(bytesOf("abc")));
-    EXPECT_EQ(digest({1, 3'000'000}),
-              digester.digest(bytesOf(std::string_view{content}.substr(1, 3'000'000))))
-        << "several chunks, and one that is not full";
-    EXPECT_EQ(digested, 3'000'003);
-    EXPECT_EQ(digest({0, 3'000'014}), std::nullopt) << "a file that ends early has no digest";
-    std::stop_source stop;
-    stop.request_stop();
-    EXPECT_EQ(digester.digest(opened.get(), {0, 1}, stop.get_token(), digested), std::nullopt);
+    // Longer than a chunk, to be read in step; short enough to be held; a span in the middle.
+    for (const FileSpan span : {FileSpan{0, 2'500'000}, FileSpan{0, 50'000}, FileSpan{2'450'000, 40'000}}) {
+        const std::string content(2'500'000, 'x');
+        std::string late = content;
+        late[static_cast<std::size_t>(span.offset + span.length - 1)] = 'y';
+        std::string early = content;
+        early[static_cast<std::size_t>(span.offset)] = 'y';
+        const TemporaryTree tree{
+            file("0", content), file("1", late), file("2", early), file("3", late),
+            file("short", content.substr(0, static_cast<std::size_t>(span.offset + 100)))};
+        const auto open = [&tree](const std::string& name) {
+            const auto now = fileAttributes(tree.url(name));
+            return StableFile::open(tree.url(name), FileIdentity::of(*now), now->logicalBytes);
+        };
+        BatchDigester digester;
+        std::atomic<std::int64_t> readBytes = 0;
+        const auto digests = digester.digest(
+            4, span, [&](std::size_t index) { return open(std::to_string(index)); }, {}, readBytes);
+        Digester alone;
+        const std::string* const contents[] = {&content, &late, &early, &late};
+        for (std::size_t i = 0; i < 4; ++i) {
+            const auto bytes = std::string_view{*contents[i]}.substr(static_cast<std::size_t>(span.offset),
+                                                                     static_cast<std::size_t>(span.length));
+            EXPECT_EQ(digests[i], alone.digest(bytesOf(bytes))) << i;
+        }
+        const std::vector<std::string> names{"0", "short", "missing", "0"};
+        const auto odd = digester.digest(
+            4, span,
+            [&](std::size_t index) { return names[index] == "missing" ? std::nullopt : open(names[index]); },
+            {}, readBytes);
+        EXPECT_THAT(odd, ElementsAre(digests[0], std::nullopt, std::nullopt, digests[0]))
+            << "a file that ends early has no digest";
+        std::stop_source stop;
+        stop.request_stop();
+        EXPECT_THAT(digester.digest(
+                        1, span, [&](std::size_t) { return open("0"); }, stop.get_token(), readBytes),
+                    ElementsAre(std::nullopt));
+    }
 }
 
 TEST(ParallelMap, KeepsTheOrderOfItsInputsWithinItsLanes)
