@@ -52,7 +52,9 @@ void addTable(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
         writer.add(std::to_string(group.entries.size()) + " × " + SizeFormatter::string(group.sizeBytes()) +
                    ", " + SizeFormatter::string(group.wastedBytes()) + " en trop\n");
         for (const Entry& entry : group.entries) {
-            writer.add("  " + Terminal::printable(entry.url.path()) + "\n");
+            writer.add("  ");
+            writer.add(Terminal::printable(entry.url.path()));
+            writer.add("\n");
         }
         writer.add("\n");
         wasted = checkedSum(wasted, group.wastedBytes());
@@ -67,7 +69,10 @@ void addCsv(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
     writer.add(CSVExport::header);
     for (const DuplicateGroup& group : groups) {
         for (const Entry& entry : group.entries) {
-            writer.add("\n" + CSVExport::escape(group.id) + "," + CSVExport::line(entry));
+            writer.add("\n");
+            writer.add(CSVExport::escape(group.id));
+            writer.add(",");
+            writer.add(CSVExport::line(entry));
         }
     }
     if (Terminal::outputIsTerminal()) {
