@@ -110,7 +110,7 @@ ExitCode runDuplicates(const DuplicatesOptions& options, const Interruption& int
         return ExitCode::failure;
     }
     const DuplicateProgress found = follow(*url, options, interruption);
-    if (found.phase != Phase::done) {
+    if (found.phase != Phase::done || interruption.hasCome()) {
         std::fputs("tallyroom-cli : recherche interrompue, aucun doublon n'est listé.\n", stderr);
         return ExitCode::interrupted;
     }
