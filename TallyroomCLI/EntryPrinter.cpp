@@ -50,9 +50,12 @@ void addTable(const EntryList& entries, const TableStyle& style, OutputWriter& w
 
 } // namespace
 
-std::string jsonLine(const Entry& entry)
+std::string jsonLine(const Entry& entry, std::string_view group)
 {
     nlohmann::ordered_json object;
+    if (!group.empty()) {
+        object["group"] = group;
+    }
     object["name"] = entry.name;
     object["path"] = entry.url.path();
     object["url"] = entry.url.percentEncoded();

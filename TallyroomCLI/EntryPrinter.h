@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 namespace tallyroom {
 
@@ -22,7 +23,8 @@ namespace EntryPrinter {
 
 /// One object with name, path, url, sizeBytes, isDirectory and modifiedAt, on one line without its end.
 /// `url` is percent-encoded and loses no byte; in the other texts bytes that are not UTF-8 become U+FFFD.
-[[nodiscard]] std::string jsonLine(const Entry& entry);
+/// `group`, where there is one, comes first.
+[[nodiscard]] std::string jsonLine(const Entry& entry, std::string_view group = {});
 
 /// Writes the entries in a format, piece by piece. A table has one line an entry (size, bar where the width
 /// allows, name) and a last one with the total. False when `output` takes no more; errno says why.

@@ -1,3 +1,4 @@
+#include "DuplicatesCommand.h"
 #include "KindsCommand.h"
 #include "ScanCommand.h"
 #include "Scanning/Ecosystem.h"
@@ -128,19 +129,21 @@ void addEcosystems(CLI::App& command, std::set<Ecosystem>& ecosystems)
         ->type_name("NOMS");
 }
 
-void addLimit(CLI::App& command, std::int64_t& limit)
+/// An option that takes a whole number, not below 0.
+void addNumber(CLI::App& command, const std::string& name, const std::string& unit, std::int64_t& number,
+               const std::string& description)
 {
     command
         .add_option_function<std::string>(
-            "--limit",
-            [&limit](const std::string& text) {
-                const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
-                if (error != std::errc{} || end != text.data() + text.size() || limit < 0) {
-                    throw CLI::ValidationError{"--limit", text};
+            name,
+            [&number, name](const std::string& text) {
+                const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+                if (error != std::errc{} || end != text.data() + text.size() || number < 0) {
+                    throw CLI::ValidationError{name, text};
                 }
             },
-            "Nombre de fichiers à garder (" + std::to_string(limit) + " sans cette option)")
-        ->type_name("N");
+            description + " (" + std::to_string(number) + " sans cette option)")
+        ->type_name(unit);
 }
 
 /// The commands, and what their options are read into.
@@ -150,9 +153,9 @@ public:
     {
         add("usage", "Le contenu direct d'un dossier, du plus lourd au plus léger",
             [this] { return runUsage(m_options, m_interruption); });
-        addLimit(add("largest", "Les plus gros fichiers d'une arborescence",
-                     [this] { return runLargest(m_options, m_limit, m_interruption); }),
-                 m_limit);
+        addNumber(add("largest", "Les plus gros fichiers d'une arborescence",
+                      [this] { return runLargest(m_options, m_limit, m_interruption); }),
+                  "--limit", "N", m_limit, "Nombre de fichiers à garder");
         add("node-modules", "Les dossiers node_modules et leur poids",
             [this] { return runSearch(m_options, {"node_modules"}, m_interruption); });
         addEcosystems(
@@ -161,6 +164,11 @@ public:
             m_ecosystems);
         add("git-repos", "Les dossiers .git et leur poids",
             [this] { return runSearch(m_options, {".git"}, m_interruption); });
+        addNumber(add("duplicates", "Les fichiers de contenu identique, par groupes",
+                      [this] {
+                          return runDuplicates({m_options, m_minimumSize}, m_interruption);
+                      }),
+                  "--min-size", "OCTETS", m_minimumSize, "Plus petite taille considérée");
         add("kinds", "Les types de fichiers qui remplissent un dossier",
             [this] { return runKinds(m_options, m_interruption); });
         CLI::App& volumes = addCommand("volumes", "Les volumes montés et leur occupation",
@@ -192,6 +200,7 @@ private:
     const Interruption& m_interruption;
     ScanOptions m_options;
     std::int64_t m_limit = 100;
+    std::int64_t m_minimumSize = DuplicatesOptions{}.minimumSize;
     std::set<Ecosystem> m_ecosystems = allEcosystems();
     ExitCode m_code = ExitCode::success;
 };

@@ -21,6 +21,11 @@ EntryType typeOf(unsigned mode)
     }
 }
 
+Timestamp momentOf(const statx_timestamp& time)
+{
+    return Timestamp{std::chrono::seconds{time.tv_sec} + std::chrono::nanoseconds{time.tv_nsec}};
+}
+
 SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
 {
     struct statx stat = {};
@@ -38,8 +43,10 @@ SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
     result.device = (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
     result.inode = stat.stx_ino;
     if ((stat.stx_mask & STATX_MTIME) != 0) {
-        result.modifiedAt = Timestamp{std::chrono::seconds{stat.stx_mtime.tv_sec} +
-                                      std::chrono::nanoseconds{stat.stx_mtime.tv_nsec}};
+        result.modifiedAt = momentOf(stat.stx_mtime);
+    }
+    if ((stat.stx_mask & STATX_CTIME) != 0) {
+        result.changedAt = momentOf(stat.stx_ctime);
     }
     return result;
 }

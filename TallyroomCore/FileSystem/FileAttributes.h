@@ -26,6 +26,8 @@ struct FileAttributes {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     std::optional<Timestamp> modifiedAt;
+    std::optional<Timestamp>
+        changedAt; ///< the last change of content or attributes (ctime); nobody can set it
 };
 
 /// The attributes of `name` in the open folder `folder`, links not followed. `name` is a C string without

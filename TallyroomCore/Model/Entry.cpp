@@ -5,14 +5,32 @@
 
 namespace tallyroom {
 
+namespace {
+
+[[noreturn]] void endForOverflow()
+{
+    std::fputs("tallyroom: a sum of sizes left the range of 64 bits\n", stderr);
+    std::abort();
+}
+
+} // namespace
+
 std::int64_t checkedSum(std::int64_t left, std::int64_t right)
 {
     std::int64_t sum = 0;
     if (__builtin_add_overflow(left, right, &sum)) {
-        std::fputs("tallyroom: a sum of sizes left the range of 64 bits\n", stderr);
-        std::abort();
+        endForOverflow();
     }
     return sum;
+}
+
+std::int64_t checkedProduct(std::int64_t left, std::int64_t right)
+{
+    std::int64_t product = 0;
+    if (__builtin_mul_overflow(left, right, &product)) {
+        endForOverflow();
+    }
+    return product;
 }
 
 } // namespace tallyroom

@@ -41,6 +41,9 @@ struct Entry {
 /// left + right; an overflow ends the process with a message, since every total built on it would be a lie.
 [[nodiscard]] std::int64_t checkedSum(std::int64_t left, std::int64_t right);
 
+/// left × right; an overflow ends the process with a message.
+[[nodiscard]] std::int64_t checkedProduct(std::int64_t left, std::int64_t right);
+
 } // namespace tallyroom
 
 template <>

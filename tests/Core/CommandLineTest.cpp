@@ -230,6 +230,34 @@ TEST(CommandLine, SearchesPrintPathsAndTheSameListEveryTime)
     EXPECT_THAT(paths({"git-repos"}), testing::ElementsAre(tree.path("c/.git")));
 }
 
+TEST(CommandLine, ListsDuplicatesGroupByGroupInEveryFormat)
+{
+    const TemporaryTree tree{file("a,1", 200'000), file("b\n", 200'000), file("c1", 10'000),
+                             file("c2", 10'000), file("alone", 77)};
+    const auto duplicates = [&tree](std::vector<std::string> more) {
+        more.insert(more.begin(), {"duplicates", tree.path()});
+        return run(more);
+    };
+    EXPECT_THAT(lines(duplicates({}).output)[0], HasSubstr("0 groupe")) << "below 1 MiB nothing counts";
+    const Answer table = duplicates({"--min-size", "100"});
+    EXPECT_EQ(table.exitCode, 0);
+    EXPECT_EQ(table.errors, "");
+    EXPECT_TRUE(table.output.starts_with("2 × 200 Ko, 200 Ko en trop\n  " + tree.path("a,1") + "\n  " +
+                                         tree.path("b\\n") + "\n\n2 × 10 Ko, "))
+        << table.output;
+    EXPECT_THAT(duplicates({"--min-size", "10001"}).output, HasSubstr("1 groupe, 200 Ko"));
+
+    const std::string csv = duplicates({"--min-size", "100", "--format", "csv"}).output;
+    EXPECT_TRUE(csv.starts_with("Groupe,Nom,Chemin,Taille (octets),Taille,Type,Modifié\nfull:200000|"))
+        << csv;
+    EXPECT_THAT(csv, HasSubstr(",\"a,1\","));
+    const auto objects = lines(duplicates({"--min-size", "100", "--format", "json"}).output);
+    ASSERT_GE(objects.size(), 4U);
+    EXPECT_TRUE(objects[0].starts_with("{\"group\":\"full:200000|")) << objects[0];
+    EXPECT_TRUE(objects[2].starts_with("{\"group\":\"head:10000|")) << objects[2];
+    EXPECT_EQ(duplicates({"--min-size", "many"}).exitCode, 2);
+}
+
 TEST(CommandLine, StopsWithinATenthOfASecond)
 {
     for (const std::string name : {"usage", "largest", "node-modules"}) {
@@ -252,6 +280,15 @@ TEST(CommandLine, StopsWithinATenthOfASecond)
     EXPECT_EQ(nothing.exitCode, 130);
     EXPECT_EQ(nothing.output, "") << "half a breakdown tells nothing";
     EXPECT_THAT(nothing.errors, HasSubstr("interrompue"));
+
+    const TemporaryTree tree{sparseFile("huge1", 100'000_MiB), sparseFile("huge2", 100'000_MiB)};
+    CommandLine duplicates{{"duplicates", tree.path()}};
+    duplicates.waitForWorkers();
+    duplicates.signal(SIGTERM);
+    const Answer none = duplicates.finish();
+    EXPECT_EQ(none.exitCode, 130);
+    EXPECT_EQ(none.output, "");
+    EXPECT_THAT(none.errors, HasSubstr("interrompue"));
 }
 
 } // namespace

@@ -1,0 +1,125 @@
+#include "DuplicatesCommand.h"
+
+#include "Analysis/DuplicateFinder.h"
+#include "OutputWriter.h"
+#include "ProgressLine.h"
+#include "Terminal.h"
+#include "Text/CSVExport.h"
+#include "Text/SizeFormatter.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace tallyroom {
+
+namespace {
+
+using DuplicateFinder::DuplicateProgress;
+using DuplicateFinder::Phase;
+
+std::string progressText(const DuplicateProgress& record)
+{
+    switch (record.phase) {
+    case Phase::scanning:
+        return "Recherche… " + std::to_string(record.scanned);
+    case Phase::hashing:
+    case Phase::done:
+        break;
+    }
+    return "Comparaison des contenus… " + SizeFormatter::string(record.hashedBytes) + "/" +
+           SizeFormatter::string(record.bytesToHash);
+}
+
+DuplicateProgress follow(const FileUrl& url, const DuplicatesOptions& options,
+                         const Interruption& interruption)
+{
+    auto stream = DuplicateFinder::stream(url, options.minimumSize);
+    const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
+    ProgressLine line{!options.scan.quiet && Terminal::errorIsTerminal()};
+    DuplicateProgress newest;
+    while (auto record = stream.next()) {
+        newest = std::move(*record);
+        line.show([&newest] { return progressText(newest); });
+    }
+    return newest;
+}
+
+void addTable(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
+{
+    std::int64_t wasted = 0;
+    for (const DuplicateGroup& group : groups) {
+        writer.add(std::to_string(group.entries.size()) + " × " + SizeFormatter::string(group.sizeBytes()) +
+                   ", " + SizeFormatter::string(group.wastedBytes()) + " en trop\n");
+        for (const Entry& entry : group.entries) {
+            writer.add("  ");
+            writer.add(Terminal::printable(entry.url.path()));
+            writer.add("\n");
+        }
+        writer.add("\n");
+        wasted = checkedSum(wasted, group.wastedBytes());
+    }
+    writer.add(std::to_string(groups.size()) + (groups.size() > 1 ? " groupes, " : " groupe, ") +
+               SizeFormatter::string(wasted) + " en trop\n");
+}
+
+void addCsv(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
+{
+    writer.add("Groupe,");
+    writer.add(CSVExport::header);
+    for (const DuplicateGroup& group : groups) {
+        for (const Entry& entry : group.entries) {
+            writer.add("\n");
+            writer.add(CSVExport::escape(group.id));
+            writer.add(",");
+            writer.add(CSVExport::line(entry));
+        }
+    }
+    if (Terminal::outputIsTerminal()) {
+        writer.add("\n");
+    }
+}
+
+bool print(const std::vector<DuplicateGroup>& groups, OutputFormat format)
+{
+    OutputWriter writer{stdout};
+    switch (format) {
+    case OutputFormat::table:
+        addTable(groups, writer);
+        break;
+    case OutputFormat::csv:
+        addCsv(groups, writer);
+        break;
+    case OutputFormat::json:
+        for (const DuplicateGroup& group : groups) {
+            for (const Entry& entry : group.entries) {
+                writer.add(EntryPrinter::jsonLine(entry, group.id) + "\n");
+            }
+        }
+        break;
+    }
+    return writer.finish();
+}
+
+} // namespace
+
+ExitCode runDuplicates(const DuplicatesOptions& options, const Interruption& interruption)
+{
+    const auto url = ScanCommand::folder(options.scan.folder);
+    if (!url) {
+        return ExitCode::failure;
+    }
+    const DuplicateProgress found = follow(*url, options, interruption);
+    if (found.phase != Phase::done || interruption.hasCome()) {
+        std::fputs("tallyroom-cli : recherche interrompue, aucun doublon n'est listé.\n", stderr);
+        return ExitCode::interrupted;
+    }
+    if (found.truncated) {
+        std::fputs("tallyroom-cli : trop de fichiers, la recherche s'est arrêtée avant la fin : des doublons "
+                   "peuvent manquer.\n",
+                   stderr);
+    }
+    return ScanCommand::end(print(found.groups, options.scan.format), interruption);
+}
+
+} // namespace tallyroom

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Analysis/SizeBuckets.h"
+
+#include <cstdint>
+#include <functional>
+#include <stop_token>
+
+namespace tallyroom {
+
+/// The first half of the search for duplicates: one walk that puts files into buckets by size.
+namespace CandidateWalk {
+
+/// How much the walk takes in before it ends early. A negative limit counts as 0.
+struct Limits {
+    std::int64_t trackedFiles = 0;
+    std::int64_t visitedFiles = 0;
+};
+
+struct Findings {
+    std::vector<Candidate> candidates; ///< only files whose size another one has too, in no order
+    FolderNames folders;
+    std::int64_t visited = 0;
+    bool truncated = false;
+};
+
+/// How many files are visited between two calls of `onVisited`.
+inline constexpr std::int64_t visitedInterval = 4096;
+
+/// Walks everything below a folder but the contents of .git, .hg and .svn folders, on the process's pool.
+/// `onVisited` is called on the caller's thread with 4096, 8192 and so on, in that order. The caller waits,
+/// so it must not be one of the pool's workers. After a stop the findings are incomplete.
+[[nodiscard]] Findings run(const FileUrl& url, std::int64_t minimumSize, const Limits& limits,
+                           const std::stop_token& stop, const std::function<void(std::int64_t)>& onVisited);
+
+} // namespace CandidateWalk
+
+} // namespace tallyroom

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "FileSystem/FileAttributes.h"
+#include "Model/Entry.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tallyroom {
+
+/// Which file a path led to, and in which state it was when its content was digested. Two paths with the
+/// same device and inode are one file: removing one of them frees nothing.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::uint32_t links = 0;
+    std::optional<Timestamp> modifiedAt;
+    std::optional<Timestamp> changedAt;
+
+    [[nodiscard]] static FileIdentity of(const FileAttributes& attributes);
+
+    [[nodiscard]] bool isSameFile(const FileIdentity& other) const noexcept
+    {
+        return device == other.device && inode == other.inode;
+    }
+
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// A set of files with identical content. A plain value.
+struct DuplicateGroup {
+    /// Made of the size and the digests; unique within one result.
+    std::string id;
+    /// The files, ascending by the bytes of their paths, without modification times.
+    std::vector<Entry> entries;
+    /// What each of `entries` was when it was digested, in the same order.
+    std::vector<FileIdentity> identities;
+
+    /// The size of each file in bytes; 0 without files.
+    [[nodiscard]] std::int64_t sizeBytes() const noexcept;
+
+    /// The bytes of all files but one, hard links counted like copies. An overflow ends the process.
+    [[nodiscard]] std::int64_t wastedBytes() const;
+
+    /// The bytes that come free when one file is kept: files that are reached by several paths count once.
+    [[nodiscard]] std::int64_t reclaimableBytes() const;
+
+    /// Drops the entries for which `isGone` says so, with their identities.
+    void removeEntries(const std::function<bool(const Entry&)>& isGone);
+
+    friend bool operator==(const DuplicateGroup&, const DuplicateGroup&) = default;
+};
+
+} // namespace tallyroom

@@ -1,0 +1,132 @@
+#include "Analysis/DuplicateRemovalCheck.h"
+
+#include "FileSystem/FileAttributes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+
+namespace tallyroom::DuplicateRemovalCheck {
+
+namespace {
+
+/// What has become of a file since it was digested.
+enum class Fate : unsigned char { same, changed, missing, unreadable };
+
+/// One entry of a group, seen again.
+struct Seen {
+    const Entry* entry = nullptr;
+    FileIdentity identity; ///< as it was digested; `links` as it is now
+    bool isVictim = false;
+    Fate fate = Fate::same;
+
+    [[nodiscard]] bool isKept() const { return !isVictim && fate == Fate::same; }
+};
+
+/// Renaming a file or removing a hard link of it moves its change time, so that one says nothing here: a file
+/// that came back from the trash is the same file.
+Seen lookAgain(const Entry& entry, const FileIdentity& known, bool isVictim)
+{
+    Seen seen{&entry, known, isVictim};
+    const auto now = fileAttributes(entry.url);
+    if (!now) {
+        const int code = now.error().code;
+        seen.fate = code == ENOENT || code == ENOTDIR ? Fate::missing : Fate::unreadable;
+    } else if (!now->isRegular || !FileIdentity::of(*now).isSameFile(known) ||
+               now->logicalBytes != entry.sizeBytes || now->modifiedAt != known.modifiedAt) {
+        seen.fate = Fate::changed;
+    } else {
+        seen.identity.links = now->links;
+    }
+    return seen;
+}
+
+/// True when more paths of the group lead to this file than it has links: some are the same path twice,
+/// through a bind mount, and removing one removes the other.
+bool isReachedTwice(const std::vector<Seen>& group, const Seen& victim)
+{
+    const auto paths = std::ranges::count_if(group, [&victim](const Seen& other) {
+        return other.fate == Fate::same && other.identity.isSameFile(victim.identity);
+    });
+    return paths > static_cast<std::ptrdiff_t>(victim.identity.links);
+}
+
+/// Why a victim must stay; empty when it may go.
+std::string reasonToRefuse(const std::vector<Seen>& group, const Seen& victim, bool losesAll)
+{
+    switch (victim.fate) {
+    case Fate::missing:
+        return "ce fichier n'existe plus";
+    case Fate::unreadable:
+        return "ce fichier ne peut pas être vérifié";
+    case Fate::changed:
+        return "ce fichier a changé depuis l'analyse";
+    case Fate::same:
+        break;
+    }
+    if (losesAll) {
+        return {};
+    }
+    const auto isKeptTwin = [&victim](const Seen& other) {
+        return other.isKept() && other.identity.isSameFile(victim.identity);
+    };
+    const auto isOtherCopy = [&victim](const Seen& other) {
+        return other.isKept() && !other.identity.isSameFile(victim.identity);
+    };
+    const bool hasKeptTwin = std::ranges::any_of(group, isKeptTwin);
+    if (hasKeptTwin && isReachedTwice(group, victim)) {
+        return "c'est le même fichier qu'une copie gardée, atteint par un autre chemin";
+    }
+    if (std::ranges::any_of(group, isOtherCopy)) {
+        return {};
+    }
+    return hasKeptTwin ? "c'est le même fichier que la seule copie gardée (lien physique)"
+                       : "la copie à garder a changé ou n'existe plus";
+}
+
+void checkGroup(const DuplicateGroup& group, const std::unordered_set<FileUrl>& victims, Verdict& verdict)
+{
+    std::vector<Seen> seen;
+    seen.reserve(group.entries.size());
+    for (std::size_t i = 0; i < group.entries.size(); ++i) {
+        const Entry& entry = group.entries[i];
+        seen.push_back(lookAgain(entry, group.identities[i], victims.contains(entry.url)));
+    }
+    const bool losesAll = std::ranges::all_of(seen, &Seen::isVictim);
+    verdict.groupsLosingAllCopies += losesAll ? 1U : 0U;
+    for (const Seen& victim : seen) {
+        if (!victim.isVictim) {
+            continue;
+        }
+        std::string reason = reasonToRefuse(seen, victim, losesAll);
+        if (reason.empty()) {
+            verdict.fine.push_back(victim.entry->url);
+        } else {
+            verdict.refused.push_back({victim.entry->url, std::move(reason)});
+        }
+    }
+}
+
+} // namespace
+
+Verdict check(std::span<const DuplicateGroup> groups, const std::unordered_set<FileUrl>& victims)
+{
+    Verdict verdict;
+    std::unordered_set<FileUrl> unknown = victims;
+    for (const DuplicateGroup& group : groups) {
+        const auto isVictim = [&victims](const Entry& entry) { return victims.contains(entry.url); };
+        if (std::ranges::any_of(group.entries, isVictim)) {
+            checkGroup(group, victims, verdict);
+            std::ranges::for_each(group.entries,
+                                  [&unknown](const Entry& entry) { unknown.erase(entry.url); });
+        }
+    }
+    std::vector<FileUrl> strangers(unknown.begin(), unknown.end());
+    std::ranges::sort(strangers);
+    for (FileUrl& url : strangers) {
+        verdict.refused.push_back({std::move(url), "ce fichier ne fait partie d'aucun groupe de doublons"});
+    }
+    return verdict;
+}
+
+} // namespace tallyroom::DuplicateRemovalCheck

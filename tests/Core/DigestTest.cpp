@@ -1,0 +1,137 @@
+#include "FileSystem/Digest.h"
+
+#include "Analysis/BatchDigester.h"
+#include "Concurrency/ParallelMap.h"
+#include "Support/TemporaryTree.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <numeric>
+#include <stdexcept>
+#include <string_view>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+
+std::span<const std::byte> bytesOf(std::string_view text)
+{
+    return std::as_bytes(std::span{text});
+}
+
+TEST(Digest, GivesThePublishedDigestsOneAfterAnother)
+{
+    Digester digester;
+    EXPECT_EQ(digester.digest(bytesOf("")).text(),
+              "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+    EXPECT_EQ(digester.digest(bytesOf("abc")).text(),
+              "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_EQ(digester.digest(bytesOf(std::string(1'000'000, 'a'))).text(),
+              "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+}
+
+TEST(BatchDigester, SharesDigestsAmongEqualFilesOnly)
+{
+    // Longer than a chunk, to be read in step; short enough to be held; a span in the middle.
+    for (const FileSpan span : {FileSpan{0, 2'500'000}, FileSpan{0, 50'000}, FileSpan{2'450'000, 40'000}}) {
+        const std::string content(2'500'000, 'x');
+        std::string late = content;
+        late[static_cast<std::size_t>(span.offset + span.length - 1)] = 'y';
+        std::string early = content;
+        early[static_cast<std::size_t>(span.offset)] = 'y';
+        const TemporaryTree tree{
+            file("0", content), file("1", late), file("2", early), file("3", late),
+            file("short", content.substr(0, static_cast<std::size_t>(span.offset + 100)))};
+        const auto open = [&tree](const std::string& name) {
+            const auto now = fileAttributes(tree.url(name));
+            return StableFile::open(tree.url(name), FileIdentity::of(*now), now->logicalBytes);
+        };
+        BatchDigester digester;
+        std::atomic<std::int64_t> readBytes = 0;
+        const auto digests = digester.digest(
+            4, span, [&](std::size_t index) { return open(std::to_string(index)); }, {}, readBytes);
+        Digester alone;
+        const std::string* const contents[] = {&content, &late, &early, &late};
+        for (std::size_t i = 0; i < 4; ++i) {
+            const auto bytes = std::string_view{*contents[i]}.substr(static_cast<std::size_t>(span.offset),
+                                                                     static_cast<std::size_t>(span.length));
+            EXPECT_EQ(digests[i], alone.digest(bytesOf(bytes))) << i;
+        }
+        const std::vector<std::string> names{"0", "short", "missing", "0"};
+        const auto odd = digester.digest(
+            4, span,
+            [&](std::size_t index) { return names[index] == "missing" ? std::nullopt : open(names[index]); },
+            {}, readBytes);
+        EXPECT_THAT(odd, ElementsAre(digests[0], std::nullopt, std::nullopt, digests[0]))
+            << "a file that ends early has no digest";
+        std::stop_source stop;
+        stop.request_stop();
+        EXPECT_THAT(digester.digest(
+                        1, span, [&](std::size_t) { return open("0"); }, stop.get_token(), readBytes),
+                    ElementsAre(std::nullopt));
+    }
+}
+
+TEST(ParallelMap, KeepsTheOrderOfItsInputsWithinItsLanes)
+{
+    WorkerPool pool{8};
+    std::vector<int> inputs(5000);
+    std::iota(inputs.begin(), inputs.end(), 0);
+    std::atomic<int> inside = 0;
+    std::atomic<int> most = 0;
+    ParallelMapOptions options;
+    options.lanes = 3;
+    const auto squares = parallelMap(
+        pool, std::span<const int>{inputs},
+        [&](int number, unsigned worker) {
+            EXPECT_LT(worker, 8U);
+            const int now = ++inside;
+            for (int seen = most; seen < now && !most.compare_exchange_weak(seen, now);) {
+            }
+            --inside;
+            return number * number;
+        },
+        options);
+    ASSERT_EQ(squares.size(), inputs.size());
+    for (const int number : inputs) {
+        ASSERT_EQ(squares[static_cast<std::size_t>(number)], number * number);
+    }
+    EXPECT_LE(most, 3);
+}
+
+TEST(ParallelMap, AStopOrAnExceptionLeavesNoWorkerBehind)
+{
+    WorkerPool pool{4};
+    const std::vector<int> inputs(1000, 1);
+    for (int round = 0; round < 50; ++round) {
+        std::stop_source stop;
+        ParallelMapOptions options{.lanes = 4, .stop = stop.get_token(), .whileWaiting = {}};
+        std::atomic<int> calls = 0;
+        const auto results = parallelMap(
+            pool, std::span<const int>{inputs},
+            [&](int number, unsigned) {
+                if (++calls == 10) {
+                    stop.request_stop();
+                }
+                return number;
+            },
+            options);
+        EXPECT_EQ(std::accumulate(results.begin(), results.end(), 0), calls);
+        EXPECT_LT(calls, 1000);
+        const auto failing = [&](int number, unsigned) -> int {
+            if (++calls % 100 == 0) {
+                throw std::runtime_error("broken");
+            }
+            return number;
+        };
+        EXPECT_THROW(static_cast<void>(parallelMap(pool, std::span<const int>{inputs}, failing,
+                                                   {.lanes = 4, .stop = {}, .whileWaiting = {}})),
+                     std::runtime_error);
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom

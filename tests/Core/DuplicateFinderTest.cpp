@@ -1,0 +1,396 @@
+#include "Analysis/DuplicateFinder.h"
+
+#include "FileSystem/FolderReader.h"
+#include "Support/TemporaryTree.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace tallyroom {
+
+namespace {
+
+using DuplicateFinder::DuplicateProgress;
+using DuplicateFinder::Phase;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
+/// The paths of a group, relative to the tree.
+std::vector<std::string> names(const TemporaryTree& tree, const DuplicateGroup& group)
+{
+    std::vector<std::string> result;
+    std::ranges::transform(group.entries, std::back_inserter(result), [&tree](const Entry& entry) {
+        return entry.url.path().substr(tree.path().size() + 1);
+    });
+    return result;
+}
+
+std::vector<std::vector<std::string>> names(const TemporaryTree& tree,
+                                            const std::vector<DuplicateGroup>& groups)
+{
+    std::vector<std::vector<std::string>> result;
+    std::ranges::transform(groups, std::back_inserter(result),
+                           [&tree](const DuplicateGroup& group) { return names(tree, group); });
+    return result;
+}
+
+std::vector<DuplicateGroup> groupsIn(const TemporaryTree& tree, std::int64_t minimumSize = 1)
+{
+    return DuplicateFinder::find(tree.url(), minimumSize).get();
+}
+
+using OnProgress = std::function<void(DuplicateProgress)>;
+
+DuplicateFinder::Result compute(
+    const TemporaryTree& tree, DuplicateFinder::Limits limits,
+    const OnProgress& onProgress = [](const DuplicateProgress&) {})
+{
+    return DuplicateFinder::computeGroups(tree.url(), 1, limits, {}, onProgress);
+}
+
+/// Content of a size with one byte of its own.
+std::string content(std::int64_t size, std::int64_t at = 0, char byte = 'x')
+{
+    std::string bytes(static_cast<std::size_t>(size), 'x');
+    bytes[static_cast<std::size_t>(at)] = byte;
+    return bytes;
+}
+
+constexpr std::int64_t span = 64_KiB;
+
+TEST(DuplicateFinder, EachSizeIsSettledByTheStageThatHasSeenEveryByte)
+{
+    struct Case {
+        std::int64_t size;
+        std::string_view idBegin;
+    };
+
+    for (const auto& [size, idBegin] :
+         {Case{1, "head:"}, Case{span - 1, "head:"}, Case{span, "head:"}, Case{span + 1, "headtail:"},
+          Case{2 * span - 1, "headtail:"}, Case{2 * span, "headtail:"}, Case{2 * span + 1, "full:"},
+          Case{3 * 1024 * 1024 + 5, "full:"}}) {
+        SCOPED_TRACE(size);
+        TemporaryTree tree{file("a", content(size)), file("d/b", content(size))};
+        // One that differs in each place that a stage might forget.
+        for (const std::int64_t at : {std::int64_t{0}, size / 2, span - 1, span, size - span, size - 1}) {
+            if (at >= 0 && at < size) {
+                tree.add(file("other" + std::to_string(at), content(size, at, 'y')));
+            }
+        }
+        const auto groups = groupsIn(tree);
+        ASSERT_EQ(names(tree, groups), (std::vector<std::vector<std::string>>{{"a", "d/b"}}));
+        EXPECT_THAT(groups[0].id, StartsWith(std::string{idBegin} + std::to_string(size) + "|"));
+        const auto digests = std::ranges::count(groups[0].id, '|');
+        EXPECT_EQ(groups[0].id.size(),
+                  idBegin.size() + std::to_string(size).size() + static_cast<std::size_t>(digests) * 65);
+        EXPECT_EQ(groups[0].wastedBytes(), size);
+        EXPECT_EQ(groups[0].entries[1].name, "b");
+        EXPECT_EQ(groups[0].entries[1].sizeBytes, size);
+        EXPECT_EQ(groups[0].entries[1].modifiedAt, std::nullopt);
+    }
+}
+
+TEST(DuplicateFinder, WhatDoesNotCountIsLeftOut)
+{
+    TemporaryTree tree{file(".hidden", "text"),
+                       file("plain", "text"),
+                       file("\xff\n", "text"),
+                       link("link", "plain"),
+                       link("linked", "d"),
+                       folder("d"),
+                       file("d/.git/a", "pruned"),
+                       file("d/.git/b", "pruned"),
+                       file(".hg/c", "pruned"),
+                       file("e/.svn/d", "pruned"),
+                       file("e/.git", "worktree"),
+                       file("f/.git", "worktree"),
+                       file("empty1"),
+                       file("empty2"),
+                       file("small1", "sm"),
+                       file("small2", "sm"),
+                       fifo("pipe1"),
+                       fifo("pipe2"),
+                       socket("socket")};
+    EXPECT_EQ(names(tree, groupsIn(tree, 3)),
+              (std::vector<std::vector<std::string>>{{".hidden", "plain", "\xff\n"}, {"e/.git", "f/.git"}}));
+    EXPECT_THAT(groupsIn(tree, -5), SizeIs(3)) << "empty files are no duplicates";
+    EXPECT_THAT(DuplicateFinder::find(tree.url("d/.git/"), 1).get(), SizeIs(1)) << "a root is always walked";
+    EXPECT_THAT(DuplicateFinder::find(tree.url("nothing"), 1).get(), IsEmpty());
+    EXPECT_THAT(DuplicateFinder::find(tree.url("plain"), 1).get(), IsEmpty());
+}
+
+TEST(DuplicateFinder, GroupsAreRankedByWasteAndRepeatThemselves)
+{
+    TemporaryTree tree;
+    tree.add({file("z/twice", content(3000)), file("twice", content(3000)), file("b1", "1234"),
+              file("b2", "1234"), file("a1", "abcd"), file("a2", "abcd")});
+    for (int i = 0; i < 5; ++i) {
+        tree.add(file("five" + std::to_string(i), content(2000)));
+    }
+    const auto groups = groupsIn(tree);
+    EXPECT_EQ(names(tree, groups),
+              (std::vector<std::vector<std::string>>{{"five0", "five1", "five2", "five3", "five4"},
+                                                     {"twice", "z/twice"},
+                                                     {"a1", "a2"},
+                                                     {"b1", "b2"}}));
+    EXPECT_EQ(groups[0].wastedBytes(), 8000);
+    for (int round = 0; round < 5; ++round) {
+        EXPECT_EQ(groupsIn(tree), groups);
+    }
+}
+
+TEST(DuplicateFinder, HardLinksAreCopiesThatFreeNothing)
+{
+    const TemporaryTree tree{file("a", content(5000)), hardLink("b", "a"), file("c", content(5000)),
+                             file("only", "alone"), hardLink("only2", "only")};
+    const auto groups = groupsIn(tree);
+    ASSERT_EQ(names(tree, groups),
+              (std::vector<std::vector<std::string>>{{"a", "b", "c"}, {"only", "only2"}}));
+    EXPECT_EQ(groups[0].wastedBytes(), 10'000);
+    EXPECT_EQ(groups[0].reclaimableBytes(), 5000);
+    EXPECT_TRUE(groups[0].identities[0].isSameFile(groups[0].identities[1]));
+    EXPECT_FALSE(groups[0].identities[0].isSameFile(groups[0].identities[2]));
+    EXPECT_EQ(groups[1].reclaimableBytes(), 0);
+    auto shortened = groups[0];
+    shortened.removeEntries([](const Entry& entry) { return entry.name == "a"; });
+    EXPECT_THAT(names(tree, shortened), ElementsAre("b", "c"));
+    EXPECT_EQ(shortened.identities, (std::vector{groups[0].identities[1], groups[0].identities[2]}));
+}
+
+TEST(DuplicateFinder, SparseFilesDeepFoldersAndLongPathsAreCompared)
+{
+    TemporaryTree tree{sparseFile("holes1", 3_MiB), sparseFile("holes2", 3_MiB), file("a", "deep")};
+    std::string deep = "deep";
+    for (int i = 0; i < 40; ++i) {
+        deep += "/" + std::string(255, 'n');
+    }
+    tree.add(file(deep + "/bottom", "deep"));
+    const std::string levels = chain("d", 300);
+    tree.add(file(levels + "/bottom", "deep"));
+    const auto groups = groupsIn(tree);
+    ASSERT_THAT(groups, SizeIs(2));
+    EXPECT_THAT(names(tree, groups[0]), ElementsAre("holes1", "holes2"));
+    EXPECT_THAT(names(tree, groups[1]), ElementsAre("a", levels + "/bottom", deep + "/bottom"));
+}
+
+TEST(DuplicateFinder, LimitsEndTheWalkAndSaySo)
+{
+    TemporaryTree tree{link("link", "f0"), folder("folder")};
+    constexpr std::int64_t count = 10;
+    for (std::int64_t i = 0; i < count; ++i) {
+        tree.add(file("f" + std::to_string(i), "same"));
+    }
+    const auto outcome = [&tree](std::int64_t tracked, std::int64_t visited) {
+        const auto result = compute(tree, {tracked, visited});
+        const std::size_t entries = result.groups.empty() ? 0 : result.groups[0].entries.size();
+        return std::tuple{entries, result.truncated};
+    };
+    using Outcome = std::tuple<std::size_t, bool>;
+    EXPECT_EQ(outcome(10, 11), (Outcome{10, false}));
+    EXPECT_EQ(outcome(9, 100), (Outcome{9, true}));
+    EXPECT_EQ(outcome(0, 100), (Outcome{0, true}));
+    EXPECT_EQ(outcome(-3, 100), (Outcome{0, true}));
+    EXPECT_EQ(outcome(100, 10), (Outcome{9, true})) << "the file that reaches the limit is not taken";
+    EXPECT_EQ(outcome(100, 0), (Outcome{0, true}));
+    EXPECT_EQ(outcome(100, -1), (Outcome{0, true}));
+    std::int64_t visited = -1;
+    static_cast<void>(
+        compute(tree, {100, 4}, [&](const DuplicateProgress& record) { visited = record.scanned; }));
+    EXPECT_EQ(visited, 4);
+}
+
+TEST(DuplicateFinder, TheStreamCountsEveryFourThousandAndEndsWithTheGroups)
+{
+    TemporaryTree tree{file("a/1", content(200'000)), file("a/2", content(200'000))};
+    const FileDescriptor folder = std::move(*openFolder(tree.url("a"), FolderAccess::listing));
+    for (int i = 0; i < 8300; ++i) {
+        ASSERT_EQ(::mknodat(folder.get(), ("empty" + std::to_string(i)).c_str(), S_IFREG | 0644, 0), 0);
+    }
+    auto stream = DuplicateFinder::stream(tree.url(), 1);
+    std::vector<DuplicateProgress> records;
+    while (auto record = stream.next()) {
+        records.push_back(std::move(*record));
+    }
+    ASSERT_GE(records.size(), 6U);
+    EXPECT_EQ(records[0].scanned, 4096);
+    EXPECT_EQ(records[1].scanned, 8192);
+    EXPECT_EQ(records[1].phase, Phase::scanning);
+    const DuplicateProgress& last = records.back();
+    EXPECT_EQ(last.phase, Phase::done);
+    EXPECT_EQ(last.scanned, 8302);
+    EXPECT_EQ(names(tree, last.groups), (std::vector<std::vector<std::string>>{{"a/1", "a/2"}}));
+    EXPECT_EQ(last.bytesToHash, 2 * (2 * span + 200'000));
+    EXPECT_EQ(last.hashedBytes, last.bytesToHash);
+    EXPECT_TRUE(std::ranges::is_sorted(records, {}, &DuplicateProgress::hashedBytes));
+    records.pop_back();
+    for (const DuplicateProgress& record : records) {
+        EXPECT_THAT(record.groups, IsEmpty());
+        EXPECT_NE(record.phase, Phase::done);
+        EXPECT_FALSE(record.truncated);
+    }
+}
+
+/// What happens to the file "victim" between two stages, when so many bytes have been digested.
+struct Disturbance {
+    const char* what;
+    std::function<void(const std::string& victim)> disturb;
+};
+
+TEST(DuplicateFinder, AFileThatIsNotWhatItWasDropsOutInAnyStage)
+{
+    const auto size = 3 * span;
+    const std::string different = content(size, size / 2, 'y');
+    const auto overwrite = [](const std::string& path, std::string_view bytes, std::int64_t at) {
+        const FileDescriptor file{::open(path.c_str(), O_WRONLY | O_CLOEXEC)};
+        ASSERT_EQ(::pwrite(file.get(), bytes.data(), bytes.size(), at), static_cast<ssize_t>(bytes.size()));
+    };
+    const std::vector<Disturbance> disturbances{
+        {"vanishes", [](const std::string& path) { ::unlink(path.c_str()); }},
+        {"shrinks", [](const std::string& path) { ASSERT_EQ(::truncate(path.c_str(), 10), 0); }},
+        {"grows", [size](const std::string& path) { ASSERT_EQ(::truncate(path.c_str(), size + 1), 0); }},
+        {"changes", [&](const std::string& path) { overwrite(path, "y", size / 2); }},
+        {"changes and hides it",
+         [&](const std::string& path) {
+             struct stat status = {};
+             ASSERT_EQ(::stat(path.c_str(), &status), 0);
+             overwrite(path, "y", size / 2);
+             const std::array<timespec, 2> times{status.st_atim, status.st_mtim};
+             ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times.data(), 0), 0);
+         }},
+        {"is replaced",
+         [&](const std::string& path) {
+             ::unlink(path.c_str());
+             const FileDescriptor file{::open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644)};
+             overwrite(path, different, 0);
+         }},
+        {"becomes a link",
+         [](const std::string& path) {
+             ASSERT_EQ(::rename(path.c_str(), (path + ".moved").c_str()), 0);
+             ASSERT_EQ(::symlink("victim.moved", path.c_str()), 0);
+         }},
+        {"becomes a FIFO", [](const std::string& path) {
+             ::unlink(path.c_str());
+             ASSERT_EQ(::mkfifo(path.c_str(), 0644), 0);
+         }}};
+    for (const auto& [what, disturb] : disturbances) {
+        for (const std::int64_t digested : {std::int64_t{0}, 4 * span, 8 * span}) {
+            SCOPED_TRACE(std::string{what} + " after " + std::to_string(digested));
+            const TemporaryTree tree{file("a", content(size)), file("b", content(size)),
+                                     file("victim", content(size)), file("c", content(size))};
+            bool isDisturbed = false;
+            const auto result = compute(tree, {}, [&](const DuplicateProgress& record) {
+                if (record.phase == Phase::hashing && record.hashedBytes == digested && !isDisturbed) {
+                    isDisturbed = true;
+                    disturb(tree.path("victim"));
+                }
+            });
+            EXPECT_TRUE(isDisturbed);
+            EXPECT_EQ(names(tree, result.groups), (std::vector<std::vector<std::string>>{{"a", "b", "c"}}));
+        }
+    }
+}
+
+TEST(DuplicateFinder, MissingDigestsAreNotAlike)
+{
+    const TemporaryTree tree{file("a", "same"), file("b", "same")};
+    const auto result = compute(tree, {}, [&tree](const DuplicateProgress&) {
+        ::unlink(tree.path("a").c_str());
+        ::unlink(tree.path("b").c_str());
+    });
+    EXPECT_THAT(result.groups, IsEmpty());
+}
+
+TEST(DuplicateFinder, FilesThatAreRewrittenAllTheWhileFormNoFalseGroup)
+{
+    TemporaryTree tree;
+    constexpr int count = 6;
+    const auto size = 5 * span / 2;
+    const auto path = [&tree](int i) { return tree.path("f" + std::to_string(i)); };
+    for (int i = 0; i < count; ++i) {
+        tree.add(file("f" + std::to_string(i), content(size)));
+    }
+    std::jthread restless{[&](const std::stop_token& done) {
+        for (int i = 0; !done.stop_requested(); ++i) {
+            const FileDescriptor file{::open(path(1 + i % (count - 1)).c_str(), O_WRONLY | O_CLOEXEC)};
+            const char byte = static_cast<char>('a' + i % 3);
+            ::pwrite(file.get(), &byte, 1, size / 2);
+        }
+    }};
+    for (int round = 0; round < 60; ++round) {
+        for (const DuplicateGroup& group : groupsIn(tree)) {
+            // Files that still bear the change time of the moment they were digested must be alike now.
+            std::vector<std::string> unchanged;
+            for (std::size_t i = 0; i < group.entries.size(); ++i) {
+                const std::string bytes = tree.content(group.entries[i].name);
+                const auto now = fileAttributes(group.entries[i].url);
+                if (now && now->changedAt == group.identities[i].changedAt) {
+                    unchanged.push_back(bytes);
+                }
+            }
+            EXPECT_TRUE(std::ranges::adjacent_find(unchanged, std::ranges::not_equal_to{}) ==
+                        unchanged.end());
+        }
+    }
+}
+
+TEST(DuplicateFinder, AFileThatMayNotBeReadIsLeftOut)
+{
+    const TemporaryTree tree{file("a", "same"), file("b", "same"), file("secret", "same").withMode(0)};
+    if (::access(tree.path("secret").c_str(), R_OK) == 0) {
+        GTEST_SKIP() << "root may read everything";
+    }
+    EXPECT_EQ(names(tree, groupsIn(tree)), (std::vector<std::vector<std::string>>{{"a", "b"}}));
+}
+
+TEST(DuplicateFinder, ACancelledSearchStopsAmidAFileAndDeliversNoResult)
+{
+    // Holes are digested at the speed of the processor: a minute's work at the least.
+    const TemporaryTree tree{sparseFile("huge1", 100'000_MiB), sparseFile("huge2", 100'000_MiB)};
+    auto stream = DuplicateFinder::stream(tree.url(), 1);
+    std::optional<DuplicateProgress> record;
+    do {
+        record = stream.next();
+        ASSERT_TRUE(record.has_value());
+    } while (record->hashedBytes <= 4 * span); // in the whole files
+    EXPECT_LT(record->hashedBytes, record->bytesToHash);
+    stream.cancel();
+    while ((record = stream.next())) {
+        EXPECT_NE(record->phase, Phase::done);
+    }
+}
+
+TEST(DuplicateFinder, ManySearchesAtOnceAreAllAnswered)
+{
+    TemporaryTree tree;
+    for (int i = 0; i < 300; ++i) {
+        tree.add(file("d" + std::to_string(i % 17) + "/f" + std::to_string(i), content(100 + i % 50)));
+    }
+    const auto expected = groupsIn(tree);
+    ASSERT_THAT(expected, SizeIs(50));
+    std::vector<std::future<std::vector<DuplicateGroup>>> searches;
+    for (int i = 0; i < 20; ++i) {
+        searches.push_back(DuplicateFinder::find(tree.url(), 1));
+        auto dropped = DuplicateFinder::stream(tree.url(), 1);
+        if (i % 2 == 0) {
+            static_cast<void>(dropped.next());
+        }
+    }
+    for (auto& search : searches) {
+        EXPECT_EQ(search.get(), expected);
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom
