@@ -1,5 +1,6 @@
 #include "Components/ScanProgressBar.h"
 
+#include "Components/Spinner.h"
 #include "Components/Theme.h"
 
 #include <QHBoxLayout>
@@ -57,10 +58,12 @@ QLabel* secondaryLabel(QWidget* parent)
 } // namespace
 
 ScanProgressBar::ScanProgressBar(QWidget* parent)
-    : QWidget(parent), m_bar(new Capsule{this}), m_counts(secondaryLabel(this)),
-      m_percentage(secondaryLabel(this))
+    : QWidget(parent), m_bar(new Capsule{this}), m_spinner(new Spinner{Theme::iconSize, this}),
+      m_counts(secondaryLabel(this)), m_percentage(secondaryLabel(this))
 {
     auto* const line = new QHBoxLayout;
+    line->setSpacing(Theme::gap);
+    line->addWidget(m_spinner);
     line->addWidget(m_counts);
     line->addStretch();
     line->addWidget(m_percentage);
@@ -75,9 +78,17 @@ ScanProgressBar::ScanProgressBar(QWidget* parent)
 
 void ScanProgressBar::setProgress(double fraction, std::int64_t completed, std::int64_t total)
 {
-    m_bar->setValue(static_cast<int>(std::clamp(fraction, 0.0, 1.0) * steps));
-    m_counts->setText(QStringLiteral("Analyse en cours… %1/%2").arg(completed).arg(total));
-    m_percentage->setText(QStringLiteral("%1 %").arg(static_cast<std::int64_t>(fraction * 100)));
+    setProgress(QStringLiteral("Analyse en cours… %1/%2").arg(completed).arg(total), fraction);
+}
+
+void ScanProgressBar::setProgress(const QString& text, std::optional<double> fraction)
+{
+    m_counts->setText(text);
+    m_spinner->setVisible(!fraction);
+    m_bar->setVisible(fraction.has_value());
+    m_bar->setValue(static_cast<int>(std::clamp(fraction.value_or(0), 0.0, 1.0) * steps));
+    m_percentage->setText(fraction ? QStringLiteral("%1 %").arg(static_cast<std::int64_t>(*fraction * 100))
+                                   : QString{});
 }
 
 } // namespace tallyroom

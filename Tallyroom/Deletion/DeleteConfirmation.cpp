@@ -10,14 +10,16 @@
 
 namespace tallyroom {
 
-DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, QWidget* parent)
+DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, const QString& warning,
+                                       QWidget* parent)
     : QDialog(parent), m_pending(std::move(pending))
 {
     const QString title = QStringLiteral("Comment supprimer ?");
     setWindowTitle(title);
     auto* const heading = new QLabel(title);
     Theme::dress(heading, Theme::Text::title);
-    auto* const text = new QLabel(message());
+    auto* const text =
+        new QLabel(warning.isEmpty() ? message() : message() + QStringLiteral("\n\n") + warning);
     text->setWordWrap(true);
     text->setTextFormat(Qt::PlainText);
     Theme::dress(text, Theme::Text::body);

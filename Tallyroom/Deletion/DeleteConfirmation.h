@@ -16,7 +16,8 @@ public:
     /// The choice that Enter takes.
     enum class Default { trash, permanent };
 
-    DeleteConfirmation(PendingDeletion pending, Default choice, QWidget* parent);
+    /// `warning`, when there is one, stands below the question.
+    DeleteConfirmation(PendingDeletion pending, Default choice, const QString& warning, QWidget* parent);
 
     [[nodiscard]] const PendingDeletion& pending() const { return m_pending; }
 

@@ -1,7 +1,11 @@
 #pragma once
 
 #include "Deletion/DeletionRunner.h"
+#include "Tools/BuildCaches/BuildCachesViewModel.h"
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
+#include "Tools/GitRepos/GitReposViewModel.h"
+#include "Tools/LargeFiles/LargeFilesViewModel.h"
+#include "Tools/NodeModules/NodeModulesViewModel.h"
 
 namespace tallyroom {
 
@@ -12,6 +16,10 @@ struct SessionStore {
     DeletionRunner deletions;
 
     FolderNavigatorViewModel diskUsage{deletions};
+    NodeModulesViewModel nodeModules{deletions};
+    LargeFilesViewModel largeFiles{deletions};
+    BuildCachesViewModel buildCaches{deletions};
+    GitReposViewModel gitRepos{deletions};
 };
 
 } // namespace tallyroom

@@ -1,6 +1,10 @@
 #include "Shell/ToolRegistry.h"
 
+#include "Tools/BuildCaches/BuildCachesView.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
+#include "Tools/GitRepos/GitReposView.h"
+#include "Tools/LargeFiles/LargeFilesView.h"
+#include "Tools/NodeModules/NodeModulesView.h"
 
 #include <algorithm>
 
@@ -23,6 +27,14 @@ const std::vector<ToolDescriptor>& ToolRegistry::all()
     static const std::vector<ToolDescriptor> tools{
         describe<DiskUsageView, &SessionStore::diskUsage>(QStringLiteral("disk-usage"),
                                                           QStringLiteral("Espace disque"), "internaldrive"),
+        describe<NodeModulesView, &SessionStore::nodeModules>(QStringLiteral("node-modules"),
+                                                              QStringLiteral("node_modules"), "shippingbox"),
+        describe<LargeFilesView, &SessionStore::largeFiles>(
+            QStringLiteral("large-files"), QStringLiteral("Gros fichiers"), "doc.text.magnifyingglass"),
+        describe<BuildCachesView, &SessionStore::buildCaches>(QStringLiteral("build-caches"),
+                                                              QStringLiteral("Caches de build"), "hammer"),
+        describe<GitReposView, &SessionStore::gitRepos>(
+            QStringLiteral("git-repos"), QStringLiteral("Dépôts Git"), "arrow.triangle.branch"),
     };
     return tools;
 }

@@ -57,6 +57,22 @@ QString ListToolViewModel::scanReport() const
         .arg(QString::number(m_entries.size()), QString::fromStdString(SizeFormatter::string(totalSize())));
 }
 
+ScanLine ListToolViewModel::scanLine() const
+{
+    if (m_isDiscovering) {
+        return {QStringLiteral("Recherche… %1 trouvé(s)").arg(m_scanTotal), std::nullopt};
+    }
+    return {QStringLiteral("Analyse en cours… %1/%2").arg(m_scanCompleted).arg(m_scanTotal), scanFraction()};
+}
+
+void ListToolViewModel::refresh()
+{
+    if (m_rootURL) {
+        FileScanner::invalidateCache(*m_rootURL);
+        scan();
+    }
+}
+
 void ListToolViewModel::setSearchText(const QString& text)
 {
     if (assignIfChanged(m_searchText, text)) {

@@ -16,6 +16,14 @@
 
 namespace tallyroom {
 
+/// The line that tells how a running scan goes on.
+struct ScanLine {
+    QString text;
+    std::optional<double> fraction; ///< 0 to 1; nothing while the end is not known
+
+    friend bool operator==(const ScanLine&, const ScanLine&) = default;
+};
+
 /// What all tools that list entries have in common: the choice of a folder, the scan and its progress, the
 /// filter, deletion and undo. A tool adds `startScan` and what only it knows. Main thread.
 class ListToolViewModel : public FolderTool {
@@ -74,6 +82,9 @@ public:
     /// scanCompleted / scanTotal; 0 while the total is not known.
     [[nodiscard]] double scanFraction() const;
 
+    /// What is said of a running scan.
+    [[nodiscard]] virtual ScanLine scanLine() const;
+
     /// The folder that the entries on screen come from.
     [[nodiscard]] virtual std::optional<FileUrl> listedFolder() const { return m_rootURL; }
 
@@ -88,8 +99,8 @@ public:
     /// Makes `root` the tool's folder and scans it. By value: the recent folders change under way.
     void open(FileUrl root);
 
-    /// Scans again what is on screen.
-    virtual void refresh() { scan(); }
+    /// Scans again what is on screen, without what the caches know.
+    virtual void refresh();
 
     /// Stops a running scan and keeps what it has found.
     void cancelScan();
@@ -128,7 +139,7 @@ protected:
     virtual void rootChosen(PropertyUpdate& /*update*/) {}
 
     /// Items of `folder`'s list were deleted or put back on the disk.
-    virtual void changedOnDisk(const FileUrl& /*folder*/) {}
+    virtual void changedOnDisk(const FileUrl& folder) { FileScanner::invalidateCache(folder); }
 
     /// Replaces the running scan by a new one; does nothing without a root. For changed options.
     void scan();

@@ -198,12 +198,13 @@ void ToolScreen::showPage()
     m_pages->showPage(m_patience.isActive(), hidesEverything);
     const bool isScanning = m_tool.isScanning() && !m_patience.isActive();
     m_header->showScanning(isScanning);
-    m_progress->setVisible(isScanning && m_tool.scanTotal() > 0);
+    m_progress->setVisible(isScanning && (m_tool.scanTotal() > 0 || m_tool.isDiscovering()));
 }
 
 void ToolScreen::showProgress()
 {
-    m_progress->setProgress(m_tool.scanFraction(), m_tool.scanCompleted(), m_tool.scanTotal());
+    const ScanLine line = m_tool.scanLine();
+    m_progress->setProgress(line.text, line.fraction);
     showPage();
 }
 
@@ -293,7 +294,8 @@ void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmati
     if (entries.empty()) {
         return;
     }
-    auto* const dialog = new DeleteConfirmation(PendingDeletion::many(entries), choice, this);
+    auto* const dialog =
+        new DeleteConfirmation(PendingDeletion::many(entries), choice, m_style.deletionWarning, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ListToolViewModel::deleteSelected);
     dialog->open();

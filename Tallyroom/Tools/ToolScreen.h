@@ -29,6 +29,7 @@ struct ToolScreenStyle {
     ToolWelcome::Content welcome;
     QString emptyMessage; ///< a finished scan that found nothing
     EntryTableStyle table;
+    QString deletionWarning; ///< what is lost beyond the bytes; said before anything is deleted
 };
 
 /// The frame that all list tools share: header, list, progress, banner, selection bar, and the pages that

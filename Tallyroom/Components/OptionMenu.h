@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QPushButton>
+
+#include <functional>
+
+class QActionGroup;
+
+namespace tallyroom {
+
+/// A button that opens a menu of choices, and says what is chosen. Main thread.
+class OptionMenu : public QPushButton {
+    Q_OBJECT
+
+public:
+    /// Whether one choice excludes the others.
+    enum class Choices { one, many };
+
+    explicit OptionMenu(Choices choices, QWidget* parent = nullptr);
+
+    /// The text of the button; a small arrow is added.
+    void setTitle(const QString& title);
+
+    /// Adds a choice. `chosen(isOn)` is called when the user takes it, or, of many, leaves it.
+    void addChoice(const QString& text, bool isOn, std::function<void(bool isOn)> chosen);
+    void addChoice(const QIcon& icon, const QString& text, bool isOn, std::function<void(bool isOn)> chosen);
+
+private:
+    QActionGroup* m_group;
+};
+
+} // namespace tallyroom

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Scanning/Ecosystem.h"
+#include "Tools/ListToolViewModel.h"
+
+#include <set>
+
+namespace tallyroom {
+
+/// The folders below a folder of code that build tools can make again. Main thread.
+class BuildCachesViewModel : public ListToolViewModel {
+    Q_OBJECT
+    Q_PROPERTY(std::set<tallyroom::Ecosystem> enabledEcosystems READ enabledEcosystems WRITE
+                   setEnabledEcosystems NOTIFY enabledEcosystemsChanged)
+
+public:
+    explicit BuildCachesViewModel(DeletionRunner& deletions);
+
+    /// The ecosystems that are looked for; survive a restart.
+    [[nodiscard]] const std::set<Ecosystem>& enabledEcosystems() const { return m_enabled; }
+
+    /// Stores another set and scans again for it.
+    void setEnabledEcosystems(const std::set<Ecosystem>& ecosystems);
+
+Q_SIGNALS:
+    void enabledEcosystemsChanged();
+
+protected:
+    [[nodiscard]] FileScanner::ScanStream startScan() override;
+
+private:
+    std::set<Ecosystem> m_enabled;
+};
+
+} // namespace tallyroom

@@ -1,0 +1,31 @@
+#include "Tools/GitRepos/GitReposView.h"
+
+#include "Tools/ToolStyles.h"
+
+namespace tallyroom {
+
+namespace {
+
+ToolScreenStyle screenStyle()
+{
+    ToolScreenStyle style = ToolStyles::search(
+        "arrow.triangle.branch", QStringLiteral("Dépôts Git"),
+        QStringLiteral("Choisissez un dossier de projets : Tallyroom mesure l’historique de chaque dépôt, "
+                       "du plus lourd au plus léger."));
+    style.emptyMessage = QStringLiteral("Aucun dépôt Git dans ce dossier.");
+    style.deletionWarning =
+        QStringLiteral("L’historique des dépôts choisis (versions, branches, étiquettes) sera perdu. Les "
+                       "fichiers de travail restent en place.");
+    style.table.firstColumnTitle = QStringLiteral("Dépôt");
+    style.table.name = ToolStyles::projectName;
+    style.table.symbol = [](const Entry&) { return std::string{"arrow.triangle.branch"}; };
+    style.table.columns.push_back(ToolStyles::ageColumn());
+    return style;
+}
+
+} // namespace
+
+GitReposView::GitReposView(GitReposViewModel& tool, QWidget* parent) : ToolScreen(tool, screenStyle(), parent)
+{}
+
+} // namespace tallyroom

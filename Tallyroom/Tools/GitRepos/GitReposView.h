@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Tools/GitRepos/GitReposViewModel.h"
+#include "Tools/ToolScreen.h"
+
+namespace tallyroom {
+
+/// The screen of the Git histories, each by the name of its repository. Main thread.
+class GitReposView : public ToolScreen {
+    Q_OBJECT
+
+public:
+    /// `tool` must outlive the screen.
+    explicit GitReposView(GitReposViewModel& tool, QWidget* parent = nullptr);
+};
+
+} // namespace tallyroom

@@ -1,0 +1,32 @@
+#include "Tools/LargeFiles/LargeFilesViewModel.h"
+
+#include "Settings/PersistedSettings.h"
+
+namespace tallyroom {
+
+LargeFilesViewModel::LargeFilesViewModel(DeletionRunner& deletions)
+    : ListToolViewModel(FilterSubject::path, ScanBeginning::discovering, deletions),
+      m_limit(Settings::largeFilesLimit())
+{}
+
+void LargeFilesViewModel::setLimit(std::int64_t limit)
+{
+    if (!assignIfChanged(m_limit, limit)) {
+        return;
+    }
+    Settings::write(QStringLiteral("lf.limit"), QVariant::fromValue<qlonglong>(limit));
+    Q_EMIT limitChanged();
+    scan();
+}
+
+ScanLine LargeFilesViewModel::scanLine() const
+{
+    return {QStringLiteral("Analyse en cours… %1 fichiers examinés").arg(scanCompleted()), std::nullopt};
+}
+
+FileScanner::ScanStream LargeFilesViewModel::startScan()
+{
+    return FileScanner::findLargestFilesStream(*rootURL(), m_limit);
+}
+
+} // namespace tallyroom

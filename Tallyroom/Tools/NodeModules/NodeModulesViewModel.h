@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Scanning/AgeThreshold.h"
+#include "Tools/ListToolViewModel.h"
+
+namespace tallyroom {
+
+/// The `node_modules` folders below a folder of projects, the old ones told apart. Main thread.
+class NodeModulesViewModel : public ListToolViewModel {
+    Q_OBJECT
+    Q_PROPERTY(tallyroom::AgeThreshold threshold READ threshold WRITE setThreshold NOTIFY thresholdChanged)
+
+public:
+    explicit NodeModulesViewModel(DeletionRunner& deletions);
+
+    /// The age beyond which a folder is old; survives a restart.
+    [[nodiscard]] AgeThreshold threshold() const { return m_threshold; }
+
+    /// Stores the threshold. Never scans: it only tells which entries count as old.
+    void setThreshold(AgeThreshold threshold);
+
+    /// The old ones among all `entries`, those included that the filter hides, as of now.
+    [[nodiscard]] std::vector<Entry> oldEntries() const;
+
+    [[nodiscard]] std::int64_t oldTotalSize() const { return tallyroom::totalSize(oldEntries()); }
+
+    [[nodiscard]] ScanLine scanLine() const override;
+
+Q_SIGNALS:
+    void thresholdChanged();
+
+protected:
+    [[nodiscard]] FileScanner::ScanStream startScan() override;
+
+private:
+    AgeThreshold m_threshold;
+};
+
+/// The line that tells how a search goes on: what was found, then how much of it is measured.
+struct NodeModulesProgress {
+    bool isDiscovering = false;
+    std::int64_t found = 0;
+    std::int64_t sized = 0;
+    double fraction = 0; ///< 0 to 1
+
+    [[nodiscard]] QString text() const;
+};
+
+} // namespace tallyroom

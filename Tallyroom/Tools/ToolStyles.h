@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Tools/ToolScreen.h"
+
+#include <string>
+
+namespace tallyroom {
+
+/// What the tools that search a whole tree show alike. Main thread.
+namespace ToolStyles {
+
+/// The welcome, the filter by path, and rows of two lines with the path below the name.
+[[nodiscard]] ToolScreenStyle search(std::string icon, const QString& title, const QString& message);
+
+/// The project that a found folder belongs to: the name of the folder around it.
+[[nodiscard]] std::string projectName(const Entry& entry);
+
+/// A column with the age in words, sorted by the date.
+[[nodiscard]] EntryTableColumn ageColumn();
+
+} // namespace ToolStyles
+
+} // namespace tallyroom

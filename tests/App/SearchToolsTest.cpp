@@ -1,0 +1,207 @@
+#include "App/EventWait.h"
+#include "Components/EntryTable.h"
+#include "Deletion/DeleteConfirmation.h"
+#include "Settings/PersistedSettings.h"
+#include "Support/TemporaryTree.h"
+#include "Tools/AgeText.h"
+#include "Tools/BuildCaches/BuildCachesViewModel.h"
+#include "Tools/GitRepos/GitReposView.h"
+#include "Tools/LargeFiles/LargeFilesViewModel.h"
+#include "Tools/NodeModules/NodeModulesView.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+
+class SearchToolsTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        Settings::store().clear();
+        FileScanner::clearCache();
+        qputenv("XDG_DATA_HOME", QByteArray::fromStdString(m_trash.path()));
+    }
+
+    void TearDown() override { qunsetenv("XDG_DATA_HOME"); }
+
+    static void write(const QString& key, const QVariant& value) { Settings::write(key, value); }
+
+    /// Opens a folder and waits for the end of its scan.
+    static void scan(ListToolViewModel& tool, const FileUrl& folder)
+    {
+        tool.open(folder);
+        EXPECT_TRUE(finished(tool));
+    }
+
+    static bool finished(ListToolViewModel& tool)
+    {
+        return waitUntil(&tool, &FolderTool::stateChanged, [&tool] { return !tool.isScanning(); });
+    }
+
+    static std::vector<std::string> paths(const TemporaryTree& tree, const EntryList& entries)
+    {
+        std::vector<std::string> result;
+        for (const Entry& entry : entries) {
+            result.push_back(entry.url.path().substr(tree.path().size() + 1));
+        }
+        return result;
+    }
+
+    TemporaryTree m_trash;
+    DeletionRunner m_deletions;
+};
+
+TEST_F(SearchToolsTest, AnotherLimitIsKeptAndScansAgainTheSameDoesNeither)
+{
+    const TemporaryTree tree{file("Sub/a", 50'000), file("Sub/b", 40'000), file("c", 30'000)};
+    LargeFilesViewModel tool{m_deletions};
+    EXPECT_EQ(tool.limit(), 100);
+    tool.setLimit(2);
+    EXPECT_EQ(tool.state(), ToolState::idle()) << "without a folder a limit is only stored";
+    scan(tool, tree.url());
+    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("Sub/a", "Sub/b"));
+    EXPECT_FALSE(tool.isDiscovering());
+
+    const QSignalSpy states{&tool, &FolderTool::stateChanged};
+    tool.setLimit(2);
+    EXPECT_TRUE(states.isEmpty());
+    tool.setLimit(3);
+    EXPECT_TRUE(tool.isScanning());
+    EXPECT_TRUE(finished(tool));
+    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("Sub/a", "Sub/b", "c"));
+    EXPECT_EQ(LargeFilesViewModel{m_deletions}.limit(), 3) << "a restart";
+
+    tool.setSearchText(QStringLiteral("sUB"));
+    EXPECT_THAT(paths(tree, tool.filteredEntries()), ElementsAre("Sub/a", "Sub/b"));
+}
+
+TEST_F(SearchToolsTest, AStoredThresholdIsTakenWhenItIsKnownAndNeverScans)
+{
+    for (const auto& [stored, threshold] : {std::pair{QStringLiteral("oneYear"), AgeThreshold::oneYear},
+                                            {QStringLiteral("OneYear"), AgeThreshold::oneMonth},
+                                            {QStringLiteral("2"), AgeThreshold::oneMonth}}) {
+        write(QStringLiteral("nm.threshold"), stored);
+        EXPECT_EQ(NodeModulesViewModel{m_deletions}.threshold(), threshold) << stored.toStdString();
+    }
+    const TemporaryTree tree{file("new/node_modules/x", 5000), file("old/node_modules/x", 9000),
+                             folder("old/node_modules").modifiedAt(1'600'000'000)};
+    NodeModulesViewModel tool{m_deletions};
+    scan(tool, tree.url());
+    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("old/node_modules", "new/node_modules"));
+    EXPECT_EQ(tool.oldEntries(), std::vector{tool.entries()[0]});
+
+    const QSignalSpy states{&tool, &FolderTool::stateChanged};
+    tool.setThreshold(AgeThreshold::sixMonths);
+    EXPECT_EQ(tool.oldTotalSize(), tool.entries()[0].sizeBytes);
+    EXPECT_TRUE(states.isEmpty());
+    EXPECT_EQ(NodeModulesViewModel{m_deletions}.threshold(), AgeThreshold::sixMonths) << "a restart";
+}
+
+TEST_F(SearchToolsTest, EcosystemsAreLoadedWithWhatIsKnownAndAllWhenNothingIs)
+{
+    const std::set<Ecosystem> all{Ecosystem::all.begin(), Ecosystem::all.end()};
+    EXPECT_EQ(BuildCachesViewModel{m_deletions}.enabledEcosystems(), all);
+    write(QStringLiteral("bc.ecosystems"), QStringList{QStringLiteral("rust"), QStringLiteral("cobol")});
+    const TemporaryTree tree{file("p/target/x", 5000), file("p/dist/node_modules/x", 9000)};
+    BuildCachesViewModel tool{m_deletions};
+    EXPECT_EQ(tool.enabledEcosystems(), std::set<Ecosystem>{Ecosystem::rust});
+    scan(tool, tree.url());
+    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("p/target"));
+
+    const QSignalSpy states{&tool, &FolderTool::stateChanged};
+    tool.setEnabledEcosystems({Ecosystem::rust});
+    EXPECT_TRUE(states.isEmpty());
+    tool.setEnabledEcosystems({Ecosystem::rust, Ecosystem::javascript});
+    EXPECT_TRUE(finished(tool));
+    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("p/dist", "p/target"));
+    tool.setEnabledEcosystems({});
+    EXPECT_TRUE(finished(tool));
+    EXPECT_EQ(tool.state(), ToolState::loaded());
+    EXPECT_TRUE(tool.entries().empty());
+    EXPECT_EQ(BuildCachesViewModel{m_deletions}.enabledEcosystems(), all) << "an empty list loads as all";
+}
+
+TEST_F(SearchToolsTest, AHistoryGoesWithAWarningAndComesBackInItsPlace)
+{
+    const TemporaryTree tree{file("one/.git/objects", 90'000), file("two/.git/objects", 50'000),
+                             file("two/work", 10)};
+    GitReposViewModel tool{m_deletions};
+    GitReposView view{tool};
+    view.show();
+    scan(tool, tree.url());
+    view.askDeletion({tool.entries()[0]}, DeleteConfirmation::Default::trash);
+    const auto* const dialog = view.findChild<DeleteConfirmation*>();
+    ASSERT_NE(dialog, nullptr);
+    QString words;
+    for (const QLabel* const label : dialog->findChildren<QLabel*>()) {
+        words += label->text();
+    }
+    EXPECT_TRUE(words.contains(QStringLiteral("historique")));
+
+    tool.deleteSelected({tree.url("one/.git")}, false);
+    EXPECT_TRUE(waitUntil(&tool, &ListToolViewModel::undoableChanged,
+                          [&tool] { return tool.undoable().has_value(); }));
+    EXPECT_FALSE(tree.exists("one/.git"));
+    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("two/.git"));
+    tool.undoDeletion();
+    EXPECT_TRUE(waitUntil(&tool, &ListToolViewModel::undoableChanged,
+                          [&tool] { return !tool.undoable().has_value(); }));
+    EXPECT_TRUE(tree.exists("one/.git/objects"));
+    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("one/.git", "two/.git"));
+}
+
+TEST_F(SearchToolsTest, DeletingTheOldOnesChecksThemAndNothingElse)
+{
+    const TemporaryTree tree{file("new/node_modules/x", 5000), file("old/node_modules/x", 9000),
+                             folder("old/node_modules").modifiedAt(1'600'000'000)};
+    NodeModulesViewModel tool{m_deletions};
+    NodeModulesView view{tool};
+    view.show();
+    scan(tool, tree.url());
+    view.setSelection({tree.url("new/node_modules")});
+    const auto buttons = view.findChildren<QPushButton*>();
+    const auto deleteOld =
+        std::ranges::find(buttons, QStringLiteral("Supprimer anciens (1)"), &QPushButton::text);
+    ASSERT_NE(deleteOld, buttons.end());
+    (*deleteOld)->click();
+    EXPECT_EQ(view.selection(), UrlSet{tree.url("old/node_modules")});
+    const auto* const dialog = view.findChild<DeleteConfirmation*>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_THAT(dialog->pending().urls, ElementsAre(tree.url("old/node_modules")));
+}
+
+TEST(AgeText, SaysHowLongAgoInWords)
+{
+    using namespace std::chrono;
+    const Timestamp now{days{20'000}};
+    const std::vector<std::pair<std::int64_t, QString>> cases{
+        {0, QStringLiteral("aujourd’hui")},    {1, QStringLiteral("hier")},
+        {2, QStringLiteral("il y a 2 jours")}, {14, QStringLiteral("il y a 2 semaines")},
+        {60, QStringLiteral("il y a 2 mois")}, {729, QStringLiteral("il y a 24 mois")},
+        {730, QStringLiteral("il y a 2 ans")}, {-1, QStringLiteral("dans le futur")}};
+    for (const auto& [age, words] : cases) {
+        EXPECT_EQ(ageText(now - days{age}, now), words) << age;
+    }
+    EXPECT_EQ(ageText({}, now), QStringLiteral("date inconnue"));
+    EXPECT_EQ(modifiedAtSortKey(Entry{}), 0.0);
+}
+
+TEST(NodeModulesProgress, TellsWhatIsFoundAndThenWhatIsMeasured)
+{
+    EXPECT_EQ((NodeModulesProgress{true, 7, 0, 0}.text()),
+              QStringLiteral("Recherche… 7 node_modules trouvés"));
+    EXPECT_EQ((NodeModulesProgress{false, 7, 3, 3.0 / 7}.text()), QStringLiteral("Mesure des tailles… 3/7"));
+}
+
+} // namespace
+
+} // namespace tallyroom
