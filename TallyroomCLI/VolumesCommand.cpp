@@ -37,17 +37,22 @@ void addTable(const std::vector<VolumeUsage>& volumes, OutputWriter& writer)
     }
     const auto line = [&](const auto& used, const auto& available, const auto& total,
                           const std::string& share, const std::string& name, const std::string& place) {
-        return rightAligned(used, sizeWidth) + between + rightAligned(available, sizeWidth) + between +
-               rightAligned(total, sizeWidth) + between + share + between + leftAligned(name, nameWidth) +
-               between + place + "\n";
+        std::string text = rightAligned(used, sizeWidth).append(between);
+        text.append(rightAligned(available, sizeWidth)).append(between);
+        text.append(rightAligned(total, sizeWidth)).append(between);
+        text.append(share).append(between).append(leftAligned(name, nameWidth)).append(between);
+        return text.append(place).append("\n");
     };
     const std::string noShare(width > 0 ? width + gap + 5 : 5, ' ');
     writer.add(line("Utilisé", "Libre", "Capacité", noShare, "Nom", "Emplacement"));
     for (const VolumeUsage& volume : volumes) {
         const std::string percent =
             rightAligned(std::to_string(std::lround(volume.usedFraction() * 100)) + " %", 5);
-        const std::string share =
-            width > 0 ? bar(std::clamp(volume.usedFraction(), 0.0, 1.0), width) + between + percent : percent;
+        std::string share;
+        if (width > 0) {
+            share.append(bar(std::clamp(volume.usedFraction(), 0.0, 1.0), width)).append(between);
+        }
+        share.append(percent);
         writer.add(line(SizeFormatter::string(volume.usedBytes()),
                         SizeFormatter::string(volume.availableBytes),
                         SizeFormatter::string(volume.totalBytes), share, Terminal::printable(volume.name),
