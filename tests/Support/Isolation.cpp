@@ -38,13 +38,19 @@ TemporaryMount TemporaryMount::bind(const std::string& source, const std::string
     return {source, folder, nullptr, MS_BIND, ""};
 }
 
+namespace {
+
+/// A mount namespace of this process alone, so that even a test that crashes leaves no mount behind. Entered
+/// before any test: a folder opened earlier would show what lies below a mount.
+const bool isApart =
+    ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+
+} // namespace
+
 TemporaryMount::TemporaryMount(const std::string& source, std::string folder, const char* type,
                                unsigned long flags, const std::string& options)
     : m_folder(std::move(folder))
 {
-    // A namespace of its own, so that even a test that crashes leaves no mount behind.
-    static const bool isApart =
-        ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     if (!isApart || ::mount(source.c_str(), m_folder.c_str(), type, flags, options.c_str()) != 0) {
         m_refusal = std::string{"mounting is not permitted here: "} + std::strerror(errno);
     }
