@@ -24,13 +24,7 @@ void OptionMenu::setTitle(const QString& title)
 
 void OptionMenu::addChoice(const QString& text, bool isOn, std::function<void(bool)> chosen)
 {
-    addChoice({}, text, isOn, std::move(chosen));
-}
-
-void OptionMenu::addChoice(const QIcon& icon, const QString& text, bool isOn,
-                           std::function<void(bool)> chosen)
-{
-    QAction* const action = menu()->addAction(icon, text);
+    QAction* const action = menu()->addAction(text);
     action->setCheckable(true);
     action->setChecked(isOn);
     m_group->addAction(action);

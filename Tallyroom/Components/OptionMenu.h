@@ -23,7 +23,6 @@ public:
 
     /// Adds a choice. `chosen(isOn)` is called when the user takes it, or, of many, leaves it.
     void addChoice(const QString& text, bool isOn, std::function<void(bool isOn)> chosen);
-    void addChoice(const QIcon& icon, const QString& text, bool isOn, std::function<void(bool isOn)> chosen);
 
 private:
     QActionGroup* m_group;

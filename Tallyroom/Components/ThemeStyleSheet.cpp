@@ -72,6 +72,7 @@ QComboBox QAbstractItemView {
     selection-background-color: @accentWash; selection-color: @text;
 }
 
+QPushButton::menu-indicator { image: none; width: 0; }
 QMenu { background: @card; color: @text; border: 1px solid @line; padding: 4px; }
 QMenu::item { padding: 6px 24px 6px 10px; border-radius: @badgeRadius; }
 QMenu::item:selected { background: @accentWash; }

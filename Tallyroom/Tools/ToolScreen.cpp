@@ -68,9 +68,21 @@ void ToolScreen::showEverything()
     showFilter();
     showEntries();
     showState();
+    showBanner();
+}
+
+void ToolScreen::showBanner()
+{
     m_banner->showMessage(m_tool.statusMessage());
     m_banner->showUndo(m_tool.undoable().has_value());
     m_banner->showRemoval(m_tool.removal());
+    showFooter();
+}
+
+/// Takes no room while it has nothing to say.
+void ToolScreen::showFooter()
+{
+    m_footer->setVisible(!m_progress->isHidden() || !m_banner->isHidden());
 }
 
 void ToolScreen::makeLayout()
@@ -99,12 +111,9 @@ void ToolScreen::connectTool()
     connect(&m_tool, &ListToolViewModel::scanCompletedChanged, this, &ToolScreen::showProgress);
     connect(&m_tool, &ListToolViewModel::scanTotalChanged, this, &ToolScreen::showProgress);
     connect(&m_tool, &ListToolViewModel::isDiscoveringChanged, this, &ToolScreen::showProgress);
-    connect(&m_tool, &ListToolViewModel::statusMessageChanged, m_banner,
-            [this] { m_banner->showMessage(m_tool.statusMessage()); });
-    connect(&m_tool, &ListToolViewModel::undoableChanged, m_banner,
-            [this] { m_banner->showUndo(m_tool.undoable().has_value()); });
-    connect(&m_tool, &ListToolViewModel::removalChanged, m_banner,
-            [this] { m_banner->showRemoval(m_tool.removal()); });
+    connect(&m_tool, &ListToolViewModel::statusMessageChanged, this, &ToolScreen::showBanner);
+    connect(&m_tool, &ListToolViewModel::undoableChanged, this, &ToolScreen::showBanner);
+    connect(&m_tool, &ListToolViewModel::removalChanged, this, &ToolScreen::showBanner);
     connect(&m_patience, &QTimer::timeout, this, &ToolScreen::showPage);
 }
 
@@ -199,6 +208,7 @@ void ToolScreen::showPage()
     const bool isScanning = m_tool.isScanning() && !m_patience.isActive();
     m_header->showScanning(isScanning);
     m_progress->setVisible(isScanning && (m_tool.scanTotal() > 0 || m_tool.isDiscovering()));
+    showFooter();
 }
 
 void ToolScreen::showProgress()

@@ -110,6 +110,8 @@ private:
     void showState();
     void showPage();
     void showProgress();
+    void showBanner();
+    void showFooter();
     void dropVanishedChecks();
     [[nodiscard]] bool hasList() const;
 

@@ -1,7 +1,6 @@
 #include "Tools/BuildCaches/BuildCachesView.h"
 
 #include "Components/OptionMenu.h"
-#include "Components/SymbolIcon.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolStyles.h"
 
@@ -53,8 +52,7 @@ BuildCachesView::BuildCachesView(BuildCachesViewModel& tool, QWidget* parent)
       m_ecosystems(new OptionMenu(OptionMenu::Choices::many))
 {
     for (const Ecosystem ecosystem : Ecosystem::all) {
-        m_ecosystems->addChoice(SymbolIcon::icon(std::string{ecosystem.symbolName()}), nameOf(ecosystem),
-                                tool.enabledEcosystems().contains(ecosystem),
+        m_ecosystems->addChoice(nameOf(ecosystem), tool.enabledEcosystems().contains(ecosystem),
                                 [this, ecosystem](bool isOn) { enable(ecosystem, isOn); });
     }
     header().addOption(m_ecosystems);
