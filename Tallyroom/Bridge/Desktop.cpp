@@ -52,13 +52,14 @@ void Desktop::chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
     dialog->setOption(QFileDialog::ShowDirsOnly);
     dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
     dialog->setDirectory(FileUrlText::toFileName(folder));
-    QObject::connect(dialog, &QFileDialog::urlsSelected, dialog, [chosen](const QList<QUrl>& urls) {
-        std::optional<FileUrl> url;
-        if (!urls.isEmpty()) {
-            url = FileUrlText::fromUrl(urls.first());
-        }
-        chosen(url ? choiceOf(*url) : FolderChoice{});
-    });
+    QObject::connect(dialog, &QFileDialog::urlsSelected, dialog,
+                     [chosen = std::move(chosen)](const QList<QUrl>& urls) {
+                         std::optional<FileUrl> url;
+                         if (!urls.isEmpty()) {
+                             url = FileUrlText::fromUrl(urls.first());
+                         }
+                         chosen(url ? choiceOf(*url) : FolderChoice{});
+                     });
     dialog->open();
 }
 
