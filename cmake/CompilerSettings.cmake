@@ -8,7 +8,7 @@ target_compile_definitions(tallyroom_settings INTERFACE TALLYROOM_VERSION="${PRO
 # development build keeps these warnings, and CI keeps it free of them.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" OR TALLYROOM_SANITIZE)
   target_compile_options(tallyroom_settings INTERFACE
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized;-Wno-stringop-overflow;-Wno-array-bounds>)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized;-Wno-stringop-overflow;-Wno-array-bounds;-Wno-restrict>)
 endif()
 
 option(TALLYROOM_WARNINGS_AS_ERRORS "Stop at the first warning" OFF)
