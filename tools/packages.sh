@@ -6,7 +6,7 @@ declare -A tallyroom_packages=(
     [app]="qt6-base-dev qt6-svg-dev"
     [window]="qt6-wayland"
     [test]="libgtest-dev libgmock-dev"
-    [ci]="ccache clang-format clang-tidy shellcheck libbenchmark-dev desktop-file-utils appstream"
+    [ci]="ccache clang-format clang-tidy-16 shellcheck libbenchmark-dev desktop-file-utils appstream"
     [bench]="libbenchmark-dev python3 gdu fd-find rdfind jdupes fdupes rmlint"
 )
 
