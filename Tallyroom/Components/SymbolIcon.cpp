@@ -54,7 +54,7 @@ class SymbolIconEngine : public QIconEngine {
 public:
     using Ink = std::variant<Theme::Colour, QColor>;
 
-    SymbolIconEngine(std::string name, Ink ink) : m_name(std::move(name)), m_ink(std::move(ink)) {}
+    SymbolIconEngine(std::string name, Ink ink) : m_name(std::move(name)), m_ink(ink) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State /*state*/) override
     {
