@@ -158,7 +158,7 @@ void ListToolViewModel::cancelScan()
 /// A record as the disk is now: the scan does not know what was deleted or put back while it ran.
 EntryList ListToolViewModel::amended(const EntryList& found) const
 {
-    const EntryList present = withoutUrls(found, m_listing->removed);
+    EntryList present = withoutUrls(found, m_listing->removed);
     if (m_listing->restored.empty()) {
         return present;
     }

@@ -290,14 +290,17 @@ Trash::Result Trash::store(const Bin& bin, const ItemPlace& place, const std::st
 SystemResult<Trash::Bin> Trash::openBin(FileDescriptor folder, std::string topFolder)
 {
     auto files = openOrMakeFolder(folder.get(), "files", O_NOFOLLOW);
-    auto records = files ? openOrMakeFolder(folder.get(), "info", O_NOFOLLOW) : std::move(files);
+    if (!files) {
+        return std::unexpected(files.error());
+    }
+    auto records = openOrMakeFolder(folder.get(), "info", O_NOFOLLOW);
+    if (!records) {
+        return std::unexpected(records.error());
+    }
     const auto path = realPathOf(folder.get());
     const auto mount = mountOf(folder.get(), "");
-    if (!files || !records || !path || !mount) {
-        return std::unexpected(!files     ? files.error()
-                               : !records ? records.error()
-                               : !path    ? path.error()
-                                          : mount.error());
+    if (!path || !mount) {
+        return std::unexpected(path ? mount.error() : path.error());
     }
     return Bin{std::move(*files), std::move(*records), *path, std::move(topFolder), *mount};
 }
