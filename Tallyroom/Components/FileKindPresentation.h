@@ -6,7 +6,7 @@
 
 namespace tallyroom {
 
-/// The French label of a kind, as lists and legends show it. Its colour is `Theme::tint`.
+/// The label of a kind as a text to draw. Its colour is `Theme::tint`.
 [[nodiscard]] QString displayName(FileKind kind);
 
 } // namespace tallyroom
