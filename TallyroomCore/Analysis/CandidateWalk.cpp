@@ -1,17 +1,15 @@
 #include "Analysis/CandidateWalk.h"
 
+#include "FileSystem/PrunedFolders.h"
+
 #include <algorithm>
-#include <array>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <string_view>
 
 namespace tallyroom::CandidateWalk {
 
 namespace {
-
-constexpr std::array<std::string_view, 3> prunedDirectoryNames{".git", ".hg", ".svn"};
 
 /// A file of one folder that may have copies, and how many files were met since the one before it.
 struct Met {
@@ -126,8 +124,7 @@ public:
         std::int64_t files = 0;
         for (TreeWalk::Child& child : children) {
             if (child.isFolder()) {
-                child.descend =
-                    std::ranges::find(prunedDirectoryNames, child.name) == prunedDirectoryNames.end();
+                child.descend = !isPruned(child.name);
             } else if (child.type == EntryType::file && child.attributes != nullptr) {
                 ++files;
                 if (child.attributes->isRegular && child.attributes->logicalBytes >= m_minimumSize) {

@@ -18,7 +18,6 @@ namespace tallyroom {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 Entry file(const std::string& name, std::int64_t size)
@@ -170,6 +169,7 @@ TEST_F(EntryTableTest, NamesThatLookAlikeActOnTheirOwnFile)
     const std::array names{std::string{"\xff"}, std::string{"\xfe"}, std::string{"\xef\xbf\xbd"},
                            std::string{"a\nb"}, std::string{"a b"},  std::string{"\\xFF"}};
     std::vector<Entry> entries;
+    entries.reserve(names.size());
     for (const std::string& name : names) {
         entries.push_back(file(name, 100 - static_cast<int>(entries.size())));
     }
