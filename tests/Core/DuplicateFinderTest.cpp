@@ -24,7 +24,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
-using testing::UnorderedElementsAre;
 
 /// The paths of a group, relative to the tree.
 std::vector<std::string> names(const TemporaryTree& tree, const DuplicateGroup& group)

@@ -17,7 +17,6 @@ namespace {
 
 using Phase = FolderAnalyzer::Progress::Phase;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 std::vector<FolderAnalyzer::Progress> allRecords(ProgressStream<FolderAnalyzer::Progress> stream)
 {

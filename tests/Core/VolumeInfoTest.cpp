@@ -18,7 +18,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 /// What a test waits for in the worst case; no test takes that long unless it fails.
 constexpr auto ample = 60s;
@@ -389,7 +388,8 @@ TEST(VolumeInfo, OfThisMachineTellsWhatTheSystemTells)
     const auto main = VolumeInfo::main();
     ASSERT_TRUE(main.has_value());
     std::optional<VolumeReport> last;
-    for (auto stream = VolumeInfo::stream(); auto report = stream.next();) {
+    auto stream = VolumeInfo::stream();
+    while (auto report = stream.next()) {
         last = std::move(report);
     }
     ASSERT_TRUE(last && last->mainVolume);
