@@ -257,7 +257,7 @@ TEST(DuplicateFinder, AFileThatIsNotWhatItWasDropsOutInAnyStage)
     const std::vector<Disturbance> disturbances{
         {"vanishes", [](const std::string& path) { ::unlink(path.c_str()); }},
         {"shrinks", [](const std::string& path) { ASSERT_EQ(::truncate(path.c_str(), 10), 0); }},
-        {"grows", [size](const std::string& path) { ASSERT_EQ(::truncate(path.c_str(), size + 1), 0); }},
+        {"grows", [](const std::string& path) { ASSERT_EQ(::truncate(path.c_str(), size + 1), 0); }},
         {"changes", [&](const std::string& path) { overwrite(path, "y", size / 2); }},
         {"changes and hides it",
          [&](const std::string& path) {
