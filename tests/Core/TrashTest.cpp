@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 namespace tallyroom {
@@ -122,21 +121,13 @@ TEST_F(TrashTest, ProcessesThatTrashTheSameNamesAtOnceLoseNothing)
             tree.add(file(place + "/node_modules/which", place));
         }
     }
-    std::vector<std::jthread> starters;
-    std::array<int, processes> codes = {};
-    for (int process = 0; process < processes; ++process) {
-        starters.emplace_back([&, process] {
-            codes.at(static_cast<std::size_t>(process)) = inChildProcess([&] {
-                std::vector<FileUrl> urls;
-                for (int i = 0; i < itemsEach; ++i) {
-                    urls.push_back(
-                        tree.url(std::to_string(process) + "/" + std::to_string(i) + "/node_modules"));
-                }
-                return static_cast<int>(trash(urls).failures.size());
-            });
-        });
-    }
-    starters.clear();
+    const std::vector<int> codes = inChildProcesses(processes, [&](int process) {
+        std::vector<FileUrl> urls;
+        for (int i = 0; i < itemsEach; ++i) {
+            urls.push_back(tree.url(std::to_string(process) + "/" + std::to_string(i) + "/node_modules"));
+        }
+        return static_cast<int>(trash(urls).failures.size());
+    });
     EXPECT_THAT(codes, testing::Each(0));
     const auto names = tree.names("data/Trash/files");
     EXPECT_THAT(names, SizeIs(itemsEach * processes));

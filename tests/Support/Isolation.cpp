@@ -68,14 +68,30 @@ bool TemporaryMount::makeReadOnly() const
     return ::mount("none", m_folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
 }
 
+std::vector<int> inChildProcesses(int count, const std::function<int(int child)>& action)
+{
+    // All from this one thread: a child of a process in which another thread allocates may never get its
+    // heap's lock.
+    std::vector<pid_t> children;
+    for (int number = 0; number < count; ++number) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::_exit(action(number));
+        }
+        children.push_back(child);
+    }
+    std::vector<int> codes;
+    for (const pid_t child : children) {
+        int status = 0;
+        const bool hasExited = child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status);
+        codes.push_back(hasExited ? WEXITSTATUS(status) : -1);
+    }
+    return codes;
+}
+
 int inChildProcess(const std::function<int()>& action)
 {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::_exit(action());
-    }
-    int status = 0;
-    return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return inChildProcesses(1, [&action](int) { return action(); }).front();
 }
 
 int asUnprivilegedUser(const std::function<int()>& action)

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace tallyroom {
 
@@ -48,6 +49,10 @@ private:
     std::string m_folder;
     std::string m_refusal;
 };
+
+/// Runs `action` in so many child processes at once, and returns what each returned, 0 to 255, or -1 when it
+/// crashed. For a process that has no other thread.
+std::vector<int> inChildProcesses(int count, const std::function<int(int child)>& action);
 
 /// Runs `action` in a child process and returns what it returned, 0 to 255; -1 when the process crashed.
 int inChildProcess(const std::function<int()>& action);
