@@ -19,7 +19,6 @@ public:
                const QModelIndex& index) const override;
 
 private:
-    void paintRow(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const;
     void paintName(QPainter& painter, QRect cell, const Entry& entry) const;
     void paintNameLine(QPainter& painter, const QRect& line, const Entry& entry) const;
     void paintSize(QPainter& painter, const QRect& cell, const Entry& entry) const;

@@ -7,7 +7,7 @@
 namespace tallyroom {
 
 EntryTableModel::EntryTableModel(EntryTableStyle style, QObject* parent)
-    : QAbstractTableModel(parent), m_style(std::move(style))
+    : EntryRowsModel(parent), m_style(std::move(style))
 {
     m_request.name = m_style.name;
     connect(&m_arranger, &EntryArranger::arranged, this, &EntryTableModel::takeRows);
@@ -49,62 +49,13 @@ void EntryTableModel::arrange(EntryArranger::Running running)
 
 void EntryTableModel::takeRows(const EntryArrangement& rows)
 {
-    Q_EMIT rowsAboutToChange();
-    const int before = rowCount();
-    const auto after = static_cast<int>(rows.rowCount());
-    // Rows come and go at the end: what they show is asked anew in any case, and nothing has to be moved.
-    if (after > before) {
-        beginInsertRows({}, before, after - 1);
-        m_rows = rows;
-        endInsertRows();
-    } else if (after < before) {
-        beginRemoveRows({}, after, before - 1);
-        m_rows = rows;
-        endRemoveRows();
-    } else {
-        m_rows = rows;
-    }
-    if (after > 0) {
-        Q_EMIT dataChanged(index(0, 0), index(after - 1, columnCount() - 1));
-    }
-    Q_EMIT rowsChanged();
+    replaceRows(rowCount(), static_cast<int>(rows.rowCount()), [&] { m_rows = rows; });
 }
 
-void EntryTableModel::setSelection(Selection selection)
+std::optional<int> EntryTableModel::rowOf(const FileUrl& url, int likelyRow) const
 {
-    m_selection = std::move(selection);
-    checksChanged();
-}
-
-void EntryTableModel::setChecked(const FileUrl& url, bool isChecked)
-{
-    if (isChecked ? m_selection.insert(url).second : m_selection.erase(url) > 0) {
-        checksChanged();
-        Q_EMIT selectionEdited();
-    }
-}
-
-void EntryTableModel::setRangeChecked(int firstRow, int lastRow, bool isChecked)
-{
-    if (isChecked) {
-        m_selection.reserve(m_selection.size() + static_cast<std::size_t>(lastRow - firstRow + 1));
-    }
-    for (int row = firstRow; row <= lastRow; ++row) {
-        if (isChecked) {
-            m_selection.insert(entry(row).url);
-        } else {
-            m_selection.erase(entry(row).url);
-        }
-    }
-    checksChanged();
-    Q_EMIT selectionEdited();
-}
-
-void EntryTableModel::checksChanged()
-{
-    if (rowCount() > 0) {
-        Q_EMIT dataChanged(index(0, checkColumn), index(rowCount() - 1, checkColumn), {Qt::CheckStateRole});
-    }
+    const auto row = m_rows.rowOf(url, static_cast<std::size_t>(likelyRow));
+    return row ? std::optional{static_cast<int>(*row)} : std::nullopt;
 }
 
 std::optional<EntrySortOrder::Key> EntryTableModel::sortKey(int column) const
@@ -150,7 +101,7 @@ QVariant EntryTableModel::data(const QModelIndex& index, int role) const
         return accessibleText(entry, index.column());
     }
     if (role == Qt::CheckStateRole && index.column() == checkColumn) {
-        return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
+        return isChecked(entry) ? Qt::Checked : Qt::Unchecked;
     }
     return {};
 }
@@ -190,7 +141,7 @@ QString EntryTableModel::accessibleText(const Entry& entry, int column) const
     for (int other = firstOwnColumn; other <= sizeColumn(); ++other) {
         parts += text(entry, other);
     }
-    parts += m_selection.contains(entry.url) ? QStringLiteral("coché") : QStringLiteral("non coché");
+    parts += accessibleCheck(entry);
     return parts.join(QStringLiteral(", "));
 }
 
@@ -212,22 +163,6 @@ QVariant EntryTableModel::headerData(int section, Qt::Orientation orientation, i
         return QStringLiteral("Taille");
     }
     return m_style.columns[static_cast<std::size_t>(section - firstOwnColumn)].title;
-}
-
-Qt::ItemFlags EntryTableModel::flags(const QModelIndex& index) const
-{
-    const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
-    return index.column() == checkColumn ? flags | Qt::ItemIsUserCheckable : flags;
-}
-
-bool EntryTableModel::setData(const QModelIndex& index, const QVariant& value, int role)
-{
-    if (role != Qt::CheckStateRole || index.column() != checkColumn || index.row() >= rowCount()) {
-        return false;
-    }
-    const FileUrl url = entry(index.row()).url;
-    setChecked(url, value.toInt() == Qt::Checked);
-    return true;
 }
 
 } // namespace tallyroom

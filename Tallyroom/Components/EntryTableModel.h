@@ -1,26 +1,20 @@
 #pragma once
 
 #include "Components/EntryArranger.h"
+#include "Components/EntryRowsModel.h"
 #include "Components/EntryTableStyle.h"
-
-#include <QAbstractTableModel>
-
-#include <unordered_set>
 
 namespace tallyroom {
 
-/// The rows of an `EntryTable`: an arrangement of its list, and the checked locations. Texts are made when
-/// they are asked for. Main thread.
-class EntryTableModel : public QAbstractTableModel {
+/// The rows of an `EntryTable`: an arrangement of its list. Texts are made when they are asked for. Main
+/// thread.
+class EntryTableModel : public EntryRowsModel {
     Q_OBJECT
 
 public:
     using Filter = std::function<bool(const Entry&)>;
-    using Selection = std::unordered_set<FileUrl>;
 
     /// Columns in order: check, name, the style's own, size.
-    static constexpr int checkColumn = 0;
-    static constexpr int nameColumn = 1;
     static constexpr int firstOwnColumn = 2;
 
     explicit EntryTableModel(EntryTableStyle style, QObject* parent = nullptr);
@@ -32,23 +26,21 @@ public:
     void setEntries(const EntryList& entries);
     void setFilter(Filter filter);
     void setSortOrder(const EntrySortOrder& order);
-    void setSelection(Selection selection);
 
     [[nodiscard]] const EntryList& entries() const { return m_request.entries; }
 
     [[nodiscard]] const EntrySortOrder& sortOrder() const { return m_request.order; }
 
-    [[nodiscard]] const Selection& selection() const { return m_selection; }
-
     [[nodiscard]] const EntryArrangement& rows() const { return m_rows; }
+
+    /// What the newest rows are or will be made from, for who makes them elsewhere.
+    [[nodiscard]] const EntryArrangement::Request& request() const { return m_request; }
 
     [[nodiscard]] const Entry& entry(int row) const { return m_rows.entry(static_cast<std::size_t>(row)); }
 
-    [[nodiscard]] bool isChecked(int row) const { return m_selection.contains(entry(row).url); }
+    [[nodiscard]] const Entry* entryAt(int row) const override { return &entry(row); }
 
-    /// The user's changes; `selectionEdited` follows each.
-    void setChecked(const FileUrl& url, bool isChecked);
-    void setRangeChecked(int firstRow, int lastRow, bool isChecked);
+    [[nodiscard]] std::optional<int> rowOf(const FileUrl& url, int likelyRow) const override;
 
     /// What a column sorts by, if it can be sorted.
     [[nodiscard]] std::optional<EntrySortOrder::Key> sortKey(int column) const;
@@ -60,27 +52,19 @@ public:
     [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
-    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
-    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
 
 Q_SIGNALS:
-    /// Around every change of the rows.
-    void rowsAboutToChange();
-    void rowsChanged();
     void sortOrderChanged();
-    void selectionEdited();
 
 private:
     void arrange(EntryArranger::Running running);
     void takeRows(const EntryArrangement& rows);
-    void checksChanged();
     [[nodiscard]] QString text(const Entry& entry, int column) const;
     [[nodiscard]] QString accessibleText(const Entry& entry, int column) const;
 
     EntryTableStyle m_style;
     EntryArrangement::Request m_request;
     EntryArrangement m_rows;
-    Selection m_selection;
     EntryArranger m_arranger;
 };
 

@@ -63,6 +63,8 @@ public:
     static constexpr int welcomeIconSize = 36;
     static constexpr int messageWidth = 360;
     static constexpr int recentsWidth = 380;
+    static constexpr int failureListWidth = 560;
+    static constexpr int failureListHeight = 320;
     static constexpr int checkColumnWidth = 28;
     static constexpr int nameColumnMinimum = 200;
     static constexpr int sizeColumnMinimum = 100;

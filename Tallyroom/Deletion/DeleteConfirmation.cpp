@@ -3,6 +3,7 @@
 #include "Components/Theme.h"
 #include "Text/SizeFormatter.h"
 
+#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -10,7 +11,7 @@
 
 namespace tallyroom {
 
-DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, const QString& warning,
+DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, const Caution& caution,
                                        QWidget* parent)
     : QDialog(parent), m_pending(std::move(pending))
 {
@@ -18,8 +19,8 @@ DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, 
     setWindowTitle(title);
     auto* const heading = new QLabel(title);
     Theme::dress(heading, Theme::Text::title);
-    auto* const text =
-        new QLabel(warning.isEmpty() ? message() : message() + QStringLiteral("\n\n") + warning);
+    auto* const text = new QLabel(
+        caution.warning.isEmpty() ? message() : message() + QStringLiteral("\n\n") + caution.warning);
     text->setWordWrap(true);
     text->setTextFormat(Qt::PlainText);
     Theme::dress(text, Theme::Text::body);
@@ -44,6 +45,11 @@ DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, 
     column->setSpacing(Theme::gap);
     column->addWidget(heading);
     column->addWidget(text);
+    if (!caution.acknowledgement.isEmpty()) {
+        demand(caution.acknowledgement, {trash, permanent}, column);
+        cancel->setDefault(true);
+        cancel->setFocus();
+    }
     column->addSpacing(Theme::gap);
     column->addLayout(buttons);
     column->setSizeConstraint(QLayout::SetFixedSize);
@@ -55,6 +61,17 @@ QString DeleteConfirmation::message() const
            QString::fromStdString(SizeFormatter::string(m_pending.size)) +
            QStringLiteral("\n\n« Mettre à la corbeille » est réversible. « Supprimer définitivement » ne "
                           "l'est pas.");
+}
+
+void DeleteConfirmation::demand(const QString& acknowledgement, const QList<QPushButton*>& choices,
+                                QBoxLayout* column)
+{
+    auto* const box = new QCheckBox(acknowledgement, this);
+    column->addWidget(box);
+    for (QPushButton* const choice : choices) {
+        choice->setEnabled(false);
+        connect(box, &QCheckBox::toggled, choice, &QPushButton::setEnabled);
+    }
 }
 
 QPushButton* DeleteConfirmation::addChoice(const QString& text, bool permanently)

@@ -3,7 +3,9 @@
 #include "Deletion/DeletionSupport.h"
 
 #include <QDialog>
+#include <QList>
 
+class QBoxLayout;
 class QPushButton;
 
 namespace tallyroom {
@@ -16,8 +18,13 @@ public:
     /// The choice that Enter takes.
     enum class Default { trash, permanent };
 
-    /// `warning`, when there is one, stands below the question.
-    DeleteConfirmation(PendingDeletion pending, Default choice, const QString& warning, QWidget* parent);
+    /// What is to be said before; each may be empty.
+    struct Caution {
+        QString warning;         ///< stands below the question
+        QString acknowledgement; ///< what the user has to tick before anything can be deleted
+    };
+
+    DeleteConfirmation(PendingDeletion pending, Default choice, const Caution& caution, QWidget* parent);
 
     [[nodiscard]] const PendingDeletion& pending() const { return m_pending; }
 
@@ -28,6 +35,7 @@ Q_SIGNALS:
 private:
     [[nodiscard]] QString message() const;
     QPushButton* addChoice(const QString& text, bool permanently);
+    void demand(const QString& acknowledgement, const QList<QPushButton*>& choices, QBoxLayout* column);
 
     PendingDeletion m_pending;
 };

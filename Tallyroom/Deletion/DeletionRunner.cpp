@@ -41,25 +41,37 @@ DeletionRunner::~DeletionRunner()
     }
 }
 
-bool DeletionRunner::remove(std::vector<FileUrl> urls, bool permanently, Listener listener)
+bool DeletionRunner::remove(std::vector<FileUrl> urls, bool permanently, Listener listener,
+                            Screening screening)
 {
     const std::size_t count = urls.size();
-    return start(count, false, std::move(listener),
-                 [urls = std::move(urls), permanently, remove = m_operations.remove](std::size_t index) {
-                     return remove(urls[index], permanently);
-                 });
+    const auto removeOne = [permanently, remove = m_operations.remove](const FileUrl& url) {
+        return remove(url, permanently);
+    };
+    return start(
+        count, false, std::move(listener),
+        [this, removeOne, urls = std::move(urls), screening = std::move(screening)](const auto& stop) {
+            if (!screening) {
+                return each(urls, removeOne, stop);
+            }
+            Screened screened = screening(urls);
+            complete(screened.refused.size());
+            RemovalResult result = each(screened.fine, removeOne, stop);
+            moveAppend(result.failures, std::move(screened.refused));
+            return result;
+        });
 }
 
 bool DeletionRunner::restore(std::vector<FileRemover::TrashedItem> items, Listener listener)
 {
     const std::size_t count = items.size();
     return start(count, true, std::move(listener),
-                 [items = std::move(items), restore = m_operations.restore](std::size_t index) {
-                     return restore(items[index]);
+                 [this, items = std::move(items), restore = m_operations.restore](const auto& stop) {
+                     return each(items, restore, stop);
                  });
 }
 
-bool DeletionRunner::start(std::size_t count, bool isRestoring, Listener listener, Step step)
+bool DeletionRunner::start(std::size_t count, bool isRestoring, Listener listener, Work work)
 {
     if (m_batch) {
         return false;
@@ -67,28 +79,39 @@ bool DeletionRunner::start(std::size_t count, bool isRestoring, Listener listene
     const QPointer<QObject> context = listener.context;
     m_batch.emplace(std::move(listener), context, RemovalProgress{0, count, isRestoring});
     m_completed = 0;
-    m_worker = std::jthread{
-        [this, count, step = std::move(step)](const std::stop_token& stop) { run(stop, count, step); }};
+    m_worker = std::jthread{[this, work = std::move(work)](const std::stop_token& stop) {
+        QMetaObject::invokeMethod(
+            this, [this, result = work(stop)] { finish(result); }, Qt::QueuedConnection);
+    }};
     Q_EMIT isRunningChanged();
     return true;
 }
 
-void DeletionRunner::run(const std::stop_token& stop, std::size_t count, const Step& step)
+template <class Item, class Operation>
+RemovalResult DeletionRunner::each(const std::vector<Item>& items, const Operation& operation,
+                                   const std::stop_token& stop)
 {
     RemovalResult result;
-    for (std::size_t index = 0; index < count && !stop.stop_requested(); ++index) {
-        RemovalResult one = step(index);
+    for (const Item& item : items) {
+        if (stop.stop_requested()) {
+            break;
+        }
+        RemovalResult one = operation(item);
         moveAppend(result.removed, std::move(one.removed));
         moveAppend(result.failures, std::move(one.failures));
         moveAppend(result.trashed, std::move(one.trashed));
-        m_completed = index + 1;
-        // One report under way is enough, it reads the newest count.
-        if (!m_isProgressPosted.exchange(true)) {
-            QMetaObject::invokeMethod(this, &DeletionRunner::showProgress, Qt::QueuedConnection);
-        }
+        complete(1);
     }
-    QMetaObject::invokeMethod(
-        this, [this, result = std::move(result)] { finish(result); }, Qt::QueuedConnection);
+    return result;
+}
+
+void DeletionRunner::complete(std::size_t count)
+{
+    m_completed += count;
+    // One report under way is enough, it reads the newest count.
+    if (!m_isProgressPosted.exchange(true)) {
+        QMetaObject::invokeMethod(this, &DeletionRunner::showProgress, Qt::QueuedConnection);
+    }
 }
 
 void DeletionRunner::showProgress()

@@ -47,13 +47,24 @@ public:
         std::function<void(const FileRemover::RemovalResult&)> finished;
     };
 
+    /// What became of a batch that was looked at before it is removed.
+    struct Screened {
+        std::vector<FileUrl> fine;
+        std::vector<FileRemover::RemovalFailure> refused; ///< not touched, and why
+    };
+
+    /// Decides what of a batch may be removed; called once, on the runner's thread.
+    using Screening = std::function<Screened(std::vector<FileUrl> urls)>;
+
     explicit DeletionRunner(RemovalOperations operations = RemovalOperations::real());
     ~DeletionRunner() override;
 
     [[nodiscard]] bool isRunning() const { return m_batch.has_value(); }
 
-    /// Starts removing `urls`; false when another batch runs, and nothing is done then.
-    [[nodiscard]] bool remove(std::vector<FileUrl> urls, bool permanently, Listener listener);
+    /// Starts removing `urls`, those that `screening` passes where there is one; false when another batch
+    /// runs, and nothing is done then.
+    [[nodiscard]] bool remove(std::vector<FileUrl> urls, bool permanently, Listener listener,
+                              Screening screening = {});
 
     /// Starts putting `items` back; false when another batch runs, and nothing is done then.
     [[nodiscard]] bool restore(std::vector<FileRemover::TrashedItem> items, Listener listener);
@@ -68,10 +79,14 @@ private:
         RemovalProgress progress;
     };
 
-    using Step = std::function<FileRemover::RemovalResult(std::size_t index)>;
+    /// Works on a batch, telling `completed` after every item.
+    using Work = std::function<FileRemover::RemovalResult(const std::stop_token& stop)>;
 
-    bool start(std::size_t count, bool isRestoring, Listener listener, Step step);
-    void run(const std::stop_token& stop, std::size_t count, const Step& step);
+    bool start(std::size_t count, bool isRestoring, Listener listener, Work work);
+    template <class Item, class Operation>
+    [[nodiscard]] FileRemover::RemovalResult each(const std::vector<Item>& items, const Operation& operation,
+                                                  const std::stop_token& stop);
+    void complete(std::size_t count);
     void showProgress();
     void finish(const FileRemover::RemovalResult& result);
 

@@ -3,6 +3,7 @@
 #include "Components/Spinner.h"
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
+#include "Deletion/FailureList.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -27,11 +28,13 @@ QString progressText(const RemovalProgress& progress)
 
 StatusBanner::StatusBanner(QWidget* parent)
     : QWidget(parent), m_symbol(new QLabel), m_spinner(new Spinner(Theme::iconSize)), m_text(new QLabel),
+      m_details(new QPushButton(QStringLiteral("Détails…"))),
       m_undo(new QPushButton(QStringLiteral("Annuler la suppression"))), m_close(new QPushButton)
 {
     Theme::dress(this, Theme::Surface::banner);
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
+    Theme::dress(m_details, Theme::Button::plain);
     Theme::dress(m_undo, Theme::Button::plain);
     Theme::dress(m_close, Theme::Button::quiet);
     m_close->setIcon(SymbolIcon::icon("xmark", Theme::Colour::secondary));
@@ -43,11 +46,13 @@ StatusBanner::StatusBanner(QWidget* parent)
     row->addWidget(m_symbol);
     row->addWidget(m_spinner);
     row->addWidget(m_text, 1);
+    row->addWidget(m_details);
     row->addWidget(m_undo);
     row->addWidget(m_close);
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
     connect(&m_patience, &QTimer::timeout, this, &StatusBanner::showContent);
+    connect(m_details, &QPushButton::clicked, this, &StatusBanner::tellFailures);
     connect(m_undo, &QPushButton::clicked, this, &StatusBanner::undoRequested);
     connect(m_close, &QPushButton::clicked, this, &StatusBanner::dismissed);
     connect(&Theme::shared(), &Theme::changed, this, &StatusBanner::showSymbol);
@@ -55,9 +60,12 @@ StatusBanner::StatusBanner(QWidget* parent)
     showContent();
 }
 
-void StatusBanner::showMessage(const std::optional<QString>& message)
+void StatusBanner::showMessage(const std::optional<QString>& message,
+                               const std::vector<FileRemover::RemovalFailure>& failures)
 {
     m_message = message;
+    m_failures = failures;
+    showSymbol();
     showContent();
 }
 
@@ -83,6 +91,7 @@ void StatusBanner::showContent()
     const bool isWorking = m_progress && !m_patience.isActive();
     m_symbol->setVisible(!isWorking);
     m_spinner->setVisible(isWorking);
+    m_details->setVisible(!m_failures.empty() && !isWorking);
     m_undo->setVisible(m_isUndoOffered && !m_progress);
     m_close->setVisible(!isWorking);
     m_text->setText(isWorking ? progressText(*m_progress) : m_message.value_or(QString{}));
@@ -90,10 +99,19 @@ void StatusBanner::showContent()
     setVisible(isWorking || m_message.has_value());
 }
 
+void StatusBanner::tellFailures()
+{
+    auto* const dialog = new FailureList(m_failures, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
+}
+
 void StatusBanner::showSymbol()
 {
-    const QColor colour = Theme::shared().colour(Theme::Colour::done);
-    m_symbol->setPixmap(SymbolIcon::pixmap("trash", colour, Theme::iconSize, devicePixelRatioF()));
+    const bool hasFailed = !m_failures.empty();
+    const QColor colour = Theme::shared().colour(hasFailed ? Theme::Colour::danger : Theme::Colour::done);
+    const char* const symbol = hasFailed ? "exclamationmark.triangle" : "trash";
+    m_symbol->setPixmap(SymbolIcon::pixmap(symbol, colour, Theme::iconSize, devicePixelRatioF()));
     QPalette palette = m_text->palette();
     palette.setColor(QPalette::WindowText, colour);
     m_text->setPalette(palette);

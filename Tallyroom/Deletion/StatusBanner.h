@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <optional>
+#include <vector>
 
 class QLabel;
 class QPushButton;
@@ -23,7 +24,9 @@ class StatusBanner : public QWidget {
 public:
     explicit StatusBanner(QWidget* parent = nullptr);
 
-    void showMessage(const std::optional<QString>& message);
+    /// `failures` are what the message says went wrong; the reasons are a click away.
+    void showMessage(const std::optional<QString>& message,
+                     const std::vector<FileRemover::RemovalFailure>& failures = {});
     void showUndo(bool isOffered);
     void showRemoval(const std::optional<RemovalProgress>& progress);
 
@@ -34,14 +37,17 @@ Q_SIGNALS:
 private:
     void showContent();
     void showSymbol();
+    void tellFailures();
 
     std::optional<QString> m_message;
+    std::vector<FileRemover::RemovalFailure> m_failures;
     std::optional<RemovalProgress> m_progress;
     bool m_isUndoOffered = false;
     QTimer m_patience; // short removals end before they are worth a word
     QLabel* m_symbol;
     Spinner* m_spinner;
     QLabel* m_text;
+    QPushButton* m_details;
     QPushButton* m_undo;
     QPushButton* m_close;
 };

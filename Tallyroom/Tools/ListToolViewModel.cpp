@@ -1,7 +1,6 @@
 #include "Tools/ListToolViewModel.h"
 
 #include "Bridge/FileUrlText.h"
-#include "Settings/RecentFolders.h"
 #include "Text/SizeFormatter.h"
 
 #include <algorithm>
@@ -13,15 +12,15 @@ using FileRemover::RemovalResult;
 
 ListToolViewModel::ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning,
                                      DeletionRunner& deletions)
-    : m_filterSubject(filterSubject), m_beginning(beginning), m_deletions(deletions)
+    : ScanToolViewModel(deletions), m_filterSubject(filterSubject), m_beginning(beginning)
 {}
 
 std::function<bool(const Entry&)> ListToolViewModel::filter() const
 {
-    if (m_searchText.isEmpty()) {
+    if (searchText().isEmpty()) {
         return {};
     }
-    return [text = TextFilter{m_searchText}, subject = m_filterSubject](const Entry& entry) {
+    return [text = TextFilter{searchText()}, subject = m_filterSubject](const Entry& entry) {
         return text.matches(subject == FilterSubject::name ? entry.name : entry.url.path());
     };
 }
@@ -65,62 +64,24 @@ ScanLine ListToolViewModel::scanLine() const
     return {QStringLiteral("Analyse en cours… %1/%2").arg(m_scanCompleted).arg(m_scanTotal), scanFraction()};
 }
 
-void ListToolViewModel::refresh()
+void ListToolViewModel::forEachEntry(const Visitor& visit) const
 {
-    if (m_rootURL) {
-        FileScanner::invalidateCache(*m_rootURL);
-        scan();
-    }
+    std::ranges::for_each(m_entries, visit);
 }
 
-void ListToolViewModel::setSearchText(const QString& text)
+void ListToolViewModel::forEachShown(const Visitor& visit) const
 {
-    if (assignIfChanged(m_searchText, text)) {
-        Q_EMIT searchTextChanged();
-    }
+    const auto isShown = filter();
+    std::ranges::for_each(m_entries, [&](const Entry& entry) {
+        if (!isShown || isShown(entry)) {
+            visit(entry);
+        }
+    });
 }
 
-void ListToolViewModel::handleImport(const FolderChoice& choice)
+void ListToolViewModel::startScan(PropertyUpdate& update)
 {
-    if (choice && !choice->empty()) {
-        open(choice->front());
-        return;
-    }
-    // What an earlier scan found stays, but nothing may pull the message away from under the reader.
-    m_pump.reset();
-    PropertyUpdate update{this};
-    update.assign(m_isDiscovering, false, &ListToolViewModel::isDiscoveringChanged);
-    update.assign(m_state,
-                  ToolState::error(choice ? QStringLiteral("Aucun dossier sélectionné.")
-                                          : QStringLiteral("Sélection impossible : ") + choice.error()),
-                  &ListToolViewModel::stateChanged);
-}
-
-void ListToolViewModel::open(FileUrl root)
-{
-    m_scope.reset();
-    m_scope = SecurityScope::take(root);
-    RecentFolders::shared().add(root);
-    PropertyUpdate update{this};
-    update.assign(m_rootURL, std::move(root), &ListToolViewModel::rootURLChanged);
-    rootChosen(update);
-    beginScan(update);
-}
-
-void ListToolViewModel::scan()
-{
-    PropertyUpdate update{this};
-    beginScan(update);
-}
-
-void ListToolViewModel::beginScan(PropertyUpdate& update)
-{
-    if (!m_rootURL) {
-        return;
-    }
-    m_pump.reset();
     m_listing = std::make_shared<Listing>();
-    update.assign(m_state, ToolState::scanning(), &ListToolViewModel::stateChanged);
     update.assign(m_entries, EntryList{}, &ListToolViewModel::entriesChanged);
     update.assign(m_scanCompleted, 0, &ListToolViewModel::scanCompletedChanged);
     update.assign(m_scanTotal, 0, &ListToolViewModel::scanTotalChanged);
@@ -128,7 +89,13 @@ void ListToolViewModel::beginScan(PropertyUpdate& update)
                   &ListToolViewModel::isDiscoveringChanged);
     update.assign(m_undoable, std::nullopt, &ListToolViewModel::undoableChanged);
     m_pump = std::make_unique<StreamPump<ScanProgress>>(
-        startScan(), [this](const ScanProgress& record) { receive(record); }, [this] { endScan(); });
+        startStream(), [this](const ScanProgress& record) { receive(record); }, [this] { endScan(); });
+}
+
+void ListToolViewModel::dropScan(PropertyUpdate& update)
+{
+    m_pump.reset();
+    update.assign(m_isDiscovering, false, &ListToolViewModel::isDiscoveringChanged);
 }
 
 void ListToolViewModel::receive(const ScanProgress& record)
@@ -138,21 +105,6 @@ void ListToolViewModel::receive(const ScanProgress& record)
     update.assign(m_scanCompleted, record.completed, &ListToolViewModel::scanCompletedChanged);
     update.assign(m_scanTotal, record.total, &ListToolViewModel::scanTotalChanged);
     update.assign(m_isDiscovering, record.isDiscovering, &ListToolViewModel::isDiscoveringChanged);
-}
-
-void ListToolViewModel::endScan()
-{
-    m_pump.reset();
-    PropertyUpdate update{this};
-    update.assign(m_isDiscovering, false, &ListToolViewModel::isDiscoveringChanged);
-    update.assign(m_state, ToolState::loaded(), &ListToolViewModel::stateChanged);
-}
-
-void ListToolViewModel::cancelScan()
-{
-    if (isScanning()) {
-        endScan();
-    }
 }
 
 /// A record as the disk is now: the scan does not know what was deleted or put back while it ran.
@@ -178,12 +130,7 @@ void ListToolViewModel::deleteSelected(const UrlSet& urls, bool permanently)
     const auto finished = [this, targets, permanently, request = requestNow()](const RemovalResult& result) {
         finishDeletion(result, targets, permanently, request);
     };
-    const std::size_t count = locations.size();
-    if (m_deletions.remove(std::move(locations), permanently, listener(finished))) {
-        showRemoval(RemovalProgress{0, count, false});
-    } else {
-        refuseRemoval();
-    }
+    remove(std::move(locations), permanently, finished);
 }
 
 void ListToolViewModel::finishDeletion(const RemovalResult& result, const std::vector<Entry>& targets,
@@ -195,12 +142,11 @@ void ListToolViewModel::finishDeletion(const RemovalResult& result, const std::v
     }
     PropertyUpdate update{this};
     update.assign(m_entries, std::move(outcome.entries), &ListToolViewModel::entriesChanged);
-    update.assign(m_statusMessage, std::optional{outcome.message}, &ListToolViewModel::statusMessageChanged);
+    report(update, outcome.message, result);
     // Undoing puts entries into the list on screen: once another list stands there, that is over.
     if (!request.listing.expired()) {
         update.assign(m_undoable, std::move(outcome.undoable), &ListToolViewModel::undoableChanged);
     }
-    update.assign(m_removal, std::nullopt, &ListToolViewModel::removalChanged);
     if (request.folder) {
         changedOnDisk(*request.folder);
     }
@@ -214,12 +160,7 @@ void ListToolViewModel::undoDeletion()
     const auto finished = [this, undone = *m_undoable, request = requestNow()](const RemovalResult& result) {
         finishRestore(result, undone, request);
     };
-    const std::size_t count = m_undoable->trashed.size();
-    if (m_deletions.restore(m_undoable->trashed, listener(finished))) {
-        showRemoval(RemovalProgress{0, count, true});
-    } else {
-        refuseRemoval();
-    }
+    restore(m_undoable->trashed, finished);
 }
 
 void ListToolViewModel::finishRestore(const RemovalResult& result, const UndoableDeletion& undone,
@@ -236,51 +177,12 @@ void ListToolViewModel::finishRestore(const RemovalResult& result, const Undoabl
         }
         update.assign(m_entries, std::move(outcome.entries), &ListToolViewModel::entriesChanged);
     }
-    update.assign(m_statusMessage, std::optional{outcome.message}, &ListToolViewModel::statusMessageChanged);
+    report(update, outcome.message, result);
     if (!request.listing.expired()) {
         update.assign(m_undoable, std::nullopt, &ListToolViewModel::undoableChanged);
     }
-    update.assign(m_removal, std::nullopt, &ListToolViewModel::removalChanged);
     if (request.folder) {
         changedOnDisk(*request.folder);
-    }
-}
-
-DeletionRunner::Listener ListToolViewModel::listener(std::function<void(const RemovalResult&)> finished)
-{
-    return {.context = this,
-            .progressed = [this](const RemovalProgress& progress) { showRemoval(progress); },
-            .finished = std::move(finished)};
-}
-
-void ListToolViewModel::showRemoval(const std::optional<RemovalProgress>& progress)
-{
-    if (assignIfChanged(m_removal, progress)) {
-        Q_EMIT removalChanged();
-    }
-}
-
-void ListToolViewModel::refuseRemoval()
-{
-    if (assignIfChanged(m_statusMessage,
-                        QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera "
-                                       "terminée."))) {
-        Q_EMIT statusMessageChanged();
-    }
-}
-
-void ListToolViewModel::dismissStatus()
-{
-    if (assignIfChanged(m_statusMessage, std::nullopt)) {
-        Q_EMIT statusMessageChanged();
-    }
-}
-
-void ListToolViewModel::dismissError()
-{
-    if (m_state.phase == ToolState::Phase::error) {
-        m_state = m_rootURL ? ToolState::loaded() : ToolState::idle();
-        Q_EMIT stateChanged();
     }
 }
 

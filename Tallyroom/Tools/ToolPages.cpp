@@ -11,7 +11,7 @@
 
 namespace tallyroom {
 
-ToolPages::ToolPages(ListToolViewModel& tool, const ToolWelcome::Content& welcome,
+ToolPages::ToolPages(ScanToolViewModel& tool, const ToolWelcome::Content& welcome,
                      const QString& emptyMessage, QWidget* parent)
     : QStackedWidget(parent), m_tool(tool), m_welcome(new ToolWelcome(welcome)),
       m_scanning(new ScanningView(QStringLiteral("Analyse en cours…"))), m_lists(new QStackedWidget),
@@ -37,7 +37,7 @@ void ToolPages::makeMessages(const QString& emptyMessage)
     const auto* const choose = m_error->addAction(QStringLiteral("Choisir un dossier…"));
     connect(choose, &QPushButton::clicked, this, &ToolPages::folderRequested);
     const auto* const back = m_error->addAction(QStringLiteral("Revenir"));
-    connect(back, &QPushButton::clicked, &m_tool, &ListToolViewModel::dismissError);
+    connect(back, &QPushButton::clicked, &m_tool, &ScanToolViewModel::dismissError);
 }
 
 void ToolPages::showRecents()
@@ -61,7 +61,7 @@ void ToolPages::showList(QWidget* list)
 
 QWidget* ToolPages::page(bool isPatient, bool hidesEverything) const
 {
-    const bool isEmpty = m_tool.entries().empty();
+    const bool isEmpty = m_tool.entryCount() == 0;
     switch (m_tool.state().phase) {
     case ToolState::Phase::idle:
         return m_welcome;

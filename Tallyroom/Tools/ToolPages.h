@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Components/ToolWelcome.h"
-#include "Tools/ListToolViewModel.h"
+#include "Tools/ScanToolViewModel.h"
 
 #include <QStackedWidget>
 
@@ -17,7 +17,7 @@ class ToolPages : public QStackedWidget {
 
 public:
     /// `tool` must outlive the pages; `emptyMessage` is for a finished scan that found nothing.
-    ToolPages(ListToolViewModel& tool, const ToolWelcome::Content& welcome, const QString& emptyMessage,
+    ToolPages(ScanToolViewModel& tool, const ToolWelcome::Content& welcome, const QString& emptyMessage,
               QWidget* parent = nullptr);
 
     /// Adds a view of the list; the first one is shown until `showList`.
@@ -40,7 +40,7 @@ private:
     void showRecents();
     [[nodiscard]] QWidget* page(bool isPatient, bool hidesEverything) const;
 
-    ListToolViewModel& m_tool;
+    ScanToolViewModel& m_tool;
     ToolWelcome* m_welcome;
     ScanningView* m_scanning;
     QStackedWidget* m_lists;

@@ -1,14 +1,12 @@
 #include "Tools/ToolScreen.h"
 
 #include "Bridge/FileUrlText.h"
-#include "Components/EntryTable.h"
+#include "Components/EntryRows.h"
 #include "Components/ScanProgressBar.h"
 #include "Components/SearchField.h"
 #include "Components/SelectionBar.h"
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
-#include "Text/SizeFormatter.h"
-#include "Tools/ExportFlow.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolPages.h"
 #include "Tools/ToolTitle.h"
@@ -29,24 +27,19 @@ namespace {
 
 constexpr std::chrono::milliseconds patience{150};
 
-QString counted(std::size_t count, const QString& one)
-{
-    return QString::number(count) + QLatin1Char{' '} + one + (count >= 2 ? QStringLiteral("s") : QString{});
-}
-
 } // namespace
 
-ToolScreen::ToolScreen(ListToolViewModel& tool, ToolScreenStyle style, QWidget* parent)
+ToolScreen::ToolScreen(ScanToolViewModel& tool, ToolScreenStyle style, EntryRows* rows, QWidget* parent)
     : QWidget(parent), m_tool(tool), m_style(std::move(style)),
       m_header(new ToolHeader(m_style.searchPlaceholder)), m_title(new ToolTitle(m_style.title)),
-      m_pages(new ToolPages(tool, m_style.welcome, m_style.emptyMessage)),
-      m_table(new EntryTable(m_style.table)), m_progress(new ScanProgressBar), m_footer(new QWidget),
-      m_banner(new StatusBanner), m_selectionBar(new SelectionBar)
+      m_pages(new ToolPages(tool, m_style.welcome, m_style.emptyMessage)), m_rows(rows),
+      m_progress(new ScanProgressBar), m_footer(new QWidget), m_banner(new StatusBanner),
+      m_selectionBar(new SelectionBar)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
-    m_table->setDeletionEnabled(true);
-    m_pages->addList(m_table);
+    m_rows->setDeletionEnabled(true);
+    m_pages->addList(m_rows);
     makeLayout();
     connectTool();
     connectWidgets();
@@ -73,8 +66,8 @@ void ToolScreen::showEverything()
 
 void ToolScreen::showBanner()
 {
-    m_banner->showMessage(m_tool.statusMessage());
-    m_banner->showUndo(m_tool.undoable().has_value());
+    m_banner->showMessage(m_tool.statusMessage(), m_tool.failures());
+    m_banner->showUndo(m_tool.canUndo());
     m_banner->showRemoval(m_tool.removal());
     showFooter();
 }
@@ -104,16 +97,12 @@ void ToolScreen::makeLayout()
 
 void ToolScreen::connectTool()
 {
-    connect(&m_tool, &ListToolViewModel::stateChanged, this, &ToolScreen::showState);
-    connect(&m_tool, &ListToolViewModel::entriesChanged, this, [this] { showEntries(); });
-    connect(&m_tool, &ListToolViewModel::searchTextChanged, this, [this] { showFilter(); });
-    connect(&m_tool, &ListToolViewModel::rootURLChanged, this, [this] { startOver(); });
-    connect(&m_tool, &ListToolViewModel::scanCompletedChanged, this, &ToolScreen::showProgress);
-    connect(&m_tool, &ListToolViewModel::scanTotalChanged, this, &ToolScreen::showProgress);
-    connect(&m_tool, &ListToolViewModel::isDiscoveringChanged, this, &ToolScreen::showProgress);
-    connect(&m_tool, &ListToolViewModel::statusMessageChanged, this, &ToolScreen::showBanner);
-    connect(&m_tool, &ListToolViewModel::undoableChanged, this, &ToolScreen::showBanner);
-    connect(&m_tool, &ListToolViewModel::removalChanged, this, &ToolScreen::showBanner);
+    connect(&m_tool, &ScanToolViewModel::stateChanged, this, &ToolScreen::showState);
+    connect(&m_tool, &ScanToolViewModel::searchTextChanged, this, [this] { showFilter(); });
+    connect(&m_tool, &ScanToolViewModel::rootURLChanged, this, [this] { startOver(); });
+    connect(&m_tool, &ScanToolViewModel::statusMessageChanged, this, &ToolScreen::showBanner);
+    connect(&m_tool, &ScanToolViewModel::undoableChanged, this, &ToolScreen::showBanner);
+    connect(&m_tool, &ScanToolViewModel::removalChanged, this, &ToolScreen::showBanner);
     connect(&m_patience, &QTimer::timeout, this, &ToolScreen::showPage);
 }
 
@@ -121,21 +110,21 @@ void ToolScreen::connectWidgets()
 {
     connect(m_pages, &ToolPages::folderRequested, this, &ToolScreen::chooseFolder);
     connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
-    connect(m_header, &ToolHeader::stopRequested, &m_tool, &ListToolViewModel::cancelScan);
+    connect(m_header, &ToolHeader::stopRequested, &m_tool, &ScanToolViewModel::cancelScan);
     connect(m_header, &ToolHeader::exportRequested, this, &ToolScreen::exportEntries);
-    connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ListToolViewModel::setSearchText);
+    connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ScanToolViewModel::setSearchText);
     connect(&m_header->searchField(), &SearchField::listRequested, m_pages,
             [this] { m_pages->list()->setFocus(); });
-    connect(m_table, &EntryTable::selectionChanged, this, [this] { setSelection(m_table->selection()); });
-    connect(m_table, &EntryTable::rowsChanged, this, &ToolScreen::showPage);
-    connect(m_table, &EntryTable::activated, this, [this](const Entry& entry) { activate(entry); });
-    connect(m_table, &EntryTable::deleteRequested, this,
+    connect(m_rows, &EntryRows::selectionChanged, this, [this] { setSelection(m_rows->selection()); });
+    connect(m_rows, &EntryRows::rowsChanged, this, &ToolScreen::showPage);
+    connect(m_rows, &EntryRows::activated, this, [this](const Entry& entry) { activate(entry); });
+    connect(m_rows, &EntryRows::deleteRequested, this,
             [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });
-    connect(m_table, &EntryTable::revealRequested, this,
+    connect(m_rows, &EntryRows::revealRequested, this,
             [](const Entry& entry) { Desktop::reveal(entry.url); });
-    connect(m_table, &EntryTable::copyPathRequested, this, [](const Entry& entry) { copyPaths({entry}); });
-    connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ListToolViewModel::undoDeletion);
-    connect(m_banner, &StatusBanner::dismissed, &m_tool, &ListToolViewModel::dismissStatus);
+    connect(m_rows, &EntryRows::copyPathRequested, this, [](const Entry& entry) { copyPaths({entry}); });
+    connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ScanToolViewModel::undoDeletion);
+    connect(m_banner, &StatusBanner::dismissed, &m_tool, &ScanToolViewModel::dismissStatus);
     connect(m_selectionBar, &SelectionBar::selectAllRequested, this, &ToolScreen::checkAllVisible);
     connect(m_selectionBar, &SelectionBar::clearRequested, this, [this] { setSelection({}); });
     connect(m_selectionBar, &SelectionBar::deleteRequested, this,
@@ -188,8 +177,11 @@ void ToolScreen::dropVanishedChecks()
         return;
     }
     UrlSet present;
-    std::ranges::for_each(deletionTargets(m_tool.entries(), m_selection),
-                          [&present](const Entry& entry) { present.insert(entry.url); });
+    m_tool.forEachEntry([&](const Entry& entry) {
+        if (m_selection.contains(entry.url)) {
+            present.insert(entry.url);
+        }
+    });
     setSelection(std::move(present));
 }
 
@@ -201,13 +193,13 @@ bool ToolScreen::hasList() const
 
 void ToolScreen::showPage()
 {
-    const bool hidesEverything = !m_tool.searchText().isEmpty() && m_table->visibleCount() == 0;
+    const bool hidesEverything = !m_tool.searchText().isEmpty() && !m_rows->hasRows();
     m_header->setVisible(hasList());
     m_selectionBar->setVisible(hasList());
     m_pages->showPage(m_patience.isActive(), hidesEverything);
     const bool isScanning = m_tool.isScanning() && !m_patience.isActive();
     m_header->showScanning(isScanning);
-    m_progress->setVisible(isScanning && (m_tool.scanTotal() > 0 || m_tool.isDiscovering()));
+    m_progress->setVisible(isScanning && m_tool.hasProgress());
     showFooter();
 }
 
@@ -220,8 +212,7 @@ void ToolScreen::showProgress()
 
 void ToolScreen::showEntries()
 {
-    m_table->setEntries(m_tool.entries());
-    m_header->showEntryCount(m_tool.entries().size());
+    m_header->showEntryCount(m_tool.entryCount());
     dropVanishedChecks();
     showPage();
     showSelection();
@@ -230,7 +221,6 @@ void ToolScreen::showEntries()
 void ToolScreen::showFilter()
 {
     m_header->searchField().setText(m_tool.searchText());
-    m_table->setFilter(m_tool.filter());
     showPage();
     showSelection();
 }
@@ -244,7 +234,7 @@ void ToolScreen::setSelection(UrlSet selection)
 
 void ToolScreen::showSelection()
 {
-    m_table->setSelection(m_selection);
+    m_rows->setSelection(m_selection);
     const std::vector<Entry> selected = selectedEntries();
     m_checkedCount = selected.size();
     m_selectionBar->setSelection(static_cast<std::int64_t>(selected.size()), totalSize(selected));
@@ -253,25 +243,29 @@ void ToolScreen::showSelection()
 
 void ToolScreen::showSummary()
 {
-    m_header->showSummary(summary());
-}
-
-QString ToolScreen::summary() const
-{
-    QString text = counted(m_tool.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
-                   QString::fromStdString(SizeFormatter::string(m_tool.totalSize()));
+    QString text = summary();
     if (m_checkedCount > 0) {
         text += QStringLiteral(" · ") + counted(m_checkedCount, QStringLiteral("coché"));
     }
-    return text;
+    m_header->showSummary(text);
+}
+
+QString ToolScreen::counted(std::size_t count, const QString& one)
+{
+    return QString::number(count) + QLatin1Char{' '} + one + (count >= 2 ? QStringLiteral("s") : QString{});
 }
 
 std::vector<Entry> ToolScreen::selectedEntries() const
 {
-    if (m_selection.empty()) {
-        return {};
+    std::vector<Entry> selected;
+    if (!m_selection.empty()) {
+        m_tool.forEachShown([&](const Entry& entry) {
+            if (m_selection.contains(entry.url)) {
+                selected.push_back(entry);
+            }
+        });
     }
-    return deletionTargets(m_tool.filteredEntries(), m_selection);
+    return selected;
 }
 
 void ToolScreen::startOver()
@@ -279,7 +273,7 @@ void ToolScreen::startOver()
     if (m_title != nullptr && m_tool.rootURL()) {
         m_title->setFolder(FileUrlText::displayFromHome(*m_tool.rootURL()));
     }
-    m_table->startOver();
+    m_rows->startOver();
     setSelection({});
 }
 
@@ -305,9 +299,9 @@ void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmati
         return;
     }
     auto* const dialog =
-        new DeleteConfirmation(PendingDeletion::many(entries), choice, m_style.deletionWarning, this);
+        new DeleteConfirmation(PendingDeletion::many(entries), choice, caution(entries), this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ListToolViewModel::deleteSelected);
+    connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteSelected);
     dialog->open();
 }
 
@@ -324,17 +318,13 @@ void ToolScreen::askDeletionOfChecked(DeleteConfirmation::Default choice)
 void ToolScreen::checkAllVisible()
 {
     UrlSet all = m_selection;
-    const EntryList visible = m_tool.filteredEntries();
-    std::ranges::transform(visible, std::inserter(all, all.end()), &Entry::url);
+    m_tool.forEachShown([&all](const Entry& entry) { all.insert(entry.url); });
     setSelection(std::move(all));
 }
 
-void ToolScreen::exportEntries()
+ToolScreen::Caution ToolScreen::caution(const std::vector<Entry>& /*entries*/) const
 {
-    const EntryList entries = m_tool.filteredEntries();
-    if (!entries.empty()) {
-        exportAsCSV(this, entries, exportName());
-    }
+    return {m_style.deletionWarning, {}};
 }
 
 QString ToolScreen::exportName() const
@@ -349,7 +339,7 @@ void ToolScreen::activate(const Entry& entry)
 
 std::optional<Entry> ToolScreen::currentEntry() const
 {
-    return m_table->currentEntry();
+    return m_rows->currentEntry();
 }
 
 void ToolScreen::copyPaths(const std::vector<Entry>& entries)

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "Components/EntryTableStyle.h"
 #include "Components/ToolWelcome.h"
 #include "Deletion/DeleteConfirmation.h"
-#include "Tools/ListToolViewModel.h"
+#include "Tools/ScanToolViewModel.h"
 
 #include <QKeySequence>
 #include <QPointer>
@@ -14,7 +13,7 @@
 
 namespace tallyroom {
 
-class EntryTable;
+class EntryRows;
 class ScanProgressBar;
 class SelectionBar;
 class StatusBanner;
@@ -22,26 +21,23 @@ class ToolHeader;
 class ToolPages;
 class ToolTitle;
 
-/// What a list tool's screen says of itself.
+/// What a tool's screen says of itself.
 struct ToolScreenStyle {
     QString title;
     QString searchPlaceholder;
     ToolWelcome::Content welcome;
-    QString emptyMessage; ///< a finished scan that found nothing
-    EntryTableStyle table;
+    QString emptyMessage;    ///< a finished scan that found nothing
     QString deletionWarning; ///< what is lost beyond the bytes; said before anything is deleted
 };
 
-/// The frame that all list tools share: header, list, progress, banner, selection bar, and the pages that
-/// stand in for the list; the keys too. A tool's screen adds its options and overrides what it says
-/// differently. Holds what the user has checked and what is to be confirmed, nothing else. Main thread.
+/// The frame that all tools share that list what they found: header, list, progress, banner, selection bar,
+/// and the pages that stand in for the list; the keys too. A tool's screen fills the list, adds its options
+/// and overrides what it says differently. Holds what the user has checked and what is to be confirmed,
+/// nothing else. Main thread.
 class ToolScreen : public QWidget {
     Q_OBJECT
 
 public:
-    /// `tool` must outlive the screen.
-    ToolScreen(ListToolViewModel& tool, ToolScreenStyle style, QWidget* parent = nullptr);
-
     /// What is checked, hidden entries included.
     [[nodiscard]] const UrlSet& selection() const { return m_selection; }
 
@@ -56,19 +52,22 @@ public:
     /// Asks whether `entries` are to be deleted; nothing is asked about none.
     void askDeletion(const std::vector<Entry>& entries, DeleteConfirmation::Default choice);
 
-    void exportEntries();
+    /// Writes what the list shows as CSV, where the user wants it.
+    virtual void exportEntries() = 0;
 
 protected:
-    [[nodiscard]] ListToolViewModel& tool() const { return m_tool; }
+    /// What is to be said before entries are deleted, beyond how many they are.
+    using Caution = DeleteConfirmation::Caution;
+
+    /// `tool` must outlive the screen, which takes `rows` over.
+    ToolScreen(ScanToolViewModel& tool, ToolScreenStyle style, EntryRows* rows, QWidget* parent);
 
     [[nodiscard]] ToolHeader& header() const { return *m_header; }
 
-    [[nodiscard]] EntryTable& table() const { return *m_table; }
-
-    /// Puts another view of the list into the place of the table, or the table back.
+    /// Puts another view of the list into the place of the rows, or the rows back.
     void showList(QWidget* list);
 
-    /// Adds a list view besides the table; it becomes visible by `showList`.
+    /// Adds a list view besides the rows; it becomes visible by `showList`.
     void addList(QWidget* list);
 
     /// Runs `act` on `keys` while this screen is on show and no text field wants them.
@@ -77,14 +76,19 @@ protected:
     /// How many of the entries on show are checked.
     [[nodiscard]] std::size_t checkedCount() const { return m_checkedCount; }
 
-    /// "11 éléments · 86,4 Go · 2 cochés"
-    [[nodiscard]] virtual QString summary() const;
+    /// "11 éléments"
+    [[nodiscard]] static QString counted(std::size_t count, const QString& one);
+
+    /// "11 éléments · 86,4 Go": what was found.
+    [[nodiscard]] virtual QString summary() const = 0;
 
     /// The file name that an export proposes, without extension.
     [[nodiscard]] virtual QString exportName() const;
 
     /// What a row does when it is entered: shows the item in the file browser.
     virtual void activate(const Entry& entry);
+
+    [[nodiscard]] virtual Caution caution(const std::vector<Entry>& entries) const;
 
     /// The entry that the keyboard is on.
     [[nodiscard]] virtual std::optional<Entry> currentEntry() const;
@@ -96,6 +100,8 @@ protected:
     virtual void showEntries();
     virtual void showFilter();
     virtual void showSelection();
+    void showProgress();
+    void showPage();
     void showSummary();
 
     bool event(QEvent* event) override;
@@ -108,8 +114,6 @@ private:
 
     void showEverything();
     void showState();
-    void showPage();
-    void showProgress();
     void showBanner();
     void showFooter();
     void dropVanishedChecks();
@@ -120,7 +124,7 @@ private:
     static void copyPaths(const std::vector<Entry>& entries);
     void stopOrClearFilter();
 
-    ListToolViewModel& m_tool;
+    ScanToolViewModel& m_tool;
     ToolScreenStyle m_style;
     UrlSet m_selection;
     std::size_t m_checkedCount = 0;
@@ -129,7 +133,7 @@ private:
     ToolHeader* m_header;
     QPointer<ToolTitle> m_title; // none where a tool has put something else into its place
     ToolPages* m_pages;
-    EntryTable* m_table;
+    EntryRows* m_rows;
     ScanProgressBar* m_progress;
     QWidget* m_footer;
     StatusBanner* m_banner;

@@ -5,9 +5,9 @@
 
 namespace tallyroom::ToolStyles {
 
-ToolScreenStyle search(std::string icon, const QString& title, const QString& message)
+ListToolStyle search(std::string icon, const QString& title, const QString& message)
 {
-    ToolScreenStyle style;
+    ListToolStyle style;
     style.title = title;
     style.searchPlaceholder = QStringLiteral("Filtrer par chemin");
     style.welcome.icon = std::move(icon);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tools/ToolScreen.h"
+#include "Tools/ListToolScreen.h"
 
 #include <string>
 
@@ -10,7 +10,7 @@ namespace tallyroom {
 namespace ToolStyles {
 
 /// The welcome, the filter by path, and rows of two lines with the path below the name.
-[[nodiscard]] ToolScreenStyle search(std::string icon, const QString& title, const QString& message);
+[[nodiscard]] ListToolStyle search(std::string icon, const QString& title, const QString& message);
 
 /// The project that a found folder belongs to: the name of the folder around it.
 [[nodiscard]] std::string projectName(const Entry& entry);

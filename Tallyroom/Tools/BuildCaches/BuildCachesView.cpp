@@ -26,9 +26,9 @@ double orderOf(const Entry& entry)
     return Ecosystem::first(entry.name).value_or(Ecosystem::xcode);
 }
 
-ToolScreenStyle screenStyle()
+ListToolStyle screenStyle()
 {
-    ToolScreenStyle style = ToolStyles::search(
+    ListToolStyle style = ToolStyles::search(
         "hammer", QStringLiteral("Caches de build"),
         QStringLiteral("Choisissez un dossier de code : Tallyroom y cherche ce que vos outils de "
                        "développement savent refaire."));
@@ -48,7 +48,7 @@ ToolScreenStyle screenStyle()
 } // namespace
 
 BuildCachesView::BuildCachesView(BuildCachesViewModel& tool, QWidget* parent)
-    : ToolScreen(tool, screenStyle(), parent), m_caches(tool),
+    : ListToolScreen(tool, screenStyle(), parent), m_caches(tool),
       m_ecosystems(new OptionMenu(OptionMenu::Choices::many))
 {
     for (const Ecosystem ecosystem : Ecosystem::all) {

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "Tools/BuildCaches/BuildCachesViewModel.h"
-#include "Tools/ToolScreen.h"
+#include "Tools/ListToolScreen.h"
 
 namespace tallyroom {
 
 class OptionMenu;
 
 /// The screen of the build caches: the common frame and the choice of ecosystems. Main thread.
-class BuildCachesView : public ToolScreen {
+class BuildCachesView : public ListToolScreen {
     Q_OBJECT
 
 public:

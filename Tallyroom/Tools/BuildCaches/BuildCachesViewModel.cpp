@@ -43,7 +43,7 @@ void BuildCachesViewModel::setEnabledEcosystems(const std::set<Ecosystem>& ecosy
     scan();
 }
 
-FileScanner::ScanStream BuildCachesViewModel::startScan()
+FileScanner::ScanStream BuildCachesViewModel::startStream()
 {
     return FileScanner::findDirectoriesStream(Ecosystem::ruleNames(m_enabled), *rootURL());
 }

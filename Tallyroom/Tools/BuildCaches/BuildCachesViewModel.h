@@ -26,7 +26,7 @@ Q_SIGNALS:
     void enabledEcosystemsChanged();
 
 protected:
-    [[nodiscard]] FileScanner::ScanStream startScan() override;
+    [[nodiscard]] FileScanner::ScanStream startStream() override;
 
 private:
     std::set<Ecosystem> m_enabled;

@@ -22,9 +22,9 @@ namespace {
 
 const QString treemapKey = QStringLiteral("diskUsage.treemap");
 
-ToolScreenStyle screenStyle()
+ListToolStyle screenStyle()
 {
-    ToolScreenStyle style;
+    ListToolStyle style;
     style.title = QStringLiteral("Espace disque");
     style.searchPlaceholder = QStringLiteral("Filtrer par nom");
     style.emptyMessage = QStringLiteral("Ce dossier est vide.");
@@ -43,7 +43,7 @@ ToolScreenStyle screenStyle()
 } // namespace
 
 DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* parent)
-    : ToolScreen(navigator, screenStyle(), parent), m_navigator(navigator), m_back(new QPushButton),
+    : ListToolScreen(navigator, screenStyle(), parent), m_navigator(navigator), m_back(new QPushButton),
       m_breadcrumb(new Breadcrumb),
       m_tableButton(new ListChoice(ListChoice::Half::left, "list.bullet", QStringLiteral("Tableau"))),
       m_treemapButton(new ListChoice(ListChoice::Half::right, "square.grid.2x2", QStringLiteral("Treemap"))),
@@ -139,7 +139,7 @@ bool DiskUsageView::eventFilter(QObject* watched, QEvent* event)
         m_navigator.goBack();
         return true;
     }
-    return ToolScreen::eventFilter(watched, event);
+    return ListToolScreen::eventFilter(watched, event);
 }
 
 void DiskUsageView::addNavigationShortcuts()
@@ -155,7 +155,7 @@ QString DiskUsageView::exportName() const
 {
     const auto& folder = m_navigator.currentURL();
     return folder ? FileUrlText::toFileName(FileUrl{std::string{folder->lastPathComponent()}})
-                  : ToolScreen::exportName();
+                  : ListToolScreen::exportName();
 }
 
 void DiskUsageView::activate(const Entry& entry)
@@ -165,12 +165,12 @@ void DiskUsageView::activate(const Entry& entry)
 
 std::optional<Entry> DiskUsageView::currentEntry() const
 {
-    return m_isTreemapShown ? m_treemap->currentEntry() : ToolScreen::currentEntry();
+    return m_isTreemapShown ? m_treemap->currentEntry() : ListToolScreen::currentEntry();
 }
 
 void DiskUsageView::startOver()
 {
-    ToolScreen::startOver();
+    ListToolScreen::startOver();
     showPlace();
 }
 
@@ -203,13 +203,13 @@ void DiskUsageView::showTreemap(bool isShown)
 
 void DiskUsageView::showEntries()
 {
-    ToolScreen::showEntries();
+    ListToolScreen::showEntries();
     showTiles();
 }
 
 void DiskUsageView::showFilter()
 {
-    ToolScreen::showFilter();
+    ListToolScreen::showFilter();
     showTiles();
 }
 
@@ -232,7 +232,7 @@ void DiskUsageView::showTiles()
 
 void DiskUsageView::showSelection()
 {
-    ToolScreen::showSelection();
+    ListToolScreen::showSelection();
     m_treemap->setSelection(selection());
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
-#include "Tools/ToolScreen.h"
+#include "Tools/ListToolScreen.h"
 
 #include <optional>
 
@@ -15,7 +15,7 @@ class TreemapView;
 
 /// The screen of the disk-usage explorer: the frame of all list tools with the way back, the breadcrumb, and
 /// the choice between table and treemap. Main thread.
-class DiskUsageView : public ToolScreen {
+class DiskUsageView : public ListToolScreen {
     Q_OBJECT
 
 public:

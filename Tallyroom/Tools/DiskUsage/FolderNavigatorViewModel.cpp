@@ -90,7 +90,7 @@ void FolderNavigatorViewModel::refreshCurrent()
     navigate(*m_currentURL, Caching::ignore, m_history);
 }
 
-FileScanner::ScanStream FolderNavigatorViewModel::startScan()
+FileScanner::ScanStream FolderNavigatorViewModel::startStream()
 {
     return m_services.list(*m_currentURL, m_caching == Caching::use);
 }

@@ -69,7 +69,7 @@ Q_SIGNALS:
     void canGoBackChanged();
 
 protected:
-    [[nodiscard]] FileScanner::ScanStream startScan() override;
+    [[nodiscard]] FileScanner::ScanStream startStream() override;
     void rootChosen(PropertyUpdate& update) override;
     void changedOnDisk(const FileUrl& folder) override;
 

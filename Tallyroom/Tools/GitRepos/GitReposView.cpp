@@ -6,9 +6,9 @@ namespace tallyroom {
 
 namespace {
 
-ToolScreenStyle screenStyle()
+ListToolStyle screenStyle()
 {
-    ToolScreenStyle style = ToolStyles::search(
+    ListToolStyle style = ToolStyles::search(
         "arrow.triangle.branch", QStringLiteral("Dépôts Git"),
         QStringLiteral("Choisissez un dossier de projets : Tallyroom mesure l’historique de chaque dépôt, "
                        "du plus lourd au plus léger."));
@@ -25,7 +25,8 @@ ToolScreenStyle screenStyle()
 
 } // namespace
 
-GitReposView::GitReposView(GitReposViewModel& tool, QWidget* parent) : ToolScreen(tool, screenStyle(), parent)
+GitReposView::GitReposView(GitReposViewModel& tool, QWidget* parent)
+    : ListToolScreen(tool, screenStyle(), parent)
 {}
 
 } // namespace tallyroom

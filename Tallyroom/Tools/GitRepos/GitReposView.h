@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Tools/GitRepos/GitReposViewModel.h"
-#include "Tools/ToolScreen.h"
+#include "Tools/ListToolScreen.h"
 
 namespace tallyroom {
 
 /// The screen of the Git histories, each by the name of its repository. Main thread.
-class GitReposView : public ToolScreen {
+class GitReposView : public ListToolScreen {
     Q_OBJECT
 
 public:

@@ -6,7 +6,7 @@ GitReposViewModel::GitReposViewModel(DeletionRunner& deletions)
     : ListToolViewModel(FilterSubject::path, ScanBeginning::discovering, deletions)
 {}
 
-FileScanner::ScanStream GitReposViewModel::startScan()
+FileScanner::ScanStream GitReposViewModel::startStream()
 {
     return FileScanner::findDirectoriesStream({".git"}, *rootURL());
 }

@@ -12,7 +12,7 @@ public:
     explicit GitReposViewModel(DeletionRunner& deletions);
 
 protected:
-    [[nodiscard]] FileScanner::ScanStream startScan() override;
+    [[nodiscard]] FileScanner::ScanStream startStream() override;
 };
 
 } // namespace tallyroom

@@ -8,9 +8,9 @@ namespace tallyroom {
 
 namespace {
 
-ToolScreenStyle screenStyle()
+ListToolStyle screenStyle()
 {
-    ToolScreenStyle style = ToolStyles::search(
+    ListToolStyle style = ToolStyles::search(
         "doc.text.magnifyingglass", QStringLiteral("Gros fichiers"),
         QStringLiteral("Choisissez un dossier : Tallyroom y cherche les fichiers les plus lourds, à "
                        "n’importe quelle profondeur."));
@@ -22,7 +22,7 @@ ToolScreenStyle screenStyle()
 } // namespace
 
 LargeFilesView::LargeFilesView(LargeFilesViewModel& tool, QWidget* parent)
-    : ToolScreen(tool, screenStyle(), parent), m_largeFiles(tool),
+    : ListToolScreen(tool, screenStyle(), parent), m_largeFiles(tool),
       m_limit(new OptionMenu(OptionMenu::Choices::one))
 {
     for (const std::int64_t limit : LargeFilesViewModel::offeredLimits) {

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "Tools/LargeFiles/LargeFilesViewModel.h"
-#include "Tools/ToolScreen.h"
+#include "Tools/ListToolScreen.h"
 
 namespace tallyroom {
 
 class OptionMenu;
 
 /// The screen of the largest files: the common frame and the choice of how many. Main thread.
-class LargeFilesView : public ToolScreen {
+class LargeFilesView : public ListToolScreen {
     Q_OBJECT
 
 public:

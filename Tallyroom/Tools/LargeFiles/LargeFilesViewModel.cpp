@@ -24,7 +24,7 @@ ScanLine LargeFilesViewModel::scanLine() const
     return {QStringLiteral("Analyse en cours… %1 fichiers examinés").arg(scanCompleted()), std::nullopt};
 }
 
-FileScanner::ScanStream LargeFilesViewModel::startScan()
+FileScanner::ScanStream LargeFilesViewModel::startStream()
 {
     return FileScanner::findLargestFilesStream(*rootURL(), m_limit);
 }

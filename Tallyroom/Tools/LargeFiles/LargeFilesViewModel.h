@@ -29,7 +29,7 @@ Q_SIGNALS:
     void limitChanged();
 
 protected:
-    [[nodiscard]] FileScanner::ScanStream startScan() override;
+    [[nodiscard]] FileScanner::ScanStream startStream() override;
 
 private:
     std::int64_t m_limit;

@@ -19,9 +19,9 @@ QString labelOf(AgeThreshold threshold)
     return QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size()));
 }
 
-ToolScreenStyle screenStyle(const NodeModulesViewModel& tool)
+ListToolStyle screenStyle(const NodeModulesViewModel& tool)
 {
-    ToolScreenStyle style = ToolStyles::search(
+    ListToolStyle style = ToolStyles::search(
         "shippingbox", QStringLiteral("node_modules"),
         QStringLiteral("Choisissez un dossier de projets : Tallyroom y cherche les dossiers node_modules et "
                        "signale ceux qui n’ont plus servi depuis longtemps."));
@@ -42,7 +42,7 @@ ToolScreenStyle screenStyle(const NodeModulesViewModel& tool)
 } // namespace
 
 NodeModulesView::NodeModulesView(NodeModulesViewModel& tool, QWidget* parent)
-    : ToolScreen(tool, screenStyle(tool), parent), m_nodeModules(tool),
+    : ListToolScreen(tool, screenStyle(tool), parent), m_nodeModules(tool),
       m_threshold(new OptionMenu(OptionMenu::Choices::one)), m_deleteOld(new QPushButton)
 {
     for (const AgeThreshold threshold : AgeThreshold::all) {
@@ -67,7 +67,7 @@ void NodeModulesView::showThreshold()
 
 void NodeModulesView::showEntries()
 {
-    ToolScreen::showEntries();
+    ListToolScreen::showEntries();
     showOld();
 }
 
@@ -80,7 +80,7 @@ void NodeModulesView::showOld()
 
 QString NodeModulesView::summary() const
 {
-    QString text = ToolScreen::summary();
+    QString text = ListToolScreen::summary();
     const std::vector<Entry> old = m_nodeModules.oldEntries();
     if (!old.empty()) {
         text += QStringLiteral(" · %1 ancien%2, %3 à récupérer")

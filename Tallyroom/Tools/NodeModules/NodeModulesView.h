@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Tools/ListToolScreen.h"
 #include "Tools/NodeModules/NodeModulesViewModel.h"
-#include "Tools/ToolScreen.h"
 
 class QPushButton;
 
@@ -11,7 +11,7 @@ class OptionMenu;
 
 /// The screen of the `node_modules` folders: the common frame, the age threshold, and the way to delete all
 /// old ones in one go. Main thread.
-class NodeModulesView : public ToolScreen {
+class NodeModulesView : public ListToolScreen {
     Q_OBJECT
 
 public:

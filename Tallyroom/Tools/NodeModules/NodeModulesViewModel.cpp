@@ -55,7 +55,7 @@ ScanLine NodeModulesViewModel::scanLine() const
     return {progress.text(), isDiscovering() ? std::nullopt : std::optional{progress.fraction}};
 }
 
-FileScanner::ScanStream NodeModulesViewModel::startScan()
+FileScanner::ScanStream NodeModulesViewModel::startStream()
 {
     return FileScanner::findNodeModulesStream(*rootURL());
 }

@@ -30,7 +30,7 @@ Q_SIGNALS:
     void thresholdChanged();
 
 protected:
-    [[nodiscard]] FileScanner::ScanStream startScan() override;
+    [[nodiscard]] FileScanner::ScanStream startStream() override;
 
 private:
     AgeThreshold m_threshold;

@@ -1,0 +1,46 @@
+#include "Deletion/FailureList.h"
+
+#include "Bridge/FileUrlText.h"
+#include "Components/Theme.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QVBoxLayout>
+
+namespace tallyroom {
+
+FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failures, QWidget* parent)
+    : QDialog(parent)
+{
+    const QString title = QStringLiteral("Éléments laissés en place (%1)").arg(failures.size());
+    setWindowTitle(title);
+    auto* const heading = new QLabel(title);
+    Theme::dress(heading, Theme::Text::title);
+    auto* const list = new QPlainTextEdit;
+    list->setReadOnly(true);
+    list->setTabChangesFocus(true);
+    list->setAccessibleName(title);
+    QStringList lines;
+    for (const FileRemover::RemovalFailure& failure : failures) {
+        lines += FileUrlText::displayFromHome(failure.url) + QStringLiteral("\n    ") +
+                 QString::fromStdString(failure.message);
+    }
+    list->setPlainText(lines.join(QLatin1Char{'\n'}));
+    auto* const buttons = new QDialogButtonBox;
+    buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
+    column->setSpacing(Theme::gap);
+    column->addWidget(heading);
+    column->addWidget(list, 1);
+    column->addWidget(buttons);
+}
+
+QSize FailureList::sizeHint() const
+{
+    return {Theme::failureListWidth, Theme::failureListHeight};
+}
+
+} // namespace tallyroom

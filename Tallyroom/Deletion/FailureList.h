@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Removal/FileRemover.h"
+
+#include <QDialog>
+
+#include <vector>
+
+namespace tallyroom {
+
+/// Says of each item that a removal or an undo left as it was why it did. Main thread.
+class FailureList : public QDialog {
+    Q_OBJECT
+
+public:
+    FailureList(const std::vector<FileRemover::RemovalFailure>& failures, QWidget* parent);
+
+    [[nodiscard]] QSize sizeHint() const override;
+};
+
+} // namespace tallyroom

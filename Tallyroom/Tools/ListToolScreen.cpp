@@ -1,0 +1,66 @@
+#include "Tools/ListToolScreen.h"
+
+#include "Components/EntryTable.h"
+#include "Text/CSVExport.h"
+#include "Text/SizeFormatter.h"
+#include "Tools/ExportFlow.h"
+
+namespace tallyroom {
+
+namespace {
+
+/// The table's rows from the top, made anew: those on screen may be a moment behind the filter.
+std::string exportedRows(const EntryArrangement::Request& request)
+{
+    const EntryArrangement rows{request};
+    std::string text{CSVExport::header};
+    for (std::size_t row = 0; row < rows.rowCount(); ++row) {
+        text.append("\n").append(CSVExport::line(rows.entry(row)));
+    }
+    return text;
+}
+
+} // namespace
+
+ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, QWidget* parent)
+    : ListToolScreen(tool, style, new EntryTable(style.table), parent)
+{}
+
+ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table,
+                               QWidget* parent)
+    : ToolScreen(tool, style, table, parent), m_list(tool), m_table(table)
+{
+    connect(&tool, &ListToolViewModel::entriesChanged, this, [this] { showEntries(); });
+    connect(&tool, &ListToolViewModel::scanCompletedChanged, this, [this] { showProgress(); });
+    connect(&tool, &ListToolViewModel::scanTotalChanged, this, [this] { showProgress(); });
+    connect(&tool, &ListToolViewModel::isDiscoveringChanged, this, [this] { showProgress(); });
+}
+
+QString ListToolScreen::summary() const
+{
+    return counted(m_list.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
+           QString::fromStdString(SizeFormatter::string(m_list.totalSize()));
+}
+
+void ListToolScreen::showEntries()
+{
+    m_table->setEntries(m_list.entries());
+    ToolScreen::showEntries();
+}
+
+void ListToolScreen::showFilter()
+{
+    m_table->setFilter(m_list.filter());
+    ToolScreen::showFilter();
+}
+
+void ListToolScreen::exportEntries()
+{
+    if (m_list.entries().empty()) {
+        return;
+    }
+    exportAsCSV(
+        this, [request = m_table->request()] { return exportedRows(request); }, exportName());
+}
+
+} // namespace tallyroom

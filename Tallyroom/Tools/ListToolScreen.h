@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Components/EntryTableStyle.h"
+#include "Tools/ListToolViewModel.h"
+#include "Tools/ToolScreen.h"
+
+namespace tallyroom {
+
+class EntryTable;
+
+/// What a list tool's screen says of itself and of its rows.
+struct ListToolStyle : ToolScreenStyle {
+    EntryTableStyle table;
+};
+
+/// The screen of a tool that lists entries in a table. Main thread.
+class ListToolScreen : public ToolScreen {
+    Q_OBJECT
+
+public:
+    /// `tool` must outlive the screen.
+    ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, QWidget* parent = nullptr);
+
+    void exportEntries() override;
+
+protected:
+    [[nodiscard]] EntryTable& table() const { return *m_table; }
+
+    [[nodiscard]] QString summary() const override;
+    void showEntries() override;
+    void showFilter() override;
+
+private:
+    ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table, QWidget* parent);
+
+    ListToolViewModel& m_list;
+    EntryTable* m_table;
+};
+
+} // namespace tallyroom

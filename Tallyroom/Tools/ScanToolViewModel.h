@@ -1,0 +1,161 @@
+#pragma once
+
+#include "Bridge/Desktop.h"
+#include "Bridge/Observable.h"
+#include "Deletion/DeletionRunner.h"
+#include "Deletion/DeletionSupport.h"
+#include "Model/Entry.h"
+#include "Tools/FolderTool.h"
+#include "Tools/ToolState.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace tallyroom {
+
+/// The line that tells how a running scan goes on.
+struct ScanLine {
+    QString text;
+    std::optional<double> fraction; ///< 0 to 1; nothing while the end is not known
+
+    friend bool operator==(const ScanLine&, const ScanLine&) = default;
+};
+
+/// What all tools have in common that scan a folder and delete from what they found: the choice of the
+/// folder, where the scan is, the search text, and how a deletion or an undo goes on. What is found, and by
+/// which scan, is a matter of the tools. Main thread.
+class ScanToolViewModel : public FolderTool {
+    Q_OBJECT
+    Q_PROPERTY(tallyroom::ToolState state READ state NOTIFY stateChanged)
+    Q_PROPERTY(std::optional<tallyroom::FileUrl> rootURL READ rootURL NOTIFY rootURLChanged)
+    Q_PROPERTY(std::optional<QString> statusMessage READ statusMessage NOTIFY statusMessageChanged)
+    Q_PROPERTY(bool canUndo READ canUndo NOTIFY undoableChanged)
+    Q_PROPERTY(std::optional<tallyroom::RemovalProgress> removal READ removal NOTIFY removalChanged)
+    Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
+
+public:
+    using Failures = std::vector<FileRemover::RemovalFailure>;
+    using Visitor = std::function<void(const Entry&)>;
+
+    [[nodiscard]] const ToolState& state() const { return m_state; }
+
+    [[nodiscard]] const std::optional<FileUrl>& rootURL() const { return m_rootURL; }
+
+    /// The report of the last deletion or undo.
+    [[nodiscard]] const std::optional<QString>& statusMessage() const { return m_statusMessage; }
+
+    /// What the last deletion or undo left as it was, and why; changes with `statusMessage` only.
+    [[nodiscard]] const Failures& failures() const { return m_failures; }
+
+    /// Whether the last deletion can be undone.
+    [[nodiscard]] virtual bool canUndo() const = 0;
+
+    /// How far this tool's deletion or undo has come, while one runs.
+    [[nodiscard]] const std::optional<RemovalProgress>& removal() const { return m_removal; }
+
+    [[nodiscard]] const QString& searchText() const { return m_searchText; }
+
+    /// How many entries were found, those included that the search text hides.
+    [[nodiscard]] virtual std::size_t entryCount() const = 0;
+
+    /// Calls `visit` with every entry found, in the order of the list.
+    virtual void forEachEntry(const Visitor& visit) const = 0;
+
+    /// The same for the entries that the search text lets through.
+    virtual void forEachShown(const Visitor& visit) const = 0;
+
+    /// Whether a running scan has something to say of its progress.
+    [[nodiscard]] virtual bool hasProgress() const = 0;
+
+    /// What is said of a running scan.
+    [[nodiscard]] virtual ScanLine scanLine() const = 0;
+
+    void setSearchText(const QString& text);
+
+    void handleImport(const FolderChoice& choice) override;
+
+    [[nodiscard]] bool isScanning() const override { return m_state.phase == ToolState::Phase::scanning; }
+
+    /// Makes `root` the tool's folder and scans it. By value: the recent folders change under way.
+    void open(FileUrl root);
+
+    /// Scans again what is on screen, without what the caches know.
+    virtual void refresh();
+
+    /// Stops a running scan and keeps what it has found.
+    void cancelScan();
+
+    /// Deletes the entries that `urls` names. Runs on; what was found, `statusMessage` and `canUndo` follow.
+    virtual void deleteSelected(const UrlSet& urls, bool permanently) = 0;
+
+    /// Puts back what the last deletion moved to the trash. Runs on like a deletion.
+    virtual void undoDeletion() = 0;
+
+    /// Takes the report off the screen.
+    void dismissStatus();
+
+    /// Leaves the error state for what was there before: the list, or the welcome when there is none.
+    void dismissError();
+
+Q_SIGNALS:
+    void rootURLChanged();
+    void statusMessageChanged();
+    void undoableChanged();
+    void removalChanged();
+    void searchTextChanged();
+
+protected:
+    using Finished = std::function<void(const FileRemover::RemovalResult&)>;
+
+    /// `deletions` must outlive the view model.
+    explicit ScanToolViewModel(DeletionRunner& deletions) : m_deletions(deletions) {}
+
+    /// Forgets what was found and starts the scan; called with a root folder set and no scan running.
+    virtual void startScan(PropertyUpdate& update) = 0;
+
+    /// Leaves a running scan; nothing of it may arrive any more. Called without one too.
+    virtual void dropScan(PropertyUpdate& update) = 0;
+
+    /// A root was chosen and will be scanned: a tool writes here what goes with it.
+    virtual void rootChosen(PropertyUpdate& /*update*/) {}
+
+    /// The search text is another one: a tool that keeps what it lets through looks again.
+    virtual void searchTextChosen() {}
+
+    /// Replaces the running scan by a new one; does nothing without a root. For changed options.
+    void scan();
+
+    /// The same as a part of a larger step.
+    void beginScan(PropertyUpdate& update);
+
+    /// The scan is over: by itself, or because it was stopped.
+    void endScan();
+
+    /// Starts a removal; says so in `statusMessage` when another one runs. `screening` may hold items back.
+    void remove(std::vector<FileUrl> urls, bool permanently, Finished finished,
+                DeletionRunner::Screening screening = {});
+
+    /// Starts putting `items` back, likewise.
+    void restore(std::vector<FileRemover::TrashedItem> items, Finished finished);
+
+    /// Writes down how a removal or an undo ended.
+    void report(PropertyUpdate& update, const QString& message, const FileRemover::RemovalResult& result);
+
+private:
+    [[nodiscard]] DeletionRunner::Listener listener(Finished finished);
+    void beginRemoval(bool isAccepted, const RemovalProgress& progress);
+    void showRemoval(const std::optional<RemovalProgress>& progress);
+    void showStatus(const std::optional<QString>& message);
+
+    DeletionRunner& m_deletions;
+    ToolState m_state;
+    std::optional<FileUrl> m_rootURL;
+    std::optional<QString> m_statusMessage;
+    Failures m_failures;
+    std::optional<RemovalProgress> m_removal;
+    QString m_searchText;
+    std::optional<SecurityScope> m_scope;
+};
+
+} // namespace tallyroom
