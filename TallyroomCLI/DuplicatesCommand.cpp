@@ -1,10 +1,10 @@
 #include "DuplicatesCommand.h"
 
+#include "Analysis/DuplicateExport.h"
 #include "Analysis/DuplicateFinder.h"
 #include "OutputWriter.h"
 #include "ProgressLine.h"
 #include "Terminal.h"
-#include "Text/CSVExport.h"
 #include "Text/SizeFormatter.h"
 
 #include <cstdio>
@@ -65,15 +65,9 @@ void addTable(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
 
 void addCsv(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
 {
-    writer.add("Groupe,");
-    writer.add(CSVExport::header);
+    writer.add(DuplicateExport::header());
     for (const DuplicateGroup& group : groups) {
-        for (const Entry& entry : group.entries) {
-            writer.add("\n");
-            writer.add(CSVExport::escape(group.id));
-            writer.add(",");
-            writer.add(CSVExport::line(entry));
-        }
+        writer.add(DuplicateExport::lines(group));
     }
     if (Terminal::outputIsTerminal()) {
         writer.add("\n");

@@ -35,11 +35,6 @@ QString describe(const SystemError& error)
     }
 }
 
-void openFolderOf(const FileUrl& url)
-{
-    QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(url.parent().percentEncoded())));
-}
-
 } // namespace
 
 void Desktop::chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
@@ -82,10 +77,15 @@ void Desktop::reveal(const FileUrl& url)
     auto* const watcher = new QDBusPendingCallWatcher(call, qGuiApp);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [url, watcher] {
         if (watcher->isError()) {
-            openFolderOf(url);
+            open(url.parent());
         }
         watcher->deleteLater();
     });
+}
+
+void Desktop::open(const FileUrl& url)
+{
+    QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(url.percentEncoded())));
 }
 
 void Desktop::notify(const QString& title, const QString& body)

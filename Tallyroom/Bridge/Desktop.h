@@ -50,6 +50,9 @@ void chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
 /// Shows the item in the file browser, or opens its folder where no file browser answers.
 void reveal(const FileUrl& url);
 
+/// Opens the file with the program that the desktop has for its type.
+void open(const FileUrl& url);
+
 /// Tells the user while the window is in the background.
 void notify(const QString& title, const QString& body);
 

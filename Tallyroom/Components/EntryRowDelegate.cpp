@@ -1,9 +1,9 @@
 #include "Components/EntryRowDelegate.h"
 
+#include "Components/CheckBox.h"
 #include "Components/EntryTableModel.h"
 #include "Components/EntryTableView.h"
 #include "Components/RowPainting.h"
-#include "Components/SelectionCheckbox.h"
 #include "Components/SizeBarCell.h"
 #include "Components/SymbolIcon.h"
 #include "Text/SizeProportion.h"
@@ -28,9 +28,9 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     const QRect cell = option.rect;
     if (index.column() == EntryTableModel::checkColumn) {
         const bool isHovered = index.row() == m_view.hoveredRow();
-        SelectionCheckbox::paintBox(
-            *painter, {cell.left() + Theme::margin, cell.top(), Theme::checkBoxSize, cell.height()},
-            {m_model.isChecked(entry), true, isHovered, false});
+        CheckBox::paintBox(*painter,
+                           {cell.left() + Theme::margin, cell.top(), Theme::checkBoxSize, cell.height()},
+                           {m_model.isChecked(entry), true, isHovered, false});
     } else if (index.column() == EntryTableModel::nameColumn) {
         paintName(*painter, cell, entry);
     } else if (index.column() == m_model.sizeColumn()) {

@@ -110,6 +110,12 @@ void EntryRows::showContextMenu(int row, const QPoint& globalPosition)
 {
     if (const Entry* const entry = m_model->entryAt(row)) {
         makeContextMenu(Entry{*entry})->exec(globalPosition);
+        return;
+    }
+    QMenu menu;
+    addSectionActions(menu, row);
+    if (!menu.isEmpty()) {
+        menu.exec(globalPosition);
     }
 }
 

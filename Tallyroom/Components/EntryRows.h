@@ -47,7 +47,7 @@ public:
     /// Whether rows offer "Mettre à la corbeille". Off at first.
     void setDeletionEnabled(bool isEnabled);
 
-    /// The menu of a row, as a right click or the menu key opens it.
+    /// The menu of an entry, as a right click or the menu key opens it.
     [[nodiscard]] std::unique_ptr<QMenu> makeContextMenu(const Entry& entry);
 
 Q_SIGNALS:
@@ -65,8 +65,11 @@ protected:
     /// Takes both over.
     EntryRows(EntryRowsModel* model, EntryRowsView* view, QWidget* parent);
 
-    /// What a row's menu begins with.
+    /// What an entry's menu begins with.
     virtual void addActions(QMenu& menu, const Entry& entry);
+
+    /// The menu of a row that shows no entry; none where nothing is added.
+    virtual void addSectionActions(QMenu& /*menu*/, int /*row*/) {}
 
 private:
     void showContextMenu(int row, const QPoint& globalPosition);

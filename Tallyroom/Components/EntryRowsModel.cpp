@@ -40,7 +40,8 @@ void EntryRowsModel::checksChanged()
 {
     const int rows = rowCount({});
     if (rows > 0) {
-        Q_EMIT dataChanged(index(0, checkColumn), index(rows - 1, checkColumn), {Qt::CheckStateRole});
+        // The other cells may say what follows from the checks.
+        Q_EMIT dataChanged(index(0, checkColumn), index(rows - 1, columnCount({}) - 1), {Qt::CheckStateRole});
     }
 }
 

@@ -142,9 +142,10 @@ void EntryRowsView::mousePressEvent(QMouseEvent* event)
 {
     const QModelIndex index = indexAt(event->position().toPoint());
     m_press.reset();
-    if (event->button() == Qt::LeftButton && index.isValid() &&
-        index.column() == EntryRowsModel::checkColumn) {
-        m_press = Press{urlAt(index.row()), event->position().toPoint()};
+    const std::optional<FileUrl> url =
+        index.isValid() && index.column() == EntryRowsModel::checkColumn ? urlAt(index.row()) : std::nullopt;
+    if (event->button() == Qt::LeftButton && url) {
+        m_press = Press{*url, event->position().toPoint()};
         setFocus(Qt::MouseFocusReason);
     } else {
         QTableView::mousePressEvent(event);
@@ -167,12 +168,8 @@ void EntryRowsView::mouseReleaseEvent(QMouseEvent* event)
         return;
     }
     const int near = std::max(rowAt(press->position.y()), 0);
-    if (press->url) {
-        // The entry that was pressed is meant, even when another row has moved under the mouse since.
-        toggle(*press->url, m_rows.rowOf(*press->url, near).value_or(near), event->modifiers());
-    } else if (near < m_rows.rowCount({}) && !urlAt(near)) {
-        Q_EMIT sectionToggled(near);
-    }
+    // The entry that was pressed is meant, even when another row has moved under the mouse since.
+    toggle(press->url, m_rows.rowOf(press->url, near).value_or(near), event->modifiers());
 }
 
 void EntryRowsView::mouseDoubleClickEvent(QMouseEvent* event)

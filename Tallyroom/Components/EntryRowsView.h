@@ -35,7 +35,7 @@ Q_SIGNALS:
     void rowActivated(int row);
     void rowCopyRequested(int row);
     void rowMenuRequested(int row, const QPoint& globalPosition);
-    /// The user checks a row that shows no entry.
+    /// Space on a row that shows no entry.
     void sectionToggled(int row);
 
 protected:
@@ -59,7 +59,7 @@ protected:
 private:
     /// A press on a box, which counts once it is released there.
     struct Press {
-        std::optional<FileUrl> url; ///< none: of a row without an entry
+        FileUrl url;
         QPoint position;
     };
 

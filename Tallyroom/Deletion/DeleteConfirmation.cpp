@@ -1,9 +1,9 @@
 #include "Deletion/DeleteConfirmation.h"
 
+#include "Components/CheckBox.h"
 #include "Components/Theme.h"
 #include "Text/SizeFormatter.h"
 
-#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -66,8 +66,8 @@ QString DeleteConfirmation::message() const
 void DeleteConfirmation::demand(const QString& acknowledgement, const QList<QPushButton*>& choices,
                                 QBoxLayout* column)
 {
-    auto* const box = new QCheckBox(acknowledgement, this);
-    column->addWidget(box);
+    auto* const box = new CheckBox(acknowledgement, this);
+    column->addWidget(box, 0, Qt::AlignLeft);
     for (QPushButton* const choice : choices) {
         choice->setEnabled(false);
         connect(box, &QCheckBox::toggled, choice, &QPushButton::setEnabled);

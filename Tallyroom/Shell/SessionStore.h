@@ -3,6 +3,7 @@
 #include "Deletion/DeletionRunner.h"
 #include "Tools/BuildCaches/BuildCachesViewModel.h"
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
+#include "Tools/Duplicates/DuplicatesViewModel.h"
 #include "Tools/GitRepos/GitReposViewModel.h"
 #include "Tools/LargeFiles/LargeFilesViewModel.h"
 #include "Tools/NodeModules/NodeModulesViewModel.h"
@@ -19,6 +20,7 @@ struct SessionStore {
     NodeModulesViewModel nodeModules{deletions};
     LargeFilesViewModel largeFiles{deletions};
     BuildCachesViewModel buildCaches{deletions};
+    DuplicatesViewModel duplicates{deletions};
     GitReposViewModel gitRepos{deletions};
 };
 

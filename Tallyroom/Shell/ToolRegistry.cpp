@@ -2,6 +2,7 @@
 
 #include "Tools/BuildCaches/BuildCachesView.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
+#include "Tools/Duplicates/DuplicatesView.h"
 #include "Tools/GitRepos/GitReposView.h"
 #include "Tools/LargeFiles/LargeFilesView.h"
 #include "Tools/NodeModules/NodeModulesView.h"
@@ -31,6 +32,8 @@ const std::vector<ToolDescriptor>& ToolRegistry::all()
                                                               QStringLiteral("node_modules"), "shippingbox"),
         describe<LargeFilesView, &SessionStore::largeFiles>(
             QStringLiteral("large-files"), QStringLiteral("Gros fichiers"), "doc.text.magnifyingglass"),
+        describe<DuplicatesView, &SessionStore::duplicates>(QStringLiteral("duplicates"),
+                                                            QStringLiteral("Doublons"), "doc.on.doc"),
         describe<BuildCachesView, &SessionStore::buildCaches>(QStringLiteral("build-caches"),
                                                               QStringLiteral("Caches de build"), "hammer"),
         describe<GitReposView, &SessionStore::gitRepos>(

@@ -1,6 +1,7 @@
 #include "Tools/ToolHeader.h"
 
 #include "Components/ExportButton.h"
+#include "Components/NoticeLine.h"
 #include "Components/SearchField.h"
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
@@ -26,7 +27,8 @@ constexpr int leadingWidth = 180;
 ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     : QWidget(parent), m_row(new QBoxLayout(QBoxLayout::LeftToRight)), m_controls(new QHBoxLayout),
       m_options(new QHBoxLayout), m_search(new SearchField(searchPlaceholder)), m_refresh(new QPushButton),
-      m_stop(new QPushButton(QStringLiteral("Arrêter"))), m_export(new ExportButton), m_summary(new QLabel)
+      m_stop(new QPushButton(QStringLiteral("Arrêter"))), m_export(new ExportButton), m_summary(new QLabel),
+      m_notice(new NoticeLine), m_actions(new QHBoxLayout)
 {
     m_search->setMaximumWidth(searchWidth);
     m_search->setMinimumWidth(smallestSearchWidth);
@@ -55,6 +57,10 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     column->setSpacing(Theme::gap / 2);
     column->addLayout(m_row);
     column->addWidget(m_summary);
+    column->addWidget(m_notice);
+    column->addLayout(m_actions);
+    m_actions->setSpacing(Theme::gap);
+    m_actions->addStretch(1);
 
     connect(m_refresh, &QPushButton::clicked, this, &ToolHeader::refreshRequested);
     connect(m_stop, &QPushButton::clicked, this, &ToolHeader::stopRequested);
@@ -71,6 +77,17 @@ void ToolHeader::setLeading(QWidget* leading)
 void ToolHeader::addOption(QWidget* option)
 {
     m_options->addWidget(option);
+}
+
+void ToolHeader::addAction(QWidget* action)
+{
+    m_actions->insertWidget(m_actions->count() - 1, action);
+    m_actions->setContentsMargins(0, Theme::gap / 2, 0, Theme::gap / 2);
+}
+
+void ToolHeader::showNotice(const QString& notice)
+{
+    m_notice->setText(notice);
 }
 
 void ToolHeader::showScanning(bool isScanning)

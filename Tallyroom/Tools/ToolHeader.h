@@ -11,6 +11,7 @@ class QPushButton;
 namespace tallyroom {
 
 class ExportButton;
+class NoticeLine;
 class SearchField;
 
 /// The top of a tool's screen: where one is, the filter, the tool's own options, "Rafraîchir" or "Arrêter",
@@ -28,10 +29,15 @@ public:
     /// A control of the tool's own, between the filter and the buttons that all tools have.
     void addOption(QWidget* option);
 
+    /// A button that acts on the list, below the line that sums it up.
+    void addAction(QWidget* action);
+
     [[nodiscard]] SearchField& searchField() { return *m_search; }
 
     void showScanning(bool isScanning);
     void showSummary(const QString& summary);
+    /// What has to be known about the list; nothing when empty.
+    void showNotice(const QString& notice);
     void showEntryCount(std::size_t count);
 
 Q_SIGNALS:
@@ -52,6 +58,8 @@ private:
     QPushButton* m_stop;
     ExportButton* m_export;
     QLabel* m_summary;
+    NoticeLine* m_notice;
+    QHBoxLayout* m_actions;
 };
 
 } // namespace tallyroom

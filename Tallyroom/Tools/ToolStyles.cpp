@@ -5,9 +5,9 @@
 
 namespace tallyroom::ToolStyles {
 
-ListToolStyle search(std::string icon, const QString& title, const QString& message)
+ToolScreenStyle frame(std::string icon, const QString& title, const QString& message)
 {
-    ListToolStyle style;
+    ToolScreenStyle style;
     style.title = title;
     style.searchPlaceholder = QStringLiteral("Filtrer par chemin");
     style.welcome.icon = std::move(icon);
@@ -15,6 +15,12 @@ ListToolStyle search(std::string icon, const QString& title, const QString& mess
     style.welcome.message = message;
     style.welcome.hint = QStringLiteral("Rien n’est modifié pendant l’analyse.");
     style.welcome.actionTitle = QStringLiteral("Choisir un dossier…");
+    return style;
+}
+
+ListToolStyle search(std::string icon, const QString& title, const QString& message)
+{
+    ListToolStyle style{frame(std::move(icon), title, message), {}};
     style.table.hasStrongNames = true;
     style.table.secondLine = [](const Entry& entry) { return FileUrlText::displayFromHome(entry.url); };
     return style;

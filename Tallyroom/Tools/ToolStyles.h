@@ -9,7 +9,10 @@ namespace tallyroom {
 /// What the tools that search a whole tree show alike. Main thread.
 namespace ToolStyles {
 
-/// The welcome, the filter by path, and rows of two lines with the path below the name.
+/// The welcome and the filter by path.
+[[nodiscard]] ToolScreenStyle frame(std::string icon, const QString& title, const QString& message);
+
+/// The same for a list, with rows of two lines, the path below the name.
 [[nodiscard]] ListToolStyle search(std::string icon, const QString& title, const QString& message);
 
 /// The project that a found folder belongs to: the name of the folder around it.

@@ -5,6 +5,23 @@
 
 namespace tallyroom {
 
+namespace {
+
+/// How many files the paths lead to.
+std::int64_t distinctFiles(const std::vector<FileIdentity>& identities)
+{
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> files;
+    files.reserve(identities.size());
+    std::ranges::transform(identities, std::back_inserter(files), [](const FileIdentity& identity) {
+        return std::pair{identity.device, identity.inode};
+    });
+    std::ranges::sort(files);
+    const auto repeated = std::ranges::unique(files);
+    return static_cast<std::int64_t>(files.size() - repeated.size());
+}
+
+} // namespace
+
 FileIdentity FileIdentity::of(const FileAttributes& attributes)
 {
     return {attributes.device, attributes.inode, attributes.links, attributes.modifiedAt,
@@ -24,15 +41,18 @@ std::int64_t DuplicateGroup::wastedBytes() const
 
 std::int64_t DuplicateGroup::reclaimableBytes() const
 {
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> files;
-    files.reserve(identities.size());
-    std::ranges::transform(identities, std::back_inserter(files), [](const FileIdentity& identity) {
-        return std::pair{identity.device, identity.inode};
-    });
-    std::ranges::sort(files);
-    const auto repeated = std::ranges::unique(files);
-    const auto distinct = static_cast<std::int64_t>(files.size() - repeated.size());
-    return checkedProduct(sizeBytes(), std::max<std::int64_t>(distinct, 1) - 1);
+    return checkedProduct(sizeBytes(), std::max<std::int64_t>(distinctFiles(identities), 1) - 1);
+}
+
+std::int64_t DuplicateGroup::freedBytes(const std::function<bool(const Entry&)>& isGone) const
+{
+    std::vector<FileIdentity> kept;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (!isGone(entries[i])) {
+            kept.push_back(identities[i]);
+        }
+    }
+    return checkedProduct(sizeBytes(), distinctFiles(identities) - distinctFiles(kept));
 }
 
 void DuplicateGroup::removeEntries(const std::function<bool(const Entry&)>& isGone)

@@ -48,6 +48,10 @@ struct DuplicateGroup {
     /// The bytes that come free when one file is kept: files that are reached by several paths count once.
     [[nodiscard]] std::int64_t reclaimableBytes() const;
 
+    /// The bytes that came free if the entries for which `isGone` says so were removed: what other paths of
+    /// the group still lead to does not.
+    [[nodiscard]] std::int64_t freedBytes(const std::function<bool(const Entry&)>& isGone) const;
+
     /// Drops the entries for which `isGone` says so, with their identities.
     void removeEntries(const std::function<bool(const Entry&)>& isGone);
 

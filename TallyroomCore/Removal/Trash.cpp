@@ -1,6 +1,7 @@
 #include "Removal/Trash.h"
 
 #include "FileSystem/FolderReader.h"
+#include "Removal/TrashFolders.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +11,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
-#include <pwd.h>
 #include <random>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -103,23 +103,6 @@ SystemResult<FileDescriptor> openTopFolder(int folder, std::uint64_t mount)
         top = std::move(above);
     }
     return top;
-}
-
-/// "$XDG_DATA_HOME/Trash", by the XDG Base Directory specification: a relative value counts as unset. Empty
-/// for a user without a home.
-std::string homeTrashPath()
-{
-    if (const char* const base = std::getenv("XDG_DATA_HOME"); base != nullptr && *base == '/') {
-        return std::string{base} + "/Trash";
-    }
-    if (const char* const home = std::getenv("HOME"); home != nullptr && *home == '/') {
-        return std::string{home} + "/.local/share/Trash";
-    }
-    std::array<char, 16384> buffer = {};
-    passwd record = {};
-    passwd* found = nullptr;
-    ::getpwuid_r(::getuid(), &record, buffer.data(), buffer.size(), &found);
-    return found == nullptr ? "" : std::string{found->pw_dir} + "/.local/share/Trash";
 }
 
 std::string localTime()
@@ -311,7 +294,7 @@ void Trash::findHomeBin()
     if (m_home) {
         return;
     }
-    const FileUrl trash{homeTrashPath()};
+    const FileUrl trash = TrashFolders::home();
     SystemResult<FileDescriptor> step = openAt(AT_FDCWD, trash.isEmpty() ? "" : "/", folderFlags);
     for (const std::string& name : trash.pathComponents()) {
         if (step && name != "/") {

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+
+namespace tallyroom {
+
+class DuplicateTableModel;
+class EntryRowsView;
+
+/// Paints the rows of a `DuplicateTable`: groups as sections, copies below them. Main thread.
+class DuplicateRowDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    DuplicateRowDelegate(const DuplicateTableModel& model, EntryRowsView& view);
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+
+private:
+    void paintHead(QPainter& painter, const QRect& cell, const QModelIndex& index) const;
+    void paintCopy(QPainter& painter, const QRect& cell, const QModelIndex& index) const;
+    void paintPath(QPainter& painter, const QRect& cell, int row) const;
+
+    const DuplicateTableModel& m_model;
+    EntryRowsView& m_view;
+};
+
+} // namespace tallyroom

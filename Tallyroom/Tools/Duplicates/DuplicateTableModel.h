@@ -1,0 +1,79 @@
+#pragma once
+
+#include "Components/EntryRowsModel.h"
+#include "Components/EntryTableStyle.h"
+#include "Tools/Duplicates/DuplicatesViewModel.h"
+
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace tallyroom {
+
+/// The rows of a `DuplicateTable`: for each group shown one that heads it, and one a copy. Texts are made
+/// when they are asked for. Main thread.
+class DuplicateTableModel : public EntryRowsModel {
+    Q_OBJECT
+
+public:
+    /// On the right: what a group gives back, and when a copy was modified.
+    static constexpr int detailColumn = 2;
+
+    using EntryRowsModel::EntryRowsModel;
+
+    /// Shows those of `groups` whose indices `shown` lists.
+    void setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown);
+
+    [[nodiscard]] const DuplicateGroup& groupAt(int row) const;
+
+    /// Whether the row heads its group.
+    [[nodiscard]] bool isHead(int row) const { return rowAt(row).copy == head; }
+
+    /// Whether every copy of the row's group but the first is checked.
+    [[nodiscard]] bool isGroupChecked(int row) const;
+
+    /// Checks every copy of the row's group but the first; when that is so already, unchecks them.
+    void toggleGroup(int row);
+
+    /// Checks every copy of the group but `kept`.
+    void checkOthers(const Entry& kept);
+
+    /// What is said of a copy beside its path.
+    [[nodiscard]] std::vector<EntryBadge> badges(int row) const;
+
+    /// "2 × 11,6 Go"
+    [[nodiscard]] static QString amount(const DuplicateGroup& group);
+
+    /// "11,6 Go récupérables", in two parts.
+    struct Gain {
+        QString bytes;
+        QString word;
+    };
+
+    [[nodiscard]] static Gain gain(const DuplicateGroup& group);
+
+    [[nodiscard]] const Entry* entryAt(int row) const override;
+    [[nodiscard]] std::optional<int> rowOf(const FileUrl& url, int likelyRow) const override;
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+private:
+    static constexpr std::uint32_t head = UINT32_MAX;
+
+    struct Row {
+        std::uint32_t group = 0;
+        std::uint32_t copy = head;
+    };
+
+    [[nodiscard]] const Row& rowAt(int row) const { return m_rows[static_cast<std::size_t>(row)]; }
+
+    [[nodiscard]] bool keepsSomething(const DuplicateGroup& group) const;
+    [[nodiscard]] QString text(int row, int column) const;
+    [[nodiscard]] QString accessibleText(int row) const;
+
+    DuplicateGroups m_groups = std::make_shared<const std::vector<DuplicateGroup>>();
+    std::vector<Row> m_rows;
+};
+
+} // namespace tallyroom

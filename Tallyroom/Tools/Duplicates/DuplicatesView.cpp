@@ -1,0 +1,159 @@
+#include "Tools/Duplicates/DuplicatesView.h"
+
+#include "Analysis/DuplicateExport.h"
+#include "Components/OptionMenu.h"
+#include "Components/SymbolIcon.h"
+#include "Text/SizeFormatter.h"
+#include "Tools/Duplicates/DuplicateTable.h"
+#include "Tools/ExportFlow.h"
+#include "Tools/ToolHeader.h"
+#include "Tools/ToolStyles.h"
+
+#include <QPushButton>
+
+#include <algorithm>
+#include <iterator>
+
+namespace tallyroom {
+
+namespace {
+
+ToolScreenStyle screenStyle()
+{
+    ToolScreenStyle style = ToolStyles::frame(
+        "doc.on.doc", QStringLiteral("Doublons"),
+        QStringLiteral("Choisissez un dossier : Tallyroom y cherche les fichiers au contenu identique et "
+                       "dit ce que leurs copies occupent."));
+    style.emptyMessage = QStringLiteral("Aucun doublon dans ce dossier.");
+    return style;
+}
+
+QString sizeText(std::int64_t bytes)
+{
+    return QString::fromStdString(SizeFormatter::string(bytes));
+}
+
+QString minimumText(std::int64_t size)
+{
+    return size > 0 ? sizeText(size) : QStringLiteral("aucune");
+}
+
+} // namespace
+
+DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, QWidget* parent)
+    : DuplicatesView(tool, new DuplicateTable, parent)
+{}
+
+DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table, QWidget* parent)
+    : ToolScreen(tool, screenStyle(), table, parent), m_duplicates(tool), m_table(table),
+      m_minimumSize(new OptionMenu(OptionMenu::Choices::one)),
+      m_checkRedundant(new QPushButton(QStringLiteral("Cocher les doublons (garder 1 par groupe)")))
+{
+    addMinimumSizes();
+    m_checkRedundant->setIcon(SymbolIcon::icon("checkmark.circle.fill"));
+    Theme::dress(m_checkRedundant, Theme::Button::plain);
+    header().addOption(m_minimumSize);
+    header().addAction(m_checkRedundant);
+    connect(m_checkRedundant, &QPushButton::clicked, this,
+            [this] { setSelection(m_duplicates.redundantURLs()); });
+    connect(table, &DuplicateTable::openRequested, this,
+            [](const Entry& entry) { Desktop::open(entry.url); });
+    connect(&tool, &DuplicatesViewModel::groupsChanged, this, [this] { showEntries(); });
+    connect(&tool, &DuplicatesViewModel::progressChanged, this, [this] { showProgress(); });
+    connect(&tool, &DuplicatesViewModel::truncatedChanged, this, &DuplicatesView::showTruncation);
+    connect(&tool, &DuplicatesViewModel::minimumSizeChanged, this, &DuplicatesView::showMinimumSize);
+    showMinimumSize();
+    showTruncation();
+}
+
+void DuplicatesView::addMinimumSizes()
+{
+    const auto& offered = DuplicatesViewModel::offeredMinimumSizes;
+    std::vector<std::int64_t> sizes{offered.begin(), offered.end()};
+    if (std::ranges::find(sizes, m_duplicates.minimumSize()) == sizes.end()) {
+        sizes.push_back(m_duplicates.minimumSize());
+        std::ranges::sort(sizes);
+    }
+    for (const std::int64_t size : sizes) {
+        m_minimumSize->addChoice(minimumText(size), size == m_duplicates.minimumSize(),
+                                 [this, size](bool) { m_duplicates.setMinimumSize(size); });
+    }
+}
+
+void DuplicatesView::showMinimumSize()
+{
+    m_minimumSize->setTitle(QStringLiteral("Taille minimale : ") + minimumText(m_duplicates.minimumSize()));
+}
+
+void DuplicatesView::showGroups()
+{
+    m_table->setGroups(m_duplicates.sharedGroups(), m_duplicates.filteredGroups());
+    m_checkRedundant->setEnabled(!m_duplicates.filteredGroups().empty());
+}
+
+void DuplicatesView::showEntries()
+{
+    showGroups();
+    ToolScreen::showEntries();
+}
+
+void DuplicatesView::showFilter()
+{
+    showGroups();
+    ToolScreen::showFilter();
+}
+
+void DuplicatesView::showTruncation()
+{
+    header().showNotice(m_duplicates.truncated()
+                            ? QStringLiteral("Liste incomplète : il y a trop de fichiers, la recherche s’est "
+                                             "arrêtée avant la fin. Choisissez un dossier plus petit ou une "
+                                             "taille minimale plus grande.")
+                            : QString{});
+}
+
+QString DuplicatesView::summary() const
+{
+    const std::int64_t wasted = m_duplicates.totalWasted();
+    const std::int64_t reclaimable = m_duplicates.totalReclaimable();
+    QString text = counted(m_duplicates.groups().size(), QStringLiteral("groupe")) + QStringLiteral(" · ") +
+                   sizeText(reclaimable) + QStringLiteral(" récupérables");
+    if (wasted != reclaimable) {
+        text += QStringLiteral(" (%1 en double, liens physiques compris)").arg(sizeText(wasted));
+    }
+    return text;
+}
+
+ToolScreen::Caution DuplicatesView::caution(const std::vector<Entry>& entries) const
+{
+    UrlSet urls;
+    std::ranges::transform(entries, std::inserter(urls, urls.end()), &Entry::url);
+    const std::size_t lost = m_duplicates.groupsLosingAllCopies(urls);
+    if (lost == 0) {
+        return {QStringLiteral("Au moins une copie de chaque fichier est gardée. Juste avant la suppression, "
+                               "Tallyroom vérifie qu’elle est encore là."),
+                {}};
+    }
+    const QString groups = counted(lost, QStringLiteral("groupe"));
+    return {QStringLiteral("Toutes les copies de %1 sont cochées : il n’en restera aucune.").arg(groups),
+            QStringLiteral("Supprimer aussi la dernière copie de %1").arg(groups)};
+}
+
+void DuplicatesView::exportEntries()
+{
+    if (m_duplicates.groups().empty()) {
+        return;
+    }
+    exportAsCSV(
+        this,
+        [groups = m_duplicates.sharedGroups(), shown = m_duplicates.filteredGroups()] {
+            std::string text = DuplicateExport::header();
+            for (const std::uint32_t index : shown) {
+                text.append(DuplicateExport::lines((*groups)[index]));
+            }
+            return text;
+        },
+        exportName());
+}
+
+} // namespace tallyroom

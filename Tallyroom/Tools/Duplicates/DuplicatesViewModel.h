@@ -1,0 +1,136 @@
+#pragma once
+
+#include "Analysis/DuplicateFinder.h"
+#include "Bridge/StreamPump.h"
+#include "Tools/ScanToolViewModel.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace tallyroom {
+
+/// Groups of identical files, shared by whoever looks at them.
+using DuplicateGroups = std::shared_ptr<const std::vector<DuplicateGroup>>;
+
+/// Finds files with identical content, and removes the copies that are checked once each of them has been
+/// looked at again. Main thread.
+class DuplicatesViewModel : public ScanToolViewModel {
+    Q_OBJECT
+    Q_PROPERTY(std::vector<tallyroom::DuplicateGroup> groups READ groups NOTIFY groupsChanged)
+    Q_PROPERTY(std::int64_t scanned READ scanned NOTIFY progressChanged)
+    Q_PROPERTY(bool isHashing READ isHashing NOTIFY progressChanged)
+    Q_PROPERTY(bool truncated READ truncated NOTIFY truncatedChanged)
+    Q_PROPERTY(std::int64_t minimumSize READ minimumSize WRITE setMinimumSize NOTIFY minimumSizeChanged)
+
+public:
+    /// The minimum sizes that the screen offers, in bytes.
+    static constexpr std::array<std::int64_t, 6> offeredMinimumSizes{0,          100'000,     1'048'576,
+                                                                     10'000'000, 100'000'000, 1'000'000'000};
+
+    explicit DuplicatesViewModel(DeletionRunner& deletions);
+
+    /// The groups found, most wasted bytes first.
+    [[nodiscard]] const std::vector<DuplicateGroup>& groups() const { return *m_groups; }
+
+    /// The same, to be kept.
+    [[nodiscard]] const DuplicateGroups& sharedGroups() const { return m_groups; }
+
+    /// The indices of the groups of which a path contains the search text, ascending; such a group is shown
+    /// whole.
+    [[nodiscard]] const std::vector<std::uint32_t>& filteredGroups() const { return m_filtered; }
+
+    /// Every copy but the first of each filtered group.
+    [[nodiscard]] UrlSet redundantURLs() const;
+
+    /// The files of all groups, also of those that the search text hides, group after group.
+    [[nodiscard]] std::vector<Entry> allEntries() const;
+
+    /// The bytes of all copies but one of each group, hidden groups and hard links included. An overflow ends
+    /// the process.
+    [[nodiscard]] std::int64_t totalWasted() const;
+
+    /// The bytes that come free when one copy of each group is kept.
+    [[nodiscard]] std::int64_t totalReclaimable() const;
+
+    /// How many groups would keep no copy if `urls` were removed.
+    [[nodiscard]] std::size_t groupsLosingAllCopies(const UrlSet& urls) const;
+
+    /// Files visited by the scan.
+    [[nodiscard]] std::int64_t scanned() const { return m_scanned; }
+
+    /// Whether the scan reads contents.
+    [[nodiscard]] bool isHashing() const { return m_hashing.has_value(); }
+
+    /// Whether a limit ended the scan early: groups may be missing.
+    [[nodiscard]] bool truncated() const { return m_truncated; }
+
+    /// The smallest file that is looked at, in bytes; survives a restart.
+    [[nodiscard]] std::int64_t minimumSize() const { return m_minimumSize; }
+
+    /// Stores another minimum size and scans again with it.
+    void setMinimumSize(std::int64_t size);
+
+    [[nodiscard]] bool canUndo() const override { return m_undoSnapshot.has_value(); }
+
+    [[nodiscard]] std::size_t entryCount() const override;
+    void forEachEntry(const Visitor& visit) const override;
+    void forEachShown(const Visitor& visit) const override;
+
+    [[nodiscard]] bool hasProgress() const override { return isScanning(); }
+
+    [[nodiscard]] ScanLine scanLine() const override;
+    [[nodiscard]] QString scanReport() const override;
+
+    void deleteSelected(const UrlSet& urls, bool permanently) override;
+    void undoDeletion() override;
+
+Q_SIGNALS:
+    void groupsChanged();
+    /// `scanned`, `isHashing`, or the share of what is hashed.
+    void progressChanged();
+    void truncatedChanged();
+    void minimumSizeChanged();
+
+protected:
+    void startScan(PropertyUpdate& update) override;
+    void dropScan(PropertyUpdate& update) override;
+
+    void searchTextChosen() override { filterGroups(); }
+
+private:
+    /// What an undo puts back.
+    struct UndoSnapshot {
+        DuplicateGroups groups; ///< as they were before the removal
+        std::vector<FileRemover::TrashedItem> trashed;
+    };
+
+    /// One search. What was asked for one finds it expired after the next began.
+    struct Search {
+        UrlSet removed; ///< deleted while it ran: it may still report them
+    };
+
+    using RemovalResult = FileRemover::RemovalResult;
+
+    void receive(DuplicateFinder::DuplicateProgress record);
+    void setGroups(PropertyUpdate& update, std::vector<DuplicateGroup> groups);
+    void filterGroups();
+    void finishDeletion(const RemovalResult& result, bool permanently, const std::weak_ptr<Search>& search);
+    void finishRestore(const RemovalResult& result, const UndoSnapshot& undone,
+                       const std::weak_ptr<Search>& search);
+
+    DuplicateGroups m_groups = std::make_shared<const std::vector<DuplicateGroup>>();
+    std::vector<std::uint32_t> m_filtered;
+    std::int64_t m_scanned = 0;
+    std::optional<double> m_hashing; // 0 to 1, while contents are read
+    bool m_truncated = false;
+    std::int64_t m_minimumSize;
+    std::optional<UndoSnapshot> m_undoSnapshot;
+    std::shared_ptr<Search> m_search = std::make_shared<Search>();
+    std::unique_ptr<StreamPump<DuplicateFinder::DuplicateProgress>> m_pump;
+};
+
+} // namespace tallyroom
