@@ -267,7 +267,7 @@ void Theme::dress(QLabel* label, Text look)
 
 void Theme::dress(QWidget* widget, Surface surface)
 {
-    static constexpr std::array names{"window", "side", "bar", "card", "banner"};
+    static constexpr std::array names{"window", "side", "bar", "card", "banner", "alert"};
     widget->setAttribute(Qt::WA_StyledBackground);
     setLook(widget, "tallySurface", QString::fromLatin1(names.at(static_cast<std::size_t>(surface))));
 }

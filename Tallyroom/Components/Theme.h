@@ -39,7 +39,7 @@ public:
     enum class Button { plain, icon, primary, prominent, danger, quiet, row };
     enum class Text { body, strong, title, heading, section, secondary, small };
     /// The ground under a part of the window.
-    enum class Surface { window, side, bar, card, banner };
+    enum class Surface { window, side, bar, card, banner, alert };
 
     // The 8-pixel grid, in device-independent pixels.
     static constexpr int gap = 8;
@@ -69,6 +69,7 @@ public:
     static constexpr int nameColumnMinimum = 200;
     static constexpr int sizeColumnMinimum = 100;
     static constexpr int sizeColumnIdeal = 190;
+    static constexpr int gainColumnMinimum = 150;
     static constexpr int narrowWidth = 600; ///< of a list, below which it saves room
     static constexpr int selectionBarHeight = 52;
     static constexpr double trackOpacity = 0.16;

@@ -15,6 +15,7 @@ const QString sheet = QStringLiteral(R"(
 *[tallySurface="bar"] { background: @side; border-top: 1px solid @line; }
 *[tallySurface="card"] { background: @card; border: 1px solid @line; border-radius: @cardRadius; }
 *[tallySurface="banner"] { background: @doneWash; border-radius: @controlRadius; }
+*[tallySurface="alert"] { background: @dangerWash; border-radius: @controlRadius; }
 
 QLabel { background: transparent; border: none; }
 QLabel[tallyText="strong"] { font-weight: 600; }

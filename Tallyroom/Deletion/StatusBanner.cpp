@@ -31,7 +31,6 @@ StatusBanner::StatusBanner(QWidget* parent)
       m_details(new QPushButton(QStringLiteral("Détails…"))),
       m_undo(new QPushButton(QStringLiteral("Annuler la suppression"))), m_close(new QPushButton)
 {
-    Theme::dress(this, Theme::Surface::banner);
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
     Theme::dress(m_details, Theme::Button::plain);
@@ -110,6 +109,7 @@ void StatusBanner::showSymbol()
 {
     const bool hasFailed = !m_failures.empty();
     const QColor colour = Theme::shared().colour(hasFailed ? Theme::Colour::danger : Theme::Colour::done);
+    Theme::dress(this, hasFailed ? Theme::Surface::alert : Theme::Surface::banner);
     const char* const symbol = hasFailed ? "exclamationmark.triangle" : "trash";
     m_symbol->setPixmap(SymbolIcon::pixmap(symbol, colour, Theme::iconSize, devicePixelRatioF()));
     QPalette palette = m_text->palette();

@@ -40,7 +40,8 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     Theme::dress(m_stop, Theme::Button::plain);
     m_stop->setIcon(SymbolIcon::icon("stop.fill"));
     Theme::dress(m_summary, Theme::Text::secondary);
-    m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
+    m_summary->setWordWrap(true);
     m_summary->setTextFormat(Qt::PlainText);
 
     m_options->setSpacing(Theme::gap);

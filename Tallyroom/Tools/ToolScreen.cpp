@@ -215,14 +215,14 @@ void ToolScreen::showEntries()
     m_header->showEntryCount(m_tool.entryCount());
     dropVanishedChecks();
     showPage();
-    showSelection();
+    showChecked();
 }
 
 void ToolScreen::showFilter()
 {
     m_header->searchField().setText(m_tool.searchText());
     showPage();
-    showSelection();
+    showChecked();
 }
 
 void ToolScreen::setSelection(UrlSet selection)
@@ -235,9 +235,19 @@ void ToolScreen::setSelection(UrlSet selection)
 void ToolScreen::showSelection()
 {
     m_rows->setSelection(m_selection);
-    const std::vector<Entry> selected = selectedEntries();
-    m_checkedCount = selected.size();
-    m_selectionBar->setSelection(static_cast<std::int64_t>(selected.size()), totalSize(selected));
+    showChecked();
+}
+
+/// How much is checked: another filter lets through more or less of it.
+void ToolScreen::showChecked()
+{
+    std::int64_t bytes = 0;
+    m_checkedCount = 0;
+    forEachSelected([&](const Entry& entry) {
+        ++m_checkedCount;
+        bytes = checkedSum(bytes, entry.sizeBytes);
+    });
+    m_selectionBar->setSelection(static_cast<std::int64_t>(m_checkedCount), bytes);
     showSummary();
 }
 
@@ -258,14 +268,20 @@ QString ToolScreen::counted(std::size_t count, const QString& one)
 std::vector<Entry> ToolScreen::selectedEntries() const
 {
     std::vector<Entry> selected;
-    if (!m_selection.empty()) {
-        m_tool.forEachShown([&](const Entry& entry) {
-            if (m_selection.contains(entry.url)) {
-                selected.push_back(entry);
-            }
-        });
-    }
+    forEachSelected([&selected](const Entry& entry) { selected.push_back(entry); });
     return selected;
+}
+
+void ToolScreen::forEachSelected(const ScanToolViewModel::Visitor& visit) const
+{
+    if (m_selection.empty()) {
+        return;
+    }
+    m_tool.forEachShown([&](const Entry& entry) {
+        if (m_selection.contains(entry.url)) {
+            visit(entry);
+        }
+    });
 }
 
 void ToolScreen::startOver()

@@ -102,6 +102,7 @@ protected:
     virtual void showSelection();
     void showProgress();
     void showPage();
+    void showChecked();
     void showSummary();
 
     bool event(QEvent* event) override;
@@ -117,6 +118,7 @@ private:
     void showBanner();
     void showFooter();
     void dropVanishedChecks();
+    void forEachSelected(const ScanToolViewModel::Visitor& visit) const;
     [[nodiscard]] bool hasList() const;
 
     void checkAllVisible();

@@ -1,23 +1,37 @@
 #include "Analysis/DuplicateGroup.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace tallyroom {
 
 namespace {
 
-/// How many files the paths lead to.
-std::int64_t distinctFiles(const std::vector<FileIdentity>& identities)
+/// How many files the paths lead to, of those for which `counts` says so by their index.
+template <class Condition>
+std::int64_t distinctFiles(const std::vector<FileIdentity>& identities, const Condition& counts)
 {
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> files;
-    files.reserve(identities.size());
-    std::ranges::transform(identities, std::back_inserter(files), [](const FileIdentity& identity) {
-        return std::pair{identity.device, identity.inode};
-    });
-    std::ranges::sort(files);
-    const auto repeated = std::ranges::unique(files);
-    return static_cast<std::int64_t>(files.size() - repeated.size());
+    // Groups are small as a rule, and there may be many: no memory for those.
+    constexpr std::size_t small = 16;
+    std::int64_t distinct = 0;
+    if (identities.size() <= small) {
+        for (std::size_t i = 0; i < identities.size(); ++i) {
+            bool isFirst = counts(i);
+            for (std::size_t before = 0; isFirst && before < i; ++before) {
+                isFirst = !counts(before) || !identities[before].isSameFile(identities[i]);
+            }
+            distinct += isFirst ? 1 : 0;
+        }
+        return distinct;
+    }
+    std::set<std::pair<std::uint64_t, std::uint64_t>> files;
+    for (std::size_t i = 0; i < identities.size(); ++i) {
+        if (counts(i)) {
+            files.emplace(identities[i].device, identities[i].inode);
+        }
+    }
+    return std::ssize(files);
 }
 
 } // namespace
@@ -41,35 +55,27 @@ std::int64_t DuplicateGroup::wastedBytes() const
 
 std::int64_t DuplicateGroup::reclaimableBytes() const
 {
-    return checkedProduct(sizeBytes(), std::max<std::int64_t>(distinctFiles(identities), 1) - 1);
+    const std::int64_t files = distinctFiles(identities, [](std::size_t) { return true; });
+    return checkedProduct(sizeBytes(), std::max<std::int64_t>(files, 1) - 1);
 }
 
-std::int64_t DuplicateGroup::freedBytes(const std::function<bool(const Entry&)>& isGone) const
+std::int64_t DuplicateGroup::freedBytes(const std::vector<bool>& isGone) const
 {
-    std::vector<FileIdentity> kept;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (!isGone(entries[i])) {
-            kept.push_back(identities[i]);
-        }
-    }
-    return checkedProduct(sizeBytes(), distinctFiles(identities) - distinctFiles(kept));
+    const std::int64_t before = distinctFiles(identities, [](std::size_t) { return true; });
+    const std::int64_t after = distinctFiles(identities, [&](std::size_t index) { return !isGone[index]; });
+    return checkedProduct(sizeBytes(), before - after);
 }
 
-void DuplicateGroup::removeEntries(const std::function<bool(const Entry&)>& isGone)
+DuplicateGroup DuplicateGroup::without(const std::vector<bool>& isGone) const
 {
-    std::size_t kept = 0;
+    DuplicateGroup left{id, {}, {}};
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (isGone(entries[i])) {
-            continue;
+        if (!isGone[i]) {
+            left.entries.push_back(entries[i]);
+            left.identities.push_back(identities[i]);
         }
-        if (kept != i) {
-            entries[kept] = std::move(entries[i]);
-            identities[kept] = identities[i];
-        }
-        ++kept;
     }
-    entries.resize(kept);
-    identities.resize(kept);
+    return left;
 }
 
 } // namespace tallyroom

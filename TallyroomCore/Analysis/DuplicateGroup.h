@@ -4,7 +4,6 @@
 #include "Model/Entry.h"
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -48,12 +47,12 @@ struct DuplicateGroup {
     /// The bytes that come free when one file is kept: files that are reached by several paths count once.
     [[nodiscard]] std::int64_t reclaimableBytes() const;
 
-    /// The bytes that came free if the entries for which `isGone` says so were removed: what other paths of
-    /// the group still lead to does not.
-    [[nodiscard]] std::int64_t freedBytes(const std::function<bool(const Entry&)>& isGone) const;
+    /// The bytes that came free if the entries that `isGone` marks, in their order, were removed: what other
+    /// paths of the group still lead to does not.
+    [[nodiscard]] std::int64_t freedBytes(const std::vector<bool>& isGone) const;
 
-    /// Drops the entries for which `isGone` says so, with their identities.
-    void removeEntries(const std::function<bool(const Entry&)>& isGone);
+    /// The group without the entries that `isGone` marks.
+    [[nodiscard]] DuplicateGroup without(const std::vector<bool>& isGone) const;
 
     friend bool operator==(const DuplicateGroup&, const DuplicateGroup&) = default;
 };

@@ -1,6 +1,7 @@
 #include "Analysis/DuplicateRemovalCheck.h"
 
 #include "FileSystem/FileAttributes.h"
+#include "Removal/TrashFolders.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -18,16 +19,22 @@ struct Seen {
     const Entry* entry = nullptr;
     FileIdentity identity; ///< as it was digested; `links` as it is now
     bool isVictim = false;
+    bool isTrashed = false; ///< no copy to count on: it goes when the trash is emptied
     Fate fate = Fate::same;
 
-    [[nodiscard]] bool isKept() const { return !isVictim && fate == Fate::same; }
+    [[nodiscard]] bool isKept() const { return !isVictim && !isTrashed && fate == Fate::same; }
 };
+
+bool isInTrash(const Entry& entry)
+{
+    return TrashFolders::contain(entry.url);
+}
 
 /// Renaming a file or removing a hard link of it moves its change time, so that one says nothing here: a file
 /// that came back from the trash is the same file.
-Seen lookAgain(const Entry& entry, const FileIdentity& known, bool isVictim)
+Seen lookAgain(const Entry& entry, const FileIdentity& known)
 {
-    Seen seen{&entry, known, isVictim};
+    Seen seen{&entry, known};
     const auto now = fileAttributes(entry.url);
     if (!now) {
         const int code = now.error().code;
@@ -88,11 +95,14 @@ void checkGroup(const DuplicateGroup& group, const std::unordered_set<FileUrl>& 
 {
     std::vector<Seen> seen;
     seen.reserve(group.entries.size());
+    const bool isAllTrashed = std::ranges::all_of(group.entries, isInTrash);
     for (std::size_t i = 0; i < group.entries.size(); ++i) {
         const Entry& entry = group.entries[i];
-        seen.push_back(lookAgain(entry, group.identities[i], victims.contains(entry.url)));
+        seen.push_back(lookAgain(entry, group.identities[i]));
+        seen.back().isVictim = victims.contains(entry.url);
+        seen.back().isTrashed = !isAllTrashed && isInTrash(entry);
     }
-    const bool losesAll = std::ranges::all_of(seen, &Seen::isVictim);
+    const bool losesAll = losesAllCopies(group, victims);
     verdict.groupsLosingAllCopies += losesAll ? 1U : 0U;
     for (const Seen& victim : seen) {
         if (!victim.isVictim) {
@@ -108,6 +118,18 @@ void checkGroup(const DuplicateGroup& group, const std::unordered_set<FileUrl>& 
 }
 
 } // namespace
+
+bool losesAllCopies(const DuplicateGroup& group, const std::unordered_set<FileUrl>& victims)
+{
+    const auto isVictim = [&victims](const Entry& entry) { return victims.contains(entry.url); };
+    const auto isLost = [&](const Entry& entry) { return isVictim(entry) || isInTrash(entry); };
+    const auto isLostOutsideOfTrash = [&](const Entry& entry) {
+        return isVictim(entry) && !isInTrash(entry);
+    };
+    return std::ranges::all_of(group.entries, isVictim) ||
+           (std::ranges::all_of(group.entries, isLost) &&
+            std::ranges::any_of(group.entries, isLostOutsideOfTrash));
+}
 
 Verdict check(std::span<const DuplicateGroup> groups, const std::unordered_set<FileUrl>& victims)
 {

@@ -26,16 +26,21 @@ struct Verdict {
     std::vector<FileUrl> fine;
     /// What must stay: it changed, or what would be left of it is not certain.
     std::vector<Refusal> refused;
-    /// Groups of which no copy is to be kept: worth a question of its own. Their files are fine as long as
-    /// they are unchanged.
+    /// Groups that lose all copies: worth a question of its own. Their files are fine as long as they are
+    /// unchanged.
     std::size_t groupsLosingAllCopies = 0;
 
     friend bool operator==(const Verdict&, const Verdict&) = default;
 };
 
+/// Whether no copy of the group would be left that can be counted on: all are victims, or what is kept lies
+/// in a trash while others do not. False for a group without victims.
+[[nodiscard]] bool losesAllCopies(const DuplicateGroup& group, const std::unordered_set<FileUrl>& victims);
+
 /// Looks again at every group that holds one of `victims`. A victim is fine when it is the very file that was
-/// digested, with the size and modification time of that moment, and when the group keeps a copy of which the
-/// same is true and which is another file. A location that is in no group is refused.
+/// digested, with the size and modification time of that moment, and when the group loses all copies or keeps
+/// one of which the same is true, which is another file and, where others are, outside of any trash. A
+/// location that is in no group is refused.
 [[nodiscard]] Verdict check(std::span<const DuplicateGroup> groups,
                             const std::unordered_set<FileUrl>& victims);
 

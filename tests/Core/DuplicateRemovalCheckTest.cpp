@@ -104,6 +104,23 @@ TEST(DuplicateRemovalCheck, AHardLinkIsNoCopyToRelyOn)
     EXPECT_THAT(check(tree, groups, {"a", "b"}).fine, ElementsAre(tree.url("a"), tree.url("b")));
 }
 
+TEST(DuplicateRemovalCheck, ACopyInATrashIsNoCopyToRelyOn)
+{
+    const TemporaryTree tree{file(".Trash-1000/files/a", "same"), file("b", "same"), file("c", "same"),
+                             file(".Trash/0/files/x", "pair"), file(".Trash/0/files/y", "pair")};
+    const auto groups = groupsIn(tree);
+    const auto one = check(tree, groups, {"b", ".Trash/0/files/y"});
+    EXPECT_THAT(one.fine, ElementsAre(tree.url("b"), tree.url(".Trash/0/files/y")));
+    EXPECT_EQ(one.groupsLosingAllCopies, 0U);
+
+    const auto all = check(tree, groups, {"b", "c"});
+    EXPECT_EQ(all.groupsLosingAllCopies, 1U);
+    EXPECT_THAT(all.fine, ElementsAre(tree.url("b"), tree.url("c")));
+
+    ASSERT_EQ(::truncate(tree.url("c").path().c_str(), 1), 0);
+    EXPECT_THAT(refusedIn(tree, check(tree, groups, {"b"})), ElementsAre("b"));
+}
+
 TEST(DuplicateRemovalCheck, AFileThatIsReachedByTwoRoutesIsNotRemovedThroughOneOfThem)
 {
     const TemporaryTree tree{file("real/a", "same"), folder("route"), file("c", "same")};

@@ -34,7 +34,8 @@ void DuplicateTableView::resizeEvent(QResizeEvent* event)
 {
     EntryRowsView::resizeEvent(event);
     const int check = Theme::margin + Theme::checkColumnWidth;
-    const int detail = Theme::sizeColumnIdeal + trailingMargin();
+    const bool isNarrow = viewport()->width() < Theme::narrowWidth;
+    const int detail = (isNarrow ? Theme::gainColumnMinimum : Theme::sizeColumnIdeal) + trailingMargin();
     setColumnWidth(DuplicateTableModel::checkColumn, check);
     setColumnWidth(DuplicateTableModel::detailColumn, detail);
     setColumnWidth(DuplicateTableModel::nameColumn,

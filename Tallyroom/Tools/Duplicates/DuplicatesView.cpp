@@ -135,8 +135,11 @@ ToolScreen::Caution DuplicatesView::caution(const std::vector<Entry>& entries) c
                 {}};
     }
     const QString groups = counted(lost, QStringLiteral("groupe"));
-    return {QStringLiteral("Toutes les copies de %1 sont cochées : il n’en restera aucune.").arg(groups),
-            QStringLiteral("Supprimer aussi la dernière copie de %1").arg(groups)};
+    return {
+        QStringLiteral("Dans %1, toutes les copies sont cochées (celles de la corbeille ne comptent pas) : "
+                       "il n’en restera aucune.")
+            .arg(groups),
+        QStringLiteral("Supprimer aussi la dernière copie de %1").arg(groups)};
 }
 
 void DuplicatesView::exportEntries()

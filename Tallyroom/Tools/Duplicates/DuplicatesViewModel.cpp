@@ -18,16 +18,29 @@ using FileRemover::RemovalResult;
 
 namespace {
 
-/// The groups without the files that are gone; what is left alone is a duplicate no more.
-std::vector<DuplicateGroup> without(const UrlSet& gone, std::vector<DuplicateGroup> groups)
+/// What removed files leave of the groups: what is left alone is a duplicate no more.
+struct Remainder {
+    std::vector<DuplicateGroup> groups;
+    std::int64_t freed = 0; ///< bytes
+};
+
+Remainder remainder(const std::vector<DuplicateGroup>& groups, const UrlSet& gone)
 {
-    if (!gone.empty()) {
-        for (DuplicateGroup& group : groups) {
-            group.removeEntries([&gone](const Entry& entry) { return gone.contains(entry.url); });
+    Remainder result;
+    std::vector<bool> isGone;
+    for (const DuplicateGroup& group : groups) {
+        isGone.clear();
+        std::ranges::transform(group.entries, std::back_inserter(isGone),
+                               [&gone](const Entry& entry) { return gone.contains(entry.url); });
+        const auto lost = std::ranges::count(isGone, true);
+        if (lost > 0) {
+            result.freed = checkedSum(result.freed, group.freedBytes(isGone));
         }
-        std::erase_if(groups, [](const DuplicateGroup& group) { return group.entries.size() < 2; });
+        if (lost + 2 <= std::ssize(group.entries)) {
+            result.groups.push_back(lost == 0 ? group : group.without(isGone));
+        }
     }
-    return groups;
+    return result;
 }
 
 /// Looks again at what is to be removed and at what is to be kept; runs where the files are removed.
@@ -93,7 +106,9 @@ void DuplicatesViewModel::receive(DuplicateProgress record)
     update.assign(m_hashing, hashing, &DuplicatesViewModel::progressChanged);
     update.assign(m_truncated, record.truncated, &DuplicatesViewModel::truncatedChanged);
     if (!record.groups.empty()) {
-        setGroups(update, without(m_search->removed, std::move(record.groups)));
+        const UrlSet& removed = m_search->removed;
+        setGroups(update,
+                  removed.empty() ? std::move(record.groups) : remainder(record.groups, removed).groups);
     }
 }
 
@@ -103,6 +118,10 @@ void DuplicatesViewModel::setGroups(PropertyUpdate& update, std::vector<Duplicat
         return;
     }
     m_groups = std::make_shared<const std::vector<DuplicateGroup>>(std::move(groups));
+    m_totalReclaimable = 0;
+    for (const DuplicateGroup& group : *m_groups) {
+        m_totalReclaimable = checkedSum(m_totalReclaimable, group.reclaimableBytes());
+    }
     filterGroups();
     update.announce(&DuplicatesViewModel::groupsChanged);
 }
@@ -149,20 +168,10 @@ std::int64_t DuplicatesViewModel::totalWasted() const
     return total;
 }
 
-std::int64_t DuplicatesViewModel::totalReclaimable() const
-{
-    std::int64_t total = 0;
-    for (const DuplicateGroup& group : groups()) {
-        total = checkedSum(total, group.reclaimableBytes());
-    }
-    return total;
-}
-
 std::size_t DuplicatesViewModel::groupsLosingAllCopies(const UrlSet& urls) const
 {
     return static_cast<std::size_t>(std::ranges::count_if(groups(), [&urls](const DuplicateGroup& group) {
-        return std::ranges::all_of(group.entries,
-                                   [&urls](const Entry& entry) { return urls.contains(entry.url); });
+        return DuplicateRemovalCheck::losesAllCopies(group, urls);
     }));
 }
 
@@ -224,13 +233,9 @@ void DuplicatesViewModel::finishDeletion(const RemovalResult& result, bool perma
                                          const std::weak_ptr<Search>& search)
 {
     const UrlSet gone{result.removed.begin(), result.removed.end()};
-    std::int64_t freed = 0;
-    for (const DuplicateGroup& group : groups()) {
-        const auto isGone = [&gone](const Entry& entry) { return gone.contains(entry.url); };
-        freed = checkedSum(freed, group.freedBytes(isGone));
-    }
+    Remainder left = remainder(groups(), gone);
     PropertyUpdate update{this};
-    report(update, removalMessage(result, freed, permanently), result);
+    report(update, removalMessage(result, left.freed, permanently), result);
     // Undoing puts groups back on screen: once another search has begun, that is over.
     if (!search.expired()) {
         m_undoSnapshot.reset();
@@ -243,7 +248,7 @@ void DuplicatesViewModel::finishDeletion(const RemovalResult& result, bool perma
         m_search->removed.insert(gone.begin(), gone.end());
     }
     if (!gone.empty()) {
-        setGroups(update, without(gone, groups()));
+        setGroups(update, std::move(left.groups));
     }
     if (rootURL()) {
         FileScanner::invalidateCache(*rootURL());
@@ -275,7 +280,7 @@ void DuplicatesViewModel::finishRestore(const RemovalResult& result, const UndoS
         std::ranges::transform(undone.trashed, std::inserter(missing, missing.end()),
                                &FileRemover::TrashedItem::original);
         std::ranges::for_each(result.removed, [&missing](const FileUrl& url) { missing.erase(url); });
-        setGroups(update, without(missing, *undone.groups));
+        setGroups(update, remainder(*undone.groups, missing).groups);
         m_undoSnapshot.reset();
         update.announce(&DuplicatesViewModel::undoableChanged);
     }

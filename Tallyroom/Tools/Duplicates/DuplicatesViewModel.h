@@ -54,9 +54,9 @@ public:
     [[nodiscard]] std::int64_t totalWasted() const;
 
     /// The bytes that come free when one copy of each group is kept.
-    [[nodiscard]] std::int64_t totalReclaimable() const;
+    [[nodiscard]] std::int64_t totalReclaimable() const { return m_totalReclaimable; }
 
-    /// How many groups would keep no copy if `urls` were removed.
+    /// How many groups would keep no copy, the trash aside, if `urls` were removed.
     [[nodiscard]] std::size_t groupsLosingAllCopies(const UrlSet& urls) const;
 
     /// Files visited by the scan.
@@ -123,6 +123,7 @@ private:
                        const std::weak_ptr<Search>& search);
 
     DuplicateGroups m_groups = std::make_shared<const std::vector<DuplicateGroup>>();
+    std::int64_t m_totalReclaimable = 0;
     std::vector<std::uint32_t> m_filtered;
     std::int64_t m_scanned = 0;
     std::optional<double> m_hashing; // 0 to 1, while contents are read
