@@ -48,6 +48,7 @@ ContentView::ContentView()
     restoreSize();
     std::ranges::for_each(ToolRegistry::all(), [this](const ToolDescriptor& tool) { watch(tool); });
     connect(m_sidebar, &Sidebar::selected, this, &ContentView::selectTool);
+    connect(&m_store.dashboard, &DashboardViewModel::explorationRequested, this, &ContentView::openFolder);
     selectTool(ToolRegistry::initial().id);
 }
 
