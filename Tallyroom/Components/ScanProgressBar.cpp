@@ -1,5 +1,6 @@
 #include "Components/ScanProgressBar.h"
 
+#include "Components/Capsule.h"
 #include "Components/Spinner.h"
 #include "Components/Theme.h"
 
@@ -18,9 +19,9 @@ namespace {
 constexpr int steps = 10'000;
 
 /// A progress bar drawn as one capsule on another.
-class Capsule : public QProgressBar {
+class CapsuleProgress : public QProgressBar {
 public:
-    explicit Capsule(QWidget* parent) : QProgressBar(parent)
+    explicit CapsuleProgress(QWidget* parent) : QProgressBar(parent)
     {
         setRange(0, steps);
         setTextVisible(false);
@@ -31,20 +32,9 @@ protected:
     void paintEvent(QPaintEvent* /*event*/) override
     {
         const Theme& theme = Theme::shared();
-        const QRectF track{rect()};
-        const double radius = track.height() / 2;
         QPainter painter{this};
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(theme.colour(Theme::Colour::line));
-        painter.drawRoundedRect(track, radius, radius);
-        const double filled = track.width() * value() / steps;
-        if (filled > 0) {
-            painter.setClipRect(QRectF{0, 0, filled, track.height()});
-            painter.setBrush(theme.colour(Theme::Colour::accent));
-            painter.drawRoundedRect(QRectF{0, 0, std::max(filled, track.height()), track.height()}, radius,
-                                    radius);
-        }
+        paintCapsule(painter, QRectF{rect()}, static_cast<double>(value()) / steps,
+                     theme.colour(Theme::Colour::line), theme.colour(Theme::Colour::accent));
     }
 };
 
@@ -58,7 +48,7 @@ QLabel* secondaryLabel(QWidget* parent)
 } // namespace
 
 ScanProgressBar::ScanProgressBar(QWidget* parent)
-    : QWidget(parent), m_bar(new Capsule{this}), m_spinner(new Spinner{Theme::iconSize, this}),
+    : QWidget(parent), m_bar(new CapsuleProgress{this}), m_spinner(new Spinner{Theme::iconSize, this}),
       m_counts(secondaryLabel(this)), m_percentage(secondaryLabel(this))
 {
     auto* const line = new QHBoxLayout;

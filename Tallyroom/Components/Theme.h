@@ -35,8 +35,8 @@ public:
     };
     /// How a button looks: `plain` has a line around it, `icon` is a plain square, `primary` is the one
     /// action of a screen, `prominent` the same where there is little else, `danger` deletes, `quiet` is bare
-    /// until the mouse is over it, `row` is a card that acts.
-    enum class Button { plain, icon, primary, prominent, danger, quiet, row };
+    /// until the mouse is over it, `row` is a row that acts, `card` a whole card that does.
+    enum class Button { plain, icon, primary, prominent, danger, quiet, row, card };
     enum class Text { body, strong, title, heading, section, secondary, small };
     /// The ground under a part of the window.
     enum class Surface { window, side, bar, card, banner, alert };
@@ -58,6 +58,14 @@ public:
     static constexpr int checkBoxSize = 16;
     static constexpr int barHeight = 14;
     static constexpr int progressHeight = 6;
+    static constexpr int volumeBarHeight = 10;
+    static constexpr int shareBarHeight = 22;
+    static constexpr int shareBarGap = 2;
+    static constexpr int shareBarLeast = 3; ///< of a part: below it nobody would see it
+    static constexpr int cardPadding = 16;
+    static constexpr int cardGap = 12;
+    static constexpr int cardMinimumWidth = 204;
+    static constexpr double mainCardShare = 1.45; ///< of a row, where the others have 1
     static constexpr int prominentHeight = 38;
     static constexpr int welcomeCircle = 84;
     static constexpr int welcomeIconSize = 36;

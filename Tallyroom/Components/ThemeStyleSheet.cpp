@@ -27,7 +27,7 @@ QLabel[tallyText="small"] { color: @secondary; font-size: @smallSize; }
 
 QPushButton, QToolButton {
     background: @control; color: @text; border: 1px solid @line; border-radius: @controlRadius;
-    min-height: @controlInner; padding: 0 12px;
+    min-height: @controlInner; padding: 0 12px; outline: none;
 }
 QPushButton:hover, QToolButton:hover { background: @hover; }
 QPushButton:pressed, QPushButton:checked, QToolButton:pressed, QToolButton:checked { background: @accentWash; }
@@ -54,6 +54,9 @@ QPushButton[tallyButton="danger"]:disabled { background: @control; color: @disab
 *[tallyButton="row"] { background: @card; border: 1px solid @line; border-radius: @controlRadius; text-align: left; }
 *[tallyButton="row"]:hover { background: @hover; }
 *[tallyButton="row"]:focus { border: 1px solid @accent; }
+*[tallyButton="card"] { background: @card; border: 1px solid @line; border-radius: @cardRadius; }
+*[tallyButton="card"]:hover { background: @hover; }
+*[tallyButton="card"]:focus { border: 2px solid @accent; }
 
 QLineEdit {
     background: @control; color: @text; border: 1px solid @line; border-radius: @controlRadius;

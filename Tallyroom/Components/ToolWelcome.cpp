@@ -1,6 +1,7 @@
 #include "Components/ToolWelcome.h"
 
-#include "Bridge/FileUrlText.h"
+#include "Components/LayoutNow.h"
+#include "Components/RecentFolderList.h"
 #include "Components/SymbolIcon.h"
 
 #include <QLabel>
@@ -14,58 +15,6 @@
 namespace tallyroom {
 
 namespace {
-
-/// A recent folder as a card that opens it: symbol, name, and its path in a quieter line.
-class RecentFolderButton : public QPushButton {
-public:
-    RecentFolderButton(const FileUrl& location, QWidget* parent)
-        : QPushButton(parent), m_name(FileUrlText::display(location.lastPathComponent())),
-          m_path(FileUrlText::display(location))
-    {
-        Theme::dress(this, Theme::Button::row);
-        setFixedHeight(Theme::tallRowHeight);
-        setToolTip(m_path.toHtmlEscaped());
-        setAccessibleName(m_name);
-        setAccessibleDescription(m_path);
-    }
-
-    [[nodiscard]] QSize sizeHint() const override { return {Theme::recentsWidth, Theme::tallRowHeight}; }
-
-    [[nodiscard]] QSize minimumSizeHint() const override { return {0, Theme::tallRowHeight}; }
-
-protected:
-    void paintEvent(QPaintEvent* event) override
-    {
-        QPushButton::paintEvent(event);
-        const Theme& theme = Theme::shared();
-        QPainter painter{this};
-        QRect line = rect().adjusted(Theme::gap + 2, 0, -Theme::gap - 2, 0);
-        SymbolIcon::paint(painter, {line.left(), 0, Theme::iconSize, height()}, "folder",
-                          theme.colour(Theme::Colour::accent));
-        line.adjust(Theme::iconSize + Theme::gap, 0, 0, 0);
-        const int nameHeight = QFontMetrics{theme.body()}.height();
-        const int pathHeight = QFontMetrics{theme.small()}.height();
-        line.setTop((height() - nameHeight - pathHeight) / 2);
-        line.setHeight(nameHeight);
-        drawLine(painter, line, m_name, theme.body(), Theme::Colour::text);
-        line.translate(0, nameHeight);
-        line.setHeight(pathHeight);
-        drawLine(painter, line, m_path, theme.small(), Theme::Colour::secondary);
-    }
-
-private:
-    static void drawLine(QPainter& painter, const QRect& line, const QString& text, const QFont& font,
-                         Theme::Colour colour)
-    {
-        painter.setFont(font);
-        painter.setPen(Theme::shared().colour(colour));
-        painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                         painter.fontMetrics().elidedText(text, Qt::ElideMiddle, line.width()));
-    }
-
-    QString m_name;
-    QString m_path;
-};
 
 QLabel* addCentredText(QVBoxLayout& column, const QString& text, Theme::Text look)
 {
@@ -81,7 +30,7 @@ QLabel* addCentredText(QVBoxLayout& column, const QString& text, Theme::Text loo
 } // namespace
 
 ToolWelcome::ToolWelcome(Content content, QWidget* parent)
-    : QScrollArea(parent), m_content(std::move(content))
+    : QScrollArea(parent), m_content(std::move(content)), m_recents(new RecentFolderList)
 {
     auto* const column = new QWidget;
     column->setMaximumWidth(Theme::recentsWidth);
@@ -91,7 +40,6 @@ ToolWelcome::ToolWelcome(Content content, QWidget* parent)
     addIntroduction(*lines);
     addHint(*lines);
     addAction(*lines);
-    m_recents = new QWidget;
     lines->addWidget(m_recents);
 
     auto* const page = new QWidget;
@@ -111,6 +59,7 @@ ToolWelcome::ToolWelcome(Content content, QWidget* parent)
     Theme::dress(this, Theme::Surface::window);
     setAccessibleName(m_content.title);
     connect(&Theme::shared(), &Theme::changed, this, &ToolWelcome::showSymbols);
+    connect(m_recents, &RecentFolderList::requested, this, &ToolWelcome::recentRequested);
     showSymbols();
     setRecents({});
 }
@@ -186,41 +135,8 @@ void ToolWelcome::showSymbols()
 
 void ToolWelcome::setRecents(const std::vector<FileUrl>& recents)
 {
-    // A button may be what asks for the new list: it goes once its click is over.
-    for (QWidget* const child : m_recents->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
-        child->hide();
-        child->deleteLater();
-    }
-    delete m_recents->layout();
-    m_recents->setVisible(!recents.empty());
-    if (!recents.empty()) {
-        addRecents(recents);
-    }
-    // At once: event by event the new heights would come up one level a frame, and the rows overlap
-    // meanwhile.
-    for (QWidget* part = m_recents; part != viewport(); part = part->parentWidget()) {
-        if (part->layout() != nullptr) {
-            part->layout()->invalidate();
-            part->layout()->activate();
-        }
-    }
-}
-
-void ToolWelcome::addRecents(const std::vector<FileUrl>& recents)
-{
-    auto* const rows = new QVBoxLayout{m_recents};
-    rows->setContentsMargins(0, 3 * Theme::gap, 0, 0);
-    rows->setSpacing(Theme::gap - 2);
-    auto* const title = new QLabel{QStringLiteral("Récents")};
-    Theme::dress(title, Theme::Text::section);
-    rows->addWidget(title);
-    for (std::size_t place = 0; place < std::min(recents.size(), shownRecents); ++place) {
-        const FileUrl& location = recents[place];
-        auto* const button = new RecentFolderButton{location, m_recents};
-        connect(button, &QPushButton::clicked, this,
-                [this, location] { Q_EMIT recentRequested(FileUrl{location}); });
-        rows->addWidget(button);
-    }
+    m_recents->setRecents(recents);
+    layOutNow(m_recents);
 }
 
 } // namespace tallyroom

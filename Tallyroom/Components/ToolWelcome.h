@@ -14,6 +14,8 @@ class QVBoxLayout;
 
 namespace tallyroom {
 
+class RecentFolderList;
+
 /// What a tool shows before a folder is chosen: what it does, the button that begins, the recent folders.
 /// Scrolls where the room is small. Main thread.
 class ToolWelcome : public QScrollArea {
@@ -30,8 +32,6 @@ public:
         QColor accent;
     };
 
-    static constexpr std::size_t shownRecents = 5;
-
     explicit ToolWelcome(Content content, QWidget* parent = nullptr);
 
     /// The most recent first; the first five are shown, the section is absent when there are none.
@@ -46,13 +46,12 @@ private:
     void addIntroduction(QVBoxLayout& column);
     void addHint(QVBoxLayout& column);
     void addAction(QVBoxLayout& column);
-    void addRecents(const std::vector<FileUrl>& recents);
     void showSymbols();
 
     Content m_content;
     QLabel* m_icon = nullptr;
     QLabel* m_hintIcon = nullptr;
-    QWidget* m_recents = nullptr;
+    RecentFolderList* m_recents;
 };
 
 } // namespace tallyroom

@@ -1,6 +1,7 @@
 #include "Shell/ContentView.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Components/Shortcut.h"
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
 #include "Settings/PersistedSettings.h"
@@ -8,7 +9,6 @@
 #include "Shell/ToolRegistry.h"
 #include "Tools/MessagePage.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -48,6 +48,7 @@ ContentView::ContentView()
     restoreSize();
     std::ranges::for_each(ToolRegistry::all(), [this](const ToolDescriptor& tool) { watch(tool); });
     connect(m_sidebar, &Sidebar::selected, this, &ContentView::selectTool);
+    connect(&m_store.dashboard, &DashboardViewModel::explorationRequested, this, &ContentView::openFolder);
     selectTool(ToolRegistry::initial().id);
 }
 
@@ -65,17 +66,11 @@ void ContentView::makeLayout()
 
 void ContentView::addShortcuts()
 {
-    const auto add = [this](const QKeySequence& keys, const std::function<void()>& act) {
-        auto* const action = new QAction(this);
-        action->setShortcut(keys);
-        connect(action, &QAction::triggered, this, act);
-        addAction(action);
-    };
-    add(Qt::CTRL | Qt::Key_Q, [this] { close(); });
+    addShortcut(this, Qt::CTRL | Qt::Key_Q, [this] { close(); });
     const auto& tools = ToolRegistry::all();
     for (std::size_t index = 0; index < tools.size(); ++index) {
-        add(QKeySequence{Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + static_cast<int>(index))},
-            [this, id = tools[index].id] { selectTool(id); });
+        addShortcut(this, Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + static_cast<int>(index)),
+                    [this, id = tools[index].id] { selectTool(id); });
     }
 }
 

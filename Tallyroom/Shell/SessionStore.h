@@ -2,6 +2,7 @@
 
 #include "Deletion/DeletionRunner.h"
 #include "Tools/BuildCaches/BuildCachesViewModel.h"
+#include "Tools/Dashboard/DashboardViewModel.h"
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 #include "Tools/GitRepos/GitReposViewModel.h"
@@ -16,6 +17,7 @@ struct SessionStore {
     // First in, last out: no view model may hear of a removal's end after its own.
     DeletionRunner deletions;
 
+    DashboardViewModel dashboard;
     FolderNavigatorViewModel diskUsage{deletions};
     NodeModulesViewModel nodeModules{deletions};
     LargeFilesViewModel largeFiles{deletions};

@@ -1,6 +1,7 @@
 #include "Shell/ToolRegistry.h"
 
 #include "Tools/BuildCaches/BuildCachesView.h"
+#include "Tools/Dashboard/DashboardView.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
 #include "Tools/Duplicates/DuplicatesView.h"
 #include "Tools/GitRepos/GitReposView.h"
@@ -26,6 +27,8 @@ ToolDescriptor describe(const QString& id, const QString& name, std::string icon
 const std::vector<ToolDescriptor>& ToolRegistry::all()
 {
     static const std::vector<ToolDescriptor> tools{
+        describe<DashboardView, &SessionStore::dashboard>(QStringLiteral("dashboard"),
+                                                          QStringLiteral("Tableau de bord"), "chart.pie"),
         describe<DiskUsageView, &SessionStore::diskUsage>(QStringLiteral("disk-usage"),
                                                           QStringLiteral("Espace disque"), "internaldrive"),
         describe<NodeModulesView, &SessionStore::nodeModules>(QStringLiteral("node-modules"),

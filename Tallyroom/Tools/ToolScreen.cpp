@@ -5,13 +5,13 @@
 #include "Components/ScanProgressBar.h"
 #include "Components/SearchField.h"
 #include "Components/SelectionBar.h"
+#include "Components/Shortcut.h"
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolPages.h"
 #include "Tools/ToolTitle.h"
 
-#include <QAction>
 #include <QClipboard>
 #include <QEvent>
 #include <QGuiApplication>
@@ -133,11 +133,7 @@ void ToolScreen::connectWidgets()
 
 void ToolScreen::addShortcut(const QKeySequence& keys, const std::function<void()>& act)
 {
-    // A hidden screen's shortcuts are asleep, and a text field takes the keys it edits with first.
-    auto* const action = new QAction(this);
-    action->setShortcut(keys);
-    connect(action, &QAction::triggered, this, act);
-    addAction(action);
+    tallyroom::addShortcut(this, keys, act);
 }
 
 void ToolScreen::addShortcuts()

@@ -17,7 +17,7 @@ void ToolTitle::setFolder(const QString& folder)
 {
     m_folder = folder;
     setToolTip(folder);
-    setAccessibleName(m_title + QStringLiteral(" · ") + folder);
+    setAccessibleName(folder.isEmpty() ? m_title : m_title + QStringLiteral(" · ") + folder);
     updateGeometry();
     update();
 }

@@ -12,6 +12,7 @@ class ToolTitle : public QWidget {
 public:
     explicit ToolTitle(QString title, QWidget* parent = nullptr);
 
+    /// An empty text for none.
     void setFolder(const QString& folder);
 
     [[nodiscard]] QSize sizeHint() const override;

@@ -116,12 +116,6 @@ FileUrl homeOf(const VolumeSources& sources)
     return answers->waitUntil(0, Clock::now() + homeLimit).answers.front().value_or(std::move(home));
 }
 
-/// Internal ones first, then the larger ones.
-bool comesBefore(const VolumeUsage& left, const VolumeUsage& right)
-{
-    return left.isInternal != right.isInternal ? left.isInternal : left.totalBytes > right.totalBytes;
-}
-
 /// One look at all volumes, or at the main one alone.
 class Survey {
 public:
@@ -161,7 +155,7 @@ public:
                 report.volumes.push_back(*usage);
             }
         }
-        std::ranges::stable_sort(report.volumes, comesBefore);
+        std::ranges::stable_sort(report.volumes, &VolumeUsage::isListedBefore);
         if (m_main) {
             report.mainVolume = look.answers[*m_main];
         }

@@ -21,4 +21,9 @@ double VolumeUsage::usedFraction() const
     return totalBytes < 1 ? 0 : static_cast<double>(usedBytes()) / static_cast<double>(totalBytes);
 }
 
+bool VolumeUsage::isListedBefore(const VolumeUsage& other) const
+{
+    return isInternal != other.isInternal ? isInternal : totalBytes > other.totalBytes;
+}
+
 } // namespace tallyroom

@@ -22,6 +22,9 @@ struct VolumeUsage {
     /// used / total; 0 when the total is below 1.
     [[nodiscard]] double usedFraction() const;
 
+    /// The order of lists: internal volumes first, then the larger ones.
+    [[nodiscard]] bool isListedBefore(const VolumeUsage& other) const;
+
     friend bool operator==(const VolumeUsage&, const VolumeUsage&) = default;
 };
 

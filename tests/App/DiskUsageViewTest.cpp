@@ -1,6 +1,7 @@
 #include "Tools/DiskUsage/DiskUsageView.h"
 
 #include "App/NavigatorScene.h"
+#include "App/ScreenWords.h"
 #include "Components/EntryTable.h"
 #include "Components/SearchField.h"
 #include "Components/SelectionBar.h"
@@ -47,26 +48,9 @@ protected:
         QTest::keyClick(view.focusWidget(), key, modifiers);
     }
 
-    [[nodiscard]] QStringList texts() const
-    {
-        QStringList all;
-        for (const QLabel* const label : view.findChildren<QLabel*>()) {
-            if (label->isVisible()) {
-                all << label->text();
-            }
-        }
-        return all;
-    }
+    [[nodiscard]] QStringList texts() const { return visibleTexts(view); }
 
-    [[nodiscard]] QAbstractButton* button(const QString& text) const
-    {
-        for (QAbstractButton* const one : view.findChildren<QAbstractButton*>()) {
-            if (one->isVisible() && (one->text() == text || one->accessibleName() == text)) {
-                return one;
-            }
-        }
-        return nullptr;
-    }
+    [[nodiscard]] QAbstractButton* button(const QString& text) const { return visibleButton(view, text); }
 
     [[nodiscard]] DeleteConfirmation* dialog() const { return view.findChild<DeleteConfirmation*>(); }
 

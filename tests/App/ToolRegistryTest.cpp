@@ -48,7 +48,7 @@ TEST(ToolRegistry, ToolsStandInTheGivenOrderUnderTheirNames)
 TEST(ContentView, StartsOnTheFirstToolAndShowsAPlaceholderWithoutOne)
 {
     ContentView window;
-    EXPECT_EQ(window.selectedToolID(), ToolRegistry::initial().id);
+    EXPECT_EQ(window.selectedToolID(), QStringLiteral("dashboard"));
     window.selectTool({});
     QStringList texts;
     for (const QLabel* const label : window.findChildren<QLabel*>()) {
@@ -62,9 +62,11 @@ TEST(ContentView, StartsOnTheFirstToolAndShowsAPlaceholderWithoutOne)
 TEST(ContentView, GoingToAnotherToolAndBackKeepsTheScreen)
 {
     ContentView window;
+    window.selectTool(QStringLiteral("disk-usage"));
     auto* const screen = window.findChild<DiskUsageView*>();
     window.selectTool({});
     window.findChild<QListWidget*>()->setCurrentRow(0);
+    EXPECT_EQ(window.selectedToolID(), QStringLiteral("dashboard"));
     window.selectTool(QStringLiteral("disk-usage"));
     EXPECT_EQ(window.findChildren<DiskUsageView*>(), QList{screen});
 }
@@ -74,14 +76,18 @@ TEST(ContentView, ASpinnerTurnsBesideAToolWhileItScans)
     Theme::shared().apply();
     ContentView window;
     window.show();
-    FolderNavigatorViewModel& navigator = window.store().diskUsage;
-    const auto* const spinner = window.findChild<QListWidget*>()->findChild<Spinner*>();
-    EXPECT_FALSE(spinner->isVisible());
-    navigator.open(FileUrl{"/nowhere"});
-    EXPECT_TRUE(spinner->isVisible());
-    EXPECT_FALSE(spinner->visibleRegion().isEmpty());
-    ASSERT_TRUE(waitUntil(&navigator, &FolderTool::stateChanged, [&] { return !navigator.isScanning(); }));
-    EXPECT_FALSE(spinner->isVisible());
+    const auto spinners = window.findChild<QListWidget*>()->findChildren<Spinner*>();
+    const std::vector<FolderTool*> tools{&window.store().dashboard, &window.store().diskUsage};
+    for (std::size_t row = 0; row < tools.size(); ++row) {
+        const Spinner* const spinner = spinners[static_cast<qsizetype>(row)];
+        FolderTool* const tool = tools[row];
+        EXPECT_FALSE(spinner->isVisible());
+        tool->handleImport(std::vector{FileUrl{"/nowhere"}});
+        EXPECT_TRUE(spinner->isVisible());
+        EXPECT_FALSE(spinner->visibleRegion().isEmpty());
+        ASSERT_TRUE(waitUntil(tool, &FolderTool::stateChanged, [&] { return !tool->isScanning(); }));
+        EXPECT_FALSE(spinner->isVisible());
+    }
 }
 
 TEST(TallyroomApp, ReadsItsArgumentsAsBytes)

@@ -2,10 +2,7 @@
 
 #include "Bridge/FileUrlText.h"
 #include "Text/SizeFormatter.h"
-
-#include <QLocale>
-
-#include <cmath>
+#include "Tools/NumberText.h"
 
 namespace tallyroom::TreemapText {
 
@@ -16,22 +13,17 @@ QString formatted(std::int64_t bytes)
     return QString::fromStdString(SizeFormatter::string(bytes));
 }
 
-/// "12,3 %" of `share` within [0, 1].
-QString percentage(double share)
+QString shareOf(double share)
 {
-    const QString separator = QString::fromStdString(SizeFormatter::decimalSeparator());
-    const auto thousandths = std::lround(share * 1000);
-    if (thousandths == 0) {
-        return QStringLiteral("moins de 0%1%2 %").arg(separator).arg(1);
-    }
-    return QStringLiteral("%1%2%3 %").arg(thousandths / 10).arg(separator).arg(thousandths % 10);
+    const QString percentage = NumberText::percentage(share);
+    return percentage.isEmpty() ? QStringLiteral("moins de ") + NumberText::percentage(0.001) : percentage;
 }
 
 QString tooSmall(std::size_t count)
 {
     return count == 1 ? QStringLiteral("1 élément trop petit pour être dessiné")
                       : QStringLiteral("%1 éléments trop petits pour être dessinés")
-                            .arg(QLocale{QLocale::French}.toString(static_cast<qulonglong>(count)));
+                            .arg(NumberText::grouped(static_cast<std::int64_t>(count)));
 }
 
 QString hint(const QString& title, const QString& detail)
@@ -49,7 +41,7 @@ QString name(const Entry& entry)
 QString toolTip(const TreemapScene& scene, std::size_t tile)
 {
     const Entry& entry = scene.entry(tile);
-    const QString share = percentage(scene.share(tile));
+    const QString share = shareOf(scene.share(tile));
     return hint(FileUrlText::display(entry.name), formatted(entry.sizeBytes) + QStringLiteral(" · ") + share);
 }
 

@@ -1,0 +1,249 @@
+#include "Tools/Dashboard/BreakdownPanel.h"
+
+#include "Components/LayoutNow.h"
+#include "Components/RecentFolderList.h"
+#include "Components/Spinner.h"
+#include "Components/SymbolIcon.h"
+#include "Components/Theme.h"
+#include "Settings/RecentFolders.h"
+#include "Tools/Dashboard/DashboardViewModel.h"
+#include "Tools/Dashboard/KindBar.h"
+#include "Tools/Dashboard/KindRow.h"
+#include "Tools/Dashboard/KindText.h"
+#include "Tools/NumberText.h"
+#include "Tools/ToolTitle.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <chrono>
+
+namespace tallyroom {
+
+namespace {
+
+using Phase = AnalysisState::Phase;
+
+constexpr std::chrono::milliseconds patience{150};
+
+QLabel* plainLabel(Theme::Text look)
+{
+    auto* const label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    Theme::dress(label, look);
+    return label;
+}
+
+} // namespace
+
+BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
+    : QWidget(parent), m_dashboard(dashboard), m_title(new ToolTitle(QStringLiteral("Répartition par type"))),
+      m_error(new QWidget), m_errorSymbol(new QLabel), m_errorText(plainLabel(Theme::Text::body)),
+      m_progress(new QWidget), m_scanned(plainLabel(Theme::Text::secondary)), m_kinds(new QWidget),
+      m_bar(new KindBar), m_total(plainLabel(Theme::Text::secondary)), m_rows(new QVBoxLayout),
+      m_message(plainLabel(Theme::Text::secondary)), m_recentsPlace(new QWidget),
+      m_recents(new RecentFolderList)
+{
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patience);
+    makeLayout();
+    connect(&m_patience, &QTimer::timeout, this, &BreakdownPanel::showParts);
+    connect(&m_dashboard, &DashboardViewModel::stateChanged, this, &BreakdownPanel::showState);
+    connect(&m_dashboard, &DashboardViewModel::analysisScannedChanged, this, &BreakdownPanel::showProgress);
+    connect(&m_dashboard, &DashboardViewModel::analyzedFolderChanged, this, &BreakdownPanel::showState);
+    connect(&RecentFolders::shared(), &RecentFolders::urlsChanged, this, &BreakdownPanel::showRecents);
+    connect(m_recents, &RecentFolderList::requested, &m_dashboard,
+            [this](const FileUrl& url) { m_dashboard.handleImport(Desktop::choiceOf(url)); });
+    connect(&Theme::shared(), &Theme::changed, this, &BreakdownPanel::showErrorSymbol);
+    showErrorSymbol();
+    showProgress();
+    showState();
+}
+
+void BreakdownPanel::makeLayout()
+{
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins({});
+    column->setSpacing(Theme::gap);
+    column->addWidget(makeHeader());
+    column->addWidget(makeCard());
+}
+
+QWidget* BreakdownPanel::makeHeader()
+{
+    auto* const header = new QWidget;
+    auto* const choose = new QPushButton(QStringLiteral("Choisir un dossier…"));
+    choose->setIcon(SymbolIcon::icon("folder"));
+    Theme::dress(choose, Theme::Button::plain);
+    connect(choose, &QPushButton::clicked, this, &BreakdownPanel::folderRequested);
+    auto* const row = new QHBoxLayout(header);
+    row->setContentsMargins({});
+    row->setSpacing(Theme::gap);
+    row->addWidget(m_title, 1);
+    row->addWidget(choose);
+    return header;
+}
+
+QWidget* BreakdownPanel::makeCard()
+{
+    auto* const card = new QWidget;
+    Theme::dress(card, Theme::Surface::card);
+    m_message->setAlignment(Qt::AlignCenter);
+    m_message->setWordWrap(true);
+    m_message->setMinimumHeight(Theme::tallRowHeight);
+    auto* const column = new QVBoxLayout(card);
+    column->setContentsMargins(Theme::cardPadding, Theme::cardPadding, Theme::cardPadding,
+                               Theme::cardPadding);
+    column->setSpacing(Theme::gap);
+    column->addWidget(makeError());
+    column->addWidget(makeProgress());
+    column->addWidget(makeKinds());
+    column->addWidget(m_message);
+    column->addWidget(makeRecents());
+    return card;
+}
+
+QWidget* BreakdownPanel::makeRecents()
+{
+    m_recents->setMaximumWidth(Theme::recentsWidth);
+    auto* const row = new QHBoxLayout(m_recentsPlace);
+    row->setContentsMargins({});
+    row->addStretch(1);
+    row->addWidget(m_recents, 1000); // as wide as it may be, what is left goes to both sides
+    row->addStretch(1);
+    return m_recentsPlace;
+}
+
+QWidget* BreakdownPanel::makeError()
+{
+    m_errorText->setWordWrap(true);
+    auto* const row = new QHBoxLayout(m_error);
+    row->setContentsMargins({});
+    row->setSpacing(Theme::gap);
+    row->addWidget(m_errorSymbol, 0, Qt::AlignTop);
+    row->addWidget(m_errorText, 1);
+    return m_error;
+}
+
+QWidget* BreakdownPanel::makeProgress()
+{
+    auto* const stop = new QPushButton(QStringLiteral("Arrêter"));
+    stop->setIcon(SymbolIcon::icon("stop.fill"));
+    Theme::dress(stop, Theme::Button::plain);
+    connect(stop, &QPushButton::clicked, &m_dashboard, &DashboardViewModel::cancelAnalysis);
+    auto* const row = new QHBoxLayout(m_progress);
+    row->setContentsMargins({});
+    row->setSpacing(Theme::gap);
+    row->addWidget(new Spinner(Theme::iconSize));
+    row->addWidget(m_scanned, 1);
+    row->addWidget(stop);
+    return m_progress;
+}
+
+QWidget* BreakdownPanel::makeKinds()
+{
+    m_rows->setSpacing(0);
+    auto* const column = new QVBoxLayout(m_kinds);
+    column->setContentsMargins({});
+    column->setSpacing(Theme::gap);
+    column->addWidget(m_bar);
+    column->addWidget(m_total);
+    column->addLayout(m_rows);
+    return m_kinds;
+}
+
+void BreakdownPanel::showState()
+{
+    if (m_dashboard.isScanning()) {
+        // What is on screen stays a moment, in case the new breakdown comes at once.
+        m_patience.start();
+        return;
+    }
+    m_patience.stop();
+    showParts();
+}
+
+void BreakdownPanel::showParts()
+{
+    const AnalysisState& state = m_dashboard.analysisState();
+    const bool isScanning = state.phase == Phase::scanning;
+    m_title->setFolder(hasFolder() ? m_dashboard.analyzedFolder() : QString{});
+    m_error->setVisible(state.phase == Phase::error);
+    m_errorText->setText(state.message);
+    m_progress->setVisible(isScanning);
+    showKinds();
+    m_message->setText(message());
+    m_message->setVisible(!m_message->text().isEmpty());
+    showRecents();
+}
+
+void BreakdownPanel::showProgress()
+{
+    m_scanned->setText(QStringLiteral("Analyse… ") + NumberText::files(m_dashboard.analysisScanned()));
+}
+
+void BreakdownPanel::showKinds()
+{
+    while (QLayoutItem* const item = m_rows->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+    const std::optional<FolderSummary>& summary = m_dashboard.summary();
+    m_kinds->setVisible(summary && !summary->categories.empty());
+    if (!summary) {
+        return;
+    }
+    m_total->setText(KindText::total(*summary));
+    std::vector<KindShare> kinds;
+    for (const CategorySize& category : summary->categories) {
+        kinds.push_back({category, m_dashboard.fraction(category)});
+    }
+    m_bar->setKinds(kinds);
+    for (const KindShare& kind : kinds) {
+        m_rows->addWidget(new KindRow(
+            {.kind = kind, .largest = kinds.front().category.totalBytes, .isLast = &kind == &kinds.back()}));
+    }
+}
+
+void BreakdownPanel::showRecents()
+{
+    const std::vector<FileUrl>& recents = RecentFolders::shared().urls();
+    m_recents->setRecents(recents);
+    m_recentsPlace->setVisible(!hasFolder() && !recents.empty());
+    layOutNow(m_recents);
+}
+
+/// Whether there is something to be said of a folder.
+bool BreakdownPanel::hasFolder() const
+{
+    return m_dashboard.summary() || m_dashboard.isScanning() ||
+           m_dashboard.analysisState().phase == Phase::loaded;
+}
+
+void BreakdownPanel::showErrorSymbol()
+{
+    m_errorSymbol->setPixmap(SymbolIcon::pixmap("exclamationmark.triangle",
+                                                Theme::shared().colour(Theme::Colour::danger),
+                                                Theme::iconSize, devicePixelRatioF()));
+}
+
+/// The words that stand where there are no kinds to show.
+QString BreakdownPanel::message() const
+{
+    const bool hasKinds = m_dashboard.summary() && !m_dashboard.summary()->categories.empty();
+    switch (m_dashboard.analysisState().phase) {
+    case Phase::none:
+        return QStringLiteral("Choisissez un dossier : Tallyroom compte la place que prend chaque type de "
+                              "fichiers.\nRien n’est modifié pendant l’analyse.");
+    case Phase::loaded:
+        return hasKinds ? QString{} : QStringLiteral("Aucun fichier dans ce dossier.");
+    case Phase::scanning:
+    case Phase::error:
+        break;
+    }
+    return {};
+}
+
+} // namespace tallyroom

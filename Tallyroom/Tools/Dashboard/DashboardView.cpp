@@ -1,0 +1,153 @@
+#include "Tools/Dashboard/DashboardView.h"
+
+#include "Components/LayoutNow.h"
+#include "Components/Shortcut.h"
+#include "Components/SymbolIcon.h"
+#include "Components/Theme.h"
+#include "Tools/Dashboard/BreakdownPanel.h"
+#include "Tools/Dashboard/DashboardViewModel.h"
+#include "Tools/Dashboard/VolumeCard.h"
+#include "Tools/Dashboard/VolumeGrid.h"
+#include "Tools/Dashboard/VolumeText.h"
+#include "Tools/ToolTitle.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <chrono>
+#include <utility>
+
+namespace tallyroom {
+
+namespace {
+
+constexpr std::chrono::milliseconds patience{500};
+
+} // namespace
+
+DashboardView::DashboardView(DashboardViewModel& dashboard, QWidget* parent)
+    : QScrollArea(parent), m_dashboard(dashboard), m_reload(new QPushButton(QStringLiteral("Recharger"))),
+      m_volumes(new VolumeGrid), m_noVolume(new QLabel), m_unanswered(new QLabel)
+{
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patience);
+    makeLayout();
+    addShortcuts();
+    connect(&m_patience, &QTimer::timeout, this, &DashboardView::showNotices);
+    connect(&m_dashboard, &DashboardViewModel::volumesChanged, this, &DashboardView::showVolumes);
+    connect(&m_dashboard, &DashboardViewModel::mainVolumeChanged, this, &DashboardView::showVolumes);
+    connect(&m_dashboard, &DashboardViewModel::unansweredVolumesChanged, this, &DashboardView::showNotices);
+    connect(&m_dashboard, &DashboardViewModel::isRefreshingChanged, this, &DashboardView::showReading);
+    connect(m_reload, &QPushButton::clicked, &m_dashboard, &DashboardViewModel::refresh);
+    connect(m_volumes, &VolumeGrid::chosen, &m_dashboard, &DashboardViewModel::explore);
+    showVolumes();
+    showReading();
+}
+
+void DashboardView::makeLayout()
+{
+    auto* const breakdown = new BreakdownPanel(m_dashboard);
+    connect(breakdown, &BreakdownPanel::folderRequested, this, &DashboardView::chooseFolder);
+    auto* const page = new QWidget;
+    auto* const column = new QVBoxLayout(page);
+    column->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::margin);
+    column->setSpacing(Theme::cardGap);
+    column->addWidget(makeHeader());
+    column->addWidget(makeVolumes());
+    column->addSpacing(Theme::gap);
+    column->addWidget(breakdown);
+    column->addStretch(1);
+    Theme::dress(page, Theme::Surface::window);
+    setWidgetResizable(true);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::NoFocus); // its parts take the keys, and hand on those that scroll
+    setWidget(page);
+}
+
+QWidget* DashboardView::makeHeader()
+{
+    m_reload->setIcon(SymbolIcon::icon("arrow.clockwise"));
+    m_reload->setToolTip(QStringLiteral("Recharger l'espace disque (instantané)"));
+    Theme::dress(m_reload, Theme::Button::plain);
+    auto* const header = new QWidget;
+    auto* const row = new QHBoxLayout(header);
+    row->setContentsMargins({});
+    row->setSpacing(Theme::gap);
+    row->addWidget(new ToolTitle(QStringLiteral("Tableau de bord")), 1);
+    row->addWidget(m_reload);
+    return header;
+}
+
+QWidget* DashboardView::makeVolumes()
+{
+    Theme::dress(m_noVolume, Theme::Surface::card);
+    Theme::dress(m_noVolume, Theme::Text::secondary);
+    Theme::dress(m_unanswered, Theme::Text::secondary);
+    m_noVolume->setAlignment(Qt::AlignCenter);
+    // As high as the card that takes its place.
+    const auto measure = [this] { m_noVolume->setFixedHeight(VolumeCard::cardHeight()); };
+    connect(&Theme::shared(), &Theme::changed, m_noVolume, measure);
+    measure();
+    auto* const volumes = new QWidget;
+    auto* const column = new QVBoxLayout(volumes);
+    column->setContentsMargins({});
+    column->setSpacing(Theme::gap);
+    column->addWidget(m_volumes);
+    column->addWidget(m_noVolume);
+    column->addWidget(m_unanswered);
+    return volumes;
+}
+
+void DashboardView::addShortcuts()
+{
+    addShortcut(this, Qt::CTRL | Qt::Key_O, [this] { chooseFolder(); });
+    addShortcut(this, Qt::Key_F5, [this] { m_dashboard.refresh(); });
+    addShortcut(this, Qt::Key_Escape, [this] { m_dashboard.cancelAnalysis(); });
+}
+
+void DashboardView::chooseFolder()
+{
+    Desktop::chooseFolder(
+        this, m_dashboard.analyzedURL(),
+        [&dashboard = m_dashboard](const FolderChoice& choice) { dashboard.handleImport(choice); });
+}
+
+void DashboardView::showVolumes()
+{
+    m_volumes->setVolumes(m_dashboard.volumes(), m_dashboard.mainVolume());
+    QWidget* last = m_reload;
+    for (VolumeCard* const card : m_volumes->cards()) {
+        setTabOrder(std::exchange(last, card), card);
+    }
+    showNotices();
+}
+
+void DashboardView::showReading()
+{
+    if (m_dashboard.isRefreshing()) {
+        m_patience.start();
+    } else {
+        m_patience.stop();
+    }
+    showNotices();
+}
+
+/// What is said of volumes that are not there.
+void DashboardView::showNotices()
+{
+    const bool isReading = m_dashboard.isRefreshing();
+    const bool isQuiet = m_patience.isActive();
+    const bool hasVolumes = !m_volumes->cards().empty();
+    m_volumes->setVisible(hasVolumes);
+    m_noVolume->setVisible(!hasVolumes);
+    const QString reading = isQuiet ? QString{} : QStringLiteral("Lecture des volumes…");
+    m_noVolume->setText(isReading ? reading : QStringLiteral("Aucun volume n’a pu être lu."));
+    const QString unanswered = VolumeText::unanswered(m_dashboard.unansweredVolumes(), isReading);
+    m_unanswered->setText(unanswered);
+    m_unanswered->setVisible(!unanswered.isEmpty() && !isQuiet);
+    layOutNow(m_volumes);
+}
+
+} // namespace tallyroom

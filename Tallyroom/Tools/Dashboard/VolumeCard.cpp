@@ -1,0 +1,176 @@
+#include "Tools/Dashboard/VolumeCard.h"
+
+#include "Bridge/FileUrlText.h"
+#include "Components/Capsule.h"
+#include "Components/SymbolIcon.h"
+#include "Components/Theme.h"
+#include "Tools/Dashboard/VolumeText.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace tallyroom {
+
+namespace {
+
+const QString mainLabel = QStringLiteral("Volume principal");
+
+/// Writes words one after the other on one line, each in its own ink, and cuts short what has no room.
+class LineOfText {
+public:
+    LineOfText(QPainter& painter, const QRect& line) : m_painter(painter), m_room(line) {}
+
+    void write(const QString& text, const QFont& font, Theme::Colour ink,
+               Qt::TextElideMode elision = Qt::ElideRight)
+    {
+        m_painter.setFont(font);
+        m_painter.setPen(Theme::shared().colour(ink));
+        const QFontMetrics metrics{font};
+        // The first words, which are never the smaller ones, give all of them their baseline.
+        m_baseline = m_baseline.value_or(m_room.bottom() - metrics.descent());
+        const QString fitting = metrics.elidedText(text, elision, m_room.width());
+        m_painter.drawText(m_room.left(), *m_baseline, fitting);
+        m_room.setLeft(m_room.left() + metrics.horizontalAdvance(fitting));
+    }
+
+private:
+    QPainter& m_painter;
+    QRect m_room;
+    std::optional<int> m_baseline;
+};
+
+int widthOf(const QString& text, const QFont& font)
+{
+    return QFontMetrics{font}.horizontalAdvance(text);
+}
+
+int heightOf(const QFont& font)
+{
+    return QFontMetrics{font}.height();
+}
+
+} // namespace
+
+VolumeCard::VolumeCard(QWidget* parent) : QPushButton(parent)
+{
+    Theme::dress(this, Theme::Button::card);
+    setAutoDefault(true); // Enter presses it as Space does
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void VolumeCard::setUsage(const VolumeUsage& usage, bool isMain)
+{
+    m_usage = usage;
+    m_isMain = isMain;
+    setAccessibleName(VolumeText::name(usage));
+    setAccessibleDescription(VolumeText::description(usage, isMain));
+    setToolTip(VolumeText::toolTip(usage));
+    update();
+}
+
+int VolumeCard::cardHeight()
+{
+    const Theme& theme = Theme::shared();
+    const int mainLines = heightOf(theme.strong()) + Theme::gap + heightOf(theme.heading());
+    const int otherLines =
+        heightOf(theme.strong()) + heightOf(theme.small()) + Theme::gap + heightOf(theme.title());
+    return 2 * Theme::cardPadding + std::max(mainLines, otherLines) + Theme::gap + Theme::volumeBarHeight +
+           Theme::gap + heightOf(theme.body());
+}
+
+QSize VolumeCard::sizeHint() const
+{
+    return minimumSizeHint();
+}
+
+QSize VolumeCard::minimumSizeHint() const
+{
+    return {Theme::cardMinimumWidth, cardHeight()};
+}
+
+void VolumeCard::paintEvent(QPaintEvent* event)
+{
+    QPushButton::paintEvent(event);
+    const Theme& theme = Theme::shared();
+    QPainter painter{this};
+    QRect room =
+        rect().adjusted(Theme::cardPadding, Theme::cardPadding, -Theme::cardPadding, -Theme::cardPadding);
+    paintNames(painter, room);
+    // From the bottom up, so that the bars of all cards of a row are on one level.
+    const int footnote = heightOf(theme.body());
+    paintFootnote(painter, room.adjusted(0, room.height() - footnote, 0, 0));
+    room.adjust(0, 0, 0, -footnote - Theme::gap);
+    const auto ink = VolumeText::isNearlyFull(m_usage) ? Theme::Colour::danger : Theme::Colour::accent;
+    paintCapsule(painter, room.adjusted(0, room.height() - Theme::volumeBarHeight, 0, 0),
+                 m_usage.usedFraction(), theme.colour(Theme::Colour::line), theme.colour(ink));
+    paintFigures(painter, room.adjusted(0, 0, 0, -Theme::volumeBarHeight - Theme::gap));
+}
+
+void VolumeCard::paintNames(QPainter& painter, const QRect& room) const
+{
+    const Theme& theme = Theme::shared();
+    const auto ink = m_isMain ? Theme::Colour::accent : Theme::Colour::secondary;
+    QRect line{room.left(), room.top(), room.width(), heightOf(theme.strong())};
+    SymbolIcon::paint(painter, {line.left(), line.top(), Theme::iconSize, line.height()},
+                      m_usage.isInternal ? "internaldrive" : "externaldrive", theme.colour(ink));
+    line.adjust(Theme::iconSize + Theme::gap, 0, 0, 0);
+    const QString name = FileUrlText::display(m_usage.name);
+    const QString place = FileUrlText::display(m_usage.url);
+    if (!m_isMain) {
+        LineOfText{painter, line}.write(name, theme.strong(), Theme::Colour::text, Qt::ElideMiddle);
+        line.translate(0, line.height());
+        line.setHeight(heightOf(theme.small()));
+        LineOfText{painter, line}.write(place, theme.small(), Theme::Colour::secondary, Qt::ElideMiddle);
+        return;
+    }
+    const int labelWidth = widthOf(mainLabel, theme.body());
+    LineOfText label{painter, line.adjusted(std::max(line.width() - labelWidth, 0), 0, 0, 0)};
+    label.write(mainLabel, theme.body(), Theme::Colour::secondary);
+    LineOfText names{painter, line.adjusted(0, 0, -labelWidth - Theme::gap, 0)};
+    names.write(name + QStringLiteral("  "), theme.strong(), Theme::Colour::text, Qt::ElideMiddle);
+    names.write(place, theme.body(), Theme::Colour::secondary, Qt::ElideMiddle);
+}
+
+void VolumeCard::paintFigures(QPainter& painter, const QRect& line) const
+{
+    const Theme& theme = Theme::shared();
+    const QString used = VolumeText::size(m_usage.usedBytes());
+    const QString total = QStringLiteral(" sur ") + VolumeText::size(m_usage.totalBytes);
+    const QString words = QStringLiteral(" utilisés") + total;
+    const QFont figure = m_isMain ? theme.heading() : theme.title();
+    const bool fits = widthOf(used, figure) + widthOf(words, theme.body()) <= line.width();
+    LineOfText text{painter, line};
+    text.write(used, figure, Theme::Colour::text);
+    text.write(m_isMain && fits ? words : total, theme.body(), Theme::Colour::secondary);
+}
+
+void VolumeCard::paintFootnote(QPainter& painter, const QRect& line) const
+{
+    const Theme& theme = Theme::shared();
+    const bool isNearlyFull = VolumeText::isNearlyFull(m_usage);
+    const QString available = VolumeText::size(m_usage.availableBytes);
+    const QString fill = VolumeText::fill(m_usage);
+    const QString separator = QStringLiteral(" · ");
+
+    struct Wording {
+        QString words;
+        QFont font;
+    };
+
+    // The fullest that has room; the accessible name says it all anyway.
+    const std::array wordings{Wording{available + QStringLiteral(" disponibles") + separator, theme.body()},
+                              Wording{available + QStringLiteral(" libres") + separator, theme.body()},
+                              Wording{available + QStringLiteral(" libres") + separator, theme.small()}};
+    const auto* const fitting = std::ranges::find_if(wordings, [&](const Wording& wording) {
+        return widthOf(wording.words + fill, wording.font) <= line.width();
+    });
+    const Wording& wording = fitting == wordings.end() ? wordings.back() : *fitting;
+    LineOfText text{painter, line};
+    text.write(wording.words, wording.font, Theme::Colour::secondary);
+    text.write(fill, wording.font, isNearlyFull ? Theme::Colour::danger : Theme::Colour::secondary);
+}
+
+} // namespace tallyroom
