@@ -4,9 +4,10 @@
 declare -A tallyroom_packages=(
     [build]="g++ cmake ninja-build pkg-config libssl-dev libmount-dev libudev-dev libcli11-dev nlohmann-json3-dev"
     [app]="qt6-base-dev qt6-svg-dev"
-    [window]="qt6-wayland"
+    [window]="qt6-wayland qt6-translations-l10n"
     [test]="libgtest-dev libgmock-dev"
-    [ci]="ccache clang-format clang-tidy-16 shellcheck libbenchmark-dev desktop-file-utils appstream"
+    [package]="librsvg2-bin dpkg-dev file lintian mmdebstrap desktop-file-utils appstream xvfb xdotool"
+    [ci]="ccache clang-format clang-tidy-16 shellcheck libbenchmark-dev"
     [bench]="libbenchmark-dev python3 gdu fd-find rdfind jdupes fdupes rmlint"
 )
 
