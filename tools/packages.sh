@@ -4,9 +4,11 @@
 declare -A tallyroom_packages=(
     [build]="g++ cmake ninja-build pkg-config libssl-dev libmount-dev libudev-dev libcli11-dev nlohmann-json3-dev"
     [app]="qt6-base-dev qt6-svg-dev"
-    [window]="qt6-wayland"
-    [test]="libgtest-dev libgmock-dev"
-    [ci]="ccache clang-format clang-tidy-16 shellcheck libbenchmark-dev desktop-file-utils appstream"
+    [window]="qt6-wayland qt6-translations-l10n"
+    [test]="libgtest-dev libgmock-dev xvfb xdotool dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi"
+    [package]="librsvg2-bin dpkg-dev file lintian mmdebstrap desktop-file-utils appstream xvfb xdotool"
+    [fuzz]="clang-16 libclang-rt-16-dev"
+    [ci]="ccache clang-format clang-tidy-16 shellcheck libbenchmark-dev"
     [bench]="libbenchmark-dev python3 gdu fd-find rdfind jdupes fdupes rmlint"
 )
 
