@@ -90,16 +90,29 @@ void EntryRowsView::keyPressEvent(QKeyEvent* event)
         }
     } else if (row >= 0 && event->matches(QKeySequence::Copy)) {
         Q_EMIT rowCopyRequested(row);
-    } else if (row >= 0 && event->key() == Qt::Key_Space) {
-        toggle(row, event->modifiers());
-    } else if (row >= 0 && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
-        Q_EMIT rowActivated(row);
+    } else if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Return ||
+               event->key() == Qt::Key_Enter) {
+        if (row < 0) {
+            goToFirstOnScreen(); // rows came after the focus: the first key only says where one is
+        } else if (event->key() == Qt::Key_Space) {
+            toggle(row, event->modifiers());
+        } else {
+            Q_EMIT rowActivated(row);
+        }
     } else {
         const int previous = currentRow();
         QTableView::keyPressEvent(event);
         if (currentRow() != previous) {
             viewport()->update();
         }
+    }
+}
+
+void EntryRowsView::goToFirstOnScreen()
+{
+    if (m_rows.rowCount({}) > 0) {
+        goTo(std::max(rowAt(0), 0));
+        viewport()->update();
     }
 }
 

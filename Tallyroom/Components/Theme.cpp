@@ -253,8 +253,8 @@ QFont Theme::small() const
 
 void Theme::dress(QAbstractButton* button, Button look)
 {
-    static constexpr std::array names{"plain",  "icon",  "primary", "prominent",
-                                      "danger", "quiet", "row",     "card"};
+    static constexpr std::array names{"plain", "icon", "primary", "prominent", "danger",
+                                      "quiet", "row",  "card",    "chip"};
     setLook(button, "tallyButton", QString::fromLatin1(names.at(static_cast<std::size_t>(look))));
     // Styles leave too little air between icon and text: the icon brings its own.
     button->setIconSize({button->text().isEmpty() ? iconSize : iconSize + gap / 2, iconSize});

@@ -35,8 +35,9 @@ public:
     };
     /// How a button looks: `plain` has a line around it, `icon` is a plain square, `primary` is the one
     /// action of a screen, `prominent` the same where there is little else, `danger` deletes, `quiet` is bare
-    /// until the mouse is over it, `row` is a row that acts, `card` a whole card that does.
-    enum class Button { plain, icon, primary, prominent, danger, quiet, row, card };
+    /// until the mouse is over it, `row` is a row that acts, `card` a whole card that does, `chip` is a small
+    /// one of several to choose from.
+    enum class Button { plain, icon, primary, prominent, danger, quiet, row, card, chip };
     enum class Text { body, strong, title, heading, section, secondary, small };
     /// The ground under a part of the window.
     enum class Surface { window, side, bar, card, banner, alert };
@@ -50,6 +51,7 @@ public:
     static constexpr int headerHeight = 28;
     static constexpr int controlHeight = 32;
     static constexpr int controlRadius = 7;
+    static constexpr int chipHeight = 26;
     static constexpr int cardRadius = 12;
     static constexpr int badgeRadius = 4;
     static constexpr int iconSize = 18;

@@ -58,6 +58,8 @@ QPushButton[tallyButton="danger"]:disabled { background: @control; color: @disab
 *[tallyButton="card"]:hover { background: @hover; }
 *[tallyButton="card"]:focus { border: 2px solid @accent; }
 
+*[tallyButton="chip"] { min-height: @chipInner; border-radius: @chipRadius; padding: 0 10px; }
+
 QLineEdit {
     background: @control; color: @text; border: 1px solid @line; border-radius: @controlRadius;
     min-height: @controlInner; padding: 0 6px; selection-background-color: @accentFill; selection-color: @onAccent;
@@ -119,6 +121,8 @@ QString themeStyleSheet(const Theme& theme)
         {QStringLiteral("@prominentInner"), pixels(Theme::prominentHeight - 2)},
         {QStringLiteral("@controlRadius"), pixels(Theme::controlRadius)},
         {QStringLiteral("@controlInner"), pixels(Theme::controlHeight - 2)},
+        {QStringLiteral("@chipInner"), pixels(Theme::chipHeight - 2)},
+        {QStringLiteral("@chipRadius"), pixels(Theme::chipHeight / 2)},
         {QStringLiteral("@accentHover"), wash(accentFill, 0.88)},
         {QStringLiteral("@dangerHover"), wash(danger, (Theme::washOpacity + 0.06) * strength)},
         {QStringLiteral("@badgeRadius"), pixels(Theme::badgeRadius)},

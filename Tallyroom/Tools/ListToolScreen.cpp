@@ -4,6 +4,7 @@
 #include "Text/CSVExport.h"
 #include "Text/SizeFormatter.h"
 #include "Tools/ExportFlow.h"
+#include "Tools/ToolHeader.h"
 
 namespace tallyroom {
 
@@ -34,6 +35,17 @@ ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& sty
     connect(&tool, &ListToolViewModel::scanCompletedChanged, this, [this] { showProgress(); });
     connect(&tool, &ListToolViewModel::scanTotalChanged, this, [this] { showProgress(); });
     connect(&tool, &ListToolViewModel::isDiscoveringChanged, this, [this] { showProgress(); });
+    connect(&tool, &ListToolViewModel::categoryChanged, this, [this] { showFilter(); });
+    if (!style.categories.empty()) {
+        addChips(style.categories);
+    }
+}
+
+void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
+{
+    m_chips = new CategoryChips(chips);
+    header().addRow(m_chips);
+    connect(m_chips, &CategoryChips::chosen, &m_list, &ListToolViewModel::setCategory);
 }
 
 QString ListToolScreen::summary() const
@@ -45,12 +57,18 @@ QString ListToolScreen::summary() const
 void ListToolScreen::showEntries()
 {
     m_table->setEntries(m_list.entries());
+    if (m_chips != nullptr) {
+        m_chips->showCounts(m_list.categoryCounts());
+    }
     ToolScreen::showEntries();
 }
 
 void ListToolScreen::showFilter()
 {
     m_table->setFilter(m_list.filter());
+    if (m_chips != nullptr) {
+        m_chips->showChoice(m_list.category());
+    }
     ToolScreen::showFilter();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Components/CategoryChips.h"
 #include "Components/EntryTableStyle.h"
 #include "Tools/ListToolViewModel.h"
 #include "Tools/ToolScreen.h"
@@ -11,6 +12,8 @@ class EntryTable;
 /// What a list tool's screen says of itself and of its rows.
 struct ListToolStyle : ToolScreenStyle {
     EntryTableStyle table;
+    /// The categories that the list can be narrowed down to, for tools that know some.
+    std::vector<CategoryChips::Chip> categories{};
 };
 
 /// The screen of a tool that lists entries in a table. Main thread.
@@ -31,10 +34,12 @@ protected:
     void showFilter() override;
 
 private:
+    void addChips(const std::vector<CategoryChips::Chip>& chips);
     ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table, QWidget* parent);
 
     ListToolViewModel& m_list;
     EntryTable* m_table;
+    CategoryChips* m_chips = nullptr; // where the tool knows categories
 };
 
 } // namespace tallyroom

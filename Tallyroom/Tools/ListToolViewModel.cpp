@@ -11,18 +11,49 @@ namespace tallyroom {
 using FileRemover::RemovalResult;
 
 ListToolViewModel::ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning,
-                                     DeletionRunner& deletions)
-    : ScanToolViewModel(deletions), m_filterSubject(filterSubject), m_beginning(beginning)
+                                     DeletionRunner& deletions, CategoryOf categoryOf)
+    : ScanToolViewModel(deletions), m_filterSubject(filterSubject), m_beginning(beginning),
+      m_categoryOf(std::move(categoryOf))
 {}
 
 std::function<bool(const Entry&)> ListToolViewModel::filter() const
 {
-    if (searchText().isEmpty()) {
+    if (!isFiltering()) {
         return {};
     }
-    return [text = TextFilter{searchText()}, subject = m_filterSubject](const Entry& entry) {
-        return text.matches(subject == FilterSubject::name ? entry.name : entry.url.path());
+    return [text = TextFilter{searchText()}, subject = m_filterSubject, category = m_category,
+            categoryOf = m_categoryOf](const Entry& entry) {
+        return (!category || categoryOf(entry) == *category) &&
+               text.matches(subject == FilterSubject::name ? entry.name : entry.url.path());
     };
+}
+
+void ListToolViewModel::setCategory(const std::optional<std::string>& category)
+{
+    if (m_categoryOf && assignIfChanged(m_category, category)) {
+        Q_EMIT categoryChanged();
+    }
+}
+
+CategoryCounts ListToolViewModel::categoryCounts() const
+{
+    return m_categoryOf ? countCategories(m_entries, m_categoryOf) : CategoryCounts{};
+}
+
+bool ListToolViewModel::isFiltering() const
+{
+    return m_category.has_value() || ScanToolViewModel::isFiltering();
+}
+
+void ListToolViewModel::clearFilter()
+{
+    setCategory(std::nullopt);
+    ScanToolViewModel::clearFilter();
+}
+
+void ListToolViewModel::rootChosen(PropertyUpdate& update)
+{
+    update.assign(m_category, std::nullopt, &ListToolViewModel::categoryChanged);
 }
 
 EntryList ListToolViewModel::filteredEntries() const

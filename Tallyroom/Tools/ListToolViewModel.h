@@ -1,11 +1,13 @@
 #pragma once
 
 #include "Bridge/StreamPump.h"
+#include "Model/Category.h"
 #include "Scanning/FileScanner.h"
 #include "Tools/ScanToolViewModel.h"
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace tallyroom {
 
@@ -39,11 +41,22 @@ public:
 
     [[nodiscard]] bool canUndo() const override { return m_undoable.has_value(); }
 
-    /// Whether an entry contains the search text; empty while there is none. A copy of what it needs: it may
-    /// be called on any thread.
+    /// The category that the list is narrowed down to; none: all are shown. Forgotten with the root.
+    [[nodiscard]] const std::optional<std::string>& category() const { return m_category; }
+
+    void setCategory(const std::optional<std::string>& category);
+
+    /// How many `entries` there are of each category; none where the tool knows no categories.
+    [[nodiscard]] CategoryCounts categoryCounts() const;
+
+    [[nodiscard]] bool isFiltering() const override;
+    void clearFilter() override;
+
+    /// Whether an entry contains the search text and is of the category; empty while there is neither. A copy
+    /// of what it needs: it may be called on any thread.
     [[nodiscard]] std::function<bool(const Entry&)> filter() const;
 
-    /// `entries` that contain the search text, in the same order. Linear in the list.
+    /// `entries` that the filter lets through, in the same order. Linear in the list.
     [[nodiscard]] EntryList filteredEntries() const;
 
     /// The bytes of all `entries`, also of those that the filter hides. Linear in the list.
@@ -75,16 +88,19 @@ Q_SIGNALS:
     void scanCompletedChanged();
     void scanTotalChanged();
     void isDiscoveringChanged();
+    void categoryChanged();
 
 protected:
-    /// `deletions` must outlive the view model.
-    ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning, DeletionRunner& deletions);
+    /// `deletions` must outlive the view model; `categoryOf` is for tools that know categories.
+    ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning, DeletionRunner& deletions,
+                      CategoryOf categoryOf = {});
 
     /// Starts the scan that fills the list; called with a root folder set and no scan running.
     [[nodiscard]] virtual FileScanner::ScanStream startStream() = 0;
 
     void startScan(PropertyUpdate& update) override;
     void dropScan(PropertyUpdate& update) override;
+    void rootChosen(PropertyUpdate& update) override;
 
     /// Items of `folder`'s list were deleted or put back on the disk.
     virtual void changedOnDisk(const FileUrl& folder) { FileScanner::invalidateCache(folder); }
@@ -112,6 +128,8 @@ private:
 
     FilterSubject m_filterSubject;
     ScanBeginning m_beginning;
+    CategoryOf m_categoryOf;
+    std::optional<std::string> m_category;
     EntryList m_entries;
     std::int64_t m_scanCompleted = 0;
     std::int64_t m_scanTotal = 0;

@@ -73,6 +73,12 @@ public:
 
     void setSearchText(const QString& text);
 
+    /// Whether some of what was found may be hidden.
+    [[nodiscard]] virtual bool isFiltering() const { return !m_searchText.isEmpty(); }
+
+    /// Shows everything again.
+    virtual void clearFilter() { setSearchText({}); }
+
     void handleImport(const FolderChoice& choice) override;
 
     [[nodiscard]] bool isScanning() const override { return m_state.phase == ToolState::Phase::scanning; }

@@ -86,6 +86,12 @@ void ToolHeader::addAction(QWidget* action)
     m_actions->setContentsMargins(0, Theme::gap / 2, 0, Theme::gap / 2);
 }
 
+void ToolHeader::addRow(QWidget* row)
+{
+    row->setContentsMargins(0, Theme::gap / 2, 0, Theme::gap / 2);
+    layout()->addWidget(row);
+}
+
 void ToolHeader::showNotice(const QString& notice)
 {
     m_notice->setText(notice);

@@ -32,6 +32,9 @@ public:
     /// A button that acts on the list, below the line that sums it up.
     void addAction(QWidget* action);
 
+    /// The same for something that takes a row of its own.
+    void addRow(QWidget* row);
+
     [[nodiscard]] SearchField& searchField() { return *m_search; }
 
     void showScanning(bool isScanning);

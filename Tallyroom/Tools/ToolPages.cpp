@@ -33,7 +33,7 @@ void ToolPages::makeMessages(const QString& emptyMessage)
     m_empty->setText({}, emptyMessage);
     m_noMatch->setText({}, QStringLiteral("Aucun élément ne correspond au filtre."));
     const auto* const clear = m_noMatch->addAction(QStringLiteral("Effacer le filtre"));
-    connect(clear, &QPushButton::clicked, &m_tool, [this] { m_tool.setSearchText({}); });
+    connect(clear, &QPushButton::clicked, &m_tool, [this] { m_tool.clearFilter(); });
     const auto* const choose = m_error->addAction(QStringLiteral("Choisir un dossier…"));
     connect(choose, &QPushButton::clicked, this, &ToolPages::folderRequested);
     const auto* const back = m_error->addAction(QStringLiteral("Revenir"));

@@ -189,7 +189,7 @@ bool ToolScreen::hasList() const
 
 void ToolScreen::showPage()
 {
-    const bool hidesEverything = !m_tool.searchText().isEmpty() && !m_rows->hasRows();
+    const bool hidesEverything = m_tool.isFiltering() && !m_rows->hasRows();
     m_header->setVisible(hasList());
     m_selectionBar->setVisible(hasList());
     m_pages->showPage(m_patience.isActive(), hidesEverything);
@@ -369,7 +369,7 @@ void ToolScreen::stopOrClearFilter()
     if (m_tool.isScanning()) {
         m_tool.cancelScan();
     } else {
-        m_tool.setSearchText({});
+        m_tool.clearFilter();
     }
 }
 

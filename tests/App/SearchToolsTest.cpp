@@ -1,4 +1,5 @@
 #include "App/EventWait.h"
+#include "Components/CategoryChips.h"
 #include "Components/EntryTable.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Settings/PersistedSettings.h"
@@ -6,13 +7,15 @@
 #include "Tools/AgeText.h"
 #include "Tools/BuildCaches/BuildCachesViewModel.h"
 #include "Tools/GitRepos/GitReposView.h"
-#include "Tools/LargeFiles/LargeFilesViewModel.h"
+#include "Tools/LargeFiles/LargeFilesView.h"
 #include "Tools/NodeModules/NodeModulesView.h"
 
+#include <QAbstractItemView>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -128,6 +131,41 @@ TEST_F(SearchToolsTest, EcosystemsAreLoadedWithWhatIsKnownAndAllWhenNothingIs)
     EXPECT_EQ(tool.state(), ToolState::loaded());
     EXPECT_TRUE(tool.entries().empty());
     EXPECT_EQ(BuildCachesViewModel{m_deletions}.enabledEcosystems(), all) << "an empty list loads as all";
+}
+
+TEST_F(SearchToolsTest, AChipNarrowsTheListDownAndWhatIsHiddenIsNotDeleted)
+{
+    const TemporaryTree tree{file("film.mp4", 90'000), file("Album/a.jpg", 50'000), file("b.jpg", 40'000)};
+    LargeFilesViewModel tool{m_deletions};
+    LargeFilesView view{tool};
+    view.resize(900, 600);
+    view.show();
+    scan(tool, tree.url());
+    const auto chip = [&view](const QString& text) {
+        const auto buttons = view.findChild<CategoryChips*>()->findChildren<QPushButton*>();
+        const auto found = std::ranges::find(buttons, text, &QPushButton::text);
+        return found == buttons.end() ? nullptr : *found;
+    };
+    const auto* const table = view.findChild<EntryTable*>();
+    ASSERT_NE(chip(QStringLiteral("Images · 2")), nullptr);
+    EXPECT_FALSE(chip(QStringLiteral("Audio · 0"))->isVisible());
+    table->findChild<QAbstractItemView*>()->setFocus();
+    view.setSelection({tree.url("film.mp4"), tree.url("b.jpg")});
+
+    chip(QStringLiteral("Images · 2"))->click();
+    EXPECT_EQ(table->visibleCount(), 2U);
+    EXPECT_EQ(view.selectedEntries().size(), 1U);
+    tool.setSearchText(QStringLiteral("ALBUM"));
+    EXPECT_THAT(paths(tree, tool.filteredEntries()), ElementsAre("Album/a.jpg"));
+    tool.setSearchText({});
+
+    // The last of its kind goes: the chip stays to be let go of.
+    tool.deleteSelected({tree.url("Album/a.jpg"), tree.url("b.jpg")}, true);
+    ASSERT_TRUE(waitUntil(&tool, &ScanToolViewModel::removalChanged, [&tool] { return !tool.removal(); }));
+    ASSERT_TRUE(chip(QStringLiteral("Images · 0"))->isVisible());
+    chip(QStringLiteral("Images · 0"))->click();
+    EXPECT_EQ(table->visibleCount(), 1U);
+    EXPECT_FALSE(tool.isFiltering());
 }
 
 TEST_F(SearchToolsTest, AHistoryGoesWithAWarningAndComesBackInItsPlace)

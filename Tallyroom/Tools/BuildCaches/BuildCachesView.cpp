@@ -42,6 +42,10 @@ ListToolStyle screenStyle()
                                        return ecosystem ? nameOf(*ecosystem) : QString{};
                                    },
                                    orderOf});
+    for (const Ecosystem ecosystem : Ecosystem::all) {
+        style.categories.push_back(
+            {std::string{ecosystem.rawValue()}, nameOf(ecosystem), std::string{ecosystem.symbolName()}});
+    }
     return style;
 }
 

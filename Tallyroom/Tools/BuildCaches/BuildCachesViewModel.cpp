@@ -21,10 +21,16 @@ std::set<Ecosystem> loadEcosystems()
                               : ecosystems;
 }
 
+std::string_view ecosystemOf(const Entry& entry)
+{
+    const auto ecosystem = Ecosystem::first(entry.name);
+    return ecosystem ? ecosystem->rawValue() : std::string_view{};
+}
+
 } // namespace
 
 BuildCachesViewModel::BuildCachesViewModel(DeletionRunner& deletions)
-    : ListToolViewModel(FilterSubject::path, ScanBeginning::discovering, deletions),
+    : ListToolViewModel(FilterSubject::path, ScanBeginning::discovering, deletions, ecosystemOf),
       m_enabled(loadEcosystems())
 {}
 

@@ -1,5 +1,6 @@
 #include "Tools/LargeFiles/LargeFilesView.h"
 
+#include "Components/FileKindPresentation.h"
 #include "Components/OptionMenu.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolStyles.h"
@@ -16,6 +17,12 @@ ListToolStyle screenStyle()
                        "n’importe quelle profondeur."));
     style.emptyMessage = QStringLiteral("Aucun fichier dans ce dossier.");
     style.table.firstColumnTitle = QStringLiteral("Fichier");
+    for (const FileKind kind : FileKind::all) {
+        if (kind != FileKind::folder) {
+            style.categories.push_back(
+                {std::string{kind.rawValue()}, displayName(kind), std::string{kind.symbolName()}});
+        }
+    }
     return style;
 }
 

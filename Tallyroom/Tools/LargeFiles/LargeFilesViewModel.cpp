@@ -1,11 +1,13 @@
 #include "Tools/LargeFiles/LargeFilesViewModel.h"
 
+#include "Model/FileKind.h"
 #include "Settings/PersistedSettings.h"
 
 namespace tallyroom {
 
 LargeFilesViewModel::LargeFilesViewModel(DeletionRunner& deletions)
-    : ListToolViewModel(FilterSubject::path, ScanBeginning::discovering, deletions),
+    : ListToolViewModel(FilterSubject::path, ScanBeginning::discovering, deletions,
+                        [](const Entry& entry) { return FileKind::of(entry).rawValue(); }),
       m_limit(Settings::largeFilesLimit())
 {}
 
