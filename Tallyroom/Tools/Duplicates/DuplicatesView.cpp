@@ -114,6 +114,9 @@ void DuplicatesView::showTruncation()
 
 QString DuplicatesView::summary() const
 {
+    if (m_duplicates.isScanning() && m_duplicates.groups().empty()) {
+        return {}; // groups are known at the end only
+    }
     const std::int64_t wasted = m_duplicates.totalWasted();
     const std::int64_t reclaimable = m_duplicates.totalReclaimable();
     QString text = counted(m_duplicates.groups().size(), QStringLiteral("groupe")) + QStringLiteral(" · ") +
