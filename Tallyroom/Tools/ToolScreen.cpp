@@ -29,9 +29,10 @@ constexpr std::chrono::milliseconds patience{150};
 
 } // namespace
 
-ToolScreen::ToolScreen(ScanToolViewModel& tool, ToolScreenStyle style, EntryRows* rows, QWidget* parent)
-    : QWidget(parent), m_tool(tool), m_style(std::move(style)),
-      m_header(new ToolHeader(m_style.searchPlaceholder)), m_title(new ToolTitle(m_style.title)),
+ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, EntryRows* rows,
+                       QWidget* parent)
+    : QWidget(parent), m_tool(tool), m_style(style), m_header(new ToolHeader(m_style.searchPlaceholder)),
+      m_title(new ToolTitle(m_style.title)),
       m_pages(new ToolPages(tool, m_style.welcome, m_style.emptyMessage)), m_rows(rows),
       m_progress(new ScanProgressBar), m_footer(new QWidget), m_banner(new StatusBanner),
       m_selectionBar(new SelectionBar)

@@ -60,7 +60,7 @@ protected:
     using Caution = DeleteConfirmation::Caution;
 
     /// `tool` must outlive the screen, which takes `rows` over.
-    ToolScreen(ScanToolViewModel& tool, ToolScreenStyle style, EntryRows* rows, QWidget* parent);
+    ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, EntryRows* rows, QWidget* parent);
 
     [[nodiscard]] ToolHeader& header() const { return *m_header; }
 

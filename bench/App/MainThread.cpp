@@ -7,8 +7,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <pthread.h>
-#include <time.h>
 
 namespace tallyroom {
 

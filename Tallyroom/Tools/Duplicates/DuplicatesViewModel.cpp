@@ -14,7 +14,6 @@
 namespace tallyroom {
 
 using DuplicateFinder::DuplicateProgress;
-using FileRemover::RemovalResult;
 
 namespace {
 
