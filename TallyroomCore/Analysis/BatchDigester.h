@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Analysis/DigestStage.h"
 #include "Analysis/StableFile.h"
 #include "FileSystem/Digest.h"
 
@@ -13,12 +14,6 @@
 #include <vector>
 
 namespace tallyroom {
-
-/// Which bytes of a file a digest covers.
-struct FileSpan {
-    std::int64_t offset = 0;
-    std::int64_t length = 0;
-};
 
 /// Digests a few files of one size that may well be identical. Bytes that are equal have equal digests, and
 /// comparing is many times cheaper than digesting: only what differs is digested by itself. One thread at a

@@ -1,6 +1,7 @@
 #include "Analysis/DigestStages.h"
 
 #include "Analysis/BatchDigester.h"
+#include "Analysis/DigestStage.h"
 #include "Concurrency/ParallelMap.h"
 
 #include <algorithm>
@@ -16,62 +17,7 @@ namespace tallyroom::DigestStages {
 
 namespace {
 
-enum class Stage : unsigned char { head, tail, whole };
-
-FileSpan spanOf(Stage stage, std::int64_t size)
-{
-    switch (stage) {
-    case Stage::head:
-        return {0, std::min(size, spanLength)};
-    case Stage::tail:
-        return {std::max<std::int64_t>(size - spanLength, 0), std::min(size, spanLength)};
-    case Stage::whole:
-        return {0, size};
-    }
-    return {};
-}
-
-/// True when the digests up to this stage have covered every byte.
-bool isSettled(Stage stage, std::int64_t size)
-{
-    switch (stage) {
-    case Stage::head:
-        return size <= spanLength;
-    case Stage::tail:
-        return size <= 2 * spanLength;
-    case Stage::whole:
-        return true;
-    }
-    return true;
-}
-
-std::string_view idPrefix(Stage stage)
-{
-    switch (stage) {
-    case Stage::head:
-        return "head:";
-    case Stage::tail:
-        return "headtail:";
-    case Stage::whole:
-        return "full:";
-    }
-    return {};
-}
-
-/// What a file may still cost from a stage on.
-std::int64_t costFrom(Stage stage, std::int64_t size)
-{
-    std::int64_t bytes = 0;
-    for (const Stage each : {Stage::head, Stage::tail, Stage::whole}) {
-        if (each >= stage) {
-            bytes = checkedSum(bytes, spanOf(each, size).length);
-        }
-        if (isSettled(each, size)) {
-            break;
-        }
-    }
-    return bytes;
-}
+using Stage = DigestStage;
 
 /// One file on the disk, with all the paths that lead to it: it is read once.
 struct Content {
@@ -173,8 +119,8 @@ private:
     {
         std::int64_t bytes = 0;
         for (const Suspects& set : suspects) {
-            bytes = checkedSum(bytes, checkedProduct(costFrom(stage, set.size),
-                                                     static_cast<std::int64_t>(set.contents.size())));
+            bytes = saturatedSum(bytes, saturatedProduct(costFrom(stage, set.size),
+                                                         static_cast<std::int64_t>(set.contents.size())));
         }
         return bytes;
     }
@@ -255,8 +201,8 @@ private:
         return std::accumulate(suspects.begin(), suspects.end(), std::int64_t{0},
                                [stage](std::int64_t bytes, const Suspects& set) {
                                    const auto files = static_cast<std::int64_t>(set.contents.size());
-                                   return checkedSum(bytes,
-                                                     checkedProduct(spanOf(stage, set.size).length, files));
+                                   const std::int64_t length = spanOf(stage, set.size).length;
+                                   return saturatedSum(bytes, saturatedProduct(length, files));
                                });
     }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Analysis/CandidateWalk.h"
+#include "Analysis/DigestStage.h"
 #include "Analysis/DuplicateGroup.h"
 
 #include <cstdint>
@@ -13,9 +14,6 @@ namespace tallyroom {
 /// The second half of the search for duplicates: candidates of one size are told apart by digests of their
 /// first 64 KiB, their last 64 KiB, and all of their bytes, each only where the one before did not settle it.
 namespace DigestStages {
-
-/// What the first two stages read of a file at most.
-inline constexpr std::int64_t spanLength = 64L * 1024;
 
 /// How far the digesting has come, in bytes. A file that drops out counts as done with all that it might
 /// have cost, so `done` never falls and ends at `total`.

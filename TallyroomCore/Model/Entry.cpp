@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 
 namespace tallyroom {
 
@@ -31,6 +32,18 @@ std::int64_t checkedProduct(std::int64_t left, std::int64_t right)
         endForOverflow();
     }
     return product;
+}
+
+std::int64_t saturatedSum(std::int64_t left, std::int64_t right) noexcept
+{
+    std::int64_t sum = 0;
+    return __builtin_add_overflow(left, right, &sum) ? std::numeric_limits<std::int64_t>::max() : sum;
+}
+
+std::int64_t saturatedProduct(std::int64_t left, std::int64_t right) noexcept
+{
+    std::int64_t product = 0;
+    return __builtin_mul_overflow(left, right, &product) ? std::numeric_limits<std::int64_t>::max() : product;
 }
 
 } // namespace tallyroom

@@ -186,6 +186,25 @@ TEST(DuplicateFinder, SparseFilesDeepFoldersAndLongPathsAreCompared)
     EXPECT_THAT(names(tree, groups[1]), ElementsAre("a", levels + "/bottom", deep + "/bottom"));
 }
 
+TEST(DuplicateFinder, FilesOfExbibytesDoNotEndTheProcess)
+{
+    TemporaryTree tree{folder("volume")};
+    const auto volume = TemporaryMount::memory(tree.path("volume"));
+    if (!volume.isMounted()) {
+        GTEST_SKIP() << volume.refusal();
+    }
+    constexpr std::int64_t exbibyte = 1'048'576_MiB * 1'048'576;
+    tree.add({sparseFile("volume/a", 7 * exbibyte), sparseFile("volume/b", 7 * exbibyte)});
+    auto stream = DuplicateFinder::stream(tree.url("volume"), 1);
+    std::optional<DuplicateProgress> record;
+    do {
+        record = stream.next();
+        ASSERT_TRUE(record.has_value());
+    } while (record->hashedBytes <= 4 * span); // in the whole files
+    EXPECT_GE(record->bytesToHash, 7 * exbibyte);
+    EXPECT_LT(record->hashedBytes, record->bytesToHash);
+}
+
 TEST(DuplicateFinder, LimitsEndTheWalkAndSaySo)
 {
     TemporaryTree tree{link("link", "f0"), folder("folder")};
