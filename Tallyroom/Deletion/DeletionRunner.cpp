@@ -54,7 +54,7 @@ bool DeletionRunner::remove(std::vector<FileUrl> urls, bool permanently, Listene
             if (!screening) {
                 return each(urls, removeOne, stop);
             }
-            Screened screened = screening(urls);
+            Screened screened = screening(urls, stop);
             complete(screened.refused.size());
             RemovalResult result = each(screened.fine, removeOne, stop);
             moveAppend(result.failures, std::move(screened.refused));

@@ -53,8 +53,9 @@ public:
         std::vector<FileRemover::RemovalFailure> refused; ///< not touched, and why
     };
 
-    /// Decides what of a batch may be removed; called once, on the runner's thread.
-    using Screening = std::function<Screened(std::vector<FileUrl> urls)>;
+    /// Decides what of a batch may be removed; called once, on the runner's thread. After a stop, what it
+    /// still passes is not removed.
+    using Screening = std::function<Screened(std::vector<FileUrl> urls, const std::stop_token& stop)>;
 
     explicit DeletionRunner(RemovalOperations operations = RemovalOperations::real());
     ~DeletionRunner() override;

@@ -1,9 +1,11 @@
 #include "Analysis/DigestStage.h"
 
+#include "Analysis/BatchDigester.h"
 #include "Model/Entry.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 
 namespace tallyroom {
 
@@ -64,6 +66,26 @@ std::string_view DigestStages::idPrefix(DigestStage stage)
         return "full:";
     }
     return {};
+}
+
+std::optional<std::string> DigestStages::contentId(const FileUrl& url, const FileIdentity& identity,
+                                                   std::int64_t size, const std::stop_token& stop)
+{
+    const auto open = [&](std::size_t) { return StableFile::open(url, identity, size); };
+    BatchDigester digester;
+    std::atomic<std::int64_t> readBytes = 0;
+    std::string key = std::to_string(size);
+    for (const DigestStage stage : stages) {
+        const auto digests = digester.digest(1, spanOf(stage, size), open, stop, readBytes);
+        if (!digests.front()) {
+            break;
+        }
+        key.append("|").append(digests.front()->text());
+        if (isSettled(stage, size)) {
+            return std::string{idPrefix(stage)} + key;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace tallyroom

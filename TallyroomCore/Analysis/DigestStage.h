@@ -1,6 +1,12 @@
 #pragma once
 
+#include "Analysis/DuplicateGroup.h"
+#include "Model/FileUrl.h"
+
 #include <cstdint>
+#include <optional>
+#include <stop_token>
+#include <string>
 #include <string_view>
 
 namespace tallyroom {
@@ -30,6 +36,11 @@ inline constexpr std::int64_t spanLength = 64L * 1024;
 
 /// What the id of a group begins with that this stage has settled.
 [[nodiscard]] std::string_view idPrefix(DigestStage stage);
+
+/// Reads one file again: the id of the group that it belongs to (see `DuplicateGroup::id`). Nothing when it
+/// cannot be read, is not in the state that `identity` tells, or `stop` comes. `size` is not 0.
+[[nodiscard]] std::optional<std::string> contentId(const FileUrl& url, const FileIdentity& identity,
+                                                   std::int64_t size, const std::stop_token& stop);
 
 } // namespace DigestStages
 

@@ -1,5 +1,6 @@
 #include "Analysis/DuplicateRemovalCheck.h"
 
+#include "Analysis/DigestStage.h"
 #include "FileSystem/FileAttributes.h"
 #include "Removal/TrashFolders.h"
 
@@ -30,10 +31,23 @@ bool isInTrash(const Entry& entry)
     return TrashFolders::contain(entry.url);
 }
 
-/// Renaming a file or removing a hard link of it moves its change time, so that one says nothing here: a file
-/// that came back from the trash is the same file.
-Seen lookAgain(const Entry& entry, const FileIdentity& known)
+/// Renaming a file or removing a hard link of it moves its change time, and so does writing into it, after
+/// which the modification time can be put back: then only its content tells whether it is the same still.
+Fate fateOfContent(const DuplicateGroup& group, const Entry& entry, const FileAttributes& now,
+                   const std::stop_token& stop)
 {
+    const auto id = DigestStages::contentId(entry.url, FileIdentity::of(now), entry.sizeBytes, stop);
+    if (!id) {
+        return Fate::unreadable;
+    }
+    return *id == group.id ? Fate::same : Fate::changed;
+}
+
+Seen lookAgain(const DuplicateGroup& group, std::size_t index, const std::vector<Seen>& before,
+               const std::stop_token& stop)
+{
+    const Entry& entry = group.entries[index];
+    const FileIdentity& known = group.identities[index];
     Seen seen{&entry, known};
     const auto now = fileAttributes(entry.url);
     if (!now) {
@@ -44,6 +58,12 @@ Seen lookAgain(const Entry& entry, const FileIdentity& known)
         seen.fate = Fate::changed;
     } else {
         seen.identity.links = now->links;
+        if (now->changedAt != known.changedAt) {
+            const auto twin = std::ranges::find_if(before, [&known](const Seen& other) {
+                return other.identity.isSameFile(known) && other.fate != Fate::missing;
+            });
+            seen.fate = twin != before.end() ? twin->fate : fateOfContent(group, entry, *now, stop);
+        }
     }
     return seen;
 }
@@ -91,14 +111,15 @@ std::string reasonToRefuse(const std::vector<Seen>& group, const Seen& victim, b
                        : "la copie à garder a changé ou n'existe plus";
 }
 
-void checkGroup(const DuplicateGroup& group, const std::unordered_set<FileUrl>& victims, Verdict& verdict)
+void checkGroup(const DuplicateGroup& group, const std::unordered_set<FileUrl>& victims,
+                const std::stop_token& stop, Verdict& verdict)
 {
     std::vector<Seen> seen;
     seen.reserve(group.entries.size());
     const bool isAllTrashed = std::ranges::all_of(group.entries, isInTrash);
     for (std::size_t i = 0; i < group.entries.size(); ++i) {
         const Entry& entry = group.entries[i];
-        seen.push_back(lookAgain(entry, group.identities[i]));
+        seen.push_back(lookAgain(group, i, seen, stop));
         seen.back().isVictim = victims.contains(entry.url);
         seen.back().isTrashed = !isAllTrashed && isInTrash(entry);
     }
@@ -131,14 +152,15 @@ bool losesAllCopies(const DuplicateGroup& group, const std::unordered_set<FileUr
             std::ranges::any_of(group.entries, isLostOutsideOfTrash));
 }
 
-Verdict check(std::span<const DuplicateGroup> groups, const std::unordered_set<FileUrl>& victims)
+Verdict check(std::span<const DuplicateGroup> groups, const std::unordered_set<FileUrl>& victims,
+              const std::stop_token& stop)
 {
     Verdict verdict;
     std::unordered_set<FileUrl> unknown = victims;
     for (const DuplicateGroup& group : groups) {
         const auto isVictim = [&victims](const Entry& entry) { return victims.contains(entry.url); };
         if (std::ranges::any_of(group.entries, isVictim)) {
-            checkGroup(group, victims, verdict);
+            checkGroup(group, victims, stop, verdict);
             std::ranges::for_each(group.entries,
                                   [&unknown](const Entry& entry) { unknown.erase(entry.url); });
         }

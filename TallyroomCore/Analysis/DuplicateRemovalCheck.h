@@ -4,14 +4,15 @@
 
 #include <cstddef>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
 namespace tallyroom {
 
-/// The last look before duplicates are removed: is what was found still true? Reads attributes only, keeps no
-/// state. Any thread; one stat a file of the groups concerned.
+/// The last look before duplicates are removed: is what was found still true? Keeps no state. Any thread; one
+/// stat a file of the groups concerned. A file whose change time moved is read again, whole.
 namespace DuplicateRemovalCheck {
 
 struct Refusal {
@@ -38,11 +39,11 @@ struct Verdict {
 [[nodiscard]] bool losesAllCopies(const DuplicateGroup& group, const std::unordered_set<FileUrl>& victims);
 
 /// Looks again at every group that holds one of `victims`. A victim is fine when it is the very file that was
-/// digested, with the size and modification time of that moment, and when the group loses all copies or keeps
-/// one of which the same is true, which is another file and, where others are, outside of any trash. A
-/// location that is in no group is refused.
+/// digested, with the size, modification time and content of that moment, and when the group loses all copies
+/// or keeps one of which the same is true, which is another file and, where others are, outside of any trash.
+/// A location that is in no group is refused. After a stop, what would have to be read is refused too.
 [[nodiscard]] Verdict check(std::span<const DuplicateGroup> groups,
-                            const std::unordered_set<FileUrl>& victims);
+                            const std::unordered_set<FileUrl>& victims, const std::stop_token& stop = {});
 
 } // namespace DuplicateRemovalCheck
 

@@ -3,6 +3,7 @@
 #include "Analysis/DuplicateFinder.h"
 #include "Support/TemporaryTree.h"
 
+#include <array>
 #include <cstdio>
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -41,6 +42,17 @@ std::vector<std::string> refusedIn(const TemporaryTree& tree, const DuplicateRem
         names.push_back(refusal.url.path().substr(tree.path().size() + 1));
     }
     return names;
+}
+
+/// Writes another byte into a file and puts its modification time back.
+void rewriteUnderItsTime(const std::string& path, off_t offset)
+{
+    const FileDescriptor file{::open(path.c_str(), O_WRONLY | O_CLOEXEC)};
+    struct stat before = {};
+    ASSERT_EQ(::fstat(file.get(), &before), 0);
+    ASSERT_EQ(::pwrite(file.get(), "?", 1, offset), 1);
+    const std::array times{before.st_atim, before.st_mtim};
+    ASSERT_EQ(::futimens(file.get(), times.data()), 0);
 }
 
 TEST(DuplicateRemovalCheck, CopiesMayGoWhileAnotherOneStays)
@@ -87,11 +99,28 @@ TEST(DuplicateRemovalCheck, NothingGoesWhenTheCopiesToKeepAreNoMore)
 
 TEST(DuplicateRemovalCheck, AFileThatWasMovedAwayAndBackIsTheSame)
 {
-    const TemporaryTree tree{file("a", "same"), file("b", "same")};
+    for (const std::int64_t size : {4_KiB, 100_KiB, 200_KiB}) { // as many digests as there are stages
+        const TemporaryTree tree{file("a", size), file("b", size)};
+        const auto groups = groupsIn(tree);
+        ASSERT_EQ(::rename(tree.path("b").c_str(), tree.path("trash").c_str()), 0);
+        ASSERT_EQ(::rename(tree.path("trash").c_str(), tree.path("b").c_str()), 0);
+        EXPECT_THAT(check(tree, groups, {"b"}).fine, ElementsAre(tree.url("b"))) << size;
+        std::stop_source stopped;
+        stopped.request_stop();
+        const auto verdict = DuplicateRemovalCheck::check(groups, {tree.url("b")}, stopped.get_token());
+        EXPECT_THAT(refusedIn(tree, verdict), ElementsAre("b"));
+    }
+}
+
+TEST(DuplicateRemovalCheck, AnotherContentUnderTheFormerTimeIsNoCopy)
+{
+    TemporaryTree tree{file("a", 200_KiB), file("b", 200_KiB), hardLink("b2", "b"), file("c", 200_KiB)};
     const auto groups = groupsIn(tree);
-    ASSERT_EQ(::rename(tree.path("b").c_str(), tree.path("trash").c_str()), 0);
-    ASSERT_EQ(::rename(tree.path("trash").c_str(), tree.path("b").c_str()), 0);
-    EXPECT_THAT(check(tree, groups, {"b"}).fine, ElementsAre(tree.url("b")));
+    rewriteUnderItsTime(tree.path("b"), 100'000);
+    const auto verdict = check(tree, groups, {"b", "b2", "c"});
+    EXPECT_THAT(verdict.fine, ElementsAre(tree.url("c"))) << "a stays";
+    EXPECT_THAT(refusedIn(tree, verdict), ElementsAre("b", "b2"));
+    EXPECT_THAT(refusedIn(tree, check(tree, groups, {"a", "c"})), ElementsAre("a", "c"));
 }
 
 TEST(DuplicateRemovalCheck, AHardLinkIsNoCopyToRelyOn)

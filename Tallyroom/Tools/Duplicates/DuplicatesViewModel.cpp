@@ -43,10 +43,11 @@ Remainder remainder(const std::vector<DuplicateGroup>& groups, const UrlSet& gon
 }
 
 /// Looks again at what is to be removed and at what is to be kept; runs where the files are removed.
-DeletionRunner::Screened screen(const DuplicateGroups& groups, const std::vector<FileUrl>& urls)
+DeletionRunner::Screened screen(const DuplicateGroups& groups, const std::vector<FileUrl>& urls,
+                                const std::stop_token& stop)
 {
     DuplicateRemovalCheck::Verdict verdict =
-        DuplicateRemovalCheck::check(*groups, UrlSet{urls.begin(), urls.end()});
+        DuplicateRemovalCheck::check(*groups, UrlSet{urls.begin(), urls.end()}, stop);
     DeletionRunner::Screened screened{std::move(verdict.fine), {}};
     std::ranges::transform(verdict.refused, std::back_inserter(screened.refused),
                            [](DuplicateRemovalCheck::Refusal& refusal) -> FileRemover::RemovalFailure {
@@ -225,7 +226,9 @@ void DuplicatesViewModel::deleteSelected(const UrlSet& urls, bool permanently)
         finishDeletion(result, permanently, search);
     };
     remove(std::move(targets), permanently, finished,
-           [groups = m_groups](const std::vector<FileUrl>& asked) { return screen(groups, asked); });
+           [groups = m_groups](const std::vector<FileUrl>& asked, const std::stop_token& stop) {
+               return screen(groups, asked, stop);
+           });
 }
 
 void DuplicatesViewModel::finishDeletion(const RemovalResult& result, bool permanently,
