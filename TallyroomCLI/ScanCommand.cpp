@@ -59,8 +59,10 @@ std::optional<FileUrl> folder(const std::string& argument)
     std::error_code failed;
     const std::filesystem::path path = std::filesystem::absolute(argument, failed);
     const FileUrl url = FileUrl{path.native()}.standardized();
-    // Opened as named, since ".." behind a link is not what the text alone says.
-    const auto opened = openFolder(FileUrl{path.native()}, FolderAccess::throughOnly);
+    // Opened as named, since ".." behind a link is not what the text alone says; and for listing, since a
+    // scan counts what it cannot list as empty.
+    const auto opened = failed ? std::unexpected(SystemError{failed.value()})
+                               : openFolder(FileUrl{path.native()}, FolderAccess::listing);
     if (opened) {
         return FileUrl{path.native()} == url ? url
                                              : FileUrl{std::filesystem::canonical(path, failed).native()};

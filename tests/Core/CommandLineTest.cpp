@@ -1,5 +1,6 @@
 #include "FileSystem/FileDescriptor.h"
 #include "Model/FileUrl.h"
+#include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 
 #include <array>
@@ -9,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <vector>
@@ -168,6 +170,28 @@ TEST(CommandLine, SaysInFrenchWhatIsWrongAndExitsAccordingly)
     EXPECT_EQ(run({"--version"}).output, "tallyroom-cli " TALLYROOM_VERSION "\n");
     EXPECT_EQ(run({"usage", "--help"}).exitCode, 0);
     EXPECT_EQ(run({"usage", "--", tree.path()}).exitCode, 0);
+}
+
+TEST(CommandLine, AFolderThatCannotBeListedIsNotAnEmptyOne)
+{
+    const TemporaryTree tree{folder("closed").withMode(0711), folder("gone")};
+    ASSERT_EQ(::chmod(tree.path().c_str(), 0755), 0);
+    const auto isRefused = [](const std::string& folder, const std::string& reason) {
+        const Answer answer = run({"usage", folder});
+        return answer.exitCode == 1 && answer.output.empty() &&
+               answer.errors.find(reason) != std::string::npos;
+    };
+    if (::geteuid() == 0) {
+        EXPECT_EQ(asUnprivilegedUser([&] { return isRefused(tree.path("closed"), "accès refusé") ? 1 : 0; }),
+                  1);
+    }
+    EXPECT_EQ(inChildProcess([&] {
+                  return ::chdir(tree.path("gone").c_str()) == 0 && ::rmdir(tree.path("gone").c_str()) == 0 &&
+                                 isRefused(".", "n'existe pas")
+                             ? 1
+                             : 0;
+              }),
+              1);
 }
 
 TEST(CommandLine, TellsTheKindsOfFilesInEveryFormat)
