@@ -9,6 +9,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <malloc.h>
 #include <map>
 
@@ -218,7 +219,8 @@ int run(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& wanted) {
-        return app.exit(wanted); // help or version
+        const int code = app.exit(wanted); // help or version
+        return std::cout.flush() ? code : static_cast<int>(ScanCommand::end(false, interruption));
     } catch (const CLI::ParseError& error) {
         std::fprintf(stderr, "tallyroom-cli : %s (voir tallyroom-cli --help)\n", complaint(error).c_str());
         return static_cast<int>(ExitCode::usage);
