@@ -138,7 +138,7 @@ FileRemover::RemovalResult FileRemover::restore(std::span<const TrashedItem> ite
         if (const auto moved = Trash::putBack(item.inTrash, item.original)) {
             result.removed.push_back(item.original);
         } else {
-            result.failures.push_back({item.original, moved.error().message()});
+            result.failures.push_back({item.original, moved.error().message});
         }
         report(progress, result.removed.size() + result.failures.size(), items.size());
     }

@@ -69,7 +69,7 @@ using RemovalExpected = std::expected<Value, RemovalError>;
                                    const BatchProgress& progress = {});
 
 /// Moves items from the trash back to where they were. Never overwrites: an occupied place is a failure,
-/// and the item stays in the trash.
+/// and the item stays in the trash. So does another item that has got the name since the trash was emptied.
 [[nodiscard]] RemovalResult restore(std::span<const TrashedItem> items, const BatchProgress& progress = {});
 
 } // namespace FileRemover

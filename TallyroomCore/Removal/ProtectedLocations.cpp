@@ -1,6 +1,7 @@
 #include "Removal/ProtectedLocations.h"
 
 #include "FileSystem/FileAttributes.h"
+#include "FileSystem/FileContent.h"
 
 #include <algorithm>
 #include <array>
@@ -14,22 +15,6 @@
 namespace tallyroom {
 
 namespace {
-
-SystemResult<std::string> wholeContent(const char* path)
-{
-    const FileDescriptor file{::open(path, O_RDONLY | O_CLOEXEC)};
-    std::string content;
-    std::array<char, 16384> buffer = {};
-    ssize_t count = file.isOpen() ? 1 : -1;
-    while (count > 0) {
-        count = ::read(file.get(), buffer.data(), buffer.size());
-        content.append(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-    if (count < 0) {
-        return std::unexpected(SystemError::last());
-    }
-    return content;
-}
 
 /// Undoes the octal escapes of blanks and backslashes ("\040") in the mount table.
 std::string unescaped(std::string_view text)
@@ -86,7 +71,8 @@ std::vector<std::string> homeFolders()
 
 SystemResult<ProtectedLocations> ProtectedLocations::read()
 {
-    const auto table = wholeContent("/proc/self/mountinfo");
+    const FileDescriptor file{::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)};
+    const auto table = file.isOpen() ? contentOf(file.get()) : std::unexpected(SystemError::last());
     if (!table) {
         return std::unexpected(table.error());
     }

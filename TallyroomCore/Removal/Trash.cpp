@@ -1,5 +1,6 @@
 #include "Removal/Trash.h"
 
+#include "FileSystem/FileContent.h"
 #include "FileSystem/FolderReader.h"
 #include "Removal/TrashFolders.h"
 
@@ -177,6 +178,23 @@ SystemResult<void> writeRecord(int records, const std::string& name, const std::
     return {};
 }
 
+/// True when the record `name` tells that its item lay at `path`, or at the end of it, when it tells the
+/// place on its volume.
+bool recordsPath(int records, const std::string& name, const std::string& path)
+{
+    const auto record = openAt(records, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    const auto content = record ? contentOf(record->get()) : std::unexpected(record.error());
+    constexpr std::string_view key = "\nPath=";
+    const std::size_t start = content ? content->find(key) : std::string::npos;
+    if (start == std::string::npos) {
+        return false;
+    }
+    const std::size_t value = start + key.size();
+    const std::string told = content->substr(value, content->find('\n', value) - value);
+    const std::string encoded = percentEncodedPath(path);
+    return told == encoded || (!told.starts_with('/') && encoded.ends_with("/" + told));
+}
+
 SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int to, const std::string& newName)
 {
     if (::renameat2(from, name.c_str(), to, newName.c_str(), RENAME_NOREPLACE) == 0) {
@@ -217,22 +235,29 @@ Trash::Result Trash::moveIn(const ItemPlace& place)
     return bin ? store(**bin, place, *realPath) : std::unexpected(bin.error());
 }
 
-SystemResult<void> Trash::putBack(const FileUrl& inTrash, const FileUrl& original)
+std::expected<void, Trash::Refusal> Trash::putBack(const FileUrl& inTrash, const FileUrl& original)
 {
     const auto from = ItemPlace::open(inTrash);
     const auto to = ItemPlace::open(original);
     if (!from || !to) {
         return std::unexpected(from ? to.error() : from.error());
     }
-    auto moved = moveWithoutReplacing(from->parent.get(), from->name, to->parent.get(), to->name);
-    const FileUrl files = inTrash.parent();
-    if (moved && files.lastPathComponent() == "files") {
-        const auto records = openFolder(files.parent().appending("info"), FolderAccess::throughOnly);
-        if (records) {
-            ::unlinkat(records->get(), std::string{from->name}.append(recordSuffix).c_str(), 0);
-        }
+    const auto path = to->realPath();
+    if (!path) {
+        return std::unexpected(path.error());
     }
-    return moved;
+    const FileUrl trash = inTrash.parent().parent();
+    const auto records = openFolder(trash.appending("info"), FolderAccess::throughOnly);
+    const std::string record = std::string{from->name}.append(recordSuffix);
+    if (!records || !recordsPath(records->get(), record, *path)) {
+        return std::unexpected(Refusal{ENOENT, "Cet élément n'est plus dans la corbeille."});
+    }
+    const auto moved = moveWithoutReplacing(from->parent.get(), from->name, to->parent.get(), to->name);
+    if (!moved) {
+        return std::unexpected(moved.error());
+    }
+    ::unlinkat(records->get(), record.c_str(), 0);
+    return {};
 }
 
 /// Puts an item into a trash of its own mount: the record first, which reserves the name, then the item.

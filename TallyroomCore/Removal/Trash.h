@@ -36,8 +36,10 @@ public:
     [[nodiscard]] Result moveIn(const ItemPlace& place);
 
     /// Moves an item of a trash to `original` and removes its record. Never overwrites (EEXIST), makes no
-    /// folder (ENOENT).
-    [[nodiscard]] static SystemResult<void> putBack(const FileUrl& inTrash, const FileUrl& original);
+    /// folder (ENOENT). Refuses what the trash does not hold as having come from there (ENOENT): it was
+    /// emptied, and another item may bear the name.
+    [[nodiscard]] static std::expected<void, Refusal> putBack(const FileUrl& inTrash,
+                                                              const FileUrl& original);
 
 private:
     /// An open trash folder.

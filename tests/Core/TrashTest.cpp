@@ -111,6 +111,25 @@ TEST_F(TrashTest, NeitherAnItemWithoutRecordNorARecordWithoutItemIsOverwritten)
     EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("photo.2.trashinfo", "photo.3.trashinfo"));
 }
 
+TEST_F(TrashTest, AnUndoAfterTheTrashWasEmptiedMovesNoStranger)
+{
+    tree.add({file("a/notes", "first"), file("b/notes", "second"), file("a/bare", "third")});
+    auto undone = trash({tree.url("a/notes"), tree.url("a/bare")}).trashed;
+    ASSERT_THAT(undone, SizeIs(2));
+    for (const auto* path : {"files/notes", "info/notes.trashinfo", "info/bare.trashinfo"}) {
+        ASSERT_EQ(::unlink(tree.path("data/Trash/").append(path).c_str()), 0);
+    }
+    const auto stranger = trash("b/notes");
+    ASSERT_EQ(nameInTrash(stranger), "notes");
+    const auto result = FileRemover::restore(undone);
+    EXPECT_THAT(result.removed, IsEmpty());
+    ASSERT_THAT(result.failures, SizeIs(2));
+    EXPECT_EQ(result.failures[0].message, "Cet élément n'est plus dans la corbeille.");
+    EXPECT_THAT(tree.names("a"), IsEmpty());
+    EXPECT_TRUE(FileRemover::restore(stranger.trashed).allSucceeded());
+    EXPECT_EQ(tree.content("b/notes"), "second");
+}
+
 TEST_F(TrashTest, ProcessesThatTrashTheSameNamesAtOnceLoseNothing)
 {
     constexpr int itemsEach = 40;
