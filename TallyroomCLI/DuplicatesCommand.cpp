@@ -38,7 +38,7 @@ DuplicateProgress follow(const FileUrl& url, const DuplicatesOptions& options,
     const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
     ProgressLine line{!options.scan.quiet && Terminal::errorIsTerminal()};
     DuplicateProgress newest;
-    while (auto record = stream.next()) {
+    while (auto record = stream.nextUntilCancelled()) {
         newest = std::move(*record);
         line.show([&newest] { return progressText(newest); });
     }

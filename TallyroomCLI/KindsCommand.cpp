@@ -23,7 +23,7 @@ std::optional<FolderSummary> follow(const FileUrl& url, const ScanOptions& optio
     const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
     ProgressLine line{!options.quiet && Terminal::errorIsTerminal()};
     std::optional<FolderSummary> summary;
-    while (auto record = stream.next()) {
+    while (auto record = stream.nextUntilCancelled()) {
         line.show([&record] { return "Analyse en cours… " + std::to_string(record->scanned); });
         summary = std::move(record->summary);
     }

@@ -78,7 +78,7 @@ ScanProgress follow(FileScanner::ScanStream stream, const ScanOptions& options,
     const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
     ProgressLine line{!options.quiet && Terminal::errorIsTerminal()};
     ScanProgress newest;
-    while (auto record = stream.next()) {
+    while (auto record = stream.nextUntilCancelled()) {
         newest = std::move(*record);
         line.show([&newest] { return progressText(newest); });
     }

@@ -20,7 +20,7 @@ VolumeReport ask(const Interruption& interruption)
     auto stream = VolumeInfo::stream(VolumeInfo::usualLimit);
     const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
     VolumeReport newest;
-    while (auto report = stream.next()) {
+    while (auto report = stream.nextUntilCancelled()) {
         newest = std::move(*report);
     }
     return newest;

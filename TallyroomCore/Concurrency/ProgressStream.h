@@ -169,17 +169,14 @@ public:
     /// The next record; waits for it. Nothing when the stream has ended and all was taken.
     [[nodiscard]] std::optional<Record> next()
     {
-        if (m_next == m_taken.size()) {
-            m_taken.clear();
-            m_next = 0;
-            std::unique_lock lock{m_state->mutex};
-            m_state->changed.wait(lock, [this] { return m_state->ended || !m_state->waiting.empty(); });
-            m_taken.swap(m_state->waiting);
-        }
-        if (m_taken.empty()) {
-            return std::nullopt;
-        }
-        return std::move(m_taken[m_next++]);
+        return nextWhen([this] { return m_state->ended; });
+    }
+
+    /// The same, but once the stream is cancelled it waits for no producer: one may be held up in a system
+    /// call on a volume that does not answer. `cancel` may be called on another thread meanwhile.
+    [[nodiscard]] std::optional<Record> nextUntilCancelled()
+    {
+        return nextWhen([this] { return m_state->ended || m_state->stop.stop_requested(); });
     }
 
     /// All that has arrived since the last look, without waiting.
@@ -220,10 +217,29 @@ public:
     {
         if (m_state != nullptr) {
             m_state->stop.request_stop();
+            const std::scoped_lock lock{m_state->mutex};
+            m_state->changed.notify_all();
         }
     }
 
 private:
+    /// Waits for a record, or until `isOver` says that none will come.
+    template <class Condition>
+    std::optional<Record> nextWhen(const Condition& isOver)
+    {
+        if (m_next == m_taken.size()) {
+            m_taken.clear();
+            m_next = 0;
+            std::unique_lock lock{m_state->mutex};
+            m_state->changed.wait(lock, [&] { return isOver() || !m_state->waiting.empty(); });
+            m_taken.swap(m_state->waiting);
+        }
+        if (m_taken.empty()) {
+            return std::nullopt;
+        }
+        return std::move(m_taken[m_next++]);
+    }
+
     std::shared_ptr<detail::StreamState<Record>> m_state;
     std::vector<Record> m_taken;
     std::size_t m_next = 0;

@@ -281,6 +281,24 @@ TEST(CommandLine, ListsDuplicatesGroupByGroupInEveryFormat)
     EXPECT_EQ(duplicates({"--min-size", "many"}).exitCode, 2);
 }
 
+TEST(CommandLine, StopsThoughAVolumeDoesNotAnswer)
+{
+    const TemporaryTree tree{folder("silent"), file("a", 1)};
+    const auto volume = TemporaryMount::silent(tree.path("silent"));
+    if (!volume.isMounted()) {
+        GTEST_SKIP() << volume.refusal();
+    }
+    for (const std::string name : {"usage", "largest", "kinds", "duplicates"}) {
+        SCOPED_TRACE(name);
+        CommandLine command{{name, tree.path()}};
+        command.waitForWorkers();
+        command.signal(SIGTERM);
+        const Answer answer = command.finish();
+        EXPECT_EQ(answer.exitCode, 130);
+        EXPECT_THAT(answer.errors, HasSubstr("interrompue"));
+    }
+}
+
 TEST(CommandLine, StopsInTheMiddleOfTheWholeMachineAndSaysSo)
 {
     for (const std::string name : {"usage", "largest", "node-modules"}) {

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
@@ -38,6 +39,13 @@ TemporaryMount TemporaryMount::bind(const std::string& source, const std::string
     return {source, folder, nullptr, MS_BIND, ""};
 }
 
+TemporaryMount TemporaryMount::silent(const std::string& folder)
+{
+    FileDescriptor server{::open("/dev/fuse", O_RDWR | O_CLOEXEC)};
+    const std::string options = "fd=" + std::to_string(server.get()) + ",rootmode=40000,user_id=0,group_id=0";
+    return {"tallyroom-test", folder, "fuse", 0, options, std::move(server)};
+}
+
 namespace {
 
 /// A mount namespace of this process alone, so that even a test that crashes leaves no mount behind. Entered
@@ -48,8 +56,8 @@ const bool isApart =
 } // namespace
 
 TemporaryMount::TemporaryMount(const std::string& source, std::string folder, const char* type,
-                               unsigned long flags, const std::string& options)
-    : m_folder(std::move(folder))
+                               unsigned long flags, const std::string& options, FileDescriptor server)
+    : m_folder(std::move(folder)), m_server(std::move(server))
 {
     if (!isApart || ::mount(source.c_str(), m_folder.c_str(), type, flags, options.c_str()) != 0) {
         m_refusal = std::string{"mounting is not permitted here: "} + std::strerror(errno);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FileSystem/FileDescriptor.h"
+
 #include <functional>
 #include <optional>
 #include <string>
@@ -31,6 +33,9 @@ public:
     /// Shows the folder `source` at `folder` too.
     static TemporaryMount bind(const std::string& source, const std::string& folder);
 
+    /// Mounts a file system whose server never answers: whoever asks it for anything waits until it is gone.
+    static TemporaryMount silent(const std::string& folder);
+
     TemporaryMount(const TemporaryMount&) = delete;
     TemporaryMount& operator=(const TemporaryMount&) = delete;
     ~TemporaryMount();
@@ -44,10 +49,11 @@ public:
 
 private:
     TemporaryMount(const std::string& source, std::string folder, const char* type, unsigned long flags,
-                   const std::string& options);
+                   const std::string& options, FileDescriptor server = {});
 
     std::string m_folder;
     std::string m_refusal;
+    FileDescriptor m_server; ///< of a file system in user space
 };
 
 /// Runs `action` in so many child processes at once, and returns what each returned, 0 to 255, or -1 when it
