@@ -18,7 +18,7 @@ enum class Fate : unsigned char { same, changed, missing, unreadable };
 /// One entry of a group, seen again.
 struct Seen {
     const Entry* entry = nullptr;
-    FileIdentity identity; ///< as it was digested; `links` as it is now
+    FileIdentity identity; ///< as it was digested; `links` and `changedAt` as they are now
     bool isVictim = false;
     bool isTrashed = false; ///< no copy to count on: it goes when the trash is emptied
     Fate fate = Fate::same;
@@ -58,6 +58,7 @@ Seen lookAgain(const DuplicateGroup& group, std::size_t index, const std::vector
         seen.fate = Fate::changed;
     } else {
         seen.identity.links = now->links;
+        seen.identity.changedAt = now->changedAt;
         if (now->changedAt != known.changedAt) {
             const auto twin = std::ranges::find_if(before, [&known](const Seen& other) {
                 return other.identity.isSameFile(known) && other.fate != Fate::missing;
@@ -76,6 +77,14 @@ bool isReachedTwice(const std::vector<Seen>& group, const Seen& victim)
         return other.fate == Fate::same && other.identity.isSameFile(victim.identity);
     });
     return paths > static_cast<std::ptrdiff_t>(victim.identity.links);
+}
+
+/// True when two devices show what may be one file: a file system laid over another one (overlayfs, a network
+/// folder of this machine) passes the times on, to the nanosecond, and a copy hardly ever has both of them.
+bool mayBeOneFile(const FileIdentity& left, const FileIdentity& right)
+{
+    return left.device != right.device && left.changedAt && left.changedAt == right.changedAt &&
+           left.modifiedAt == right.modifiedAt;
 }
 
 /// Why a victim must stay; empty when it may go.
@@ -97,8 +106,11 @@ std::string reasonToRefuse(const std::vector<Seen>& group, const Seen& victim, b
     const auto isKeptTwin = [&victim](const Seen& other) {
         return other.isKept() && other.identity.isSameFile(victim.identity);
     };
-    const auto isOtherCopy = [&victim](const Seen& other) {
-        return other.isKept() && !other.identity.isSameFile(victim.identity);
+    const auto isKeptImage = [&victim](const Seen& other) {
+        return other.isKept() && mayBeOneFile(other.identity, victim.identity);
+    };
+    const auto isOtherCopy = [&](const Seen& other) {
+        return other.isKept() && !other.identity.isSameFile(victim.identity) && !isKeptImage(other);
     };
     const bool hasKeptTwin = std::ranges::any_of(group, isKeptTwin);
     if (hasKeptTwin && isReachedTwice(group, victim)) {
@@ -106,6 +118,10 @@ std::string reasonToRefuse(const std::vector<Seen>& group, const Seen& victim, b
     }
     if (std::ranges::any_of(group, isOtherCopy)) {
         return {};
+    }
+    if (std::ranges::any_of(group, isKeptImage)) {
+        return "c'est peut-être le même fichier que la copie gardée, vu à travers un autre système de "
+               "fichiers";
     }
     return hasKeptTwin ? "c'est le même fichier que la seule copie gardée (lien physique)"
                        : "la copie à garder a changé ou n'existe plus";

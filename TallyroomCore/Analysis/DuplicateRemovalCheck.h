@@ -40,8 +40,9 @@ struct Verdict {
 
 /// Looks again at every group that holds one of `victims`. A victim is fine when it is the very file that was
 /// digested, with the size, modification time and content of that moment, and when the group loses all copies
-/// or keeps one of which the same is true, which is another file and, where others are, outside of any trash.
-/// A location that is in no group is refused. After a stop, what would have to be read is refused too.
+/// or keeps one of which the same is true, which is another file (not its image on another device either)
+/// and, where others are, outside of any trash. A location that is in no group is refused. After a stop, what
+/// would have to be read is refused too.
 [[nodiscard]] Verdict check(std::span<const DuplicateGroup> groups,
                             const std::unordered_set<FileUrl>& victims, const std::stop_token& stop = {});
 

@@ -1,6 +1,7 @@
 #include "Analysis/DuplicateRemovalCheck.h"
 
 #include "Analysis/DuplicateFinder.h"
+#include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 
 #include <array>
@@ -166,6 +167,26 @@ TEST(DuplicateRemovalCheck, AFileThatIsReachedByTwoRoutesIsNotRemovedThroughOneO
     EXPECT_EQ(groups[0].reclaimableBytes(), 4);
     EXPECT_THAT(refusedIn(tree, verdict), ElementsAre("route/a"));
     EXPECT_THAT(all.refused, IsEmpty()) << "c stays";
+}
+
+TEST(DuplicateRemovalCheck, TheImageOfAFileInAnOverlayIsNoCopy)
+{
+    TemporaryTree tree{folder("layers"), folder("merged"), file("c", "same").modifiedAt(1'000'000'000)};
+    const auto layers = TemporaryMount::memory(tree.path("layers"));
+    if (layers.isMounted()) {
+        tree.add({file("layers/upper/a", "same"), folder("layers/lower")});
+    }
+    const auto overlay =
+        TemporaryMount::overlay(tree.path("layers/upper"), tree.path("layers/lower"), tree.path("merged"));
+    if (!overlay.isMounted()) {
+        GTEST_SKIP() << overlay.refusal();
+    }
+    const auto groups = groupsIn(tree);
+    ASSERT_EQ(groups.size(), 1U);
+    ASSERT_EQ(groups[0].entries.size(), 3U);
+    EXPECT_THAT(refusedIn(tree, check(tree, groups, {"c", "layers/upper/a"})), ElementsAre("layers/upper/a"));
+    EXPECT_THAT(check(tree, groups, {"layers/upper/a"}).fine, ElementsAre(tree.url("layers/upper/a")))
+        << "c stays";
 }
 
 } // namespace

@@ -39,6 +39,12 @@ TemporaryMount TemporaryMount::bind(const std::string& source, const std::string
     return {source, folder, nullptr, MS_BIND, ""};
 }
 
+TemporaryMount TemporaryMount::overlay(const std::string& upper, const std::string& lower,
+                                       const std::string& folder)
+{
+    return {"tallyroom-test", folder, "overlay", 0, "lowerdir=" + upper + ":" + lower};
+}
+
 TemporaryMount TemporaryMount::silent(const std::string& folder)
 {
     FileDescriptor server{::open("/dev/fuse", O_RDWR | O_CLOEXEC)};

@@ -33,6 +33,10 @@ public:
     /// Shows the folder `source` at `folder` too.
     static TemporaryMount bind(const std::string& source, const std::string& folder);
 
+    /// Shows at `folder` the folders `upper` and `lower` laid upon each other, for reading only.
+    static TemporaryMount overlay(const std::string& upper, const std::string& lower,
+                                  const std::string& folder);
+
     /// Mounts a file system whose server never answers: whoever asks it for anything waits until it is gone.
     static TemporaryMount silent(const std::string& folder);
 
