@@ -6,6 +6,7 @@
 #include "Components/SearchField.h"
 #include "Components/SelectionBar.h"
 #include "Components/Shortcut.h"
+#include "Components/TabOrder.h"
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
 #include "Tools/ToolHeader.h"
@@ -40,6 +41,7 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
     m_rows->setDeletionEnabled(true);
+    m_rows->focusProxy()->setAccessibleName(m_style.title);
     m_pages->addList(m_rows);
     makeLayout();
     connectTool();
@@ -51,6 +53,7 @@ bool ToolScreen::event(QEvent* event)
 {
     // Before the first showing, and not in the constructor: what a tool's own screen shows counts too.
     if (event->type() == QEvent::Polish) {
+        TabOrder::followLayout(*this);
         showEverything();
     }
     return QWidget::event(event);

@@ -94,6 +94,22 @@ TEST_F(DiskUsageViewTest, GoingBackFindsTheFolderThatWasLeft)
     EXPECT_EQ(table().currentEntry()->name, "folder");
 }
 
+TEST_F(DiskUsageViewTest, TabGoesThroughTheScreenAsItIsSeen)
+{
+    scene.navigator->activate(folderEntry("/r/folder", 0));
+    QStringList stops;
+    search().setFocus();
+    do {
+        const auto* const button = qobject_cast<QAbstractButton*>(view.focusWidget());
+        const QString name = view.focusWidget()->accessibleName();
+        stops << (name.isEmpty() && button != nullptr ? button->text() : name);
+        press(Qt::Key_Tab);
+    } while (!search().hasFocus() && stops.size() < 20);
+    EXPECT_EQ(stops.join(QStringLiteral(" > ")).toStdString(),
+              "Filtrer par nom > Tableau > Rafraîchir > Trier par : Taille, décroissant > "
+              "Espace disque > Tout sélectionner > Tout désélectionner > Retour > r");
+}
+
 TEST_F(DiskUsageViewTest, KeysCheckAndUncheck)
 {
     ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/b"}));

@@ -31,6 +31,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void orderTabs();
     void arrange();
     void fillMenu();
     [[nodiscard]] int firstVisible() const;
