@@ -4,6 +4,8 @@
 #include <QLayout>
 #include <QTableView>
 
+#include <algorithm>
+#include <tuple>
 #include <vector>
 
 namespace tallyroom::TabOrder {
@@ -26,41 +28,57 @@ void collect(const QLayout& layout, Stops& stops)
     }
 }
 
-bool isStop(const QWidget& widget)
+void collectParts(const QWidget& widget, Stops& stops)
 {
-    return (widget.focusPolicy() & Qt::TabFocus) != 0;
+    auto parts = widget.findChildren<QWidget*>(QString{}, Qt::FindDirectChildrenOnly);
+    std::ranges::stable_sort(parts, {}, [](const QWidget* part) { return std::tuple{part->y(), part->x()}; });
+    std::ranges::for_each(parts, [&stops](QWidget* part) { collect(*part, stops); });
+}
+
+void add(QWidget& widget, Stops& stops)
+{
+    if (widget.isEnabled() && (widget.focusPolicy() & Qt::TabFocus) != 0) {
+        stops.push_back(&widget);
+    }
 }
 
 void collect(QWidget& widget, Stops& stops)
 {
-    if (auto* const table = qobject_cast<QTableView*>(&widget); table && isStop(*table->horizontalHeader())) {
-        stops.push_back(table->horizontalHeader());
-        stops.push_back(table);
+    if (!widget.isVisible() || widget.isWindow()) {
         return;
     }
-    if (isStop(widget)) {
-        stops.push_back(&widget);
+    if (const auto* const table = qobject_cast<QTableView*>(&widget)) {
+        add(*table->horizontalHeader(), stops);
+        add(widget, stops);
+        return;
     }
+    add(widget, stops);
     if (const QLayout* const layout = widget.layout()) {
         collect(*layout, stops);
-        return;
-    }
-    for (QWidget* part = widget.nextInFocusChain(); part != &widget; part = part->nextInFocusChain()) {
-        if (isStop(*part) && widget.isAncestorOf(part)) {
-            stops.push_back(part);
-        }
+    } else {
+        collectParts(widget, stops);
     }
 }
 
 } // namespace
 
-void followLayout(QWidget& screen)
+bool moveFocus(QWidget& window, bool isForward)
 {
     Stops stops;
-    collect(screen, stops);
-    for (std::size_t index = 1; index < stops.size(); ++index) {
-        QWidget::setTabOrder(stops[index - 1], stops[index]);
+    if (const QLayout* const layout = window.layout()) {
+        collect(*layout, stops);
     }
+    if (!isForward) {
+        std::ranges::reverse(stops);
+    }
+    const auto current = std::ranges::find(stops, window.focusWidget());
+    if (stops.empty() || (stops.size() == 1 && current != stops.end())) {
+        return false;
+    }
+    const bool isLast = current == stops.end() || std::next(current) == stops.end();
+    QWidget* const next = isLast ? stops.front() : *std::next(current);
+    next->setFocus(isForward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }
 
 } // namespace tallyroom::TabOrder

@@ -4,9 +4,9 @@ class QWidget;
 
 namespace tallyroom::TabOrder {
 
-/// Lets Tab go through the parts of `screen` as its layouts set them out, whichever was made first. Parts
-/// that no layout holds keep the order among themselves that their owner gave them. For parts that come
-/// later their owner has to see to their place. Main thread.
-void followLayout(QWidget& screen);
+/// Moves the keyboard to the next part of `window`, or the one before, as they are seen: along the layouts,
+/// and in reading order where no layout holds them. Goes round at the end; false when there is nowhere to go.
+/// The toolkit's own order is that in which parts were made, which is another one. Main thread.
+bool moveFocus(QWidget& window, bool isForward);
 
 } // namespace tallyroom::TabOrder

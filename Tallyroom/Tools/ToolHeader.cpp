@@ -5,7 +5,6 @@
 #include "Components/NoticeLine.h"
 #include "Components/SearchField.h"
 #include "Components/SymbolIcon.h"
-#include "Components/TabOrder.h"
 #include "Components/Theme.h"
 
 #include <QEvent>
@@ -149,7 +148,6 @@ void ToolHeader::placeOptions(bool isBelow)
     QBoxLayout* const now = isBelow ? column : m_controls;
     before->removeItem(m_options);
     now->insertLayout(1, m_options);
-    TabOrder::followLayout(*this);
 }
 
 } // namespace tallyroom

@@ -6,7 +6,6 @@
 #include "Components/SearchField.h"
 #include "Components/SelectionBar.h"
 #include "Components/Shortcut.h"
-#include "Components/TabOrder.h"
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
 #include "Tools/ToolHeader.h"
@@ -53,7 +52,6 @@ bool ToolScreen::event(QEvent* event)
 {
     // Before the first showing, and not in the constructor: what a tool's own screen shows counts too.
     if (event->type() == QEvent::Polish) {
-        TabOrder::followLayout(*this);
         showEverything();
     }
     return QWidget::event(event);

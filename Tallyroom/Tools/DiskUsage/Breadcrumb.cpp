@@ -100,23 +100,8 @@ void Breadcrumb::setItems(std::vector<BreadcrumbItem> items)
                 [this, url = m_items[index].url] { Q_EMIT selected(url); });
         m_steps.push_back(step);
     }
-    orderTabs();
     updateGeometry();
     arrange();
-}
-
-/// The root, the button for what is left out, and the rest: new steps would come after all else in the
-/// window.
-void Breadcrumb::orderTabs()
-{
-    QWidget* last = m_hiddenSteps;
-    for (QAbstractButton* const step : m_steps) {
-        setTabOrder(last, step);
-        last = step;
-    }
-    if (!m_steps.empty()) {
-        setTabOrder(m_steps.front(), m_hiddenSteps);
-    }
 }
 
 QSize Breadcrumb::sizeHint() const

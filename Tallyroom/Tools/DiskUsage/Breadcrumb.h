@@ -31,7 +31,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void orderTabs();
     void arrange();
     void fillMenu();
     [[nodiscard]] int firstVisible() const;
