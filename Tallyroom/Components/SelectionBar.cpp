@@ -95,8 +95,9 @@ void SelectionBar::resizeEvent(QResizeEvent* event)
 void SelectionBar::fold()
 {
     // The hint counts while something is checked too: the first check must not move the rows above.
-    const int text = std::max(m_count->sizeHint().width() + m_size->sizeHint().width(),
-                              QFontMetrics{Theme::shared().body()}.horizontalAdvance(hint));
+    const int hintWidth = QFontMetrics{Theme::shared().body()}.horizontalAdvance(hint);
+    const int sum = m_count->sizeHint().width() + m_size->sizeHint().width();
+    const int text = m_isEmpty ? hintWidth : std::max(hintWidth, sum);
     const int summary = m_symbol->sizeHint().width() + text + 3 * Theme::gap;
     const bool isNarrow = width() < minimumSizeHint().width() + summary;
     m_lines->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
