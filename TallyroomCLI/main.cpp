@@ -36,17 +36,18 @@ void translateLabels(CLI::App& app)
     app.formatter(formatter);
 }
 
-/// The French words for what is wrong with a command line.
-std::string complaint(const CLI::ParseError& error)
+/// The French words for what is wrong with a command line, of which `leftOver` was not understood.
+std::string complaint(const CLI::ParseError& error, const std::vector<std::string>& leftOver)
 {
+    // Before all else: a misspelt command is missing too.
+    if (!leftOver.empty()) {
+        return "un argument est de trop ou inconnu : " + leftOver.front();
+    }
     // By exit code: the name of some errors is that of the command they concern.
     const int code = error.get_exit_code();
     const auto is = [code](CLI::ExitCodes wanted) { return code == static_cast<int>(wanted); };
     if (is(CLI::ExitCodes::RequiredError)) {
         return "il manque une commande ou un dossier";
-    }
-    if (is(CLI::ExitCodes::ExtrasError)) {
-        return "un argument est de trop ou inconnu";
     }
     if (is(CLI::ExitCodes::ValidationError) || is(CLI::ExitCodes::ConversionError)) {
         return "une option a une valeur qu'elle n'accepte pas";
@@ -222,7 +223,8 @@ int run(int argc, char** argv)
         const int code = app.exit(wanted); // help or version
         return std::cout.flush() ? code : static_cast<int>(ScanCommand::end(false, interruption));
     } catch (const CLI::ParseError& error) {
-        std::fprintf(stderr, "tallyroom-cli : %s (voir tallyroom-cli --help)\n", complaint(error).c_str());
+        std::fprintf(stderr, "tallyroom-cli : %s (voir tallyroom-cli --help)\n",
+                     complaint(error, app.remaining(true)).c_str());
         return static_cast<int>(ExitCode::usage);
     }
     return static_cast<int>(commands.code());

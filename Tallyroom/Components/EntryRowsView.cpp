@@ -3,6 +3,7 @@
 #include "Components/EntryRowsModel.h"
 #include "Components/Theme.h"
 
+#include <QAccessible>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -19,6 +20,7 @@ EntryRowsView::EntryRowsView(EntryRowsModel& model, int rowHeight, QWidget* pare
     setUp(rowHeight);
     setModel(&model);
     connect(&Theme::shared(), &Theme::changed, viewport(), qOverload<>(&QWidget::update));
+    connect(&model, &EntryRowsModel::selectionEdited, this, &EntryRowsView::announceCheck);
 }
 
 void EntryRowsView::setUp(int rowHeight)
@@ -149,6 +151,22 @@ void EntryRowsView::toggle(const FileUrl& url, int row, Qt::KeyboardModifiers mo
         m_rows.setChecked(url, isChecked);
     }
     m_rangeStart = url;
+}
+
+/// The view sends nothing to screen readers when data change: the box of the current row has another state,
+/// and the name cell, which speaks for the row, another name.
+void EntryRowsView::announceCheck()
+{
+    if (currentRow() < 0 || !QAccessible::isActive()) {
+        return;
+    }
+    QAccessibleTableInterface* const cells = QAccessible::queryAccessibleInterface(this)->tableInterface();
+    QAccessible::State changed;
+    changed.checked = true;
+    QAccessibleStateChangeEvent box{cells->cellAt(currentRow(), EntryRowsModel::checkColumn), changed};
+    QAccessible::updateAccessibility(&box);
+    QAccessibleEvent row{cells->cellAt(currentRow(), EntryRowsModel::nameColumn), QAccessible::NameChanged};
+    QAccessible::updateAccessibility(&row);
 }
 
 void EntryRowsView::mousePressEvent(QMouseEvent* event)

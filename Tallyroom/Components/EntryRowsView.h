@@ -66,6 +66,7 @@ private:
     void setUp(int rowHeight);
     void hover(const QPoint& position);
     void goToFirstOnScreen();
+    void announceCheck();
     void toggle(int row, Qt::KeyboardModifiers modifiers);
     void toggle(const FileUrl& url, int row, Qt::KeyboardModifiers modifiers);
     [[nodiscard]] std::optional<FileUrl> urlAt(int row) const;

@@ -4,6 +4,7 @@
 
 #include <QAction>
 #include <QKeyEvent>
+#include <QPainter>
 
 namespace tallyroom {
 
@@ -12,7 +13,7 @@ SearchField::SearchField(const QString& placeholder, QWidget* parent) : QLineEdi
     setPlaceholderText(placeholder);
     setAccessibleName(placeholder);
     setFixedHeight(Theme::controlHeight);
-    addAction(SymbolIcon::icon("magnifyingglass", Theme::Colour::secondary), LeadingPosition);
+    setTextMargins(Theme::iconSize + Theme::gap, 0, 0, 0);
     m_clear = addAction(SymbolIcon::icon("xmark", Theme::Colour::secondary), TrailingPosition);
     m_clear->setText(QStringLiteral("Effacer le filtre"));
     m_clear->setToolTip(m_clear->text());
@@ -20,6 +21,15 @@ SearchField::SearchField(const QString& placeholder, QWidget* parent) : QLineEdi
     connect(m_clear, &QAction::triggered, this, &QLineEdit::clear);
     connect(this, &QLineEdit::textChanged, this,
             [this](const QString& text) { m_clear->setVisible(!text.isEmpty()); });
+}
+
+/// The magnifier is drawn: an action would be a button that does nothing, and that screen readers name.
+void SearchField::paintEvent(QPaintEvent* event)
+{
+    QLineEdit::paintEvent(event);
+    QPainter painter{this};
+    SymbolIcon::paint(painter, {Theme::gap, 0, Theme::iconSize, height()}, "magnifyingglass",
+                      Theme::shared().colour(Theme::Colour::secondary));
 }
 
 void SearchField::keyPressEvent(QKeyEvent* event)

@@ -18,6 +18,7 @@ Q_SIGNALS:
     void listRequested();
 
 protected:
+    void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:

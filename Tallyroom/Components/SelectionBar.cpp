@@ -7,7 +7,15 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace tallyroom {
+
+namespace {
+
+const QString hint = QStringLiteral("Cochez les éléments à supprimer");
+
+} // namespace
 
 SelectionBar::SelectionBar(QWidget* parent)
     : QWidget(parent), m_symbol(new QLabel{this}), m_count(new QLabel{this}), m_size(new QLabel{this}),
@@ -21,7 +29,8 @@ SelectionBar::SelectionBar(QWidget* parent)
     auto* const summary = new QHBoxLayout;
     summary->addWidget(m_symbol);
     summary->addWidget(m_count);
-    summary->addWidget(m_size, 1);
+    summary->addWidget(m_size);
+    summary->addStretch(1);
     auto* const buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(m_selectAll);
@@ -54,8 +63,9 @@ void SelectionBar::setUpButtons()
 void SelectionBar::setSelection(std::int64_t count, std::int64_t bytes)
 {
     m_isEmpty = count == 0;
+    m_size->setVisible(!m_isEmpty);
     if (m_isEmpty) {
-        m_count->setText(QStringLiteral("Cochez les éléments à supprimer"));
+        m_count->setText(hint);
         m_size->clear();
     } else {
         m_count->setText(
@@ -84,8 +94,11 @@ void SelectionBar::resizeEvent(QResizeEvent* event)
 
 void SelectionBar::fold()
 {
-    const int summary = m_symbol->sizeHint().width() + m_count->sizeHint().width() +
-                        m_size->sizeHint().width() + 3 * Theme::gap;
+    // The hint counts while something is checked too: the first check must not move the rows above.
+    const int hintWidth = QFontMetrics{Theme::shared().body()}.horizontalAdvance(hint);
+    const int sum = m_count->sizeHint().width() + m_size->sizeHint().width();
+    const int text = m_isEmpty ? hintWidth : std::max(hintWidth, sum);
+    const int summary = m_symbol->sizeHint().width() + text + 3 * Theme::gap;
     const bool isNarrow = width() < minimumSizeHint().width() + summary;
     m_lines->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
 }

@@ -3,6 +3,7 @@
 #include "Bridge/FileUrlText.h"
 #include "Components/Shortcut.h"
 #include "Components/SymbolIcon.h"
+#include "Components/TabOrder.h"
 #include "Components/Theme.h"
 #include "Settings/PersistedSettings.h"
 #include "Shell/Sidebar.h"
@@ -131,6 +132,11 @@ void ContentView::closeEvent(QCloseEvent* event)
 {
     Settings::write(geometryKey, saveGeometry());
     QWidget::closeEvent(event);
+}
+
+bool ContentView::focusNextPrevChild(bool isForward)
+{
+    return TabOrder::moveFocus(*this, isForward);
 }
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event)

@@ -47,7 +47,10 @@ void MessagePage::setText(const QString& title, const QString& message)
     m_title->setText(title);
     m_title->setVisible(!title.isEmpty());
     m_message->setText(message);
-    setAccessibleName(title.isEmpty() ? message : title + QStringLiteral(". ") + message);
+    const QString name = title.isEmpty() ? message : title + QStringLiteral(". ") + message;
+    if (name != accessibleName()) { // each setting is told to screen readers
+        setAccessibleName(name);
+    }
 }
 
 QPushButton* MessagePage::addAction(const QString& text)

@@ -1,15 +1,16 @@
 #include "Tools/ToolHeader.h"
 
 #include "Components/ExportButton.h"
+#include "Components/FlowLayout.h"
 #include "Components/NoticeLine.h"
 #include "Components/SearchField.h"
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QResizeEvent>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -19,20 +20,20 @@ namespace tallyroom {
 namespace {
 
 constexpr int searchWidth = 220;
-constexpr int smallestSearchWidth = 100;
+constexpr int smallestSearchWidth = 130;
 constexpr int leadingWidth = 180;
 
 } // namespace
 
 ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     : QWidget(parent), m_row(new QBoxLayout(QBoxLayout::LeftToRight)), m_controls(new QHBoxLayout),
-      m_options(new QHBoxLayout), m_search(new SearchField(searchPlaceholder)), m_refresh(new QPushButton),
+      m_options(new FlowLayout), m_search(new SearchField(searchPlaceholder)), m_refresh(new QPushButton),
       m_stop(new QPushButton(QStringLiteral("Arrêter"))), m_export(new ExportButton), m_summary(new QLabel),
       m_notice(new NoticeLine), m_actions(new QHBoxLayout)
 {
     m_search->setMaximumWidth(searchWidth);
     m_search->setMinimumWidth(smallestSearchWidth);
-    m_search->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    m_search->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     Theme::dress(m_refresh, Theme::Button::icon);
     m_refresh->setIcon(SymbolIcon::icon("arrow.clockwise"));
     m_refresh->setAccessibleName(QStringLiteral("Rafraîchir"));
@@ -44,7 +45,6 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     m_summary->setWordWrap(true);
     m_summary->setTextFormat(Qt::PlainText);
 
-    m_options->setSpacing(Theme::gap);
     m_controls->setSpacing(Theme::gap);
     m_controls->addWidget(m_search, 1);
     m_controls->addLayout(m_options);
@@ -113,16 +113,41 @@ void ToolHeader::showEntryCount(std::size_t count)
     m_export->setEntryCount(count);
 }
 
-void ToolHeader::resizeEvent(QResizeEvent* event)
+bool ToolHeader::event(QEvent* event)
 {
-    QWidget::resizeEvent(event);
+    const bool isHandled = QWidget::event(event);
+    // An option that says something longer wants more room, and "Arrêter" more than the button it replaces.
+    if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
+        fold();
+    }
+    return isHandled;
+}
+
+void ToolHeader::fold()
+{
     const QMargins margins = layout()->contentsMargins();
-    const int others = m_controls->minimumSize().width() - m_search->minimumWidth();
-    const int needed = margins.left() + leadingWidth + Theme::gap + searchWidth + others + margins.right();
-    const bool isNarrow = event->size().width() < needed;
+    const int room = width() - margins.left() - margins.right();
+    const int buttons = (m_stop->isHidden() ? m_refresh->sizeHint() : m_stop->sizeHint()).width() +
+                        m_export->sizeHint().width();
+    const int options = m_options->sizeHint().width();
+    const int others = options + (options > 0 ? Theme::gap : 0) + buttons + 2 * Theme::gap;
+    const bool isNarrow = room < leadingWidth + Theme::gap + searchWidth + others;
     m_row->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
     m_search->setMinimumWidth(isNarrow ? smallestSearchWidth : searchWidth);
     m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : searchWidth);
+    placeOptions(options > 0 && room < smallestSearchWidth + others);
+}
+
+void ToolHeader::placeOptions(bool isBelow)
+{
+    if (std::exchange(m_areOptionsBelow, isBelow) == isBelow) {
+        return;
+    }
+    auto* const column = static_cast<QBoxLayout*>(layout());
+    QBoxLayout* const before = isBelow ? m_controls : column;
+    QBoxLayout* const now = isBelow ? column : m_controls;
+    before->removeItem(m_options);
+    now->insertLayout(1, m_options);
 }
 
 } // namespace tallyroom

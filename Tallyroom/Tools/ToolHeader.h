@@ -11,12 +11,13 @@ class QPushButton;
 namespace tallyroom {
 
 class ExportButton;
+class FlowLayout;
 class NoticeLine;
 class SearchField;
 
 /// The top of a tool's screen: where one is, the filter, the tool's own options, "Rafraîchir" or "Arrêter",
-/// "Exporter", and a line that sums up the list. Breaks into two rows where the window is narrow. Main
-/// thread.
+/// "Exporter", and a line that sums up the list. Breaks into two rows where the window is narrow, and the
+/// options into rows of their own where that is not enough. Main thread.
 class ToolHeader : public QWidget {
     Q_OBJECT
 
@@ -49,13 +50,17 @@ Q_SIGNALS:
     void exportRequested();
 
 protected:
-    void resizeEvent(QResizeEvent* event) override;
+    bool event(QEvent* event) override;
 
 private:
+    void fold();
+    void placeOptions(bool isBelow);
+
     QBoxLayout* m_row;
     QWidget* m_leading = nullptr;
     QHBoxLayout* m_controls;
-    QHBoxLayout* m_options;
+    FlowLayout* m_options;
+    bool m_areOptionsBelow = false;
     SearchField* m_search;
     QPushButton* m_refresh;
     QPushButton* m_stop;

@@ -40,6 +40,7 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
     m_rows->setDeletionEnabled(true);
+    m_rows->focusProxy()->setAccessibleName(m_style.title);
     m_pages->addList(m_rows);
     makeLayout();
     connectTool();

@@ -1,13 +1,17 @@
 #include "Tools/DiskUsage/DiskUsageView.h"
 
+#include "App/EventWait.h"
 #include "App/NavigatorScene.h"
 #include "App/ScreenWords.h"
+#include "Bridge/FileUrlText.h"
 #include "Components/EntryTable.h"
 #include "Components/SearchField.h"
 #include "Components/SelectionBar.h"
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
 #include "Settings/PersistedSettings.h"
+#include "Shell/ContentView.h"
+#include "Support/TemporaryTree.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
 
 #include <QAbstractButton>
@@ -249,6 +253,50 @@ TEST_F(DiskUsageViewTest, TheChoiceOfTreemapIsKept)
     EXPECT_FALSE(table().isVisible());
     const DiskUsageView next{*scene.navigator};
     EXPECT_TRUE(next.isTreemapShown());
+}
+
+/// What Tab, or Shift+Tab, comes by from where the keyboard is, until it is there again.
+QStringList stopsOf(QWidget& window, Qt::Key key)
+{
+    QStringList stops;
+    const QWidget* const start = window.focusWidget();
+    do {
+        const auto* const button = qobject_cast<QAbstractButton*>(window.focusWidget());
+        const QString name = window.focusWidget()->accessibleName();
+        stops << (name.isEmpty() && button != nullptr ? button->text() : name);
+        QTest::keyClick(window.focusWidget(), key);
+    } while (window.focusWidget() != start && stops.size() < 20);
+    return stops;
+}
+
+TEST(ContentView, TabGoesThroughTheWindowAsItIsSeenAndBack)
+{
+    Settings::store().remove(QStringLiteral("diskUsage.treemap"));
+    const TemporaryTree tree{file("inner/photo.jpg", 5000)};
+    ContentView window;
+    window.show();
+    QApplication::setActiveWindow(&window);
+    window.openFolder(tree.url());
+    FolderNavigatorViewModel& navigator = window.store().diskUsage;
+    const auto isLoaded = [&navigator] { return !navigator.isScanning() && !navigator.entries().empty(); };
+    ASSERT_TRUE(waitUntil(&navigator, &FolderTool::stateChanged, isLoaded));
+    navigator.activate(navigator.entries()[0]);
+    ASSERT_TRUE(waitUntil(&navigator, &FolderTool::stateChanged, isLoaded));
+    window.findChild<SearchField*>()->setFocus();
+    QStringList seen{QStringLiteral("Filtrer par nom"),
+                     QStringLiteral("Tableau"),
+                     QStringLiteral("Rafraîchir"),
+                     QStringLiteral("Exporter"),
+                     QStringLiteral("Trier par : Taille, décroissant"),
+                     QStringLiteral("Espace disque"),
+                     QStringLiteral("Tout sélectionner"),
+                     QStringLiteral("Tout désélectionner"),
+                     QStringLiteral("Outils"),
+                     QStringLiteral("Retour"),
+                     FileUrlText::display(tree.url().lastPathComponent())};
+    EXPECT_EQ(stopsOf(window, Qt::Key_Tab).join(u'|').toStdString(), seen.join(u'|').toStdString());
+    std::reverse(seen.begin() + 1, seen.end());
+    EXPECT_EQ(stopsOf(window, Qt::Key_Backtab).join(u'|').toStdString(), seen.join(u'|').toStdString());
 }
 
 TEST(Breadcrumb, ALongWayKeepsRootAndCurrentFolderOnScreen)

@@ -213,6 +213,25 @@ TEST_F(EntryTableTest, TitlesSortAndSayTheOrder)
     EXPECT_EQ(table->sortOrder().key, EntrySortOrder::Key::size) << "the boxes' column sorts nothing";
 }
 
+TEST_F(EntryTableTest, TitlesSortByTheKeyboardAndSayWhatTheyDo)
+{
+    table->setEntries({file("b", 1), file("a", 2), file("c", 3)});
+    QApplication::setActiveWindow(table.get());
+    QHeaderView* const header = view->horizontalHeader();
+    header->setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(header->accessibleName(), QStringLiteral("Trier par : Taille, décroissant"));
+    QTest::keyClick(header, Qt::Key_Left);
+    QTest::keyClick(header, Qt::Key_Left); // the column of boxes has no title
+    EXPECT_EQ(header->accessibleName(), QStringLiteral("Trier par : Nom"));
+    QTest::keyClick(header, Qt::Key_Space);
+    EXPECT_THAT(names(), ElementsAre("a", "b", "c"));
+    QTest::keyClick(header, Qt::Key_Return);
+    EXPECT_THAT(names(), ElementsAre("c", "b", "a"));
+    EXPECT_EQ(header->accessibleName(), QStringLiteral("Trier par : Nom, décroissant"));
+    QTest::keyClick(header, Qt::Key_Down);
+    EXPECT_TRUE(view->hasFocus());
+}
+
 TEST_F(EntryTableTest, AToolsOwnColumnSortsByItsKeyAndOnlyIfItHasOne)
 {
     const auto age = [](const Entry& entry) { return static_cast<double>(entry.name.size()); };

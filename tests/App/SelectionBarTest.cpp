@@ -76,6 +76,19 @@ TEST(SelectionBar, NothingIsClippedInANarrowWindow)
     }
 }
 
+TEST(SelectionBar, TheFirstCheckKeepsItsHeight)
+{
+    SelectionBar bar;
+    bar.show();
+    for (int width = 500; width < 900; width += 10) {
+        bar.setSelection(0, 0);
+        bar.resize(width, 0);
+        const int height = bar.sizeHint().height();
+        bar.setSelection(1, 1500);
+        EXPECT_EQ(bar.sizeHint().height(), height) << width;
+    }
+}
+
 TEST(ScanProgressBar, CutsThePercentageAndGroupsNoDigits)
 {
     ScanProgressBar bar;
