@@ -214,6 +214,9 @@ TEST(CommandLine, TellsTheKindsOfFilesInEveryFormat)
 
 TEST(CommandLine, TellsTheVolumesInEveryFormat)
 {
+    if (!isRootMounted()) {
+        GTEST_SKIP() << "the mount table says nothing of this root";
+    }
     const Answer table = run({"volumes"});
     EXPECT_EQ(table.exitCode, 0);
     EXPECT_THAT(lines(table.output)[0], testing::AllOf(HasSubstr("Capacité"), HasSubstr("Emplacement")));

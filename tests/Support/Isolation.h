@@ -64,6 +64,9 @@ private:
 /// crashed. For a process that has no other thread.
 std::vector<int> inChildProcesses(int count, const std::function<int(int child)>& action);
 
+/// Whether the mount table of this process knows its root: it does not in a chroot of a plain folder.
+[[nodiscard]] bool isRootMounted();
+
 /// Runs `action` in a child process and returns what it returned, 0 to 255; -1 when the process crashed.
 int inChildProcess(const std::function<int()>& action);
 
