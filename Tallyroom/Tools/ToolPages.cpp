@@ -1,6 +1,7 @@
 #include "Tools/ToolPages.h"
 
 #include "Components/ScanningView.h"
+#include "Components/Theme.h"
 #include "Settings/RecentFolders.h"
 #include "Tools/MessagePage.h"
 
@@ -76,6 +77,11 @@ QWidget* ToolPages::page(bool isPatient, bool hidesEverything) const
         return hidesEverything ? static_cast<QWidget*>(m_noMatch) : m_lists;
     }
     return m_welcome;
+}
+
+QSize ToolPages::minimumSizeHint() const
+{
+    return {QStackedWidget::minimumSizeHint().width(), 2 * Theme::rowHeight};
 }
 
 void ToolPages::showPage(bool isPatient, bool hidesEverything)

@@ -32,6 +32,12 @@ public:
     /// `hidesEverything`: the filter lets no entry through.
     void showPage(bool isPatient, bool hidesEverything);
 
+    // In a low window the list gives way, not what can be done with it; and the highest of the pages, on show
+    // or not, is no measure.
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+    [[nodiscard]] bool hasHeightForWidth() const override { return false; }
+
 Q_SIGNALS:
     void folderRequested();
 
