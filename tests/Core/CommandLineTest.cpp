@@ -287,6 +287,9 @@ TEST(CommandLine, ListsDuplicatesGroupByGroupInEveryFormat)
 
 TEST(CommandLine, StopsThoughAVolumeDoesNotAnswer)
 {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the search for leaks at a program's end waits for every thread, the one that hangs too";
+#endif
     const TemporaryTree tree{folder("silent"), file("a", 1)};
     const auto volume = TemporaryMount::silent(tree.path("silent"));
     if (!volume.isMounted()) {
