@@ -74,7 +74,7 @@ void ListToolScreen::showFilter()
 
 void ListToolScreen::exportEntries()
 {
-    if (m_list.entries().empty()) {
+    if (m_list.filteredEntries().empty()) {
         return;
     }
     exportAsCSV(

@@ -8,6 +8,7 @@
 #include "Components/Shortcut.h"
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
+#include "Tools/NumberText.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolPages.h"
 #include "Tools/ToolTitle.h"
@@ -260,7 +261,8 @@ void ToolScreen::showSummary()
 
 QString ToolScreen::counted(std::size_t count, const QString& one)
 {
-    return QString::number(count) + QLatin1Char{' '} + one + (count >= 2 ? QStringLiteral("s") : QString{});
+    return NumberText::grouped(static_cast<std::int64_t>(count)) + QLatin1Char{' '} + one +
+           (count >= 2 ? QStringLiteral("s") : QString{});
 }
 
 std::vector<Entry> ToolScreen::selectedEntries() const

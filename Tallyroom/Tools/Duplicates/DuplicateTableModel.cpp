@@ -101,7 +101,7 @@ void DuplicateTableModel::checkOthers(const Entry& kept)
     Q_EMIT selectionEdited();
 }
 
-bool DuplicateTableModel::keepsSomething(const DuplicateGroup& group) const
+bool DuplicateTableModel::hasChecked(const DuplicateGroup& group) const
 {
     return std::ranges::any_of(group.entries, [this](const Entry& copy) { return isChecked(copy); });
 }
@@ -112,7 +112,7 @@ std::vector<EntryBadge> DuplicateTableModel::badges(int row) const
     const std::size_t copy = rowAt(row).copy;
     const FileIdentity& identity = group.identities[copy];
     std::vector<EntryBadge> badges;
-    if (!isChecked(group.entries[copy]) && keepsSomething(group)) {
+    if (!isChecked(group.entries[copy]) && hasChecked(group)) {
         badges.push_back({QStringLiteral("conservé"), Theme::Colour::done});
     }
     // Of the paths that lead to one file, all but the first say so: removing one of them frees nothing.

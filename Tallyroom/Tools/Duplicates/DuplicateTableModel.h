@@ -68,7 +68,7 @@ private:
 
     [[nodiscard]] const Row& rowAt(int row) const { return m_rows[static_cast<std::size_t>(row)]; }
 
-    [[nodiscard]] bool keepsSomething(const DuplicateGroup& group) const;
+    [[nodiscard]] bool hasChecked(const DuplicateGroup& group) const;
     [[nodiscard]] QString text(int row, int column) const;
     [[nodiscard]] QString accessibleText(int row) const;
 

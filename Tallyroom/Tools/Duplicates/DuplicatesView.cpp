@@ -147,7 +147,7 @@ ToolScreen::Caution DuplicatesView::caution(const std::vector<Entry>& entries) c
 
 void DuplicatesView::exportEntries()
 {
-    if (m_duplicates.groups().empty()) {
+    if (m_duplicates.filteredGroups().empty()) {
         return;
     }
     exportAsCSV(
