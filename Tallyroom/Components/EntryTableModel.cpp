@@ -1,8 +1,8 @@
 #include "Components/EntryTableModel.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/SizeText.h"
 #include "Components/FileKindPresentation.h"
-#include "Text/SizeFormatter.h"
 
 namespace tallyroom {
 
@@ -115,7 +115,7 @@ QString EntryTableModel::text(const Entry& entry, int column) const
         return nameText(entry);
     }
     if (column == sizeColumn()) {
-        return QString::fromStdString(SizeFormatter::string(entry.sizeBytes));
+        return sizeText(entry.sizeBytes);
     }
     return m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].text(entry);
 }

@@ -1,7 +1,7 @@
 #include "Components/SelectionBar.h"
 
+#include "Bridge/SizeText.h"
 #include "Components/SymbolIcon.h"
-#include "Text/SizeFormatter.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -70,7 +70,7 @@ void SelectionBar::setSelection(std::int64_t count, std::int64_t bytes)
     } else {
         m_count->setText(
             QStringLiteral("%1 sélectionné%2").arg(count).arg(count == 1 ? QString{} : QStringLiteral("s")));
-        m_size->setText(QStringLiteral("· %1").arg(QString::fromStdString(SizeFormatter::string(bytes))));
+        m_size->setText(QStringLiteral("· %1").arg(sizeText(bytes)));
     }
     Theme::dress(m_count, m_isEmpty ? Theme::Text::secondary : Theme::Text::strong);
     m_delete->setEnabled(count >= 1);

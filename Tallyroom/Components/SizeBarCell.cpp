@@ -1,8 +1,8 @@
 #include "Components/SizeBarCell.h"
 
+#include "Bridge/SizeText.h"
 #include "Components/Capsule.h"
 #include "Components/Theme.h"
-#include "Text/SizeFormatter.h"
 
 #include <QPainter>
 
@@ -21,7 +21,7 @@ void SizeBarCell::paint(QPainter& painter, const QRect& cell) const
     painter.setFont(theme.small());
     painter.setPen(Theme::readableOn(fill)); // the track lies between the fill and the window
     painter.drawText(bar.adjusted(0, 0, -bar.height() / 2, 0), Qt::AlignRight | Qt::AlignVCenter,
-                     QString::fromStdString(SizeFormatter::string(sizeBytes)));
+                     sizeText(sizeBytes));
     painter.restore();
 }
 

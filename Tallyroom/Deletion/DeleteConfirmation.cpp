@@ -1,8 +1,8 @@
 #include "Deletion/DeleteConfirmation.h"
 
+#include "Bridge/SizeText.h"
 #include "Components/CheckBox.h"
 #include "Components/Theme.h"
-#include "Text/SizeFormatter.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -57,8 +57,7 @@ DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, 
 
 QString DeleteConfirmation::message() const
 {
-    return m_pending.label + QStringLiteral(" · ") +
-           QString::fromStdString(SizeFormatter::string(m_pending.size)) +
+    return m_pending.label + QStringLiteral(" · ") + sizeText(m_pending.size) +
            QStringLiteral("\n\n« Mettre à la corbeille » est réversible. « Supprimer définitivement » ne "
                           "l'est pas.");
 }

@@ -1,6 +1,6 @@
 #include "Deletion/DeletionSupport.h"
 
-#include "Text/SizeFormatter.h"
+#include "Bridge/SizeText.h"
 
 #include <algorithm>
 #include <iterator>
@@ -79,8 +79,7 @@ QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t fr
         permanently ? QStringLiteral("supprimé(s) définitivement") : QStringLiteral("mis à la corbeille");
     if (result.allSucceeded()) {
         return QStringLiteral("%1 élément(s) · %2 %3.")
-            .arg(QString::number(result.removed.size()), QString::fromStdString(SizeFormatter::string(freed)),
-                 verb);
+            .arg(QString::number(result.removed.size()), sizeText(freed), verb);
     }
     return QStringLiteral("%1 %2, %3 en échec.")
         .arg(QString::number(result.removed.size()), verb, QString::number(result.failures.size()));

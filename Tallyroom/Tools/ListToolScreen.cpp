@@ -1,8 +1,8 @@
 #include "Tools/ListToolScreen.h"
 
+#include "Bridge/SizeText.h"
 #include "Components/EntryTable.h"
 #include "Text/CSVExport.h"
-#include "Text/SizeFormatter.h"
 #include "Tools/ExportFlow.h"
 #include "Tools/ToolHeader.h"
 
@@ -51,7 +51,7 @@ void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
 QString ListToolScreen::summary() const
 {
     return counted(m_list.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
-           QString::fromStdString(SizeFormatter::string(m_list.totalSize()));
+           sizeText(m_list.totalSize());
 }
 
 void ListToolScreen::showEntries()

@@ -1,7 +1,7 @@
 #include "Tools/ListToolViewModel.h"
 
 #include "Bridge/FileUrlText.h"
-#include "Text/SizeFormatter.h"
+#include "Bridge/SizeText.h"
 
 #include <algorithm>
 #include <iterator>
@@ -83,8 +83,7 @@ double ListToolViewModel::scanFraction() const
 
 QString ListToolViewModel::scanReport() const
 {
-    return QStringLiteral("%1 élément(s) · %2")
-        .arg(QString::number(m_entries.size()), QString::fromStdString(SizeFormatter::string(totalSize())));
+    return QStringLiteral("%1 élément(s) · %2").arg(QString::number(m_entries.size()), sizeText(totalSize()));
 }
 
 ScanLine ListToolViewModel::scanLine() const

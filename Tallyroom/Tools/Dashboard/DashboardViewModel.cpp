@@ -1,8 +1,8 @@
 #include "Tools/Dashboard/DashboardViewModel.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/SizeText.h"
 #include "Settings/RecentFolders.h"
-#include "Text/SizeFormatter.h"
 #include "Tools/NumberText.h"
 
 #include <algorithm>
@@ -28,8 +28,7 @@ QString DashboardViewModel::scanReport() const
     if (!m_summary) {
         return {};
     }
-    return NumberText::files(m_summary->totalFiles) + QStringLiteral(" · ") +
-           QString::fromStdString(SizeFormatter::string(m_summary->totalBytes));
+    return NumberText::files(m_summary->totalFiles) + QStringLiteral(" · ") + sizeText(m_summary->totalBytes);
 }
 
 void DashboardViewModel::refresh()

@@ -1,7 +1,7 @@
 #include "Tools/Dashboard/KindText.h"
 
+#include "Bridge/SizeText.h"
 #include "Components/FileKindPresentation.h"
-#include "Text/SizeFormatter.h"
 #include "Tools/NumberText.h"
 
 #include <QStringList>
@@ -19,22 +19,19 @@ QString share(double share)
 
 QString total(const FolderSummary& summary)
 {
-    return NumberText::files(summary.totalFiles) + QStringLiteral(" · ") +
-           QString::fromStdString(SizeFormatter::string(summary.totalBytes));
+    return NumberText::files(summary.totalFiles) + QStringLiteral(" · ") + sizeText(summary.totalBytes);
 }
 
 QString name(const CategorySize& category, double share)
 {
-    const QStringList parts{displayName(category.kind),
-                            QString::fromStdString(SizeFormatter::string(category.totalBytes)),
-                            KindText::share(share), NumberText::files(category.fileCount)};
+    const QStringList parts{displayName(category.kind), sizeText(category.totalBytes), KindText::share(share),
+                            NumberText::files(category.fileCount)};
     return parts.join(QStringLiteral(", "));
 }
 
 QString toolTip(const CategorySize& category, double share)
 {
-    const QString figures = QString::fromStdString(SizeFormatter::string(category.totalBytes)) +
-                            QStringLiteral(" · ") + KindText::share(share);
+    const QString figures = sizeText(category.totalBytes) + QStringLiteral(" · ") + KindText::share(share);
     return QStringLiteral("<qt><b>%1</b><br><nobr>%2</nobr></qt>")
         .arg(displayName(category.kind), figures.toHtmlEscaped());
 }

@@ -1,7 +1,7 @@
 #include "Tools/Dashboard/VolumeText.h"
 
 #include "Bridge/FileUrlText.h"
-#include "Text/SizeFormatter.h"
+#include "Bridge/SizeText.h"
 
 #include <QStringList>
 
@@ -25,7 +25,7 @@ bool isNearlyFull(const VolumeUsage& volume)
 
 QString size(std::int64_t bytes)
 {
-    return QString::fromStdString(SizeFormatter::string(bytes));
+    return sizeText(bytes);
 }
 
 QString fill(const VolumeUsage& volume)

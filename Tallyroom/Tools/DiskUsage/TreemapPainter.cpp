@@ -1,8 +1,8 @@
 #include "Tools/DiskUsage/TreemapPainter.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/SizeText.h"
 #include "Components/Theme.h"
-#include "Text/SizeFormatter.h"
 
 #include <QTextLayout>
 
@@ -268,7 +268,7 @@ void TreemapPainter::paintLabel(QPainter& painter, const QRect& rect, const Entr
         painter.drawText(QPointF{room.x(), baseline}, line);
         baseline += lineHeight;
     }
-    const QString size = QString::fromStdString(SizeFormatter::string(entry.sizeBytes));
+    const QString size = sizeText(entry.sizeBytes);
     if (!names.empty() && names.size() < fitting &&
         letters.sizeMetrics.horizontalAdvance(size) <= room.width()) {
         painter.setFont(letters.size);

@@ -1,7 +1,7 @@
 #include "Tools/DiskUsage/TreemapText.h"
 
 #include "Bridge/FileUrlText.h"
-#include "Text/SizeFormatter.h"
+#include "Bridge/SizeText.h"
 #include "Tools/NumberText.h"
 
 namespace tallyroom::TreemapText {
@@ -10,7 +10,7 @@ namespace {
 
 QString formatted(std::int64_t bytes)
 {
-    return QString::fromStdString(SizeFormatter::string(bytes));
+    return sizeText(bytes);
 }
 
 QString shareOf(double share)

@@ -1,9 +1,9 @@
 #include "Tools/Duplicates/DuplicateTableModel.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/SizeText.h"
 #include "Components/FileKindPresentation.h"
 #include "Removal/TrashFolders.h"
-#include "Text/SizeFormatter.h"
 #include "Tools/AgeText.h"
 
 #include <algorithm>
@@ -12,14 +12,7 @@
 
 namespace tallyroom {
 
-namespace {
-
-QString sizeText(std::int64_t bytes)
-{
-    return QString::fromStdString(SizeFormatter::string(bytes));
-}
-
-} // namespace
+namespace {} // namespace
 
 void DuplicateTableModel::setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown)
 {

@@ -1,9 +1,9 @@
 #include "Tools/Duplicates/DuplicatesView.h"
 
 #include "Analysis/DuplicateExport.h"
+#include "Bridge/SizeText.h"
 #include "Components/OptionMenu.h"
 #include "Components/SymbolIcon.h"
-#include "Text/SizeFormatter.h"
 #include "Tools/Duplicates/DuplicateTable.h"
 #include "Tools/ExportFlow.h"
 #include "Tools/ToolHeader.h"
@@ -26,11 +26,6 @@ ToolScreenStyle screenStyle()
                        "dit ce que leurs copies occupent."));
     style.emptyMessage = QStringLiteral("Aucun doublon dans ce dossier.");
     return style;
-}
-
-QString sizeText(std::int64_t bytes)
-{
-    return QString::fromStdString(SizeFormatter::string(bytes));
 }
 
 QString minimumText(std::int64_t size)

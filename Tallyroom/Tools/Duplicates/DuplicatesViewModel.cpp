@@ -2,9 +2,9 @@
 
 #include "Analysis/DuplicateRemovalCheck.h"
 #include "Bridge/FileUrlText.h"
+#include "Bridge/SizeText.h"
 #include "Scanning/FileScanner.h"
 #include "Settings/PersistedSettings.h"
-#include "Text/SizeFormatter.h"
 
 #include <algorithm>
 #include <iterator>
@@ -207,8 +207,7 @@ ScanLine DuplicatesViewModel::scanLine() const
 QString DuplicatesViewModel::scanReport() const
 {
     return QStringLiteral("%1 groupe(s) · %2 récupérables")
-        .arg(QString::number(groups().size()),
-             QString::fromStdString(SizeFormatter::string(totalReclaimable())));
+        .arg(QString::number(groups().size()), sizeText(totalReclaimable()));
 }
 
 void DuplicatesViewModel::deleteSelected(const UrlSet& urls, bool permanently)

@@ -1,8 +1,8 @@
 #include "Tools/NodeModules/NodeModulesView.h"
 
+#include "Bridge/SizeText.h"
 #include "Components/EntryTable.h"
 #include "Components/OptionMenu.h"
-#include "Text/SizeFormatter.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolStyles.h"
 
@@ -85,7 +85,7 @@ QString NodeModulesView::summary() const
     if (!old.empty()) {
         text += QStringLiteral(" · %1 ancien%2, %3 à récupérer")
                     .arg(QString::number(old.size()), old.size() >= 2 ? QStringLiteral("s") : QString{},
-                         QString::fromStdString(SizeFormatter::string(totalSize(old))));
+                         sizeText(totalSize(old)));
     }
     return text;
 }
