@@ -12,8 +12,6 @@
 
 namespace tallyroom {
 
-namespace {} // namespace
-
 void DuplicateTableModel::setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown)
 {
     std::vector<Row> rows;
