@@ -1,58 +1,91 @@
 #include "Settings/PersistedSettings.h"
 
+#include <QIODevice>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
 #include <cmath>
 
 namespace tallyroom::Settings {
 
+namespace {
+
+bool readJson(QIODevice& file, QSettings::SettingsMap& values)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    values = document.object().toVariantMap();
+    return document.isObject();
+}
+
+bool writeJson(QIODevice& file, const QSettings::SettingsMap& values)
+{
+    const QByteArray text = QJsonDocument{QJsonObject::fromVariantMap(values)}.toJson();
+    return file.write(text) == text.size();
+}
+
+} // namespace
+
+QSettings::Format format()
+{
+    // The INI format of the library builds whatever object a damaged file names, of any size.
+    static const QSettings::Format json =
+        QSettings::registerFormat(QStringLiteral("json"), readJson, writeJson);
+    return json;
+}
+
 QSettings& store()
 {
-    static QSettings settings{QSettings::IniFormat, QSettings::UserScope, QStringLiteral("tallyroom"),
+    static QSettings settings{format(), QSettings::UserScope, QStringLiteral("tallyroom"),
                               QStringLiteral("tallyroom")};
     return settings;
 }
 
 std::optional<std::int64_t> integer(const QString& key)
 {
-    // The file keeps texts: what counts is whether the text is a number, not how it was put there.
-    bool isInteger = false;
-    const std::int64_t value = text(key).value_or(QString{}).toLongLong(&isInteger);
-    return isInteger ? std::optional{value} : std::nullopt;
+    const QVariant value = store().value(key);
+    const bool hasFraction =
+        value.typeId() == QMetaType::Double && value.toDouble() != std::trunc(value.toDouble());
+    return hasFraction ? std::nullopt : truncatedNumber(key);
 }
 
 std::optional<std::int64_t> truncatedNumber(const QString& key)
 {
-    if (const auto whole = integer(key)) {
-        return whole;
-    }
     static constexpr double limit = 9.2e18;
-    bool isNumber = false;
-    const double value = text(key).value_or(QString{}).toDouble(&isNumber);
-    return isNumber && std::abs(value) < limit ? std::optional{static_cast<std::int64_t>(value)}
-                                               : std::nullopt;
+    const QVariant value = store().value(key);
+    switch (value.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+        return value.toLongLong();
+    case QMetaType::Double:
+        return std::abs(value.toDouble()) < limit ? std::optional{static_cast<std::int64_t>(value.toDouble())}
+                                                  : std::nullopt;
+    default:
+        return std::nullopt;
+    }
 }
 
 std::optional<QString> text(const QString& key)
 {
     const QVariant value = store().value(key);
-    return value.canConvert<QString>() && value.typeId() != QMetaType::QStringList
-               ? std::optional{value.toString()}
-               : std::nullopt;
+    return value.typeId() == QMetaType::QString ? std::optional{value.toString()} : std::nullopt;
 }
 
 std::optional<QStringList> textList(const QString& key)
 {
-    // A list of one text is kept as that text, an empty one as an invalid value under its key.
     const QVariant value = store().value(key);
-    if (value.typeId() == QMetaType::QStringList || value.typeId() == QMetaType::QString) {
-        return value.toStringList();
-    }
-    return store().contains(key) && !value.isValid() ? std::optional{QStringList{}} : std::nullopt;
+    const bool isList = value.typeId() == QMetaType::QStringList || value.typeId() == QMetaType::QVariantList;
+    const QVariantList list = value.toList();
+    return isList && std::ranges::all_of(
+                         list, [](const QVariant& one) { return one.typeId() == QMetaType::QString; })
+               ? std::optional{value.toStringList()}
+               : std::nullopt;
 }
 
 bool flag(const QString& key, bool otherwise)
 {
-    const auto stored = text(key);
-    return stored ? *stored == QStringLiteral("true") : otherwise;
+    const QVariant value = store().value(key);
+    return value.typeId() == QMetaType::Bool ? value.toBool() : otherwise;
 }
 
 void write(const QString& key, const QVariant& value)

@@ -10,14 +10,17 @@
 
 namespace tallyroom {
 
-/// The user's choices that survive a restart, in one INI file of the user's configuration folder. Values of
-/// a wrong shape read as absent. Main thread.
+/// The user's choices that survive a restart, in one JSON object (RFC 8259) in the user's configuration
+/// folder. Values of a wrong shape read as absent, and so does all of a damaged file. Main thread.
 namespace Settings {
+
+/// How the file is read and written.
+[[nodiscard]] QSettings::Format format();
 
 /// The one handle, made on first use.
 [[nodiscard]] QSettings& store();
 
-/// A stored integer; nothing when absent or anything else.
+/// A stored number that is whole; nothing when absent or anything else, a text of digits included.
 [[nodiscard]] std::optional<std::int64_t> integer(const QString& key);
 
 /// A stored number without its fraction; nothing when absent, no number or beyond 64 bits.
@@ -30,7 +33,7 @@ namespace Settings {
 
 [[nodiscard]] bool flag(const QString& key, bool otherwise);
 
-/// Writes a value; it reaches the disk soon, and at the latest when the program ends.
+/// Writes a text, a number, a truth or a list of texts; it reaches the disk soon, and at the latest when the program ends.
 void write(const QString& key, const QVariant& value);
 
 /// How many of the largest files are kept: "lf.limit", 100 when not chosen.

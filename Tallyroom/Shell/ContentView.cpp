@@ -125,12 +125,12 @@ void ContentView::watch(const ToolDescriptor& descriptor)
 void ContentView::restoreSize()
 {
     resize(defaultSize);
-    restoreGeometry(Settings::store().value(geometryKey).toByteArray());
+    restoreGeometry(QByteArray::fromBase64(Settings::text(geometryKey).value_or(QString{}).toLatin1()));
 }
 
 void ContentView::closeEvent(QCloseEvent* event)
 {
-    Settings::write(geometryKey, saveGeometry());
+    Settings::write(geometryKey, QString::fromLatin1(saveGeometry().toBase64()));
     QWidget::closeEvent(event);
 }
 

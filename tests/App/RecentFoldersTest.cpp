@@ -2,6 +2,9 @@
 
 #include "Settings/PersistedSettings.h"
 
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -24,7 +27,7 @@ protected:
     static std::vector<FileUrl> reloaded()
     {
         Settings::store().sync();
-        const QSettings file{Settings::store().fileName(), QSettings::IniFormat};
+        const QSettings file{Settings::store().fileName(), Settings::format()};
         Settings::write(key, file.value(key));
         return RecentFolders{key}.urls();
     }
@@ -72,18 +75,41 @@ TEST(Settings, AWrongValueReadsAsTheDefault)
     const std::vector<Case> cases{
         {{}, 100, 1'048'576},
         {250, 250, 250},
-        {QStringLiteral("12.9"), 100, 12},
-        {QStringLiteral("-0.5"), 100, 0},
-        {QStringLiteral("many"), 100, 1'048'576},
-        {QStringLiteral("nan"), 100, 1'048'576},
-        {QStringLiteral("1e300"), 100, 1'048'576},
+        {12.9, 100, 12},
+        {-0.5, 100, 0},
+        {5e9, 5'000'000'000, 5'000'000'000},
+        {1e300, 100, 1'048'576},
+        {true, 100, 1'048'576},
+        {QStringLiteral("250"), 100, 1'048'576},
         {QStringList{QStringLiteral("1"), QStringLiteral("2")}, 100, 1'048'576},
     };
     for (const Case& one : cases) {
+        SCOPED_TRACE(one.stored.toString().toStdString());
         Settings::write(QStringLiteral("lf.limit"), one.stored);
         Settings::write(QStringLiteral("dup.minSize"), one.stored);
-        EXPECT_EQ(Settings::largeFilesLimit(), one.limit) << one.stored.toString().toStdString();
-        EXPECT_EQ(Settings::duplicatesMinSize(), one.minimumSize) << one.stored.toString().toStdString();
+        EXPECT_EQ(Settings::largeFilesLimit(), one.limit);
+        EXPECT_EQ(Settings::duplicatesMinSize(), one.minimumSize);
+    }
+}
+
+TEST(Settings, ADamagedFileReadsAsEmptyAndIsWrittenAnew)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("settings.json"));
+    for (const QByteArray& damaged :
+         {QByteArray{}, QByteArray{"[General]\nlf.limit=250\n"}, QByteArray{"[250]"},
+          QByteArray{"{\"lf.limit\": 250"}, QByteArray{4000, '['}}) {
+        SCOPED_TRACE(damaged.toStdString());
+        QFile file{path};
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(damaged);
+        file.close();
+        {
+            QSettings settings{path, Settings::format()};
+            EXPECT_THAT(settings.allKeys(), IsEmpty());
+            settings.setValue(QStringLiteral("lf.limit"), 500);
+        }
+        EXPECT_EQ(QSettings(path, Settings::format()).value(QStringLiteral("lf.limit")), 500);
     }
 }
 
