@@ -11,11 +11,6 @@ namespace tallyroom {
 
 namespace {
 
-bool isPlainAscii(std::string_view text)
-{
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 char loweredAscii(char c)
 {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
@@ -152,7 +147,7 @@ TextFilter::TextFilter(const QString& searchText)
     : m_lowered(searchText.toLower().normalized(QString::NormalizationForm_C))
 {
     const std::string bytes = m_lowered.toStdString();
-    if (isPlainAscii(bytes)) {
+    if (Utf8::isAscii(bytes)) {
         m_ascii = bytes;
     }
 }
@@ -162,7 +157,7 @@ bool TextFilter::matches(std::string_view text) const
     if (m_lowered.isEmpty()) {
         return true;
     }
-    if (!isPlainAscii(text)) {
+    if (!Utf8::isAscii(text)) {
         const QString lowered = QString::fromUtf8(view(text)).toLower();
         return lowered.normalized(QString::NormalizationForm_C).contains(m_lowered);
     }

@@ -20,16 +20,11 @@ bool isDigit(char byte)
     return byte >= '0' && byte <= '9';
 }
 
-bool isPlainAscii(std::string_view text)
-{
-    return std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-}
-
 /// Accents and letter case taken off; what is no text stays as it is.
 std::string folded(std::string_view name)
 {
     std::string result{name};
-    if (isPlainAscii(name)) {
+    if (Utf8::isAscii(name)) {
         std::ranges::transform(result, result.begin(), [](char byte) {
             return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
         });

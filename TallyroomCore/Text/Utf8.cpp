@@ -1,5 +1,7 @@
 #include "Text/Utf8.h"
 
+#include <algorithm>
+
 namespace tallyroom::Utf8 {
 
 namespace {
@@ -44,6 +46,11 @@ std::size_t characterLength(std::string_view text) noexcept
         }
     }
     return length;
+}
+
+bool isAscii(std::string_view text) noexcept
+{
+    return std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
 bool isValid(std::string_view text) noexcept

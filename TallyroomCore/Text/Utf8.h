@@ -9,6 +9,9 @@ namespace tallyroom::Utf8 {
 /// text is empty or begins with no such character.
 [[nodiscard]] std::size_t characterLength(std::string_view text) noexcept;
 
+/// True when all of `text` is ASCII.
+[[nodiscard]] bool isAscii(std::string_view text) noexcept;
+
 /// True when all of `text` is well-formed.
 [[nodiscard]] bool isValid(std::string_view text) noexcept;
 

@@ -1,6 +1,7 @@
 #include "Scanning/AgeThreshold.h"
 #include "Scanning/Ecosystem.h"
 #include "Scanning/FileScanner.h"
+#include "Support/AllRecords.h"
 #include "Support/TemporaryTree.h"
 
 #include <algorithm>
@@ -34,15 +35,6 @@ std::vector<std::string> below(const TemporaryTree& tree, const EntryList& entri
 std::vector<std::string> found(const TemporaryTree& tree, FolderNames names, const std::string& root = {})
 {
     return below(tree, FileScanner::findDirectories(std::move(names), tree.url(root)).get());
-}
-
-std::vector<ScanProgress> allRecords(FileScanner::ScanStream stream)
-{
-    std::vector<ScanProgress> records;
-    while (auto record = stream.next()) {
-        records.push_back(std::move(*record));
-    }
-    return records;
 }
 
 TEST_F(DirectorySearchTest, FindsFoldersByTheirWholeNameAndNothingInsideAMatch)

@@ -20,7 +20,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<DuplicateGroup> groupsIn(const TemporaryTree& tree)
+std::vector<DuplicateGroup> duplicatesIn(const TemporaryTree& tree)
 {
     return DuplicateFinder::find(tree.url(), 1).get();
 }
@@ -60,7 +60,7 @@ TEST(DuplicateRemovalCheck, CopiesMayGoWhileAnotherOneStays)
 {
     const TemporaryTree tree{file("a", "same"), file("b", "same"), file("c", "same"), file("x", "pair"),
                              file("y", "pair")};
-    const auto groups = groupsIn(tree);
+    const auto groups = duplicatesIn(tree);
     const auto some = check(tree, groups, {"c", "b"});
     EXPECT_THAT(some.fine, ElementsAre(tree.url("b"), tree.url("c")));
     EXPECT_THAT(some.refused, IsEmpty());
@@ -76,7 +76,7 @@ TEST(DuplicateRemovalCheck, AVictimThatChangedStays)
 {
     TemporaryTree tree{file("a", "same"), file("edited", "same"), file("gone", "same"),
                        file("longer", "same"), file("replaced", "same")};
-    const auto groups = groupsIn(tree);
+    const auto groups = duplicatesIn(tree);
     tree.add(file("edited", "SAME").modifiedAt(1'000'000'000));
     tree.add(file("longer", "same and more"));
     ::unlink(tree.path("gone").c_str());
@@ -90,7 +90,7 @@ TEST(DuplicateRemovalCheck, AVictimThatChangedStays)
 TEST(DuplicateRemovalCheck, NothingGoesWhenTheCopiesToKeepAreNoMore)
 {
     TemporaryTree tree{file("a", "same"), file("b", "same"), file("c", "same")};
-    const auto groups = groupsIn(tree);
+    const auto groups = duplicatesIn(tree);
     tree.add(file("a", "SAME").modifiedAt(1'000'000'000));
     EXPECT_THAT(check(tree, groups, {"c"}).fine, ElementsAre(tree.url("c"))) << "b is still there";
     EXPECT_THAT(refusedIn(tree, check(tree, groups, {"b", "c"})), ElementsAre("b", "c"));
@@ -102,7 +102,7 @@ TEST(DuplicateRemovalCheck, AFileThatWasMovedAwayAndBackIsTheSame)
 {
     for (const std::int64_t size : {4_KiB, 100_KiB, 200_KiB}) { // as many digests as there are stages
         const TemporaryTree tree{file("a", size), file("b", size)};
-        const auto groups = groupsIn(tree);
+        const auto groups = duplicatesIn(tree);
         ASSERT_EQ(::rename(tree.path("b").c_str(), tree.path("trash").c_str()), 0);
         ASSERT_EQ(::rename(tree.path("trash").c_str(), tree.path("b").c_str()), 0);
         EXPECT_THAT(check(tree, groups, {"b"}).fine, ElementsAre(tree.url("b"))) << size;
@@ -116,7 +116,7 @@ TEST(DuplicateRemovalCheck, AFileThatWasMovedAwayAndBackIsTheSame)
 TEST(DuplicateRemovalCheck, AnotherContentUnderTheFormerTimeIsNoCopy)
 {
     TemporaryTree tree{file("a", 200_KiB), file("b", 200_KiB), hardLink("b2", "b"), file("c", 200_KiB)};
-    const auto groups = groupsIn(tree);
+    const auto groups = duplicatesIn(tree);
     rewriteUnderItsTime(tree.path("b"), 100'000);
     const auto verdict = check(tree, groups, {"b", "b2", "c"});
     EXPECT_THAT(verdict.fine, ElementsAre(tree.url("c"))) << "a stays";
@@ -127,7 +127,7 @@ TEST(DuplicateRemovalCheck, AnotherContentUnderTheFormerTimeIsNoCopy)
 TEST(DuplicateRemovalCheck, AHardLinkIsNoCopyToRelyOn)
 {
     const TemporaryTree tree{file("a", "same"), hardLink("b", "a"), file("c", "same")};
-    const auto groups = groupsIn(tree);
+    const auto groups = duplicatesIn(tree);
     ASSERT_EQ(groups.size(), 1U);
     EXPECT_THAT(refusedIn(tree, check(tree, groups, {"b", "c"})), ElementsAre("b"));
     EXPECT_THAT(check(tree, groups, {"b"}).fine, ElementsAre(tree.url("b"))) << "c is a copy of its own";
@@ -138,7 +138,7 @@ TEST(DuplicateRemovalCheck, ACopyInATrashIsNoCopyToRelyOn)
 {
     const TemporaryTree tree{file(".Trash-1000/files/a", "same"), file("b", "same"), file("c", "same"),
                              file(".Trash/0/files/x", "pair"), file(".Trash/0/files/y", "pair")};
-    const auto groups = groupsIn(tree);
+    const auto groups = duplicatesIn(tree);
     const auto one = check(tree, groups, {"b", ".Trash/0/files/y"});
     EXPECT_THAT(one.fine, ElementsAre(tree.url("b"), tree.url(".Trash/0/files/y")));
     EXPECT_EQ(one.groupsLosingAllCopies, 0U);
@@ -157,7 +157,7 @@ TEST(DuplicateRemovalCheck, AFileThatIsReachedByTwoRoutesIsNotRemovedThroughOneO
     if (::mount(tree.path("real").c_str(), tree.path("route").c_str(), nullptr, MS_BIND, nullptr) != 0) {
         GTEST_SKIP() << "bind mounts need root";
     }
-    const auto groups = groupsIn(tree);
+    const auto groups = duplicatesIn(tree);
     const auto verdict = check(tree, groups, {"route/a"});
     const auto all = check(tree, groups, {"route/a", "real/a"});
     ::umount(tree.path("route").c_str());
@@ -181,7 +181,7 @@ TEST(DuplicateRemovalCheck, TheImageOfAFileInAnOverlayIsNoCopy)
     if (!overlay.isMounted()) {
         GTEST_SKIP() << overlay.refusal();
     }
-    const auto groups = groupsIn(tree);
+    const auto groups = duplicatesIn(tree);
     ASSERT_EQ(groups.size(), 1U);
     ASSERT_EQ(groups[0].entries.size(), 3U);
     EXPECT_THAT(refusedIn(tree, check(tree, groups, {"c", "layers/upper/a"})), ElementsAre("layers/upper/a"));

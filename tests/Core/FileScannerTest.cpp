@@ -3,6 +3,7 @@
 #include "FileSystem/FolderReader.h"
 #include "Scanning/ScanCache.h"
 #include "Scanning/SizeCache.h"
+#include "Support/AllRecords.h"
 #include "Support/TemporaryTree.h"
 
 #include <algorithm>
@@ -28,27 +29,11 @@ protected:
 };
 
 /// What the kernel says of one item, asked without any of the code under test.
-std::int64_t allocated(const std::string& path)
-{
-    struct stat status = {};
-    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
-    return status.st_blocks * 512;
-}
-
 std::vector<std::string> names(const EntryList& entries)
 {
     std::vector<std::string> result;
     std::ranges::transform(entries, std::back_inserter(result), &Entry::name);
     return result;
-}
-
-std::vector<ScanProgress> allRecords(FileScanner::ScanStream stream)
-{
-    std::vector<ScanProgress> records;
-    while (auto record = stream.next()) {
-        records.push_back(std::move(*record));
-    }
-    return records;
 }
 
 TEST_F(FileScannerTest, AFolderWeighsWhatIsInItAndNotWhatItsLinksPointTo)

@@ -1,6 +1,7 @@
 #include "Analysis/FolderAnalyzer.h"
 
 #include "FileSystem/FolderReader.h"
+#include "Support/AllRecords.h"
 #include "Support/TemporaryTree.h"
 
 #include <algorithm>
@@ -15,24 +16,7 @@ namespace tallyroom {
 
 namespace {
 
-using Phase = FolderAnalyzer::Progress::Phase;
 using testing::ElementsAre;
-
-std::vector<FolderAnalyzer::Progress> allRecords(ProgressStream<FolderAnalyzer::Progress> stream)
-{
-    std::vector<FolderAnalyzer::Progress> records;
-    while (auto record = stream.next()) {
-        records.push_back(std::move(*record));
-    }
-    return records;
-}
-
-std::int64_t allocated(const std::string& path)
-{
-    struct stat status = {};
-    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
-    return status.st_blocks * 512;
-}
 
 /// Makes `count` empty files in a folder, quickly.
 void addEmptyFiles(const TemporaryTree& tree, std::string_view folder, int count)
@@ -129,15 +113,15 @@ TEST(FolderAnalyzer, SendsARecordAtEveryMultipleAndTheSummaryLast)
     EXPECT_EQ(whole.totalFiles, 10'000);
     EXPECT_EQ(whole, plainSummary(tree.path()));
     using Progress = FolderAnalyzer::Progress;
-    EXPECT_THAT(records, ElementsAre(Progress{4096, std::nullopt, Phase::scanning},
-                                     Progress{8192, std::nullopt, Phase::scanning},
-                                     Progress{10'000, whole, Phase::done}));
+    EXPECT_THAT(records, ElementsAre(Progress{4096, std::nullopt, FolderAnalyzer::Progress::Phase::scanning},
+                                     Progress{8192, std::nullopt, FolderAnalyzer::Progress::Phase::scanning},
+                                     Progress{10'000, whole, FolderAnalyzer::Progress::Phase::done}));
 }
 
 TEST(FolderAnalyzer, AnEmptyAMissingAndAFileForAFolderGiveTheEmptySummary)
 {
     const TemporaryTree tree{folder("empty"), file("file", 10), folder("only/folders/.git")};
-    const FolderAnalyzer::Progress nothing{0, FolderSummary{}, Phase::done};
+    const FolderAnalyzer::Progress nothing{0, FolderSummary{}, FolderAnalyzer::Progress::Phase::done};
     for (const std::string name : {"empty", "file", "missing", "only"}) {
         EXPECT_THAT(allRecords(FolderAnalyzer::stream(tree.url(name))), ElementsAre(nothing)) << name;
         EXPECT_EQ(FolderAnalyzer::summarize(tree.url(name)).get(), FolderSummary{}) << name;
@@ -159,8 +143,9 @@ TEST(FolderAnalyzer, AStoppedAnalysisSendsNoSummaryAndGivesWhatItHad)
     const auto isCutShort = [&tree] {
         auto stream = FolderAnalyzer::stream(tree.url());
         stream.cancel();
-        return std::ranges::none_of(allRecords(std::move(stream)),
-                                    [](const auto& record) { return record.phase == Phase::done; });
+        return std::ranges::none_of(allRecords(std::move(stream)), [](const auto& record) {
+            return record.phase == FolderAnalyzer::Progress::Phase::done;
+        });
     };
     int round = 0;
     while (round < 100 && !isCutShort()) {

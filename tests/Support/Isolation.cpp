@@ -85,6 +85,8 @@ bool TemporaryMount::makeReadOnly() const
     return ::mount("none", m_folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
 }
 
+constexpr unsigned patience = 60; // seconds
+
 std::vector<int> inChildProcesses(int count, const std::function<int(int child)>& action)
 {
     // All from this one thread: a child of a process in which another thread allocates may never get its
@@ -93,6 +95,7 @@ std::vector<int> inChildProcesses(int count, const std::function<int(int child)>
     for (int number = 0; number < count; ++number) {
         const pid_t child = ::fork();
         if (child == 0) {
+            ::alarm(patience); // better a failure than a wait without end, should that happen
             ::_exit(action(number));
         }
         children.push_back(child);

@@ -275,6 +275,15 @@ std::string chain(std::string_view name, std::size_t depth)
     return path;
 }
 
+std::int64_t allocated(const std::string& path)
+{
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) != 0) {
+        throw std::system_error{errno, std::generic_category(), path};
+    }
+    return status.st_blocks * 512;
+}
+
 TemporaryTree::TemporaryTree(std::initializer_list<TreeItem> items)
 {
     // The canonical path, so that a temporary folder behind a link does not disturb comparisons of locations.
