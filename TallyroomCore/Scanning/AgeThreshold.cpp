@@ -6,13 +6,13 @@ namespace tallyroom {
 
 namespace {
 
-struct Row {
+struct ThresholdRow {
     std::string_view rawValue;
     std::string_view label;
     int days;
 };
 
-constexpr std::array<Row, 5> rows{{
+constexpr std::array<ThresholdRow, 5> thresholdRows{{
     {"oneWeek", "1 semaine", 7},
     {"oneMonth", "1 mois", 30},
     {"threeMonths", "3 mois", 90},
@@ -33,17 +33,17 @@ std::optional<AgeThreshold> AgeThreshold::fromRawValue(std::string_view text)
 
 std::string_view AgeThreshold::rawValue() const noexcept
 {
-    return rows[m_value].rawValue;
+    return thresholdRows[m_value].rawValue;
 }
 
 std::string_view AgeThreshold::label() const noexcept
 {
-    return rows[m_value].label;
+    return thresholdRows[m_value].label;
 }
 
 std::chrono::days AgeThreshold::age() const noexcept
 {
-    return std::chrono::days{rows[m_value].days};
+    return std::chrono::days{thresholdRows[m_value].days};
 }
 
 bool AgeThreshold::isOld(const std::optional<Timestamp>& date, Timestamp reference) const noexcept

@@ -6,7 +6,7 @@ namespace tallyroom {
 
 namespace {
 
-struct Row {
+struct EcosystemRow {
     std::string_view rawValue;
     std::string_view displayName;
     std::string_view symbolName;
@@ -14,7 +14,7 @@ struct Row {
     std::size_t folderCount;
 };
 
-constexpr std::array<Row, 6> rows{{
+constexpr std::array<EcosystemRow, 6> ecosystemRows{{
     {"javascript", "JavaScript", "shippingbox", {"node_modules", ".next", "dist", "build"}, 4},
     {"rust", "Rust", "gearshape.2", {"target"}, 1},
     {"python", "Python", "ladybug", {"__pycache__", ".venv"}, 2},
@@ -55,22 +55,22 @@ FolderNames Ecosystem::ruleNames(const std::set<Ecosystem>& ecosystems)
 
 std::string_view Ecosystem::rawValue() const noexcept
 {
-    return rows[m_value].rawValue;
+    return ecosystemRows[m_value].rawValue;
 }
 
 std::string_view Ecosystem::displayName() const noexcept
 {
-    return rows[m_value].displayName;
+    return ecosystemRows[m_value].displayName;
 }
 
 std::string_view Ecosystem::symbolName() const noexcept
 {
-    return rows[m_value].symbolName;
+    return ecosystemRows[m_value].symbolName;
 }
 
 std::span<const std::string_view> Ecosystem::folderNames() const noexcept
 {
-    return std::span{rows[m_value].folders}.first(rows[m_value].folderCount);
+    return std::span{ecosystemRows[m_value].folders}.first(ecosystemRows[m_value].folderCount);
 }
 
 } // namespace tallyroom

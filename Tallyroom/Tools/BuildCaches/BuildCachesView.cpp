@@ -26,7 +26,7 @@ double orderOf(const Entry& entry)
     return Ecosystem::first(entry.name).value_or(Ecosystem::xcode);
 }
 
-ListToolStyle screenStyle()
+ListToolStyle buildCachesStyle()
 {
     ListToolStyle style = ToolStyles::search(
         "hammer", QStringLiteral("Caches de build"),
@@ -52,7 +52,7 @@ ListToolStyle screenStyle()
 } // namespace
 
 BuildCachesView::BuildCachesView(BuildCachesViewModel& tool, QWidget* parent)
-    : ListToolScreen(tool, screenStyle(), parent), m_caches(tool),
+    : ListToolScreen(tool, buildCachesStyle(), parent), m_caches(tool),
       m_ecosystems(new OptionMenu(OptionMenu::Choices::many))
 {
     for (const Ecosystem ecosystem : Ecosystem::all) {

@@ -26,7 +26,7 @@ namespace {
 
 using Phase = AnalysisState::Phase;
 
-constexpr std::chrono::milliseconds patience{150};
+constexpr std::chrono::milliseconds partsPatience{150};
 
 QLabel* plainLabel(Theme::Text look)
 {
@@ -47,7 +47,7 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
       m_recents(new RecentFolderList)
 {
     m_patience.setSingleShot(true);
-    m_patience.setInterval(patience);
+    m_patience.setInterval(partsPatience);
     makeLayout();
     connect(&m_patience, &QTimer::timeout, this, &BreakdownPanel::showParts);
     connect(&m_dashboard, &DashboardViewModel::stateChanged, this, &BreakdownPanel::showState);

@@ -23,7 +23,7 @@ namespace tallyroom {
 
 namespace {
 
-constexpr std::chrono::milliseconds patience{500};
+constexpr std::chrono::milliseconds noticePatience{500};
 
 } // namespace
 
@@ -32,7 +32,7 @@ DashboardView::DashboardView(DashboardViewModel& dashboard, QWidget* parent)
       m_volumes(new VolumeGrid), m_noVolume(new QLabel), m_unanswered(new QLabel)
 {
     m_patience.setSingleShot(true);
-    m_patience.setInterval(patience);
+    m_patience.setInterval(noticePatience);
     makeLayout();
     addShortcuts();
     connect(&m_patience, &QTimer::timeout, this, &DashboardView::showNotices);

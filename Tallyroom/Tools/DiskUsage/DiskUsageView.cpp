@@ -22,7 +22,7 @@ namespace {
 
 const QString treemapKey = QStringLiteral("diskUsage.treemap");
 
-ListToolStyle screenStyle()
+ListToolStyle explorerStyle()
 {
     ListToolStyle style;
     style.title = QStringLiteral("Espace disque");
@@ -43,7 +43,7 @@ ListToolStyle screenStyle()
 } // namespace
 
 DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* parent)
-    : ListToolScreen(navigator, screenStyle(), parent), m_navigator(navigator), m_back(new QPushButton),
+    : ListToolScreen(navigator, explorerStyle(), parent), m_navigator(navigator), m_back(new QPushButton),
       m_breadcrumb(new Breadcrumb),
       m_tableButton(new ListChoice(ListChoice::Half::left, "list.bullet", QStringLiteral("Tableau"))),
       m_treemapButton(new ListChoice(ListChoice::Half::right, "square.grid.2x2", QStringLiteral("Treemap"))),

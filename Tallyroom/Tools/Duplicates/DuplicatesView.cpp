@@ -18,7 +18,7 @@ namespace tallyroom {
 
 namespace {
 
-ToolScreenStyle screenStyle()
+ToolScreenStyle duplicatesStyle()
 {
     ToolScreenStyle style = ToolStyles::frame(
         "doc.on.doc", QStringLiteral("Doublons"),
@@ -40,7 +40,7 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, QWidget* parent)
 {}
 
 DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table, QWidget* parent)
-    : ToolScreen(tool, screenStyle(), table, parent), m_duplicates(tool), m_table(table),
+    : ToolScreen(tool, duplicatesStyle(), table, parent), m_duplicates(tool), m_table(table),
       m_minimumSize(new OptionMenu(OptionMenu::Choices::one)),
       m_checkRedundant(new QPushButton(QStringLiteral("Cocher les doublons (garder 1 par groupe)")))
 {

@@ -6,7 +6,7 @@ namespace tallyroom {
 
 namespace {
 
-ListToolStyle screenStyle()
+ListToolStyle gitReposStyle()
 {
     ListToolStyle style = ToolStyles::search(
         "arrow.triangle.branch", QStringLiteral("Dépôts Git"),
@@ -26,7 +26,7 @@ ListToolStyle screenStyle()
 } // namespace
 
 GitReposView::GitReposView(GitReposViewModel& tool, QWidget* parent)
-    : ListToolScreen(tool, screenStyle(), parent)
+    : ListToolScreen(tool, gitReposStyle(), parent)
 {}
 
 } // namespace tallyroom

@@ -9,7 +9,7 @@ namespace tallyroom {
 
 namespace {
 
-ListToolStyle screenStyle()
+ListToolStyle largeFilesStyle()
 {
     ListToolStyle style = ToolStyles::search(
         "doc.text.magnifyingglass", QStringLiteral("Gros fichiers"),
@@ -29,7 +29,7 @@ ListToolStyle screenStyle()
 } // namespace
 
 LargeFilesView::LargeFilesView(LargeFilesViewModel& tool, QWidget* parent)
-    : ListToolScreen(tool, screenStyle(), parent), m_largeFiles(tool),
+    : ListToolScreen(tool, largeFilesStyle(), parent), m_largeFiles(tool),
       m_limit(new OptionMenu(OptionMenu::Choices::one))
 {
     for (const std::int64_t limit : LargeFilesViewModel::offeredLimits) {

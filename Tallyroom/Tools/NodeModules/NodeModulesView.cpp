@@ -19,7 +19,7 @@ QString labelOf(AgeThreshold threshold)
     return QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size()));
 }
 
-ListToolStyle screenStyle(const NodeModulesViewModel& tool)
+ListToolStyle nodeModulesStyle(const NodeModulesViewModel& tool)
 {
     ListToolStyle style = ToolStyles::search(
         "shippingbox", QStringLiteral("node_modules"),
@@ -42,7 +42,7 @@ ListToolStyle screenStyle(const NodeModulesViewModel& tool)
 } // namespace
 
 NodeModulesView::NodeModulesView(NodeModulesViewModel& tool, QWidget* parent)
-    : ListToolScreen(tool, screenStyle(tool), parent), m_nodeModules(tool),
+    : ListToolScreen(tool, nodeModulesStyle(tool), parent), m_nodeModules(tool),
       m_threshold(new OptionMenu(OptionMenu::Choices::one)), m_deleteOld(new QPushButton)
 {
     for (const AgeThreshold threshold : AgeThreshold::all) {
