@@ -2,6 +2,7 @@
 
 #include "Text/Utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -29,6 +30,11 @@ std::string escaped(unsigned char byte)
     std::array<char, 5> text{};
     std::snprintf(text.data(), text.size(), "\\x%02x", static_cast<unsigned>(byte));
     return text.data();
+}
+
+bool isHarmless(char32_t code)
+{
+    return code >= 0x20 && code != 0x7F && !Utf8::turnsOrBreaks(code);
 }
 
 } // namespace
@@ -66,21 +72,17 @@ std::string printable(std::string_view name)
 {
     std::string text;
     text.reserve(name.size());
-    for (std::size_t i = 0; i < name.size();) {
-        const std::size_t length = Utf8::characterLength(name.substr(i));
-        const auto first = static_cast<unsigned char>(name[i]);
-        // C1 control characters are two bytes, c2 80 to c2 9f.
-        const bool isControl =
-            (length == 1 && (first < 0x20 || first == 0x7F)) ||
-            (length == 2 && first == 0xC2 && static_cast<unsigned char>(name[i + 1]) < 0xA0);
-        if (length == 0 || isControl) {
-            for (std::size_t end = i + std::max<std::size_t>(length, 1); i < end; ++i) {
-                text += escaped(static_cast<unsigned char>(name[i]));
+    while (!name.empty()) {
+        const std::size_t length = Utf8::characterLength(name);
+        const std::string_view character = name.substr(0, std::max<std::size_t>(length, 1));
+        if (length == 0 || !isHarmless(Utf8::codePoint(character))) {
+            for (const char byte : character) {
+                text += escaped(static_cast<unsigned char>(byte));
             }
         } else {
-            text.append(name.substr(i, length));
-            i += length;
+            text.append(character);
         }
+        name.remove_prefix(character.size());
     }
     return text;
 }

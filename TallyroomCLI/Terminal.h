@@ -18,8 +18,8 @@ namespace Terminal {
 /// Columns of the terminal, of COLUMNS, or 80.
 [[nodiscard]] std::size_t columns();
 
-/// A name as people can read it: control characters and bytes that are not UTF-8 as \n or \xff, so that no
-/// name can move the cursor or break a line.
+/// A name as people can read it: control characters, what turns the writing direction and bytes that are not
+/// UTF-8 as \n or \xff, so that no name can move the cursor, break a line or pose as another.
 [[nodiscard]] std::string printable(std::string_view name);
 
 } // namespace Terminal

@@ -21,15 +21,6 @@ QByteArrayView view(std::string_view text)
     return {text.data(), static_cast<qsizetype>(text.size())};
 }
 
-/// Characters that take no place of their own and turn or break what stands around them. Not the joiner: it
-/// makes emoji out of emoji and belongs to names.
-bool turnsOrBreaks(char32_t code)
-{
-    return (code >= 0x80 && code < 0xA0) || code == 0x061C || code == 0xFEFF ||
-           (code >= 0x200B && code <= 0x200F && code != 0x200D) || (code >= 0x2028 && code <= 0x202E) ||
-           (code >= 0x2060 && code <= 0x206F);
-}
-
 bool isControl(char32_t code)
 {
     return code < 0x20 || code == 0x7F;
@@ -41,7 +32,7 @@ QString visible(const QString& character)
     if (isControl(code)) {
         return QString{QChar{static_cast<char16_t>(code == 0x7F ? 0x2421 : 0x2400 + code)}};
     }
-    if (turnsOrBreaks(code)) {
+    if (Utf8::turnsOrBreaks(code)) {
         return QStringLiteral("\\u") +
                QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char{'0'});
     }
@@ -50,8 +41,8 @@ QString visible(const QString& character)
 
 bool isOrdinary(const QString& text)
 {
-    return std::ranges::none_of(text,
-                                [](QChar c) { return isControl(c.unicode()) || turnsOrBreaks(c.unicode()); });
+    return std::ranges::none_of(
+        text, [](QChar c) { return isControl(c.unicode()) || Utf8::turnsOrBreaks(c.unicode()); });
 }
 
 } // namespace

@@ -65,4 +65,24 @@ bool isValid(std::string_view text) noexcept
     return true;
 }
 
+char32_t codePoint(std::string_view character) noexcept
+{
+    const auto first = static_cast<unsigned char>(character.front());
+    if (character.size() == 1) {
+        return first;
+    }
+    char32_t code = first & (0x7FU >> character.size());
+    for (const char byte : character.substr(1)) {
+        code = (code << 6) | (static_cast<unsigned char>(byte) & 0x3FU);
+    }
+    return code;
+}
+
+bool turnsOrBreaks(char32_t code) noexcept
+{
+    return (code >= 0x80 && code < 0xA0) || code == 0x061C || code == 0xFEFF ||
+           (code >= 0x200B && code <= 0x200F && code != 0x200D) || (code >= 0x2028 && code <= 0x202E) ||
+           (code >= 0x2060 && code <= 0x206F);
+}
+
 } // namespace tallyroom::Utf8

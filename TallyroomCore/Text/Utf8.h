@@ -15,4 +15,11 @@ namespace tallyroom::Utf8 {
 /// True when all of `text` is well-formed.
 [[nodiscard]] bool isValid(std::string_view text) noexcept;
 
+/// The code point of a well-formed character.
+[[nodiscard]] char32_t codePoint(std::string_view character) noexcept;
+
+/// Characters that take no place of their own and turn or break what stands around them, so that a name can
+/// pose as another. Not the joiner: it makes emoji out of emoji and belongs to names.
+[[nodiscard]] bool turnsOrBreaks(char32_t code) noexcept;
+
 } // namespace tallyroom::Utf8

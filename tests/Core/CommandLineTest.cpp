@@ -117,26 +117,27 @@ std::vector<std::string> lines(const std::string& text)
 
 TEST(CommandLine, ListsLargestFirstInEveryFormatAndLosesNoByte)
 {
-    const TemporaryTree tree{file("small\nname\xff", 5000), file("large,one.jpg", 200'000), folder("empty")};
+    const TemporaryTree tree{file("small\nname\xff\u202e", 5000), file("large,one.jpg", 200'000),
+                             folder("empty")};
     const Answer table = run({"usage", tree.path()});
     EXPECT_EQ(table.exitCode, 0);
     EXPECT_EQ(table.errors, "");
     const auto rows = lines(table.output);
     ASSERT_EQ(rows.size(), 5U) << table.output;
     EXPECT_THAT(rows[0], HasSubstr("large,one.jpg"));
-    EXPECT_THAT(rows[1], HasSubstr("small\\nname\\xff"));
+    EXPECT_THAT(rows[1], HasSubstr("small\\nname\\xff\\xe2\\x80\\xae"));
     EXPECT_THAT(rows[2], HasSubstr("empty/"));
     EXPECT_THAT(rows[3], HasSubstr("3 éléments"));
     EXPECT_THAT(table.output, testing::Not(HasSubstr("\033"))) << "no colours into a pipe";
 
     const Answer csv = run({"usage", tree.path(), "--format", "csv"});
     EXPECT_TRUE(csv.output.starts_with("Nom,Chemin,Taille (octets),Taille,Type,Modifié\n\"large,one.jpg\","));
-    EXPECT_THAT(csv.output, HasSubstr("\n\"small\nname\xff\","));
+    EXPECT_THAT(csv.output, HasSubstr("\n\"small\nname\xff\u202e\","));
     EXPECT_FALSE(csv.output.ends_with("\n"));
 
     const auto objects = lines(run({"usage", tree.path(), "--format", "json"}).output);
     ASSERT_EQ(objects.size(), 4U);
-    const std::string encoded = "\"url\":\"" + tree.url("small\nname\xff").percentEncoded() + "\"";
+    const std::string encoded = "\"url\":\"" + tree.url("small\nname\xff\u202e").percentEncoded() + "\"";
     EXPECT_THAT(objects[1], HasSubstr(encoded));
     EXPECT_THAT(objects[2], HasSubstr("\"isDirectory\":true"));
 }
