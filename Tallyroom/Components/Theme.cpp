@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QEvent>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QLabel>
 #include <QPointer>
 #include <QScopedValueRollback>
@@ -224,6 +225,13 @@ QFont Theme::font(int pixels, QFont::Weight weight) const
     result.setFeature(QFont::Tag{"tnum"}, 1); // before 6.7 a font's own digits have to do
 #endif
     return result;
+}
+
+double Theme::scaleFor(const QFont& desktop)
+{
+    static constexpr double usual = 15; // pixels; 11 points, as most desktops have it
+    const double quarters = std::round(4 * QFontInfo{desktop}.pixelSize() / usual);
+    return std::clamp(quarters / 4, 1.0, 3.0);
 }
 
 QFont Theme::body() const

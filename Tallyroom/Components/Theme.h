@@ -110,6 +110,10 @@ public:
     /// `ink` with its lightness moved until text in it can be read on `ground`: 4.5 to 1 at least.
     [[nodiscard]] static QColor legible(const QColor& ink, const QColor& ground);
 
+    /// How much larger than usual all of the window has to be for someone who has chosen `desktop` as font:
+    /// 1 up to 12 points, then a quarter more at a time, 3 at the most.
+    [[nodiscard]] static double scaleFor(const QFont& desktop);
+
     /// The desktop's font, 13 pixels, digits of one width.
     [[nodiscard]] QFont body() const;
     [[nodiscard]] QFont title() const;   ///< 15 pixels, semibold

@@ -5,11 +5,13 @@
 #include "Shell/ContentView.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 #include <QLibraryInfo>
 #include <QTextStream>
 #include <QTranslator>
 
 #include <filesystem>
+#include <memory>
 #include <string_view>
 #include <system_error>
 
@@ -41,9 +43,26 @@ FileUrl workingFolder()
     return FileUrl{error ? std::string{"/"} : folder.string()};
 }
 
+/// Where the desktop's letters are large, all of the window shall be. The toolkit reads a scale while the
+/// application is made, and knows the font only afterwards: those who need it have it made twice. A scale
+/// that somebody has set stays.
+std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
+{
+    static constexpr const char* variable = "QT_SCALE_FACTOR";
+    auto application = std::make_unique<QApplication>(argc, argv);
+    const double scale = Theme::scaleFor(QFontDatabase::systemFont(QFontDatabase::GeneralFont));
+    if (scale > 1 && !qEnvironmentVariableIsSet(variable)) {
+        application.reset();
+        qputenv(variable, QByteArray::number(scale));
+        application = std::make_unique<QApplication>(argc, argv);
+        qunsetenv(variable); // not for the programs that we start
+    }
+    return application;
+}
+
 int runWindow(int argc, char** argv, const std::optional<FileUrl>& folder)
 {
-    QApplication application{argc, argv};
+    const auto application = makeApplication(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tallyroom"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tallyroom"));
     QApplication::setApplicationVersion(QStringLiteral(TALLYROOM_VERSION));

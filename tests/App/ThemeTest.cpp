@@ -74,6 +74,20 @@ TEST_F(ThemeTest, TakesAnAccentThatSomebodyChoseAndMakesItLegible)
     EXPECT_EQ(theme.colour(Theme::Colour::accent), own) << "grey is no accent";
 }
 
+TEST_F(ThemeTest, LargeLettersMakeAllOfTheWindowLarger)
+{
+    QFont desktop;
+    const auto scale = [&desktop](int pixels) {
+        desktop.setPixelSize(pixels);
+        return Theme::scaleFor(desktop);
+    };
+    EXPECT_EQ(scale(9), 1);
+    EXPECT_EQ(scale(15), 1);
+    EXPECT_EQ(scale(19), 1.25);
+    EXPECT_EQ(scale(30), 2);
+    EXPECT_EQ(scale(200), 3);
+}
+
 TEST_F(ThemeTest, LabelsCanBeReadOnEveryGround)
 {
     for (const bool isDark : {false, true}) {
