@@ -33,7 +33,8 @@ namespace Settings {
 
 [[nodiscard]] bool flag(const QString& key, bool otherwise);
 
-/// Writes a text, a number, a truth or a list of texts; it reaches the disk soon, and at the latest when the program ends.
+/// Writes a text, a number, a truth or a list of texts; it reaches the disk soon, and at the latest when the
+/// program ends.
 void write(const QString& key, const QVariant& value);
 
 /// How many of the largest files are kept: "lf.limit", 100 when not chosen.

@@ -36,9 +36,9 @@ std::optional<FileUrl> droppedFolder(const QMimeData* dropped)
 
 } // namespace
 
-ContentView::ContentView()
-    : m_sidebar(new Sidebar(ToolRegistry::all())), m_detail(new QStackedWidget),
-      m_placeholder(new MessagePage("sidebar.left"))
+ContentView::ContentView(RemovalOperations operations)
+    : m_store(std::move(operations)), m_sidebar(new Sidebar(ToolRegistry::all())),
+      m_detail(new QStackedWidget), m_placeholder(new MessagePage("sidebar.left"))
 {
     setWindowTitle(QStringLiteral("Tallyroom"));
     setWindowIcon(SymbolIcon::application());

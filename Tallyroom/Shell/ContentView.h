@@ -21,7 +21,8 @@ class ContentView : public QWidget {
     Q_OBJECT
 
 public:
-    ContentView();
+    /// Deletes by `operations`.
+    explicit ContentView(RemovalOperations operations = RemovalOperations::real());
 
     /// Shows the tool of that id; a placeholder for any other text.
     void selectTool(const QString& id);

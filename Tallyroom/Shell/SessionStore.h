@@ -14,6 +14,10 @@ namespace tallyroom {
 /// One view model a tool, all made at start-up and kept to the end: a scan survives going to another tool.
 /// Main thread.
 struct SessionStore {
+    explicit SessionStore(RemovalOperations operations = RemovalOperations::real())
+        : deletions(std::move(operations))
+    {}
+
     // First in, last out: no view model may hear of a removal's end after its own.
     DeletionRunner deletions;
 

@@ -2,6 +2,7 @@
 #include "Analysis/DuplicateFinder.h"
 #include "Analysis/FolderAnalyzer.h"
 #include "Scanning/FileScanner.h"
+#include "Soak/Soak.h"
 #include "Soak/TreeChurn.h"
 #include "Support/TemporaryTree.h"
 
@@ -25,28 +26,6 @@ constexpr std::int64_t mostResidentBytes = 700_MiB;
 constexpr std::string_view wholeName = "scanned";
 constexpr std::string_view forbiddenName = "forbidden.bin";
 
-void require(bool holds, const char* what)
-{
-    if (!holds) {
-        std::fprintf(stderr, "Does not hold: %s\n", what);
-        std::abort();
-    }
-}
-
-std::int64_t residentBytes()
-{
-    std::ifstream file{"/proc/self/statm"};
-    std::int64_t all = 0;
-    std::int64_t resident = 0;
-    file >> all >> resident;
-    return resident * ::sysconf(_SC_PAGESIZE);
-}
-
-std::ptrdiff_t openDescriptors()
-{
-    return std::distance(std::filesystem::directory_iterator{"/proc/self/fd"}, {});
-}
-
 /// As the disk tells it, by other means than the scanner's.
 std::int64_t usedBytes(const std::filesystem::path& folder)
 {
@@ -62,49 +41,52 @@ std::int64_t usedBytes(const std::filesystem::path& folder)
 
 void check(const ScanProgress& record, const FileUrl& folder)
 {
-    require(record.completed >= 0 && record.total >= 0, "counts are no less than none");
-    require(record.isDiscovering || record.completed <= record.total, "no more is done than there is");
+    Soak::require(record.completed >= 0 && record.total >= 0, "counts are no less than none");
+    Soak::require(record.isDiscovering || record.completed <= record.total, "no more is done than there is");
     std::int64_t before = std::numeric_limits<std::int64_t>::max();
     for (const Entry& entry : record.entries) {
-        require(entry.url != folder && entry.url.isInside(folder), "an entry lies in the folder");
+        Soak::require(entry.url != folder && entry.url.isInside(folder), "an entry lies in the folder");
         // What is scanned may be a link itself, but for the whole tree.
         const bool isWhole = folder.lastPathComponent() == wholeName;
-        require(!isWhole || entry.name != forbiddenName, "no link is followed");
-        require(entry.name == entry.url.lastPathComponent(), "an entry has its name");
-        require(entry.sizeBytes >= 0 && entry.sizeBytes <= before, "entries rank by their size");
+        Soak::require(!isWhole || entry.name != forbiddenName, "no link is followed");
+        Soak::require(entry.name == entry.url.lastPathComponent(), "an entry has its name");
+        Soak::require(entry.sizeBytes >= 0 && entry.sizeBytes <= before, "entries rank by their size");
         before = entry.sizeBytes;
     }
 }
 
 void check(const DuplicateFinder::DuplicateProgress& record, const FileUrl& folder)
 {
-    require(record.hashedBytes <= record.bytesToHash, "no more is read than there is");
-    require(record.groups.empty() || record.phase == DuplicateFinder::Phase::done, "groups come at the end");
+    Soak::require(record.hashedBytes <= record.bytesToHash, "no more is read than there is");
+    Soak::require(record.groups.empty() || record.phase == DuplicateFinder::Phase::done,
+                  "groups come at the end");
     std::int64_t before = std::numeric_limits<std::int64_t>::max();
     for (const DuplicateGroup& group : record.groups) {
-        require(group.entries.size() > 1 && group.entries.size() == group.identities.size(),
-                "groups have twins");
-        require(group.wastedBytes() >= 0 && group.wastedBytes() <= before, "groups rank by their waste");
-        require(std::ranges::all_of(group.entries, [&](const Entry& e) { return e.url.isInside(folder); }),
-                "a duplicate lies in the folder");
+        Soak::require(group.entries.size() > 1 && group.entries.size() == group.identities.size(),
+                      "groups have twins");
+        Soak::require(group.wastedBytes() >= 0 && group.wastedBytes() <= before,
+                      "groups rank by their waste");
+        Soak::require(
+            std::ranges::all_of(group.entries, [&](const Entry& e) { return e.url.isInside(folder); }),
+            "a duplicate lies in the folder");
         before = group.wastedBytes();
     }
 }
 
 void check(const FolderAnalyzer::Progress& record, const FileUrl& /*folder*/)
 {
-    require(record.summary.has_value() == (record.phase == FolderAnalyzer::Progress::Phase::done),
-            "the summary comes at the end");
+    Soak::require(record.summary.has_value() == (record.phase == FolderAnalyzer::Progress::Phase::done),
+                  "the summary comes at the end");
     if (record.summary) {
         std::int64_t files = 0;
         std::int64_t bytes = 0;
         for (const CategorySize& kind : record.summary->categories) {
-            require(kind.fileCount > 0 && kind.totalBytes >= 0, "a kind occurs");
+            Soak::require(kind.fileCount > 0 && kind.totalBytes >= 0, "a kind occurs");
             files += kind.fileCount;
             bytes += kind.totalBytes;
         }
-        require(files == record.summary->totalFiles && bytes == record.summary->totalBytes,
-                "kinds make the sum");
+        Soak::require(files == record.summary->totalFiles && bytes == record.summary->totalBytes,
+                      "kinds make the sum");
     }
 }
 
@@ -119,7 +101,7 @@ public:
         while (std::chrono::steady_clock::now() < end) {
             const FileUrl folder{TreeChurn::folderBelow(m_folder, m_random).string()};
             scan(folder);
-            require(residentBytes() < mostResidentBytes, "memory is bounded");
+            Soak::require(Soak::residentBytes() < mostResidentBytes, "memory is bounded");
         }
     }
 
@@ -144,7 +126,7 @@ private:
         case 5:
             return read(FolderAnalyzer::stream(folder), folder);
         case 6:
-            return require(FileScanner::directorySize(folder) >= 0, "a size is no less than none");
+            return Soak::require(FileScanner::directorySize(folder) >= 0, "a size is no less than none");
         case 7:
             return FileScanner::invalidateCache(folder);
         case 8:
@@ -181,25 +163,16 @@ private:
     std::uint64_t m_dropped = 0;
 };
 
-/// Lets the scans that were dropped come to their end, as what they hold open tells.
-void waitForDescriptors(std::ptrdiff_t before)
-{
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds{30};
-    while (openDescriptors() > before && std::chrono::steady_clock::now() < limit) {
-        std::this_thread::yield();
-    }
-    require(openDescriptors() <= before, "dropped scans close what they opened");
-}
-
 void soak(std::chrono::seconds duration, std::uint64_t seed)
 {
-    // Whoever follows a link that has just taken a folder's place comes to what is forbidden.
-    const TemporaryTree tree{
-        folder(std::string{wholeName}), file("forbidden/" + std::string{forbiddenName}, 4_MiB),
-        file("forbidden/target/" + std::string{forbiddenName}, 4_MiB), folder("outside")};
+    // Whoever follows a link that has just taken a folder's place comes to what is forbidden. It has names
+    // that the churn does not know: through the link, it would carry them into the tree itself.
+    const TemporaryTree tree{folder(std::string{wholeName}),
+                             file("forbidden/" + std::string{forbiddenName}, 4_MiB),
+                             file("forbidden/kept/" + std::string{forbiddenName}, 4_MiB), folder("outside")};
     const std::filesystem::path scanned = tree.path(wholeName);
     (void)FileScanner::directorySize(tree.url()); // what is made on first use is there
-    const std::ptrdiff_t descriptors = openDescriptors();
+    const std::ptrdiff_t descriptors = Soak::openDescriptors();
 
     std::vector<Consumer> consumers{{scanned, seed + 1}, {scanned, seed + 2}, {scanned, seed + 3}};
     std::uint64_t changes = 0;
@@ -216,21 +189,21 @@ void soak(std::chrono::seconds duration, std::uint64_t seed)
         threads.clear();
         changes = churn.changes() + other.changes();
     }
-    waitForDescriptors(descriptors);
+    Soak::waitForDescriptors(descriptors);
 
     FileScanner::clearCache();
-    require(FileScanner::directorySize(FileUrl{scanned.string()}) == usedBytes(scanned),
-            "once the tree rests, its size is true");
+    Soak::require(FileScanner::directorySize(FileUrl{scanned.string()}) == usedBytes(scanned),
+                  "once the tree rests, its size is true");
     std::uint64_t finished = 0;
     std::uint64_t dropped = 0;
     for (const Consumer& consumer : consumers) {
         finished += consumer.finished();
         dropped += consumer.dropped();
     }
-    require(changes > 0 && finished > 0 && dropped > 0, "there was something to try");
+    Soak::require(changes > 0 && finished > 0 && dropped > 0, "there was something to try");
     std::printf("%ju changes, %ju scans read to the end, %ju dropped, %jd MB resident\n",
                 std::uintmax_t{changes}, std::uintmax_t{finished}, std::uintmax_t{dropped},
-                std::intmax_t{residentBytes() / 1'000'000});
+                std::intmax_t{Soak::residentBytes() / 1'000'000});
 }
 
 } // namespace
@@ -239,9 +212,6 @@ void soak(std::chrono::seconds duration, std::uint64_t seed)
 
 int main(int argc, char** argv)
 {
-    const long seconds = argc > 1 ? std::atol(argv[1]) : 60;
-    const std::uint64_t seed = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : std::random_device{}();
-    std::printf("scan-soak %ld %ju\n", seconds, std::uintmax_t{seed});
-    std::fflush(stdout);
-    tallyroom::soak(std::chrono::seconds{seconds}, seed);
+    const auto [duration, seed] = tallyroom::Soak::begin(argc, argv);
+    tallyroom::soak(duration, seed);
 }

@@ -1,0 +1,272 @@
+// Somebody who cannot sit still: goes from tool to tool in the middle of scans, types, clicks, checks,
+// deletes and undoes at random, while the tree changes: window-soak [SECONDS [SEED]]
+#include "Bridge/Desktop.h"
+#include "Shell/ContentView.h"
+#include "Shell/ToolRegistry.h"
+#include "Soak/Soak.h"
+#include "Soak/TreeChurn.h"
+#include "Support/TemporaryTree.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QTest>
+#include <QTimer>
+#include <QWindow>
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <random>
+
+namespace tallyroom {
+
+namespace {
+
+/// Far above what the window takes with the sanitizers' own share, below what hours of a leak would.
+constexpr std::int64_t mostResidentBytes = 1'500_MiB;
+
+/// Only what lies in `folder` may be removed, whatever is asked for; `removed` is counted.
+RemovalOperations confinedTo(const FileUrl& folder, std::atomic<int>& removed)
+{
+    RemovalOperations operations = RemovalOperations::real();
+    operations.remove = [folder, &removed, remove = operations.remove](const FileUrl& url, bool permanently) {
+        if (!url.isInside(folder)) {
+            return FileRemover::RemovalResult{
+                .removed = {}, .failures = {{url, "not in the tree"}}, .trashed = {}};
+        }
+        ++removed;
+        return remove(url, permanently);
+    };
+    return operations;
+}
+
+/// Nothing is opened in other programs.
+class NoOtherPrograms : public QObject {
+    Q_OBJECT
+
+public:
+    NoOtherPrograms() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "refuse"); }
+
+    NoOtherPrograms(const NoOtherPrograms&) = delete;
+    NoOtherPrograms& operator=(const NoOtherPrograms&) = delete;
+
+    ~NoOtherPrograms() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+public Q_SLOTS:
+
+    void refuse(const QUrl& /*url*/) {}
+};
+
+struct Keys {
+    Qt::Key key;
+    Qt::KeyboardModifiers modifiers = Qt::NoModifier;
+};
+
+constexpr std::array allKeys{Keys{Qt::Key_Down},
+                             Keys{Qt::Key_Down, Qt::ShiftModifier},
+                             Keys{Qt::Key_Up},
+                             Keys{Qt::Key_Up, Qt::AltModifier},
+                             Keys{Qt::Key_Left},
+                             Keys{Qt::Key_Right},
+                             Keys{Qt::Key_PageDown},
+                             Keys{Qt::Key_Home},
+                             Keys{Qt::Key_End},
+                             Keys{Qt::Key_Space},
+                             Keys{Qt::Key_Space},
+                             Keys{Qt::Key_Return},
+                             Keys{Qt::Key_Return},
+                             Keys{Qt::Key_Tab},
+                             Keys{Qt::Key_Tab},
+                             Keys{Qt::Key_Backtab, Qt::ShiftModifier},
+                             Keys{Qt::Key_Escape},
+                             Keys{Qt::Key_Delete},
+                             Keys{Qt::Key_Delete, Qt::ShiftModifier},
+                             Keys{Qt::Key_Menu},
+                             Keys{Qt::Key_F5},
+                             Keys{Qt::Key_A},
+                             Keys{Qt::Key_Backspace},
+                             Keys{Qt::Key_A, Qt::ControlModifier},
+                             Keys{Qt::Key_C, Qt::ControlModifier},
+                             Keys{Qt::Key_F, Qt::ControlModifier},
+                             Keys{Qt::Key_Z, Qt::ControlModifier}};
+
+class RestlessUser : public QObject {
+public:
+    RestlessUser(ContentView& window, std::filesystem::path folder, std::uint64_t seed)
+        : m_window(window), m_folder(std::move(folder)), m_random(seed)
+    {}
+
+    void actUntil(std::chrono::steady_clock::time_point end)
+    {
+        if (std::chrono::steady_clock::now() >= end) {
+            return leave();
+        }
+        // Asked for before anything is done: a menu may be waited for in what follows.
+        const int pause = draw(3) == 0 ? draw(60) : 0;
+        QTimer::singleShot(pause, this, [this, end] { actUntil(end); });
+        ++m_acts;
+        act();
+        Soak::require(Soak::residentBytes() < mostResidentBytes, "memory is bounded");
+    }
+
+    [[nodiscard]] int acts() const noexcept { return m_acts; }
+
+private:
+    void act()
+    {
+        // A file dialog of the toolkit deletes too, and knows no limits.
+        if (auto* const chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+            return chooser->reject();
+        }
+        switch (draw(14)) {
+        case 0:
+            return m_window.selectTool(anyTool().id);
+        case 1:
+            return m_window.resize(m_window.minimumSize() + QSize{draw(900), draw(600)});
+        case 2:
+        case 3:
+            return open();
+        case 4:
+        case 5:
+            return click();
+        case 6:
+        case 7:
+            return push();
+        default:
+            return press(allKeys.at(static_cast<std::size_t>(draw(static_cast<int>(allKeys.size()) - 1))));
+        }
+    }
+
+    void open()
+    {
+        const FileUrl folder{TreeChurn::folderBelow(m_folder, m_random).string()};
+        anyTool().tool(m_window.store()).handleImport(Desktop::choiceOf(folder));
+    }
+
+    // What a display would send; the events are not waited for, others follow while a menu is open.
+
+    void click()
+    {
+        const QPointer<QWindow> target = topmost();
+        const QPointF place{draw(target->width() - 1) + 0.5, draw(target->height() - 1) + 0.5};
+        const auto button = draw(7) == 0 ? Qt::RightButton : Qt::LeftButton;
+        for (int clicks = draw(4) == 0 ? 2 : 1; clicks > 0 && target != nullptr; --clicks) {
+            const QPointF onScreen = target->mapToGlobal(place);
+            m_now += 10;
+            qt_handleMouseEvent(target, place, onScreen, button, button, QEvent::MouseButtonPress, {}, m_now);
+            if (target != nullptr) {
+                qt_handleMouseEvent(target, place, onScreen, Qt::NoButton, button, QEvent::MouseButtonRelease,
+                                    {}, m_now);
+            }
+        }
+        m_now += 1000; // what comes next is another click
+    }
+
+    /// A button that can be seen; a click at random seldom meets one.
+    void push()
+    {
+        QList<QAbstractButton*> buttons = topmostWidget()->findChildren<QAbstractButton*>();
+        erase_if(buttons,
+                 [](const QAbstractButton* button) { return !button->isVisible() || !button->isEnabled(); });
+        if (!buttons.empty()) {
+            buttons.at(draw(static_cast<int>(buttons.size()) - 1))->click();
+        }
+    }
+
+    void press(const Keys& keys)
+    {
+        const QPointer<QWindow> target = topmost();
+        const QString text =
+            keys.key == Qt::Key_A && keys.modifiers == Qt::NoModifier ? QStringLiteral("a") : QString{};
+        for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+            if (target != nullptr) {
+                qt_handleKeyEvent(target, type, keys.key, keys.modifiers, text);
+            }
+        }
+    }
+
+    /// Closes the window, whatever it is at.
+    void leave()
+    {
+        if (QWidget* const popup = QApplication::activePopupWidget()) {
+            popup->close();
+        } else if (QWidget* const dialog = QApplication::activeModalWidget()) {
+            dialog->close();
+        } else {
+            m_window.close();
+            return QCoreApplication::quit();
+        }
+        QTimer::singleShot(0, this, &RestlessUser::leave);
+    }
+
+    [[nodiscard]] const ToolDescriptor& anyTool()
+    {
+        const auto& tools = ToolRegistry::all();
+        return tools[static_cast<std::size_t>(draw(static_cast<int>(tools.size()) - 1))];
+    }
+
+    [[nodiscard]] QWidget* topmostWidget() const
+    {
+        if (QWidget* const popup = QApplication::activePopupWidget()) {
+            return popup;
+        }
+        QWidget* const dialog = QApplication::activeModalWidget();
+        return dialog != nullptr ? dialog : &m_window;
+    }
+
+    [[nodiscard]] QWindow* topmost() const { return topmostWidget()->window()->windowHandle(); }
+
+    int draw(int most) { return std::uniform_int_distribution{0, most}(m_random); }
+
+    ContentView& m_window;
+    std::filesystem::path m_folder;
+    std::mt19937_64 m_random;
+    int m_acts = 0;
+    int m_now = 0; // as the clicks tell it, in milliseconds
+};
+
+void soak(const Soak::Run& run, const TemporaryTree& tree)
+{
+    const std::filesystem::path changing = tree.path("scanned");
+    const std::ptrdiff_t descriptors = Soak::openDescriptors();
+    std::atomic<int> removed = 0;
+    int acts = 0;
+    {
+        const TreeChurn churn{{changing, tree.path("outside"), tree.path("forbidden")}, run.seed};
+        const NoOtherPrograms guard;
+        ContentView window{confinedTo(FileUrl{changing.string()}, removed)};
+        window.show();
+        RestlessUser user{window, changing, run.seed + 1};
+        const auto end = std::chrono::steady_clock::now() + run.duration;
+        QTimer::singleShot(0, &user, [&user, end] { user.actUntil(end); });
+        QApplication::exec();
+        acts = user.acts();
+    }
+    Soak::waitForDescriptors(descriptors + 8); // the toolkit keeps some of its own
+    Soak::require(tree.exists("forbidden/kept"), "no link is followed");
+    Soak::require(acts > 0, "there was something to try");
+    std::printf("%d acts, %d items removed, %jd MB resident\n", acts, removed.load(),
+                std::intmax_t{Soak::residentBytes() / 1'000'000});
+}
+
+} // namespace
+
+} // namespace tallyroom
+
+int main(int argc, char** argv)
+{
+    const tallyroom::Soak::Run run = tallyroom::Soak::begin(argc, argv);
+    const tallyroom::TemporaryTree tree{tallyroom::folder("scanned"), tallyroom::folder("outside"),
+                                        tallyroom::file("forbidden/kept", 1000), tallyroom::folder("home")};
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(tree.path("home/config")));
+    qputenv("XDG_DATA_HOME", QByteArray::fromStdString(tree.path("home/data")));
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application{argc, argv};
+    QApplication::setQuitOnLastWindowClosed(false);
+    tallyroom::soak(run, tree);
+}
+
+#include "WindowSoak.moc"
