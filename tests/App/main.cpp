@@ -1,3 +1,5 @@
+#include "Settings/PersistedSettings.h"
+
 #include <QApplication>
 #include <QTemporaryDir>
 
@@ -16,5 +18,7 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("TallyroomTests"));
     testing::InitGoogleTest(&argc, argv);
     const QApplication application{argc, argv};
-    return RUN_ALL_TESTS();
+    const int outcome = RUN_ALL_TESTS();
+    tallyroom::Settings::store().sync(); // or it would be written later, and its folder made anew
+    return outcome;
 }

@@ -1,6 +1,7 @@
 // Somebody who cannot sit still: goes from tool to tool in the middle of scans, types, clicks, checks,
 // deletes and undoes at random, while the tree changes: window-soak [SECONDS [SEED]]
 #include "Bridge/Desktop.h"
+#include "Settings/PersistedSettings.h"
 #include "Shell/ContentView.h"
 #include "Shell/ToolRegistry.h"
 #include "Soak/Soak.h"
@@ -267,6 +268,7 @@ int main(int argc, char** argv)
     const QApplication application{argc, argv};
     QApplication::setQuitOnLastWindowClosed(false);
     tallyroom::soak(run, tree);
+    tallyroom::Settings::store().sync(); // while its folder is there
 }
 
 #include "WindowSoak.moc"
