@@ -30,10 +30,10 @@ void translateLabels(CLI::App& app)
     formatter->label("Usage", "Utilisation ");
     formatter->label("OPTIONS", "OPTIONS");
     formatter->label("SUBCOMMAND", "COMMANDE");
-    formatter->label("Options", "Options");
-    formatter->label("Positionals", "Arguments");
+    formatter->label("Positionals", "Arguments ");
     formatter->label("REQUIRED", "(obligatoire)");
     app.formatter(formatter);
+    app.option_defaults()->group("Options "); // of the commands too; a colon has a space before it
 }
 
 /// The French words for what is wrong with a command line, of which `leftOver` was not understood.
@@ -185,7 +185,7 @@ private:
                          std::function<ExitCode()> action)
     {
         CLI::App& command = *m_app.add_subcommand(name, description);
-        command.group("Commandes");
+        command.group("Commandes ");
         command.callback([this, run = std::move(action)] { m_code = run(); });
         return command;
     }
