@@ -50,6 +50,11 @@ QString EntryRowsModel::accessibleCheck(const Entry& entry) const
     return isChecked(entry) ? QStringLiteral("coché") : QStringLiteral("non coché");
 }
 
+QString EntryRowsModel::accessibleCheckBox(const QString& name)
+{
+    return QStringLiteral("Cocher ") + name;
+}
+
 Qt::ItemFlags EntryRowsModel::flags(const QModelIndex& index) const
 {
     const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;

@@ -39,6 +39,9 @@ public:
     /// What assistive technology is told of an entry's check.
     [[nodiscard]] QString accessibleCheck(const Entry& entry) const;
 
+    /// What the check box of a row is called, whose entry is drawn as `name`.
+    [[nodiscard]] static QString accessibleCheckBox(const QString& name);
+
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
 

@@ -123,7 +123,7 @@ QString EntryTableModel::text(const Entry& entry, int column) const
 QString EntryTableModel::accessibleText(const Entry& entry, int column) const
 {
     if (column == checkColumn) {
-        return QStringLiteral("Cocher %1").arg(nameText(entry));
+        return accessibleCheckBox(nameText(entry));
     }
     if (column != nameColumn) {
         return text(entry, column);

@@ -259,13 +259,9 @@ protected:
 
     [[nodiscard]] EntryRowsView& rows() const { return *view->findChild<EntryRowsView*>(); }
 
-    [[nodiscard]] QString spoken(int row) const
+    [[nodiscard]] QString spoken(int row, int column = DuplicateTableModel::nameColumn) const
     {
-        return rows()
-            .model()
-            ->index(row, DuplicateTableModel::nameColumn)
-            .data(Qt::AccessibleTextRole)
-            .toString();
+        return rows().model()->index(row, column).data(Qt::AccessibleTextRole).toString();
     }
 
     [[nodiscard]] QPushButton* button(const QWidget* parent, const QString& text) const
@@ -296,6 +292,7 @@ TEST_F(DuplicatesViewTest, ChecksAllCopiesButTheFirstAndSaysWhichAreKept)
                       Qt::LeftButton);
     EXPECT_EQ(view->selection(), tool->redundantURLs());
     EXPECT_THAT(spoken(1).toStdString(), testing::HasSubstr("conservé"));
+    EXPECT_THAT(spoken(1, DuplicateTableModel::checkColumn).toStdString(), testing::StartsWith("Cocher /"));
     EXPECT_THAT(spoken(2).toStdString(), testing::Not(testing::HasSubstr("conservé")));
     EXPECT_THAT(spoken(5).toStdString(), testing::Not(testing::HasSubstr("lien physique")));
     EXPECT_THAT(spoken(6).toStdString(), testing::HasSubstr("lien physique, rien à récupérer"));

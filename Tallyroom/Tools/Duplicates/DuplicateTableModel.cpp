@@ -151,7 +151,7 @@ QVariant DuplicateTableModel::data(const QModelIndex& index, int role) const
         return text(index.row(), index.column());
     }
     if (role == Qt::AccessibleTextRole) {
-        return index.column() == nameColumn ? accessibleText(index.row()) : text(index.row(), index.column());
+        return accessibleText(index.row(), index.column());
     }
     const Entry* const entry = entryAt(index.row());
     if (role == Qt::ToolTipRole && entry != nullptr && index.column() == nameColumn) {
@@ -181,10 +181,16 @@ QString DuplicateTableModel::text(int row, int column) const
     return ageText(group.identities[rowAt(row).copy].modifiedAt, std::chrono::system_clock::now());
 }
 
-QString DuplicateTableModel::accessibleText(int row) const
+QString DuplicateTableModel::accessibleText(int row, int column) const
 {
     const DuplicateGroup& group = groupAt(row);
     const Entry* const entry = entryAt(row);
+    if (column == checkColumn && entry != nullptr) {
+        return accessibleCheckBox(text(row, nameColumn));
+    }
+    if (column != nameColumn) {
+        return text(row, column);
+    }
     QStringList parts{text(row, nameColumn)};
     if (entry == nullptr) {
         parts.prepend(QStringLiteral("Groupe"));

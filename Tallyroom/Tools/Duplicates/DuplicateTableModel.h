@@ -70,7 +70,7 @@ private:
 
     [[nodiscard]] bool hasChecked(const DuplicateGroup& group) const;
     [[nodiscard]] QString text(int row, int column) const;
-    [[nodiscard]] QString accessibleText(int row) const;
+    [[nodiscard]] QString accessibleText(int row, int column) const;
 
     DuplicateGroups m_groups = std::make_shared<const std::vector<DuplicateGroup>>();
     std::vector<Row> m_rows;
