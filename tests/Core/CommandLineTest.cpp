@@ -21,6 +21,9 @@ namespace {
 
 using testing::HasSubstr;
 
+/// Opened while everything is permitted: somebody without root's privileges may not come to where it lies.
+const FileDescriptor program{::open(TALLYROOM_CLI, O_PATH | O_CLOEXEC)};
+
 struct Answer {
     int exitCode = -1;
     std::string output;
@@ -47,7 +50,8 @@ public:
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
         posix_spawn_file_actions_adddup2(&actions, errors[1], STDERR_FILENO);
-        EXPECT_EQ(::posix_spawn(&m_process, TALLYROOM_CLI, &actions, nullptr, raw.data(), environ), 0);
+        const std::string path = "/proc/self/fd/" + std::to_string(program.get());
+        EXPECT_EQ(::posix_spawn(&m_process, path.c_str(), &actions, nullptr, raw.data(), environ), 0);
         posix_spawn_file_actions_destroy(&actions);
         ::close(output[1]);
         ::close(errors[1]);
