@@ -60,38 +60,33 @@ public Q_SLOTS:
     void refuse(const QUrl& /*url*/) {}
 };
 
-struct Keys {
-    Qt::Key key;
-    Qt::KeyboardModifiers modifiers = Qt::NoModifier;
-};
-
-constexpr std::array allKeys{Keys{Qt::Key_Down},
-                             Keys{Qt::Key_Down, Qt::ShiftModifier},
-                             Keys{Qt::Key_Up},
-                             Keys{Qt::Key_Up, Qt::AltModifier},
-                             Keys{Qt::Key_Left},
-                             Keys{Qt::Key_Right},
-                             Keys{Qt::Key_PageDown},
-                             Keys{Qt::Key_Home},
-                             Keys{Qt::Key_End},
-                             Keys{Qt::Key_Space},
-                             Keys{Qt::Key_Space},
-                             Keys{Qt::Key_Return},
-                             Keys{Qt::Key_Return},
-                             Keys{Qt::Key_Tab},
-                             Keys{Qt::Key_Tab},
-                             Keys{Qt::Key_Backtab, Qt::ShiftModifier},
-                             Keys{Qt::Key_Escape},
-                             Keys{Qt::Key_Delete},
-                             Keys{Qt::Key_Delete, Qt::ShiftModifier},
-                             Keys{Qt::Key_Menu},
-                             Keys{Qt::Key_F5},
-                             Keys{Qt::Key_A},
-                             Keys{Qt::Key_Backspace},
-                             Keys{Qt::Key_A, Qt::ControlModifier},
-                             Keys{Qt::Key_C, Qt::ControlModifier},
-                             Keys{Qt::Key_F, Qt::ControlModifier},
-                             Keys{Qt::Key_Z, Qt::ControlModifier}};
+constexpr std::array<QKeyCombination, 27> allKeys{Qt::Key_Down,
+                                                  Qt::Key_Up,
+                                                  Qt::Key_Left,
+                                                  Qt::Key_Right,
+                                                  Qt::Key_PageDown,
+                                                  Qt::Key_Home,
+                                                  Qt::Key_End,
+                                                  Qt::Key_Space,
+                                                  Qt::Key_Space,
+                                                  Qt::Key_Return,
+                                                  Qt::Key_Return,
+                                                  Qt::Key_Tab,
+                                                  Qt::Key_Tab,
+                                                  Qt::Key_Escape,
+                                                  Qt::Key_Delete,
+                                                  Qt::Key_Menu,
+                                                  Qt::Key_F5,
+                                                  Qt::Key_A,
+                                                  Qt::Key_Backspace,
+                                                  Qt::SHIFT | Qt::Key_Down,
+                                                  Qt::SHIFT | Qt::Key_Backtab,
+                                                  Qt::SHIFT | Qt::Key_Delete,
+                                                  Qt::ALT | Qt::Key_Up,
+                                                  Qt::CTRL | Qt::Key_A,
+                                                  Qt::CTRL | Qt::Key_C,
+                                                  Qt::CTRL | Qt::Key_F,
+                                                  Qt::CTRL | Qt::Key_Z};
 
 class RestlessUser : public QObject {
 public:
@@ -176,14 +171,13 @@ private:
         }
     }
 
-    void press(const Keys& keys)
+    void press(QKeyCombination keys)
     {
         const QPointer<QWindow> target = topmost();
-        const QString text =
-            keys.key == Qt::Key_A && keys.modifiers == Qt::NoModifier ? QStringLiteral("a") : QString{};
+        const QString text = keys == QKeyCombination{Qt::Key_A} ? QStringLiteral("a") : QString{};
         for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
             if (target != nullptr) {
-                qt_handleKeyEvent(target, type, keys.key, keys.modifiers, text);
+                qt_handleKeyEvent(target, type, keys.key(), keys.keyboardModifiers(), text);
             }
         }
     }
