@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Model/FileUrl.h"
+#include "Model/ItemIdentity.h"
 
 #include <chrono>
 #include <cstddef>
@@ -8,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <tuple>
 
 namespace tallyroom {
 
@@ -26,10 +28,16 @@ struct Entry {
     bool isDirectory = false;
     /// When the content last changed; absent when the file system did not say.
     std::optional<Timestamp> modifiedAt;
+    /// Which item the scan saw there. Not a part of equality: a newer scan of the same item is no change.
+    ItemIdentity identity{};
 
     [[nodiscard]] const FileUrl& id() const noexcept { return url; }
 
-    friend bool operator==(const Entry&, const Entry&) = default;
+    friend bool operator==(const Entry& left, const Entry& right)
+    {
+        return std::tie(left.url, left.name, left.sizeBytes, left.isDirectory, left.modifiedAt) ==
+               std::tie(right.url, right.name, right.sizeBytes, right.isDirectory, right.modifiedAt);
+    }
 };
 
 /// The ranking of every list: larger first. Equal sizes are left to a stable sort.

@@ -85,6 +85,24 @@ void report(const FileRemover::BatchProgress& progress, std::size_t completed, s
     }
 }
 
+/// Removes one item and writes down what became of it.
+void record(FileRemover::RemovalResult& result, const FileUrl& url, Batch& batch, bool permanently)
+{
+    RemovalExpected<void> done;
+    if (permanently) {
+        done = batch.deletePermanently(url);
+    } else if (auto inTrash = batch.moveToTrash(url)) {
+        result.trashed.push_back({url, std::move(*inTrash)});
+    } else {
+        done = std::unexpected(std::move(inTrash.error()));
+    }
+    if (done) {
+        result.removed.push_back(url);
+    } else {
+        result.failures.push_back({url, std::move(done.error().message)});
+    }
+}
+
 } // namespace
 
 RemovalExpected<void> FileRemover::moveToTrash(const FileUrl& url)
@@ -112,20 +130,27 @@ FileRemover::RemovalResult FileRemover::remove(std::span<const FileUrl> urls, bo
     RemovalResult result;
     Batch batch;
     for (const FileUrl& url : urls) {
-        RemovalExpected<void> done;
-        if (permanently) {
-            done = batch.deletePermanently(url);
-        } else if (auto inTrash = batch.moveToTrash(url)) {
-            result.trashed.push_back({url, std::move(*inTrash)});
-        } else {
-            done = std::unexpected(std::move(inTrash.error()));
-        }
-        if (done) {
-            result.removed.push_back(url);
-        } else {
-            result.failures.push_back({url, std::move(done.error().message)});
-        }
+        record(result, url, batch, permanently);
         report(progress, result.removed.size() + result.failures.size(), urls.size());
+    }
+    return result;
+}
+
+FileRemover::RemovalResult FileRemover::remove(std::span<const Entry> entries, bool permanently,
+                                               const BatchOptions& options)
+{
+    RemovalResult result;
+    Batch batch;
+    for (const Entry& entry : entries) {
+        if (options.stop.stop_requested()) {
+            break;
+        }
+        if (auto refusal = options.refusal ? options.refusal(entry) : std::nullopt) {
+            result.failures.push_back({entry.url, std::move(*refusal)});
+        } else {
+            record(result, entry.url, batch, permanently);
+        }
+        report(options.progress, result.removed.size() + result.failures.size(), entries.size());
     }
     return result;
 }

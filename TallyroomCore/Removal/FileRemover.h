@@ -1,10 +1,13 @@
 #pragma once
 
 #include "FileSystem/SystemError.h"
+#include "Model/Entry.h"
 #include "Model/FileUrl.h"
 
 #include <functional>
+#include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -67,6 +70,20 @@ using RemovalExpected = std::expected<Value, RemovalError>;
 /// Removes every item once, in the order given; a failure is recorded and the batch goes on.
 [[nodiscard]] RemovalResult remove(std::span<const FileUrl> urls, bool permanently,
                                    const BatchProgress& progress = {});
+
+/// How a batch of entries goes.
+struct BatchOptions {
+    BatchProgress progress;
+    /// Asked before each item: what is not begun then is in neither list of the result.
+    std::stop_token stop;
+    /// Asked right before an item goes, on the batch's thread: why it must stay, in words for people. The
+    /// item then counts as failed.
+    std::function<std::optional<std::string>(const Entry& entry)> refusal;
+};
+
+/// Removes every entry once, in the order given: the item that the scan saw, or nothing.
+[[nodiscard]] RemovalResult remove(std::span<const Entry> entries, bool permanently,
+                                   const BatchOptions& options);
 
 /// Moves items from the trash back to where they were. Never overwrites: an occupied place is a failure,
 /// and the item stays in the trash. So does another item that has got the name since the trash was emptied.
