@@ -47,14 +47,12 @@ void Desktop::chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
     dialog->setOption(QFileDialog::ShowDirsOnly);
     dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
     dialog->setDirectory(FileUrlText::toFileName(folder));
-    QObject::connect(dialog, &QFileDialog::urlsSelected, dialog,
-                     [chosen = std::move(chosen)](const QList<QUrl>& urls) {
-                         std::optional<FileUrl> url;
-                         if (!urls.isEmpty()) {
-                             url = FileUrlText::fromUrl(urls.first());
-                         }
-                         chosen(url ? choiceOf(*url) : FolderChoice{});
-                     });
+    // Not urlsSelected: the toolkit's own dialog never sends it for folders.
+    QObject::connect(dialog, &QDialog::accepted, dialog, [dialog, chosen = std::move(chosen)] {
+        const QList<QUrl> urls = dialog->selectedUrls();
+        const auto url = urls.isEmpty() ? std::nullopt : FileUrlText::fromUrl(urls.first());
+        chosen(url ? choiceOf(*url) : FolderChoice{});
+    });
     dialog->open();
 }
 
