@@ -169,7 +169,7 @@ private:
     std::vector<Digested> digestAll(const std::vector<Suspects>& suspects, Stage stage)
     {
         WorkerPool& pool = WorkerPool::shared();
-        std::vector<std::unique_ptr<BatchDigester>> digesters(pool.width());
+        std::vector<std::unique_ptr<BatchDigester>> digesters(pool.capacity());
         std::atomic<std::int64_t> readBytes = 0;
         const std::int64_t toRead = bytesToRead(suspects, stage);
         ParallelMapOptions options;

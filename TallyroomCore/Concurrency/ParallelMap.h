@@ -158,7 +158,7 @@ private:
 } // namespace detail
 
 /// Applies `function(input, worker)` to every input on the pool's workers and returns the results in the
-/// order of the inputs; `worker` is below the pool's width and belongs to one thread at a time. The caller
+/// order of the inputs; `worker` is below the pool's capacity and belongs to one thread at a time. The caller
 /// waits, so it must not be a worker of that pool. An input that a stop left out has a default result. The
 /// first exception of `function` is passed on.
 template <class Input, class Function>

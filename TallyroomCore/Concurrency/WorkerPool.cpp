@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -12,7 +13,7 @@ namespace tallyroom {
 
 namespace {
 
-using Jobs = std::vector<std::shared_ptr<WorkerPool::Job>>;
+using Clock = std::chrono::steady_clock;
 
 /// How many pieces a worker does for one job before it looks at the next one.
 constexpr int piecesInARow = 16;
@@ -21,41 +22,95 @@ constexpr int piecesInARow = 16;
 /// threads, and on a warm one the surplus costs nothing measurable (bench/compare --threads).
 constexpr unsigned leastWidth = 16;
 
-/// How long the program's end waits for threads that hang in the kernel, on a dead network mount for one.
-constexpr std::chrono::seconds patience{2};
+/// How many workers of the process's pool may hang in the kernel before others have to wait for them.
+constexpr unsigned spareWorkers = 64;
+
+/// How long a worker may sit in one piece of work before it counts as held up.
+constexpr std::chrono::seconds longestPiece{1};
+
+/// How often the workers are looked at while there are jobs.
+constexpr std::chrono::milliseconds watchInterval{100};
+
+/// How long the program's end waits for pieces of work that are not known to hang.
+constexpr std::chrono::seconds patience{1};
+
+/// How a job gets workers.
+enum class Standing : unsigned char {
+    usual,
+    last,      ///< it holds up workers: it gets those that find nothing else to do
+    passedOver ///< it holds up so many that it gets no more
+};
+
+/// A job on the pool.
+struct Running {
+    std::shared_ptr<WorkerPool::Job> job;
+    std::atomic<Standing> standing = Standing::usual;
+};
+
+using Jobs = std::vector<std::shared_ptr<Running>>;
+
+/// A worker's place. Its number is the worker's.
+struct alignas(64) Place {
+    std::atomic<std::uint64_t> beat = 0;          ///< grows with each piece of work; odd within one
+    std::atomic<const Running*> within = nullptr; ///< the job of the latest piece, only to be compared
+
+    // Guarded by the pool's mutex:
+    std::jthread thread;
+    bool isTaken = false;
+    bool isHeldUp = false;
+    std::uint64_t seenBeat = 0;
+    Clock::time_point seenAt;
+};
 
 } // namespace
 
 class WorkerPool::Workers {
 public:
-    explicit Workers(unsigned width) : m_width(width) {}
+    Workers(unsigned width, unsigned spare) : m_width(width), m_places(width + spare) {}
 
     [[nodiscard]] unsigned width() const noexcept { return m_width; }
 
-    void start(const std::shared_ptr<Workers>& self)
+    [[nodiscard]] unsigned capacity() const noexcept { return static_cast<unsigned>(m_places.size()); }
+
+    static void start(const std::shared_ptr<Workers>& self)
     {
-        m_threads.reserve(m_width);
-        for (unsigned worker = 0; worker < m_width; ++worker) {
-            m_threads.emplace_back([self, worker] { self->run(worker); });
+        const std::scoped_lock lock{self->m_mutex};
+        self->fill(self);
+        if (self->capacity() == self->m_width) {
+            return;
+        }
+        try {
+            self->m_watch = std::jthread{[self] { self->watch(self); }};
+        } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): then nobody is replaced
         }
     }
 
-    void add(std::shared_ptr<Job> job)
+    static void add(const std::shared_ptr<Workers>& self, std::shared_ptr<Job> job)
     {
+        const auto running = std::make_shared<Running>();
+        running->job = std::move(job);
+        Place* own = nullptr;
         {
-            const std::scoped_lock lock{m_mutex};
-            m_jobs.push_back(std::move(job));
-            ++m_jobsVersion;
-            ++m_announced;
+            const std::scoped_lock lock{self->m_mutex};
+            self->m_jobs.push_back(running);
+            ++self->m_jobsVersion;
+            ++self->m_announced;
+            self->fill(self); // threads that could not be started earlier
+            own = self->m_count == 0 ? self->takePlace() : nullptr;
         }
-        m_wake.notify_all();
+        self->m_wake.notify_all();
+        self->m_watchWake.notify_one();
+        if (own != nullptr) {
+            self->workAlone(*running->job, *own);
+        }
     }
 
     void remove(const Job& job)
     {
-        std::shared_ptr<Job> last; // destroyed after the lock
+        std::shared_ptr<Running> last; // destroyed after the lock
         const std::scoped_lock lock{m_mutex};
-        const auto found = std::ranges::find(m_jobs, &job, &std::shared_ptr<Job>::get);
+        const auto found = std::ranges::find_if(
+            m_jobs, [&job](const std::shared_ptr<Running>& running) { return running->job.get() == &job; });
         if (found != m_jobs.end()) {
             last = std::move(*found);
             m_jobs.erase(found);
@@ -83,34 +138,90 @@ public:
     void leave()
     {
         Jobs jobs;
+        std::jthread watch;
         {
             const std::scoped_lock lock{m_mutex};
             m_leaving = true;
             jobs = m_jobs;
+            watch = std::move(m_watch);
         }
         m_wake.notify_all();
-        for (const auto& job : jobs) {
-            job->abandon();
+        m_watchWake.notify_one();
+        for (const auto& running : jobs) {
+            running->job->abandon();
         }
+        if (watch.joinable()) {
+            watch.join();
+        }
+        std::vector<std::jthread> gone;
         std::unique_lock lock{m_mutex};
-        const bool allLeft = m_left.wait_for(lock, patience, [this] { return m_gone == m_width; });
-        lock.unlock();
-        for (std::jthread& thread : m_threads) {
-            if (allLeft) {
-                thread.join();
+        m_left.wait_for(lock, patience, [this] { return m_count == heldUp(); });
+        for (Place& place : m_places) {
+            if (place.isTaken && place.thread.joinable()) {
+                place.thread.detach();
             } else {
-                thread.detach();
+                gone.push_back(std::move(place.thread));
             }
         }
-        m_threads.clear();
+        lock.unlock(); // the threads that are gone may still be about to let go of it
     }
 
 private:
-    void run(unsigned worker)
+    /// Under the mutex, as all that deals with places.
+    [[nodiscard]] unsigned heldUp() const
+    {
+        return static_cast<unsigned>(std::ranges::count_if(
+            m_places, [](const Place& place) { return place.isTaken && place.isHeldUp; }));
+    }
+
+    /// A free place; none when all are taken.
+    Place* takePlace()
+    {
+        const auto free = std::ranges::find(m_places, false, &Place::isTaken);
+        if (free == m_places.end()) {
+            return nullptr;
+        }
+        free->isTaken = true;
+        free->isHeldUp = false;
+        free->seenAt = Clock::now();
+        return &*free;
+    }
+
+    void leavePlace(Place& place)
+    {
+        place.isTaken = false;
+        place.isHeldUp = false;
+    }
+
+    /// Starts workers until there are enough that are not held up, or no more can be had.
+    void fill(const std::shared_ptr<Workers>& self)
+    {
+        for (unsigned missing = m_width + heldUp(); m_count < missing;) {
+            Place* const place = m_leaving ? nullptr : takePlace();
+            if (place == nullptr) {
+                return;
+            }
+            try {
+                // A former worker of this place has let go of the mutex, and is joined here.
+                place->thread = std::jthread{[self, place] { self->run(*place); }};
+            } catch (const std::exception&) {
+                leavePlace(*place);
+                return;
+            }
+            ++m_count;
+        }
+    }
+
+    [[nodiscard]] unsigned numberOf(const Place& place) const
+    {
+        return static_cast<unsigned>(&place - m_places.data());
+    }
+
+    void run(Place& place)
     {
         Jobs jobs;
         std::size_t version = 0;
-        std::size_t turn = worker;
+        std::size_t turn = numberOf(place);
         while (true) {
             const std::size_t announced = m_announced.load();
             bool leaving = false;
@@ -123,45 +234,139 @@ private:
             if (leaving) {
                 break;
             }
-            if (!workOn(jobs, worker, ++turn)) {
+            if (!workOn(jobs, place, ++turn)) {
                 jobs.clear(); // a sleeping worker keeps no finished job alive
                 version = 0;
-                sleep(announced);
+                if (!sleep(place, announced)) {
+                    return;
+                }
             }
         }
         jobs.clear();
         const std::scoped_lock lock{m_mutex};
-        ++m_gone;
+        end(place);
+    }
+
+    void end(Place& place)
+    {
+        leavePlace(place);
+        --m_count;
         m_left.notify_all();
     }
 
-    static bool workOn(const Jobs& jobs, unsigned worker, std::size_t turn)
+    bool workOn(const Jobs& jobs, Place& place, std::size_t turn) const
+    {
+        return workOn(jobs, place, turn, Standing::usual, piecesInARow) ||
+               workOn(jobs, place, turn, Standing::last, 1);
+    }
+
+    bool workOn(const Jobs& jobs, Place& place, std::size_t turn, Standing standing, int pieces) const
     {
         bool worked = false;
         for (std::size_t step = 0; step < jobs.size(); ++step) {
-            Job& job = *jobs[(turn + step) % jobs.size()];
-            for (int piece = 0; piece < piecesInARow && job.work(worker); ++piece) {
+            Running& running = *jobs[(turn + step) % jobs.size()];
+            if (running.standing.load(std::memory_order_relaxed) != standing) {
+                continue;
+            }
+            place.within.store(&running, std::memory_order_relaxed);
+            for (int piece = 0; piece < pieces && workOnce(*running.job, place); ++piece) {
                 worked = true;
             }
         }
         return worked;
     }
 
-    void sleep(std::size_t announced)
+    bool workOnce(Job& job, Place& place) const
+    {
+        const std::uint64_t beat = place.beat.load(std::memory_order_relaxed);
+        place.beat.store(beat + 1, std::memory_order_release);
+        const bool worked = job.work(numberOf(place));
+        place.beat.store(beat + 2, std::memory_order_release);
+        return worked;
+    }
+
+    /// Does a job whole on the thread that adds it: there is no other one.
+    void workAlone(Job& job, Place& place)
+    {
+        while (!m_leaving.load() && workOnce(job, place)) {
+        }
+        const std::scoped_lock lock{m_mutex};
+        leavePlace(place);
+    }
+
+    /// Waits for more work. False when this worker is one too many and has ended.
+    bool sleep(Place& place, std::size_t announced)
     {
         std::unique_lock lock{m_mutex};
+        place.isHeldUp = false;
+        if (m_count > m_width && m_count - heldUp() > m_width) {
+            end(place);
+            return false;
+        }
         m_sleeping.fetch_add(1);
         m_wake.wait(lock, [&] { return m_leaving || m_announced.load() != announced; });
         m_sleeping.fetch_sub(1);
+        return true;
+    }
+
+    /// Looks after the workers for as long as there are jobs.
+    void watch(const std::shared_ptr<Workers>& self)
+    {
+        std::unique_lock lock{m_mutex};
+        while (!m_leaving) {
+            m_watchWake.wait(lock, [this] { return m_leaving || !m_jobs.empty(); });
+            m_watchWake.wait_for(lock, watchInterval, [this] { return m_leaving.load(); });
+            lookForHeldUp(Clock::now());
+            judgeJobs();
+            if (m_sleeping.load() == 0) {
+                fill(self);
+            }
+        }
+    }
+
+    void lookForHeldUp(Clock::time_point now)
+    {
+        for (Place& place : m_places) {
+            const std::uint64_t beat = place.beat.load(std::memory_order_acquire);
+            if (beat % 2 == 0 || beat != place.seenBeat) {
+                place.seenBeat = beat;
+                place.seenAt = now;
+            }
+            place.isHeldUp = place.isTaken && now - place.seenAt >= longestPiece;
+        }
+    }
+
+    /// No job may hold up more than a quarter of the workers that others do not: so many a job at a time can
+    /// be lost, and some are left for the next one.
+    void judgeJobs()
+    {
+        const auto all = heldUp();
+        bool someReturn = false;
+        for (const auto& running : m_jobs) {
+            const auto own = static_cast<unsigned>(std::ranges::count_if(m_places, [&](const Place& place) {
+                return place.isTaken && place.isHeldUp && place.within.load() == running.get();
+            }));
+            const Standing now = own == 0                               ? Standing::usual
+                                 : own > (capacity() - (all - own)) / 4 ? Standing::passedOver
+                                                                        : Standing::last;
+            const Standing before = running->standing.exchange(now);
+            someReturn |= before == Standing::passedOver && now != before;
+        }
+        if (someReturn) {
+            ++m_announced;
+            m_wake.notify_all();
+        }
     }
 
     const unsigned m_width;
-    std::vector<std::jthread> m_threads;
+    std::vector<Place> m_places;
+    std::jthread m_watch; // guarded by m_mutex
     std::mutex m_mutex;
     std::condition_variable m_wake;
+    std::condition_variable m_watchWake;
     std::condition_variable m_left;
     Jobs m_jobs;                               // guarded by m_mutex
-    unsigned m_gone = 0;                       // guarded by m_mutex
+    unsigned m_count = 0;                      // of threads that work; guarded by m_mutex
     std::atomic<bool> m_leaving = false;       // written under m_mutex
     std::atomic<std::size_t> m_jobsVersion{1}; // written under m_mutex
     std::atomic<std::size_t> m_announced{0};
@@ -170,13 +375,22 @@ private:
 
 WorkerPool& WorkerPool::shared()
 {
-    static WorkerPool pool{std::max(leastWidth, 2 * std::thread::hardware_concurrency())};
+    // Never destroyed: a worker that hangs may come back to it while the program ends.
+    static WorkerPool& pool =
+        *new WorkerPool{std::max(leastWidth, 2 * std::thread::hardware_concurrency()), spareWorkers};
+
+    struct AtExit {
+        ~AtExit() { pool.m_workers->leave(); }
+    };
+
+    static const AtExit leaving;
     return pool;
 }
 
-WorkerPool::WorkerPool(unsigned width) : m_workers(std::make_shared<Workers>(std::max(width, 1U)))
+WorkerPool::WorkerPool(unsigned width, unsigned spare)
+    : m_workers(std::make_shared<Workers>(std::max(width, 1U), spare))
 {
-    m_workers->start(m_workers);
+    Workers::start(m_workers);
 }
 
 WorkerPool::~WorkerPool()
@@ -189,9 +403,14 @@ unsigned WorkerPool::width() const noexcept
     return m_workers->width();
 }
 
+unsigned WorkerPool::capacity() const noexcept
+{
+    return m_workers->capacity();
+}
+
 void WorkerPool::add(std::shared_ptr<Job> job)
 {
-    m_workers->add(std::move(job));
+    Workers::add(m_workers, std::move(job));
 }
 
 void WorkerPool::remove(const Job& job)

@@ -64,7 +64,7 @@ class TreeWalk::Run final : public WorkerPool::Job {
 public:
     Run(WorkerPool& pool, std::unique_ptr<Visitor> visitor, std::stop_token stop)
         : m_pool(pool), m_visitor(std::move(visitor)), m_stop(std::move(stop)), m_queues(pool.width()),
-          m_desks(pool.width())
+          m_desks(pool.capacity())
     {}
 
     /// Queues the roots; false when there are none.
@@ -146,11 +146,14 @@ private:
         return *desk;
     }
 
+    /// Workers that take the place of held up ones share their queues.
+    Queue& queueOf(std::size_t worker) { return m_queues[worker % m_queues.size()]; }
+
     /// The newest item of one's own, else the oldest of somebody else's: the largest subtree left.
     bool take(unsigned worker, Item& item)
     {
         for (std::size_t step = 0; step < m_queues.size(); ++step) {
-            Queue& queue = m_queues[(worker + step) % m_queues.size()];
+            Queue& queue = queueOf(worker + step);
             const std::scoped_lock lock{queue.mutex};
             if (queue.items.empty()) {
                 continue;
@@ -175,7 +178,7 @@ private:
             return;
         }
         {
-            Queue& queue = m_queues[worker];
+            Queue& queue = queueOf(worker);
             const std::scoped_lock lock{queue.mutex};
             std::ranges::move(items, std::back_inserter(queue.items));
             m_queued.fetch_add(count);

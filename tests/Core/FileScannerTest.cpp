@@ -1,9 +1,11 @@
 #include "Scanning/FileScanner.h"
 
+#include "Concurrency/WorkerPool.h"
 #include "FileSystem/FolderReader.h"
 #include "Scanning/ScanCache.h"
 #include "Scanning/SizeCache.h"
 #include "Support/AllRecords.h"
+#include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 
 #include <algorithm>
@@ -294,6 +296,22 @@ TEST(SizeCache, TellsManyFoldersApart)
     }
     EXPECT_LT(cache.memory() / 20'000, 150U);
     EXPECT_EQ(cache.find(FileUrl{"/r/0/1"}), std::nullopt);
+}
+
+TEST_F(FileScannerTest, AVolumeThatDoesNotAnswerKeepsNoOtherScanWaiting)
+{
+    const TemporaryTree tree{folder("silent"), file("local/a"), file("local/b"), file("local/c")};
+    const auto volume = TemporaryMount::silent(tree.path("silent"));
+    if (!volume.isMounted()) {
+        GTEST_SKIP() << volume.refusal();
+    }
+    std::vector<FileScanner::ScanStream> hanging;
+    for (unsigned scan = 0; scan < 2 * WorkerPool::shared().width(); ++scan) {
+        hanging.push_back(FileScanner::findLargestFilesStream(tree.url("silent"), 10));
+    }
+    EXPECT_EQ(allRecords(FileScanner::directEntriesStream(tree.url("local"), false)).size(), 3U);
+    hanging.clear(); // cancelled, and still in the kernel
+    EXPECT_EQ(allRecords(FileScanner::directEntriesStream(tree.url("local"), false)).size(), 3U);
 }
 
 } // namespace

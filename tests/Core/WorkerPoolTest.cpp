@@ -1,8 +1,11 @@
 #include "Concurrency/WorkerPool.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <gtest/gtest.h>
+#include <latch>
 #include <mutex>
 
 namespace tallyroom {
@@ -56,6 +59,39 @@ private:
     std::atomic<bool> m_abandoned = false;
 };
 
+/// A job whose pieces do not come back before `answer`.
+class Hanging final : public WorkerPool::Job {
+public:
+    explicit Hanging(int pieces) : m_left(pieces) {}
+
+    bool work(unsigned worker) override
+    {
+        if (m_left.fetch_sub(1) <= 0) {
+            return false;
+        }
+        EXPECT_FALSE(m_busy.at(worker).test_and_set()) << "one worker's number belongs to one thread";
+        m_inside.count_down();
+        m_answered.wait();
+        m_busy.at(worker).clear();
+        return true;
+    }
+
+    void abandon() noexcept override {}
+
+    /// Waits until as many workers hang as the pool is wide.
+    void waitForAll() { m_inside.wait(); }
+
+    void answer() { m_answered.count_down(); }
+
+    static constexpr unsigned width = 4;
+
+private:
+    std::atomic<int> m_left;
+    std::latch m_inside{width};
+    std::latch m_answered{1};
+    std::array<std::atomic_flag, 32> m_busy;
+};
+
 TEST(WorkerPool, NoWakeUpIsLostBetweenLookingForWorkAndFallingAsleep)
 {
     WorkerPool pool{4};
@@ -90,6 +126,37 @@ TEST(WorkerPool, ThePoolsEndAbandonsWhatStillRuns)
     }
     EXPECT_TRUE(endless->isAbandoned());
     EXPECT_EQ(endless.use_count(), 1) << "no thread holds a job any more";
+}
+
+TEST(WorkerPool, JobsThatHangLeaveWorkersToTheOthers)
+{
+    WorkerPool pool{Hanging::width, 28};
+    std::vector<std::shared_ptr<Hanging>> hanging;
+    for (int round = 1; round <= 3; ++round) {
+        hanging.push_back(std::make_shared<Hanging>(100)); // more than there are workers
+        pool.add(hanging.back());
+        const auto job = std::make_shared<Counted>();
+        job->offer(1000);
+        pool.add(job);
+        job->waitFor(1000); // hangs when nobody stands in for those that do
+        pool.remove(*job);
+    }
+    std::ranges::for_each(hanging, &Hanging::answer);
+    const auto job = std::make_shared<Counted>();
+    job->offer(1000);
+    pool.add(job);
+    job->waitFor(1000);
+}
+
+TEST(WorkerPool, ItsEndDoesNotWaitForWorkersThatHang)
+{
+    const auto hanging = std::make_shared<Hanging>(Hanging::width);
+    {
+        WorkerPool pool{Hanging::width, 8};
+        pool.add(hanging);
+        hanging->waitForAll();
+    }
+    hanging->answer(); // the pool's end would hang when it waited for this
 }
 
 } // namespace
