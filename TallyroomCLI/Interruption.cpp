@@ -3,6 +3,7 @@
 #include "ExitCode.h"
 
 #include <csignal>
+#include <exception>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -26,7 +27,7 @@ Interruption::Interruption()
 {
     const sigset_t signals = watchedSignals();
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    m_waiter = std::jthread{[this, signals](const std::stop_token& done) {
+    const auto wait = [this, signals](const std::stop_token& done) {
         while (!done.stop_requested()) {
             int signal = 0;
             if (::sigwait(&signals, &signal) != 0 || signal == SIGUSR1) {
@@ -36,13 +37,20 @@ Interruption::Interruption()
                 ::_exit(static_cast<int>(ExitCode::interrupted));
             }
         }
-    }};
+    };
+    try {
+        m_waiter = std::jthread{wait};
+    } catch (const std::exception&) {
+        ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr); // no thread is to be had: signals end the program
+    }
 }
 
 Interruption::~Interruption()
 {
-    m_waiter.request_stop();
-    ::pthread_kill(m_waiter.native_handle(), SIGUSR1);
+    if (m_waiter.joinable()) {
+        m_waiter.request_stop();
+        ::pthread_kill(m_waiter.native_handle(), SIGUSR1);
+    }
 }
 
 } // namespace tallyroom

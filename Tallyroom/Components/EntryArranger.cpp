@@ -1,5 +1,7 @@
 #include "Components/EntryArranger.h"
 
+#include "Concurrency/Thread.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -45,11 +47,11 @@ bool EntryArranger::isQuick(const EntryArrangement::Request& request) const
 void EntryArranger::start(EntryArrangement::Request request)
 {
     m_isRunning = true;
-    m_thread = std::jthread{[this, request = std::move(request)](const std::stop_token& stop) {
+    m_thread = runOnThread([this, request = std::move(request)](const std::stop_token& stop) {
         QMetaObject::invokeMethod(
             this, [this, arrangement = EntryArrangement{request, stop}] { finish(arrangement); },
             Qt::QueuedConnection);
-    }};
+    });
 }
 
 void EntryArranger::finish(const EntryArrangement& arrangement)

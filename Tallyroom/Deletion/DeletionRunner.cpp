@@ -1,5 +1,7 @@
 #include "Deletion/DeletionRunner.h"
 
+#include "Concurrency/Thread.h"
+
 #include <iterator>
 #include <span>
 #include <utility>
@@ -79,10 +81,10 @@ bool DeletionRunner::start(std::size_t count, bool isRestoring, Listener listene
     const QPointer<QObject> context = listener.context;
     m_batch.emplace(std::move(listener), context, RemovalProgress{0, count, isRestoring});
     m_completed = 0;
-    m_worker = std::jthread{[this, work = std::move(work)](const std::stop_token& stop) {
+    m_worker = runOnThread([this, work = std::move(work)](const std::stop_token& stop) {
         QMetaObject::invokeMethod(
             this, [this, result = work(stop)] { finish(result); }, Qt::QueuedConnection);
-    }};
+    });
     Q_EMIT isRunningChanged();
     return true;
 }

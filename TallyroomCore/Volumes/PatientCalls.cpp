@@ -1,9 +1,9 @@
 #include "Volumes/PatientCalls.h"
 
 #include <deque>
+#include <exception>
 #include <map>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 namespace tallyroom {
@@ -19,8 +19,8 @@ public:
         if (self->wantsThread()) {
             try {
                 std::thread{[self] { self->run(); }}.detach();
-            } catch (const std::system_error&) {
-                self->missThread(); // the other threads do it, or the next one that can be made
+            } catch (const std::exception&) {
+                self->missThread();
             }
         }
         return isAsked;
@@ -56,10 +56,17 @@ private:
         return wanted;
     }
 
+    /// No thread is to be had: the others answer, or the caller's when there is no other one.
     void missThread()
     {
-        const std::scoped_lock lock{m_mutex};
-        --m_count;
+        {
+            const std::scoped_lock lock{m_mutex};
+            if (m_count > 1) {
+                --m_count;
+                return;
+            }
+        }
+        run();
     }
 
     void run()

@@ -17,8 +17,8 @@ public:
     PatientCalls(unsigned threads, std::chrono::milliseconds patience);
 
     /// Asks once the earlier questions about `subject` have come back. False, and nothing is asked, when it
-    /// hangs. Any thread; never waits. `question` runs on a thread that may outlive this object and `main`:
-    /// what it touches must be its own. It must not throw.
+    /// hangs. Any thread; never waits, unless the system grants no thread. `question` runs on a thread that
+    /// may outlive this object and `main`: what it touches must be its own. It must not throw.
     bool ask(const std::string& subject, std::function<void()> question);
 
 private:

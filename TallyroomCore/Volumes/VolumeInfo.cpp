@@ -1,12 +1,12 @@
 #include "Volumes/VolumeInfo.h"
 
+#include "Concurrency/Thread.h"
 #include "Volumes/VolumeMounts.h"
 
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <stop_token>
-#include <thread>
 #include <unordered_set>
 
 namespace tallyroom {
@@ -243,9 +243,11 @@ ProgressStream<VolumeReport> VolumeInfo::stream(std::chrono::milliseconds limit,
 {
     auto [sender, stream] = makeProgressStream<VolumeReport>();
     // A thread of its own: the workers of the pool are not made for waiting.
-    std::thread{[sources, end = Clock::now() + limit, sender = std::move(sender)] {
-        sendReports(sources, end, sender);
-    }}.detach();
+    auto thread = runOnThread([sources, end = Clock::now() + limit, sender = std::move(sender)](
+                                  const std::stop_token& /*stop*/) { sendReports(sources, end, sender); });
+    if (thread.joinable()) {
+        thread.detach();
+    }
     return std::move(stream);
 }
 
