@@ -112,6 +112,7 @@ void ListToolViewModel::forEachShown(const Visitor& visit) const
 void ListToolViewModel::startScan(PropertyUpdate& update)
 {
     m_listing = std::make_shared<Listing>();
+    m_unread.reset();
     update.assign(m_entries, EntryList{}, &ListToolViewModel::entriesChanged);
     update.assign(m_scanCompleted, 0, &ListToolViewModel::scanCompletedChanged);
     update.assign(m_scanTotal, 0, &ListToolViewModel::scanTotalChanged);
@@ -119,7 +120,8 @@ void ListToolViewModel::startScan(PropertyUpdate& update)
                   &ListToolViewModel::isDiscoveringChanged);
     update.assign(m_undoable, std::nullopt, &ListToolViewModel::undoableChanged);
     m_pump = std::make_unique<StreamPump<ScanProgress>>(
-        startStream(), [this](const ScanProgress& record) { receive(record); }, [this] { endScan(); });
+        startStream(), [this](const ScanProgress& record) { receive(record); },
+        [this] { endScan(ScanEnd::reached(m_unread)); });
 }
 
 void ListToolViewModel::dropScan(PropertyUpdate& update)
@@ -130,6 +132,7 @@ void ListToolViewModel::dropScan(PropertyUpdate& update)
 
 void ListToolViewModel::receive(const ScanProgress& record)
 {
+    m_unread = record.unread;
     PropertyUpdate update{this};
     update.assign(m_entries, amended(record.entries), &ListToolViewModel::entriesChanged);
     update.assign(m_scanCompleted, record.completed, &ListToolViewModel::scanCompletedChanged);

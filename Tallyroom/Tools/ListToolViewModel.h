@@ -134,6 +134,7 @@ private:
     std::int64_t m_scanCompleted = 0;
     std::int64_t m_scanTotal = 0;
     bool m_isDiscovering = false;
+    std::optional<SystemError> m_unread; // of the running scan
     std::optional<UndoableDeletion> m_undoable;
     std::shared_ptr<Listing> m_listing = std::make_shared<Listing>();
     std::unique_ptr<StreamPump<ScanProgress>> m_pump;

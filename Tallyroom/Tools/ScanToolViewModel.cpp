@@ -31,6 +31,9 @@ void ScanToolViewModel::handleImport(const FolderChoice& choice)
     }
     // What an earlier scan found stays, but nothing may pull the message away from under the reader.
     PropertyUpdate update{this};
+    if (isScanning()) {
+        m_scanEnd = ScanEnd::stopped();
+    }
     dropScan(update);
     update.assign(m_state,
                   ToolState::error(choice ? QStringLiteral("Aucun dossier sélectionné.")
@@ -61,21 +64,30 @@ void ScanToolViewModel::beginScan(PropertyUpdate& update)
         return;
     }
     dropScan(update);
+    m_scanEnd = {};
     update.assign(m_state, ToolState::scanning(), &ScanToolViewModel::stateChanged);
     startScan(update);
 }
 
-void ScanToolViewModel::endScan()
+void ScanToolViewModel::endScan(const ScanEnd& end)
 {
     PropertyUpdate update{this};
     dropScan(update);
+    m_scanEnd = end;
     update.assign(m_state, ToolState::loaded(), &ScanToolViewModel::stateChanged);
 }
 
 void ScanToolViewModel::cancelScan()
 {
     if (isScanning()) {
-        endScan();
+        endScan(ScanEnd::stopped());
+    }
+}
+
+void ScanToolViewModel::resumeScan()
+{
+    if (m_state.phase == ToolState::Phase::loaded && m_scanEnd.kind == ScanEnd::Kind::stopped) {
+        scan();
     }
 }
 

@@ -6,6 +6,7 @@
 #include "Deletion/DeletionSupport.h"
 #include "Model/Entry.h"
 #include "Tools/FolderTool.h"
+#include "Tools/ScanEnd.h"
 #include "Tools/ToolState.h"
 
 #include <functional>
@@ -39,6 +40,9 @@ public:
     using Visitor = std::function<void(const Entry&)>;
 
     [[nodiscard]] const ToolState& state() const { return m_state; }
+
+    /// How the scan ended that made the list on screen; changes with `state` only.
+    [[nodiscard]] const ScanEnd& scanEnd() const { return m_scanEnd; }
 
     [[nodiscard]] const std::optional<FileUrl>& rootURL() const { return m_rootURL; }
 
@@ -89,6 +93,9 @@ public:
     /// Scans again what is on screen, without what the caches know.
     virtual void refresh();
 
+    /// Scans again after a stop; what the caches know comes at once.
+    void resumeScan();
+
     /// Stops a running scan and keeps what it has found.
     void cancelScan();
 
@@ -136,7 +143,7 @@ protected:
     void beginScan(PropertyUpdate& update);
 
     /// The scan is over: by itself, or because it was stopped.
-    void endScan();
+    void endScan(const ScanEnd& end);
 
     /// Starts a removal; says so in `statusMessage` when another one runs. `screening` may hold items back.
     void remove(std::vector<FileUrl> urls, bool permanently, Finished finished,
@@ -156,6 +163,7 @@ private:
 
     DeletionRunner& m_deletions;
     ToolState m_state;
+    ScanEnd m_scanEnd;
     std::optional<FileUrl> m_rootURL;
     std::optional<QString> m_statusMessage;
     Failures m_failures;

@@ -44,6 +44,7 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
     m_summary->setWordWrap(true);
     m_summary->setTextFormat(Qt::PlainText);
+    m_summary->setMinimumHeight(m_summary->fontMetrics().height()); // what is below does not jump
 
     m_controls->setSpacing(Theme::gap);
     m_controls->addWidget(m_search, 1);
@@ -66,6 +67,7 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     connect(m_refresh, &QPushButton::clicked, this, &ToolHeader::refreshRequested);
     connect(m_stop, &QPushButton::clicked, this, &ToolHeader::stopRequested);
     connect(m_export, &QPushButton::clicked, this, &ToolHeader::exportRequested);
+    connect(m_notice, &NoticeLine::actionRequested, this, &ToolHeader::noticeActionRequested);
     showScanning(false);
 }
 
@@ -92,9 +94,9 @@ void ToolHeader::addRow(QWidget* row)
     layout()->addWidget(row);
 }
 
-void ToolHeader::showNotice(const QString& notice)
+void ToolHeader::showNotice(const QString& notice, const QString& action)
 {
-    m_notice->setText(notice);
+    m_notice->setText(notice, action);
 }
 
 void ToolHeader::showScanning(bool isScanning)

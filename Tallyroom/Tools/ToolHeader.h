@@ -40,14 +40,15 @@ public:
 
     void showScanning(bool isScanning);
     void showSummary(const QString& summary);
-    /// What has to be known about the list; nothing when empty.
-    void showNotice(const QString& notice);
+    /// What has to be known about the list, nothing when empty, and the button that goes with it.
+    void showNotice(const QString& notice, const QString& action = {});
     void showEntryCount(std::size_t count);
 
 Q_SIGNALS:
     void refreshRequested();
     void stopRequested();
     void exportRequested();
+    void noticeActionRequested();
 
 protected:
     bool event(QEvent* event) override;

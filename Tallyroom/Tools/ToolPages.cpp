@@ -14,12 +14,12 @@ namespace tallyroom {
 
 ToolPages::ToolPages(ScanToolViewModel& tool, const ToolWelcome::Content& welcome,
                      const QString& emptyMessage, QWidget* parent)
-    : QStackedWidget(parent), m_tool(tool), m_welcome(new ToolWelcome(welcome)),
+    : QStackedWidget(parent), m_tool(tool), m_emptyMessage(emptyMessage), m_welcome(new ToolWelcome(welcome)),
       m_scanning(new ScanningView(QStringLiteral("Analyse en cours…"))), m_lists(new QStackedWidget),
       m_empty(new MessagePage("folder")), m_noMatch(new MessagePage("magnifyingglass")),
       m_error(new MessagePage("exclamationmark.triangle"))
 {
-    makeMessages(emptyMessage);
+    makeMessages();
     const std::initializer_list<QWidget*> pages{m_welcome, m_scanning, m_lists, m_empty, m_noMatch, m_error};
     std::ranges::for_each(pages, [this](QWidget* one) { addWidget(one); });
     connect(m_welcome, &ToolWelcome::actionRequested, this, &ToolPages::folderRequested);
@@ -29,9 +29,10 @@ ToolPages::ToolPages(ScanToolViewModel& tool, const ToolWelcome::Content& welcom
     showRecents();
 }
 
-void ToolPages::makeMessages(const QString& emptyMessage)
+void ToolPages::makeMessages()
 {
-    m_empty->setText({}, emptyMessage);
+    const auto* const other = m_empty->addAction(QStringLiteral("Choisir un autre dossier…"));
+    connect(other, &QPushButton::clicked, this, &ToolPages::folderRequested);
     m_noMatch->setText({}, QStringLiteral("Aucun élément ne correspond au filtre."));
     const auto* const clear = m_noMatch->addAction(QStringLiteral("Effacer le filtre"));
     connect(clear, &QPushButton::clicked, &m_tool, [this] { m_tool.clearFilter(); });
@@ -86,6 +87,7 @@ QSize ToolPages::minimumSizeHint() const
 
 void ToolPages::showPage(bool isPatient, bool hidesEverything)
 {
+    m_empty->setText({}, m_tool.scanEnd().emptyText(m_emptyMessage));
     m_error->setText(QStringLiteral("Ce dossier n’a pas pu être ouvert"), m_tool.state().message);
     const QWidget* const before = currentWidget();
     setCurrentWidget(page(isPatient, hidesEverything));

@@ -42,11 +42,12 @@ Q_SIGNALS:
     void folderRequested();
 
 private:
-    void makeMessages(const QString& emptyMessage);
+    void makeMessages();
     void showRecents();
     [[nodiscard]] QWidget* page(bool isPatient, bool hidesEverything) const;
 
     ScanToolViewModel& m_tool;
+    QString m_emptyMessage;
     ToolWelcome* m_welcome;
     ScanningView* m_scanning;
     QStackedWidget* m_lists;

@@ -114,6 +114,7 @@ void ToolScreen::connectWidgets()
     connect(m_pages, &ToolPages::folderRequested, this, &ToolScreen::chooseFolder);
     connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
     connect(m_header, &ToolHeader::stopRequested, &m_tool, &ScanToolViewModel::cancelScan);
+    connect(m_header, &ToolHeader::noticeActionRequested, &m_tool, &ScanToolViewModel::resumeScan);
     connect(m_header, &ToolHeader::exportRequested, this, &ToolScreen::exportEntries);
     connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ScanToolViewModel::setSearchText);
     connect(&m_header->searchField(), &SearchField::listRequested, m_pages,
@@ -165,8 +166,19 @@ void ToolScreen::showState()
         m_patience.stop();
     }
     dropVanishedChecks();
-    showPage();
     showProgress();
+    showNotice();
+    showSummary();
+}
+
+void ToolScreen::showNotice()
+{
+    if (m_tool.scanEnd().kind == ScanEnd::Kind::stopped) {
+        m_header->showNotice(QStringLiteral("Analyse interrompue : résultat partiel"),
+                             QStringLiteral("Reprendre"));
+    } else {
+        m_header->showNotice(notice());
+    }
 }
 
 /// What is no longer listed is no longer checked; while a scan fills the list nothing is known to be gone.
@@ -252,7 +264,9 @@ void ToolScreen::showChecked()
 
 void ToolScreen::showSummary()
 {
-    QString text = summary();
+    // Nothing is counted as none before the end is known.
+    const bool isKnown = m_tool.entryCount() > 0 || m_tool.scanEnd().isComplete();
+    QString text = isKnown ? summary() : QString{};
     if (m_checkedCount > 0) {
         text += QStringLiteral(" · ") + counted(m_checkedCount, QStringLiteral("coché"));
     }

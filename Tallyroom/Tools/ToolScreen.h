@@ -82,6 +82,9 @@ protected:
     /// "11 éléments · 86,4 Go": what was found.
     [[nodiscard]] virtual QString summary() const = 0;
 
+    /// What has to be known about the list of a scan that came to its end.
+    [[nodiscard]] virtual QString notice() const { return {}; }
+
     /// The file name that an export proposes, without extension.
     [[nodiscard]] virtual QString exportName() const;
 
@@ -104,6 +107,7 @@ protected:
     void showPage();
     void showChecked();
     void showSummary();
+    void showNotice();
 
     bool event(QEvent* event) override;
 

@@ -43,6 +43,12 @@ public:
         visit(filesAfter);
     }
 
+    void unreadable(const SystemError& error)
+    {
+        const std::scoped_lock lock{m_mutex};
+        m_unread = error;
+    }
+
     void finish()
     {
         const std::scoped_lock lock{m_mutex};
@@ -69,7 +75,7 @@ public:
             told = next;
         }
         std::vector<Candidate> repeated = m_buckets.takeRepeated();
-        return {std::move(repeated), m_buckets.folders(), m_visited, m_truncated};
+        return {std::move(repeated), m_buckets.folders(), m_visited, m_truncated, m_unread};
     }
 
 private:
@@ -101,10 +107,11 @@ private:
     std::stop_source m_stop;
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    SizeBuckets m_buckets;      // guarded by m_mutex
-    std::int64_t m_visited = 0; // guarded by m_mutex
-    bool m_truncated = false;   // guarded by m_mutex
-    bool m_isFinished = false;  // guarded by m_mutex
+    SizeBuckets m_buckets;               // guarded by m_mutex
+    std::int64_t m_visited = 0;          // guarded by m_mutex
+    bool m_truncated = false;            // guarded by m_mutex
+    bool m_isFinished = false;           // guarded by m_mutex
+    std::optional<SystemError> m_unread; // guarded by m_mutex
 };
 
 class CandidateVisitor final : public TreeWalk::Visitor {
@@ -139,6 +146,13 @@ public:
                                                                 const TreeWalk::Child& /*child*/) override
     {
         return std::make_unique<SearchedFolder>();
+    }
+
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        if (folder.isRoot()) {
+            m_ledger->unreadable(error);
+        }
     }
 
     void finish(bool /*stopped*/) override { m_ledger->finish(); }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Analysis/SizeBuckets.h"
+#include "FileSystem/SystemError.h"
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <stop_token>
 
 namespace tallyroom {
@@ -22,6 +24,7 @@ struct Findings {
     FolderNames folders;
     std::int64_t visited = 0;
     bool truncated = false;
+    std::optional<SystemError> unread; ///< why the folder itself cannot be read
 };
 
 /// How many files are visited between two calls of `onVisited`.

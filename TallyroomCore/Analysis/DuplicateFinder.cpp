@@ -85,6 +85,7 @@ Result computeGroups(const FileUrl& url, std::int64_t minimumSize, const Limits&
     record.scanned = findings.visited;
     record.phase = Phase::hashing;
     const bool truncated = findings.truncated;
+    const std::optional<SystemError> unread = findings.unread;
     auto groups = DigestStages::run(std::move(findings), stop, [&](DigestStages::Progress progress) {
         record.hashedBytes = progress.done;
         record.bytesToHash = progress.total;
@@ -93,7 +94,7 @@ Result computeGroups(const FileUrl& url, std::int64_t minimumSize, const Limits&
     if (stop.stop_requested()) {
         return {};
     }
-    return {std::move(groups), truncated};
+    return {std::move(groups), truncated, unread};
 }
 
 ProgressStream<DuplicateProgress> stream(const FileUrl& url, std::int64_t minimumSize)
@@ -102,7 +103,7 @@ ProgressStream<DuplicateProgress> stream(const FileUrl& url, std::int64_t minimu
     const std::stop_token cancelled = sender.stopToken();
     start(cancelled, [url, minimumSize, sender = std::move(sender)](const std::stop_token& stop) {
         Locked<DuplicateProgress> last;
-        auto [groups, truncated] =
+        auto [groups, truncated, unread] =
             computeGroups(url, minimumSize, {}, stop, [&](const DuplicateProgress& record) {
                 last.set(record);
                 sender.send(record);
@@ -114,6 +115,7 @@ ProgressStream<DuplicateProgress> stream(const FileUrl& url, std::int64_t minimu
         final.groups = std::move(groups);
         final.phase = Phase::done;
         final.truncated = truncated;
+        final.unread = unread;
         final.hashedBytes = final.bytesToHash;
         sender.send(std::move(final));
     });

@@ -2,10 +2,12 @@
 
 #include "Analysis/DuplicateGroup.h"
 #include "Concurrency/ProgressStream.h"
+#include "FileSystem/SystemError.h"
 
 #include <cstdint>
 #include <functional>
 #include <future>
+#include <optional>
 #include <stop_token>
 #include <vector>
 
@@ -37,6 +39,8 @@ struct DuplicateProgress {
     std::int64_t hashedBytes = 0;
     /// While hashing: what `hashedBytes` ends at.
     std::int64_t bytesToHash = 0;
+    /// Why the searched folder itself cannot be read; known at the end only.
+    std::optional<SystemError> unread = {};
 
     friend bool operator==(const DuplicateProgress&, const DuplicateProgress&) = default;
 };
@@ -50,6 +54,7 @@ struct Limits {
 struct Result {
     std::vector<DuplicateGroup> groups;
     bool truncated = false;
+    std::optional<SystemError> unread = {}; ///< why the folder itself cannot be read
 };
 
 /// The files of at least `minimumSize` bytes under a folder, searched in the background. A record every 4096

@@ -96,10 +96,18 @@ public:
     explicit StreamedAnalysis(ProgressSender<FolderAnalyzer::Progress> sender) : m_sender(std::move(sender))
     {}
 
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        if (folder.isRoot()) {
+            m_unread = error;
+        }
+    }
+
     void finish(bool stopped) override
     {
         if (!stopped) {
-            m_sender->send({m_tally.files(), m_tally.summary(), FolderAnalyzer::Progress::Phase::done});
+            m_sender->send(
+                {m_tally.files(), m_tally.summary(), FolderAnalyzer::Progress::Phase::done, m_unread});
         }
         m_sender.reset();
     }
@@ -121,6 +129,7 @@ protected:
 
 private:
     std::optional<ProgressSender<FolderAnalyzer::Progress>> m_sender;
+    std::optional<SystemError> m_unread;
     std::mutex m_mutex;
     Tally m_tally; // guarded by m_mutex until finish
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
+#include "FileSystem/SystemError.h"
 #include "Model/FileKind.h"
 #include "Model/FileUrl.h"
 
@@ -47,6 +48,7 @@ struct Progress {
     std::int64_t scanned = 0;             ///< files counted so far
     std::optional<FolderSummary> summary; ///< in the last record only
     Phase phase = Phase::scanning;
+    std::optional<SystemError> unread = {}; ///< why the folder itself cannot be read; in the last record only
 
     friend bool operator==(const Progress&, const Progress&) = default;
 };

@@ -187,7 +187,7 @@ private:
         m_pool.announce(count);
     }
 
-    FileDescriptor open(Desk& desk, Folder& folder)
+    SystemResult<FileDescriptor> open(Desk& desk, Folder& folder)
     {
         SystemResult<FileDescriptor> opened;
         if (folder.isRoot()) {
@@ -200,7 +200,7 @@ private:
         } else {
             opened = openFromRoot(folder);
         }
-        return opened ? std::move(*opened) : FileDescriptor{};
+        return opened;
     }
 
     static SystemResult<FileDescriptor> openFromRoot(const Folder& folder)
@@ -217,13 +217,15 @@ private:
 
     void enter(unsigned worker, Desk& desk, Folder& folder)
     {
-        folder.m_descriptor = open(desk, folder);
-        if (!folder.m_descriptor.isOpen()) {
+        SystemResult<FileDescriptor> opened = open(desk, folder);
+        if (!opened) {
+            m_visitor->unreadable(folder, opened.error());
             if (m_visitor->wish(folder).countFirst) {
                 m_visitor->counted(folder, 0);
             }
             return;
         }
+        folder.m_descriptor = std::move(*opened);
         // A root stays open for the sake of all that is opened by its path; others while there is room.
         folder.m_keepsOpen = folder.isRoot() || m_openFolders.fetch_add(1) < openLimit();
         if (m_visitor->wish(folder).countFirst) {

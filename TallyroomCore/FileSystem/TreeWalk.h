@@ -95,6 +95,9 @@ public:
 
         [[nodiscard]] virtual Wish wish(const Folder& folder) const = 0;
 
+        /// A folder cannot be opened, and counts as empty. Before `counted`, on one thread.
+        virtual void unreadable(Folder& /*folder*/, const SystemError& /*error*/) {}
+
         /// All names of a folder were read; before its first visit, on one thread.
         virtual void counted(Folder& /*folder*/, std::size_t /*names*/) {}
 

@@ -117,6 +117,10 @@ public:
 
     /// The number of matches has grown. Any worker, one at a time.
     virtual StreamWake found(std::size_t before, std::size_t now) = 0;
+
+    /// The folder to be searched cannot be read.
+    virtual void unreadable(const SystemError& /*error*/) {}
+
     /// Discovery is over; there are so many to measure.
     virtual void expect(std::size_t matches) = 0;
     /// Matches that are measured. Any worker.
@@ -140,6 +144,8 @@ public:
         }
         return m_entries.sender().enqueue(std::move(records));
     }
+
+    void unreadable(const SystemError& error) override { m_entries.unreadable(error); }
 
     void expect(std::size_t matches) override { m_entries.expect(matches); }
 
@@ -241,6 +247,13 @@ public:
     MeasuredSearch(FolderNames names, std::unique_ptr<SearchAnswer> answer)
         : MatchFinder(std::move(names)), m_answer(std::move(answer))
     {}
+
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        if (folder.isRoot()) {
+            m_answer->unreadable(error);
+        }
+    }
 
     void finish(bool stopped) override
     {

@@ -6,7 +6,7 @@ void StreamedEntries::expect(std::size_t total)
 {
     m_total = static_cast<std::int64_t>(total);
     if (total == 0) {
-        m_sender->send({});
+        m_sender->send({{}, 0, 0, false, m_unread});
     }
 }
 

@@ -22,6 +22,9 @@ class StreamedEntries {
 public:
     explicit StreamedEntries(ProgressSender<ScanProgress> sender) : m_sender(std::move(sender)) {}
 
+    /// The scanned folder cannot be read; before `expect(0)`, whose record says so.
+    void unreadable(const SystemError& error) { m_unread = error; }
+
     /// How many there will be. When there are none, one empty record says so.
     void expect(std::size_t total);
 
@@ -38,6 +41,7 @@ public:
 private:
     std::optional<ProgressSender<ScanProgress>> m_sender;
     std::int64_t m_total = 0;
+    std::optional<SystemError> m_unread;
     std::mutex m_mutex;
     EntryList::Builder m_entries; ///< guarded by m_mutex while workers append
 };

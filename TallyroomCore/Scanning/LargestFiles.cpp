@@ -83,6 +83,13 @@ public:
         : LargestFilesVisitor(limit), m_sender(std::move(sender))
     {}
 
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        if (folder.isRoot()) {
+            m_unread = error;
+        }
+    }
+
     void finish(bool stopped) override
     {
         if (!stopped) {
@@ -114,10 +121,11 @@ private:
     void report(bool isDiscovering)
     {
         const std::int64_t files = seen();
-        m_sender->send({ranking(), files, files, isDiscovering});
+        m_sender->send({ranking(), files, files, isDiscovering, m_unread});
     }
 
     std::optional<ProgressSender<ScanProgress>> m_sender;
+    std::optional<SystemError> m_unread;
     std::atomic<Clock::rep> m_due = std::numeric_limits<Clock::rep>::min(); ///< when the next record is due
 };
 

@@ -105,6 +105,13 @@ public:
         : ListingVisitor(url), m_entries(std::move(sender))
     {}
 
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        if (folder.isRoot()) {
+            m_entries.unreadable(error);
+        }
+    }
+
     void counted(TreeWalk::Folder& /*folder*/, std::size_t names) override
     {
         m_isEmpty = names == 0;

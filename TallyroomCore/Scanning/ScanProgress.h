@@ -1,8 +1,10 @@
 #pragma once
 
+#include "FileSystem/SystemError.h"
 #include "Model/EntryList.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace tallyroom {
 
@@ -16,6 +18,9 @@ struct ScanProgress {
     std::int64_t total = 0;
     /// True while the producer still looks for its work items and `total` is not final.
     bool isDiscovering = false;
+    /// Why the scanned folder itself cannot be read: then nothing is known of what it holds. In the last
+    /// record only.
+    std::optional<SystemError> unread = {};
 
     /// completed / total; 0 when total is below 1.
     [[nodiscard]] double fraction() const noexcept

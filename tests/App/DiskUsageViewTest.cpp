@@ -218,9 +218,7 @@ TEST_F(DiskUsageViewTest, TheBannerTakesADeletionBackOnce)
 TEST_F(DiskUsageViewTest, ChecksStayWhileAScanFillsTheListAndGoWithTheFolder)
 {
     scene.navigator->activate(folderEntry("/r/folder", 30));
-    scene.listing().send({fileEntry("/r/folder/x", 5)}, 1, 2);
-    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::entriesChanged,
-                          [&] { return !scene.navigator->entries().empty(); }));
+    scene.receive({fileEntry("/r/folder/x", 5)});
     view.setSelection({FileUrl{"/r/folder/x"}});
     scene.finishListing({fileEntry("/r/folder/y", 9), fileEntry("/r/folder/x", 5)});
     EXPECT_EQ(view.selection(), UrlSet{FileUrl{"/r/folder/x"}});
@@ -228,13 +226,63 @@ TEST_F(DiskUsageViewTest, ChecksStayWhileAScanFillsTheListAndGoWithTheFolder)
     EXPECT_TRUE(view.selection().empty());
 }
 
+TEST_F(DiskUsageViewTest, OnlyACompleteScanIsSaidToHaveFoundNothing)
+{
+    const QString partial = QStringLiteral("Analyse interrompue : résultat partiel");
+    const auto stop = [&] { scene.navigator->cancelScan(); };
+    const auto failToChoose = [&] {
+        scene.navigator->handleImport(FolderChoice{});
+        scene.navigator->dismissError();
+    };
+
+    struct Case {
+        std::function<void()> end;
+        std::vector<QString> said;
+        bool isPartial;
+    };
+
+    const QString before = QStringLiteral("Rien n’a été trouvé avant l’arrêt de l’analyse.");
+    const std::vector<Case> cases{
+        {[&] { scene.finishListing({}); },
+         {QStringLiteral("Ce dossier est vide."), QStringLiteral("0 élément · 0 o")},
+         false},
+        {[&] { scene.finishListing({}, SystemError{EACCES}); },
+         {QStringLiteral("Ce dossier ne peut pas être lu : accès refusé.")},
+         false},
+        {stop, {partial, before}, true},
+        {failToChoose, {partial, before}, true},
+        {[&] { scene.receive({fileEntry("/r/folder/x", 7)}), stop(); },
+         {partial, QStringLiteral("1 élément · 7 o")},
+         true},
+        {[&] { scene.receive({fileEntry("/r/folder/x", 7)}), failToChoose(); },
+         {partial, QStringLiteral("1 élément · 7 o")},
+         true}};
+    for (const Case& one : cases) {
+        scene.navigator->activate(folderEntry("/r/folder", 0));
+        one.end();
+        for (const QString& words : one.said) {
+            EXPECT_TRUE(texts().contains(words)) << words.toStdString();
+        }
+        EXPECT_EQ(texts().contains(QStringLiteral("Ce dossier est vide.")),
+                  one.said.front() == QStringLiteral("Ce dossier est vide."));
+        EXPECT_EQ(texts().contains(QStringLiteral("0 élément · 0 o")),
+                  one.said.size() == 2 && !one.isPartial);
+        QAbstractButton* const resume = button(QStringLiteral("Reprendre"));
+        ASSERT_EQ(resume != nullptr, one.isPartial);
+        if (one.isPartial) {
+            resume->click();
+            EXPECT_TRUE(scene.navigator->isScanning());
+            EXPECT_TRUE(scene.listing().useCache);
+            scene.finishListing({fileEntry("/r/folder/y", 9)});
+            EXPECT_TRUE(texts().contains(QStringLiteral("1 élément · 9 o")));
+            EXPECT_EQ(button(QStringLiteral("Reprendre")), nullptr);
+        }
+        EXPECT_FALSE(texts().contains(partial));
+    }
+}
+
 TEST_F(DiskUsageViewTest, EveryEndOfAScanHasItsWords)
 {
-    scene.navigator->activate(folderEntry("/r/folder", 0));
-    scene.finishListing({});
-    EXPECT_TRUE(texts().contains(QStringLiteral("Ce dossier est vide.")));
-    scene.navigator->goBack();
-    scene.finishListing({fileEntry("/r/b", 1)});
     scene.navigator->setSearchText(QStringLiteral("nothing"));
     EXPECT_TRUE(texts().contains(QStringLiteral("Aucun élément ne correspond au filtre.")));
     button(QStringLiteral("Effacer le filtre"))->click();

@@ -94,10 +94,18 @@ void NavigatorScene::openLoaded(const std::string& folder, std::vector<Entry> en
     finishListing(std::move(entries));
 }
 
-void NavigatorScene::finishListing(std::vector<Entry> entries)
+void NavigatorScene::receive(std::vector<Entry> entries)
 {
     const auto count = static_cast<std::int64_t>(entries.size());
-    listing().send(std::move(entries), count, count);
+    listing().send(std::move(entries), count, count + 1);
+    ASSERT_TRUE(waitUntil(navigator.get(), &ListToolViewModel::entriesChanged,
+                          [&] { return std::ssize(navigator->entries()) == count; }));
+}
+
+void NavigatorScene::finishListing(std::vector<Entry> entries, const std::optional<SystemError>& unread)
+{
+    const auto count = static_cast<std::int64_t>(entries.size());
+    listing().send(std::move(entries), count, count, unread);
     listing().end();
     ASSERT_TRUE(waitUntil(navigator.get(), &ListToolViewModel::stateChanged,
                           [this] { return navigator->state() == ToolState::loaded(); }));

@@ -17,9 +17,10 @@ struct HandFedListing {
     bool useCache = false;
     std::unique_ptr<ProgressSender<ScanProgress>> sender;
 
-    void send(std::vector<Entry> entries, std::int64_t completed, std::int64_t total) const
+    void send(std::vector<Entry> entries, std::int64_t completed, std::int64_t total,
+              const std::optional<SystemError>& unread = {}) const
     {
-        sender->send({EntryList{std::move(entries)}, completed, total, false});
+        sender->send({EntryList{std::move(entries)}, completed, total, false, unread});
     }
 
     void end() { sender.reset(); }
@@ -38,8 +39,11 @@ public:
     /// Opens `folder` and lets its listing end with `entries`.
     void openLoaded(const std::string& folder, std::vector<Entry> entries);
 
+    /// Feeds the newest listing a record and waits until it is on screen.
+    void receive(std::vector<Entry> entries);
+
     /// Feeds the newest listing a last record and waits for its end.
-    void finishListing(std::vector<Entry> entries);
+    void finishListing(std::vector<Entry> entries, const std::optional<SystemError>& unread = {});
 
     /// Removals wait from here on until `letRemove`.
     void holdRemovals() { gate = std::promise<void>{}, mayRemove = gate.get_future().share(); }

@@ -235,10 +235,15 @@ QString BreakdownPanel::message() const
     const bool hasKinds = m_dashboard.summary() && !m_dashboard.summary()->categories.empty();
     switch (m_dashboard.analysisState().phase) {
     case Phase::none:
+        if (m_dashboard.analysisEnd().kind == ScanEnd::Kind::stopped) {
+            return QStringLiteral("Analyse interrompue.");
+        }
         return QStringLiteral("Choisissez un dossier : Tallyroom compte la place que prend chaque type de "
                               "fichiers.\nRien n’est modifié pendant l’analyse.");
     case Phase::loaded:
-        return hasKinds ? QString{} : QStringLiteral("Aucun fichier dans ce dossier.");
+        return hasKinds
+                   ? QString{}
+                   : m_dashboard.analysisEnd().emptyText(QStringLiteral("Aucun fichier dans ce dossier."));
     case Phase::scanning:
     case Phase::error:
         break;

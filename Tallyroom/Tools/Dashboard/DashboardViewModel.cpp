@@ -101,6 +101,8 @@ void DashboardViewModel::analyze(FileUrl folder)
     m_scopedRoot = SecurityScope::take(folder);
     RecentFolders::shared().add(folder);
     m_scanTask.reset();
+    m_analysisEnd = {};
+    m_unread.reset();
     PropertyUpdate update{this};
     update.assign(m_analyzedFolder, FileUrlText::display(folder.lastPathComponent()),
                   &DashboardViewModel::analyzedFolderChanged);
@@ -116,6 +118,7 @@ void DashboardViewModel::analyze(FileUrl folder)
 
 void DashboardViewModel::receive(const FolderAnalyzer::Progress& record)
 {
+    m_unread = record.unread;
     PropertyUpdate update{this};
     update.assign(m_analysisScanned, record.scanned, &DashboardViewModel::analysisScannedChanged);
     if (record.summary) {
@@ -126,6 +129,7 @@ void DashboardViewModel::receive(const FolderAnalyzer::Progress& record)
 void DashboardViewModel::endAnalysis()
 {
     m_scanTask.reset();
+    m_analysisEnd = ScanEnd::reached(m_unread);
     PropertyUpdate update{this};
     update.assign(m_analysisState, AnalysisState{AnalysisState::Phase::loaded, {}},
                   &DashboardViewModel::stateChanged);
@@ -137,6 +141,7 @@ void DashboardViewModel::cancelAnalysis()
         return;
     }
     m_scanTask.reset();
+    m_analysisEnd = ScanEnd::stopped();
     PropertyUpdate update{this};
     update.assign(m_analysisState,
                   AnalysisState{m_summary ? AnalysisState::Phase::loaded : AnalysisState::Phase::none, {}},

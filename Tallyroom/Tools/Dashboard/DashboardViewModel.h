@@ -4,6 +4,7 @@
 #include "Bridge/Observable.h"
 #include "Bridge/StreamPump.h"
 #include "Tools/FolderTool.h"
+#include "Tools/ScanEnd.h"
 #include "Volumes/VolumeInfo.h"
 
 #include <cstdint>
@@ -64,6 +65,9 @@ public:
     [[nodiscard]] bool isRefreshing() const { return m_isRefreshing; }
 
     [[nodiscard]] const AnalysisState& analysisState() const { return m_analysisState; }
+
+    /// How the last breakdown ended; changes with `analysisState` only.
+    [[nodiscard]] const ScanEnd& analysisEnd() const { return m_analysisEnd; }
 
     /// The last breakdown; nothing until a walk has come to its end.
     [[nodiscard]] const std::optional<FolderSummary>& summary() const { return m_summary; }
@@ -129,6 +133,8 @@ private:
     std::int64_t m_unansweredVolumes = 0;
     bool m_isRefreshing = false;
     AnalysisState m_analysisState;
+    ScanEnd m_analysisEnd;
+    std::optional<SystemError> m_unread; // of the running breakdown
     std::optional<FolderSummary> m_summary;
     std::int64_t m_analysisScanned = 0;
     QString m_analyzedFolder;

@@ -55,10 +55,9 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table,
             [](const Entry& entry) { Desktop::open(entry.url); });
     connect(&tool, &DuplicatesViewModel::groupsChanged, this, [this] { showEntries(); });
     connect(&tool, &DuplicatesViewModel::progressChanged, this, [this] { showProgress(); });
-    connect(&tool, &DuplicatesViewModel::truncatedChanged, this, &DuplicatesView::showTruncation);
+    connect(&tool, &DuplicatesViewModel::truncatedChanged, this, [this] { showNotice(); });
     connect(&tool, &DuplicatesViewModel::minimumSizeChanged, this, &DuplicatesView::showMinimumSize);
     showMinimumSize();
-    showTruncation();
 }
 
 void DuplicatesView::addMinimumSizes()
@@ -98,20 +97,17 @@ void DuplicatesView::showFilter()
     ToolScreen::showFilter();
 }
 
-void DuplicatesView::showTruncation()
+QString DuplicatesView::notice() const
 {
-    header().showNotice(m_duplicates.truncated()
-                            ? QStringLiteral("Liste incomplète : il y a trop de fichiers, la recherche s’est "
-                                             "arrêtée avant la fin. Choisissez un dossier plus petit ou une "
-                                             "taille minimale plus grande.")
-                            : QString{});
+    return m_duplicates.truncated()
+               ? QStringLiteral(
+                     "Liste incomplète : il y a trop de fichiers, la recherche s’est arrêtée avant "
+                     "la fin. Choisissez un dossier plus petit ou une taille minimale plus grande.")
+               : QString{};
 }
 
 QString DuplicatesView::summary() const
 {
-    if (m_duplicates.isScanning() && m_duplicates.groups().empty()) {
-        return {}; // groups are known at the end only
-    }
     const std::int64_t wasted = m_duplicates.totalWasted();
     const std::int64_t reclaimable = m_duplicates.totalReclaimable();
     QString text = counted(m_duplicates.groups().size(), QStringLiteral("groupe")) + QStringLiteral(" · ") +

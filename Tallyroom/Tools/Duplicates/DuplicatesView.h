@@ -23,6 +23,7 @@ public:
 
 protected:
     [[nodiscard]] QString summary() const override;
+    [[nodiscard]] QString notice() const override;
     [[nodiscard]] Caution caution(const std::vector<Entry>& entries) const override;
     void showEntries() override;
     void showFilter() override;
@@ -33,7 +34,6 @@ private:
     void addMinimumSizes();
     void showMinimumSize();
     void showGroups();
-    void showTruncation();
 
     DuplicatesViewModel& m_duplicates;
     DuplicateTable* m_table;

@@ -77,6 +77,7 @@ void DuplicatesViewModel::startScan(PropertyUpdate& update)
     m_search = std::make_shared<Search>();
     setGroups(update, {});
     m_scanned = 0;
+    m_unread.reset();
     update.announce(&DuplicatesViewModel::progressChanged);
     update.assign(m_truncated, false, &DuplicatesViewModel::truncatedChanged);
     if (std::exchange(m_undoSnapshot, std::nullopt)) {
@@ -84,7 +85,8 @@ void DuplicatesViewModel::startScan(PropertyUpdate& update)
     }
     m_pump = std::make_unique<StreamPump<DuplicateProgress>>(
         DuplicateFinder::stream(*rootURL(), m_minimumSize),
-        [this](DuplicateProgress record) { receive(std::move(record)); }, [this] { endScan(); });
+        [this](DuplicateProgress record) { receive(std::move(record)); },
+        [this] { endScan(ScanEnd::reached(m_unread)); });
 }
 
 void DuplicatesViewModel::dropScan(PropertyUpdate& update)
@@ -95,6 +97,7 @@ void DuplicatesViewModel::dropScan(PropertyUpdate& update)
 
 void DuplicatesViewModel::receive(DuplicateProgress record)
 {
+    m_unread = record.unread;
     PropertyUpdate update{this};
     update.assign(m_scanned, record.scanned, &DuplicatesViewModel::progressChanged);
     std::optional<double> hashing;

@@ -131,6 +131,7 @@ private:
     std::int64_t m_minimumSize;
     std::optional<UndoSnapshot> m_undoSnapshot;
     std::shared_ptr<Search> m_search = std::make_shared<Search>();
+    std::optional<SystemError> m_unread; // of the running scan
     std::unique_ptr<StreamPump<DuplicateFinder::DuplicateProgress>> m_pump;
 };
 

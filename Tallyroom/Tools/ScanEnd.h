@@ -1,0 +1,34 @@
+#pragma once
+
+#include "FileSystem/SystemError.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace tallyroom {
+
+/// How the scan that made a list ended. "Empty" and "none" may be said of a complete one only.
+struct ScanEnd {
+    enum class Kind { none, complete, stopped, unread };
+
+    Kind kind = Kind::none;
+    SystemError cause; ///< of `unread`: why the folder cannot be read
+
+    [[nodiscard]] static ScanEnd stopped() { return {Kind::stopped, {}}; }
+
+    /// The end of a scan that was not stopped.
+    [[nodiscard]] static ScanEnd reached(const std::optional<SystemError>& unread)
+    {
+        return unread ? ScanEnd{Kind::unread, *unread} : ScanEnd{Kind::complete, {}};
+    }
+
+    [[nodiscard]] bool isComplete() const { return kind == Kind::complete; }
+
+    /// The words for a scan that found nothing; `none` are those for a complete one.
+    [[nodiscard]] QString emptyText(const QString& none) const;
+
+    friend bool operator==(const ScanEnd&, const ScanEnd&) = default;
+};
+
+} // namespace tallyroom
