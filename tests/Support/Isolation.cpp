@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -128,13 +129,45 @@ int inChildProcess(const std::function<int()>& action)
     return inChildProcesses(1, [&action](int) { return action(); }).front();
 }
 
+namespace {
+
+/// Root's name set aside for the life of this, of all threads, the workers' too. It stays the saved user, so
+/// that there is a way back.
+class WithoutPrivileges {
+public:
+    WithoutPrivileges()
+        : m_isLeft(::setresgid(unprivilegedUser, unprivilegedUser, 0) == 0 &&
+                   ::setresuid(unprivilegedUser, unprivilegedUser, 0) == 0)
+    {
+        ::prctl(PR_SET_DUMPABLE, 1); // or its own entries in /proc are closed to it
+    }
+
+    WithoutPrivileges(const WithoutPrivileges&) = delete;
+    WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+
+    ~WithoutPrivileges()
+    {
+        if (::setresuid(0, 0, 0) != 0 || ::setresgid(0, 0, 0) != 0) {
+            std::abort(); // the tests that follow would not be what they say
+        }
+        ::prctl(PR_SET_DUMPABLE, 1);
+    }
+
+    [[nodiscard]] bool isLeft() const noexcept { return m_isLeft; }
+
+private:
+    bool m_isLeft;
+};
+
+} // namespace
+
 int asUnprivilegedUser(const std::function<int()>& action)
 {
-    return inChildProcess([&action] {
-        const bool isUnprivileged =
-            ::getuid() != 0 || (::setgid(unprivilegedUser) == 0 && ::setuid(unprivilegedUser) == 0);
-        return isUnprivileged ? action() : -1;
-    });
+    if (::getuid() != 0) {
+        return action();
+    }
+    const WithoutPrivileges person;
+    return person.isLeft() ? action() : -1;
 }
 
 } // namespace tallyroom

@@ -61,19 +61,21 @@ private:
 };
 
 /// Runs `action` in so many child processes at once, and returns what each returned, 0 to 255, or -1 when it
-/// crashed. For a process that has no other thread.
+/// crashed. The children have none of the workers: nothing in them may wait for one.
 std::vector<int> inChildProcesses(int count, const std::function<int(int child)>& action);
 
 /// Whether the mount table of this process knows its root: it does not in a chroot of a plain folder.
 [[nodiscard]] bool isRootMounted();
 
-/// Runs `action` in a child process and returns what it returned, 0 to 255; -1 when the process crashed.
+/// Runs `action` in a child process and returns what it returned, 0 to 255; -1 when the process crashed. The
+/// child has none of the workers: nothing in it may wait for one.
 int inChildProcess(const std::function<int()>& action);
 
 /// Who may nothing that is not granted: chmod denies root nothing.
 constexpr uid_t unprivilegedUser = 65534;
 
-/// The same without root's privileges, as `unprivilegedUser` when this process runs as root.
+/// Runs `action` without root's privileges, as `unprivilegedUser` when this process runs as root, in all of
+/// its threads; -1 when that is not to be had.
 int asUnprivilegedUser(const std::function<int()>& action);
 
 } // namespace tallyroom
