@@ -2,12 +2,18 @@
 
 #include "FileSystem/FolderReader.h"
 
+#include <algorithm>
+#include <bit>
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
 
 namespace tallyroom {
 
 namespace {
+
+/// More than any disk holds in one file, and little enough that sums of such files do not overflow.
+constexpr std::int64_t greatestAllocation = std::int64_t{1} << 53;
 
 EntryType typeOf(unsigned mode)
 {
@@ -26,22 +32,42 @@ Timestamp momentOf(const statx_timestamp& time)
     return Timestamp{std::chrono::seconds{time.tv_sec} + std::chrono::nanoseconds{time.tv_nsec}};
 }
 
+std::uint32_t stampOf(const struct statx& stat, std::uint64_t device)
+{
+    std::uint64_t hash = mixed(device, stat.stx_mode & static_cast<unsigned>(S_IFMT));
+    if ((stat.stx_mask & STATX_BTIME) != 0) {
+        hash = mixed(mixed(hash, static_cast<std::uint64_t>(stat.stx_btime.tv_sec)), stat.stx_btime.tv_nsec);
+    }
+    return static_cast<std::uint32_t>(hash >> 32U);
+}
+
+/// A count that no disk can hold is none: the logical size then, as where blocks are not reported.
+std::int64_t allocatedBytes(const struct statx& stat, std::int64_t logicalBytes)
+{
+    constexpr std::uint64_t blockBytes = 512;
+    const bool isTold = (stat.stx_mask & STATX_BLOCKS) != 0 &&
+                        stat.stx_blocks <= static_cast<std::uint64_t>(greatestAllocation) / blockBytes;
+    return isTold ? static_cast<std::int64_t>(stat.stx_blocks * blockBytes)
+                  : std::min(logicalBytes, greatestAllocation);
+}
+
 SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
 {
     struct statx stat = {};
-    if (::statx(folder, name, flags | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, STATX_BASIC_STATS, &stat) != 0) {
+    if (::statx(folder, name, flags | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME,
+                &stat) != 0) {
         return std::unexpected(SystemError::last());
     }
     FileAttributes result;
     result.type = typeOf(stat.stx_mode);
     result.isRegular = S_ISREG(stat.stx_mode);
     result.links = stat.stx_nlink;
-    result.logicalBytes = static_cast<std::int64_t>(stat.stx_size);
-    result.allocatedBytes = (stat.stx_mask & STATX_BLOCKS) != 0
-                                ? static_cast<std::int64_t>(stat.stx_blocks) * 512
-                                : result.logicalBytes;
+    result.logicalBytes = static_cast<std::int64_t>(
+        std::min<std::uint64_t>(stat.stx_size, std::numeric_limits<std::int64_t>::max()));
+    result.allocatedBytes = allocatedBytes(stat, result.logicalBytes);
     result.device = (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
     result.inode = stat.stx_ino;
+    result.stamp = stampOf(stat, result.device);
     if ((stat.stx_mask & STATX_MTIME) != 0) {
         result.modifiedAt = momentOf(stat.stx_mtime);
     }
@@ -52,6 +78,13 @@ SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
 }
 
 } // namespace
+
+std::uint64_t mixed(std::uint64_t hash, std::uint64_t value) noexcept
+{
+    // Multiplying carries each bit upwards only; the rotation brings the upper ones down again.
+    constexpr std::uint64_t odd = 0x9e37'79b9'7f4a'7c15U;
+    return std::rotl((hash ^ value) * odd, 29) * odd;
+}
 
 SystemResult<FileAttributes> fileAttributes(int folder, const char* name)
 {

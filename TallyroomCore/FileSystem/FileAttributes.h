@@ -25,10 +25,14 @@ struct FileAttributes {
     std::int64_t logicalBytes = 0;
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
+    std::uint32_t stamp = 0; ///< device, type and birth time, hashed (ItemIdentity)
     std::optional<Timestamp> modifiedAt;
     std::optional<Timestamp>
         changedAt; ///< the last change of content or attributes (ctime); nobody can set it
 };
+
+/// Mixes a number into a hash.
+[[nodiscard]] std::uint64_t mixed(std::uint64_t hash, std::uint64_t value) noexcept;
 
 /// The attributes of `name` in the open folder `folder`, links not followed. `name` is a C string without
 /// "/", or any path when `folder` is AT_FDCWD. Any thread.

@@ -60,6 +60,20 @@ FileUrl TreeWalk::Folder::url(std::string_view child) const
     return FileUrl{std::move(path)};
 }
 
+const ScanRoot& TreeWalk::Folder::scanRoot() const
+{
+    const Folder* root = this;
+    while (root->m_parent != nullptr) {
+        root = root->m_parent;
+    }
+    const ScanRoot* known = root->m_scanRoot.load();
+    if (known == nullptr) {
+        known = &ScanRoots::add(FileUrl{root->m_name}, root->m_descriptor.get());
+        root->m_scanRoot = known; // two workers find the same row
+    }
+    return *known;
+}
+
 class TreeWalk::Run final : public WorkerPool::Job {
 public:
     Run(WorkerPool& pool, std::unique_ptr<Visitor> visitor, std::stop_token stop)

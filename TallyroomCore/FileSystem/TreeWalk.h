@@ -4,6 +4,7 @@
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/FolderReader.h"
+#include "FileSystem/ScanRoots.h"
 
 #include <atomic>
 #include <cstddef>
@@ -50,6 +51,9 @@ public:
         /// opened.
         [[nodiscard]] int descriptor() const noexcept { return m_descriptor.get(); }
 
+        /// The root of its walk as an item's identity remembers it. During a visit; O(depth).
+        [[nodiscard]] const ScanRoot& scanRoot() const;
+
     private:
         friend class TreeWalk;
 
@@ -60,7 +64,8 @@ public:
         std::atomic<std::uint32_t> m_uses{1};    ///< who still needs the descriptor
         std::uint64_t m_serial = 0;              ///< tells one folder from a later one at the same address
         bool m_keepsOpen = false;                ///< children are opened relative to the descriptor
-        FolderAccess m_rootAccess = FolderAccess::listing; ///< how a root is opened
+        FolderAccess m_rootAccess = FolderAccess::listing;         ///< how a root is opened
+        mutable std::atomic<const ScanRoot*> m_scanRoot = nullptr; ///< of a root that was asked for it
     };
 
     /// A child of a folder, as a batch shows it.

@@ -4,8 +4,8 @@
 
 namespace tallyroom {
 
-/// Which item a scan saw at a location: removal acts on this item or on none. Two items with the same identity
-/// are the same file, folder or link. A plain value of 16 bytes.
+/// Which item a scan saw at a location: removal acts on this item or on none. Two items with the same
+/// identity are the same file, folder or link. A plain value of 16 bytes.
 struct ItemIdentity {
     /// The inode number; 0 when the item was not seen by a scan.
     std::uint64_t inode = 0;

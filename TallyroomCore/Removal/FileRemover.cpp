@@ -156,16 +156,19 @@ FileRemover::RemovalResult FileRemover::remove(std::span<const Entry> entries, b
 }
 
 FileRemover::RemovalResult FileRemover::restore(std::span<const TrashedItem> items,
-                                                const BatchProgress& progress)
+                                                const BatchOptions& options)
 {
     RemovalResult result;
     for (const TrashedItem& item : items) {
+        if (options.stop.stop_requested()) {
+            break;
+        }
         if (const auto moved = Trash::putBack(item.inTrash, item.original)) {
             result.removed.push_back(item.original);
         } else {
             result.failures.push_back({item.original, moved.error().message});
         }
-        report(progress, result.removed.size() + result.failures.size(), items.size());
+        report(options.progress, result.removed.size() + result.failures.size(), items.size());
     }
     return result;
 }

@@ -4,6 +4,7 @@
 #include "Model/Entry.h"
 #include "Model/FileUrl.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <span>
@@ -30,6 +31,8 @@ struct TrashedItem {
 struct RemovalFailure {
     FileUrl url;
     std::string message; ///< why, in words for people
+    /// What is gone all the same, in bytes on disk: a folder may have been emptied in part.
+    std::int64_t freedBytes = 0;
 
     friend bool operator==(const RemovalFailure&, const RemovalFailure&) = default;
 };
@@ -87,7 +90,8 @@ struct BatchOptions {
 
 /// Moves items from the trash back to where they were. Never overwrites: an occupied place is a failure,
 /// and the item stays in the trash. So does another item that has got the name since the trash was emptied.
-[[nodiscard]] RemovalResult restore(std::span<const TrashedItem> items, const BatchProgress& progress = {});
+/// Of `options`, the progress and the stop count.
+[[nodiscard]] RemovalResult restore(std::span<const TrashedItem> items, const BatchOptions& options = {});
 
 } // namespace FileRemover
 

@@ -53,8 +53,12 @@ void BoundedTopHeap::offer(const FileUrl& folder, std::span<const Candidate> fil
     const std::scoped_lock lock{m_mutex};
     for (const Candidate& file : files) {
         if (takes(start, file.name, file.sizeBytes)) {
-            take(
-                {FileUrl{start + std::string{file.name}}, std::string{file.name}, file.sizeBytes, false, {}});
+            take({FileUrl{start + std::string{file.name}},
+                  std::string{file.name},
+                  file.sizeBytes,
+                  false,
+                  {},
+                  file.identity});
         }
     }
 }

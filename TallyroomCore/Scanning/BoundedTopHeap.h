@@ -20,6 +20,7 @@ public:
     struct Candidate {
         std::string_view name;
         std::int64_t sizeBytes = 0;
+        ItemIdentity identity{};
     };
 
     /// Keeps `capacity` entries at most; none when it is 0 or negative.

@@ -13,6 +13,7 @@ namespace {
 struct Match {
     FileUrl url;
     std::optional<Timestamp> modifiedAt;
+    ItemIdentity identity;
 };
 
 using Matches = std::vector<Match>;
@@ -35,7 +36,7 @@ public:
                 continue;
             }
             if (m_names.contains(child.name)) {
-                matches.push_back({folder.url(child.name), modificationDate(folder, child)});
+                matches.push_back(match(folder, child));
             } else {
                 child.descend = !isPruned(child.name);
             }
@@ -73,14 +74,15 @@ protected:
     }
 
 private:
-    static std::optional<Timestamp> modificationDate(const TreeWalk::Folder& folder,
-                                                     const TreeWalk::Child& child)
+    static Match match(const TreeWalk::Folder& folder, const TreeWalk::Child& child)
     {
-        if (child.attributes != nullptr) {
-            return child.attributes->modifiedAt;
-        }
-        const auto attributes = fileAttributes(folder.descriptor(), child.name.data());
-        return attributes ? attributes->modifiedAt : std::nullopt;
+        const auto attributes = child.attributes != nullptr
+                                    ? SystemResult<FileAttributes>{*child.attributes}
+                                    : fileAttributes(folder.descriptor(), child.name.data());
+        FileUrl url = folder.url(child.name);
+        return attributes
+                   ? Match{std::move(url), attributes->modifiedAt, folder.scanRoot().identify(*attributes)}
+                   : Match{std::move(url), {}, {}};
     }
 
     const FolderNames m_names;
@@ -234,7 +236,8 @@ private:
     {
         const Match& match = m_matches[index];
         return {index,
-                {match.url, std::string{match.url.lastPathComponent()}, total, true, match.modifiedAt}};
+                {match.url, std::string{match.url.lastPathComponent()}, total, true, match.modifiedAt,
+                 match.identity}};
     }
 
     const Matches m_matches;
@@ -281,6 +284,20 @@ void startFinding(std::optional<FileUrl> root, std::unique_ptr<MatchFinder> find
     TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(finder), std::move(stop));
 }
 
+/// A folder that is no link, as a match of its own; found below the folder that holds it.
+std::optional<Match> folderItself(const FileUrl& url)
+{
+    const FileUrl holder = url.parent();
+    const auto parent = openFolder(holder, FolderAccess::throughOnly);
+    const auto attributes = parent
+                                ? fileAttributes(parent->get(), std::string{url.lastPathComponent()}.c_str())
+                                : std::unexpected(parent.error());
+    if (!attributes || attributes->type != EntryType::folder) {
+        return std::nullopt;
+    }
+    return Match{url, attributes->modifiedAt, ScanRoots::add(holder, parent->get()).identify(*attributes)};
+}
+
 void startSearch(FolderNames names, const FileUrl& folder, std::unique_ptr<SearchAnswer> answer)
 {
     std::optional root{folder.standardized()};
@@ -290,9 +307,8 @@ void startSearch(FolderNames names, const FileUrl& folder, std::unique_ptr<Searc
     auto finder = std::make_unique<MeasuredSearch>(std::move(names), std::move(answer));
     if (isNamed) {
         // The one look at the disk on the caller's thread, for a folder that somebody has just chosen.
-        const auto attributes = fileAttributes(*root);
-        if (attributes && attributes->type == EntryType::folder) {
-            finder->add({{std::move(*root), attributes->modifiedAt}});
+        if (auto itself = folderItself(*root)) {
+            finder->add({std::move(*itself)});
             root.reset();
         }
     }

@@ -33,7 +33,7 @@ public:
                 const std::int64_t size = child.attributes != nullptr ? child.attributes->allocatedBytes : 0;
                 ++files;
                 if (m_heap.mayTake(size)) {
-                    candidates.push_back({child.name, size});
+                    candidates.push_back({child.name, size, identity(folder, child)});
                 }
             }
         }
@@ -59,6 +59,11 @@ protected:
     [[nodiscard]] std::int64_t seen() const noexcept { return m_seen.load(std::memory_order_relaxed); }
 
 private:
+    static ItemIdentity identity(const TreeWalk::Folder& folder, const TreeWalk::Child& child)
+    {
+        return child.attributes != nullptr ? folder.scanRoot().identify(*child.attributes) : ItemIdentity{};
+    }
+
     BoundedTopHeap m_heap;
     std::atomic<std::int64_t> m_seen = 0;
 };

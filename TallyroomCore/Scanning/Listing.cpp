@@ -13,6 +13,7 @@ public:
     /// A direct child that is a folder, with what its entry needs once it is measured.
     struct ListedFolder : SizedFolder {
         std::optional<Timestamp> modifiedAt;
+        ItemIdentity identity;
         std::size_t index = 0;
     };
 
@@ -36,9 +37,10 @@ public:
         std::vector<IndexedEntry> done;
         done.reserve(children.size());
         std::int64_t total = 0;
+        const ScanRoot& scanRoot = folder.scanRoot();
         const auto finished = [&](const TreeWalk::Child& child, std::int64_t bytes) {
             total = checkedSum(total, bytes);
-            done.push_back({child.index, entry(child, bytes)});
+            done.push_back({child.index, entry(child, bytes, scanRoot)});
         };
         for (const TreeWalk::Child& child : children) {
             if (!child.isFolder()) {
@@ -60,6 +62,7 @@ public:
         folder->place = {static_cast<SizedFolder&>(parent).place.epoch,
                          static_cast<std::uint32_t>(child.mark)};
         folder->modifiedAt = modifiedAt(child);
+        folder->identity = identity(child, parent.scanRoot());
         folder->index = child.index;
         return folder;
     }
@@ -75,8 +78,9 @@ protected:
         }
         const auto& listed = static_cast<ListedFolder&>(folder);
         std::vector<IndexedEntry> done;
-        done.push_back(
-            {listed.index, {m_url.appending(listed.name()), listed.name(), total, true, listed.modifiedAt}});
+        done.push_back({listed.index,
+                        {m_url.appending(listed.name()), listed.name(), total, true, listed.modifiedAt,
+                         listed.identity}});
         deliver(std::move(done));
     }
 
@@ -88,10 +92,16 @@ private:
         return child.attributes != nullptr ? child.attributes->modifiedAt : std::nullopt;
     }
 
-    [[nodiscard]] Entry entry(const TreeWalk::Child& child, std::int64_t bytes) const
+    static ItemIdentity identity(const TreeWalk::Child& child, const ScanRoot& scanRoot)
     {
-        return {m_url.appending(child.name), std::string{child.name}, bytes, child.isFolder(),
-                modifiedAt(child)};
+        return child.attributes != nullptr ? scanRoot.identify(*child.attributes) : ItemIdentity{};
+    }
+
+    [[nodiscard]] Entry entry(const TreeWalk::Child& child, std::int64_t bytes,
+                              const ScanRoot& scanRoot) const
+    {
+        return {m_url.appending(child.name), std::string{child.name},  bytes, child.isFolder(),
+                modifiedAt(child),           identity(child, scanRoot)};
     }
 
     const FileUrl m_url;
