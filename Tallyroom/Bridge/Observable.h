@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -20,8 +21,8 @@ template <class Member, class Value>
 }
 
 /// One step that writes several properties of `object`: every value is in place before the first observer
-/// hears of any. The signals go out in the order of the assignments when the step ends, and only for what
-/// changed. Main thread.
+/// hears of any. The signals go out in the order of the assignments when the step ends, each once, and only
+/// for what changed. Main thread.
 class PropertyUpdate {
 public:
     explicit PropertyUpdate(QObject* object) : m_object(object) {}
@@ -51,7 +52,10 @@ public:
     template <class Owner>
     void announce(void (Owner::*changed)())
     {
-        m_changed.push_back(static_cast<void (QObject::*)()>(changed));
+        const auto signal = static_cast<void (QObject::*)()>(changed);
+        if (std::ranges::find(m_changed, signal) == m_changed.end()) {
+            m_changed.push_back(signal);
+        }
     }
 
 private:

@@ -3,6 +3,7 @@
 #include "Analysis/BatchDigester.h"
 #include "Analysis/DigestStage.h"
 #include "Concurrency/ParallelMap.h"
+#include "Removal/TrashFolders.h"
 
 #include <algorithm>
 #include <atomic>
@@ -276,7 +277,7 @@ private:
         return std::nullopt;
     }
 
-    DuplicateGroup makeGroup(std::string id, const Suspects& alike) const
+    DuplicateGroup makeGroup(std::string id, const Suspects& alike)
     {
         struct Copy {
             Entry entry;
@@ -298,6 +299,7 @@ private:
         for (Copy& copy : copies) {
             group.entries.push_back(std::move(copy.entry));
             group.identities.push_back(copy.identity);
+            group.inTrash.push_back(m_trash.contains(group.entries.back().url));
         }
         return group;
     }
@@ -307,6 +309,7 @@ private:
     const std::function<void(Progress)>& m_onProgress;
     std::vector<Content> m_contents; // in the order of the disk
     std::vector<DuplicateGroup> m_groups;
+    TrashFolders::Lookup m_trash;
     Progress m_progress;
 };
 

@@ -66,13 +66,30 @@ std::int64_t DuplicateGroup::freedBytes(const std::vector<bool>& isGone) const
     return checkedProduct(sizeBytes(), before - after);
 }
 
+std::size_t DuplicateGroup::keptCopy() const noexcept
+{
+    const auto outside = std::ranges::find(inTrash, false);
+    return outside == inTrash.end() ? 0 : static_cast<std::size_t>(outside - inTrash.begin());
+}
+
+std::vector<bool> DuplicateGroup::redundantBeside(std::size_t kept) const
+{
+    const bool isAllTrashed = std::ranges::find(inTrash, false) == inTrash.end();
+    std::vector<bool> redundant(entries.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        redundant[i] = !identities[i].isSameFile(identities[kept]) && (isAllTrashed || !inTrash[i]);
+    }
+    return redundant;
+}
+
 DuplicateGroup DuplicateGroup::without(const std::vector<bool>& isGone) const
 {
-    DuplicateGroup left{id, {}, {}};
+    DuplicateGroup left{id, {}, {}, {}};
     for (std::size_t i = 0; i < entries.size(); ++i) {
         if (!isGone[i]) {
             left.entries.push_back(entries[i]);
             left.identities.push_back(identities[i]);
+            left.inTrash.push_back(inTrash[i]);
         }
     }
     return left;

@@ -37,6 +37,8 @@ struct DuplicateGroup {
     std::vector<Entry> entries;
     /// What each of `entries` was when it was digested, in the same order.
     std::vector<FileIdentity> identities;
+    /// Whether each of `entries` lay in a trash, and so goes when that is emptied; in the same order.
+    std::vector<bool> inTrash;
 
     /// The size of each file in bytes; 0 without files.
     [[nodiscard]] std::int64_t sizeBytes() const noexcept;
@@ -50,6 +52,14 @@ struct DuplicateGroup {
     /// The bytes that came free if the entries that `isGone` marks, in their order, were removed: what other
     /// paths of the group still lead to does not.
     [[nodiscard]] std::int64_t freedBytes(const std::vector<bool>& isGone) const;
+
+    /// The entry that is kept unless the person says otherwise: the first one outside of any trash, else the
+    /// first one.
+    [[nodiscard]] std::size_t keptCopy() const noexcept;
+
+    /// Which entries need not stay beside the one at `kept`: all that are not the same file, and outside of
+    /// any trash where a copy is.
+    [[nodiscard]] std::vector<bool> redundantBeside(std::size_t kept) const;
 
     /// The group without the entries that `isGone` marks.
     [[nodiscard]] DuplicateGroup without(const std::vector<bool>& isGone) const;

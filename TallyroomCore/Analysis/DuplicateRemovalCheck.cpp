@@ -26,11 +26,6 @@ struct Seen {
     [[nodiscard]] bool isKept() const { return !isVictim && !isTrashed && fate == Fate::same; }
 };
 
-bool isInTrash(const Entry& entry)
-{
-    return TrashFolders::contain(entry.url);
-}
-
 /// Renaming a file or removing a hard link of it moves its change time, and so does writing into it, after
 /// which the modification time can be put back: then only its content tells whether it is the same still.
 Fate fateOfContent(const DuplicateGroup& group, const Entry& entry, const FileAttributes& now,
@@ -132,6 +127,8 @@ void checkGroup(const DuplicateGroup& group, const std::unordered_set<FileUrl>& 
 {
     std::vector<Seen> seen;
     seen.reserve(group.entries.size());
+    TrashFolders::Lookup trash;
+    const auto isInTrash = [&trash](const Entry& entry) { return trash.contains(entry.url); };
     const bool isAllTrashed = std::ranges::all_of(group.entries, isInTrash);
     for (std::size_t i = 0; i < group.entries.size(); ++i) {
         const Entry& entry = group.entries[i];
@@ -158,14 +155,16 @@ void checkGroup(const DuplicateGroup& group, const std::unordered_set<FileUrl>& 
 
 bool losesAllCopies(const DuplicateGroup& group, const std::unordered_set<FileUrl>& victims)
 {
-    const auto isVictim = [&victims](const Entry& entry) { return victims.contains(entry.url); };
-    const auto isLost = [&](const Entry& entry) { return isVictim(entry) || isInTrash(entry); };
-    const auto isLostOutsideOfTrash = [&](const Entry& entry) {
-        return isVictim(entry) && !isInTrash(entry);
-    };
-    return std::ranges::all_of(group.entries, isVictim) ||
-           (std::ranges::all_of(group.entries, isLost) &&
-            std::ranges::any_of(group.entries, isLostOutsideOfTrash));
+    bool hasVictimOutside = false;
+    bool hasKept = false;
+    bool hasKeptOutside = false;
+    for (std::size_t i = 0; i < group.entries.size(); ++i) {
+        const bool isVictim = victims.contains(group.entries[i].url);
+        hasVictimOutside = hasVictimOutside || (isVictim && !group.inTrash[i]);
+        hasKept = hasKept || !isVictim;
+        hasKeptOutside = hasKeptOutside || (!isVictim && !group.inTrash[i]);
+    }
+    return !hasKept || (hasVictimOutside && !hasKeptOutside);
 }
 
 Verdict check(std::span<const DuplicateGroup> groups, const std::unordered_set<FileUrl>& victims,

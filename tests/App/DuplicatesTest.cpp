@@ -224,9 +224,56 @@ TEST_F(DuplicatesTest, ARemovalThatEndsDuringTheNextScanLeavesNothingGoneInItsLi
     tool->deleteSelected(urls({"b/big"}), false);
     tool->refresh();
     waitForRemoval();
+    EXPECT_EQ(tool->statusMessage(), QStringLiteral("1 élément(s) · 1 Ko mis à la corbeille."));
     ASSERT_TRUE(waitUntil(tool.get(), &FolderTool::stateChanged, [this] { return !tool->isScanning(); }));
     EXPECT_THAT(listed(), ElementsAre("c/medium,x/medium,x/medium link", "d/small,e/small"));
     EXPECT_FALSE(tool->canUndo());
+}
+
+TEST_F(DuplicatesTest, AnotherFolderIsToldOnce)
+{
+    tree.add({sparseFile("huge1", 100'000_MiB), sparseFile("huge2", 100'000_MiB)});
+    tool->open(tree.url());
+    ASSERT_TRUE(
+        waitUntil(tool.get(), &DuplicatesViewModel::progressChanged, [this] { return tool->isHashing(); }));
+    const QSignalSpy progress{tool.get(), &DuplicatesViewModel::progressChanged};
+    tool->open(m_trash.url());
+    EXPECT_EQ(progress.count(), 1);
+}
+
+TEST_F(DuplicatesTest, WhatIsSaidOfLinksAndOfTheTrashIsWhatIsChecked)
+{
+    const std::string text = std::string(2'000, 't');
+    tree.add({file("0data/Trash/files/text", text), folder("0data/Trash/info"), link("data", "0data"),
+              file("docs/text", text), hardLink("docs/text link", "docs/text"), file("other/text", text)});
+    qputenv("XDG_DATA_HOME", QByteArray::fromStdString(tree.path("data")));
+    scan();
+    tool->setSearchText(QStringLiteral("docs"));
+    EXPECT_THAT(redundant(), ElementsAre("other/text"));
+    EXPECT_EQ(tool->groupsLosingAllCopies(urls({"docs/text", "docs/text link", "other/text"})), 1U);
+
+    DuplicateTableModel model;
+    model.setGroups(tool->sharedGroups(), tool->filteredGroups());
+    const auto said = [&model](int row) {
+        std::string texts;
+        for (const EntryBadge& badge : model.badges(row)) {
+            texts += (texts.empty() ? "" : ", ") + badge.text.toStdString();
+        }
+        return texts;
+    };
+    model.toggleGroup(0);
+    EXPECT_EQ(model.selection(), urls({"other/text"}));
+    EXPECT_EQ(said(1), "conservé, dans la corbeille");
+    EXPECT_EQ(said(2), "conservé");
+    EXPECT_EQ(said(3), "conservé, lien physique, rien à récupérer");
+    EXPECT_EQ(said(4), "");
+    model.checkOthers(*model.entryAt(4));
+    EXPECT_EQ(model.selection(), urls({"docs/text", "docs/text link"})) << "the one to keep is not checked";
+    EXPECT_EQ(said(4), "conservé");
+    model.toggleGroup(0);
+    model.toggleGroup(0);
+    EXPECT_THAT(model.selection(), IsEmpty());
+    EXPECT_EQ(said(4), "") << "nothing is kept where nothing is checked";
 }
 
 TEST_F(DuplicatesTest, StoppingKeepsTheToolUsableAndAScanForgetsTheUndo)

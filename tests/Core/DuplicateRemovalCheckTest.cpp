@@ -136,8 +136,13 @@ TEST(DuplicateRemovalCheck, AHardLinkIsNoCopyToRelyOn)
 
 TEST(DuplicateRemovalCheck, ACopyInATrashIsNoCopyToRelyOn)
 {
-    const TemporaryTree tree{file(".Trash-1000/files/a", "same"), file("b", "same"), file("c", "same"),
-                             file(".Trash/0/files/x", "pair"), file(".Trash/0/files/y", "pair")};
+    const TemporaryTree tree{file(".Trash-1000/files/a", "same"),
+                             file("b", "same"),
+                             file("c", "same"),
+                             file(".Trash/0/files/x", "pair"),
+                             file(".Trash/0/files/y", "pair"),
+                             folder(".Trash-1000/info"),
+                             folder(".Trash/0/info")};
     const auto groups = duplicatesIn(tree);
     const auto one = check(tree, groups, {"b", ".Trash/0/files/y"});
     EXPECT_THAT(one.fine, ElementsAre(tree.url("b"), tree.url(".Trash/0/files/y")));

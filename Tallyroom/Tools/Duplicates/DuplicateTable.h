@@ -25,7 +25,7 @@ private:
 };
 
 /// Groups of identical files as sections, with their copies to check below them. Space on a section's row
-/// checks all its copies but the first. Main thread.
+/// checks what need not stay of its copies. Main thread.
 class DuplicateTable : public EntryRows {
     Q_OBJECT
 

@@ -3,7 +3,6 @@
 #include "Bridge/FileUrlText.h"
 #include "Bridge/SizeText.h"
 #include "Components/FileKindPresentation.h"
-#include "Removal/TrashFolders.h"
 #include "Tools/AgeText.h"
 
 #include <algorithm>
@@ -56,38 +55,44 @@ std::optional<int> DuplicateTableModel::rowOf(const FileUrl& url, int likelyRow)
 
 bool DuplicateTableModel::isGroupChecked(int row) const
 {
-    const std::vector<Entry>& copies = groupAt(row).entries;
-    return !isChecked(copies.front()) && std::all_of(copies.begin() + 1, copies.end(),
-                                                     [this](const Entry& copy) { return isChecked(copy); });
+    const DuplicateGroup& group = groupAt(row);
+    const std::vector<bool> redundant = group.redundantBeside(group.keptCopy());
+    for (std::size_t copy = 0; copy < redundant.size(); ++copy) {
+        if (isChecked(group.entries[copy]) != redundant[copy]) {
+            return false;
+        }
+    }
+    return std::ranges::find(redundant, true) != redundant.end();
 }
 
 void DuplicateTableModel::toggleGroup(int row)
 {
-    const std::vector<Entry>& copies = groupAt(row).entries;
-    const bool isDone = isGroupChecked(row);
-    Selection selection = this->selection();
-    for (const Entry& copy : copies) {
-        if (isDone || &copy == &copies.front()) {
-            selection.erase(copy.url);
-        } else {
-            selection.insert(copy.url);
-        }
+    const DuplicateGroup& group = groupAt(row);
+    if (isGroupChecked(row)) {
+        check(group, std::vector<bool>(group.entries.size(), false));
+    } else {
+        check(group, group.redundantBeside(group.keptCopy()));
     }
-    setSelection(std::move(selection));
-    Q_EMIT selectionEdited();
 }
 
 void DuplicateTableModel::checkOthers(const Entry& kept)
 {
-    const std::optional<int> row = rowOf(kept.url, 0);
-    if (!row) {
-        return;
+    if (const std::optional<int> row = rowOf(kept.url, 0)) {
+        check(groupAt(*row), groupAt(*row).redundantBeside(rowAt(*row).copy));
     }
+}
+
+/// Checks the copies that `checked` marks, and no others of their group.
+void DuplicateTableModel::check(const DuplicateGroup& group, const std::vector<bool>& checked)
+{
     Selection selection = this->selection();
-    for (const Entry& copy : groupAt(*row).entries) {
-        selection.insert(copy.url);
+    for (std::size_t copy = 0; copy < checked.size(); ++copy) {
+        if (checked[copy]) {
+            selection.insert(group.entries[copy].url);
+        } else {
+            selection.erase(group.entries[copy].url);
+        }
     }
-    selection.erase(kept.url);
     setSelection(std::move(selection));
     Q_EMIT selectionEdited();
 }
@@ -114,7 +119,7 @@ std::vector<EntryBadge> DuplicateTableModel::badges(int row) const
                                              : QStringLiteral("même fichier, rien à récupérer"),
                           Theme::Colour::old});
     }
-    if (TrashFolders::contain(group.entries[copy].url)) {
+    if (group.inTrash[copy]) {
         badges.push_back({QStringLiteral("dans la corbeille"), Theme::Colour::secondary});
     }
     return badges;

@@ -29,13 +29,13 @@ public:
     /// Whether the row heads its group.
     [[nodiscard]] bool isHead(int row) const { return rowAt(row).copy == head; }
 
-    /// Whether every copy of the row's group but the first is checked.
+    /// Whether exactly those copies of the row's group are checked that need not stay, if there are any.
     [[nodiscard]] bool isGroupChecked(int row) const;
 
-    /// Checks every copy of the row's group but the first; when that is so already, unchecks them.
+    /// Checks those copies of the row's group, and no others; when that is so already, unchecks them.
     void toggleGroup(int row);
 
-    /// Checks every copy of the group but `kept`.
+    /// Checks the copies of the group that need not stay beside `kept`, and no others.
     void checkOthers(const Entry& kept);
 
     /// What is said of a copy beside its path.
@@ -68,6 +68,7 @@ private:
 
     [[nodiscard]] const Row& rowAt(int row) const { return m_rows[static_cast<std::size_t>(row)]; }
 
+    void check(const DuplicateGroup& group, const std::vector<bool>& checked);
     [[nodiscard]] bool hasChecked(const DuplicateGroup& group) const;
     [[nodiscard]] QString text(int row, int column) const;
     [[nodiscard]] QString accessibleText(int row, int column) const;

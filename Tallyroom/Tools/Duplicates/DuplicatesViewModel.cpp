@@ -76,9 +76,8 @@ void DuplicatesViewModel::startScan(PropertyUpdate& update)
 {
     m_search = std::make_shared<Search>();
     setGroups(update, {});
-    m_scanned = 0;
     m_unread.reset();
-    update.announce(&DuplicatesViewModel::progressChanged);
+    update.assign(m_scanned, 0, &DuplicatesViewModel::progressChanged);
     update.assign(m_truncated, false, &DuplicatesViewModel::truncatedChanged);
     if (std::exchange(m_undoSnapshot, std::nullopt)) {
         update.announce(&DuplicatesViewModel::undoableChanged);
@@ -147,9 +146,13 @@ UrlSet DuplicatesViewModel::redundantURLs() const
 {
     UrlSet urls;
     for (const std::uint32_t index : m_filtered) {
-        const std::vector<Entry>& copies = groups()[index].entries;
-        std::for_each(copies.begin() + (copies.empty() ? 0 : 1), copies.end(),
-                      [&urls](const Entry& entry) { urls.insert(entry.url); });
+        const DuplicateGroup& group = groups()[index];
+        const std::vector<bool> redundant = group.redundantBeside(group.keptCopy());
+        for (std::size_t copy = 0; copy < redundant.size(); ++copy) {
+            if (redundant[copy]) {
+                urls.insert(group.entries[copy].url);
+            }
+        }
     }
     return urls;
 }
@@ -224,8 +227,9 @@ void DuplicatesViewModel::deleteSelected(const UrlSet& urls, bool permanently)
     if (targets.empty()) {
         return;
     }
-    const auto finished = [this, permanently, search = std::weak_ptr{m_search}](const RemovalResult& result) {
-        finishDeletion(result, permanently, search);
+    const auto finished = [this, permanently, groups = m_groups,
+                           search = std::weak_ptr{m_search}](const RemovalResult& result) {
+        finishDeletion(result, permanently, groups, search);
     };
     remove(std::move(targets), permanently, finished,
            [groups = m_groups](const std::vector<FileUrl>& asked, const std::stop_token& stop) {
@@ -234,12 +238,11 @@ void DuplicatesViewModel::deleteSelected(const UrlSet& urls, bool permanently)
 }
 
 void DuplicatesViewModel::finishDeletion(const RemovalResult& result, bool permanently,
-                                         const std::weak_ptr<Search>& search)
+                                         const DuplicateGroups& before, const std::weak_ptr<Search>& search)
 {
     const UrlSet gone{result.removed.begin(), result.removed.end()};
-    Remainder left = remainder(groups(), gone);
     PropertyUpdate update{this};
-    report(update, removalMessage(result, left.freed, permanently), result);
+    report(update, removalMessage(result, remainder(*before, gone).freed, permanently), result);
     // Undoing puts groups back on screen: once another search has begun, that is over.
     if (!search.expired()) {
         m_undoSnapshot.reset();
@@ -252,7 +255,7 @@ void DuplicatesViewModel::finishDeletion(const RemovalResult& result, bool perma
         m_search->removed.insert(gone.begin(), gone.end());
     }
     if (!gone.empty()) {
-        setGroups(update, std::move(left.groups));
+        setGroups(update, remainder(groups(), gone).groups);
     }
     if (rootURL()) {
         FileScanner::invalidateCache(*rootURL());

@@ -43,7 +43,8 @@ public:
     /// whole.
     [[nodiscard]] const std::vector<std::uint32_t>& filteredGroups() const { return m_filtered; }
 
-    /// Every copy but the first of each filtered group.
+    /// What need not stay of each filtered group: every copy but the first one outside of any trash, what is
+    /// the same file as that one and what lies in a trash left out.
     [[nodiscard]] UrlSet redundantURLs() const;
 
     /// The files of all groups, also of those that the search text hides, group after group.
@@ -118,7 +119,8 @@ private:
     void receive(DuplicateFinder::DuplicateProgress record);
     void setGroups(PropertyUpdate& update, std::vector<DuplicateGroup> groups);
     void filterGroups();
-    void finishDeletion(const RemovalResult& result, bool permanently, const std::weak_ptr<Search>& search);
+    void finishDeletion(const RemovalResult& result, bool permanently, const DuplicateGroups& before,
+                        const std::weak_ptr<Search>& search);
     void finishRestore(const RemovalResult& result, const UndoSnapshot& undone,
                        const std::weak_ptr<Search>& search);
 
