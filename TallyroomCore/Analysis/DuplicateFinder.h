@@ -9,6 +9,7 @@
 #include <future>
 #include <optional>
 #include <stop_token>
+#include <tuple>
 #include <vector>
 
 namespace tallyroom {
@@ -39,10 +40,17 @@ struct DuplicateProgress {
     std::int64_t hashedBytes = 0;
     /// While hashing: what `hashedBytes` ends at.
     std::int64_t bytesToHash = 0;
-    /// Why the searched folder itself cannot be read; known at the end only.
+    /// Why the searched folder itself cannot be read; known at the end only. Not a part of equality.
     std::optional<SystemError> unread = {};
 
-    friend bool operator==(const DuplicateProgress&, const DuplicateProgress&) = default;
+    friend bool operator==(const DuplicateProgress& left, const DuplicateProgress& right)
+    {
+        const auto fields = [](const DuplicateProgress& record) {
+            return std::tie(record.scanned, record.groups, record.phase, record.truncated, record.hashedBytes,
+                            record.bytesToHash);
+        };
+        return fields(left) == fields(right);
+    }
 };
 
 /// How much a search takes in before its walk ends early. A negative limit counts as 0.

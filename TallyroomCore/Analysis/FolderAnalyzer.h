@@ -9,6 +9,7 @@
 #include <future>
 #include <optional>
 #include <stop_token>
+#include <tuple>
 #include <vector>
 
 namespace tallyroom {
@@ -48,9 +49,16 @@ struct Progress {
     std::int64_t scanned = 0;             ///< files counted so far
     std::optional<FolderSummary> summary; ///< in the last record only
     Phase phase = Phase::scanning;
-    std::optional<SystemError> unread = {}; ///< why the folder itself cannot be read; in the last record only
+    /// Why the folder itself cannot be read; in the last record only. Not a part of equality.
+    std::optional<SystemError> unread = {};
 
-    friend bool operator==(const Progress&, const Progress&) = default;
+    friend bool operator==(const Progress& left, const Progress& right)
+    {
+        const auto fields = [](const Progress& record) {
+            return std::tie(record.scanned, record.summary, record.phase);
+        };
+        return fields(left) == fields(right);
+    }
 };
 
 /// A scanning record is sent each time that as many more files are counted.

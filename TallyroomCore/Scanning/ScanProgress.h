@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <tuple>
 
 namespace tallyroom {
 
@@ -19,7 +20,7 @@ struct ScanProgress {
     /// True while the producer still looks for its work items and `total` is not final.
     bool isDiscovering = false;
     /// Why the scanned folder itself cannot be read: then nothing is known of what it holds. In the last
-    /// record only.
+    /// record only. Not a part of equality.
     std::optional<SystemError> unread = {};
 
     /// completed / total; 0 when total is below 1.
@@ -28,7 +29,13 @@ struct ScanProgress {
         return total < 1 ? 0.0 : static_cast<double>(completed) / static_cast<double>(total);
     }
 
-    friend bool operator==(const ScanProgress&, const ScanProgress&) = default;
+    friend bool operator==(const ScanProgress& left, const ScanProgress& right)
+    {
+        const auto fields = [](const ScanProgress& record) {
+            return std::tie(record.entries, record.completed, record.total, record.isDiscovering);
+        };
+        return fields(left) == fields(right);
+    }
 };
 
 } // namespace tallyroom
