@@ -1,5 +1,6 @@
 // Names on their way to the screen, and folders named on the command line, typed or dropped.
 #include "Bridge/FileUrlText.h"
+#include "Bridge/TextFilter.h"
 #include "Require.h"
 
 #include <algorithm>

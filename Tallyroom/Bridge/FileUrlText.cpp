@@ -11,11 +11,6 @@ namespace tallyroom {
 
 namespace {
 
-char loweredAscii(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
 QByteArrayView view(std::string_view text)
 {
     return {text.data(), static_cast<qsizetype>(text.size())};
@@ -132,27 +127,6 @@ FileUrl FileUrlText::homeFolder()
 {
     const QByteArray home = qgetenv("HOME");
     return home.startsWith('/') ? FileUrl{home.toStdString()}.standardized() : fromFileName(QDir::homePath());
-}
-
-TextFilter::TextFilter(const QString& searchText)
-    : m_lowered(searchText.toLower().normalized(QString::NormalizationForm_C))
-{
-    const std::string bytes = m_lowered.toStdString();
-    if (Utf8::isAscii(bytes)) {
-        m_ascii = bytes;
-    }
-}
-
-bool TextFilter::matches(std::string_view text) const
-{
-    if (m_lowered.isEmpty()) {
-        return true;
-    }
-    if (!Utf8::isAscii(text)) {
-        const QString lowered = QString::fromUtf8(view(text)).toLower();
-        return lowered.normalized(QString::NormalizationForm_C).contains(m_lowered);
-    }
-    return !m_ascii.empty() && !std::ranges::search(text, m_ascii, {}, loweredAscii).empty();
 }
 
 } // namespace tallyroom

@@ -42,17 +42,4 @@ namespace FileUrlText {
 
 } // namespace FileUrlText
 
-/// A search text, and whether it occurs in a name or path, letter case and composition of accents aside.
-class TextFilter {
-public:
-    explicit TextFilter(const QString& searchText);
-
-    /// True for every text while the search text is empty.
-    [[nodiscard]] bool matches(std::string_view text) const;
-
-private:
-    QString m_lowered;
-    std::string m_ascii; // the same in bytes when it is plain ASCII, for the many names that are too
-};
-
 } // namespace tallyroom

@@ -1,7 +1,7 @@
 #include "Tools/ListToolViewModel.h"
 
-#include "Bridge/FileUrlText.h"
 #include "Bridge/SizeText.h"
+#include "Bridge/TextFilter.h"
 
 #include <algorithm>
 #include <iterator>

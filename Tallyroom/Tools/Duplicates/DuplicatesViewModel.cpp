@@ -1,8 +1,8 @@
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
 #include "Analysis/DuplicateRemovalCheck.h"
-#include "Bridge/FileUrlText.h"
 #include "Bridge/SizeText.h"
+#include "Bridge/TextFilter.h"
 #include "Scanning/FileScanner.h"
 #include "Settings/PersistedSettings.h"
 
