@@ -2,22 +2,21 @@
 
 #include "Components/Theme.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QTemporaryDir>
 
 #include <algorithm>
-#include <chrono>
 #include <ctime>
-#include <pthread.h>
 
 namespace tallyroom {
 
 namespace {
 
-double milliseconds(clockid_t clock)
+double processorTime()
 {
     timespec now = {};
-    clock_gettime(clock, &now);
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
 }
 
@@ -38,27 +37,13 @@ void startApplication()
     Theme::shared().apply();
 }
 
-TurnWatch::TurnWatch()
+TurnWatch::TurnWatch() : m_begun(processorTime())
 {
-    pthread_getcpuclockid(pthread_self(), &m_clock);
-    m_asker = std::jthread{[this](const std::stop_token& stop) { ask(stop); }};
-}
-
-void TurnWatch::ask(const std::stop_token& stop)
-{
-    while (!stop.stop_requested()) {
-        if (m_isAnswered.exchange(false)) {
-            const double asked = milliseconds(m_clock);
-            QMetaObject::invokeMethod(
-                &m_context,
-                [this, asked] {
-                    m_longest = std::max(m_longest, milliseconds(m_clock) - asked);
-                    m_isAnswered = true;
-                },
-                Qt::QueuedConnection);
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds{1});
-    }
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this, [this] {
+        const double now = processorTime();
+        m_longest = std::max(m_longest, now - m_begun);
+        m_begun = now;
+    });
 }
 
 } // namespace tallyroom
