@@ -1,12 +1,9 @@
 #include "Components/EntryArrangement.h"
 
-#include "Text/Utf8.h"
-
-#include <QString>
+#include "Bridge/TextFilter.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
+#include <span>
 #include <utility>
 
 namespace tallyroom {
@@ -20,29 +17,12 @@ bool isDigit(char byte)
     return byte >= '0' && byte <= '9';
 }
 
-/// Accents and letter case taken off; what is no text stays as it is.
-std::string folded(std::string_view name)
-{
-    std::string result{name};
-    if (Utf8::isAscii(name)) {
-        std::ranges::transform(result, result.begin(), [](char byte) {
-            return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-        });
-        return result;
-    }
-    QString text = QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()))
-                       .normalized(QString::NormalizationForm_KD)
-                       .toCaseFolded();
-    text.removeIf([](QChar letter) { return letter.category() == QChar::Mark_NonSpacing; });
-    return text.toStdString();
-}
-
 /// A row on its way to its place: the first bytes of its key spare most of the looks at the whole one.
 struct NamedRow {
     std::uint64_t head = 0;
     std::size_t keyStart = 0;
     std::uint32_t keyLength = 0;
-    std::uint32_t index = 0;
+    std::uint32_t position = 0;
 };
 
 std::uint64_t headOf(std::string_view key)
@@ -58,7 +38,7 @@ std::uint64_t headOf(std::string_view key)
 
 std::string nameSortKey(std::string_view name)
 {
-    const std::string plain = folded(name);
+    const std::string plain = TextFilter::folded(name);
     std::string key;
     key.reserve(plain.size() + 2);
     for (std::size_t place = 0; place < plain.size();) {
@@ -87,40 +67,24 @@ namespace {
 using Rows = std::vector<std::uint32_t>;
 using Request = EntryArrangement::Request;
 
-Rows filteredRows(const Request& request, const std::stop_token& stop)
-{
-    Rows rows;
-    const auto count = static_cast<std::uint32_t>(request.entries.size());
-    rows.reserve(request.filter ? 0 : count);
-    for (std::uint32_t index = 0; index < count; ++index) {
-        if (index % stopInterval == 0 && stop.stop_requested()) {
-            return {};
-        }
-        if (!request.filter || request.filter(request.entries[index])) {
-            rows.push_back(index);
-        }
-    }
-    return rows;
-}
-
-void sortByName(Rows& rows, const Request& request, const std::stop_token& stop)
+void sortByName(std::span<std::uint32_t> rows, const Request& request, bool isAscending,
+                const std::stop_token& stop)
 {
     std::string keys;
     std::vector<NamedRow> named;
     named.reserve(rows.size());
-    for (const std::uint32_t index : rows) {
+    for (const std::uint32_t position : rows) {
         if (named.size() % stopInterval == 0 && stop.stop_requested()) {
             return;
         }
-        const Entry& entry = request.entries[index];
+        const Entry& entry = request.entries[position];
         const std::string key = nameSortKey(request.name ? request.name(entry) : entry.name);
-        named.push_back({headOf(key), keys.size(), static_cast<std::uint32_t>(key.size()), index});
+        named.push_back({headOf(key), keys.size(), static_cast<std::uint32_t>(key.size()), position});
         keys += key;
     }
     const auto keyOf = [&keys](const NamedRow& row) {
         return std::string_view{keys}.substr(row.keyStart, row.keyLength);
     };
-    const bool isAscending = request.order.isAscending;
     std::ranges::sort(named, [&](const NamedRow& left, const NamedRow& right) {
         if (left.head != right.head) {
             return (left.head < right.head) == isAscending;
@@ -128,22 +92,39 @@ void sortByName(Rows& rows, const Request& request, const std::stop_token& stop)
         if (const int order = keyOf(left).compare(keyOf(right)); order != 0) {
             return (order < 0) == isAscending;
         }
-        return request.entries[left.index].url < request.entries[right.index].url;
+        return request.entries[left.position].url < request.entries[right.position].url;
     });
-    std::ranges::transform(named, rows.begin(), &NamedRow::index);
+    std::ranges::transform(named, rows.begin(), &NamedRow::position);
+}
+
+/// Equal sizes are in the order of their names.
+void sortTies(std::span<std::uint32_t> rows, const Request& request, const std::stop_token& stop)
+{
+    const auto sizeAt = [&](std::size_t row) { return request.entries[rows[row]].sizeBytes; };
+    for (std::size_t first = 0; first < rows.size();) {
+        const std::int64_t size = sizeAt(first);
+        std::size_t end = first + 1;
+        while (end < rows.size() && sizeAt(end) == size) {
+            ++end;
+        }
+        if (end - first > 1) {
+            sortByName(rows.subspan(first, end - first), request, true, stop);
+        }
+        first = end;
+    }
 }
 
 void sortByOwnKey(Rows& rows, const Request& request, const std::stop_token& stop)
 {
     std::vector<std::pair<double, std::uint32_t>> keyed;
     keyed.reserve(rows.size());
-    for (const std::uint32_t index : rows) {
+    for (const std::uint32_t position : rows) {
         if (keyed.size() % stopInterval == 0 && stop.stop_requested()) {
             return;
         }
-        keyed.emplace_back(request.sortKey(request.entries[index]), index);
+        keyed.emplace_back(request.sortKey(request.entries[position]), position);
     }
-    // Equal keys keep the list's order, larger first, in both directions.
+    // Equal keys stay in the order of sizes, larger first, in both directions.
     std::ranges::stable_sort(keyed,
                              [isAscending = request.order.isAscending](const auto& left, const auto& right) {
                                  return isAscending ? left.first < right.first : right.first < left.first;
@@ -155,9 +136,10 @@ void sort(Rows& rows, const Request& request, const std::stop_token& stop)
 {
     switch (request.order.key) {
     case EntrySortOrder::Key::name:
-        sortByName(rows, request, stop);
+        sortByName(rows, request, request.order.isAscending, stop);
         break;
     case EntrySortOrder::Key::column:
+        sortTies(rows, request, stop);
         if (request.sortKey) {
             sortByOwnKey(rows, request, stop);
         }
@@ -166,29 +148,31 @@ void sort(Rows& rows, const Request& request, const std::stop_token& stop)
         if (request.order.isAscending) {
             std::ranges::reverse(rows);
         }
+        sortTies(rows, request, stop);
         break;
     }
 }
 
 } // namespace
 
-bool EntryArrangement::Request::isTheList() const
-{
-    return !filter && order.key == EntrySortOrder::Key::size && !order.isAscending;
-}
-
 EntryArrangement::EntryArrangement(const Request& request, const std::stop_token& stop)
     : m_entries(request.entries)
 {
-    if (request.isTheList()) {
-        m_largestSize = m_entries.empty() ? 0 : m_entries.front().sizeBytes;
-        return;
+    Rows rows;
+    rows.reserve(request.filter ? 0 : m_entries.size());
+    for (std::size_t index = 0; index < m_entries.size(); ++index) {
+        if (index % stopInterval == 0 && stop.stop_requested()) {
+            return;
+        }
+        const Entry& entry = m_entries[index];
+        m_totalBytes = checkedSum(m_totalBytes, entry.sizeBytes);
+        if (!request.filter || request.filter(entry)) {
+            m_shownBytes = checkedSum(m_shownBytes, entry.sizeBytes);
+            m_largestSize = std::max(m_largestSize, entry.sizeBytes);
+            rows.push_back(static_cast<std::uint32_t>(index));
+        }
     }
-    Rows rows = filteredRows(request, stop);
-    if (!rows.empty()) {
-        m_largestSize = m_entries[rows.front()].sizeBytes; // the list is ranked
-        sort(rows, request, stop);
-    }
+    sort(rows, request, stop);
     m_rows = std::make_shared<const Rows>(std::move(rows));
 }
 

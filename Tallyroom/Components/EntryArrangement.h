@@ -25,24 +25,24 @@ public:
         EntrySortOrder order;
         std::function<std::string(const Entry&)> name;
         std::function<double(const Entry&)> sortKey;
-
-        /// True when the rows are the list as it is, which costs nothing.
-        [[nodiscard]] bool isTheList() const;
     };
 
     EntryArrangement() = default;
 
-    /// O(n) to filter, O(n log n) to sort by anything but size. A stop leaves the rest of the rows out.
+    /// O(n) to filter, O(n log n) to sort. Rows of equal size are in the order of their names. A stop leaves
+    /// rows out.
     explicit EntryArrangement(const Request& request, const std::stop_token& stop = {});
 
     [[nodiscard]] const EntryList& entries() const { return m_entries; }
 
-    [[nodiscard]] std::size_t rowCount() const { return m_rows ? m_rows->size() : m_entries.size(); }
+    [[nodiscard]] std::size_t rowCount() const { return m_rows->size(); }
 
-    [[nodiscard]] const Entry& entry(std::size_t row) const
-    {
-        return m_entries[m_rows ? (*m_rows)[row] : row];
-    }
+    [[nodiscard]] const Entry& entry(std::size_t row) const { return m_entries[(*m_rows)[row]]; }
+
+    /// The sum of the sizes of the rows, in bytes, and that of the whole list. An overflow ends the process.
+    [[nodiscard]] std::int64_t shownBytes() const { return m_shownBytes; }
+
+    [[nodiscard]] std::int64_t totalBytes() const { return m_totalBytes; }
 
     /// The row that shows `url`. O(n), from `likelyRow` outwards, so that a row that moved little is found
     /// at once.
@@ -59,11 +59,13 @@ private:
     template <class Condition>
     [[nodiscard]] std::optional<std::size_t> findRow(std::size_t likelyRow, const Condition& fits) const;
 
-    using Rows = std::vector<std::uint32_t>;
+    using Rows = std::vector<std::uint32_t>; // positions in the list
 
     EntryList m_entries;
-    std::shared_ptr<const Rows> m_rows; // absent: the list as it is
+    std::shared_ptr<const Rows> m_rows = std::make_shared<const Rows>();
     std::int64_t m_largestSize = 0;
+    std::int64_t m_shownBytes = 0;
+    std::int64_t m_totalBytes = 0;
 };
 
 /// The bytes by which names sort: letter case and accents aside, numbers by their value.

@@ -2,7 +2,6 @@
 
 #include "Concurrency/Thread.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace tallyroom {
@@ -26,22 +25,13 @@ void EntryArranger::arrange(EntryArrangement::Request request, Running running)
         m_thread.request_stop();
     }
     const bool isStopped = m_thread.get_stop_source().stop_requested();
-    if (isQuick(request) && (!m_isRunning || isStopped)) {
-        m_rankedCount = request.entries.size();
+    if (request.entries.size() <= quickCount && (!m_isRunning || isStopped)) {
         Q_EMIT arranged(EntryArrangement{request});
     } else if (m_isRunning) {
         m_waiting = std::move(request);
     } else {
         start(std::move(request));
     }
-}
-
-bool EntryArranger::isQuick(const EntryArrangement::Request& request) const
-{
-    // A list ranks itself when it is read first; what has come since the last time is what that costs.
-    const std::size_t count = request.entries.size();
-    const std::size_t known = request.isTheList() ? std::min(m_rankedCount, count) : 0;
-    return count - known <= quickCount;
 }
 
 void EntryArranger::start(EntryArrangement::Request request)
@@ -61,7 +51,6 @@ void EntryArranger::finish(const EntryArrangement& arrangement)
     m_thread = {};
     auto next = std::exchange(m_waiting, std::nullopt);
     if (!isStopped) {
-        m_rankedCount = arrangement.entries().size();
         Q_EMIT arranged(arrangement);
     }
     if (next && !m_isRunning) {

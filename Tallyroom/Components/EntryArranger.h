@@ -33,11 +33,8 @@ private:
     void start(EntryArrangement::Request request);
     void finish(const EntryArrangement& arrangement);
 
-    [[nodiscard]] bool isQuick(const EntryArrangement::Request& request) const;
-
     std::optional<EntryArrangement::Request> m_waiting;
-    std::size_t m_rankedCount = 0; // of the list whose ranking is known, for its next, longer version
-    bool m_isRunning = false;      // until the thread's report has arrived, stopped or not
+    bool m_isRunning = false; // until the thread's report has arrived, stopped or not
     std::jthread m_thread;
 };
 

@@ -221,6 +221,17 @@ void EntryRowsView::mouseMoveEvent(QMouseEvent* event)
     }
 }
 
+/// The toolkit would make the first row current whoever set the focus. Only who comes by the keyboard means
+/// it.
+void EntryRowsView::focusInEvent(QFocusEvent* event)
+{
+    const bool isByKey = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (isByKey && currentRow() < 0) {
+        goToFirstOnScreen();
+    }
+    viewport()->update();
+}
+
 void EntryRowsView::leaveEvent(QEvent* event)
 {
     hover({-1, -1});

@@ -52,6 +52,11 @@ const Entry& EntryTable::visibleEntry(std::size_t row) const
     return m_model->rows().entry(row);
 }
 
+const EntryArrangement& EntryTable::arrangement() const
+{
+    return m_model->rows();
+}
+
 const EntryArrangement::Request& EntryTable::request() const
 {
     return m_model->request();

@@ -36,6 +36,9 @@ public:
     [[nodiscard]] std::size_t visibleCount() const;
     [[nodiscard]] const Entry& visibleEntry(std::size_t row) const;
 
+    /// The rows on screen; after a change of a long list those before it, until `rowsChanged`.
+    [[nodiscard]] const EntryArrangement& arrangement() const;
+
     /// What the rows are made from, for who makes the same on another thread.
     [[nodiscard]] const EntryArrangement::Request& request() const;
 

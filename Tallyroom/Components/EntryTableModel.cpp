@@ -19,7 +19,8 @@ void EntryTableModel::setEntries(const EntryList& entries)
         return;
     }
     m_request.entries = entries;
-    arrange(EntryArranger::Running::finishes);
+    // An emptied list means another folder: rows of the old one must not come any more.
+    arrange(entries.empty() ? EntryArranger::Running::stops : EntryArranger::Running::finishes);
 }
 
 void EntryTableModel::setFilter(Filter filter)

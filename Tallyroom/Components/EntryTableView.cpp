@@ -93,11 +93,11 @@ std::optional<int> EntryTableView::anchorRow() const
         const int top = rowViewportPosition(row);
         return row >= 0 && top + rowHeight(row) > 0 && top < viewport()->height();
     };
-    if (isOnScreen(currentRow())) {
-        return currentRow();
-    }
     if (verticalScrollBar()->value() == 0) {
         return std::nullopt; // at the top the largest are shown, whichever they are
+    }
+    if (isOnScreen(currentRow())) {
+        return currentRow();
     }
     const int row = hoveredRow() >= 0 ? hoveredRow() : rowAt(0);
     return isOnScreen(row) ? std::optional{row} : std::nullopt;

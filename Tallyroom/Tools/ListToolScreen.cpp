@@ -50,8 +50,14 @@ void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
 
 QString ListToolScreen::summary() const
 {
-    return counted(m_list.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
-           sizeText(m_list.totalSize());
+    QString text = counted(m_list.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
+                   sizeText(m_list.totalSize());
+    if (m_list.isFiltering()) {
+        const EntryArrangement& shown = m_table->arrangement();
+        text += QStringLiteral(" · ") + counted(shown.rowCount(), QStringLiteral("affiché")) +
+                QStringLiteral(" · ") + sizeText(shown.shownBytes());
+    }
+    return text;
 }
 
 void ListToolScreen::showEntries()

@@ -118,9 +118,12 @@ void ToolScreen::connectWidgets()
     connect(m_header, &ToolHeader::exportRequested, this, &ToolScreen::exportEntries);
     connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ScanToolViewModel::setSearchText);
     connect(&m_header->searchField(), &SearchField::listRequested, m_pages,
-            [this] { m_pages->list()->setFocus(); });
+            [this] { m_pages->list()->setFocus(Qt::TabFocusReason); });
     connect(m_rows, &EntryRows::selectionChanged, this, [this] { setSelection(m_rows->selection()); });
-    connect(m_rows, &EntryRows::rowsChanged, this, &ToolScreen::showPage);
+    connect(m_rows, &EntryRows::rowsChanged, this, [this] {
+        showPage();
+        showSummary();
+    });
     connect(m_rows, &EntryRows::activated, this, [this](const Entry& entry) { activate(entry); });
     connect(m_rows, &EntryRows::deleteRequested, this,
             [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });

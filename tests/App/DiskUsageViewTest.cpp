@@ -131,6 +131,7 @@ TEST_F(DiskUsageViewTest, WhatTheFilterHidesIsNotDeleted)
     view.setSelection({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
     scene.navigator->setSearchText(QStringLiteral("C"));
     EXPECT_THAT(view.selectedEntries(), ElementsAre(fileEntry("/r/c", 10)));
+    EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 affiché · 10 o · 1 coché")));
     press(Qt::Key_Delete);
     ASSERT_NE(dialog(), nullptr);
     EXPECT_THAT(dialog()->pending().urls, ElementsAre(FileUrl{"/r/c"}));

@@ -142,6 +142,36 @@ TEST_F(EntryTableTest, AScrolledListStaysAndOneAtTheTopShowsTheLargest)
     EXPECT_EQ(table->currentEntry(), std::nullopt);
 }
 
+TEST_F(EntryTableTest, AListThatWasNotTouchedShowsItsHeaviestRowsAndHasNoCurrentOne)
+{
+    QApplication::setActiveWindow(table.get());
+    table->setFocus(); // as a screen does that has just been given a folder
+    fill(100);
+    table->setFocus(Qt::OtherFocusReason);
+    EXPECT_EQ(table->currentEntry(), std::nullopt);
+    fill(100, 10);
+    EXPECT_EQ(nameAt(0), table->entries().front().name);
+    press(Qt::Key_Down);
+    ASSERT_NE(table->currentEntry(), std::nullopt);
+    const Entry current = *table->currentEntry();
+    fill(100, 1000);
+    EXPECT_EQ(nameAt(0), table->entries().front().name) << "moving within the top is no scrolling";
+    EXPECT_EQ(table->currentEntry(), current);
+}
+
+TEST_F(EntryTableTest, EqualSizesAreInTheOrderOfTheirNames)
+{
+    open({.firstColumnTitle = QStringLiteral("Projet"),
+          .columns = {{QStringLiteral("Modifié"), 60, [](const Entry&) { return QString{}; },
+                       [](const Entry&) { return 0.0; }}}});
+    table->setEntries({file("z", 7), file("b10", 5), file("É", 5), file("b9", 5), file("a", 1)});
+    EXPECT_THAT(names(), ElementsAre("z", "b9", "b10", "É", "a"));
+    clickTitle(3);
+    EXPECT_THAT(names(), ElementsAre("a", "b9", "b10", "É", "z"));
+    clickTitle(2);
+    EXPECT_THAT(names(), ElementsAre("z", "b9", "b10", "É", "a")) << "equal keys too";
+}
+
 TEST_F(EntryTableTest, TheNeighbourBecomesCurrentWhenTheCurrentEntryGoes)
 {
     table->setEntries({file("a", 3), file("b", 2), file("c", 1)});
