@@ -7,7 +7,6 @@
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -65,18 +64,17 @@ void addTable(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
 
 void addCsv(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
 {
-    writer.add(DuplicateExport::header());
+    writer.addRow(DuplicateExport::header());
     for (const DuplicateGroup& group : groups) {
-        writer.add(DuplicateExport::lines(group));
-    }
-    if (Terminal::outputIsTerminal()) {
-        writer.add("\n");
+        for (const Entry& entry : group.entries) {
+            writer.addRow(DuplicateExport::line(group, entry));
+        }
     }
 }
 
 bool print(const std::vector<DuplicateGroup>& groups, OutputFormat format)
 {
-    OutputWriter writer{stdout};
+    OutputWriter writer;
     switch (format) {
     case OutputFormat::table:
         addTable(groups, writer);
@@ -105,13 +103,12 @@ ExitCode runDuplicates(const DuplicatesOptions& options, const Interruption& int
     }
     const DuplicateProgress found = follow(*url, options, interruption);
     if (found.phase != Phase::done || interruption.hasCome()) {
-        std::fputs("tallyroom-cli : recherche interrompue, aucun doublon n'est listé.\n", stderr);
+        Terminal::complain("recherche interrompue, aucun doublon n'est listé.");
         return ExitCode::interrupted;
     }
     if (found.truncated) {
-        std::fputs("tallyroom-cli : trop de fichiers, la recherche s'est arrêtée avant la fin : des doublons "
-                   "peuvent manquer.\n",
-                   stderr);
+        Terminal::complain(
+            "trop de fichiers, la recherche s'est arrêtée avant la fin : des doublons peuvent manquer.");
     }
     return ScanCommand::end(print(found.groups, options.scan.format), interruption);
 }

@@ -65,24 +65,21 @@ std::string jsonLine(const Entry& entry, std::string_view group)
     if (entry.modifiedAt) {
         object["modifiedAt"] = CSVExport::internetDateTime(*entry.modifiedAt);
     }
-    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    return Terminal::printableJson(
+        object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
 
-bool print(const EntryList& entries, OutputFormat format, const TableStyle& style, std::FILE* output)
+bool print(const EntryList& entries, OutputFormat format, const TableStyle& style)
 {
-    OutputWriter writer{output};
+    OutputWriter writer;
     switch (format) {
     case OutputFormat::table:
         addTable(entries, style, writer);
         break;
     case OutputFormat::csv:
-        writer.add(CSVExport::header);
+        writer.addRow(CSVExport::header);
         for (const Entry& entry : entries) {
-            writer.add("\n");
-            writer.add(CSVExport::line(entry));
-        }
-        if (Terminal::outputIsTerminal()) {
-            writer.add("\n"); // a file has no line end after its last line, a prompt wants one before it
+            writer.addRow(CSVExport::line(entry));
         }
         break;
     case OutputFormat::json:

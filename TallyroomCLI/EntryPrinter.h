@@ -3,7 +3,6 @@
 #include "Model/EntryList.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -27,9 +26,8 @@ namespace EntryPrinter {
 [[nodiscard]] std::string jsonLine(const Entry& entry, std::string_view group = {});
 
 /// Writes the entries in a format, piece by piece. A table has one line an entry (size, bar where the width
-/// allows, name) and a last one with the total. False when `output` takes no more; errno says why.
-[[nodiscard]] bool print(const EntryList& entries, OutputFormat format, const TableStyle& style,
-                         std::FILE* output);
+/// allows, name) and a last one with the total. False when the output takes no more; errno says why.
+[[nodiscard]] bool print(const EntryList& entries, OutputFormat format, const TableStyle& style);
 
 } // namespace EntryPrinter
 

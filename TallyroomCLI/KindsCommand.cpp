@@ -59,16 +59,12 @@ void addTable(const FolderSummary& summary, OutputWriter& writer)
 
 void addCsv(const FolderSummary& summary, OutputWriter& writer)
 {
-    writer.add("Type,Taille (octets),Taille,Fichiers");
+    writer.addRow("Type,Taille (octets),Taille,Fichiers");
     for (const CategorySize& category : summary.categories) {
-        writer.add("\n");
-        writer.add(CSVExport::escape(category.kind.displayName()).append(","));
-        writer.add(std::to_string(category.totalBytes).append(","));
-        writer.add(CSVExport::escape(SizeFormatter::string(category.totalBytes)).append(","));
-        writer.add(std::to_string(category.fileCount));
-    }
-    if (Terminal::outputIsTerminal()) {
-        writer.add("\n");
+        std::string row = CSVExport::escape(category.kind.displayName());
+        row.append(",").append(std::to_string(category.totalBytes)).append(",");
+        row.append(CSVExport::escape(SizeFormatter::string(category.totalBytes))).append(",");
+        writer.addRow(row.append(std::to_string(category.fileCount)));
     }
 }
 
@@ -85,7 +81,7 @@ void addJson(const FolderSummary& summary, OutputWriter& writer)
 
 bool print(const FolderSummary& summary, OutputFormat format)
 {
-    OutputWriter writer{stdout};
+    OutputWriter writer;
     switch (format) {
     case OutputFormat::table:
         addTable(summary, writer);
@@ -110,7 +106,7 @@ ExitCode runKinds(const ScanOptions& options, const Interruption& interruption)
     }
     const auto summary = follow(*url, options, interruption);
     if (!summary) {
-        std::fputs("tallyroom-cli : analyse interrompue.\n", stderr);
+        Terminal::complain("analyse interrompue.");
         return ExitCode::interrupted;
     }
     return ScanCommand::end(print(*summary, options.format), interruption);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Terminal.h"
+
 #include <cstddef>
 #include <cstdio>
 #include <string>
@@ -7,11 +9,10 @@
 
 namespace tallyroom {
 
-/// Collects text and writes it in pieces; remembers a failure.
+/// Collects text for standard output and writes it in pieces; remembers a failure.
 class OutputWriter {
 public:
-    explicit OutputWriter(std::FILE* output) : m_output(output) {}
-
+    /// Adds text whose names are printable.
     void add(std::string_view text)
     {
         m_waiting += text;
@@ -20,11 +21,29 @@ public:
         }
     }
 
-    /// False when `output` took not all; errno says why.
+    /// Adds a row of CSV. A file gets its bytes, and no line end after the last one; on a terminal they are
+    /// printable, and the prompt comes on a line of its own.
+    void addRow(std::string_view row)
+    {
+        if (m_hasRows) {
+            add("\n");
+        }
+        m_hasRows = true;
+        if (m_isTerminal) {
+            add(Terminal::printable(row));
+        } else {
+            add(row);
+        }
+    }
+
+    /// False when the output took not all; errno says why.
     [[nodiscard]] bool finish()
     {
+        if (m_hasRows && m_isTerminal) {
+            add("\n");
+        }
         write();
-        return m_isGood && std::fflush(m_output) == 0;
+        return m_isGood && std::fflush(stdout) == 0;
     }
 
 private:
@@ -32,13 +51,13 @@ private:
 
     void write()
     {
-        m_isGood =
-            m_isGood && std::fwrite(m_waiting.data(), 1, m_waiting.size(), m_output) == m_waiting.size();
+        m_isGood = m_isGood && std::fwrite(m_waiting.data(), 1, m_waiting.size(), stdout) == m_waiting.size();
         m_waiting.clear();
     }
 
-    std::FILE* m_output;
     std::string m_waiting;
+    bool m_isTerminal = Terminal::outputIsTerminal();
+    bool m_hasRows = false;
     bool m_isGood = true;
 };
 

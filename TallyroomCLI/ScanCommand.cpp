@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 
 namespace tallyroom::ScanCommand {
@@ -67,8 +66,7 @@ std::optional<FileUrl> folder(const std::string& argument)
         return FileUrl{path.native()} == url ? url
                                              : FileUrl{std::filesystem::canonical(path, failed).native()};
     }
-    std::fprintf(stderr, "tallyroom-cli : %s : %s\n", Terminal::printable(argument).c_str(),
-                 reasonOf(opened.error()).c_str());
+    Terminal::complain(argument + " : " + reasonOf(opened.error()));
     return std::nullopt;
 }
 
@@ -89,16 +87,15 @@ ExitCode print(const EntryList& entries, const ScanOptions& options, const Table
                const Interruption& interruption)
 {
     if (interruption.hasCome()) {
-        std::fputs("tallyroom-cli : analyse interrompue, la liste est incomplète.\n", stderr);
+        Terminal::complain("analyse interrompue, la liste est incomplète.");
     }
-    return end(EntryPrinter::print(entries, options.format, style, stdout), interruption);
+    return end(EntryPrinter::print(entries, options.format, style), interruption);
 }
 
 ExitCode end(bool isWritten, const Interruption& interruption)
 {
     if (!isWritten) {
-        std::fprintf(stderr, "tallyroom-cli : écriture impossible : %s\n",
-                     SystemError::last().message().c_str());
+        Terminal::complain("écriture impossible : " + SystemError::last().message());
         return ExitCode::failure;
     }
     return interruption.hasCome() ? ExitCode::interrupted : ExitCode::success;

@@ -15,6 +15,13 @@ namespace {
 
 constexpr std::size_t usualColumns = 80;
 
+std::string hexadecimal(const char* format, unsigned number)
+{
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), format, number);
+    return text.data();
+}
+
 std::string escaped(unsigned char byte)
 {
     switch (byte) {
@@ -27,14 +34,44 @@ std::string escaped(unsigned char byte)
     default:
         break;
     }
-    std::array<char, 5> text{};
-    std::snprintf(text.data(), text.size(), "\\x%02x", static_cast<unsigned>(byte));
-    return text.data();
+    return hexadecimal("\\x%02x", byte);
+}
+
+std::string escapedBytes(std::string_view character)
+{
+    std::string text;
+    for (const char byte : character) {
+        text += escaped(static_cast<unsigned char>(byte));
+    }
+    return text;
+}
+
+std::string escapedCodePoint(std::string_view character)
+{
+    return hexadecimal("\\u%04x", Utf8::codePoint(character)); // none of them lies beyond four digits
 }
 
 bool isHarmless(char32_t code)
 {
     return code >= 0x20 && code != 0x7F && !Utf8::turnsOrBreaks(code);
+}
+
+/// The text with `escape` of each character that is not harmless.
+std::string withoutHarm(std::string_view text, std::string (*escape)(std::string_view character))
+{
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const std::size_t length = Utf8::characterLength(text);
+        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+        if (length == 0 || !isHarmless(Utf8::codePoint(character))) {
+            result += escape(character);
+        } else {
+            result += character;
+        }
+        text.remove_prefix(character.size());
+    }
+    return result;
 }
 
 } // namespace
@@ -70,21 +107,18 @@ std::size_t columns()
 
 std::string printable(std::string_view name)
 {
-    std::string text;
-    text.reserve(name.size());
-    while (!name.empty()) {
-        const std::size_t length = Utf8::characterLength(name);
-        const std::string_view character = name.substr(0, std::max<std::size_t>(length, 1));
-        if (length == 0 || !isHarmless(Utf8::codePoint(character))) {
-            for (const char byte : character) {
-                text += escaped(static_cast<unsigned char>(byte));
-            }
-        } else {
-            text.append(character);
-        }
-        name.remove_prefix(character.size());
-    }
-    return text;
+    return withoutHarm(name, escapedBytes);
+}
+
+std::string printableJson(std::string_view object)
+{
+    return withoutHarm(object, escapedCodePoint);
+}
+
+void complain(std::string_view text)
+{
+    const std::string line = "tallyroom-cli : " + printable(text) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 } // namespace tallyroom::Terminal

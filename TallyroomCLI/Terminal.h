@@ -22,6 +22,13 @@ namespace Terminal {
 /// UTF-8 as \n or \xff, so that no name can move the cursor, break a line or pose as another.
 [[nodiscard]] std::string printable(std::string_view name);
 
+/// The same for an object of JSON: as \u009b, which a program reads as the character it stands for.
+[[nodiscard]] std::string printableJson(std::string_view object);
+
+/// Writes a message on standard error, with the program's name before it. Whatever the text holds is
+/// printable.
+void complain(std::string_view text);
+
 } // namespace Terminal
 
 } // namespace tallyroom

@@ -62,21 +62,17 @@ void addTable(const std::vector<VolumeUsage>& volumes, OutputWriter& writer)
 
 void addCsv(const std::vector<VolumeUsage>& volumes, OutputWriter& writer)
 {
-    writer.add(
+    writer.addRow(
         "Nom,Chemin,Capacité (octets),Capacité,Disponible (octets),Disponible,Utilisé (octets),Utilisé,"
         "Type");
     for (const VolumeUsage& volume : volumes) {
-        writer.add("\n");
-        writer.add(CSVExport::escape(volume.name).append(","));
-        writer.add(CSVExport::escape(volume.url.path()).append(","));
+        std::string row = CSVExport::escape(volume.name);
+        row.append(",").append(CSVExport::escape(volume.url.path())).append(",");
         for (const std::int64_t bytes : {volume.totalBytes, volume.availableBytes, volume.usedBytes()}) {
-            writer.add(std::to_string(bytes).append(","));
-            writer.add(CSVExport::escape(SizeFormatter::string(bytes)).append(","));
+            row.append(std::to_string(bytes)).append(",");
+            row.append(CSVExport::escape(SizeFormatter::string(bytes))).append(",");
         }
-        writer.add(volume.isInternal ? "Interne" : "Externe");
-    }
-    if (Terminal::outputIsTerminal()) {
-        writer.add("\n");
+        writer.addRow(row.append(volume.isInternal ? "Interne" : "Externe"));
     }
 }
 
@@ -91,13 +87,15 @@ void addJson(const std::vector<VolumeUsage>& volumes, OutputWriter& writer)
         object["availableBytes"] = volume.availableBytes;
         object["usedBytes"] = volume.usedBytes();
         object["isInternal"] = volume.isInternal;
-        writer.add(object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+        writer.add(Terminal::printableJson(
+                       object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) +
+                   "\n");
     }
 }
 
 bool print(const std::vector<VolumeUsage>& volumes, OutputFormat format)
 {
-    OutputWriter writer{stdout};
+    OutputWriter writer;
     switch (format) {
     case OutputFormat::table:
         addTable(volumes, writer);
@@ -118,8 +116,8 @@ ExitCode runVolumes(OutputFormat format, const Interruption& interruption)
 {
     const VolumeReport report = ask(interruption);
     if (report.unanswered > 0) {
-        std::fprintf(stderr, "tallyroom-cli : %lld %s.\n", static_cast<long long>(report.unanswered),
-                     report.unanswered > 1 ? "volumes ne répondent pas" : "volume ne répond pas");
+        Terminal::complain(std::to_string(report.unanswered) +
+                           (report.unanswered > 1 ? " volumes ne répondent pas." : " volume ne répond pas."));
     }
     return ScanCommand::end(print(report.volumes, format), interruption);
 }

@@ -2,12 +2,12 @@
 #include "KindsCommand.h"
 #include "ScanCommand.h"
 #include "Scanning/Ecosystem.h"
+#include "Terminal.h"
 #include "VolumesCommand.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <clocale>
-#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <malloc.h>
@@ -223,8 +223,7 @@ int run(int argc, char** argv)
         const int code = app.exit(wanted); // help or version
         return std::cout.flush() ? code : static_cast<int>(ScanCommand::end(false, interruption));
     } catch (const CLI::ParseError& error) {
-        std::fprintf(stderr, "tallyroom-cli : %s (voir tallyroom-cli --help)\n",
-                     complaint(error, app.remaining(true)).c_str());
+        Terminal::complain(complaint(error, app.remaining(true)) + " (voir tallyroom-cli --help)");
         return static_cast<int>(ExitCode::usage);
     }
     return static_cast<int>(commands.code());

@@ -9,14 +9,9 @@ std::string header()
     return std::string{"Groupe,"}.append(CSVExport::header);
 }
 
-std::string lines(const DuplicateGroup& group)
+std::string line(const DuplicateGroup& group, const Entry& entry)
 {
-    std::string text;
-    const std::string first = "\n" + CSVExport::escape(group.id) + ",";
-    for (const Entry& entry : group.entries) {
-        text.append(first).append(CSVExport::line(entry));
-    }
-    return text;
+    return CSVExport::escape(group.id).append(",").append(CSVExport::line(entry));
 }
 
 } // namespace tallyroom::DuplicateExport

@@ -13,8 +13,8 @@ namespace DuplicateExport {
 /// The first line of an export.
 [[nodiscard]] std::string header();
 
-/// A line for each file of the group, each after a line feed.
-[[nodiscard]] std::string lines(const DuplicateGroup& group);
+/// The line of a file of the group, without its end.
+[[nodiscard]] std::string line(const DuplicateGroup& group, const Entry& entry);
 
 } // namespace DuplicateExport
 

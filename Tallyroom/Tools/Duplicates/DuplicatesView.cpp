@@ -146,7 +146,10 @@ void DuplicatesView::exportEntries()
         [groups = m_duplicates.sharedGroups(), shown = m_duplicates.filteredGroups()] {
             std::string text = DuplicateExport::header();
             for (const std::uint32_t index : shown) {
-                text.append(DuplicateExport::lines((*groups)[index]));
+                const DuplicateGroup& group = (*groups)[index];
+                for (const Entry& entry : group.entries) {
+                    text.append("\n").append(DuplicateExport::line(group, entry));
+                }
             }
             return text;
         },
