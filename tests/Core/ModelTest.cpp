@@ -1,4 +1,6 @@
 #include "Model/FileKind.h"
+#include "Scanning/AgeThreshold.h"
+#include "Scanning/Ecosystem.h"
 #include "Text/CSVExport.h"
 #include "Text/SizeFormatter.h"
 #include "Text/SizeProportion.h"
@@ -150,6 +152,35 @@ TEST(Utf8, AcceptsTheWellFormedFormsOnly)
          {"\xff", "\xc0\x80", "\xe0\x80\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\xc3", "a\xe2\x82"}) {
         EXPECT_FALSE(Utf8::isValid(text)) << text;
     }
+}
+
+TEST(Ecosystem, AFolderBelongsToTheFirstThatMakesIt)
+{
+    EXPECT_EQ(Ecosystem::first("build"), Ecosystem::javascript);
+    EXPECT_EQ(Ecosystem::first("DerivedData"), Ecosystem::xcode);
+    EXPECT_EQ(Ecosystem::first("deriveddata"), std::nullopt);
+    EXPECT_EQ(Ecosystem::first(""), std::nullopt) << "rows are not all of one length";
+    EXPECT_THAT(Ecosystem::ruleNames({Ecosystem::python, Ecosystem::rust}),
+                testing::ElementsAre(".venv", "__pycache__", "target"));
+    EXPECT_THAT(Ecosystem::ruleNames({}), testing::IsEmpty());
+    for (const Ecosystem ecosystem : Ecosystem::all) {
+        EXPECT_EQ(Ecosystem::fromRawValue(ecosystem.rawValue()), ecosystem);
+    }
+}
+
+TEST(AgeThreshold, ExactlyTheAgeIsNotOldAndNeitherIsWhatHasNoDate)
+{
+    const Timestamp now = std::chrono::sys_days{std::chrono::year{2024} / 3 / 1};
+    for (const auto& [raw, days] : std::vector<std::pair<std::string, int>>{
+             {"oneWeek", 7}, {"oneMonth", 30}, {"threeMonths", 90}, {"sixMonths", 180}, {"oneYear", 365}}) {
+        const AgeThreshold threshold = AgeThreshold::fromRawValue(raw).value();
+        const Timestamp limit = now - std::chrono::days{days};
+        EXPECT_FALSE(threshold.isOld(limit, now)) << raw;
+        EXPECT_TRUE(threshold.isOld(limit - 1ns, now)) << raw;
+        EXPECT_FALSE(threshold.isOld(std::nullopt, now)) << raw;
+    }
+    EXPECT_TRUE(AgeThreshold{AgeThreshold::oneYear}.isOld(Timestamp::min(), now)) << "no overflow";
+    EXPECT_FALSE(AgeThreshold::fromRawValue("1 mois").has_value());
 }
 
 } // namespace

@@ -325,6 +325,15 @@ void TemporaryTree::add(const TreeItem& item)
     setAttributes(place, item);
 }
 
+void TemporaryTree::addEmptyFiles(const std::string& folderPath, const std::string& beginning, int count)
+{
+    const Place place = placeOf(m_folder.get(), folderPath + "/any", true);
+    for (int number = 0; number < count; ++number) {
+        const std::string name = beginning + std::to_string(number);
+        require(::mknodat(place.parent.get(), name.c_str(), S_IFREG | 0644, 0) == 0, name);
+    }
+}
+
 std::string TemporaryTree::path(std::string_view relative) const
 {
     return relative.empty() ? m_root : std::string{m_root}.append("/").append(relative);

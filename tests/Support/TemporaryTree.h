@@ -85,6 +85,9 @@ public:
     void add(std::initializer_list<TreeItem> items);
     void add(const TreeItem& item);
 
+    /// Adds many empty files to a folder, quickly: `beginning` and a number from 0.
+    void addEmptyFiles(const std::string& folderPath, const std::string& beginning, int count);
+
     /// The absolute path of an item, its text after the tree's own path kept as given ("shortcut/" too).
     [[nodiscard]] std::string path(std::string_view relative = {}) const;
 
