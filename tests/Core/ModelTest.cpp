@@ -143,8 +143,16 @@ TEST(CSVExport, QuotesExactlyWhatNeedsItAndKeepsEveryByte)
     EXPECT_EQ(CSVExport::internetDateTime(Timestamp{-1ns}), "1969-12-31T23:59:59Z");
 }
 
-TEST(Utf8, AcceptsTheWellFormedFormsOnly)
+TEST(Utf8, AcceptsTheWellFormedFormsOnlyAndReadsThem)
 {
+    for (const auto& [text, code] :
+         std::vector<std::pair<std::string, char32_t>>{{"a", U'a'},
+                                                       {"é", U'é'},
+                                                       {"日", U'日'},
+                                                       {"\xed\x9f\xbf", 0xD7FF},
+                                                       {"\xf4\x8f\xbf\xbf", 0x10FFFF}}) {
+        EXPECT_EQ(Utf8::codePoint(text), code) << text;
+    }
     for (const std::string text : {"", "é", "\xed\x9f\xbf", "\xf4\x8f\xbf\xbf", "日本"}) {
         EXPECT_TRUE(Utf8::isValid(text)) << text;
     }

@@ -39,65 +39,6 @@ Weights folderSizes(unsigned seed, std::size_t count)
     return weights;
 }
 
-/// The worst aspect ratio of a row as the method words it, from scratch each time.
-double worstRatioFromScratch(const std::vector<double>& row, double side)
-{
-    const double sum = std::accumulate(row.begin(), row.end(), 0.0);
-    if (row.empty() || side <= 0 || sum <= 0 || std::ranges::min(row) <= 0) {
-        return largest;
-    }
-    return std::max(side * side * std::ranges::max(row) / (sum * sum),
-                    sum * sum / (side * side * std::ranges::min(row)));
-}
-
-/// How many tiles each row takes, decided from scratch for every item.
-std::vector<std::size_t> rowLengthsFromScratch(const std::vector<Tile>& laidOut, Rectangle remaining)
-{
-    std::vector<std::size_t> lengths;
-    std::vector<double> row;
-    for (std::size_t next = 0; next < laidOut.size();) {
-        const double side = std::min(remaining.width, remaining.height);
-        std::vector<double> longer = row;
-        longer.push_back(areaOf(laidOut[next]));
-        // The areas are read back from the tiles: allow what rounding did to them.
-        if (row.empty() ||
-            worstRatioFromScratch(longer, side) <= worstRatioFromScratch(row, side) * (1 + 1e-9)) {
-            row = longer;
-            ++next;
-            continue;
-        }
-        lengths.push_back(row.size());
-        const double sum = std::accumulate(row.begin(), row.end(), 0.0);
-        if (remaining.width <= remaining.height) {
-            remaining.height -= sum / remaining.width;
-        } else {
-            remaining.width -= sum / remaining.height;
-        }
-        row.clear();
-    }
-    lengths.push_back(row.size());
-    return lengths;
-}
-
-/// The same, read from where the tiles lie: a row shares the edge that its strip starts at.
-std::vector<std::size_t> rowLengthsAsDrawn(const std::vector<Tile>& laidOut, Rectangle remaining)
-{
-    std::vector<std::size_t> lengths;
-    for (std::size_t start = 0; start < laidOut.size();) {
-        const bool horizontal = remaining.width <= remaining.height;
-        const Rectangle& first = laidOut[start].rect;
-        std::size_t end = start;
-        while (end < laidOut.size() &&
-               (horizontal ? laidOut[end].rect.y == first.y : laidOut[end].rect.x == first.x)) {
-            ++end;
-        }
-        (horizontal ? remaining.height : remaining.width) -= horizontal ? first.height : first.width;
-        lengths.push_back(end - start);
-        start = end;
-    }
-    return lengths;
-}
-
 void expectTilesCover(const std::vector<Tile>& laidOut, const Weights& weights, const Rectangle& whole)
 {
     const double total = std::accumulate(weights.begin(), weights.end(), 0.0);
@@ -210,18 +151,6 @@ TEST(TreemapLayout, CoversTheRectangleInProportionWithoutOverlap)
                 }
             }
         }
-    }
-}
-
-TEST(TreemapLayout, ClosesEveryRowWhereJudgingFromScratchWould)
-{
-    const Rectangle whole{0, 0, 1000, 700};
-    for (unsigned seed = 100; seed < 140; ++seed) {
-        Weights weights = folderSizes(seed, 120);
-        std::ranges::sort(weights, std::greater{});
-        const auto laidOut = tiles(weights, whole);
-        EXPECT_EQ(rowLengthsAsDrawn(laidOut, whole), rowLengthsFromScratch(laidOut, whole))
-            << "seed " << seed;
     }
 }
 

@@ -1,11 +1,14 @@
 #include "Volumes/VolumeInfo.h"
 
+#include "Support/AllRecords.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 #include "Volumes/VolumeMounts.h"
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <latch>
@@ -70,6 +73,9 @@ constexpr const char* laptop = R"(24 31 0:22 / /sys rw,nosuid,nodev,noexec,relat
 79 31 0:63 / /mnt/serveur rw,nosuid,nodev,relatime shared:48 - fuse.sshfs ada@serveur:/ rw,user_id=1000
 80 31 0:63 / /mnt/encore rw,nosuid,nodev,relatime shared:48 - fuse.sshfs ada@serveur:/ rw,user_id=1000
 81 31 7:5 / /mnt/image ro,relatime shared:49 - iso9660 /dev/loop5 ro
+83 31 0:65 / /mnt/encore-une-fois rw,nosuid,nodev,relatime shared:51 - fuse.sshfs ada@serveur:/ rw,user_id=1000
+84 31 254:7 / /var/lib/containers/storage/overlay rw,relatime shared:52 - ext4 /dev/mapper/laptop--vg-pods rw
+85 31 0:66 / /var/lib/kubelet/pods/volume rw,relatime shared:53 - nfs4 nas:/pods rw
 82 31 0:64 / /tmp/.mount_App ro,nosuid,nodev,relatime shared:50 - fuse.Some.AppImage Some.AppImage ro
 )";
 
@@ -78,7 +84,7 @@ TEST(VolumeMounts, OnALaptopDisksAndSharesAreListedAndNothingElse)
     EXPECT_THAT(listedPlaces(laptop), ElementsAre("/", "/boot", "/home", "/run/media/ada/CLÉ USB",
                                                   "/net/nas/photos", "/mnt/partage", "/mnt/encore"));
     const auto mounts = parsed(laptop);
-    ASSERT_EQ(mounts.size(), 29U);
+    ASSERT_EQ(mounts.size(), 32U);
     EXPECT_EQ(mounts[5],
               (Mount{31, 1, (254ULL << 32U) | 1, "/", "/", "ext4", "/dev/mapper/laptop--vg-root", ""}));
     EXPECT_EQ(VolumeMounts::classOf(mounts.back()), MountClass::hidden);
@@ -167,6 +173,9 @@ TEST(DeviceTraits, ADiskIsExternalByItsPortItsFlagOrWhatIsBelow)
     addDisk("pci0/usb2/2-1/host6/block/sdb", "sdb1", "8:17");
     addDisk("pci0/ata1/sr0", "sr0", "11:0");
     sys.add(file("devices/pci0/ata1/sr0/sr0/removable", "1\n"));
+    addDisk("pci0/ata2/sdc", "sdc1", "8:33");
+    sys.add({file("devices/pci0/ata2/sdc/sdc1/partition", "1\n"),
+             file("devices/pci0/ata2/sdc/removable", "1\n")});
     addDisk("pci1/tb/nvme/nvme1", "nvme1n1", "259:8");
     sys.add(file("devices/pci1/tb/removable", "removable\n"));
     addDisk("mmc_host/mmc0/block", "mmcblk0", "179:0");
@@ -191,6 +200,7 @@ TEST(DeviceTraits, ADiskIsExternalByItsPortItsFlagOrWhatIsBelow)
     EXPECT_EQ(isInternal(259, 3), true);
     EXPECT_EQ(isInternal(8, 17), false) << "USB";
     EXPECT_EQ(isInternal(11, 0), false) << "optical";
+    EXPECT_EQ(isInternal(8, 33), false) << "a partition of what can be taken out";
     EXPECT_EQ(isInternal(259, 8), false) << "Thunderbolt";
     EXPECT_EQ(isInternal(179, 0), true) << "soldered";
     EXPECT_EQ(isInternal(179, 8), false) << "SD card";
@@ -198,6 +208,33 @@ TEST(DeviceTraits, ADiskIsExternalByItsPortItsFlagOrWhatIsBelow)
     EXPECT_EQ(isInternal(9, 0), false) << "half of the mirror can be pulled out";
     EXPECT_EQ(isInternal(254, 9), true) << "ends";
     EXPECT_EQ(isInternal(1, 2), std::nullopt);
+}
+
+/// The numbers of the block devices of this machine: "8:1".
+std::vector<std::string> blockDevices()
+{
+    std::vector<std::string> numbers;
+    std::error_code none;
+    for (const auto& device : std::filesystem::directory_iterator{"/sys/dev/block", none}) {
+        numbers.push_back(device.path().filename());
+    }
+    return numbers;
+}
+
+TEST(DeviceTraits, ALabelIsWhatPeopleWroteNotHowItIsKept)
+{
+    const auto devices = blockDevices();
+    const auto run = TemporaryMount::memory("/run");
+    if (!run.isMounted() || devices.empty()) {
+        GTEST_SKIP() << "no block device here, or " << run.refusal();
+    }
+    std::filesystem::create_directories("/run/udev/data");
+    std::ofstream{"/run/udev/data/b" + devices.front()}
+        << "I:1\nE:ID_FS_LABEL_ENC=Vue\\x20d\\x27été\\x5cx20\\x2\n";
+    const std::size_t colon = devices.front().find(':');
+    const auto number = [&](std::size_t start) { return std::stoull(devices.front().substr(start)); };
+    const Mount mount{1, 0, (number(0) << 32U) | number(colon + 1), "/", "/nowhere", "ext4", "", ""};
+    EXPECT_EQ(deviceTraits(mount).label, "Vue d'été\\x20\\x2");
 }
 
 /// Sources that tests fill; what they share lives as long as the last question.
@@ -304,6 +341,12 @@ TEST(VolumeInfo, TheMainVolumeHoldsTheHomeFolderAndIsTheOneThatIsListed)
         EXPECT_EQ(found->url.path(), place) << home;
     }
     EXPECT_THAT(names(VolumeInfo::current(ample, Machine::sources(machine))), ElementsAre("bob", "Système"));
+    machine->home = "/home/link";
+    VolumeSources resolving = Machine::sources(machine);
+    resolving.resolved = [](const FileUrl& url) {
+        return url == FileUrl{"/home/link"} ? FileUrl{"/home/bob/really"} : url;
+    };
+    EXPECT_EQ(VolumeInfo::main(ample, resolving)->url.path(), "/home/bob");
     machine->home = "/home/ill";
     EXPECT_EQ(VolumeInfo::main(ample, Machine::sources(machine)), std::nullopt);
     machine->table.clear();
@@ -325,6 +368,8 @@ TEST(VolumeInfo, ADeadShareIsLeftOutAskedOnceAndListedWhenItIsBack)
     const auto start = std::chrono::steady_clock::now();
     EXPECT_THAT(names(VolumeInfo::current(ample, sources)), ElementsAre("big", "Système", "b", "a", "CLÉ"));
     EXPECT_LT(std::chrono::steady_clock::now() - start, ample / 2);
+    EXPECT_EQ(allRecords(VolumeInfo::stream(ample, sources)).back().unanswered, 1)
+        << "though it was not asked";
 
     machine->revival.count_down();
     while (VolumeInfo::current(ample, sources).size() < 6) {
@@ -391,15 +436,11 @@ TEST(VolumeInfo, OfThisMachineTellsWhatTheSystemTells)
     EXPECT_GT(root->availableBytes, 0);
     const auto main = VolumeInfo::main();
     ASSERT_TRUE(main.has_value());
-    std::optional<VolumeReport> last;
-    auto stream = VolumeInfo::stream();
-    while (auto report = stream.next()) {
-        last = std::move(report);
-    }
-    ASSERT_TRUE(last && last->mainVolume);
-    EXPECT_EQ(last->mainVolume->url, main->url);
-    EXPECT_EQ(last->volumes.size(), volumes.size());
-    EXPECT_EQ(last->unanswered, 0);
+    const VolumeReport last = allRecords(VolumeInfo::stream()).back();
+    ASSERT_TRUE(last.mainVolume.has_value());
+    EXPECT_EQ(last.mainVolume->url, main->url);
+    EXPECT_EQ(last.volumes.size(), volumes.size());
+    EXPECT_EQ(last.unanswered, 0);
 }
 
 } // namespace
