@@ -26,6 +26,7 @@ EntryRowsView::EntryRowsView(EntryRowsModel& model, int rowHeight, QWidget* pare
 void EntryRowsView::setUp(int rowHeight)
 {
     setSelectionMode(NoSelection);
+    setSelectionBehavior(SelectRows); // or a click on a title would make the first row current
     setEditTriggers(NoEditTriggers);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -5,6 +5,8 @@
 #include "App/ScreenWords.h"
 #include "Bridge/FileUrlText.h"
 #include "Components/EntryTable.h"
+#include "Components/EntryTableHeader.h"
+#include "Components/EntryTableModel.h"
 #include "Components/SearchField.h"
 #include "Components/SelectionBar.h"
 #include "Components/Theme.h"
@@ -96,6 +98,20 @@ TEST_F(DiskUsageViewTest, GoingBackFindsTheFolderThatWasLeft)
     scene.finishListing({fileEntry("/r/b", 50), folderEntry("/r/folder", 30)});
     ASSERT_TRUE(table().currentEntry());
     EXPECT_EQ(table().currentEntry()->name, "folder");
+}
+
+TEST_F(DiskUsageViewTest, SortingByAClickOnATitleAimsNoDeletion)
+{
+    view.setFocus();
+    table().startOver();
+    auto* const header = view.findChild<EntryTableHeader*>();
+    for (const int column : {EntryTableModel::nameColumn, 2}) {
+        const int x = header->sectionViewportPosition(column) + 20;
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, {x, header->height() / 2});
+        EXPECT_FALSE(table().currentEntry()) << "a click on title " << column;
+        press(Qt::Key_Delete);
+        EXPECT_EQ(dialog(), nullptr);
+    }
 }
 
 TEST_F(DiskUsageViewTest, KeysCheckAndUncheck)
