@@ -1,5 +1,6 @@
 #include "Deletion/DeleteConfirmation.h"
 
+#include "Bridge/FileUrlText.h"
 #include "Bridge/SizeText.h"
 #include "Components/CheckBox.h"
 #include "Components/Theme.h"
@@ -9,11 +10,55 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <iterator>
+
 namespace tallyroom {
 
-DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, const Caution& caution,
+namespace {
+
+constexpr std::size_t mostNames = 5;
+constexpr qsizetype longestName = 60; // characters; the dialog is as wide as its longest line
+
+/// A long name keeps its beginning and its end, which tell it from others.
+QString shortened(const QString& name)
+{
+    return name.size() <= longestName
+               ? name
+               : name.first(longestName / 2) + QStringLiteral("…") + name.last(longestName / 2 - 1);
+}
+
+/// The largest by name, where two are alike with their folders, and how many others there are.
+QStringList namesOf(const std::vector<Entry>& entries)
+{
+    std::vector<const Entry*> largest;
+    std::ranges::transform(entries, std::back_inserter(largest), [](const Entry& entry) { return &entry; });
+    const auto shown = static_cast<std::ptrdiff_t>(std::min(entries.size(), mostNames));
+    std::ranges::partial_sort(largest, largest.begin() + shown, [](const Entry* left, const Entry* right) {
+        return left->sizeBytes != right->sizeBytes ? left->sizeBytes > right->sizeBytes
+                                                   : left->url < right->url;
+    });
+    largest.resize(static_cast<std::size_t>(shown));
+    QStringList lines;
+    for (const Entry* const entry : largest) {
+        const bool isAlike = std::ranges::count(largest, entry->name, &Entry::name) > 1;
+        lines +=
+            QStringLiteral("• ") + shortened(FileUrlText::display(entry->name)) +
+            (isAlike ? QStringLiteral(" dans ") + shortened(FileUrlText::displayFromHome(entry->url.parent()))
+                     : QString{}) +
+            QStringLiteral(" (") + sizeText(entry->sizeBytes) + QLatin1Char{')'};
+    }
+    if (const std::size_t others = entries.size() - largest.size(); others > 0) {
+        lines += QStringLiteral("et %1 autre").arg(others) + (others >= 2 ? QStringLiteral("s") : QString{});
+    }
+    return lines;
+}
+
+} // namespace
+
+DeleteConfirmation::DeleteConfirmation(std::vector<Entry> entries, Default choice, const Caution& caution,
                                        QWidget* parent)
-    : QDialog(parent), m_pending(std::move(pending))
+    : QDialog(parent), m_entries(std::move(entries)), m_pending(PendingDeletion::many(m_entries))
 {
     const QString title = QStringLiteral("Comment supprimer ?");
     setWindowTitle(title);
@@ -24,7 +69,10 @@ DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, 
     text->setWordWrap(true);
     text->setTextFormat(Qt::PlainText);
     Theme::dress(text, Theme::Text::body);
-    setAccessibleDescription(text->text());
+    auto* const names = new QLabel(namesOf(m_entries).join(QLatin1Char{'\n'}));
+    names->setTextFormat(Qt::PlainText);
+    Theme::dress(names, Theme::Text::body);
+    setAccessibleDescription(text->text() + QStringLiteral("\n\n") + names->text());
 
     QPushButton* const trash = addChoice(QStringLiteral("Mettre à la corbeille"), false);
     QPushButton* const permanent = addChoice(QStringLiteral("Supprimer définitivement"), true);
@@ -45,6 +93,7 @@ DeleteConfirmation::DeleteConfirmation(PendingDeletion pending, Default choice, 
     column->setSpacing(Theme::gap);
     column->addWidget(heading);
     column->addWidget(text);
+    column->addWidget(names);
     if (!caution.acknowledgement.isEmpty()) {
         demand(caution.acknowledgement, {trash, permanent}, column);
         cancel->setDefault(true);
@@ -78,7 +127,7 @@ QPushButton* DeleteConfirmation::addChoice(const QString& text, bool permanently
     auto* const button = new QPushButton(text, this);
     Theme::dress(button, Theme::Button::danger);
     connect(button, &QPushButton::clicked, this, [this, permanently] {
-        Q_EMIT confirmed({m_pending.urls.begin(), m_pending.urls.end()}, permanently);
+        Q_EMIT confirmed(m_entries, permanently);
         accept();
     });
     return button;

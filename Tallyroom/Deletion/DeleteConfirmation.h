@@ -10,7 +10,7 @@ class QPushButton;
 
 namespace tallyroom {
 
-/// Asks how to delete: to the trash, for good, or not at all. Main thread.
+/// Asks how to delete, to the trash, for good, or not at all, and names what goes. Main thread.
 class DeleteConfirmation : public QDialog {
     Q_OBJECT
 
@@ -24,19 +24,20 @@ public:
         QString acknowledgement; ///< what the user has to tick before anything can be deleted
     };
 
-    DeleteConfirmation(PendingDeletion pending, Default choice, const Caution& caution, QWidget* parent);
+    DeleteConfirmation(std::vector<Entry> entries, Default choice, const Caution& caution, QWidget* parent);
 
     [[nodiscard]] const PendingDeletion& pending() const { return m_pending; }
 
 Q_SIGNALS:
     /// The user chose a way to delete; the dialog closes.
-    void confirmed(const tallyroom::UrlSet& urls, bool permanently);
+    void confirmed(const std::vector<tallyroom::Entry>& entries, bool permanently);
 
 private:
     [[nodiscard]] QString message() const;
     QPushButton* addChoice(const QString& text, bool permanently);
     void demand(const QString& acknowledgement, const QList<QPushButton*>& choices, QBoxLayout* column);
 
+    std::vector<Entry> m_entries;
     PendingDeletion m_pending;
 };
 

@@ -1,21 +1,48 @@
 #include "Deletion/DeletionRunner.h"
 
-#include "Concurrency/Thread.h"
+#include "Bridge/AskApart.h"
+#include "Scanning/FileScanner.h"
 
-#include <iterator>
-#include <span>
+#include <chrono>
 #include <utility>
 
 namespace tallyroom {
 
+using FileRemover::BatchOptions;
 using FileRemover::RemovalResult;
 
 namespace {
 
-template <class Item>
-void moveAppend(std::vector<Item>& all, std::vector<Item>&& some)
+/// How long leaving waits for the item in hand. A rename takes less; a dead mount never answers.
+constexpr std::chrono::seconds patience{3};
+
+/// Forgets what the scans know of the folders that hold one of `entries`, up to the root.
+void invalidateAround(const std::vector<Entry>& entries)
 {
-    all.insert(all.end(), std::make_move_iterator(some.begin()), std::make_move_iterator(some.end()));
+    UrlSet folders;
+    for (const Entry& entry : entries) {
+        FileUrl folder = entry.url;
+        while (folders.insert(folder).second && folder != folder.parent()) {
+            folder = folder.parent();
+        }
+    }
+    for (const FileUrl& folder : folders) {
+        FileScanner::invalidateCache(folder);
+    }
+}
+
+/// The entries at `urls`, which are some of theirs in the same order.
+std::vector<Entry> entriesAt(const std::vector<FileUrl>& urls, const std::vector<Entry>& entries)
+{
+    std::vector<Entry> found;
+    auto url = urls.begin();
+    for (const Entry& entry : entries) {
+        if (url != urls.end() && entry.url == *url) {
+            found.push_back(entry);
+            ++url;
+        }
+    }
+    return found;
 }
 
 } // namespace
@@ -23,116 +50,114 @@ void moveAppend(std::vector<Item>& all, std::vector<Item>&& some)
 RemovalOperations RemovalOperations::real()
 {
     return {.remove =
-                [](const FileUrl& url, bool permanently) {
-                    return FileRemover::remove(std::span{&url, 1}, permanently);
+                [](std::span<const Entry> entries, bool permanently, const BatchOptions& options) {
+                    return FileRemover::remove(entries, permanently, options);
                 },
-            .restore =
-                [](const FileRemover::TrashedItem& item) {
-                    return FileRemover::restore(std::span{&item, 1});
-                }};
+            .restore = [](std::span<const FileRemover::TrashedItem> items,
+                          const BatchOptions& options) { return FileRemover::restore(items, options); }};
 }
 
 DeletionRunner::DeletionRunner(RemovalOperations operations) : m_operations(std::move(operations)) {}
 
 DeletionRunner::~DeletionRunner()
 {
-    // Joined here and not by the member's end: what it posts must not find half an object.
-    m_worker.request_stop();
-    if (m_worker.joinable()) {
-        m_worker.join();
+    if (m_batch) {
+        m_batch->stop.request_stop();
+        m_batch->end.wait_for(patience);
     }
 }
 
-bool DeletionRunner::remove(std::vector<FileUrl> urls, bool permanently, Listener listener,
-                            Screening screening)
+std::optional<RemovalProgress> DeletionRunner::progress() const
 {
-    const std::size_t count = urls.size();
-    const auto removeOne = [permanently, remove = m_operations.remove](const FileUrl& url) {
-        return remove(url, permanently);
-    };
-    return start(
-        count, false, std::move(listener),
-        [this, removeOne, urls = std::move(urls), screening = std::move(screening)](const auto& stop) {
-            if (!screening) {
-                return each(urls, removeOne, stop);
-            }
-            Screened screened = screening(urls, stop);
-            complete(screened.refused.size());
-            RemovalResult result = each(screened.fine, removeOne, stop);
-            moveAppend(result.failures, std::move(screened.refused));
-            return result;
-        });
+    return m_batch ? std::optional{m_batch->progress} : std::nullopt;
 }
 
-bool DeletionRunner::restore(std::vector<FileRemover::TrashedItem> items, Listener listener)
+bool DeletionRunner::remove(std::vector<Entry> entries, bool permanently, Listener listener, Refusal refusal)
 {
-    const std::size_t count = items.size();
-    return start(count, true, std::move(listener),
-                 [this, items = std::move(items), restore = m_operations.restore](const auto& stop) {
-                     return each(items, restore, stop);
+    const auto shared = std::make_shared<const std::vector<Entry>>(std::move(entries));
+    return start(shared, {.completed = 0, .total = shared->size()}, std::move(listener), std::move(refusal),
+                 [shared, permanently, remove = m_operations.remove](const BatchOptions& options) {
+                     return remove(*shared, permanently, options);
                  });
 }
 
-bool DeletionRunner::start(std::size_t count, bool isRestoring, Listener listener, Work work)
+bool DeletionRunner::restore(UndoableDeletion deletion, Listener listener)
+{
+    const auto shared = std::make_shared<const std::vector<Entry>>(std::move(deletion.entries));
+    const RemovalProgress progress{.completed = 0, .total = deletion.trashed.size(), .isRestoring = true};
+    return start(shared, progress, std::move(listener), {},
+                 [trashed = std::move(deletion.trashed), restore = m_operations.restore](
+                     const BatchOptions& options) { return restore(trashed, options); });
+}
+
+bool DeletionRunner::start(Entries entries, RemovalProgress progress, Listener listener, Refusal refusal,
+                           Work work)
 {
     if (m_batch) {
         return false;
     }
+    auto [sender, stream] = makeProgressStream<News>();
     const QPointer<QObject> context = listener.context;
-    m_batch.emplace(std::move(listener), context, RemovalProgress{0, count, isRestoring});
-    m_completed = 0;
-    m_worker = runOnThread([this, work = std::move(work)](const std::stop_token& stop) {
-        QMetaObject::invokeMethod(
-            this, [this, result = work(stop)] { finish(result); }, Qt::QueuedConnection);
-    });
+    Batch& batch = m_batch.emplace(std::move(listener), context, entries, progress, std::nullopt);
+    batch.pump = std::make_unique<StreamPump<News>>(
+        std::move(stream), [this](News news) { receive(std::move(news)); }, [this] { finish(); });
+    auto telling = std::make_shared<ProgressSender<News>>(std::move(sender));
+    BatchOptions options;
+    options.stop = batch.stop.get_token();
+    options.refusal = std::move(refusal);
+    options.progress = [telling](std::size_t completed, std::size_t) { telling->send({completed, {}}); };
+    std::packaged_task<void()> task{[entries, options = std::move(options), work = std::move(work),
+                                     telling = std::move(telling)]() mutable {
+        RemovalResult result = work(options);
+        invalidateAround(*entries);
+        const std::size_t completed = result.removed.size() + result.failures.size();
+        telling->send({completed, std::move(result)});
+        options = {};
+        telling.reset();
+    }};
+    batch.end = task.get_future();
+    runApart(std::move(task));
     Q_EMIT isRunningChanged();
     return true;
 }
 
-template <class Item, class Operation>
-RemovalResult DeletionRunner::each(const std::vector<Item>& items, const Operation& operation,
-                                   const std::stop_token& stop)
+void DeletionRunner::stop()
 {
-    RemovalResult result;
-    for (const Item& item : items) {
-        if (stop.stop_requested()) {
-            break;
-        }
-        RemovalResult one = operation(item);
-        moveAppend(result.removed, std::move(one.removed));
-        moveAppend(result.failures, std::move(one.failures));
-        moveAppend(result.trashed, std::move(one.trashed));
-        complete(1);
+    if (m_batch && !m_batch->progress.isStopping) {
+        m_batch->stop.request_stop();
+        m_batch->progress.isStopping = true;
+        showProgress();
     }
-    return result;
 }
 
-void DeletionRunner::complete(std::size_t count)
+void DeletionRunner::receive(News news)
 {
-    m_completed += count;
-    // One report under way is enough, it reads the newest count.
-    if (!m_isProgressPosted.exchange(true)) {
-        QMetaObject::invokeMethod(this, &DeletionRunner::showProgress, Qt::QueuedConnection);
-    }
+    m_batch->progress.completed = news.completed;
+    m_batch->result = std::move(news.result);
+    showProgress();
 }
 
 void DeletionRunner::showProgress()
 {
-    m_isProgressPosted = false;
-    if (!m_batch) {
-        return;
-    }
-    m_batch->progress.completed = m_completed;
     if (m_batch->context != nullptr) {
         m_batch->listener.progressed(m_batch->progress);
     }
 }
 
-void DeletionRunner::finish(const RemovalResult& result)
+void DeletionRunner::finish()
 {
-    const Batch batch = *std::exchange(m_batch, std::nullopt);
+    const Batch batch = std::move(*std::exchange(m_batch, std::nullopt));
+    RemovalOutcome outcome;
+    outcome.result = batch.result.value_or(RemovalResult{});
+    outcome.done = entriesAt(outcome.result.removed, *batch.entries);
+    outcome.notBegun = batch.progress.total - outcome.result.removed.size() - outcome.result.failures.size();
+    DiskChange change{.gone = {}, .back = {}, .asker = batch.context.data()};
+    (batch.progress.isRestoring ? change.back : change.gone) = outcome.done;
+    if (!change.isEmpty()) {
+        Q_EMIT diskChanged(change);
+    }
     if (batch.context != nullptr) {
-        batch.listener.finished(result);
+        batch.listener.finished(outcome);
     }
     Q_EMIT isRunningChanged();
 }

@@ -1,15 +1,18 @@
 #pragma once
 
+#include "Bridge/StreamPump.h"
+#include "Deletion/DeletionSupport.h"
 #include "Removal/FileRemover.h"
 
 #include <QObject>
 #include <QPointer>
 
-#include <atomic>
 #include <functional>
+#include <future>
+#include <memory>
 #include <optional>
+#include <span>
 #include <stop_token>
-#include <thread>
 #include <vector>
 
 namespace tallyroom {
@@ -19,22 +22,43 @@ struct RemovalProgress {
     std::size_t completed = 0;
     std::size_t total = 0;
     bool isRestoring = false; ///< false while deleting
+    bool isStopping = false;  ///< the item in hand is the last one
 
     friend bool operator==(const RemovalProgress&, const RemovalProgress&) = default;
 };
 
-/// What deletes one item and what puts one back; the real ones unless a test brings its own. Called on the
+/// How a batch ended.
+struct RemovalOutcome {
+    FileRemover::RemovalResult result;
+    std::vector<Entry> done;  ///< what was removed or put back, in the order given
+    std::size_t notBegun = 0; ///< left as it was because the batch was stopped
+};
+
+/// What a batch changed on the disk.
+struct DiskChange {
+    std::vector<Entry> gone;        ///< removed
+    std::vector<Entry> back;        ///< put back
+    const QObject* asker = nullptr; ///< who asked for it
+
+    [[nodiscard]] bool isEmpty() const { return gone.empty() && back.empty(); }
+};
+
+/// What deletes a batch and what puts one back; the real ones unless a test brings its own. Called on the
 /// runner's thread.
 struct RemovalOperations {
-    std::function<FileRemover::RemovalResult(const FileUrl& url, bool permanently)> remove;
-    std::function<FileRemover::RemovalResult(const FileRemover::TrashedItem& item)> restore;
+    std::function<FileRemover::RemovalResult(std::span<const Entry> entries, bool permanently,
+                                             const FileRemover::BatchOptions& options)>
+        remove;
+    std::function<FileRemover::RemovalResult(std::span<const FileRemover::TrashedItem> items,
+                                             const FileRemover::BatchOptions& options)>
+        restore;
 
     [[nodiscard]] static RemovalOperations real();
 };
 
 /// Deletes and restores off the main thread, one batch at a time for the whole application: a second one is
-/// refused while one runs. Destroying the runner waits for the item that is being removed and starts no
-/// other. Main thread.
+/// refused while one runs. Destroying the runner stops the batch and waits for the item in hand, but not
+/// for a file system that does not answer. Main thread.
 class DeletionRunner : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
@@ -44,58 +68,63 @@ public:
     struct Listener {
         QObject* context = nullptr;
         std::function<void(const RemovalProgress&)> progressed;
-        std::function<void(const FileRemover::RemovalResult&)> finished;
+        std::function<void(const RemovalOutcome&)> finished;
     };
 
-    /// What became of a batch that was looked at before it is removed.
-    struct Screened {
-        std::vector<FileUrl> fine;
-        std::vector<FileRemover::RemovalFailure> refused; ///< not touched, and why
-    };
-
-    /// Decides what of a batch may be removed; called once, on the runner's thread. After a stop, what it
-    /// still passes is not removed.
-    using Screening = std::function<Screened(std::vector<FileUrl> urls, const std::stop_token& stop)>;
+    /// Says right before an item goes why it must stay; called on the runner's thread.
+    using Refusal = std::function<std::optional<std::string>(const Entry& entry)>;
 
     explicit DeletionRunner(RemovalOperations operations = RemovalOperations::real());
     ~DeletionRunner() override;
 
     [[nodiscard]] bool isRunning() const { return m_batch.has_value(); }
 
-    /// Starts removing `urls`, those that `screening` passes where there is one; false when another batch
-    /// runs, and nothing is done then.
-    [[nodiscard]] bool remove(std::vector<FileUrl> urls, bool permanently, Listener listener,
-                              Screening screening = {});
+    /// How far the running batch has come; nothing while none runs.
+    [[nodiscard]] std::optional<RemovalProgress> progress() const;
 
-    /// Starts putting `items` back; false when another batch runs, and nothing is done then.
-    [[nodiscard]] bool restore(std::vector<FileRemover::TrashedItem> items, Listener listener);
+    /// Starts removing `entries`; false when another batch runs, and nothing is done then.
+    [[nodiscard]] bool remove(std::vector<Entry> entries, bool permanently, Listener listener,
+                              Refusal refusal = {});
+
+    /// Starts putting back what was deleted; false when another batch runs, and nothing is done then.
+    [[nodiscard]] bool restore(UndoableDeletion deletion, Listener listener);
+
+    /// Ends the running batch after the item in hand.
+    void stop();
 
 Q_SIGNALS:
     void isRunningChanged();
+    /// A batch has ended and has changed something; the listener hears of its end afterwards.
+    void diskChanged(const tallyroom::DiskChange& change);
 
 private:
+    /// What the worker sends: the count so far, and the result at the end.
+    struct News {
+        std::size_t completed = 0;
+        std::optional<FileRemover::RemovalResult> result;
+    };
+
+    using Entries = std::shared_ptr<const std::vector<Entry>>;
+    using Work = std::function<FileRemover::RemovalResult(const FileRemover::BatchOptions& options)>;
+
     struct Batch {
         Listener listener;
         QPointer<QObject> context;
+        Entries entries;
         RemovalProgress progress;
+        std::optional<FileRemover::RemovalResult> result;
+        std::stop_source stop{};
+        std::future<void> end{}; // of the worker
+        std::unique_ptr<StreamPump<News>> pump{};
     };
 
-    /// Works on a batch, telling `completed` after every item.
-    using Work = std::function<FileRemover::RemovalResult(const std::stop_token& stop)>;
-
-    bool start(std::size_t count, bool isRestoring, Listener listener, Work work);
-    template <class Item, class Operation>
-    [[nodiscard]] FileRemover::RemovalResult each(const std::vector<Item>& items, const Operation& operation,
-                                                  const std::stop_token& stop);
-    void complete(std::size_t count);
+    bool start(Entries entries, RemovalProgress progress, Listener listener, Refusal refusal, Work work);
+    void receive(News news);
     void showProgress();
-    void finish(const FileRemover::RemovalResult& result);
+    void finish();
 
     RemovalOperations m_operations;
     std::optional<Batch> m_batch;
-    std::atomic<std::size_t> m_completed = 0;
-    std::atomic<bool> m_isProgressPosted = false;
-    std::jthread m_worker;
 };
 
 } // namespace tallyroom

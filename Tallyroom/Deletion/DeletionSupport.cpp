@@ -9,17 +9,11 @@ namespace tallyroom {
 
 namespace {
 
-UrlSet setOf(const std::vector<FileUrl>& urls)
+/// What a stopped batch adds to its report.
+QString stoppedText(std::size_t notBegun)
 {
-    return {urls.begin(), urls.end()};
-}
-
-std::vector<Entry> namedBy(const UrlSet& urls, const std::vector<Entry>& entries)
-{
-    std::vector<Entry> named;
-    std::ranges::copy_if(entries, std::back_inserter(named),
-                         [&urls](const Entry& entry) { return urls.contains(entry.url); });
-    return named;
+    return notBegun == 0 ? QString{}
+                         : QStringLiteral(" Interrompu : %1 élément(s) non traité(s).").arg(notBegun);
 }
 
 } // namespace
@@ -34,55 +28,43 @@ PendingDeletion PendingDeletion::many(const std::vector<Entry>& entries)
     return pending;
 }
 
-std::vector<Entry> deletionTargets(const EntryList& entries, const UrlSet& urls)
+EntryList withRestored(const EntryList& entries, const std::vector<Entry>& restored)
 {
-    std::vector<Entry> targets;
-    std::ranges::copy_if(entries, std::back_inserter(targets),
-                         [&urls](const Entry& entry) { return urls.contains(entry.url); });
-    return targets;
-}
-
-DeletionOutcome applyDeletion(const FileRemover::RemovalResult& result, const std::vector<Entry>& targets,
-                              const EntryList& entries, bool permanently)
-{
-    const UrlSet removed = setOf(result.removed);
-    std::vector<Entry> removedEntries = namedBy(removed, targets);
-    DeletionOutcome outcome{.entries = withoutUrls(entries, removed),
-                            .message = removalMessage(result, totalSize(removedEntries), permanently),
-                            .undoable = std::nullopt};
-    if (result.canUndo()) {
-        outcome.undoable = UndoableDeletion{std::move(removedEntries), result.trashed};
+    UrlSet missing;
+    std::ranges::transform(restored, std::inserter(missing, missing.end()), &Entry::url);
+    for (const Entry& entry : entries) {
+        missing.erase(entry.url);
     }
-    return outcome;
-}
-
-RestoreOutcome applyRestore(const FileRemover::RemovalResult& result, const UndoableDeletion& undoable,
-                            const EntryList& entries)
-{
-    const std::vector<Entry> restored = namedBy(setOf(result.removed), undoable.entries);
-    UrlSet listed;
-    std::ranges::transform(entries, std::inserter(listed, listed.end()), &Entry::url);
+    if (missing.empty()) {
+        return entries;
+    }
     std::vector<Entry> all = entries.toVector();
     std::ranges::copy_if(restored, std::back_inserter(all),
-                         [&listed](const Entry& entry) { return !listed.contains(entry.url); });
+                         [&missing](const Entry& entry) { return missing.contains(entry.url); });
     std::ranges::stable_sort(all, isLarger);
-    const QString message =
-        result.allSucceeded()
-            ? QStringLiteral("Suppression annulée · %1 élément(s) restauré(s).").arg(restored.size())
-            : QStringLiteral("Restauration partielle : %1 en échec.").arg(result.failures.size());
-    return {EntryList{std::move(all)}, message};
+    return EntryList{std::move(all)};
 }
 
-QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t freed, bool permanently)
+QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t freed, bool permanently,
+                       std::size_t notBegun)
 {
     const QString verb =
         permanently ? QStringLiteral("supprimé(s) définitivement") : QStringLiteral("mis à la corbeille");
-    if (result.allSucceeded()) {
-        return QStringLiteral("%1 élément(s) · %2 %3.")
-            .arg(QString::number(result.removed.size()), sizeText(freed), verb);
-    }
-    return QStringLiteral("%1 %2, %3 en échec.")
-        .arg(QString::number(result.removed.size()), verb, QString::number(result.failures.size()));
+    const QString removed = QString::number(result.removed.size());
+    const QString message = result.allSucceeded()
+                                ? QStringLiteral("%1 élément(s) · %2 %3.").arg(removed, sizeText(freed), verb)
+                                : QStringLiteral("%1 %2, %3 en échec.")
+                                      .arg(removed, verb, QString::number(result.failures.size()));
+    return message + stoppedText(notBegun);
+}
+
+QString restoreMessage(const FileRemover::RemovalResult& result, std::size_t notBegun)
+{
+    const QString message =
+        result.allSucceeded()
+            ? QStringLiteral("Suppression annulée · %1 élément(s) restauré(s).").arg(result.removed.size())
+            : QStringLiteral("Restauration partielle : %1 en échec.").arg(result.failures.size());
+    return message + stoppedText(notBegun);
 }
 
 std::int64_t totalSize(const std::vector<Entry>& entries)
@@ -92,17 +74,6 @@ std::int64_t totalSize(const std::vector<Entry>& entries)
         total = checkedSum(total, entry.sizeBytes);
     }
     return total;
-}
-
-EntryList withoutUrls(const EntryList& entries, const UrlSet& urls)
-{
-    const auto isNamed = [&urls](const Entry& entry) { return urls.contains(entry.url); };
-    if (urls.empty() || std::ranges::none_of(entries, isNamed)) {
-        return entries;
-    }
-    std::vector<Entry> others;
-    std::ranges::remove_copy_if(entries, std::back_inserter(others), isNamed);
-    return EntryList{std::move(others)};
 }
 
 } // namespace tallyroom

@@ -19,6 +19,9 @@ constexpr std::chrono::milliseconds patience{250};
 
 QString progressText(const RemovalProgress& progress)
 {
+    if (progress.isStopping) {
+        return QStringLiteral("Arrêt en cours… %1/%2").arg(progress.completed).arg(progress.total);
+    }
     const QString verb = progress.isRestoring ? QStringLiteral("Restauration en cours… %1/%2")
                                               : QStringLiteral("Suppression en cours… %1/%2");
     return verb.arg(progress.completed).arg(progress.total);
@@ -29,12 +32,14 @@ QString progressText(const RemovalProgress& progress)
 StatusBanner::StatusBanner(QWidget* parent)
     : QWidget(parent), m_symbol(new QLabel), m_spinner(new Spinner(Theme::iconSize)), m_text(new QLabel),
       m_details(new QPushButton(QStringLiteral("Détails…"))),
-      m_undo(new QPushButton(QStringLiteral("Annuler la suppression"))), m_close(new QPushButton)
+      m_undo(new QPushButton(QStringLiteral("Annuler la suppression"))),
+      m_stop(new QPushButton(QStringLiteral("Arrêter"))), m_close(new QPushButton)
 {
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
     Theme::dress(m_details, Theme::Button::plain);
     Theme::dress(m_undo, Theme::Button::plain);
+    Theme::dress(m_stop, Theme::Button::plain);
     Theme::dress(m_close, Theme::Button::quiet);
     m_close->setIcon(SymbolIcon::icon("xmark", Theme::Colour::secondary));
     m_close->setAccessibleName(QStringLiteral("Fermer le message"));
@@ -47,12 +52,14 @@ StatusBanner::StatusBanner(QWidget* parent)
     row->addWidget(m_text, 1);
     row->addWidget(m_details);
     row->addWidget(m_undo);
+    row->addWidget(m_stop);
     row->addWidget(m_close);
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
     connect(&m_patience, &QTimer::timeout, this, &StatusBanner::showContent);
     connect(m_details, &QPushButton::clicked, this, &StatusBanner::tellFailures);
     connect(m_undo, &QPushButton::clicked, this, &StatusBanner::undoRequested);
+    connect(m_stop, &QPushButton::clicked, this, &StatusBanner::stopRequested);
     connect(m_close, &QPushButton::clicked, this, &StatusBanner::dismissed);
     connect(&Theme::shared(), &Theme::changed, this, &StatusBanner::showSymbol);
     showSymbol();
@@ -92,6 +99,8 @@ void StatusBanner::showContent()
     m_spinner->setVisible(isWorking);
     m_details->setVisible(!m_failures.empty() && !isWorking);
     m_undo->setVisible(m_isUndoOffered && !m_progress);
+    m_stop->setVisible(isWorking);
+    m_stop->setEnabled(isWorking && !m_progress->isStopping);
     m_close->setVisible(!isWorking);
     m_text->setText(isWorking ? progressText(*m_progress) : m_message.value_or(QString{}));
     setAccessibleName(m_text->text());

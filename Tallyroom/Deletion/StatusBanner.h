@@ -17,7 +17,7 @@ namespace tallyroom {
 class Spinner;
 
 /// The line that reports a deletion or an undo, offers to take a deletion back, and says how far one has come
-/// that takes long. Hidden while there is nothing to say. Main thread.
+/// that takes long, which can be stopped. Hidden while there is nothing to say. Main thread.
 class StatusBanner : public QWidget {
     Q_OBJECT
 
@@ -32,6 +32,7 @@ public:
 
 Q_SIGNALS:
     void undoRequested();
+    void stopRequested();
     void dismissed();
 
 private:
@@ -49,6 +50,7 @@ private:
     QLabel* m_text;
     QPushButton* m_details;
     QPushButton* m_undo;
+    QPushButton* m_stop;
     QPushButton* m_close;
 };
 

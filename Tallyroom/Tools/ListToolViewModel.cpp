@@ -8,8 +8,6 @@
 
 namespace tallyroom {
 
-using FileRemover::RemovalResult;
-
 ListToolViewModel::ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning,
                                      DeletionRunner& deletions, CategoryOf categoryOf)
     : ScanToolViewModel(deletions), m_filterSubject(filterSubject), m_beginning(beginning),
@@ -111,14 +109,15 @@ void ListToolViewModel::forEachShown(const Visitor& visit) const
 
 void ListToolViewModel::startScan(PropertyUpdate& update)
 {
-    m_listing = std::make_shared<Listing>();
+    m_removed.clear();
+    m_taken.clear();
+    m_restored.clear();
     m_unread.reset();
     update.assign(m_entries, EntryList{}, &ListToolViewModel::entriesChanged);
     update.assign(m_scanCompleted, 0, &ListToolViewModel::scanCompletedChanged);
     update.assign(m_scanTotal, 0, &ListToolViewModel::scanTotalChanged);
     update.assign(m_isDiscovering, m_beginning == ScanBeginning::discovering,
                   &ListToolViewModel::isDiscoveringChanged);
-    update.assign(m_undoable, std::nullopt, &ListToolViewModel::undoableChanged);
     m_pump = std::make_unique<StreamPump<ScanProgress>>(
         startStream(), [this](const ScanProgress& record) { receive(record); },
         [this] { endScan(ScanEnd::reached(m_unread)); });
@@ -143,79 +142,47 @@ void ListToolViewModel::receive(const ScanProgress& record)
 /// A record as the disk is now: the scan does not know what was deleted or put back while it ran.
 EntryList ListToolViewModel::amended(const EntryList& found) const
 {
-    EntryList present = withoutUrls(found, m_listing->removed);
-    if (m_listing->restored.empty()) {
-        return present;
-    }
-    RemovalResult putBack;
-    std::ranges::transform(m_listing->restored, std::back_inserter(putBack.removed), &Entry::url);
-    return applyRestore(putBack, {m_listing->restored, {}}, present).entries;
+    const EntryList present = m_removed.without(found);
+    return m_restored.empty() ? present : withRestored(present, m_restored);
 }
 
-void ListToolViewModel::deleteSelected(const UrlSet& urls, bool permanently)
+void ListToolViewModel::takeOut(PropertyUpdate& update, const std::vector<Entry>& gone)
 {
-    const std::vector<Entry> targets = deletionTargets(m_entries, urls);
-    if (targets.empty()) {
-        return;
-    }
-    std::vector<FileUrl> locations;
-    std::ranges::transform(targets, std::back_inserter(locations), &Entry::url);
-    const auto finished = [this, targets, permanently, request = requestNow()](const RemovalResult& result) {
-        finishDeletion(result, targets, permanently, request);
-    };
-    remove(std::move(locations), permanently, finished);
-}
-
-void ListToolViewModel::finishDeletion(const RemovalResult& result, const std::vector<Entry>& targets,
-                                       bool permanently, const Request& request)
-{
-    DeletionOutcome outcome = applyDeletion(result, targets, m_entries, permanently);
+    const RemovedPlaces places{gone};
     if (m_pump != nullptr) {
-        m_listing->removed.insert(result.removed.begin(), result.removed.end());
+        m_removed.add(gone);
+        std::erase_if(m_restored, [&](const Entry& entry) { return places.covers(entry.url); });
     }
-    PropertyUpdate update{this};
-    update.assign(m_entries, std::move(outcome.entries), &ListToolViewModel::entriesChanged);
-    report(update, outcome.message, result);
-    // Undoing puts entries into the list on screen: once another list stands there, that is over.
-    if (!request.listing.expired()) {
-        update.assign(m_undoable, std::move(outcome.undoable), &ListToolViewModel::undoableChanged);
-    }
-    if (request.folder) {
-        changedOnDisk(*request.folder);
+    EntryList left = places.without(m_entries);
+    if (left.size() != m_entries.size()) {
+        std::ranges::copy_if(m_entries, std::back_inserter(m_taken),
+                             [&places](const Entry& entry) { return places.covers(entry.url); });
+        update.assign(m_entries, std::move(left), &ListToolViewModel::entriesChanged);
     }
 }
 
-void ListToolViewModel::undoDeletion()
+void ListToolViewModel::putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn)
 {
-    if (!m_undoable) {
-        return;
-    }
-    const auto finished = [this, undone = *m_undoable, request = requestNow()](const RemovalResult& result) {
-        finishRestore(result, undone, request);
-    };
-    restore(m_undoable->trashed, finished);
-}
-
-void ListToolViewModel::finishRestore(const RemovalResult& result, const UndoableDeletion& undone,
-                                      const Request& request)
-{
-    RestoreOutcome outcome = applyRestore(result, undone, m_entries);
-    PropertyUpdate update{this};
-    if (listedFolder() == request.folder) {
-        if (m_pump != nullptr) {
-            const UrlSet restored{result.removed.begin(), result.removed.end()};
-            std::erase_if(m_listing->removed, [&](const FileUrl& url) { return restored.contains(url); });
-            std::ranges::copy_if(undone.entries, std::back_inserter(m_listing->restored),
-                                 [&](const Entry& entry) { return restored.contains(entry.url); });
+    std::vector<Entry> returned;
+    const RemovedPlaces places{back};
+    std::erase_if(m_taken, [&](const Entry& entry) {
+        const bool isBack = places.covers(entry.url);
+        if (isBack) {
+            returned.push_back(entry);
         }
-        update.assign(m_entries, std::move(outcome.entries), &ListToolViewModel::entriesChanged);
+        return isBack;
+    });
+    UrlSet known;
+    std::ranges::transform(returned, std::inserter(known, known.end()), &Entry::url);
+    std::ranges::copy_if(back, std::back_inserter(returned), [&](const Entry& entry) {
+        return (isOwn || lists(entry)) && !known.contains(entry.url);
+    });
+    if (m_pump != nullptr) {
+        m_removed.remove(back);
+        m_restored.insert(m_restored.end(), returned.begin(), returned.end());
     }
-    report(update, outcome.message, result);
-    if (!request.listing.expired()) {
-        update.assign(m_undoable, std::nullopt, &ListToolViewModel::undoableChanged);
-    }
-    if (request.folder) {
-        changedOnDisk(*request.folder);
+    if (!returned.empty()) {
+        update.assign(m_entries, withRestored(m_entries, returned), &ListToolViewModel::entriesChanged);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Bridge/StreamPump.h"
+#include "Deletion/RemovedPlaces.h"
 #include "Model/Category.h"
 #include "Scanning/FileScanner.h"
 #include "Tools/ScanToolViewModel.h"
@@ -19,7 +20,6 @@ class ListToolViewModel : public ScanToolViewModel {
     Q_PROPERTY(std::int64_t scanCompleted READ scanCompleted NOTIFY scanCompletedChanged)
     Q_PROPERTY(std::int64_t scanTotal READ scanTotal NOTIFY scanTotalChanged)
     Q_PROPERTY(bool isDiscovering READ isDiscovering NOTIFY isDiscoveringChanged)
-    Q_PROPERTY(std::optional<tallyroom::UndoableDeletion> undoable READ undoable NOTIFY undoableChanged)
 
 public:
     /// What the search text is looked for in.
@@ -35,11 +35,6 @@ public:
     [[nodiscard]] std::int64_t scanTotal() const { return m_scanTotal; }
 
     [[nodiscard]] bool isDiscovering() const { return m_isDiscovering; }
-
-    /// The last deletion, as long as it can be undone.
-    [[nodiscard]] const std::optional<UndoableDeletion>& undoable() const { return m_undoable; }
-
-    [[nodiscard]] bool canUndo() const override { return m_undoable.has_value(); }
 
     /// The category that the list is narrowed down to; none: all are shown. Forgotten with the root.
     [[nodiscard]] const std::optional<std::string>& category() const { return m_category; }
@@ -76,13 +71,6 @@ public:
 
     [[nodiscard]] QString scanReport() const override;
 
-    /// The folder that the entries on screen come from.
-    [[nodiscard]] virtual std::optional<FileUrl> listedFolder() const { return rootURL(); }
-
-    void deleteSelected(const UrlSet& urls, bool permanently) override;
-
-    void undoDeletion() override;
-
 Q_SIGNALS:
     void entriesChanged();
     void scanCompletedChanged();
@@ -102,29 +90,15 @@ protected:
     void dropScan(PropertyUpdate& update) override;
     void rootChosen(PropertyUpdate& update) override;
 
-    /// Items of `folder`'s list were deleted or put back on the disk.
-    virtual void changedOnDisk(const FileUrl& folder) { FileScanner::invalidateCache(folder); }
+    /// Whether an item that is back belongs to the list for sure, also one that was never listed.
+    [[nodiscard]] virtual bool lists(const Entry& /*entry*/) const { return false; }
+
+    void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
+    void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;
 
 private:
-    /// One filling of the list. What was asked for one listing finds it expired after the next began.
-    struct Listing {
-        UrlSet removed;              ///< deleted while it filled: the scan may still report them
-        std::vector<Entry> restored; ///< put back while it filled: the scan may have passed them by
-    };
-
-    struct Request {
-        std::weak_ptr<Listing> listing;
-        std::optional<FileUrl> folder;
-    };
-
-    [[nodiscard]] Request requestNow() const { return {m_listing, listedFolder()}; }
-
     void receive(const ScanProgress& record);
     [[nodiscard]] EntryList amended(const EntryList& found) const;
-    void finishDeletion(const FileRemover::RemovalResult& result, const std::vector<Entry>& targets,
-                        bool permanently, const Request& request);
-    void finishRestore(const FileRemover::RemovalResult& result, const UndoableDeletion& undone,
-                       const Request& request);
 
     FilterSubject m_filterSubject;
     ScanBeginning m_beginning;
@@ -135,8 +109,10 @@ private:
     std::int64_t m_scanTotal = 0;
     bool m_isDiscovering = false;
     std::optional<SystemError> m_unread; // of the running scan
-    std::optional<UndoableDeletion> m_undoable;
-    std::shared_ptr<Listing> m_listing = std::make_shared<Listing>();
+    std::vector<Entry> m_taken; // left this list since it began to fill
+    // While the list fills:
+    RemovedPlaces m_removed;       // deleted meanwhile: the scan may still report them
+    std::vector<Entry> m_restored; // put back meanwhile: the scan may have passed them by
     std::unique_ptr<StreamPump<ScanProgress>> m_pump;
 };
 

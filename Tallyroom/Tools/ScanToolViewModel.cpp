@@ -3,9 +3,37 @@
 #include "Scanning/FileScanner.h"
 #include "Settings/RecentFolders.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tallyroom {
+
+namespace {
+
+/// What a stopped undo has left in the trash; nothing when it went to its end, whatever failed.
+std::optional<UndoableDeletion> remainder(const UndoableDeletion& undone, const RemovalOutcome& outcome)
+{
+    if (outcome.notBegun == 0) {
+        return std::nullopt;
+    }
+    UndoableDeletion left;
+    left.trashed.assign(undone.trashed.end() - static_cast<std::ptrdiff_t>(outcome.notBegun),
+                        undone.trashed.end());
+    UrlSet places;
+    std::ranges::transform(left.trashed, std::inserter(places, places.end()),
+                           &FileRemover::TrashedItem::original);
+    std::ranges::copy_if(undone.entries, std::back_inserter(left.entries),
+                         [&places](const Entry& entry) { return places.contains(entry.url); });
+    return left;
+}
+
+} // namespace
+
+ScanToolViewModel::ScanToolViewModel(DeletionRunner& deletions) : m_deletions(deletions)
+{
+    connect(&deletions, &DeletionRunner::diskChanged, this, &ScanToolViewModel::follow);
+}
 
 void ScanToolViewModel::refresh()
 {
@@ -66,7 +94,9 @@ void ScanToolViewModel::beginScan(PropertyUpdate& update)
     dropScan(update);
     m_scanEnd = {};
     update.assign(m_state, ToolState::scanning(), &ScanToolViewModel::stateChanged);
+    m_filling = std::make_shared<Filling>();
     startScan(update);
+    update.assign(m_undoable, std::nullopt, &ScanToolViewModel::undoableChanged);
 }
 
 void ScanToolViewModel::endScan(const ScanEnd& end)
@@ -91,19 +121,83 @@ void ScanToolViewModel::resumeScan()
     }
 }
 
-void ScanToolViewModel::remove(std::vector<FileUrl> urls, bool permanently, Finished finished,
-                               DeletionRunner::Screening screening)
+void ScanToolViewModel::deleteSelected(const UrlSet& urls, bool permanently)
 {
-    const RemovalProgress start{0, urls.size(), false};
-    beginRemoval(
-        m_deletions.remove(std::move(urls), permanently, listener(std::move(finished)), std::move(screening)),
-        start);
+    std::vector<Entry> entries;
+    forEachEntry([&](const Entry& entry) {
+        if (urls.contains(entry.url)) {
+            entries.push_back(entry);
+        }
+    });
+    deleteEntries(entries, permanently);
 }
 
-void ScanToolViewModel::restore(std::vector<FileRemover::TrashedItem> items, Finished finished)
+void ScanToolViewModel::deleteEntries(const std::vector<Entry>& entries, bool permanently)
 {
-    const RemovalProgress start{0, items.size(), true};
-    beginRemoval(m_deletions.restore(std::move(items), listener(std::move(finished))), start);
+    if (entries.empty()) {
+        return;
+    }
+    RemovalPlan plan = planRemoval(entries);
+    const auto finished = [this, permanently, freed = std::move(plan.freed), folder = listedFolder(),
+                           filling = std::weak_ptr{m_filling}](PropertyUpdate& update,
+                                                               const RemovalOutcome& outcome) {
+        report(update, removalMessage(outcome.result, freed(outcome.done), permanently, outcome.notBegun),
+               outcome.result);
+        // Undoing puts entries into the list on screen: once another list stands there, that is over.
+        if (!filling.expired()) {
+            update.assign(m_undoable,
+                          outcome.result.canUndo()
+                              ? std::optional{UndoableDeletion{outcome.done, outcome.result.trashed}}
+                              : std::nullopt,
+                          &ScanToolViewModel::undoableChanged);
+            m_removedFrom = folder;
+        }
+    };
+    beginRemoval(m_deletions.remove(entries, permanently, listener(finished), std::move(plan.refusal)),
+                 {.completed = 0, .total = entries.size()});
+}
+
+void ScanToolViewModel::undoDeletion()
+{
+    if (!m_undoable) {
+        return;
+    }
+    const auto finished = [this, undone = *m_undoable, filling = std::weak_ptr{m_filling}](
+                              PropertyUpdate& update, const RemovalOutcome& outcome) {
+        report(update, restoreReport(outcome), outcome.result);
+        if (!filling.expired()) {
+            update.assign(m_undoable, remainder(undone, outcome), &ScanToolViewModel::undoableChanged);
+        }
+    };
+    beginRemoval(m_deletions.restore(*m_undoable, listener(finished)),
+                 {.completed = 0, .total = m_undoable->trashed.size(), .isRestoring = true});
+}
+
+void ScanToolViewModel::stopRemoval()
+{
+    if (m_removal) {
+        m_deletions.stop();
+    }
+}
+
+QString ScanToolViewModel::restoreReport(const RemovalOutcome& outcome) const
+{
+    return restoreMessage(outcome.result, outcome.notBegun);
+}
+
+/// The disk is another one than when the list was made, by this tool's doing or another's.
+void ScanToolViewModel::follow(const DiskChange& change)
+{
+    if (!m_rootURL) {
+        return;
+    }
+    PropertyUpdate update{this};
+    if (!change.gone.empty()) {
+        takeOut(update, change.gone);
+    }
+    if (!change.back.empty()) {
+        putBack(update, change.back, change.asker == this && m_removedFrom == listedFolder());
+    }
 }
 
 void ScanToolViewModel::beginRemoval(bool isAccepted, const RemovalProgress& progress)
@@ -120,7 +214,11 @@ DeletionRunner::Listener ScanToolViewModel::listener(Finished finished)
 {
     return {.context = this,
             .progressed = [this](const RemovalProgress& progress) { showRemoval(progress); },
-            .finished = std::move(finished)};
+            .finished =
+                [this, finished = std::move(finished)](const RemovalOutcome& outcome) {
+                    PropertyUpdate update{this};
+                    finished(update, outcome);
+                }};
 }
 
 void ScanToolViewModel::showRemoval(const std::optional<RemovalProgress>& progress)

@@ -10,6 +10,7 @@
 #include "Tools/ToolState.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -31,7 +32,7 @@ class ScanToolViewModel : public FolderTool {
     Q_PROPERTY(tallyroom::ToolState state READ state NOTIFY stateChanged)
     Q_PROPERTY(std::optional<tallyroom::FileUrl> rootURL READ rootURL NOTIFY rootURLChanged)
     Q_PROPERTY(std::optional<QString> statusMessage READ statusMessage NOTIFY statusMessageChanged)
-    Q_PROPERTY(bool canUndo READ canUndo NOTIFY undoableChanged)
+    Q_PROPERTY(std::optional<tallyroom::UndoableDeletion> undoable READ undoable NOTIFY undoableChanged)
     Q_PROPERTY(std::optional<tallyroom::RemovalProgress> removal READ removal NOTIFY removalChanged)
     Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
 
@@ -52,8 +53,10 @@ public:
     /// What the last deletion or undo left as it was, and why; changes with `statusMessage` only.
     [[nodiscard]] const Failures& failures() const { return m_failures; }
 
-    /// Whether the last deletion can be undone.
-    [[nodiscard]] virtual bool canUndo() const = 0;
+    /// The last deletion, as long as it can be undone: until the next one, or until a scan begins.
+    [[nodiscard]] const std::optional<UndoableDeletion>& undoable() const { return m_undoable; }
+
+    [[nodiscard]] bool canUndo() const { return m_undoable.has_value(); }
 
     /// How far this tool's deletion or undo has come, while one runs.
     [[nodiscard]] const std::optional<RemovalProgress>& removal() const { return m_removal; }
@@ -99,11 +102,19 @@ public:
     /// Stops a running scan and keeps what it has found.
     void cancelScan();
 
-    /// Deletes the entries that `urls` names. Runs on; what was found, `statusMessage` and `canUndo` follow.
-    virtual void deleteSelected(const UrlSet& urls, bool permanently) = 0;
+    /// Deletes those of the entries found that `urls` names.
+    void deleteSelected(const UrlSet& urls, bool permanently);
+
+    /// Deletes `entries` as they were found. Runs on; the list, `statusMessage` and `undoable` follow. Does
+    /// nothing without entries, and says so when another removal runs.
+    void deleteEntries(const std::vector<Entry>& entries, bool permanently);
 
     /// Puts back what the last deletion moved to the trash. Runs on like a deletion.
-    virtual void undoDeletion() = 0;
+    void undoDeletion();
+
+    /// Ends this tool's deletion or undo after the item in hand; what it did so far is reported and can be
+    /// undone.
+    void stopRemoval();
 
     /// Takes the report off the screen.
     void dismissStatus();
@@ -119,10 +130,29 @@ Q_SIGNALS:
     void searchTextChanged();
 
 protected:
-    using Finished = std::function<void(const FileRemover::RemovalResult&)>;
+    /// What a tool adds to a deletion when it begins.
+    struct RemovalPlan {
+        DeletionRunner::Refusal refusal; ///< asked right before each item
+        /// The bytes that come free when `done` has been removed.
+        std::function<std::int64_t(const std::vector<Entry>& done)> freed = totalSize;
+    };
 
     /// `deletions` must outlive the view model.
-    explicit ScanToolViewModel(DeletionRunner& deletions) : m_deletions(deletions) {}
+    explicit ScanToolViewModel(DeletionRunner& deletions);
+
+    [[nodiscard]] virtual RemovalPlan planRemoval(const std::vector<Entry>& /*entries*/) const { return {}; }
+
+    /// Takes out of the list what was removed, by this tool or another one, and what lies below it.
+    virtual void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) = 0;
+
+    /// Puts into the list what is back. `isOwn`: this tool removed it from the folder that it lists now.
+    virtual void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) = 0;
+
+    /// The line that reports an undo.
+    [[nodiscard]] virtual QString restoreReport(const RemovalOutcome& outcome) const;
+
+    /// The folder that the entries on screen come from.
+    [[nodiscard]] virtual std::optional<FileUrl> listedFolder() const { return rootURL(); }
 
     /// Forgets what was found and starts the scan; called with a root folder set and no scan running.
     virtual void startScan(PropertyUpdate& update) = 0;
@@ -145,19 +175,16 @@ protected:
     /// The scan is over: by itself, or because it was stopped.
     void endScan(const ScanEnd& end);
 
-    /// Starts a removal; says so in `statusMessage` when another one runs. `screening` may hold items back.
-    void remove(std::vector<FileUrl> urls, bool permanently, Finished finished,
-                DeletionRunner::Screening screening = {});
-
-    /// Starts putting `items` back, likewise.
-    void restore(std::vector<FileRemover::TrashedItem> items, Finished finished);
-
-    /// Writes down how a removal or an undo ended.
-    void report(PropertyUpdate& update, const QString& message, const FileRemover::RemovalResult& result);
-
 private:
+    /// One filling of the list. What was asked for one finds it expired after the next began.
+    struct Filling {};
+
+    using Finished = std::function<void(PropertyUpdate& update, const RemovalOutcome& outcome)>;
+
     [[nodiscard]] DeletionRunner::Listener listener(Finished finished);
     void beginRemoval(bool isAccepted, const RemovalProgress& progress);
+    void follow(const DiskChange& change);
+    void report(PropertyUpdate& update, const QString& message, const FileRemover::RemovalResult& result);
     void showRemoval(const std::optional<RemovalProgress>& progress);
     void showStatus(const std::optional<QString>& message);
 
@@ -168,6 +195,9 @@ private:
     std::optional<QString> m_statusMessage;
     Failures m_failures;
     std::optional<RemovalProgress> m_removal;
+    std::optional<UndoableDeletion> m_undoable;
+    std::optional<FileUrl> m_removedFrom; // the folder listed when the last deletion began
+    std::shared_ptr<Filling> m_filling = std::make_shared<Filling>();
     QString m_searchText;
     std::optional<SecurityScope> m_scope;
 };

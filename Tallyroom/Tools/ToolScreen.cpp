@@ -130,6 +130,7 @@ void ToolScreen::connectWidgets()
     connect(m_rows, &EntryRows::revealRequested, this,
             [](const Entry& entry) { Desktop::reveal(entry.url); });
     connect(m_rows, &EntryRows::copyPathRequested, this, [](const Entry& entry) { copyPaths({entry}); });
+    connect(m_banner, &StatusBanner::stopRequested, &m_tool, &ScanToolViewModel::stopRemoval);
     connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ScanToolViewModel::undoDeletion);
     connect(m_banner, &StatusBanner::dismissed, &m_tool, &ScanToolViewModel::dismissStatus);
     connect(m_selectionBar, &SelectionBar::selectAllRequested, this, &ToolScreen::checkAllVisible);
@@ -331,10 +332,9 @@ void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmati
     if (entries.empty()) {
         return;
     }
-    auto* const dialog =
-        new DeleteConfirmation(PendingDeletion::many(entries), choice, caution(entries), this);
+    auto* const dialog = new DeleteConfirmation(entries, choice, caution(entries), this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteSelected);
+    connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteEntries);
     dialog->open();
 }
 
@@ -387,7 +387,9 @@ void ToolScreen::copyPaths(const std::vector<Entry>& entries)
 
 void ToolScreen::stopOrClearFilter()
 {
-    if (m_tool.isScanning()) {
+    if (m_tool.removal()) {
+        m_tool.stopRemoval();
+    } else if (m_tool.isScanning()) {
         m_tool.cancelScan();
     } else {
         m_tool.clearFilter();

@@ -1,6 +1,6 @@
-#include "Deletion/DeletionSupport.h"
-
 #include "App/NavigatorScene.h"
+#include "Deletion/DeletionRunner.h"
+#include "Deletion/RemovedPlaces.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,6 @@ namespace {
 
 using FileRemover::RemovalFailure;
 using FileRemover::RemovalResult;
-using FileRemover::TrashedItem;
 using testing::ElementsAre;
 
 const FileUrl a{"/a"};
@@ -52,92 +51,149 @@ TEST(DeletionSupport, ReportsWhatWasRemovedAndWhatFailed)
     }
 }
 
-TEST(DeletionSupport, WhatFailedStaysListedAndIsNotUndone)
-{
-    const EntryList entries{fileEntry("/c", 1), fileEntry("/a", 3), fileEntry("/b", 2)};
-    const std::vector<Entry> targets = deletionTargets(entries, {a, b, FileUrl{"/unlisted"}});
-    EXPECT_THAT(targets, ElementsAre(fileEntry("/a", 3), fileEntry("/b", 2)));
-    const TrashedItem trashed{a, FileUrl{"/trash/a"}};
-    const RemovalResult result{{a}, {{b, "refused"}}, {trashed}};
-    const DeletionOutcome outcome = applyDeletion(result, targets, entries, false);
-    EXPECT_THAT(outcome.entries.toVector(), ElementsAre(fileEntry("/c", 1), fileEntry("/b", 2)));
-    EXPECT_EQ(outcome.undoable, (UndoableDeletion{{fileEntry("/a", 3)}, {trashed}}));
-}
-
 TEST(DeletionSupport, UndoingRanksTheListAndPutsEqualSizesLast)
 {
     const EntryList entries{fileEntry("/small", 1), fileEntry("/first", 5), fileEntry("/large", 9)};
-    const UndoableDeletion undoable{{fileEntry("/a", 5), fileEntry("/b", 7)}, {}};
-    const RestoreOutcome whole = applyRestore({{a, b}, {}, {}}, undoable, entries);
-    EXPECT_THAT(whole.entries.toVector(),
+    const EntryList all =
+        withRestored(entries, {fileEntry("/a", 5), fileEntry("/b", 7), fileEntry("/large", 9)});
+    EXPECT_THAT(all.toVector(),
                 ElementsAre(fileEntry("/large", 9), fileEntry("/b", 7), fileEntry("/first", 5),
                             fileEntry("/a", 5), fileEntry("/small", 1)));
-    EXPECT_EQ(whole.message, QStringLiteral("Suppression annulée · 2 élément(s) restauré(s)."));
-    const RestoreOutcome partial = applyRestore({{b}, {{a, "occupied"}}, {}}, undoable, EntryList{});
-    EXPECT_THAT(partial.entries.toVector(), ElementsAre(fileEntry("/b", 7)));
-    EXPECT_EQ(partial.message, QStringLiteral("Restauration partielle : 1 en échec."));
+    EXPECT_EQ(restoreMessage({{a, b}, {}, {}}),
+              QStringLiteral("Suppression annulée · 2 élément(s) restauré(s)."));
+    EXPECT_EQ(restoreMessage({{b}, {{a, "occupied"}}, {}}),
+              QStringLiteral("Restauration partielle : 1 en échec."));
 }
 
-TEST(DeletionRunner, LeavingWaitsForTheItemInHandAndStartsNoOther)
+TEST(DeletionSupport, AFolderTakesAlongWhatLiesBelowItAndNotItsNeighbours)
 {
+    RemovedPlaces places{{folderEntry("/r/folder", 9), fileEntry("/r/file", 1)}};
+    const std::vector<std::pair<const char*, bool>> cases{
+        {"/r/folder", true},     {"/r/folder/deep/x", true}, {"/r/folder/deep/y", true},
+        {"/r/folder2/x", false}, {"/r/file", true},          {"/r/file/x", false},
+        {"/r", false},           {"/r/other", false},        {"/folder/x", false},
+    };
+    for (const auto& [path, isCovered] : cases) {
+        EXPECT_EQ(places.covers(FileUrl{path}), isCovered) << path;
+    }
+    places.remove({folderEntry("/r/folder", 9)});
+    EXPECT_FALSE(places.covers(FileUrl{"/r/folder/deep/y"}));
+    EXPECT_TRUE(places.covers(FileUrl{"/r/file"}));
+}
+
+/// Removes what it is told, each item once `mayGoOn`.
+struct SlowDisk {
+    RemovalOperations operations()
+    {
+        return {[this](std::span<const Entry> entries, bool, const FileRemover::BatchOptions& options) {
+                    RemovalResult result;
+                    for (const Entry& entry : entries) {
+                        if (options.stop.stop_requested()) {
+                            break;
+                        }
+                        begun.push_back(entry.url);
+                        isInHand.count_down();
+                        mayGoOn.wait();
+                        result.removed.push_back(entry.url);
+                        done.push_back(entry.url);
+                    }
+                    return result;
+                },
+                {}};
+    }
+
     std::latch isInHand{1};
     std::latch mayGoOn{1};
     std::vector<FileUrl> begun;
     std::vector<FileUrl> done;
-    const auto remove = [&](const FileUrl& url, bool) {
-        begun.push_back(url);
-        isInHand.count_down();
-        mayGoOn.wait();
-        done.push_back(url);
-        return RemovalResult{{url}, {}, {}};
-    };
+};
+
+const std::vector<Entry> three{fileEntry("/a", 3), fileEntry("/b", 2), fileEntry("/c", 1)};
+
+TEST(DeletionRunner, LeavingWaitsForTheItemInHandAndStartsNoOther)
+{
+    SlowDisk disk;
     QObject context;
     bool wasCalled = false;
-    auto runner = std::make_unique<DeletionRunner>(RemovalOperations{remove, {}});
-    ASSERT_TRUE(runner->remove({a, b, c}, true,
+    auto runner = std::make_unique<DeletionRunner>(disk.operations());
+    ASSERT_TRUE(runner->remove({fileEntry("/a", 1), fileEntry("/a", 1), fileEntry("/a", 1)}, true,
                                {.context = &context,
                                 .progressed = [](const RemovalProgress&) {},
-                                .finished = [&](const RemovalResult&) { wasCalled = true; }}));
-    isInHand.wait();
+                                .finished = [&](const RemovalOutcome&) { wasCalled = true; }}));
+    disk.isInHand.wait();
     // The runner asks its worker to stop before it waits for it; only then the item in hand gets on.
-    std::jthread letGo{[&] { mayGoOn.count_down(); }};
+    std::jthread letGo{[&] { disk.mayGoOn.count_down(); }};
     runner.reset();
-    EXPECT_EQ(begun, done) << "an item was left half removed";
+    EXPECT_EQ(disk.begun, disk.done) << "an item was left half removed";
     EXPECT_FALSE(wasCalled);
 }
 
 TEST(DeletionRunner, RefusesASecondBatchAndReportsTheFirstOnTheMainThread)
 {
+    SlowDisk disk;
+    disk.mayGoOn.count_down();
     QObject context;
-    std::optional<RemovalResult> reported;
-    RemovalProgress last;
+    std::optional<RemovalOutcome> reported;
+    std::vector<Entry> told;
     std::thread::id thread;
-    DeletionRunner runner{{[](const FileUrl& url, bool) { return RemovalResult{{url}, {}, {}}; }, {}}};
+    DeletionRunner runner{disk.operations()};
+    QObject::connect(&runner, &DeletionRunner::diskChanged, &context, [&](const DiskChange& change) {
+        EXPECT_FALSE(reported) << "the lists are to follow before the report is made";
+        told = change.gone;
+    });
     const DeletionRunner::Listener listener{.context = &context,
-                                            .progressed = [&](const RemovalProgress& p) { last = p; },
+                                            .progressed = [](const RemovalProgress&) {},
                                             .finished =
-                                                [&](const RemovalResult& result) {
-                                                    reported = result;
+                                                [&](const RemovalOutcome& outcome) {
+                                                    reported = outcome;
                                                     thread = std::this_thread::get_id();
                                                 }};
-    ASSERT_TRUE(runner.remove({a, b}, false, listener));
-    EXPECT_FALSE(runner.remove({c}, false, listener));
+    ASSERT_TRUE(runner.remove(three, false, listener));
+    EXPECT_FALSE(runner.remove(three, false, listener));
     EXPECT_FALSE(runner.restore({}, listener));
     ASSERT_TRUE(waitUntil(&runner, &DeletionRunner::isRunningChanged, [&] { return !runner.isRunning(); }));
-    EXPECT_EQ(reported, (RemovalResult{{a, b}, {}, {}}));
+    ASSERT_TRUE(reported);
+    EXPECT_EQ(reported->result, (RemovalResult{{a, b, c}, {}, {}}));
+    EXPECT_EQ(reported->done, three);
+    EXPECT_EQ(told, three);
     EXPECT_EQ(thread, std::this_thread::get_id());
-    EXPECT_LE(last.completed, 2U);
+}
+
+TEST(DeletionRunner, StoppingReportsWhatWentAndLeavesTheRest)
+{
+    SlowDisk disk;
+    QObject context;
+    std::optional<RemovalOutcome> reported;
+    std::vector<bool> stopping;
+    DeletionRunner runner{disk.operations()};
+    ASSERT_TRUE(runner.remove(
+        three, true,
+        {.context = &context,
+         .progressed = [&](const RemovalProgress& progress) { stopping.push_back(progress.isStopping); },
+         .finished = [&](const RemovalOutcome& outcome) { reported = outcome; }}));
+    disk.isInHand.wait();
+    runner.stop();
+    runner.stop();
+    EXPECT_THAT(stopping, ElementsAre(true));
+    disk.mayGoOn.count_down();
+    ASSERT_TRUE(waitUntil(&runner, &DeletionRunner::isRunningChanged, [&] { return !runner.isRunning(); }));
+    ASSERT_TRUE(reported);
+    EXPECT_THAT(reported->done, ElementsAre(fileEntry("/a", 3)));
+    EXPECT_EQ(reported->notBegun, 2U);
+    EXPECT_EQ(disk.begun, std::vector{a});
 }
 
 TEST(DeletionRunner, SaysNothingToSomebodyWhoIsGone)
 {
+    SlowDisk disk;
+    disk.mayGoOn.count_down();
     auto context = std::make_unique<QObject>();
     bool wasCalled = false;
-    DeletionRunner runner{{[](const FileUrl& url, bool) { return RemovalResult{{url}, {}, {}}; }, {}}};
-    ASSERT_TRUE(runner.remove({a}, false,
+    DeletionRunner runner{disk.operations()};
+    ASSERT_TRUE(runner.remove(three, false,
                               {.context = context.get(),
                                .progressed = [&](const RemovalProgress&) { wasCalled = true; },
-                               .finished = [&](const RemovalResult&) { wasCalled = true; }}));
+                               .finished = [&](const RemovalOutcome&) { wasCalled = true; }}));
     context.reset();
     ASSERT_TRUE(waitUntil(&runner, &DeletionRunner::isRunningChanged, [&] { return !runner.isRunning(); }));
     EXPECT_FALSE(wasCalled);

@@ -55,26 +55,36 @@ Entry entryAt(const std::string& path, std::int64_t size, bool isDirectory)
 
 NavigatorScene::NavigatorScene()
 {
-    const auto remove = [this](const FileUrl& url, bool permanently) {
+    const auto remove = [this](std::span<const Entry> entries, bool permanently,
+                               const FileRemover::BatchOptions& options) {
+        FileRemover::RemovalResult result;
+        for (const Entry& entry : entries) {
+            if (options.stop.stop_requested()) {
+                break;
+            }
+            if (mayRemove.valid()) {
+                mayRemove.wait();
+            }
+            if (undeletable.contains(entry.url)) {
+                result.failures.push_back({entry.url, "refused"});
+                continue;
+            }
+            result.removed.push_back(entry.url);
+            if (!permanently) {
+                result.trashed.push_back({entry.url, FileUrl{"/trash"}.appending(entry.name)});
+            }
+        }
+        return result;
+    };
+    const auto restore = [this](std::span<const FileRemover::TrashedItem> items,
+                                const FileRemover::BatchOptions& /*options*/) {
         if (mayRemove.valid()) {
             mayRemove.wait();
         }
         FileRemover::RemovalResult result;
-        if (undeletable.contains(url)) {
-            result.failures.push_back({url, "refused"});
-            return result;
-        }
-        result.removed.push_back(url);
-        if (!permanently) {
-            result.trashed.push_back({url, FileUrl{"/trash"}.appending(url.lastPathComponent())});
-        }
+        std::ranges::transform(items, std::back_inserter(result.removed),
+                               &FileRemover::TrashedItem::original);
         return result;
-    };
-    const auto restore = [this](const FileRemover::TrashedItem& item) {
-        if (mayRemove.valid()) {
-            mayRemove.wait();
-        }
-        return FileRemover::RemovalResult{{item.original}, {}, {}};
     };
     deletions = std::make_unique<DeletionRunner>(RemovalOperations{remove, restore});
     const auto list = [this](const FileUrl& folder, bool useCache) {

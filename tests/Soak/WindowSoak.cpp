@@ -32,13 +32,18 @@ constexpr std::int64_t mostResidentBytes = 1'500_MiB;
 RemovalOperations confinedTo(const FileUrl& folder, std::atomic<int>& removed)
 {
     RemovalOperations operations = RemovalOperations::real();
-    operations.remove = [folder, &removed, remove = operations.remove](const FileUrl& url, bool permanently) {
-        if (!url.isInside(folder)) {
-            return FileRemover::RemovalResult{
-                .removed = {}, .failures = {{url, "not in the tree"}}, .trashed = {}};
-        }
-        ++removed;
-        return remove(url, permanently);
+    operations.remove = [folder, &removed, remove = operations.remove](std::span<const Entry> entries,
+                                                                       bool permanently,
+                                                                       FileRemover::BatchOptions options) {
+        options.refusal = [folder, &removed, asked = options.refusal](const Entry& entry) {
+            if (!entry.url.isInside(folder)) {
+                return std::optional<std::string>{"not in the tree"};
+            }
+            auto refusal = asked ? asked(entry) : std::nullopt;
+            removed += refusal ? 0 : 1;
+            return refusal;
+        };
+        return remove(entries, permanently, options);
     };
     return operations;
 }

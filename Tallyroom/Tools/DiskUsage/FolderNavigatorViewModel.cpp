@@ -100,11 +100,6 @@ void FolderNavigatorViewModel::rootChosen(PropertyUpdate& update)
     placeAt(update, *rootURL(), Caching::use, {});
 }
 
-void FolderNavigatorViewModel::changedOnDisk(const FileUrl& folder)
-{
-    m_services.invalidate(folder);
-}
-
 /// The one place where a listing starts, but for the first of a root.
 void FolderNavigatorViewModel::navigate(const FileUrl& url, Caching caching, std::vector<FileUrl> history)
 {

@@ -45,8 +45,6 @@ public:
 
     [[nodiscard]] std::int64_t currentTotalSize() const { return totalSize(); }
 
-    [[nodiscard]] std::optional<FileUrl> listedFolder() const override { return m_currentURL; }
-
     /// Enters a folder; shows a file in the file browser.
     void activate(const Entry& entry);
 
@@ -69,9 +67,15 @@ Q_SIGNALS:
     void canGoBackChanged();
 
 protected:
+    [[nodiscard]] std::optional<FileUrl> listedFolder() const override { return m_currentURL; }
+
     [[nodiscard]] FileScanner::ScanStream startStream() override;
     void rootChosen(PropertyUpdate& update) override;
-    void changedOnDisk(const FileUrl& folder) override;
+
+    [[nodiscard]] bool lists(const Entry& entry) const override
+    {
+        return m_currentURL && entry.url.parent() == *m_currentURL;
+    }
 
 private:
     enum class Caching { use, ignore };

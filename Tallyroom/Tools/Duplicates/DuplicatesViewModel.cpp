@@ -3,12 +3,12 @@
 #include "Analysis/DuplicateRemovalCheck.h"
 #include "Bridge/SizeText.h"
 #include "Bridge/TextFilter.h"
-#include "Scanning/FileScanner.h"
 #include "Settings/PersistedSettings.h"
 
 #include <algorithm>
 #include <iterator>
 #include <numeric>
+#include <unordered_map>
 #include <utility>
 
 namespace tallyroom {
@@ -23,14 +23,14 @@ struct Remainder {
     std::int64_t freed = 0; ///< bytes
 };
 
-Remainder remainder(const std::vector<DuplicateGroup>& groups, const UrlSet& gone)
+Remainder remainder(const std::vector<DuplicateGroup>& groups, const RemovedPlaces& gone)
 {
     Remainder result;
     std::vector<bool> isGone;
     for (const DuplicateGroup& group : groups) {
         isGone.clear();
         std::ranges::transform(group.entries, std::back_inserter(isGone),
-                               [&gone](const Entry& entry) { return gone.contains(entry.url); });
+                               [&gone](const Entry& entry) { return gone.covers(entry.url); });
         const auto lost = std::ranges::count(isGone, true);
         if (lost > 0) {
             result.freed = checkedSum(result.freed, group.freedBytes(isGone));
@@ -42,18 +42,31 @@ Remainder remainder(const std::vector<DuplicateGroup>& groups, const UrlSet& gon
     return result;
 }
 
-/// Looks again at what is to be removed and at what is to be kept; runs where the files are removed.
-DeletionRunner::Screened screen(const DuplicateGroups& groups, const std::vector<FileUrl>& urls,
-                                const std::stop_token& stop)
+bool holdsAny(const std::vector<DuplicateGroup>& groups, const RemovedPlaces& places)
 {
-    DuplicateRemovalCheck::Verdict verdict =
-        DuplicateRemovalCheck::check(*groups, UrlSet{urls.begin(), urls.end()}, stop);
-    DeletionRunner::Screened screened{std::move(verdict.fine), {}};
-    std::ranges::transform(verdict.refused, std::back_inserter(screened.refused),
-                           [](DuplicateRemovalCheck::Refusal& refusal) -> FileRemover::RemovalFailure {
-                               return {std::move(refusal.url), std::move(refusal.reason)};
-                           });
-    return screened;
+    return std::ranges::any_of(groups, [&places](const DuplicateGroup& group) {
+        return std::ranges::any_of(group.entries,
+                                   [&places](const Entry& entry) { return places.covers(entry.url); });
+    });
+}
+
+/// Looks again at what is to be removed and at what is to be kept, when the first item is about to go.
+DeletionRunner::Refusal refusalOf(const DuplicateGroups& groups, const std::vector<Entry>& entries)
+{
+    UrlSet urls;
+    std::ranges::transform(entries, std::inserter(urls, urls.end()), &Entry::url);
+    using Reasons = std::unordered_map<FileUrl, std::string>;
+    return [groups, urls = std::move(urls),
+            reasons = std::shared_ptr<Reasons>{}](const Entry& entry) mutable -> std::optional<std::string> {
+        if (reasons == nullptr) {
+            reasons = std::make_shared<Reasons>();
+            for (DuplicateRemovalCheck::Refusal& one : DuplicateRemovalCheck::check(*groups, urls).refused) {
+                reasons->emplace(std::move(one.url), std::move(one.reason));
+            }
+        }
+        const auto found = reasons->find(entry.url);
+        return found != reasons->end() ? std::optional{found->second} : std::nullopt;
+    };
 }
 
 } // namespace
@@ -74,14 +87,12 @@ void DuplicatesViewModel::setMinimumSize(std::int64_t size)
 
 void DuplicatesViewModel::startScan(PropertyUpdate& update)
 {
-    m_search = std::make_shared<Search>();
-    setGroups(update, {});
+    m_found = std::make_shared<const std::vector<DuplicateGroup>>();
+    m_gone.clear();
+    setGroups(update, m_found);
     m_unread.reset();
     update.assign(m_scanned, 0, &DuplicatesViewModel::progressChanged);
     update.assign(m_truncated, false, &DuplicatesViewModel::truncatedChanged);
-    if (std::exchange(m_undoSnapshot, std::nullopt)) {
-        update.announce(&DuplicatesViewModel::undoableChanged);
-    }
     m_pump = std::make_unique<StreamPump<DuplicateProgress>>(
         DuplicateFinder::stream(*rootURL(), m_minimumSize),
         [this](DuplicateProgress record) { receive(std::move(record)); },
@@ -108,18 +119,25 @@ void DuplicatesViewModel::receive(DuplicateProgress record)
     update.assign(m_hashing, hashing, &DuplicatesViewModel::progressChanged);
     update.assign(m_truncated, record.truncated, &DuplicatesViewModel::truncatedChanged);
     if (!record.groups.empty()) {
-        const UrlSet& removed = m_search->removed;
-        setGroups(update,
-                  removed.empty() ? std::move(record.groups) : remainder(record.groups, removed).groups);
+        m_found = std::make_shared<const std::vector<DuplicateGroup>>(std::move(record.groups));
+        showPresent(update);
     }
 }
 
-void DuplicatesViewModel::setGroups(PropertyUpdate& update, std::vector<DuplicateGroup> groups)
+/// The groups as the disk is now.
+void DuplicatesViewModel::showPresent(PropertyUpdate& update)
 {
-    if (groups.empty() && m_groups->empty()) {
+    setGroups(update, m_gone.isEmpty() ? m_found
+                                       : std::make_shared<const std::vector<DuplicateGroup>>(
+                                             remainder(*m_found, m_gone).groups));
+}
+
+void DuplicatesViewModel::setGroups(PropertyUpdate& update, DuplicateGroups groups)
+{
+    if (groups->empty() && m_groups->empty()) {
         return;
     }
-    m_groups = std::make_shared<const std::vector<DuplicateGroup>>(std::move(groups));
+    m_groups = std::move(groups);
     m_totalReclaimable = 0;
     for (const DuplicateGroup& group : *m_groups) {
         m_totalReclaimable = checkedSum(m_totalReclaimable, group.reclaimableBytes());
@@ -216,84 +234,34 @@ QString DuplicatesViewModel::scanReport() const
         .arg(QString::number(groups().size()), sizeText(totalReclaimable()));
 }
 
-void DuplicatesViewModel::deleteSelected(const UrlSet& urls, bool permanently)
+ScanToolViewModel::RemovalPlan DuplicatesViewModel::planRemoval(const std::vector<Entry>& entries) const
 {
-    std::vector<FileUrl> targets;
-    forEachEntry([&](const Entry& entry) {
-        if (urls.contains(entry.url)) {
-            targets.push_back(entry.url);
-        }
-    });
-    if (targets.empty()) {
-        return;
-    }
-    const auto finished = [this, permanently, groups = m_groups,
-                           search = std::weak_ptr{m_search}](const RemovalResult& result) {
-        finishDeletion(result, permanently, groups, search);
+    const auto freed = [groups = m_groups](const std::vector<Entry>& done) {
+        return remainder(*groups, RemovedPlaces{done}).freed;
     };
-    remove(std::move(targets), permanently, finished,
-           [groups = m_groups](const std::vector<FileUrl>& asked, const std::stop_token& stop) {
-               return screen(groups, asked, stop);
-           });
+    return {refusalOf(m_groups, entries), freed};
 }
 
-void DuplicatesViewModel::finishDeletion(const RemovalResult& result, bool permanently,
-                                         const DuplicateGroups& before, const std::weak_ptr<Search>& search)
+void DuplicatesViewModel::takeOut(PropertyUpdate& update, const std::vector<Entry>& gone)
 {
-    const UrlSet gone{result.removed.begin(), result.removed.end()};
-    PropertyUpdate update{this};
-    report(update, removalMessage(result, remainder(*before, gone).freed, permanently), result);
-    // Undoing puts groups back on screen: once another search has begun, that is over.
-    if (!search.expired()) {
-        m_undoSnapshot.reset();
-        if (result.canUndo()) {
-            m_undoSnapshot = UndoSnapshot{m_groups, result.trashed};
-        }
-        update.announce(&DuplicatesViewModel::undoableChanged);
-    }
-    if (m_pump != nullptr) {
-        m_search->removed.insert(gone.begin(), gone.end());
-    }
-    if (!gone.empty()) {
-        setGroups(update, remainder(groups(), gone).groups);
-    }
-    if (rootURL()) {
-        FileScanner::invalidateCache(*rootURL());
+    m_gone.add(gone);
+    if (holdsAny(*m_groups, RemovedPlaces{gone})) {
+        showPresent(update);
     }
 }
 
-void DuplicatesViewModel::undoDeletion()
+void DuplicatesViewModel::putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool /*isOwn*/)
 {
-    if (!m_undoSnapshot) {
-        return;
+    m_gone.remove(back);
+    if (holdsAny(*m_found, RemovedPlaces{back})) {
+        showPresent(update);
     }
-    restore(m_undoSnapshot->trashed,
-            [this, undone = *m_undoSnapshot, search = std::weak_ptr{m_search}](const RemovalResult& result) {
-                finishRestore(result, undone, search);
-            });
 }
 
-void DuplicatesViewModel::finishRestore(const RemovalResult& result, const UndoSnapshot& undone,
-                                        const std::weak_ptr<Search>& search)
+QString DuplicatesViewModel::restoreReport(const RemovalOutcome& outcome) const
 {
-    PropertyUpdate update{this};
-    report(update,
-           result.allSucceeded()
-               ? QStringLiteral("Suppression annulée.")
-               : QStringLiteral("Restauration partielle : %1 en échec.").arg(result.failures.size()),
-           result);
-    if (!search.expired()) {
-        UrlSet missing;
-        std::ranges::transform(undone.trashed, std::inserter(missing, missing.end()),
-                               &FileRemover::TrashedItem::original);
-        std::ranges::for_each(result.removed, [&missing](const FileUrl& url) { missing.erase(url); });
-        setGroups(update, remainder(*undone.groups, missing).groups);
-        m_undoSnapshot.reset();
-        update.announce(&DuplicatesViewModel::undoableChanged);
-    }
-    if (rootURL()) {
-        FileScanner::invalidateCache(*rootURL());
-    }
+    return outcome.result.allSucceeded() && outcome.notBegun == 0 ? QStringLiteral("Suppression annulée.")
+                                                                  : ScanToolViewModel::restoreReport(outcome);
 }
 
 } // namespace tallyroom

@@ -2,6 +2,7 @@
 
 #include "Analysis/DuplicateFinder.h"
 #include "Bridge/StreamPump.h"
+#include "Deletion/RemovedPlaces.h"
 #include "Tools/ScanToolViewModel.h"
 
 #include <array>
@@ -75,8 +76,6 @@ public:
     /// Stores another minimum size and scans again with it.
     void setMinimumSize(std::int64_t size);
 
-    [[nodiscard]] bool canUndo() const override { return m_undoSnapshot.has_value(); }
-
     [[nodiscard]] std::size_t entryCount() const override;
     void forEachEntry(const Visitor& visit) const override;
     void forEachShown(const Visitor& visit) const override;
@@ -85,9 +84,6 @@ public:
 
     [[nodiscard]] ScanLine scanLine() const override;
     [[nodiscard]] QString scanReport() const override;
-
-    void deleteSelected(const UrlSet& urls, bool permanently) override;
-    void undoDeletion() override;
 
 Q_SIGNALS:
     void groupsChanged();
@@ -102,37 +98,26 @@ protected:
 
     void searchTextChosen() override { filterGroups(); }
 
+    [[nodiscard]] RemovalPlan planRemoval(const std::vector<Entry>& entries) const override;
+    void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
+    void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;
+    [[nodiscard]] QString restoreReport(const RemovalOutcome& outcome) const override;
+
 private:
-    /// What an undo puts back.
-    struct UndoSnapshot {
-        DuplicateGroups groups; ///< as they were before the removal
-        std::vector<FileRemover::TrashedItem> trashed;
-    };
-
-    /// One search. What was asked for one finds it expired after the next began.
-    struct Search {
-        UrlSet removed; ///< deleted while it ran: it may still report them
-    };
-
-    using RemovalResult = FileRemover::RemovalResult;
-
     void receive(DuplicateFinder::DuplicateProgress record);
-    void setGroups(PropertyUpdate& update, std::vector<DuplicateGroup> groups);
+    void showPresent(PropertyUpdate& update);
+    void setGroups(PropertyUpdate& update, DuplicateGroups groups);
     void filterGroups();
-    void finishDeletion(const RemovalResult& result, bool permanently, const DuplicateGroups& before,
-                        const std::weak_ptr<Search>& search);
-    void finishRestore(const RemovalResult& result, const UndoSnapshot& undone,
-                       const std::weak_ptr<Search>& search);
 
-    DuplicateGroups m_groups = std::make_shared<const std::vector<DuplicateGroup>>();
+    DuplicateGroups m_found = std::make_shared<const std::vector<DuplicateGroup>>(); // by the search
+    RemovedPlaces m_gone;                                                            // since the search began
+    DuplicateGroups m_groups = m_found;                                              // as the disk is now
     std::int64_t m_totalReclaimable = 0;
     std::vector<std::uint32_t> m_filtered;
     std::int64_t m_scanned = 0;
     std::optional<double> m_hashing; // 0 to 1, while contents are read
     bool m_truncated = false;
     std::int64_t m_minimumSize;
-    std::optional<UndoSnapshot> m_undoSnapshot;
-    std::shared_ptr<Search> m_search = std::make_shared<Search>();
     std::optional<SystemError> m_unread; // of the running scan
     std::unique_ptr<StreamPump<DuplicateFinder::DuplicateProgress>> m_pump;
 };
