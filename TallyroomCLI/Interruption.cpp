@@ -1,9 +1,9 @@
 #include "Interruption.h"
 
+#include "Concurrency/Thread.h"
 #include "ExitCode.h"
 
 #include <csignal>
-#include <exception>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -27,7 +27,7 @@ Interruption::Interruption()
 {
     const sigset_t signals = watchedSignals();
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    const auto wait = [this, signals](const std::stop_token& done) {
+    m_waiter = tryThread([this, signals](const std::stop_token& done) {
         while (!done.stop_requested()) {
             int signal = 0;
             if (::sigwait(&signals, &signal) != 0 || signal == SIGUSR1) {
@@ -37,11 +37,9 @@ Interruption::Interruption()
                 ::_exit(static_cast<int>(ExitCode::interrupted));
             }
         }
-    };
-    try {
-        m_waiter = std::jthread{wait};
-    } catch (const std::exception&) {
-        ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr); // no thread is to be had: signals end the program
+    });
+    if (!m_waiter.joinable()) {
+        ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr); // signals end the program then
     }
 }
 

@@ -1,10 +1,11 @@
 #include "Concurrency/WorkerPool.h"
 
+#include "Concurrency/Thread.h"
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <exception>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -34,37 +35,11 @@ constexpr std::chrono::milliseconds watchInterval{100};
 /// How long the program's end waits for pieces of work that are not known to hang.
 constexpr std::chrono::seconds patience{1};
 
-/// How a job gets workers.
-enum class Standing : unsigned char {
-    usual,
-    last,      ///< it holds up workers: it gets those that find nothing else to do
-    passedOver ///< it holds up so many that it gets no more
-};
-
-/// A job on the pool.
-struct Running {
-    std::shared_ptr<WorkerPool::Job> job;
-    std::atomic<Standing> standing = Standing::usual;
-};
-
-using Jobs = std::vector<std::shared_ptr<Running>>;
-
-/// A worker's place. Its number is the worker's.
-struct alignas(64) Place {
-    std::atomic<std::uint64_t> beat = 0;          ///< grows with each piece of work; odd within one
-    std::atomic<const Running*> within = nullptr; ///< the job of the latest piece, only to be compared
-
-    // Guarded by the pool's mutex:
-    std::jthread thread;
-    bool isTaken = false;
-    bool isHeldUp = false;
-    std::uint64_t seenBeat = 0;
-    Clock::time_point seenAt;
-};
-
 } // namespace
 
 class WorkerPool::Workers {
+    struct Place;
+
 public:
     Workers(unsigned width, unsigned spare) : m_width(width), m_places(width + spare) {}
 
@@ -79,10 +54,7 @@ public:
         if (self->capacity() == self->m_width) {
             return;
         }
-        try {
-            self->m_watch = std::jthread{[self] { self->watch(self); }};
-        } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): then nobody is replaced
-        }
+        self->m_watch = tryThread([self] { self->watch(self); }); // without it nobody is replaced
     }
 
     static void add(const std::shared_ptr<Workers>& self, std::shared_ptr<Job> job)
@@ -167,11 +139,46 @@ public:
     }
 
 private:
+    /// How a job gets workers.
+    enum class Standing : unsigned char {
+        usual,
+        last,      ///< it holds up workers: it gets those that find nothing else to do
+        passedOver ///< it holds up so many that it gets no more
+    };
+
+    /// A job on the pool.
+    struct Running {
+        std::shared_ptr<Job> job;
+        std::atomic<Standing> standing = Standing::usual;
+    };
+
+    using Jobs = std::vector<std::shared_ptr<Running>>;
+
+    /// A worker's place. Its number is the worker's.
+    struct alignas(64) Place {
+        std::atomic<std::uint64_t> beat = 0;          ///< grows with each piece of work; odd within one
+        std::atomic<const Running*> within = nullptr; ///< the job of the latest piece, only to be compared
+
+        // Guarded by the pool's mutex:
+        std::jthread thread;
+        bool isTaken = false;
+        bool isHeldUp = false;
+        std::uint64_t seenBeat = 0;
+        Clock::time_point seenAt;
+    };
+
     /// Under the mutex, as all that deals with places.
     [[nodiscard]] unsigned heldUp() const
     {
         return static_cast<unsigned>(std::ranges::count_if(
             m_places, [](const Place& place) { return place.isTaken && place.isHeldUp; }));
+    }
+
+    [[nodiscard]] unsigned heldUpBy(const Running& running) const
+    {
+        return static_cast<unsigned>(std::ranges::count_if(m_places, [job = &running](const Place& place) {
+            return place.isTaken && place.isHeldUp && place.within.load() == job;
+        }));
     }
 
     /// A free place; none when all are taken.
@@ -201,10 +208,9 @@ private:
             if (place == nullptr) {
                 return;
             }
-            try {
-                // A former worker of this place has let go of the mutex, and is joined here.
-                place->thread = std::jthread{[self, place] { self->run(*place); }};
-            } catch (const std::exception&) {
+            // A former worker of this place has let go of the mutex, and is joined here.
+            place->thread = tryThread([self, place] { self->run(*place); });
+            if (!place->thread.joinable()) {
                 leavePlace(*place);
                 return;
             }
@@ -343,9 +349,7 @@ private:
         const auto all = heldUp();
         bool someReturn = false;
         for (const auto& running : m_jobs) {
-            const auto own = static_cast<unsigned>(std::ranges::count_if(m_places, [&](const Place& place) {
-                return place.isTaken && place.isHeldUp && place.within.load() == running.get();
-            }));
+            const unsigned own = heldUpBy(*running);
             const Standing now = own == 0                               ? Standing::usual
                                  : own > (capacity() - (all - own)) / 4 ? Standing::passedOver
                                                                         : Standing::last;

@@ -1,10 +1,10 @@
 #include "Volumes/PatientCalls.h"
 
+#include "Concurrency/Thread.h"
+
 #include <deque>
-#include <exception>
 #include <map>
 #include <mutex>
-#include <thread>
 
 namespace tallyroom {
 
@@ -17,9 +17,9 @@ public:
     {
         const bool isAsked = self->put(subject, std::move(question));
         if (self->wantsThread()) {
-            try {
-                std::thread{[self] { self->run(); }}.detach();
-            } catch (const std::exception&) {
+            if (auto thread = tryThread([self] { self->run(); }); thread.joinable()) {
+                thread.detach();
+            } else {
                 self->missThread();
             }
         }
