@@ -1,8 +1,10 @@
 #include "FileSystem/TreeWalk.h"
 
+#include "Concurrency/StealingQueues.h"
+#include "FileSystem/LookTime.h"
+
 #include <algorithm>
-#include <deque>
-#include <mutex>
+#include <limits>
 #include <ranges>
 #include <sys/resource.h>
 
@@ -12,6 +14,12 @@ namespace {
 
 /// How many entries may pass between two looks at the stop.
 constexpr std::size_t entriesBetweenStops = 256;
+
+/// How many files may be looked at between two looks at the clock.
+constexpr std::size_t looksBetweenTimes = 4;
+
+/// A piece of a buffer that is looked at slowly has at least so many names.
+constexpr std::size_t leastShare = 8;
 
 /// How many folders of one walk stay open for their children's sake. Beyond that, children are opened by
 /// their path from the root, which is slower and always works.
@@ -26,54 +34,6 @@ int openFolderLimit()
 
 } // namespace
 
-FileUrl TreeWalk::Folder::url() const
-{
-    return url({});
-}
-
-FileUrl TreeWalk::Folder::url(std::string_view child) const
-{
-    // From the leaf up: lengths first, then the names from the end of the text.
-    std::size_t length = child.empty() ? 0 : child.size() + 1;
-    const Folder* root = this;
-    for (; root->m_parent != nullptr; root = root->m_parent) {
-        length += root->m_name.size() + 1;
-    }
-    const std::string_view base = root->m_name == "/" ? std::string_view{} : root->m_name;
-    if (base.empty() && length == 0) {
-        return FileUrl{"/"};
-    }
-    std::string path(base.size() + length, '/');
-    std::ranges::copy(base, path.begin());
-    auto end = path.size();
-    const auto place = [&path, &end](std::string_view name) {
-        end -= name.size();
-        std::ranges::copy(name, path.begin() + static_cast<std::ptrdiff_t>(end));
-        --end; // the slash before it
-    };
-    if (!child.empty()) {
-        place(child);
-    }
-    for (const Folder* folder = this; folder->m_parent != nullptr; folder = folder->m_parent) {
-        place(folder->m_name);
-    }
-    return FileUrl{std::move(path)};
-}
-
-const ScanRoot& TreeWalk::Folder::scanRoot() const
-{
-    const Folder* root = this;
-    while (root->m_parent != nullptr) {
-        root = root->m_parent;
-    }
-    const ScanRoot* known = root->m_scanRoot.load();
-    if (known == nullptr) {
-        known = &ScanRoots::add(FileUrl{root->m_name}, root->m_descriptor.get());
-        root->m_scanRoot = known; // two workers find the same row
-    }
-    return *known;
-}
-
 class TreeWalk::Run final : public WorkerPool::Job {
 public:
     Run(WorkerPool& pool, std::unique_ptr<Visitor> visitor, std::stop_token stop)
@@ -85,14 +45,14 @@ public:
     bool begin(std::vector<Root> roots)
     {
         m_rootsPending = roots.size();
-        Queue& queue = m_queues.front();
+        std::vector<Item> items;
         for (Root& root : std::views::reverse(roots)) {
             root.folder->m_name = root.url.path();
             root.folder->m_rootAccess =
                 root.link == RootLink::followed ? FolderAccess::listing : FolderAccess::listingNoLink;
-            queue.items.push_back({root.folder.release(), nullptr, 0});
+            items.push_back({root.folder.release(), {}});
         }
-        m_queued = roots.size();
+        m_queues.put(0, std::move(items));
         return !roots.empty();
     }
 
@@ -101,17 +61,17 @@ public:
     bool work(unsigned worker) override
     {
         Item item;
-        if (m_queued.load() == 0 || !take(worker, item)) {
+        if (!m_queues.take(worker, item)) {
             return false;
         }
         Desk& desk = deskOf(worker);
-        if (item.names != nullptr) {
-            m_waitingBuffers.fetch_sub(1, std::memory_order_relaxed);
+        if (item.piece.names != nullptr) {
+            m_waitingPieces.fetch_sub(1, std::memory_order_relaxed);
         }
         if (isStopped()) {
-            item.names.reset();
-        } else if (item.names != nullptr) {
-            visit(worker, desk, *item.folder, *item.names, item.firstIndex);
+            item.piece.names.reset();
+        } else if (item.piece.names != nullptr) {
+            visit(worker, desk, *item.folder, item.piece);
         } else {
             enter(worker, desk, *item.folder);
         }
@@ -123,23 +83,43 @@ public:
     void abandon() noexcept override { m_abandoned = true; }
 
 private:
-    /// A folder to list, or a buffer of its names to visit.
-    struct Item {
-        Folder* folder = nullptr;
-        std::unique_ptr<NameBuffer> names;
-        std::size_t firstIndex = 0;
+    /// Names of a folder as they were read, and parsed once somebody visits them.
+    struct Names {
+        NameBuffer buffer;
+        std::vector<ListedName> parsed;
+
+        bool read(int folder)
+        {
+            parsed.clear();
+            return buffer.read(folder);
+        }
+
+        void parse()
+        {
+            if (parsed.empty()) {
+                buffer.parse(parsed);
+            }
+        }
     };
 
-    struct Queue {
-        std::mutex mutex;
-        std::deque<Item> items; // guarded by mutex
+    /// Some of the names of a buffer, from `begin` to `end`; to its own end when that comes first.
+    struct Piece {
+        std::shared_ptr<Names> names;
+        std::size_t firstIndex = 0; ///< of the buffer's first name among the folder's
+        std::size_t begin = 0;
+        std::size_t end = std::numeric_limits<std::size_t>::max();
+    };
+
+    /// A folder to list, or names of it to visit.
+    struct Item {
+        Folder* folder = nullptr;
+        Piece piece;
     };
 
     /// What one worker reuses from folder to folder.
     struct Desk {
-        std::unique_ptr<NameBuffer> current = std::make_unique<NameBuffer>();
-        std::unique_ptr<NameBuffer> next = std::make_unique<NameBuffer>();
-        std::vector<ListedName> names;
+        std::shared_ptr<Names> current = std::make_shared<Names>();
+        std::shared_ptr<Names> next = std::make_shared<Names>();
         std::vector<FileAttributes> attributes;
         std::vector<Child> children;
         std::vector<Item> found;
@@ -160,45 +140,13 @@ private:
         return *desk;
     }
 
-    /// Workers that take the place of held up ones share their queues.
-    Queue& queueOf(std::size_t worker) { return m_queues[worker % m_queues.size()]; }
-
-    /// The newest item of one's own, else the oldest of somebody else's: the largest subtree left.
-    bool take(unsigned worker, Item& item)
-    {
-        for (std::size_t step = 0; step < m_queues.size(); ++step) {
-            Queue& queue = queueOf(worker + step);
-            const std::scoped_lock lock{queue.mutex};
-            if (queue.items.empty()) {
-                continue;
-            }
-            if (step == 0) {
-                item = std::move(queue.items.back());
-                queue.items.pop_back();
-            } else {
-                item = std::move(queue.items.front());
-                queue.items.pop_front();
-            }
-            m_queued.fetch_sub(1);
-            return true;
-        }
-        return false;
-    }
-
     void put(unsigned worker, std::vector<Item>& items)
     {
         const std::size_t count = items.size();
-        if (count == 0) {
-            return;
+        if (count > 0) {
+            m_queues.put(worker, std::exchange(items, {}));
+            m_pool.announce(count);
         }
-        {
-            Queue& queue = queueOf(worker);
-            const std::scoped_lock lock{queue.mutex};
-            std::ranges::move(items, std::back_inserter(queue.items));
-            m_queued.fetch_add(count);
-        }
-        items.clear();
-        m_pool.announce(count);
     }
 
     SystemResult<FileDescriptor> open(Desk& desk, Folder& folder)
@@ -212,21 +160,9 @@ private:
         } else if (folder.m_parent->m_serial != 0 && desk.lastSerial == folder.m_parent->m_serial) {
             opened = openChildFolder(desk.lastDescriptor.get(), folder.m_name.c_str());
         } else {
-            opened = openFromRoot(folder);
+            opened = folder.openFromRoot();
         }
         return opened;
-    }
-
-    static SystemResult<FileDescriptor> openFromRoot(const Folder& folder)
-    {
-        const Folder* root = &folder;
-        while (!root->isRoot()) {
-            root = root->m_parent;
-        }
-        const std::string path = folder.url().path();
-        std::string_view below = std::string_view{path}.substr(root->m_name.size());
-        below.remove_prefix(std::min(below.find_first_not_of('/'), below.size()));
-        return openDescendantFolder(root->m_descriptor.get(), below);
     }
 
     void enter(unsigned worker, Desk& desk, Folder& folder)
@@ -242,6 +178,7 @@ private:
         folder.m_descriptor = std::move(*opened);
         // A root stays open for the sake of all that is opened by its path; others while there is room.
         folder.m_keepsOpen = folder.isRoot() || m_openFolders.fetch_add(1) < openLimit();
+        folder.m_serial = folder.m_keepsOpen ? 0 : m_serials.fetch_add(1) + 1;
         if (m_visitor->wish(folder).countFirst) {
             enterCounted(worker, folder);
             return;
@@ -250,81 +187,114 @@ private:
         bool some = desk.current->read(folder.m_descriptor.get());
         while (some) {
             const bool more = desk.next->read(folder.m_descriptor.get());
-            if (more && !isStopped() && hasRoomForBuffers()) {
-                index += share(worker, desk, folder, index);
+            const std::size_t count = more ? desk.current->buffer.count() : 0;
+            bool isShared = more && !isStopped() && hasRoomForPieces();
+            if (isShared) {
+                desk.found.push_back(itemOf(folder, {desk.current, index}));
+                put(worker, desk.found);
             } else {
-                visit(worker, desk, folder, *desk.current, index);
-                index += desk.names.size();
+                isShared = visit(worker, desk, folder, {desk.current, index});
+            }
+            index += count;
+            if (isShared) {
+                desk.current = std::make_shared<Names>();
             }
             std::swap(desk.current, desk.next);
             some = more && !isStopped();
         }
     }
 
-    /// Hands a full buffer of names to whoever is free. Returns how many names it held.
-    std::size_t share(unsigned worker, Desk& desk, Folder& folder, std::size_t firstIndex)
-    {
-        const std::size_t count = desk.current->count();
-        desk.found.push_back(
-            pieceOf(folder, std::exchange(desk.current, std::make_unique<NameBuffer>()), firstIndex));
-        put(worker, desk.found);
-        return count;
-    }
-
     void enterCounted(unsigned worker, Folder& folder)
     {
-        std::vector<Item> pieces;
-        std::size_t names = 0;
-        auto buffer = std::make_unique<NameBuffer>();
-        while (!isStopped() && buffer->read(folder.m_descriptor.get())) {
-            const std::size_t count = buffer->count();
-            buffer->shrink();
-            pieces.push_back(pieceOf(folder, std::exchange(buffer, std::make_unique<NameBuffer>()), names));
-            names += count;
+        std::vector<Item> items;
+        std::size_t count = 0;
+        auto names = std::make_shared<Names>();
+        while (!isStopped() && names->read(folder.m_descriptor.get())) {
+            const std::size_t more = names->buffer.count();
+            names->buffer.shrink();
+            items.push_back(itemOf(folder, {std::exchange(names, std::make_shared<Names>()), count}));
+            count += more;
         }
-        m_visitor->counted(folder, names);
-        put(worker, pieces);
+        m_visitor->counted(folder, count);
+        put(worker, items);
     }
 
     /// Names are read faster than files are looked at: beyond this, whoever reads them visits them as well,
     /// so that a folder of millions does not end up in memory whole.
-    bool hasRoomForBuffers() const
+    bool hasRoomForPieces() const
     {
-        return m_waitingBuffers.load(std::memory_order_relaxed) < 2 * std::size_t{m_pool.width()};
+        return m_waitingPieces.load(std::memory_order_relaxed) < 2 * std::size_t{m_pool.width()};
     }
 
-    Item pieceOf(Folder& folder, std::unique_ptr<NameBuffer> names, std::size_t firstIndex)
+    Item itemOf(Folder& folder, Piece piece)
     {
-        m_waitingBuffers.fetch_add(1, std::memory_order_relaxed);
+        m_waitingPieces.fetch_add(1, std::memory_order_relaxed);
         folder.m_pending.fetch_add(1);
         folder.m_uses.fetch_add(1);
-        return {&folder, std::move(names), firstIndex};
+        return {&folder, std::move(piece)};
     }
 
-    void visit(unsigned worker, Desk& desk, Folder& folder, const NameBuffer& buffer, std::size_t firstIndex)
+    /// Visits names in batches that take no longer than a moment each. When files are slow to look at and
+    /// nothing else waits for a worker, whoever is free gets a share of those that are left: true when it
+    /// came to this.
+    bool visit(unsigned worker, Desk& desk, Folder& folder, Piece piece)
     {
-        desk.names.clear();
-        buffer.parse(desk.names);
-        desk.children.clear();
-        desk.attributes.resize(desk.names.size());
-        const Attributes wanted = m_visitor->wish(folder).attributes;
-        for (std::size_t i = 0; i < desk.names.size(); ++i) {
-            if (i % entriesBetweenStops == entriesBetweenStops - 1 && isStopped()) {
-                return;
+        piece.names->parse();
+        piece.end = std::min(piece.end, piece.names->parsed.size());
+        do {
+            piece.begin = look(desk, folder, piece);
+            if (isStopped()) {
+                return false;
             }
-            const ListedName& name = desk.names[i];
-            Child child{name.view(), name.type, nullptr, firstIndex + i};
+            m_visitor->visit(folder, desk.children);
+            descend(worker, desk, folder);
+            if (piece.begin < piece.end && m_queues.isEmpty()) {
+                share(worker, desk, folder, std::move(piece));
+                return true;
+            }
+        } while (piece.begin < piece.end);
+        return false;
+    }
+
+    void share(unsigned worker, Desk& desk, Folder& folder, Piece piece)
+    {
+        const std::size_t share =
+            std::max((piece.end - piece.begin) / (2 * std::size_t{m_pool.width()}), leastShare);
+        for (std::size_t begin = piece.begin; begin < piece.end; begin += share) {
+            desk.found.push_back(
+                itemOf(folder, {piece.names, piece.firstIndex, begin, std::min(begin + share, piece.end)}));
+        }
+        std::ranges::reverse(desk.found); // the newest is taken first
+        put(worker, desk.found);
+    }
+
+    /// Makes children of names, until the piece or the time is over. Returns where it got to.
+    std::size_t look(Desk& desk, Folder& folder, const Piece& piece)
+    {
+        const Attributes wanted = m_visitor->wish(folder).attributes;
+        const LookTime time;
+        std::size_t looks = 0;
+        desk.children.clear();
+        desk.attributes.resize(std::max(desk.attributes.size(), piece.end - piece.begin));
+        for (std::size_t i = piece.begin; i < piece.end; ++i) {
+            const std::size_t count = desk.children.size();
+            if (count % entriesBetweenStops == entriesBetweenStops - 1 && isStopped()) {
+                return i;
+            }
+            const ListedName& name = piece.names->parsed[i];
+            Child& child = desk.children.emplace_back(name.view(), name.type, nullptr, piece.firstIndex + i);
             if (needsAttributes(wanted, name.type)) {
                 if (const auto read = fileAttributes(folder.m_descriptor.get(), name.name)) {
-                    desk.attributes[i] = *read;
-                    child.attributes = &desk.attributes[i];
+                    desk.attributes[count] = *read;
+                    child.attributes = &desk.attributes[count];
                     child.type = read->type;
                 }
+                if (++looks % looksBetweenTimes == 0 && time.isOver()) {
+                    return i + 1;
+                }
             }
-            desk.children.push_back(child);
         }
-        m_visitor->visit(folder, desk.children);
-        descend(worker, desk, folder);
+        return piece.end;
     }
 
     static bool needsAttributes(Attributes wanted, EntryType type)
@@ -349,7 +319,7 @@ private:
                 auto record = m_visitor->descendInto(folder, child);
                 record->m_parent = &folder;
                 record->m_name = child.name;
-                desk.found.push_back({record.release(), nullptr, 0});
+                desk.found.push_back({record.release(), {}});
             }
         }
         const auto count = static_cast<std::uint32_t>(desk.found.size());
@@ -357,7 +327,7 @@ private:
         if (folder.m_keepsOpen) {
             folder.m_uses.fetch_add(count);
         } else if (count > 0) {
-            folder.m_serial = desk.lastSerial = m_serials.fetch_add(1) + 1;
+            desk.lastSerial = folder.m_serial;
             desk.lastDescriptor = FileDescriptor{::dup(folder.m_descriptor.get())};
         }
         put(worker, desk.found);
@@ -398,11 +368,10 @@ private:
     std::unique_ptr<Visitor> m_visitor;
     std::stop_token m_stop;
     std::atomic<bool> m_abandoned = false;
-    std::vector<Queue> m_queues;
+    StealingQueues<Item> m_queues;
     std::vector<std::unique_ptr<Desk>> m_desks;
-    std::atomic<std::size_t> m_queued = 0;
     std::atomic<std::size_t> m_rootsPending = 0;
-    std::atomic<std::size_t> m_waitingBuffers = 0;
+    std::atomic<std::size_t> m_waitingPieces = 0;
     std::atomic<int> m_openFolders = 0;
     std::atomic<std::uint64_t> m_serials = 0;
 };

@@ -19,10 +19,10 @@
 namespace tallyroom {
 
 /// The one parallel walk that every search stands on. A folder is one piece of work, and so is every further
-/// buffer of names of a large folder: all workers of the pool share a tree whatever its shape. Folders are
-/// opened relative to their open parent, never through a link; depth, name and path length are unlimited and
-/// nothing recurses on the stack. Open descriptors are bounded. A stop is asked once a folder and every 256
-/// entries.
+/// buffer of names of a large folder, or a part of one where the disk is slow: all workers of the pool share
+/// a tree whatever its shape. Folders are opened relative to their open parent, never through a link; depth,
+/// name and path length are unlimited and nothing recurses on the stack. Open descriptors are bounded. A stop
+/// is asked once a folder and every 256 entries.
 class TreeWalk {
 public:
     /// A folder on its way through the walk. Visitors derive from it to keep what they sum up.
@@ -56,6 +56,9 @@ public:
 
     private:
         friend class TreeWalk;
+
+        /// Opens it by its path below the root, however long that is.
+        [[nodiscard]] SystemResult<FileDescriptor> openFromRoot() const;
 
         Folder* m_parent = nullptr;
         std::string m_name;

@@ -1,10 +1,13 @@
+#include "Concurrency/Thread.h"
 #include "FileSystem/PrunedFolders.h"
 #include "Scanning/BoundedTopHeap.h"
 #include "Scanning/FileScanner.h"
 #include "Scanning/Sizing.h"
 
+#include <algorithm>
 #include <chrono>
-#include <limits>
+#include <condition_variable>
+#include <mutex>
 
 namespace tallyroom {
 
@@ -41,7 +44,9 @@ public:
             m_heap.offer(folder.url(), candidates);
         }
         addChecked(m_seen, files);
-        visited();
+        if (files > 0 && !m_hasSeen.load(std::memory_order_relaxed) && !m_hasSeen.exchange(true)) {
+            sawFirst();
+        }
     }
 
     std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
@@ -51,8 +56,8 @@ public:
     }
 
 protected:
-    /// Some more files have been seen. Any worker.
-    virtual void visited() {}
+    /// The first files have been seen. One worker.
+    virtual void sawFirst() {}
 
     [[nodiscard]] EntryList ranking() const { return m_heap.sortedSnapshot(); }
 
@@ -66,6 +71,7 @@ private:
 
     BoundedTopHeap m_heap;
     std::atomic<std::int64_t> m_seen = 0;
+    std::atomic<bool> m_hasSeen = false;
 };
 
 class WholeRanking final : public LargestFilesVisitor {
@@ -80,12 +86,13 @@ private:
     std::promise<EntryList> m_result;
 };
 
-/// Shows the ranking so far some eight times a second. Whichever worker sees that it is time makes the
-/// record: no thread sleeps for it, and nothing is left to be stopped at the end.
+/// Shows the first files at once, and then the ranking so far some eight times a second, by a clock: a disk
+/// that answers slowly is no reason for silence.
 class StreamedRanking final : public LargestFilesVisitor {
 public:
     StreamedRanking(std::int64_t limit, ProgressSender<ScanProgress> sender)
-        : LargestFilesVisitor(limit), m_sender(std::move(sender))
+        : LargestFilesVisitor(limit), m_sender(std::move(sender)),
+          m_reporter(tryThread([this](const std::stop_token& stop) { keepReporting(stop); }))
     {}
 
     void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
@@ -97,6 +104,7 @@ public:
 
     void finish(bool stopped) override
     {
+        m_reporter = {};
         if (!stopped) {
             report(false);
         }
@@ -104,34 +112,40 @@ public:
     }
 
 protected:
-    void visited() override
-    {
-        const Clock::rep now = Clock::now().time_since_epoch().count();
-        Clock::rep due = m_due.load(std::memory_order_relaxed);
-        if (now < due || !m_due.compare_exchange_strong(due, beingMade)) {
-            return;
-        }
-        report(true);
-        const Clock::rep end = Clock::now().time_since_epoch().count();
-        // A very long ranking must not spend the scan on copies of itself.
-        m_due = end + std::max(Clock::duration{interval}.count(), (end - now) * 9);
-    }
+    void sawFirst() override { report(true); }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
-    static constexpr std::chrono::milliseconds interval{120};
-    static constexpr Clock::rep beingMade = std::numeric_limits<Clock::rep>::max();
+    void keepReporting(const std::stop_token& stop)
+    {
+        using Clock = std::chrono::steady_clock;
+        constexpr std::chrono::milliseconds interval{120};
+        const std::stop_token cancelled = m_sender->stopToken();
+        std::mutex mutex;
+        std::unique_lock lock{mutex};
+        std::condition_variable_any stopped;
+        Clock::duration pause = interval;
+        while (!stopped.wait_for(lock, stop, pause, [&stop] { return stop.stop_requested(); }) &&
+               !cancelled.stop_requested()) {
+            const Clock::time_point start = Clock::now();
+            report(true);
+            // A very long ranking must not spend the scan on copies of itself.
+            pause = std::max<Clock::duration>(interval, (Clock::now() - start) * 9);
+        }
+    }
 
     void report(bool isDiscovering)
     {
+        StreamWake wake; // outlives the lock
+        const std::scoped_lock lock{m_order};
         const std::int64_t files = seen();
-        m_sender->send({ranking(), files, files, isDiscovering, m_unread});
+        auto unread = isDiscovering ? std::nullopt : m_unread; // known when the walk has ended
+        wake = m_sender->enqueue({{ranking(), files, files, isDiscovering, unread}});
     }
 
+    std::mutex m_order; ///< of records: counts never go back
     std::optional<ProgressSender<ScanProgress>> m_sender;
     std::optional<SystemError> m_unread;
-    std::atomic<Clock::rep> m_due = std::numeric_limits<Clock::rep>::min(); ///< when the next record is due
+    std::jthread m_reporter; // last: it uses the others
 };
 
 void startRanking(const FileUrl& folder, std::unique_ptr<LargestFilesVisitor> visitor, std::stop_token stop)
