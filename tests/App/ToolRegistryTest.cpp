@@ -1,5 +1,3 @@
-#include "Shell/ToolRegistry.h"
-
 #include "App/EventWait.h"
 #include "Components/Spinner.h"
 #include "Components/Theme.h"
@@ -17,33 +15,6 @@
 namespace tallyroom {
 
 namespace {
-
-TEST(ToolRegistry, ToolsStandInTheGivenOrderUnderTheirNames)
-{
-    struct Place {
-        QString id;
-        QString name;
-        std::string icon;
-    };
-
-    const std::vector<Place> places{
-        {QStringLiteral("dashboard"), QStringLiteral("Tableau de bord"), "chart.pie"},
-        {QStringLiteral("disk-usage"), QStringLiteral("Espace disque"), "internaldrive"},
-        {QStringLiteral("node-modules"), QStringLiteral("node_modules"), "shippingbox"},
-        {QStringLiteral("large-files"), QStringLiteral("Gros fichiers"), "doc.text.magnifyingglass"},
-        {QStringLiteral("duplicates"), QStringLiteral("Doublons"), "doc.on.doc"},
-        {QStringLiteral("build-caches"), QStringLiteral("Caches de build"), "hammer"},
-        {QStringLiteral("git-repos"), QStringLiteral("Dépôts Git"), "arrow.triangle.branch"},
-    };
-    // Tools join one by one; those that are there keep the order.
-    auto place = places.begin();
-    for (const ToolDescriptor& tool : ToolRegistry::all()) {
-        place = std::ranges::find(place, places.end(), tool.id, &Place::id);
-        ASSERT_NE(place, places.end()) << tool.id.toStdString();
-        EXPECT_EQ(tool.name, place->name);
-        EXPECT_EQ(tool.icon, place->icon);
-    }
-}
 
 TEST(ContentView, StartsOnTheFirstToolAndShowsAPlaceholderWithoutOne)
 {
