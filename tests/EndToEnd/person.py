@@ -1,0 +1,156 @@
+"""What the end-to-end tests share: a person before the window, with eyes, a mouse and a keyboard.
+
+The window is read as a screen reader reads it. Runs below own-session.
+"""
+
+import os
+import re
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402  the version comes first
+
+LIMIT_SECONDS = 30
+SESSION = Path(os.environ["TALLYROOM_SESSION"])
+HOME = Path(os.environ["HOME"])
+TRASH = Path(os.environ["XDG_DATA_HOME"]) / "Trash"
+
+# AT-SPI 2.56 calls it by another name.
+ROLES = {"push button": "button"}
+
+
+def contents(folder):
+    """Everything below a folder, by relative path, with what tells one file from another."""
+    found = {}
+    for path in sorted(folder.rglob("*")):
+        stat = path.lstat()
+        content = os.readlink(path) if path.is_symlink() else path.read_bytes() if path.is_file() else None
+        found[str(path.relative_to(folder))] = (stat.st_mode, stat.st_ino, stat.st_mtime_ns, content)
+    return found
+
+
+def expect_equal(what, actual, wanted):
+    if actual != wanted:
+        differing = sorted(key for key in actual.keys() | wanted.keys() if actual.get(key) != wanted.get(key))
+        sys.exit(f"{what}: {differing} differ")
+
+
+class Item:
+    """Something that is to be seen now."""
+
+    def __init__(self, accessible, states):
+        self.accessible, self.states = accessible, states
+        role = accessible.get_role_name()
+        self.role = ROLES.get(role, role)
+        self.name = accessible.get_name() or ""
+
+    def middle(self):
+        box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
+        return box.x + box.width // 2, box.y + box.height // 2
+
+
+class Window:
+    """The program, its keys, its mouse, and what it tells assistive technology."""
+
+    def __init__(self, program, *arguments):
+        self.process = subprocess.Popen([program, *map(str, arguments)])
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.process.kill()
+
+    def wait(self, what, condition):
+        limit = time.monotonic() + LIMIT_SECONDS
+        while not (result := condition()):
+            if self.process.poll() is not None:
+                sys.exit(f"The program has ended with {self.process.returncode}, waiting for: {what}")
+            if time.monotonic() > limit:
+                sys.exit(f"Did not happen: {what}. Shown, * has the keyboard: "
+                         f"{[item.name + '*' * ('focused' in item.states) for item in self.shown() if item.name]}")
+            time.sleep(0.02)
+        return result
+
+    def wait_until_open(self):
+        """Until the window has come and has the keyboard."""
+        self.wait("the window is open and active", lambda: any(
+            item.name == "Tallyroom" and "active" in item.states for item in self.shown()))
+
+    @staticmethod
+    def press(*keys):
+        subprocess.run(["xdotool", "key", *keys], check=True)
+
+    @staticmethod
+    def type(text):
+        subprocess.run(["xdotool", "type", "--delay", "20", text], check=True)
+
+    @staticmethod
+    def shown():
+        """All that is to be seen now, what lies in front first."""
+        desktop = Atspi.get_desktop(0)
+        desktop.clear_cache()
+        found = []
+        waiting = [(desktop.get_child_at_index(i), False) for i in range(desktop.get_child_count())]
+        while waiting:
+            accessible, is_in_focus = waiting.pop()
+            try:
+                states = {state.value_nick for state in accessible.get_state_set().get_states()}
+                if "showing" not in states:
+                    continue  # with all that lies in it, though the rows of a hidden list claim to be shown
+                item = Item(accessible, states)
+                if item.role in ("list item", "table cell") and not is_in_focus:
+                    states.discard("focused")  # the current row of a list that has not the keyboard claims it too
+                found.append(item)
+                waiting += [(accessible.get_child_at_index(i), "focused" in states)
+                            for i in range(accessible.get_child_count())]
+            except (AttributeError, GLib.Error):
+                pass  # gone since its parent was asked
+        return found
+
+    def find(self, role, name, *states):
+        """The first thing of a role whose name is this one, or matches it."""
+        def fits(item):
+            return item.role == role and set(states) <= item.states and (
+                name.fullmatch(item.name) if isinstance(name, re.Pattern) else item.name == name)
+        return next(filter(fits, self.shown()), None)
+
+    def click(self, role, name, *states, at=None, times=1):
+        """Clicks on a thing once it is there and no longer moves."""
+        place = None
+
+        def rests():
+            nonlocal place
+            before, item = place, self.find(role, name, "enabled", *states)
+            place = item and item.middle()
+            return place is not None and place == before
+        self.wait(f"“{name}” can be clicked", rests)
+        x, y = place if at is None else at(place)
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "--repeat", str(times), "1"], check=True)
+
+    def find_text(self, text):
+        """Something in whose name the text is a word."""
+        return next((item for item in self.shown() if re.search(rf"\b{re.escape(text)}\b", item.name)), None)
+
+    def focus(self):
+        """Role and name of what has the keyboard: of a list the current row, where it has one."""
+        focused = [(item.role, item.name) for item in self.shown() if "focused" in item.states and item.name]
+        return next((what for what in focused if what[0] in ("list item", "table cell")), (*focused, ("", ""))[0])
+
+    def has_row(self, name, state=""):
+        """Whether a list has a row that begins with a name, and ends with a state: ", coché"."""
+        return any(item.role == "table cell" and item.name.startswith(name + ", ") and item.name.endswith(state)
+                   for item in self.shown())
+
+    def has_button(self, name, *states):
+        return self.find("button", name, *states) is not None
+
+    def leave(self):
+        self.press("ctrl+q")
+        if (code := self.process.wait(LIMIT_SECONDS)) != 0:
+            sys.exit(f"The program left with {code}")
