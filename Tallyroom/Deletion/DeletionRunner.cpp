@@ -72,10 +72,11 @@ std::optional<RemovalProgress> DeletionRunner::progress() const
     return m_batch ? std::optional{m_batch->progress} : std::nullopt;
 }
 
-bool DeletionRunner::remove(std::vector<Entry> entries, bool permanently, Listener listener, Refusal refusal)
+bool DeletionRunner::remove(std::vector<Entry> entries, bool permanently, Listener listener,
+                            FileRemover::Screening screening)
 {
     const auto shared = std::make_shared<const std::vector<Entry>>(std::move(entries));
-    return start(shared, {.completed = 0, .total = shared->size()}, std::move(listener), std::move(refusal),
+    return start(shared, {.completed = 0, .total = shared->size()}, std::move(listener), std::move(screening),
                  [shared, permanently, remove = m_operations.remove](const BatchOptions& options) {
                      return remove(*shared, permanently, options);
                  });
@@ -90,8 +91,8 @@ bool DeletionRunner::restore(UndoableDeletion deletion, Listener listener)
                      const BatchOptions& options) { return restore(trashed, options); });
 }
 
-bool DeletionRunner::start(Entries entries, RemovalProgress progress, Listener listener, Refusal refusal,
-                           Work work)
+bool DeletionRunner::start(Entries entries, RemovalProgress progress, Listener listener,
+                           FileRemover::Screening screening, Work work)
 {
     if (m_batch) {
         return false;
@@ -104,7 +105,7 @@ bool DeletionRunner::start(Entries entries, RemovalProgress progress, Listener l
     auto telling = std::make_shared<ProgressSender<News>>(std::move(sender));
     BatchOptions options;
     options.stop = batch.stop.get_token();
-    options.refusal = std::move(refusal);
+    options.screening = std::move(screening);
     options.progress = [telling](std::size_t completed, std::size_t) { telling->send({completed, {}}); };
     std::packaged_task<void()> task{[entries, options = std::move(options), work = std::move(work),
                                      telling = std::move(telling)]() mutable {

@@ -71,9 +71,6 @@ public:
         std::function<void(const RemovalOutcome&)> finished;
     };
 
-    /// Says right before an item goes why it must stay; called on the runner's thread.
-    using Refusal = std::function<std::optional<std::string>(const Entry& entry)>;
-
     explicit DeletionRunner(RemovalOperations operations = RemovalOperations::real());
     ~DeletionRunner() override;
 
@@ -84,7 +81,7 @@ public:
 
     /// Starts removing `entries`; false when another batch runs, and nothing is done then.
     [[nodiscard]] bool remove(std::vector<Entry> entries, bool permanently, Listener listener,
-                              Refusal refusal = {});
+                              FileRemover::Screening screening = {});
 
     /// Starts putting back what was deleted; false when another batch runs, and nothing is done then.
     [[nodiscard]] bool restore(UndoableDeletion deletion, Listener listener);
@@ -118,7 +115,8 @@ private:
         std::unique_ptr<StreamPump<News>> pump{};
     };
 
-    bool start(Entries entries, RemovalProgress progress, Listener listener, Refusal refusal, Work work);
+    bool start(Entries entries, RemovalProgress progress, Listener listener, FileRemover::Screening screening,
+               Work work);
     void receive(News news);
     void showProgress();
     void finish();

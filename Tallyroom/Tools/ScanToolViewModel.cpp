@@ -153,7 +153,7 @@ void ScanToolViewModel::deleteEntries(const std::vector<Entry>& entries, bool pe
             m_removedFrom = folder;
         }
     };
-    beginRemoval(m_deletions.remove(entries, permanently, listener(finished), std::move(plan.refusal)),
+    beginRemoval(m_deletions.remove(entries, permanently, listener(finished), std::move(plan.screening)),
                  {.completed = 0, .total = entries.size()});
 }
 

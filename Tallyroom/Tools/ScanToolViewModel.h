@@ -132,7 +132,7 @@ Q_SIGNALS:
 protected:
     /// What a tool adds to a deletion when it begins.
     struct RemovalPlan {
-        DeletionRunner::Refusal refusal; ///< asked right before each item
+        FileRemover::Screening screening; ///< looks at each item right before it goes
         /// The bytes that come free when `done` has been removed.
         std::function<std::int64_t(const std::vector<Entry>& done)> freed = totalSize;
     };

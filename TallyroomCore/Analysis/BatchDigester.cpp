@@ -9,6 +9,9 @@ namespace tallyroom {
 
 namespace {
 
+/// How often a file is read that changes meanwhile: new rights or another link leave the content as it is.
+constexpr int mostReadings = 4;
+
 bool areEqual(std::span<const std::byte> left, std::span<const std::byte> right)
 {
     return std::memcmp(left.data(), right.data(), left.size()) == 0;
@@ -44,13 +47,28 @@ BatchDigester::Digests BatchDigester::digest(std::size_t count, FileSpan span, c
     std::vector<OpenFile> files;
     for (std::size_t index = 0; index < count; ++index) {
         if (auto file = open(index)) {
-            files.push_back({index, std::move(*file)});
+            files.push_back({index, std::move(*file), 1});
         }
     }
     while (!files.empty() && !stop.stop_requested()) {
-        files = digestAlike(std::move(files), span, stop, readBytes, digests);
+        files = digestAlike(std::move(files), span, open, stop, readBytes, digests);
     }
     return digests;
+}
+
+/// Reads a span that fits into `bytes`; once more when the file's state was another one afterwards.
+bool BatchDigester::readShort(std::size_t index, FileSpan span, const Open& open, std::span<std::byte> bytes)
+{
+    for (int readings = 0; readings < mostReadings; ++readings) {
+        const auto file = open(index);
+        if (!file || !readFully(file->descriptor(), bytes, span.offset)) {
+            return false;
+        }
+        if (file->isUnchanged()) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// One file after the other, each compared with those before it.
@@ -59,9 +77,8 @@ void BatchDigester::digestShort(FileSpan span, const Open& open, const std::stop
 {
     std::vector<std::size_t> distinct; // the n-th lies in the n-th buffer
     for (std::size_t index = 0; index < digests.size() && !stop.stop_requested(); ++index) {
-        const auto file = open(index);
         const auto bytes = buffer(distinct.size(), span.length);
-        if (!file || !readFully(file->descriptor(), bytes, span.offset) || !file->isUnchanged()) {
+        if (!readShort(index, span, open, bytes)) {
             continue;
         }
         readBytes.fetch_add(span.length, std::memory_order_relaxed);
@@ -79,13 +96,13 @@ void BatchDigester::digestShort(FileSpan span, const Open& open, const std::stop
 }
 
 /// Reads all files in step and digests one of them; those that prove equal share its digest. Returns those
-/// that differ from it.
+/// that differ from it, and those that changed meanwhile, opened again.
 std::vector<BatchDigester::OpenFile> BatchDigester::digestAlike(std::vector<OpenFile> files, FileSpan span,
-                                                                const std::stop_token& stop,
+                                                                const Open& open, const std::stop_token& stop,
                                                                 std::atomic<std::int64_t>& readBytes,
                                                                 Digests& digests)
 {
-    const OpenFile model = std::move(files.back());
+    OpenFile model = std::move(files.back());
     files.pop_back();
     std::vector<OpenFile> different;
     const std::int64_t end = span.offset + span.length;
@@ -108,13 +125,14 @@ std::vector<BatchDigester::OpenFile> BatchDigester::digestAlike(std::vector<Open
         m_digester.add(bytes);
     }
     const Digest digest = m_digester.end();
-    const auto share = [&](const OpenFile& file) {
+    files.push_back(std::move(model));
+    for (OpenFile& file : files) {
         if (file.file.isUnchanged()) {
             digests[file.index] = digest;
+        } else if (auto again = file.readings < mostReadings ? open(file.index) : std::nullopt) {
+            different.push_back({file.index, std::move(*again), file.readings + 1});
         }
-    };
-    share(model);
-    std::ranges::for_each(files, share);
+    }
     return different;
 }
 

@@ -32,8 +32,8 @@ public:
     using Open = std::function<std::optional<StableFile>(std::size_t)>;
 
     /// The digests of the same span of `count` files. One is absent when its file cannot be opened or read,
-    /// ends before the span does, or changed meanwhile; after a stop all may be. Adds what it has read to
-    /// `readBytes`.
+    /// ends before the span does, or changes however often it is opened and read again; after a stop all may
+    /// be. Adds what it has read to `readBytes`.
     [[nodiscard]] Digests digest(std::size_t count, FileSpan span, const Open& open,
                                  const std::stop_token& stop, std::atomic<std::int64_t>& readBytes);
 
@@ -41,12 +41,15 @@ private:
     struct OpenFile {
         std::size_t index = 0;
         StableFile file;
+        int readings = 1;
     };
 
+    bool readShort(std::size_t index, FileSpan span, const Open& open, std::span<std::byte> bytes);
     void digestShort(FileSpan span, const Open& open, const std::stop_token& stop,
                      std::atomic<std::int64_t>& readBytes, Digests& digests);
-    std::vector<OpenFile> digestAlike(std::vector<OpenFile> files, FileSpan span, const std::stop_token& stop,
-                                      std::atomic<std::int64_t>& readBytes, Digests& digests);
+    std::vector<OpenFile> digestAlike(std::vector<OpenFile> files, FileSpan span, const Open& open,
+                                      const std::stop_token& stop, std::atomic<std::int64_t>& readBytes,
+                                      Digests& digests);
     std::span<std::byte> buffer(std::size_t number, std::int64_t length);
 
     Digester m_digester;

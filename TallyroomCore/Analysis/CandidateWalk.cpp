@@ -30,6 +30,9 @@ public:
     void enter(SearchedFolder& folder, std::vector<Met> met, std::int64_t filesAfter)
     {
         const std::scoped_lock lock{m_mutex};
+        if (m_root == nullptr) {
+            m_root = &folder.scanRoot();
+        }
         for (Met& file : met) {
             if (!visit(file.files)) {
                 return;
@@ -75,7 +78,7 @@ public:
             told = next;
         }
         std::vector<Candidate> repeated = m_buckets.takeRepeated();
-        return {std::move(repeated), m_buckets.folders(), m_visited, m_truncated, m_unread};
+        return {std::move(repeated), m_buckets.folders(), m_visited, m_truncated, m_root, m_unread};
     }
 
 private:
@@ -111,6 +114,7 @@ private:
     std::int64_t m_visited = 0;          // guarded by m_mutex
     bool m_truncated = false;            // guarded by m_mutex
     bool m_isFinished = false;           // guarded by m_mutex
+    const ScanRoot* m_root = nullptr;    // guarded by m_mutex
     std::optional<SystemError> m_unread; // guarded by m_mutex
 };
 

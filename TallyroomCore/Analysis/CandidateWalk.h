@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Analysis/SizeBuckets.h"
+#include "FileSystem/ScanRoots.h"
 #include "FileSystem/SystemError.h"
 
 #include <cstdint>
@@ -24,6 +25,7 @@ struct Findings {
     FolderNames folders;
     std::int64_t visited = 0;
     bool truncated = false;
+    const ScanRoot* root = nullptr;    ///< of the walk; none without candidates
     std::optional<SystemError> unread; ///< why the folder itself cannot be read
 };
 

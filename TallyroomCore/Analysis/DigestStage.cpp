@@ -1,17 +1,39 @@
 #include "Analysis/DigestStage.h"
 
-#include "Analysis/BatchDigester.h"
+#include "FileSystem/Digest.h"
 #include "Model/Entry.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
+#include <cstddef>
+#include <span>
+#include <vector>
 
 namespace tallyroom {
 
 namespace {
 
+/// How much is read at once, and lies between two looks at a stop.
+constexpr std::int64_t chunkLength = 1024L * 1024;
+
 constexpr std::array stages{DigestStage::head, DigestStage::tail, DigestStage::whole};
+
+std::optional<Digest> digestOf(const StableFile& file, FileSpan span, Digester& digester,
+                               const std::stop_token& stop)
+{
+    std::vector<std::byte> buffer(static_cast<std::size_t>(std::min(span.length, chunkLength)));
+    const std::int64_t end = span.offset + span.length;
+    digester.begin();
+    for (std::int64_t offset = span.offset; offset < end; offset += chunkLength) {
+        const auto length = static_cast<std::size_t>(std::min(end - offset, chunkLength));
+        const auto bytes = std::span{buffer}.first(length);
+        if (stop.stop_requested() || !readFully(file.descriptor(), bytes, offset)) {
+            return std::nullopt;
+        }
+        digester.add(bytes);
+    }
+    return digester.end();
+}
 
 } // namespace
 
@@ -68,24 +90,29 @@ std::string_view DigestStages::idPrefix(DigestStage stage)
     return {};
 }
 
-std::optional<std::string> DigestStages::contentId(const FileUrl& url, const FileIdentity& identity,
-                                                   std::int64_t size, const std::stop_token& stop)
+std::optional<std::string> DigestStages::contentKey(const StableFile& file, DigestStage last,
+                                                    const std::stop_token& stop)
 {
-    const auto open = [&](std::size_t) { return StableFile::open(url, identity, size); };
-    BatchDigester digester;
-    std::atomic<std::int64_t> readBytes = 0;
-    std::string key = std::to_string(size);
+    Digester digester;
+    std::string key = std::to_string(file.size());
     for (const DigestStage stage : stages) {
-        const auto digests = digester.digest(1, spanOf(stage, size), open, stop, readBytes);
-        if (!digests.front()) {
-            break;
-        }
-        key.append("|").append(digests.front()->text());
-        if (isSettled(stage, size)) {
-            return std::string{idPrefix(stage)} + key;
+        if (stage <= last) {
+            const auto digest = digestOf(file, spanOf(stage, file.size()), digester, stop);
+            if (!digest) {
+                return std::nullopt;
+            }
+            key.append("|").append(digest->text());
         }
     }
-    return std::nullopt;
+    return key;
+}
+
+std::optional<std::string> DigestStages::contentId(const StableFile& file, const std::stop_token& stop)
+{
+    const DigestStage last =
+        *std::ranges::find_if(stages, [&file](DigestStage stage) { return isSettled(stage, file.size()); });
+    const auto key = contentKey(file, last, stop);
+    return key ? std::optional{std::string{idPrefix(last)} + *key} : std::nullopt;
 }
 
 } // namespace tallyroom

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Analysis/DuplicateGroup.h"
-#include "Model/FileUrl.h"
+#include "Analysis/StableFile.h"
 
 #include <cstdint>
 #include <optional>
@@ -37,10 +36,14 @@ inline constexpr std::int64_t spanLength = 64L * 1024;
 /// What the id of a group begins with that this stage has settled.
 [[nodiscard]] std::string_view idPrefix(DigestStage stage);
 
-/// Reads one file again: the id of the group that it belongs to (see `DuplicateGroup::id`). Nothing when it
-/// cannot be read, is not in the state that `identity` tells, or `stop` comes. `size` is not 0.
-[[nodiscard]] std::optional<std::string> contentId(const FileUrl& url, const FileIdentity& identity,
-                                                   std::int64_t size, const std::stop_token& stop);
+/// The digests of an open file from the first stage to `last`, as text behind its size: "4096|0f…". Nothing
+/// when it cannot be read, or `stop` comes. The file is not empty.
+[[nodiscard]] std::optional<std::string> contentKey(const StableFile& file, DigestStage last,
+                                                    const std::stop_token& stop);
+
+/// Reads a whole open file: the id of the group that it belongs to (see `DuplicateGroup::id`). Nothing in the
+/// same cases.
+[[nodiscard]] std::optional<std::string> contentId(const StableFile& file, const std::stop_token& stop);
 
 } // namespace DigestStages
 

@@ -24,6 +24,8 @@ using Stage = DigestStage;
 struct Content {
     std::uint32_t firstPath = 0; ///< among the candidates
     std::uint32_t paths = 0;
+    FileIdentity identity; ///< as it was when it was read last
+    ItemIdentity item{};   ///< likewise
 };
 
 /// Files that no stage has told apart yet.
@@ -93,7 +95,7 @@ private:
         for (std::uint32_t i = 0; i < candidates.size(); ++i) {
             if (m_contents.empty() || candidates[i].size != candidates[i - 1].size ||
                 candidates[i].identity != candidates[i - 1].identity) {
-                m_contents.push_back({i, 0});
+                m_contents.push_back({i, 0, candidates[i].identity, {}});
             }
             ++m_contents.back().paths;
         }
@@ -161,7 +163,10 @@ private:
             return;
         }
         if (isSettled(stage, alike.size)) {
-            m_groups.push_back(makeGroup(std::string{idPrefix(stage)} + alike.key, alike));
+            DuplicateGroup group = makeGroup(std::string{idPrefix(stage)} + alike.key, alike);
+            if (group.entries.size() > 1) {
+                m_groups.push_back(std::move(group));
+            }
         } else {
             left.push_back(std::move(alike));
         }
@@ -189,8 +194,11 @@ private:
                 if (digester == nullptr) {
                     digester = std::make_unique<BatchDigester>();
                 }
-                const auto open = [&](std::size_t index) { return this->open(batch.contents[index]); };
-                const FileSpan span = spanOf(stage, suspects[batch.suspects].size);
+                const Suspects& set = suspects[batch.suspects];
+                const auto open = [&](std::size_t index) {
+                    return this->open(m_contents[batch.contents[index]], set, stage);
+                };
+                const FileSpan span = spanOf(stage, set.size);
                 return digester->digest(batch.contents.size(), span, open, m_stop, readBytes);
             },
             options);
@@ -262,21 +270,46 @@ private:
         return most;
     }
 
-    /// Opens a file by the first of its paths that still leads to it.
-    std::optional<StableFile> open(std::uint32_t content) const
+    /// Opens a file by the first of its paths that still leads to it. What was read of it before is read
+    /// again when its state has changed since: only with the same bytes there is it still one of the set.
+    std::optional<StableFile> open(Content& content, const Suspects& set, Stage stage) const
     {
-        const Content& file = m_contents[content];
-        const Candidate& known = candidate(content);
-        for (std::uint32_t path = 0; path < file.paths; ++path) {
-            const Candidate& way = m_findings.candidates[file.firstPath + path];
-            const FileUrl url{m_findings.folders.path(way.folder, way.name)};
-            if (auto opened = StableFile::open(url, known.identity, known.size)) {
-                return opened;
+        for (std::uint32_t path = 0; path < content.paths; ++path) {
+            const Candidate& way = m_findings.candidates[content.firstPath + path];
+            auto file = StableFile::open(urlOf(way), set.size, way.identity.modifiedAt);
+            if (!file) {
+                continue;
             }
+            if (file->identity() != content.identity && !hasKeyOf(set, *file, stage)) {
+                return std::nullopt;
+            }
+            content.identity = file->identity();
+            content.item = m_findings.root->identify(file->attributes());
+            return std::move(*file);
         }
         return std::nullopt;
     }
 
+    bool hasKeyOf(const Suspects& set, const StableFile& file, Stage stage) const
+    {
+        switch (stage) {
+        case Stage::head:
+            return true;
+        case Stage::tail:
+            return contentKey(file, Stage::head, m_stop) == set.key;
+        case Stage::whole:
+            return contentKey(file, Stage::tail, m_stop) == set.key;
+        }
+        return false;
+    }
+
+    FileUrl urlOf(const Candidate& way) const
+    {
+        return FileUrl{m_findings.folders.path(way.folder, way.name)};
+    }
+
+    /// The paths that lead to the files of a set. Of several ways to one file, those that are gone are left
+    /// out.
     DuplicateGroup makeGroup(std::string id, const Suspects& alike)
     {
         struct Copy {
@@ -285,12 +318,14 @@ private:
         };
 
         std::vector<Copy> copies;
-        for (const std::uint32_t content : alike.contents) {
-            const Content& file = m_contents[content];
-            for (std::uint32_t path = 0; path < file.paths; ++path) {
-                const Candidate& way = m_findings.candidates[file.firstPath + path];
-                FileUrl url{m_findings.folders.path(way.folder, way.name)};
-                copies.push_back({{std::move(url), way.name, way.size, false, {}}, way.identity});
+        for (const std::uint32_t number : alike.contents) {
+            const Content& content = m_contents[number];
+            for (std::uint32_t path = 0; path < content.paths; ++path) {
+                const Candidate& way = m_findings.candidates[content.firstPath + path];
+                Entry entry{urlOf(way), way.name, way.size, false, {}, content.item};
+                if (content.paths == 1 || leadsTo(entry.url, content.identity)) {
+                    copies.push_back({std::move(entry), content.identity});
+                }
             }
         }
         std::ranges::sort(copies, {}, [](const Copy& copy) -> const FileUrl& { return copy.entry.url; });
@@ -304,10 +339,16 @@ private:
         return group;
     }
 
+    static bool leadsTo(const FileUrl& url, const FileIdentity& file)
+    {
+        const auto now = fileAttributes(url);
+        return now && FileIdentity::of(*now).isSameFile(file);
+    }
+
     CandidateWalk::Findings m_findings;
     std::stop_token m_stop;
     const std::function<void(Progress)>& m_onProgress;
-    std::vector<Content> m_contents; // in the order of the disk
+    std::vector<Content> m_contents; // in the order of the disk; a worker writes those of its batch
     std::vector<DuplicateGroup> m_groups;
     TrashFolders::Lookup m_trash;
     Progress m_progress;

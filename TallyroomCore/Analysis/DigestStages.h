@@ -23,9 +23,10 @@ struct Progress {
 };
 
 /// The sets of files with identical content, largest waste first, equal waste by the first path. A file that
-/// cannot be read, or is not what the walk met any more, is in none. `onProgress` is called on the caller's
-/// thread, at the beginning of each stage and about every 100 ms. The caller waits, so it must not be one of
-/// the process's pool workers. After a stop the result is empty. At most one open file a worker.
+/// cannot be read, or has another size or modification time than the walk met, is in none. `onProgress` is
+/// called on the caller's thread, at the beginning of each stage and about every 100 ms. The caller waits, so
+/// it must not be one of the process's pool workers. After a stop the result is empty. At most one open file
+/// a worker.
 [[nodiscard]] std::vector<DuplicateGroup> run(CandidateWalk::Findings findings, const std::stop_token& stop,
                                               const std::function<void(Progress)>& onProgress);
 

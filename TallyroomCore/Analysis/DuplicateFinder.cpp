@@ -3,68 +3,94 @@
 #include "Analysis/CandidateWalk.h"
 #include "Analysis/DigestStages.h"
 #include "Concurrency/Locked.h"
+#include "Concurrency/Thread.h"
 #include "Concurrency/WorkerPool.h"
 
-#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace tallyroom::DuplicateFinder {
 
 namespace {
 
-/// Searches that run at the same time; a further one waits for its turn.
-constexpr unsigned searchesAtOnce = 4;
+/// How long the program's end waits for searches that hang in the kernel, on a dead network mount for one.
+constexpr std::chrono::seconds patience{2};
 
-/// The threads that conduct searches. They wait for the pool's workers, so they are not among them, and they
-/// end before the pool does.
-WorkerPool& conductors()
-{
-    static_cast<void>(WorkerPool::shared());
-    static WorkerPool pool{searchesAtOnce};
-    return pool;
-}
-
-/// One search in the background, as a job of a single piece.
-class SearchJob final : public WorkerPool::Job {
+/// The searches that run. Each is conducted by a thread of its own, which waits for the pool's workers and is
+/// none of them: a search never waits for another one, however long that takes to end.
+class Conductors {
 public:
     using Search = std::function<void(const std::stop_token&)>;
 
-    /// Runs `search` until it ends, `cancelled` comes, or the program leaves.
-    SearchJob(const std::stop_token& cancelled, Search search)
-        : m_passOn(cancelled, Stop{m_stop}), m_search(std::move(search))
-    {}
-
-    bool work(unsigned /*worker*/) override
+    static Conductors& shared()
     {
-        if (m_isTaken.exchange(true)) {
-            return false;
-        }
-        m_search(m_stop.get_token());
-        m_search = nullptr; // the stream ends here, whoever still holds the job
-        conductors().remove(*this);
-        return true;
+        static_cast<void>(WorkerPool::shared()); // they end before it does
+        static Conductors conductors;
+        return conductors;
     }
 
-    void abandon() noexcept override { m_stop.request_stop(); }
+    Conductors() = default;
+    Conductors(const Conductors&) = delete;
+    Conductors& operator=(const Conductors&) = delete;
+
+    ~Conductors()
+    {
+        m_state->leaving.request_stop();
+        std::unique_lock lock{m_state->mutex};
+        m_state->ended.wait_for(lock, patience, [this] { return m_state->running == 0; });
+    }
+
+    /// Runs `search` until it ends, `cancelled` comes, or the program leaves.
+    void start(const std::stop_token& cancelled, Search search)
+    {
+        {
+            const std::scoped_lock lock{m_state->mutex};
+            ++m_state->running;
+        }
+        std::jthread thread =
+            runOnThread([state = m_state, cancelled, search = std::move(search)](const auto&) mutable {
+                conduct(state->leaving.get_token(), cancelled, search);
+                search = nullptr; // the stream ends here
+                const std::scoped_lock lock{state->mutex};
+                --state->running;
+                state->ended.notify_all();
+            });
+        if (thread.joinable()) {
+            thread.detach();
+        }
+    }
 
 private:
-    struct Stop {
-        std::stop_source source;
-
-        void operator()() { source.request_stop(); }
+    /// Shared with the threads, which may outlive a program's end that cannot wait.
+    struct State {
+        std::stop_source leaving;
+        std::mutex mutex;
+        std::condition_variable ended;
+        std::size_t running = 0; // guarded by mutex
     };
 
-    std::stop_source m_stop;
-    std::stop_callback<Stop> m_passOn;
-    std::atomic<bool> m_isTaken = false;
-    Search m_search;
+    static void conduct(const std::stop_token& leaving, const std::stop_token& cancelled,
+                        const Search& search)
+    {
+        std::stop_source stop;
+        const auto request = [&stop] { stop.request_stop(); };
+        const std::stop_callback onLeave{leaving, request};
+        const std::stop_callback onCancel{cancelled, request};
+        search(stop.get_token());
+    }
+
+    const std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
-void start(const std::stop_token& cancelled, SearchJob::Search search)
+void start(const std::stop_token& cancelled, Conductors::Search search)
 {
-    conductors().add(std::make_shared<SearchJob>(cancelled, std::move(search)));
+    Conductors::shared().start(cancelled, std::move(search));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "FileSystem/FolderReader.h"
 
+#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <ctime>
@@ -16,14 +17,23 @@ namespace {
 
 constexpr int readingFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-FileDescriptor openForReading(const FileUrl& url)
+SystemResult<FileDescriptor> openForReading(const FileUrl& url)
 {
+    FileDescriptor file;
     if (url.path().size() < PATH_MAX) {
-        return FileDescriptor{::open(url.path().c_str(), readingFlags)};
+        file = FileDescriptor{::open(url.path().c_str(), readingFlags)};
+    } else {
+        const auto folder = openFolder(url.parent(), FolderAccess::throughOnly);
+        if (!folder) {
+            return std::unexpected(folder.error());
+        }
+        const std::string name{url.lastPathComponent()};
+        file = FileDescriptor{::openat(folder->get(), name.c_str(), readingFlags)};
     }
-    const auto folder = openFolder(url.parent(), FolderAccess::throughOnly);
-    const std::string name{url.lastPathComponent()};
-    return folder ? FileDescriptor{::openat(folder->get(), name.c_str(), readingFlags)} : FileDescriptor{};
+    if (!file.isOpen()) {
+        return std::unexpected(SystemError::last());
+    }
+    return file;
 }
 
 /// The clock that file systems stamp with, which moves in steps of some milliseconds.
@@ -34,41 +44,47 @@ Timestamp tickingClock()
     return Timestamp{std::chrono::seconds{now.tv_sec} + std::chrono::nanoseconds{now.tv_nsec}};
 }
 
-/// Waits until any further change would bear a later time than `changedAt`. A time that is far ahead comes
-/// from another machine's clock and is not waited for.
-void outliveTick(Timestamp changedAt)
+/// Waits until any further change would bear a later time than `changedAt`; false when it did not need to. A
+/// time that is far ahead comes from another machine's clock and is not waited for.
+bool outliveTick(Timestamp changedAt)
 {
     constexpr std::chrono::milliseconds longestTick{10};
+    bool hasWaited = false;
     for (Timestamp now = tickingClock(); now <= changedAt && changedAt - now < longestTick;
          now = tickingClock()) {
         std::this_thread::sleep_for(std::chrono::milliseconds{1});
+        hasWaited = true;
     }
+    return hasWaited;
 }
 
 } // namespace
 
-StableFile::StableFile(FileDescriptor descriptor, const FileIdentity& expected, std::int64_t expectedSize)
-    : m_descriptor(std::move(descriptor)), m_expected(expected), m_expectedSize(expectedSize)
+StableFile::StableFile(FileDescriptor descriptor, const FileAttributes& attributes)
+    : m_descriptor(std::move(descriptor)), m_attributes(attributes)
 {}
 
-std::optional<StableFile> StableFile::open(const FileUrl& url, const FileIdentity& expected,
-                                           std::int64_t expectedSize)
+SystemResult<StableFile> StableFile::open(const FileUrl& url, std::int64_t size,
+                                          const std::optional<Timestamp>& modifiedAt)
 {
-    if (expected.changedAt) {
-        outliveTick(*expected.changedAt);
+    auto descriptor = openForReading(url);
+    auto now = descriptor ? fileAttributes(descriptor->get()) : std::unexpected(descriptor.error());
+    if (now && now->changedAt && outliveTick(*now->changedAt)) {
+        now = fileAttributes(descriptor->get());
     }
-    StableFile file{openForReading(url), expected, expectedSize};
-    if (!file.m_descriptor.isOpen() || !file.isUnchanged()) {
-        return std::nullopt;
+    if (!now) {
+        return std::unexpected(now.error());
     }
-    return file;
+    if (!now->isRegular || now->logicalBytes != size || now->modifiedAt != modifiedAt) {
+        return std::unexpected(SystemError{ESTALE});
+    }
+    return StableFile{std::move(*descriptor), *now};
 }
 
 bool StableFile::isUnchanged() const
 {
-    const auto attributes = fileAttributes(m_descriptor.get());
-    return attributes && attributes->isRegular && attributes->logicalBytes == m_expectedSize &&
-           FileIdentity::of(*attributes) == m_expected;
+    const auto now = fileAttributes(m_descriptor.get());
+    return now && now->logicalBytes == size() && FileIdentity::of(*now) == identity();
 }
 
 } // namespace tallyroom

@@ -145,8 +145,12 @@ FileRemover::RemovalResult FileRemover::remove(std::span<const Entry> entries, b
         if (options.stop.stop_requested()) {
             break;
         }
-        if (auto refusal = options.refusal ? options.refusal(entry) : std::nullopt) {
-            result.failures.push_back({entry.url, std::move(*refusal)});
+        auto screened = options.screening ? options.screening(entry, options.stop) : Screened{};
+        if (options.stop.stop_requested()) {
+            break; // what was said may be for want of time
+        }
+        if (screened.refusal) {
+            result.failures.push_back({entry.url, std::move(*screened.refusal)});
         } else {
             record(result, entry.url, batch, permanently);
         }

@@ -3,6 +3,7 @@
 #include "FileSystem/SystemError.h"
 #include "Model/Entry.h"
 #include "Model/FileUrl.h"
+#include "Removal/Screening.h"
 
 #include <cstdint>
 #include <functional>
@@ -79,9 +80,8 @@ struct BatchOptions {
     BatchProgress progress;
     /// Asked before each item: what is not begun then is in neither list of the result.
     std::stop_token stop;
-    /// Asked right before an item goes, on the batch's thread: why it must stay, in words for people. The
-    /// item then counts as failed.
-    std::function<std::optional<std::string>(const Entry& entry)> refusal;
+    /// Looks at each item right before it goes; none lets all of them go.
+    Screening screening;
 };
 
 /// Removes every entry once, in the order given: the item that the scan saw, or nothing.

@@ -4,11 +4,16 @@
 #include "Concurrency/ParallelMap.h"
 #include "Support/TemporaryTree.h"
 
+#include <array>
+#include <chrono>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <numeric>
 #include <stdexcept>
 #include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace tallyroom {
 
@@ -46,7 +51,8 @@ TEST(BatchDigester, SharesDigestsAmongEqualFilesOnly)
             file("short", content.substr(0, static_cast<std::size_t>(span.offset + 100)))};
         const auto open = [&tree](const std::string& name) {
             const auto now = fileAttributes(tree.url(name));
-            return StableFile::open(tree.url(name), FileIdentity::of(*now), now->logicalBytes);
+            auto file = StableFile::open(tree.url(name), now->logicalBytes, now->modifiedAt);
+            return file ? std::optional{std::move(*file)} : std::nullopt;
         };
         BatchDigester digester;
         std::atomic<std::int64_t> readBytes = 0;
@@ -59,18 +65,56 @@ TEST(BatchDigester, SharesDigestsAmongEqualFilesOnly)
                                                                      static_cast<std::size_t>(span.length));
             EXPECT_EQ(digests[i], alone.digest(bytesOf(bytes))) << i;
         }
-        const std::vector<std::string> names{"0", "short", "missing", "0"};
+        const std::vector<std::string> names{"0", "missing", "0", "short"};
         const auto odd = digester.digest(
             4, span,
             [&](std::size_t index) { return names[index] == "missing" ? std::nullopt : open(names[index]); },
             {}, readBytes);
-        EXPECT_THAT(odd, ElementsAre(digests[0], std::nullopt, std::nullopt, digests[0]))
+        EXPECT_THAT(odd, ElementsAre(digests[0], std::nullopt, digests[0], std::nullopt))
             << "a file that ends early has no digest";
         std::stop_source stop;
         stop.request_stop();
         EXPECT_THAT(digester.digest(
                         1, span, [&](std::size_t) { return open("0"); }, stop.get_token(), readBytes),
                     ElementsAre(std::nullopt));
+    }
+}
+
+TEST(BatchDigester, WhatChangesWhileItIsReadIsReadAgain)
+{
+    for (const FileSpan span : {FileSpan{0, 2'500'000}, FileSpan{0, 50'000}}) {
+        const std::string content(2'500'000, 'x');
+        const TemporaryTree tree{file("a", content), file("b", content)};
+        const auto known = fileAttributes(tree.url("b"));
+        int changes = 0;
+        const auto open = [&](std::size_t index) -> std::optional<StableFile> {
+            const FileUrl url = tree.url(index == 0 ? "a" : "b");
+            auto opened = StableFile::open(url, 2'500'000, fileAttributes(url)->modifiedAt);
+            if (index == 1 && changes > 0) { // a byte, and the time put back
+                --changes;
+                const FileDescriptor writing{::open(url.path().c_str(), O_WRONLY | O_CLOEXEC)};
+                const char byte = static_cast<char>('0' + changes % 10);
+                EXPECT_EQ(::pwrite(writing.get(), &byte, 1, 1), 1);
+                const auto time = known->modifiedAt->time_since_epoch();
+                const timespec then{std::chrono::duration_cast<std::chrono::seconds>(time).count(),
+                                    (time % std::chrono::seconds{1}).count()};
+                const std::array times{then, then};
+                EXPECT_EQ(::futimens(writing.get(), times.data()), 0);
+            }
+            return opened ? std::optional{std::move(*opened)} : std::nullopt;
+        };
+        BatchDigester digester;
+        std::atomic<std::int64_t> readBytes = 0;
+        Digester alone;
+        const auto digestOf = [&](char second) {
+            std::string now = content.substr(0, static_cast<std::size_t>(span.length));
+            now[1] = second;
+            return std::optional{alone.digest(bytesOf(now))};
+        };
+        changes = 1;
+        EXPECT_THAT(digester.digest(2, span, open, {}, readBytes), ElementsAre(digestOf('x'), digestOf('0')));
+        changes = 100;
+        EXPECT_THAT(digester.digest(2, span, open, {}, readBytes), ElementsAre(digestOf('x'), std::nullopt));
     }
 }
 

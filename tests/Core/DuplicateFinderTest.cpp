@@ -1,5 +1,6 @@
 #include "Analysis/DuplicateFinder.h"
 
+#include "Analysis/SizeBuckets.h"
 #include "FileSystem/FileAttributes.h"
 #include "Support/AllRecords.h"
 #include "Support/Isolation.h"
@@ -161,6 +162,30 @@ TEST(DuplicateFinder, HardLinksAreCopiesThatFreeNothing)
     EXPECT_EQ(groups[0].freedBytes({true, false, false}), 0); // "b" still leads there
     EXPECT_EQ(groups[0].freedBytes({true, true, false}), 5000);
     EXPECT_EQ(groups[0].freedBytes({true, true, true}), 10'000);
+
+    TemporaryTree many;
+    for (int i = 0; i < 20; ++i) {
+        many.add(i % 2 == 0 ? file("f" + std::to_string(100 + i), "many")
+                            : hardLink("f" + std::to_string(100 + i), "f" + std::to_string(99 + i)));
+    }
+    const auto large = groupsIn(many);
+    ASSERT_THAT(large, SizeIs(1));
+    EXPECT_EQ(large[0].reclaimableBytes(), 9 * 4);
+    std::vector<bool> gone(20, false);
+    gone[0] = gone[1] = gone[2] = true;
+    EXPECT_EQ(large[0].freedBytes(gone), 4);
+}
+
+TEST(DuplicateFinder, EqualBeginningsOfFilesOfDifferentSizesAreNotAlike)
+{
+    const TemporaryTree tree{file("a1", content(2 * span)), file("a2", content(2 * span)),
+                             file("b1", content(2 * span + 1)), file("b2", content(2 * span + 1))};
+    EXPECT_EQ(names(tree, groupsIn(tree)),
+              (std::vector<std::vector<std::string>>{{"b1", "b2"}, {"a1", "a2"}}));
+    FolderNames folders;
+    const auto root = folders.add(FolderNames::none, "/");
+    EXPECT_EQ(folders.path(root, "a"), "/a");
+    EXPECT_EQ(folders.path(folders.add(root, "b"), "c"), "/b/c");
 }
 
 TEST(DuplicateFinder, FilesOfExbibytesDoNotEndTheProcess)
@@ -224,52 +249,90 @@ TEST(DuplicateFinder, TheStreamCountsEveryFourThousandAndEndsWithTheGroups)
     EXPECT_EQ(last.bytesToHash, 2 * (2 * span + 200'000));
     EXPECT_EQ(last.hashedBytes, last.bytesToHash);
     EXPECT_TRUE(std::ranges::is_sorted(records, {}, &DuplicateProgress::hashedBytes));
+    EXPECT_TRUE(std::ranges::all_of(
+        records, [](const DuplicateProgress& record) { return record.hashedBytes <= record.bytesToHash; }));
 }
 
 /// What happens to the file "victim" between two stages, when so many bytes have been digested.
 struct Disturbance {
     const char* what;
-    std::function<void(const std::string& victim)> disturb;
+    bool isHarmless;
+    std::function<void(const TemporaryTree& tree, const std::string& victim)> disturb;
 };
 
-TEST(DuplicateFinder, AFileThatIsNotWhatItWasDropsOutInAnyStage)
+void overwrite(const std::string& path, std::string_view bytes, std::int64_t at)
 {
-    const auto size = 3 * span;
-    const std::string different = content(size, size / 2, 'y');
-    const auto overwrite = [](const std::string& path, std::string_view bytes, std::int64_t at) {
-        const FileDescriptor file{::open(path.c_str(), O_WRONLY | O_CLOEXEC)};
-        ASSERT_EQ(::pwrite(file.get(), bytes.data(), bytes.size(), at), static_cast<ssize_t>(bytes.size()));
-    };
+    const FileDescriptor file{::open(path.c_str(), O_WRONLY | O_CLOEXEC)};
+    ASSERT_EQ(::pwrite(file.get(), bytes.data(), bytes.size(), at), static_cast<ssize_t>(bytes.size()));
+}
+
+/// Changes a file and puts its modification time back.
+void underItsTime(const std::string& path, const std::function<void()>& change)
+{
+    struct stat status = {};
+    ASSERT_EQ(::stat(path.c_str(), &status), 0);
+    change();
+    const std::array<timespec, 2> times{status.st_atim, status.st_mtim};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times.data(), 0), 0);
+}
+
+void replace(const std::string& path, std::string_view bytes)
+{
+    const std::string other = path + ".new";
+    static_cast<void>(FileDescriptor{::open(other.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644)});
+    overwrite(other, bytes, 0);
+    ASSERT_EQ(::rename(other.c_str(), path.c_str()), 0);
+}
+
+TEST(DuplicateFinder, AFileDropsOutInAnyStageWhenItsContentMayBeAnotherOne)
+{
+    const auto at = [](std::int64_t size) { return size == 2 * span ? 1 : size / 2; };
     const std::vector<Disturbance> disturbances{
-        {"vanishes", [](const std::string& path) { ::unlink(path.c_str()); }},
-        {"shrinks", [](const std::string& path) { ASSERT_EQ(::truncate(path.c_str(), 10), 0); }},
-        {"grows", [](const std::string& path) { ASSERT_EQ(::truncate(path.c_str(), size + 1), 0); }},
-        {"changes", [&](const std::string& path) { overwrite(path, "y", size / 2); }},
-        {"changes and hides it",
-         [&](const std::string& path) {
-             struct stat status = {};
-             ASSERT_EQ(::stat(path.c_str(), &status), 0);
-             overwrite(path, "y", size / 2);
-             const std::array<timespec, 2> times{status.st_atim, status.st_mtim};
-             ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times.data(), 0), 0);
+        {"vanishes", false, [](const TemporaryTree&, const std::string& path) { ::unlink(path.c_str()); }},
+        {"shrinks", false,
+         [](const TemporaryTree&, const std::string& path) { ASSERT_EQ(::truncate(path.c_str(), 10), 0); }},
+        {"grows", false,
+         [](const TemporaryTree&, const std::string& path) {
+             ASSERT_EQ(::truncate(path.c_str(), 3 * span + 1), 0);
          }},
-        {"is replaced",
-         [&](const std::string& path) {
-             ::unlink(path.c_str());
-             const FileDescriptor file{::open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644)};
-             overwrite(path, different, 0);
+        {"changes", false,
+         [&](const TemporaryTree& tree, const std::string& path) {
+             overwrite(path, "y", at(std::ssize(tree.content("a"))));
          }},
-        {"becomes a link",
-         [](const std::string& path) {
+        {"changes and hides it", false,
+         [&](const TemporaryTree& tree, const std::string& path) {
+             underItsTime(path, [&] { overwrite(path, "y", at(std::ssize(tree.content("a")))); });
+         }},
+        {"is replaced by another one of that time", false,
+         [&](const TemporaryTree& tree, const std::string& path) {
+             const auto size = std::ssize(tree.content("a"));
+             underItsTime(path, [&] { replace(path, content(size, at(size), 'y')); });
+         }},
+        {"becomes a link", false,
+         [](const TemporaryTree&, const std::string& path) {
              ASSERT_EQ(::rename(path.c_str(), (path + ".moved").c_str()), 0);
              ASSERT_EQ(::symlink("victim.moved", path.c_str()), 0);
          }},
-        {"becomes a FIFO", [](const std::string& path) {
+        {"becomes a FIFO", false,
+         [](const TemporaryTree&, const std::string& path) {
              ::unlink(path.c_str());
              ASSERT_EQ(::mkfifo(path.c_str(), 0644), 0);
+         }},
+        {"gets other rights", true,
+         [](const TemporaryTree&, const std::string& path) { ASSERT_EQ(::chmod(path.c_str(), 0600), 0); }},
+        {"gets another link", true,
+         [](const TemporaryTree&, const std::string& path) {
+             ASSERT_EQ(::link(path.c_str(), (path + ".link").c_str()), 0);
+         }},
+        {"gets another inode", true, // as where inode numbers do not last
+         [](const TemporaryTree& tree, const std::string& path) {
+             underItsTime(path, [&] { replace(path, tree.content("victim")); });
          }}};
-    for (const auto& [what, disturb] : disturbances) {
-        for (const std::int64_t digested : {std::int64_t{0}, 4 * span, 8 * span}) {
+    for (const auto& [what, isHarmless, disturb] : disturbances) {
+        for (const auto& [size, digested] : {std::pair{3 * span, std::int64_t{0}},
+                                             {3 * span, 4 * span},
+                                             {3 * span, 8 * span},
+                                             {2 * span, 4 * span}}) {
             SCOPED_TRACE(std::string{what} + " after " + std::to_string(digested));
             const TemporaryTree tree{file("a", content(size)), file("b", content(size)),
                                      file("victim", content(size)), file("c", content(size))};
@@ -277,13 +340,32 @@ TEST(DuplicateFinder, AFileThatIsNotWhatItWasDropsOutInAnyStage)
             const auto result = compute(tree, {}, [&](const DuplicateProgress& record) {
                 if (record.phase == Phase::hashing && record.hashedBytes == digested && !isDisturbed) {
                     isDisturbed = true;
-                    disturb(tree.path("victim"));
+                    disturb(tree, tree.path("victim"));
                 }
             });
             EXPECT_TRUE(isDisturbed);
-            EXPECT_EQ(names(tree, result.groups), (std::vector<std::vector<std::string>>{{"a", "b", "c"}}));
+            std::vector<std::string> expected{"a", "b", "c"};
+            if (isHarmless) {
+                expected.emplace_back("victim");
+            }
+            EXPECT_EQ(names(tree, result.groups), (std::vector<std::vector<std::string>>{expected}));
+            for (std::size_t i = 0; i < expected.size() && !result.groups.empty(); ++i) {
+                EXPECT_EQ(result.groups[0].identities[i],
+                          FileIdentity::of(*fileAttributes(tree.url(expected[i]))));
+            }
         }
     }
+}
+
+TEST(DuplicateFinder, OfSeveralWaysToAFileTheOnesThatAreLeftCount)
+{
+    const TemporaryTree tree{file("a1", "same"), hardLink("a2", "a1"), file("b", "same"), file("c1", "pair"),
+                             hardLink("c2", "c1")};
+    const auto result = compute(tree, {}, [&tree](const DuplicateProgress&) {
+        ::unlink(tree.path("a1").c_str());
+        ::unlink(tree.path("c2").c_str());
+    });
+    EXPECT_EQ(names(tree, result.groups), (std::vector<std::vector<std::string>>{{"a2", "b"}}));
 }
 
 TEST(DuplicateFinder, MissingDigestsAreNotAlike)
@@ -355,8 +437,15 @@ TEST(DuplicateFinder, ACancelledSearchStopsAmidAFileAndDeliversNoResult)
     }
 }
 
-TEST(DuplicateFinder, ManySearchesAtOnceAreAllAnswered)
+TEST(DuplicateFinder, ManyLongSearchesHoldUpNoShortOne)
 {
+    const TemporaryTree huge{sparseFile("huge1", 100'000_MiB), sparseFile("huge2", 100'000_MiB)};
+    std::vector<ProgressStream<DuplicateProgress>> longOnes;
+    for (int i = 0; i < 5; ++i) {
+        longOnes.push_back(DuplicateFinder::stream(huge.url(), 1));
+        while (longOnes.back().next()->hashedBytes <= 4 * span) { // in the whole files
+        }
+    }
     TemporaryTree tree;
     for (int i = 0; i < 300; ++i) {
         tree.add(file("d" + std::to_string(i % 17) + "/f" + std::to_string(i), content(100 + i % 50)));
@@ -364,7 +453,7 @@ TEST(DuplicateFinder, ManySearchesAtOnceAreAllAnswered)
     const auto expected = groupsIn(tree);
     ASSERT_THAT(expected, SizeIs(50));
     std::vector<std::future<std::vector<DuplicateGroup>>> searches;
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 8; ++i) {
         searches.push_back(DuplicateFinder::find(tree.url(), 1));
         auto dropped = DuplicateFinder::stream(tree.url(), 1);
         if (i % 2 == 0) {

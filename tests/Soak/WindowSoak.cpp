@@ -35,13 +35,14 @@ RemovalOperations confinedTo(const FileUrl& folder, std::atomic<int>& removed)
     operations.remove = [folder, &removed, remove = operations.remove](std::span<const Entry> entries,
                                                                        bool permanently,
                                                                        FileRemover::BatchOptions options) {
-        options.refusal = [folder, &removed, asked = options.refusal](const Entry& entry) {
+        options.screening = [folder, &removed, asked = options.screening](const Entry& entry,
+                                                                          const std::stop_token& stop) {
             if (!entry.url.isInside(folder)) {
-                return std::optional<std::string>{"not in the tree"};
+                return FileRemover::Screened{"not in the tree", {}};
             }
-            auto refusal = asked ? asked(entry) : std::nullopt;
-            removed += refusal ? 0 : 1;
-            return refusal;
+            auto screened = asked ? asked(entry, stop) : FileRemover::Screened{};
+            removed += screened.refusal ? 0 : 1;
+            return screened;
         };
         return remove(entries, permanently, options);
     };

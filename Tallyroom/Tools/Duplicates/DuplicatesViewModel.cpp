@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <iterator>
 #include <numeric>
-#include <unordered_map>
 #include <utility>
 
 namespace tallyroom {
@@ -48,25 +47,6 @@ bool holdsAny(const std::vector<DuplicateGroup>& groups, const RemovedPlaces& pl
         return std::ranges::any_of(group.entries,
                                    [&places](const Entry& entry) { return places.covers(entry.url); });
     });
-}
-
-/// Looks again at what is to be removed and at what is to be kept, when the first item is about to go.
-DeletionRunner::Refusal refusalOf(const DuplicateGroups& groups, const std::vector<Entry>& entries)
-{
-    UrlSet urls;
-    std::ranges::transform(entries, std::inserter(urls, urls.end()), &Entry::url);
-    using Reasons = std::unordered_map<FileUrl, std::string>;
-    return [groups, urls = std::move(urls),
-            reasons = std::shared_ptr<Reasons>{}](const Entry& entry) mutable -> std::optional<std::string> {
-        if (reasons == nullptr) {
-            reasons = std::make_shared<Reasons>();
-            for (DuplicateRemovalCheck::Refusal& one : DuplicateRemovalCheck::check(*groups, urls).refused) {
-                reasons->emplace(std::move(one.url), std::move(one.reason));
-            }
-        }
-        const auto found = reasons->find(entry.url);
-        return found != reasons->end() ? std::optional{found->second} : std::nullopt;
-    };
 }
 
 } // namespace
@@ -239,7 +219,9 @@ ScanToolViewModel::RemovalPlan DuplicatesViewModel::planRemoval(const std::vecto
     const auto freed = [groups = m_groups](const std::vector<Entry>& done) {
         return remainder(*groups, RemovedPlaces{done}).freed;
     };
-    return {refusalOf(m_groups, entries), freed};
+    UrlSet victims;
+    std::ranges::transform(entries, std::inserter(victims, victims.end()), &Entry::url);
+    return {DuplicateRemovalCheck::forGroups(m_groups, std::move(victims)), freed};
 }
 
 void DuplicatesViewModel::takeOut(PropertyUpdate& update, const std::vector<Entry>& gone)
