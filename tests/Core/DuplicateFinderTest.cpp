@@ -94,55 +94,6 @@ TEST(DuplicateFinder, EachSizeIsSettledByTheStageThatHasSeenEveryByte)
     }
 }
 
-TEST(DuplicateFinder, WhatDoesNotCountIsLeftOut)
-{
-    TemporaryTree tree{file(".hidden", "text"),
-                       file("plain", "text"),
-                       file("\xff\n", "text"),
-                       link("link", "plain"),
-                       link("linked", "d"),
-                       folder("d"),
-                       file("d/.git/a", "pruned"),
-                       file("d/.git/b", "pruned"),
-                       file(".hg/c", "pruned"),
-                       file("e/.svn/d", "pruned"),
-                       file("e/.git", "worktree"),
-                       file("f/.git", "worktree"),
-                       file("empty1"),
-                       file("empty2"),
-                       file("small1", "sm"),
-                       file("small2", "sm"),
-                       fifo("pipe1"),
-                       fifo("pipe2"),
-                       socket("socket")};
-    EXPECT_EQ(names(tree, groupsIn(tree, 3)),
-              (std::vector<std::vector<std::string>>{{".hidden", "plain", "\xff\n"}, {"e/.git", "f/.git"}}));
-    EXPECT_THAT(groupsIn(tree, -5), SizeIs(3)) << "empty files are no duplicates";
-    EXPECT_THAT(DuplicateFinder::find(tree.url("d/.git/"), 1).get(), SizeIs(1)) << "a root is always walked";
-    EXPECT_THAT(DuplicateFinder::find(tree.url("nothing"), 1).get(), IsEmpty());
-    EXPECT_THAT(DuplicateFinder::find(tree.url("plain"), 1).get(), IsEmpty());
-}
-
-TEST(DuplicateFinder, GroupsAreRankedByWasteAndRepeatThemselves)
-{
-    TemporaryTree tree;
-    tree.add({file("z/twice", content(3000)), file("twice", content(3000)), file("b1", "1234"),
-              file("b2", "1234"), file("a1", "abcd"), file("a2", "abcd")});
-    for (int i = 0; i < 5; ++i) {
-        tree.add(file("five" + std::to_string(i), content(2000)));
-    }
-    const auto groups = groupsIn(tree);
-    EXPECT_EQ(names(tree, groups),
-              (std::vector<std::vector<std::string>>{{"five0", "five1", "five2", "five3", "five4"},
-                                                     {"twice", "z/twice"},
-                                                     {"a1", "a2"},
-                                                     {"b1", "b2"}}));
-    EXPECT_EQ(groups[0].wastedBytes(), 8000);
-    for (int round = 0; round < 5; ++round) {
-        EXPECT_EQ(groupsIn(tree), groups);
-    }
-}
-
 TEST(DuplicateFinder, HardLinksAreCopiesThatFreeNothing)
 {
     const TemporaryTree tree{file("a", content(5000)),  hardLink("b", "a"),        file("c", content(5000)),

@@ -425,6 +425,16 @@ TEST(Scans, ARankingIsToldNowAndThenAndABreakdownEveryFourThousandFiles)
     EXPECT_THAT(counts, ElementsAre(4096, 8192, 10'000));
 }
 
+TEST(FolderAnalyzer, AStoppedAnalysisGivesWhatItHad)
+{
+    TemporaryTree tree;
+    tree.addEmptyFiles("some", "file", 100);
+    std::stop_source stop;
+    EXPECT_EQ(FolderAnalyzer::summarize(tree.url(), stop.get_token()).get().totalFiles, 100);
+    stop.request_stop();
+    EXPECT_EQ(FolderAnalyzer::summarize(tree.url(), stop.get_token()).get(), FolderSummary{});
+}
+
 } // namespace
 
 } // namespace tallyroom

@@ -94,6 +94,17 @@ TEST(TreemapLayout, ATieKeepsTheItemInTheRow)
                 ElementsAre(Tile{0, {0, 0, 1, 2}}, Tile{1, {1, 0, 1, 2}}));
 }
 
+TEST(TreemapLayout, TheWorstTileOfARowDecidesWhetherItTakesAnother)
+{
+    // The strip of 3 alone has a ratio of 4:3; with 1 beside it that one would be 1 × 4.
+    EXPECT_THAT(tiles(Weights{3, 1}, {0, 0, 4, 4}),
+                ElementsAre(Tile{0, {0, 0, 4, 3}}, Tile{1, {0, 3, 4, 1}}));
+    // Of 1 and 2 the wide one is the worst, 2 : 1; with another 1 the narrow ones are, at 16 : 9.
+    EXPECT_THAT(tiles(Weights{1, 2, 1, 5}, {0, 0, 9, 9}),
+                ElementsAre(Tile{0, {0, 0, 2.25, 4}}, Tile{1, {2.25, 0, 4.5, 4}}, Tile{2, {6.75, 0, 2.25, 4}},
+                            Tile{3, {0, 4, 9, 5}}));
+}
+
 TEST(TreemapLayout, LaysTheFirstRowAlongTheShorterSideFromTheOrigin)
 {
     // Three equal weights: wide rectangles are filled from the left, tall ones and squares from the top.
