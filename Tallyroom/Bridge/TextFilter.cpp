@@ -54,4 +54,12 @@ bool TextFilter::matches(std::string_view text) const
            composed(text).contains(m_lowered);
 }
 
+bool TextFilter::begins(std::string_view text) const
+{
+    if (!Utf8::isAscii(text)) {
+        return folded(text).starts_with(m_folded);
+    }
+    return m_isAscii && std::ranges::equal(text.substr(0, m_folded.size()), m_folded, {}, loweredAscii);
+}
+
 } // namespace tallyroom

@@ -15,6 +15,9 @@ public:
     /// True for every text while the search text is empty.
     [[nodiscard]] bool matches(std::string_view text) const;
 
+    /// Whether `text` begins with the search text.
+    [[nodiscard]] bool begins(std::string_view text) const;
+
     /// `text` without accents and letter case; bytes that are not UTF-8 become U+FFFD.
     [[nodiscard]] static std::string folded(std::string_view text);
 

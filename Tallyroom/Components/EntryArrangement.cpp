@@ -170,39 +170,22 @@ EntryArrangement::EntryArrangement(const Request& request, const std::stop_token
             m_shownBytes = checkedSum(m_shownBytes, entry.sizeBytes);
             m_largestSize = std::max(m_largestSize, entry.sizeBytes);
             rows.push_back(static_cast<std::uint32_t>(index));
+            m_shown.insert(rows.back());
         }
     }
     sort(rows, request, stop);
     m_rows = std::make_shared<const Rows>(std::move(rows));
 }
 
-template <class Condition>
-std::optional<std::size_t> EntryArrangement::findRow(std::size_t likelyRow, const Condition& fits) const
-{
-    const std::size_t count = rowCount();
-    std::size_t above = std::min(likelyRow, count);
-    std::size_t below = above;
-    while (above > 0 || below < count) {
-        if (below < count && fits(entry(below++))) {
-            return below - 1;
-        }
-        if (above > 0 && fits(entry(--above))) {
-            return above;
-        }
-    }
-    return std::nullopt;
-}
-
-std::optional<std::size_t> EntryArrangement::rowOf(const FileUrl& url, std::size_t likelyRow) const
-{
-    return findRow(likelyRow, [&url](const Entry& entry) { return entry.url == url; });
-}
-
 std::optional<std::size_t> EntryArrangement::rowOf(const EntryArrangement& earlier, std::size_t row) const
 {
+    // The entries of one growing list never move; those of another list are known by their locations.
     const Entry& wanted = earlier.entry(row);
-    const auto same = findRow(row, [&wanted](const Entry& entry) { return &entry == &wanted; });
-    return same ? same : rowOf(wanted.url, row);
+    const auto same =
+        findOutwards(rowCount(), row, [&](std::size_t other) { return &entry(other) == &wanted; });
+    return same ? same : findOutwards(rowCount(), row, [&](std::size_t other) {
+        return entry(other).url == wanted.url;
+    });
 }
 
 } // namespace tallyroom

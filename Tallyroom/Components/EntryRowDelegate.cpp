@@ -1,8 +1,7 @@
 #include "Components/EntryRowDelegate.h"
 
 #include "Components/CheckBox.h"
-#include "Components/EntryTableModel.h"
-#include "Components/EntryTableView.h"
+#include "Components/EntryTable.h"
 #include "Components/RowPainting.h"
 #include "Components/SizeBarCell.h"
 #include "Components/SymbolIcon.h"
@@ -14,7 +13,7 @@
 
 namespace tallyroom {
 
-EntryRowDelegate::EntryRowDelegate(const EntryTableModel& model, EntryTableView& view)
+EntryRowDelegate::EntryRowDelegate(const EntryTableModel& model, EntryTable& view)
     : QStyledItemDelegate(&view), m_model(model), m_view(view)
 {}
 
@@ -30,7 +29,7 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
         const bool isHovered = index.row() == m_view.hoveredRow();
         CheckBox::paintBox(*painter,
                            {cell.left() + Theme::margin, cell.top(), Theme::checkBoxSize, cell.height()},
-                           {m_model.isChecked(entry), true, isHovered, false});
+                           {m_model.isChecked(index.row()), true, isHovered, false});
     } else if (index.column() == EntryTableModel::nameColumn) {
         paintName(*painter, cell, entry);
     } else if (index.column() == m_model.sizeColumn()) {

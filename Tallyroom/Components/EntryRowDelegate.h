@@ -5,7 +5,7 @@
 namespace tallyroom {
 
 class EntryTableModel;
-class EntryTableView;
+class EntryTable;
 struct Entry;
 
 /// Paints the cells of an `EntryTable`: box, icon and name, own texts, size bar. Main thread.
@@ -13,7 +13,7 @@ class EntryRowDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
-    EntryRowDelegate(const EntryTableModel& model, EntryTableView& view);
+    EntryRowDelegate(const EntryTableModel& model, EntryTable& view);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
@@ -25,7 +25,7 @@ private:
     [[nodiscard]] QColor tint(const Entry& entry) const;
 
     const EntryTableModel& m_model;
-    EntryTableView& m_view;
+    EntryTable& m_view;
 };
 
 } // namespace tallyroom

@@ -2,38 +2,32 @@
 
 #include "Model/Entry.h"
 
-#include <QWidget>
+#include <QTableView>
 
 #include <memory>
 #include <optional>
-#include <string_view>
-#include <unordered_set>
 
-class QAction;
 class QMenu;
 
 namespace tallyroom {
 
 class EntryRowsModel;
-class EntryRowsView;
+class Selection;
 
-/// A list of entries to check and enter, whatever else it shows. Keys: arrows move, Enter activates, Space
-/// checks, Ctrl+A checks all, Ctrl+C copies the path. Main thread.
-class EntryRows : public QWidget {
+/// A list of entries to check and enter. Keys: arrows move, letters go to the row of that name, Enter
+/// activates, Space and a click on a box check, with Shift the range since the last one, Ctrl+A checks all,
+/// Ctrl+C copies the path. Main thread.
+class EntryRows : public QTableView {
     Q_OBJECT
 
 public:
-    using Selection = std::unordered_set<FileUrl>;
-
-    /// The checked locations, those that no row shows included.
-    void setSelection(Selection selection);
-    [[nodiscard]] const Selection& selection() const;
-
-    /// Checks every row that the filter lets through, and leaves the other checks as they are.
-    void selectAllVisible();
+    [[nodiscard]] Selection& selection() const;
 
     /// Whether the filter lets something through.
     [[nodiscard]] bool hasRows() const;
+
+    /// False while rows are being made that show the newest list.
+    [[nodiscard]] bool isUpToDate() const;
 
     /// The entry that the keyboard acts on; nothing before a row is chosen.
     [[nodiscard]] std::optional<Entry> currentEntry() const;
@@ -45,25 +39,35 @@ public:
     void startOver();
 
     /// Whether rows offer "Mettre à la corbeille". Off at first.
-    void setDeletionEnabled(bool isEnabled);
+    void setDeletionEnabled(bool isEnabled) { m_isDeletionEnabled = isEnabled; }
 
     /// The menu of an entry, as a right click or the menu key opens it.
     [[nodiscard]] std::unique_ptr<QMenu> makeContextMenu(const Entry& entry);
 
+    /// What stays free on the right of the rows, the scroll bar aside.
+    [[nodiscard]] int trailingMargin() const;
+
+    /// The row under the mouse, -1 for none.
+    [[nodiscard]] int hoveredRow() const { return m_hoveredRow; }
+
+    /// The row that the keyboard is on, -1 for none.
+    [[nodiscard]] int currentRow() const { return currentIndex().row(); }
+
 Q_SIGNALS:
-    /// The user checked or unchecked rows; `selection()` is the new state.
-    void selectionChanged();
     /// Other rows are shown than before.
     void rowsChanged();
-    /// Enter, a double click, or "Entrer".
+    /// Enter, a double click, or "Entrer". Entries go out as copies: whoever receives one may replace the
+    /// list.
     void activated(const tallyroom::Entry& entry);
     void deleteRequested(const tallyroom::Entry& entry);
     void revealRequested(const tallyroom::Entry& entry);
     void copyPathRequested(const tallyroom::Entry& entry);
+    /// Space on a row that shows no entry.
+    void sectionToggled(int row);
 
 protected:
-    /// Takes both over.
-    EntryRows(EntryRowsModel* model, EntryRowsView* view, QWidget* parent);
+    /// Takes the model over.
+    EntryRows(EntryRowsModel* model, int rowHeight, QWidget* parent);
 
     /// What an entry's menu begins with.
     virtual void addActions(QMenu& menu, const Entry& entry);
@@ -71,12 +75,45 @@ protected:
     /// The menu of a row that shows no entry; none where nothing is added.
     virtual void addSectionActions(QMenu& /*menu*/, int /*row*/) {}
 
-private:
-    void showContextMenu(int row, const QPoint& globalPosition);
+    /// Around every change of the rows: the reader goes on where he was.
+    virtual void rememberPlace() = 0;
+    virtual void restorePlace() = 0;
 
-    EntryRowsModel* m_model;
-    EntryRowsView* m_view;
+    /// Without scrolling.
+    void makeCurrent(int row);
+
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+
+private:
+    /// A press on a box, which counts once it is released there.
+    struct Press {
+        FileUrl url;
+        QPoint position;
+    };
+
+    void setUp(int rowHeight);
+    void hover(const QPoint& position);
+    void hoverAgain();
+    void goTo(int row);
+    void goToFirstOnScreen();
+    void activateRow(int row);
+    void announceCheck();
+    void toggle(int row, Qt::KeyboardModifiers modifiers);
+    [[nodiscard]] std::optional<FileUrl> urlAt(int row) const;
+
+    EntryRowsModel& m_rows;
     bool m_isDeletionEnabled = false;
+    std::optional<Press> m_press;
+    std::optional<FileUrl> m_rangeStart;
+    int m_hoveredRow = -1;
 };
 
 } // namespace tallyroom

@@ -1,53 +1,57 @@
 #include "Components/EntryRowsModel.h"
 
+#include "Bridge/TextFilter.h"
+#include "Components/EntryArrangement.h"
+
 namespace tallyroom {
 
-void EntryRowsModel::setSelection(Selection selection)
+EntryRowsModel::EntryRowsModel(QObject* parent) : QAbstractTableModel(parent)
 {
-    m_selection = std::move(selection);
-    checksChanged();
+    connect(&m_selection, &Selection::changed, this, [this] {
+        if (const int rows = rowCount({}); rows > 0) {
+            // The other cells may say what follows from the checks.
+            Q_EMIT dataChanged(index(0, checkColumn), index(rows - 1, columnCount({}) - 1),
+                               {Qt::CheckStateRole});
+        }
+    });
 }
 
-void EntryRowsModel::setChecked(const FileUrl& url, bool isChecked)
+const Entry* EntryRowsModel::entryAt(int row) const
 {
-    if (isChecked ? m_selection.insert(url).second : m_selection.erase(url) > 0) {
-        checksChanged();
-        Q_EMIT selectionEdited();
-    }
+    const std::optional<std::uint32_t> position = positionAt(row);
+    return position ? &m_selection.entries()[*position] : nullptr;
+}
+
+bool EntryRowsModel::isChecked(int row) const
+{
+    const std::optional<std::uint32_t> position = positionAt(row);
+    return position && m_selection.contains(*position);
+}
+
+std::optional<int> EntryRowsModel::rowOf(const FileUrl& url, int likelyRow) const
+{
+    const auto row = findOutwards(static_cast<std::size_t>(rowCount({})), static_cast<std::size_t>(likelyRow),
+                                  [&](std::size_t other) {
+                                      const Entry* const entry = entryAt(static_cast<int>(other));
+                                      return entry != nullptr && entry->url == url;
+                                  });
+    return row ? std::optional{static_cast<int>(*row)} : std::nullopt;
 }
 
 void EntryRowsModel::setRangeChecked(int firstRow, int lastRow, bool isChecked)
 {
-    if (isChecked) {
-        m_selection.reserve(m_selection.size() + static_cast<std::size_t>(lastRow - firstRow + 1));
-    }
+    PositionSet range;
     for (int row = firstRow; row <= lastRow; ++row) {
-        const Entry* const entry = entryAt(row);
-        if (entry == nullptr) {
-            continue;
-        }
-        if (isChecked) {
-            m_selection.insert(entry->url);
-        } else {
-            m_selection.erase(entry->url);
+        if (const std::optional<std::uint32_t> position = positionAt(row)) {
+            range.insert(*position);
         }
     }
-    checksChanged();
-    Q_EMIT selectionEdited();
+    m_selection.setRange(range, isChecked);
 }
 
-void EntryRowsModel::checksChanged()
+QString EntryRowsModel::accessibleCheck(int row) const
 {
-    const int rows = rowCount({});
-    if (rows > 0) {
-        // The other cells may say what follows from the checks.
-        Q_EMIT dataChanged(index(0, checkColumn), index(rows - 1, columnCount({}) - 1), {Qt::CheckStateRole});
-    }
-}
-
-QString EntryRowsModel::accessibleCheck(const Entry& entry) const
-{
-    return isChecked(entry) ? QStringLiteral("coché") : QStringLiteral("non coché");
+    return isChecked(row) ? QStringLiteral("coché") : QStringLiteral("non coché");
 }
 
 QString EntryRowsModel::accessibleCheckBox(const QString& name)
@@ -58,22 +62,32 @@ QString EntryRowsModel::accessibleCheckBox(const QString& name)
 Qt::ItemFlags EntryRowsModel::flags(const QModelIndex& index) const
 {
     const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
-    const bool isCheckable = index.column() == checkColumn && entryAt(index.row()) != nullptr;
+    const bool isCheckable = index.column() == checkColumn && positionAt(index.row());
     return isCheckable ? flags | Qt::ItemIsUserCheckable : flags;
 }
 
 bool EntryRowsModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
-    if (role != Qt::CheckStateRole || index.column() != checkColumn || index.row() >= rowCount({})) {
+    const bool isCheck = role == Qt::CheckStateRole && index.column() == checkColumn;
+    if (!isCheck || index.row() >= rowCount({}) || !positionAt(index.row())) {
         return false;
     }
-    const Entry* const entry = entryAt(index.row());
-    if (entry == nullptr) {
-        return false;
-    }
-    const FileUrl url = entry->url;
-    setChecked(url, value.toInt() == Qt::Checked);
+    setRangeChecked(index.row(), index.row(), value.toInt() == Qt::Checked);
     return true;
+}
+
+QModelIndexList EntryRowsModel::match(const QModelIndex& start, int /*role*/, const QVariant& value,
+                                      int /*hits*/, Qt::MatchFlags /*flags*/) const
+{
+    const TextFilter text{value.toString()};
+    const int rows = rowCount({});
+    for (int step = 0; step < rows; ++step) {
+        const int row = (start.row() + step) % rows;
+        if (const Entry* const entry = entryAt(row); entry != nullptr && text.begins(shownName(*entry))) {
+            return {index(row, nameColumn)};
+        }
+    }
+    return {};
 }
 
 } // namespace tallyroom

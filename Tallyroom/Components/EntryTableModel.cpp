@@ -50,13 +50,10 @@ void EntryTableModel::arrange(EntryArranger::Running running)
 
 void EntryTableModel::takeRows(const EntryArrangement& rows)
 {
-    replaceRows(rowCount(), static_cast<int>(rows.rowCount()), [&] { m_rows = rows; });
-}
-
-std::optional<int> EntryTableModel::rowOf(const FileUrl& url, int likelyRow) const
-{
-    const auto row = m_rows.rowOf(url, static_cast<std::size_t>(likelyRow));
-    return row ? std::optional{static_cast<int>(*row)} : std::nullopt;
+    replaceRows(rowCount(), static_cast<int>(rows.rowCount()), [&] {
+        m_rows = rows;
+        selection().follow(rows.entries(), rows.shown(), rows.shownBytes());
+    });
 }
 
 std::optional<EntrySortOrder::Key> EntryTableModel::sortKey(int column) const
@@ -74,9 +71,14 @@ std::optional<EntrySortOrder::Key> EntryTableModel::sortKey(int column) const
     return std::nullopt;
 }
 
+std::string EntryTableModel::shownName(const Entry& entry) const
+{
+    return m_style.name ? m_style.name(entry) : entry.name;
+}
+
 QString EntryTableModel::nameText(const Entry& entry) const
 {
-    return FileUrlText::display(m_style.name ? m_style.name(entry) : entry.name);
+    return FileUrlText::display(shownName(entry));
 }
 
 int EntryTableModel::rowCount(const QModelIndex& parent) const
@@ -99,10 +101,10 @@ QVariant EntryTableModel::data(const QModelIndex& index, int role) const
         return text(entry, index.column());
     }
     if (role == Qt::AccessibleTextRole) {
-        return accessibleText(entry, index.column());
+        return accessibleText(index.row(), index.column());
     }
     if (role == Qt::CheckStateRole && index.column() == checkColumn) {
-        return isChecked(entry) ? Qt::Checked : Qt::Unchecked;
+        return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
     }
     return {};
 }
@@ -121,8 +123,9 @@ QString EntryTableModel::text(const Entry& entry, int column) const
     return m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].text(entry);
 }
 
-QString EntryTableModel::accessibleText(const Entry& entry, int column) const
+QString EntryTableModel::accessibleText(int row, int column) const
 {
+    const Entry& entry = this->entry(row);
     if (column == checkColumn) {
         return accessibleCheckBox(nameText(entry));
     }
@@ -142,7 +145,7 @@ QString EntryTableModel::accessibleText(const Entry& entry, int column) const
     for (int other = firstOwnColumn; other <= sizeColumn(); ++other) {
         parts += text(entry, other);
     }
-    parts += accessibleCheck(entry);
+    parts += accessibleCheck(row);
     return parts.join(QStringLiteral(", "));
 }
 

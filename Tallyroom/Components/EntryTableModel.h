@@ -27,20 +27,21 @@ public:
     void setFilter(Filter filter);
     void setSortOrder(const EntrySortOrder& order);
 
-    [[nodiscard]] const EntryList& entries() const { return m_request.entries; }
-
     [[nodiscard]] const EntrySortOrder& sortOrder() const { return m_request.order; }
 
     [[nodiscard]] const EntryArrangement& rows() const { return m_rows; }
 
-    /// What the newest rows are or will be made from, for who makes them elsewhere.
-    [[nodiscard]] const EntryArrangement::Request& request() const { return m_request; }
-
     [[nodiscard]] const Entry& entry(int row) const { return m_rows.entry(static_cast<std::size_t>(row)); }
 
-    [[nodiscard]] const Entry* entryAt(int row) const override { return &entry(row); }
+    [[nodiscard]] std::optional<std::uint32_t> positionAt(int row) const override
+    {
+        return m_rows.position(static_cast<std::size_t>(row));
+    }
 
-    [[nodiscard]] std::optional<int> rowOf(const FileUrl& url, int likelyRow) const override;
+    [[nodiscard]] bool isUpToDate() const override
+    {
+        return m_rows.entries().isSameSnapshot(m_request.entries);
+    }
 
     /// What a column sorts by, if it can be sorted.
     [[nodiscard]] std::optional<EntrySortOrder::Key> sortKey(int column) const;
@@ -56,11 +57,14 @@ public:
 Q_SIGNALS:
     void sortOrderChanged();
 
+protected:
+    [[nodiscard]] std::string shownName(const Entry& entry) const override;
+
 private:
     void arrange(EntryArranger::Running running);
     void takeRows(const EntryArrangement& rows);
     [[nodiscard]] QString text(const Entry& entry, int column) const;
-    [[nodiscard]] QString accessibleText(const Entry& entry, int column) const;
+    [[nodiscard]] QString accessibleText(int row, int column) const;
 
     EntryTableStyle m_style;
     EntryArrangement::Request m_request;

@@ -1,7 +1,7 @@
 #include "Components/RowPainting.h"
 
+#include "Components/EntryRows.h"
 #include "Components/EntryRowsModel.h"
-#include "Components/EntryRowsView.h"
 #include "Components/Theme.h"
 
 #include <QPainter>
@@ -43,7 +43,7 @@ int paintBadge(QPainter& painter, const QRect& line, int left, const EntryBadge&
 
 } // namespace
 
-void paintGround(QPainter& painter, const QRect& cell, const QModelIndex& index, const EntryRowsView& view,
+void paintGround(QPainter& painter, const QRect& cell, const QModelIndex& index, const EntryRows& view,
                  Ground ground)
 {
     const Theme& theme = Theme::shared();

@@ -10,7 +10,7 @@ class QRect;
 
 namespace tallyroom {
 
-class EntryRowsView;
+class EntryRows;
 
 /// What the rows of all lists are drawn with. Main thread.
 namespace RowPainting {
@@ -19,7 +19,7 @@ namespace RowPainting {
 enum class Ground { striped, plain, section };
 
 /// The ground of a cell, as the row is current, under the mouse, or neither.
-void paintGround(QPainter& painter, const QRect& cell, const QModelIndex& index, const EntryRowsView& view,
+void paintGround(QPainter& painter, const QRect& cell, const QModelIndex& index, const EntryRows& view,
                  Ground ground);
 
 /// Draws the badges from `left` on, those that fit into the line.

@@ -10,10 +10,9 @@ namespace tallyroom {
 
 namespace {
 
-/// The table's rows from the top, made anew: those on screen may be a moment behind the filter.
-std::string exportedRows(const EntryArrangement::Request& request)
+/// The table's rows from the top.
+std::string exportedRows(const EntryArrangement& rows)
 {
-    const EntryArrangement rows{request};
     std::string text{CSVExport::header};
     for (std::size_t row = 0; row < rows.rowCount(); ++row) {
         text.append("\n").append(CSVExport::line(rows.entry(row)));
@@ -50,12 +49,12 @@ void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
 
 QString ListToolScreen::summary() const
 {
-    QString text = counted(m_list.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
-                   sizeText(m_list.totalSize());
+    const EntryArrangement& rows = m_table->arrangement();
+    QString text = counted(rows.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
+                   sizeText(rows.totalBytes());
     if (m_list.isFiltering()) {
-        const EntryArrangement& shown = m_table->arrangement();
-        text += QStringLiteral(" · ") + counted(shown.rowCount(), QStringLiteral("affiché")) +
-                QStringLiteral(" · ") + sizeText(shown.shownBytes());
+        text += QStringLiteral(" · ") + counted(rows.rowCount(), QStringLiteral("affiché")) +
+                QStringLiteral(" · ") + sizeText(rows.shownBytes());
     }
     return text;
 }
@@ -80,11 +79,10 @@ void ListToolScreen::showFilter()
 
 void ListToolScreen::exportEntries()
 {
-    if (m_list.filteredEntries().empty()) {
-        return;
+    if (m_table->hasRows()) {
+        exportAsCSV(
+            this, [rows = m_table->arrangement()] { return exportedRows(rows); }, exportName());
     }
-    exportAsCSV(
-        this, [request = m_table->request()] { return exportedRows(request); }, exportName());
 }
 
 } // namespace tallyroom

@@ -4,6 +4,7 @@
 #include "Components/EntryRows.h"
 #include "Components/ScanProgressBar.h"
 #include "Components/SearchField.h"
+#include "Components/Selection.h"
 #include "Components/SelectionBar.h"
 #include "Components/Shortcut.h"
 #include "Components/Theme.h"
@@ -41,7 +42,7 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
     m_patience.setSingleShot(true);
     m_patience.setInterval(patience);
     m_rows->setDeletionEnabled(true);
-    m_rows->focusProxy()->setAccessibleName(m_style.title);
+    m_rows->setAccessibleName(m_style.title);
     m_pages->addList(m_rows);
     makeLayout();
     connectTool();
@@ -119,11 +120,8 @@ void ToolScreen::connectWidgets()
     connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ScanToolViewModel::setSearchText);
     connect(&m_header->searchField(), &SearchField::listRequested, m_pages,
             [this] { m_pages->list()->setFocus(Qt::TabFocusReason); });
-    connect(m_rows, &EntryRows::selectionChanged, this, [this] { setSelection(m_rows->selection()); });
-    connect(m_rows, &EntryRows::rowsChanged, this, [this] {
-        showPage();
-        showSummary();
-    });
+    connect(&selection(), &Selection::changed, this, &ToolScreen::showChecked);
+    connect(m_rows, &EntryRows::rowsChanged, this, [this] { showRows(); });
     connect(m_rows, &EntryRows::activated, this, [this](const Entry& entry) { activate(entry); });
     connect(m_rows, &EntryRows::deleteRequested, this,
             [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });
@@ -133,10 +131,10 @@ void ToolScreen::connectWidgets()
     connect(m_banner, &StatusBanner::stopRequested, &m_tool, &ScanToolViewModel::stopRemoval);
     connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ScanToolViewModel::undoDeletion);
     connect(m_banner, &StatusBanner::dismissed, &m_tool, &ScanToolViewModel::dismissStatus);
-    connect(m_selectionBar, &SelectionBar::selectAllRequested, this, &ToolScreen::checkAllVisible);
-    connect(m_selectionBar, &SelectionBar::clearRequested, this, [this] { setSelection({}); });
+    connect(m_selectionBar, &SelectionBar::selectAllRequested, this, [this] { selection().setAll(); });
+    connect(m_selectionBar, &SelectionBar::clearRequested, this, [this] { selection().clear(); });
     connect(m_selectionBar, &SelectionBar::deleteRequested, this,
-            [this] { askDeletion(selectedEntries(), DeleteConfirmation::Default::trash); });
+            [this] { askDeletion(selection().checkedEntries(), DeleteConfirmation::Default::trash); });
 }
 
 void ToolScreen::addShortcut(const QKeySequence& keys, const std::function<void()>& act)
@@ -150,10 +148,10 @@ void ToolScreen::addShortcuts()
     addShortcut(Qt::Key_F5, [this] { m_tool.refresh(); });
     addShortcut(Qt::CTRL | Qt::Key_F, [this] { m_header->searchField().setFocus(Qt::ShortcutFocusReason); });
     addShortcut(Qt::Key_Escape, [this] { stopOrClearFilter(); });
-    addShortcut(Qt::CTRL | Qt::Key_A, [this] { checkAllVisible(); });
+    addShortcut(Qt::CTRL | Qt::Key_A, [this] { selection().setAll(); });
     addShortcut(Qt::CTRL | Qt::Key_C, [this] {
         const auto entry = currentEntry();
-        copyPaths(entry ? std::vector{*entry} : selectedEntries());
+        copyPaths(entry ? std::vector{*entry} : selection().checkedEntries());
     });
     addShortcut(Qt::CTRL | Qt::Key_E, [this] { exportEntries(); });
     addShortcut(Qt::CTRL | Qt::Key_Z, [this] { m_tool.undoDeletion(); });
@@ -188,16 +186,16 @@ void ToolScreen::showNotice()
 /// What is no longer listed is no longer checked; while a scan fills the list nothing is known to be gone.
 void ToolScreen::dropVanishedChecks()
 {
-    if (m_selection.empty() || m_tool.isScanning()) {
-        return;
+    if (!m_tool.isScanning() && m_rows->isUpToDate()) {
+        selection().forgetAbsent();
     }
-    UrlSet present;
-    m_tool.forEachEntry([&](const Entry& entry) {
-        if (m_selection.contains(entry.url)) {
-            present.insert(entry.url);
-        }
-    });
-    setSelection(std::move(present));
+}
+
+void ToolScreen::showRows()
+{
+    dropVanishedChecks();
+    showPage();
+    showChecked();
 }
 
 bool ToolScreen::hasList() const
@@ -228,41 +226,23 @@ void ToolScreen::showProgress()
 void ToolScreen::showEntries()
 {
     m_header->showEntryCount(m_tool.entryCount());
-    dropVanishedChecks();
     showPage();
-    showChecked();
 }
 
 void ToolScreen::showFilter()
 {
     m_header->searchField().setText(m_tool.searchText());
     showPage();
-    showChecked();
 }
 
-void ToolScreen::setSelection(UrlSet selection)
+Selection& ToolScreen::selection() const
 {
-    if (assignIfChanged(m_selection, std::move(selection))) {
-        showSelection();
-    }
+    return m_rows->selection();
 }
 
-void ToolScreen::showSelection()
-{
-    m_rows->setSelection(m_selection);
-    showChecked();
-}
-
-/// How much is checked: another filter lets through more or less of it.
 void ToolScreen::showChecked()
 {
-    std::int64_t bytes = 0;
-    m_checkedCount = 0;
-    forEachSelected([&](const Entry& entry) {
-        ++m_checkedCount;
-        bytes = checkedSum(bytes, entry.sizeBytes);
-    });
-    m_selectionBar->setSelection(static_cast<std::int64_t>(m_checkedCount), bytes);
+    m_selectionBar->setSelection(static_cast<std::int64_t>(selection().count()), selection().bytes());
     showSummary();
 }
 
@@ -271,8 +251,8 @@ void ToolScreen::showSummary()
     // Nothing is counted as none before the end is known.
     const bool isKnown = m_tool.entryCount() > 0 || m_tool.scanEnd().isComplete();
     QString text = isKnown ? summary() : QString{};
-    if (m_checkedCount > 0) {
-        text += QStringLiteral(" · ") + counted(m_checkedCount, QStringLiteral("coché"));
+    if (const std::size_t checked = selection().count(); checked > 0) {
+        text += QStringLiteral(" · ") + counted(checked, QStringLiteral("coché"));
     }
     m_header->showSummary(text);
 }
@@ -283,32 +263,13 @@ QString ToolScreen::counted(std::size_t count, const QString& one)
            (count >= 2 ? QStringLiteral("s") : QString{});
 }
 
-std::vector<Entry> ToolScreen::selectedEntries() const
-{
-    std::vector<Entry> selected;
-    forEachSelected([&selected](const Entry& entry) { selected.push_back(entry); });
-    return selected;
-}
-
-void ToolScreen::forEachSelected(const ScanToolViewModel::Visitor& visit) const
-{
-    if (m_selection.empty()) {
-        return;
-    }
-    m_tool.forEachShown([&](const Entry& entry) {
-        if (m_selection.contains(entry.url)) {
-            visit(entry);
-        }
-    });
-}
-
 void ToolScreen::startOver()
 {
     if (m_title != nullptr && m_tool.rootURL()) {
         m_title->setFolder(FileUrlText::displayFromHome(*m_tool.rootURL()));
     }
     m_rows->startOver();
-    setSelection({});
+    selection().clear();
 }
 
 void ToolScreen::showList(QWidget* list)
@@ -341,18 +302,11 @@ void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmati
 void ToolScreen::askDeletionOfChecked(DeleteConfirmation::Default choice)
 {
     // Without a check the row that the keyboard is on is meant.
-    std::vector<Entry> entries = selectedEntries();
+    std::vector<Entry> entries = selection().checkedEntries();
     if (const auto current = currentEntry(); entries.empty() && current) {
         entries.push_back(*current);
     }
     askDeletion(entries, choice);
-}
-
-void ToolScreen::checkAllVisible()
-{
-    UrlSet all = m_selection;
-    m_tool.forEachShown([&all](const Entry& entry) { all.insert(entry.url); });
-    setSelection(std::move(all));
 }
 
 ToolScreen::Caution ToolScreen::caution(const std::vector<Entry>& /*entries*/) const

@@ -15,6 +15,7 @@ namespace tallyroom {
 
 class EntryRows;
 class ScanProgressBar;
+class Selection;
 class SelectionBar;
 class StatusBanner;
 class ToolHeader;
@@ -32,19 +33,13 @@ struct ToolScreenStyle {
 
 /// The frame that all tools share that list what they found: header, list, progress, banner, selection bar,
 /// and the pages that stand in for the list; the keys too. A tool's screen fills the list, adds its options
-/// and overrides what it says differently. Holds what the user has checked and what is to be confirmed,
-/// nothing else. Main thread.
+/// and overrides what it says differently. Main thread.
 class ToolScreen : public QWidget {
     Q_OBJECT
 
 public:
-    /// What is checked, hidden entries included.
-    [[nodiscard]] const UrlSet& selection() const { return m_selection; }
-
-    void setSelection(UrlSet selection);
-
-    /// The checked entries that the filter lets through: what "Supprimer…" is about.
-    [[nodiscard]] std::vector<Entry> selectedEntries() const;
+    /// The checks. Those of shown entries are what "Supprimer…" is about.
+    [[nodiscard]] Selection& selection() const;
 
     /// Opens the folder chooser.
     void chooseFolder();
@@ -73,9 +68,6 @@ protected:
     /// Runs `act` on `keys` while this screen is on show and no text field wants them.
     void addShortcut(const QKeySequence& keys, const std::function<void()>& act);
 
-    /// How many of the entries on show are checked.
-    [[nodiscard]] std::size_t checkedCount() const { return m_checkedCount; }
-
     /// "11 éléments"
     [[nodiscard]] static QString counted(std::size_t count, const QString& one);
 
@@ -102,7 +94,8 @@ protected:
     // One a property; a tool that shows more of it extends them.
     virtual void showEntries();
     virtual void showFilter();
-    virtual void showSelection();
+    /// Other rows are on screen.
+    virtual void showRows();
     void showProgress();
     void showPage();
     void showChecked();
@@ -122,18 +115,14 @@ private:
     void showBanner();
     void showFooter();
     void dropVanishedChecks();
-    void forEachSelected(const ScanToolViewModel::Visitor& visit) const;
     [[nodiscard]] bool hasList() const;
 
-    void checkAllVisible();
     void askDeletionOfChecked(DeleteConfirmation::Default choice);
     static void copyPaths(const std::vector<Entry>& entries);
     void stopOrClearFilter();
 
     ScanToolViewModel& m_tool;
     ToolScreenStyle m_style;
-    UrlSet m_selection;
-    std::size_t m_checkedCount = 0;
     QTimer m_patience; // scans that end at once are not worth a spinner
 
     ToolHeader* m_header;

@@ -1,3 +1,4 @@
+#include "Components/Selection.h"
 #include "MainThread.h"
 #include "Settings/PersistedSettings.h"
 #include "Tools/Duplicates/DuplicatesView.h"
@@ -71,7 +72,8 @@ void duplicatesFill(benchmark::State& state)
         state.counters["scanMs"] = longestDuring([&] { tool.open(FileUrl{folder.path().toStdString()}); },
                                                  [&] { return tool.state() == ToolState::loaded(); });
         state.counters["groups"] = static_cast<double>(tool.groups().size());
-        state.counters["checkMs"] = longestDuring([&] { view.setSelection(tool.redundantURLs()); }, always);
+        state.counters["checkMs"] =
+            longestDuring([&] { view.selection().setUrls(tool.redundantURLs()); }, always);
         state.counters["filterMs"] =
             longestDuring([&] { tool.setSearchText(QStringLiteral("éro 19")); }, always);
         state.counters["unfilterMs"] = longestDuring([&] { tool.setSearchText({}); }, always);

@@ -67,7 +67,7 @@ public:
             [this] {
                 m_table.setSortOrder({EntrySortOrder::Key::name, 0, true});
             },
-            [this] { return m_table.visibleEntry(0).name == "file-000000"; });
+            [this] { return m_table.arrangement().entry(0).name == "file-000000"; });
         m_table.setSortOrder({});
         measure(
             "check-all", [this] { press("Tout sélectionner"); }, [this] { return checked() == m_count; });
@@ -142,7 +142,7 @@ private:
             [this] { return rows() == m_count - deletedCount; });
     }
 
-    [[nodiscard]] std::size_t rows() const { return m_table.visibleCount(); }
+    [[nodiscard]] std::size_t rows() const { return m_table.arrangement().rowCount(); }
 
     /// What the selection bar says: asking must cost nothing.
     [[nodiscard]] std::size_t checked() const
@@ -183,7 +183,7 @@ private:
 
     void pressSpace()
     {
-        m_table.setCurrentEntry(m_table.visibleEntry(3).url);
+        m_table.setCurrentEntry(m_table.arrangement().entry(3).url);
         QKeyEvent key{QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier};
         QApplication::sendEvent(m_table.findChild<QTableView*>(), &key);
     }

@@ -48,7 +48,7 @@ void treemapDraw(benchmark::State& state)
     std::size_t tiles = 0;
     for (auto _ : state) {
         const TreemapScene scene{entries, all, {QPoint{}, size}, 1};
-        benchmark::DoNotOptimize(painter.paint(scene, size, [](const Entry&) { return false; }));
+        benchmark::DoNotOptimize(painter.paint(scene, size, [](std::size_t) { return false; }));
         tiles = scene.tiles().size();
     }
     state.counters["tiles"] = static_cast<double>(tiles);

@@ -118,10 +118,10 @@ TEST_F(DiskUsageViewTest, KeysCheckAndUncheck)
 {
     ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/b"}));
     press(Qt::Key_Space);
-    EXPECT_EQ(view.selection(), UrlSet{FileUrl{"/r/b"}});
+    EXPECT_EQ(view.selection().urls(), UrlSet{FileUrl{"/r/b"}});
     EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 coché")));
     press(Qt::Key_A, Qt::ControlModifier);
-    EXPECT_EQ(view.selection().size(), 3U);
+    EXPECT_EQ(view.selection().urls().size(), 3U);
     press(Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("/r/b"));
 }
@@ -136,7 +136,7 @@ TEST_F(DiskUsageViewTest, ATextFieldKeepsItsOwnKeys)
     press(Qt::Key_A, Qt::ControlModifier);
     press(Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("b"));
-    EXPECT_TRUE(view.selection().empty());
+    EXPECT_TRUE(view.selection().urls().empty());
     press(Qt::Key_Delete);
     EXPECT_EQ(scene.navigator->searchText(), QString{});
     EXPECT_EQ(dialog(), nullptr);
@@ -144,9 +144,9 @@ TEST_F(DiskUsageViewTest, ATextFieldKeepsItsOwnKeys)
 
 TEST_F(DiskUsageViewTest, WhatTheFilterHidesIsNotDeleted)
 {
-    view.setSelection({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
+    view.selection().setUrls({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
     scene.navigator->setSearchText(QStringLiteral("C"));
-    EXPECT_THAT(view.selectedEntries(), ElementsAre(fileEntry("/r/c", 10)));
+    EXPECT_THAT(view.selection().checkedEntries(), ElementsAre(fileEntry("/r/c", 10)));
     EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 affiché · 10 o · 1 coché")));
     press(Qt::Key_Delete);
     ASSERT_NE(dialog(), nullptr);
@@ -180,20 +180,20 @@ TEST_F(DiskUsageViewTest, DeleteAndShiftDeleteDifferInTheChoiceThatEnterTakes)
     const std::vector<FileUrl> checked{FileUrl{"/r/b"}, FileUrl{"/r/c"}};
     for (std::size_t index = 0; index < cases.size(); ++index) {
         QApplication::setActiveWindow(&view);
-        view.setSelection({checked[index]});
+        view.selection().setUrls({checked[index]});
         press(Qt::Key_Delete, cases[index].modifiers);
         ASSERT_NE(dialog(), nullptr);
         QTest::keyClick(dialog(), Qt::Key_Return);
         ASSERT_TRUE(scene.waitForRemoval());
         EXPECT_EQ(scene.navigator->statusMessage(), cases[index].report);
-        EXPECT_TRUE(view.selection().empty());
+        EXPECT_TRUE(view.selection().urls().empty());
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 }
 
 TEST_F(DiskUsageViewTest, TheDialogSaysWhatIsAtStakeAndMayBeLeft)
 {
-    view.setSelection({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
+    view.selection().setUrls({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
     press(Qt::Key_Delete);
     ASSERT_NE(dialog(), nullptr);
     EXPECT_EQ(dialog()->windowTitle(), QStringLiteral("Comment supprimer ?"));
@@ -236,11 +236,11 @@ TEST_F(DiskUsageViewTest, ChecksStayWhileAScanFillsTheListAndGoWithTheFolder)
 {
     scene.navigator->activate(folderEntry("/r/folder", 30));
     scene.receive({fileEntry("/r/folder/x", 5)});
-    view.setSelection({FileUrl{"/r/folder/x"}});
+    view.selection().setUrls({FileUrl{"/r/folder/x"}});
     scene.finishListing({fileEntry("/r/folder/y", 9), fileEntry("/r/folder/x", 5)});
-    EXPECT_EQ(view.selection(), UrlSet{FileUrl{"/r/folder/x"}});
+    EXPECT_EQ(view.selection().urls(), UrlSet{FileUrl{"/r/folder/x"}});
     scene.navigator->goBack();
-    EXPECT_TRUE(view.selection().empty());
+    EXPECT_TRUE(view.selection().urls().empty());
 }
 
 TEST_F(DiskUsageViewTest, OnlyACompleteScanIsSaidToHaveFoundNothing)

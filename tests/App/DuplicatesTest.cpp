@@ -1,5 +1,6 @@
 #include "App/EventWait.h"
-#include "Components/EntryRowsView.h"
+#include "Components/EntryRows.h"
+#include "Components/Selection.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Deletion/FailureList.h"
 #include "Deletion/StatusBanner.h"
@@ -262,17 +263,17 @@ TEST_F(DuplicatesTest, WhatIsSaidOfLinksAndOfTheTrashIsWhatIsChecked)
         return texts;
     };
     model.toggleGroup(0);
-    EXPECT_EQ(model.selection(), urls({"other/text"}));
+    EXPECT_EQ(model.selection().urls(), urls({"other/text"}));
     EXPECT_EQ(said(1), "conservé, dans la corbeille");
     EXPECT_EQ(said(2), "conservé");
     EXPECT_EQ(said(3), "conservé, lien physique, rien à récupérer");
     EXPECT_EQ(said(4), "");
     model.checkOthers(*model.entryAt(4));
-    EXPECT_EQ(model.selection(), urls({"docs/text", "docs/text link"})) << "the one to keep is not checked";
+    EXPECT_EQ(model.selection().urls(), urls({"docs/text", "docs/text link"})) << "the one to keep is not checked";
     EXPECT_EQ(said(4), "conservé");
     model.toggleGroup(0);
     model.toggleGroup(0);
-    EXPECT_THAT(model.selection(), IsEmpty());
+    EXPECT_THAT(model.selection().urls(), IsEmpty());
     EXPECT_EQ(said(4), "") << "nothing is kept where nothing is checked";
 }
 
@@ -304,7 +305,7 @@ protected:
         view->show();
     }
 
-    [[nodiscard]] EntryRowsView& rows() const { return *view->findChild<EntryRowsView*>(); }
+    [[nodiscard]] EntryRows& rows() const { return *view->findChild<EntryRows*>(); }
 
     [[nodiscard]] QString spoken(int row, int column = DuplicateTableModel::nameColumn) const
     {
@@ -323,8 +324,8 @@ protected:
 
     [[nodiscard]] DeleteConfirmation* ask(std::initializer_list<std::string_view> names) const
     {
-        view->setSelection(urls(names));
-        view->askDeletion(view->selectedEntries(), DeleteConfirmation::Default::trash);
+        view->selection().setUrls(urls(names));
+        view->askDeletion(view->selection().checkedEntries(), DeleteConfirmation::Default::trash);
         return view->findChild<DeleteConfirmation*>();
     }
 
@@ -337,7 +338,7 @@ TEST_F(DuplicatesViewTest, ChecksAllCopiesButTheFirstAndSaysWhichAreKept)
     EXPECT_THAT(spoken(0).toStdString(), testing::HasSubstr("2 × 1 Ko"));
     QTest::mouseClick(button(view.get(), QStringLiteral("Cocher les doublons (garder 1 par groupe)")),
                       Qt::LeftButton);
-    EXPECT_EQ(view->selection(), tool->redundantURLs());
+    EXPECT_EQ(view->selection().urls(), tool->redundantURLs());
     EXPECT_THAT(spoken(1).toStdString(), testing::HasSubstr("conservé"));
     EXPECT_THAT(spoken(1, DuplicateTableModel::checkColumn).toStdString(), testing::StartsWith("Cocher /"));
     EXPECT_THAT(spoken(2).toStdString(), testing::Not(testing::HasSubstr("conservé")));
@@ -351,12 +352,12 @@ TEST_F(DuplicatesViewTest, KeysWalkTheRowsAndSpaceChecksACopyOrAGroup)
     QTest::keyClick(&rows(), Qt::Key_Down);
     ASSERT_EQ(rows().currentRow(), 0);
     QTest::keyClick(&rows(), Qt::Key_Space);
-    EXPECT_EQ(view->selection(), urls({"b/big"}));
+    EXPECT_EQ(view->selection().urls(), urls({"b/big"}));
     QTest::keyClick(&rows(), Qt::Key_Space);
-    EXPECT_THAT(view->selection(), IsEmpty());
+    EXPECT_THAT(view->selection().urls(), IsEmpty());
     QTest::keyClick(&rows(), Qt::Key_Down);
     QTest::keyClick(&rows(), Qt::Key_Space);
-    EXPECT_EQ(view->selection(), urls({"a/big"}));
+    EXPECT_EQ(view->selection().urls(), urls({"a/big"}));
 }
 
 TEST_F(DuplicatesViewTest, LosingEveryCopyIsAskedOnceMore)

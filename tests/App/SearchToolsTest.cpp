@@ -1,6 +1,7 @@
 #include "App/EventWait.h"
 #include "Components/CategoryChips.h"
 #include "Components/EntryTable.h"
+#include "Components/Selection.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Settings/PersistedSettings.h"
 #include "Support/TemporaryTree.h"
@@ -150,11 +151,11 @@ TEST_F(SearchToolsTest, AChipNarrowsTheListDownAndWhatIsHiddenIsNotDeleted)
     ASSERT_NE(chip(QStringLiteral("Images · 2")), nullptr);
     EXPECT_FALSE(chip(QStringLiteral("Audio · 0"))->isVisible());
     table->findChild<QAbstractItemView*>()->setFocus();
-    view.setSelection({tree.url("film.mp4"), tree.url("b.jpg")});
+    view.selection().setUrls({tree.url("film.mp4"), tree.url("b.jpg")});
 
     chip(QStringLiteral("Images · 2"))->click();
-    EXPECT_EQ(table->visibleCount(), 2U);
-    EXPECT_EQ(view.selectedEntries().size(), 1U);
+    EXPECT_EQ(table->arrangement().rowCount(), 2U);
+    EXPECT_EQ(view.selection().checkedEntries().size(), 1U);
     tool.setSearchText(QStringLiteral("ALBUM"));
     EXPECT_THAT(paths(tree, tool.filteredEntries()), ElementsAre("Album/a.jpg"));
     tool.setSearchText({});
@@ -164,7 +165,7 @@ TEST_F(SearchToolsTest, AChipNarrowsTheListDownAndWhatIsHiddenIsNotDeleted)
     ASSERT_TRUE(waitUntil(&tool, &ScanToolViewModel::removalChanged, [&tool] { return !tool.removal(); }));
     ASSERT_TRUE(chip(QStringLiteral("Images · 0"))->isVisible());
     chip(QStringLiteral("Images · 0"))->click();
-    EXPECT_EQ(table->visibleCount(), 1U);
+    EXPECT_EQ(table->arrangement().rowCount(), 1U);
     EXPECT_FALSE(tool.isFiltering());
 }
 
@@ -205,13 +206,13 @@ TEST_F(SearchToolsTest, DeletingTheOldOnesChecksThemAndNothingElse)
     NodeModulesView view{tool};
     view.show();
     scan(tool, tree.url());
-    view.setSelection({tree.url("new/node_modules")});
+    view.selection().setUrls({tree.url("new/node_modules")});
     const auto buttons = view.findChildren<QPushButton*>();
     const auto deleteOld =
         std::ranges::find(buttons, QStringLiteral("Supprimer anciens (1)"), &QPushButton::text);
     ASSERT_NE(deleteOld, buttons.end());
     (*deleteOld)->click();
-    EXPECT_EQ(view.selection(), UrlSet{tree.url("old/node_modules")});
+    EXPECT_EQ(view.selection().urls(), UrlSet{tree.url("old/node_modules")});
     const auto* const dialog = view.findChild<DeleteConfirmation*>();
     ASSERT_NE(dialog, nullptr);
     EXPECT_THAT(dialog->pending().urls, ElementsAre(tree.url("old/node_modules")));

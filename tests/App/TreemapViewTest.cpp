@@ -1,5 +1,7 @@
 #include "Tools/DiskUsage/TreemapView.h"
 
+#include "Components/EntryArrangement.h"
+
 #include <QAccessible>
 #include <QContextMenuEvent>
 #include <QEventLoop>
@@ -79,12 +81,7 @@ protected:
     {
         QObject::connect(&view, &TreemapView::selectionToggled, &view, [this](const FileUrl& url) {
             log.push_back("check " + std::string{url.lastPathComponent()});
-            auto selection = checked;
-            if (selection.erase(url) == 0) {
-                selection.insert(url);
-            }
-            checked = selection;
-            view.setSelection(selection);
+            selection.toggle(url);
         });
         QObject::connect(&view, &TreemapView::activated, &view,
                          [this](const Entry& entry) { log.push_back("open " + entry.name); });
@@ -99,9 +96,9 @@ protected:
     /// Shows the list at once, whatever came before.
     void show(const EntryList& entries)
     {
-        view.setEntries({});
+        give({});
         view.hide();
-        view.setEntries(entries);
+        give(entries);
         view.show();
     }
 
@@ -110,6 +107,14 @@ protected:
         const auto tile = view.scene().find(urlOf(name));
         EXPECT_TRUE(tile) << name;
         return tile ? view.tileRect(*tile).center().toPoint() : QPoint{};
+    }
+
+    /// Gives the list to the map and to the checks, as a screen does.
+    void give(const EntryList& entries)
+    {
+        const EntryArrangement all{{entries, {}, {}, {}, {}}};
+        selection.follow(entries, all.shown(), all.shownBytes());
+        view.setEntries(entries);
     }
 
     void click(const std::string& name) { QTest::mouseClick(&view, Qt::LeftButton, {}, centre(name)); }
@@ -130,8 +135,8 @@ protected:
         return QToolTip::text();
     }
 
-    TreemapView view;
-    std::unordered_set<FileUrl> checked;
+    Selection selection;
+    TreemapView view{selection};
     std::vector<std::string> log;
 };
 
@@ -139,13 +144,13 @@ TEST_F(TreemapViewTest, ADoubleClickActivatesOnceAndLeavesTheCheckAsItWas)
 {
     show(sixEntries());
     click("b");
-    EXPECT_EQ(checked, std::unordered_set{urlOf("b")});
+    EXPECT_EQ(selection.urls(), std::unordered_set{urlOf("b")});
     log.clear();
     click("b");
     QTest::mouseDClick(&view, Qt::LeftButton, {}, centre("b"));
     QTest::mouseRelease(&view, Qt::LeftButton, {}, centre("b"));
     EXPECT_THAT(log, ElementsAre("check b", "check b", "open b"));
-    EXPECT_EQ(checked, std::unordered_set{urlOf("b")});
+    EXPECT_EQ(selection.urls(), std::unordered_set{urlOf("b")});
 }
 
 TEST_F(TreemapViewTest, AClickThatEndsOnAnotherTileChecksNothing)
@@ -153,19 +158,19 @@ TEST_F(TreemapViewTest, AClickThatEndsOnAnotherTileChecksNothing)
     show(sixEntries());
     QTest::mousePress(&view, Qt::LeftButton, {}, centre("a"));
     QTest::mouseRelease(&view, Qt::LeftButton, {}, centre("b"));
-    EXPECT_TRUE(checked.empty());
+    EXPECT_TRUE(selection.urls().empty());
 
     // The pointer rests, but the scan puts another tile under it.
     const QPoint place = centre("a");
     QTest::mousePress(&view, Qt::LeftButton, {}, place);
     show(listOf({sized("z", 90), sized("a", 10)}));
     QTest::mouseRelease(&view, Qt::LeftButton, {}, place);
-    EXPECT_TRUE(checked.empty());
+    EXPECT_TRUE(selection.urls().empty());
 
     click("z");
     show(sixEntries());
     QTest::mouseDClick(&view, Qt::LeftButton, {}, place);
-    EXPECT_EQ(checked, std::unordered_set{urlOf("z")})
+    EXPECT_EQ(selection.urls(), std::unordered_set{urlOf("z")})
         << "the second click met another tile: it is a first one";
     EXPECT_THAT(log, testing::Not(testing::Contains("open a")));
 }
@@ -208,18 +213,18 @@ TEST_F(TreemapViewTest, TheCurrentTileIsKnownByLocationAndNotByPlace)
     click("c");
     log.clear();
     view.hide();
-    view.setEntries(listOf({sized("new", 500), sized("c", 300), sized("a", 60)}));
+    give(listOf({sized("new", 500), sized("c", 300), sized("a", 60)}));
     view.show();
     EXPECT_EQ(view.currentEntry()->name, "c");
     EXPECT_TRUE(log.empty());
 
     view.hide();
-    view.setEntries(listOf({sized("new", 500), sized("a", 60)}));
+    give(listOf({sized("new", 500), sized("a", 60)}));
     view.show();
     EXPECT_EQ(log.size(), 1U) << "deleted: the tile that took its place is current";
     EXPECT_TRUE(view.currentEntry());
 
-    view.setEntries({});
+    give({});
     EXPECT_EQ(log.back(), "at nothing");
 }
 
@@ -262,18 +267,17 @@ TEST_F(TreemapViewTest, RepaintingTilesLeavesTheSameMapAsPaintingItAnew)
     const QImage before = view.grab().toImage();
     for (const char* const name : {"films", "c.cpp", "d"}) {
         QTest::mouseMove(&view, centre(name));
-        view.setSelection({urlOf(name)});
+        selection.toggle(urlOf(name));
     }
     EXPECT_NE(view.grab().toImage(), before);
     QEvent leave{QEvent::Leave};
     QCoreApplication::sendEvent(&view, &leave);
 
-    TreemapView fresh;
+    TreemapView fresh{selection};
     fresh.resize(view.size());
-    fresh.setSelection({urlOf("d")});
     fresh.setEntries(entries);
     EXPECT_EQ(view.grab().toImage(), fresh.grab().toImage());
-    view.setSelection({});
+    selection.clear();
     EXPECT_EQ(view.grab().toImage(), before);
 }
 
@@ -282,7 +286,7 @@ TEST_F(TreemapViewTest, OfABurstOfListsTheLastIsShownInTheEnd)
     EntryList::Builder builder;
     for (int arrived = 1; arrived <= 50; ++arrived) {
         builder.append(sized(std::to_string(arrived), arrived));
-        view.setEntries(builder.snapshot());
+        give(builder.snapshot());
     }
     EXPECT_LT(drawn().size(), 50U) << "each list is laid out: a scan would use the processor up";
     while (drawn().size() < 50) {
@@ -307,7 +311,7 @@ TEST_F(TreemapViewTest, TheMenuKeyOpensTheMenuOfTheCurrentTile)
 TEST_F(TreemapViewTest, AssistiveTechnologyKeepsItsTilesWhileTheListChanges)
 {
     show(sixEntries());
-    view.setSelection({urlOf("b")});
+    selection.setUrls({urlOf("b")});
     QAccessibleInterface* const map = QAccessible::queryAccessibleInterface(&view);
     ASSERT_EQ(map->childCount(), 6);
     QAccessibleInterface* const tile = map->child(1);
@@ -318,13 +322,13 @@ TEST_F(TreemapViewTest, AssistiveTechnologyKeepsItsTilesWhileTheListChanges)
     EXPECT_THAT(log, ElementsAre("open b"));
 
     view.hide();
-    view.setEntries(listOf({sized("b", 1), sized("a", 2), sized("c", 3)}));
+    give(listOf({sized("b", 1), sized("a", 2), sized("c", 3)}));
     view.show();
     EXPECT_EQ(map->indexOfChild(tile), 2);
     EXPECT_EQ(tile->text(QAccessible::Name), QStringLiteral("b, 1 o"));
     EXPECT_EQ(map->child(2), tile);
     view.hide();
-    view.setEntries(listOf({sized("a", 2)}));
+    give(listOf({sized("a", 2)}));
     view.show();
     EXPECT_EQ(map->childCount(), 1);
     EXPECT_EQ(map->child(1), nullptr);

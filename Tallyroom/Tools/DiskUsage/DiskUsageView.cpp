@@ -2,6 +2,7 @@
 
 #include "Bridge/FileUrlText.h"
 #include "Components/EntryTable.h"
+#include "Components/Selection.h"
 #include "Components/SymbolIcon.h"
 #include "Settings/PersistedSettings.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
@@ -47,7 +48,7 @@ DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* paren
       m_breadcrumb(new Breadcrumb),
       m_tableButton(new ListChoice(ListChoice::Half::left, "list.bullet", QStringLiteral("Tableau"))),
       m_treemapButton(new ListChoice(ListChoice::Half::right, "square.grid.2x2", QStringLiteral("Treemap"))),
-      m_treemap(new TreemapView)
+      m_treemap(new TreemapView(selection()))
 {
     header().setLeading(makeWayBack());
     header().addOption(makeListChoice());
@@ -62,7 +63,6 @@ DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* paren
     connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, [this] { startOver(); });
     connect(&m_navigator, &FolderNavigatorViewModel::canGoBackChanged, m_back,
             [this] { m_back->setEnabled(m_navigator.canGoBack()); });
-    connect(&table(), &EntryTable::rowsChanged, this, &DiskUsageView::returnToChild);
     showTreemap(Settings::flag(treemapKey, false));
 }
 
@@ -108,13 +108,8 @@ QWidget* DiskUsageView::makeListChoice()
 
 void DiskUsageView::connectTreemap()
 {
-    connect(m_treemap, &TreemapView::selectionToggled, this, [this](const FileUrl& url) {
-        UrlSet urls = selection();
-        if (urls.erase(url) == 0) {
-            urls.insert(url);
-        }
-        setSelection(std::move(urls));
-    });
+    connect(m_treemap, &TreemapView::selectionToggled, this,
+            [this](const FileUrl& url) { selection().toggle(url); });
     connect(m_treemap, &TreemapView::activated, this, [this](const Entry& entry) { activate(entry); });
     connect(m_treemap, &TreemapView::contextMenuRequested, this,
             [this](const Entry& entry, const QPoint& position) {
@@ -198,42 +193,26 @@ void DiskUsageView::showTreemap(bool isShown)
 {
     m_isTreemapShown = isShown;
     (isShown ? m_treemapButton : m_tableButton)->setChecked(true);
+    showTiles();
     showList(isShown ? m_treemap->parentWidget() : &table());
 }
 
-void DiskUsageView::showEntries()
+void DiskUsageView::showRows()
 {
-    ListToolScreen::showEntries();
+    ListToolScreen::showRows();
+    returnToChild();
     showTiles();
 }
 
-void DiskUsageView::showFilter()
-{
-    ListToolScreen::showFilter();
-    showTiles();
-}
-
+/// A hidden map takes up the rows when it is shown.
 void DiskUsageView::showTiles()
 {
-    const EntryList& entries = m_navigator.entries();
-    const auto isShown = m_navigator.filter();
-    if (!isShown) {
-        m_treemap->setEntries(entries);
-        return;
+    if (m_isTreemapShown) {
+        const EntryArrangement& rows = table().arrangement();
+        std::vector<std::uint32_t> shown;
+        rows.shown().forEach([&](std::uint32_t position) { shown.push_back(position); });
+        m_treemap->setEntries(rows.entries(), std::move(shown));
     }
-    std::vector<std::uint32_t> visible;
-    for (std::uint32_t index = 0; index < entries.size(); ++index) {
-        if (isShown(entries[index])) {
-            visible.push_back(index);
-        }
-    }
-    m_treemap->setEntries(entries, std::move(visible));
-}
-
-void DiskUsageView::showSelection()
-{
-    ListToolScreen::showSelection();
-    m_treemap->setSelection(selection());
 }
 
 } // namespace tallyroom

@@ -30,9 +30,7 @@ protected:
     void activate(const Entry& entry) override;
     [[nodiscard]] std::optional<Entry> currentEntry() const override;
     void startOver() override;
-    void showEntries() override;
-    void showFilter() override;
-    void showSelection() override;
+    void showRows() override;
 
 private:
     [[nodiscard]] QWidget* makeWayBack();

@@ -75,7 +75,7 @@ public:
         state.invalid = !place;
         state.checkable = true;
         state.focusable = true;
-        state.checked = place && m_view->isChecked(m_view->scene().entry(*place));
+        state.checked = place && m_view->isChecked(*place);
         state.focused = place && m_view->hasFocus() && m_view->currentTile() == place;
         return state;
     }

@@ -150,7 +150,7 @@ int TreemapPainter::pixels(double length) const
 }
 
 QImage TreemapPainter::paint(const TreemapScene& scene, const QSize& pixels,
-                             const std::function<bool(const Entry&)>& isChecked) const
+                             const std::function<bool(std::size_t tile)>& isChecked) const
 {
     QImage image{pixels, QImage::Format_RGB32};
     image.fill(m_background);
@@ -159,7 +159,7 @@ QImage TreemapPainter::paint(const TreemapScene& scene, const QSize& pixels,
     }
     std::vector<std::pair<std::size_t, Look>> labelled;
     for (std::size_t tile = 0; tile < scene.tiles().size(); ++tile) {
-        const Look look{isChecked(scene.entry(tile)), false};
+        const Look look{isChecked(tile), false};
         const QRect rect = scene.painted(tile);
         fillTile(image, rect, scene.tiles()[tile].kind, look);
         if (hasLabel(rect)) {

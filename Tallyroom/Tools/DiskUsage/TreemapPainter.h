@@ -31,7 +31,7 @@ public:
 
     /// The whole map. `isChecked` is asked once a tile.
     [[nodiscard]] QImage paint(const TreemapScene& scene, const QSize& pixels,
-                               const std::function<bool(const Entry&)>& isChecked) const;
+                               const std::function<bool(std::size_t tile)>& isChecked) const;
 
     /// One tile anew over what was painted of it.
     void repaintTile(QImage& image, const TreemapScene& scene, std::size_t tile, Look look) const;

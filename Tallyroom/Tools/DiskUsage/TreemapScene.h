@@ -45,6 +45,8 @@ public:
 
     [[nodiscard]] const Entry& entry(std::size_t tile) const { return m_entries[m_tiles[tile].entry]; }
 
+    [[nodiscard]] const EntryList& entries() const noexcept { return m_entries; }
+
     /// The part of the cell that is painted: without the gap, which shrinks with the tile.
     [[nodiscard]] QRect painted(std::size_t tile) const;
 

@@ -25,9 +25,6 @@ using namespace std::chrono_literals;
 /// Tiles that move more often than this cannot be followed by the eye, nor hit.
 constexpr auto calm = 100ms;
 
-/// Beyond this many changed checks the whole map is painted anew.
-constexpr std::size_t fewTiles = 32;
-
 std::optional<TreemapScene::Direction> directionOf(int key)
 {
     switch (key) {
@@ -46,7 +43,8 @@ std::optional<TreemapScene::Direction> directionOf(int key)
 
 } // namespace
 
-TreemapView::TreemapView(QWidget* parent) : QWidget(parent)
+TreemapView::TreemapView(const Selection& selection, QWidget* parent)
+    : QWidget(parent), m_selection(selection)
 {
     TreemapAccessible::install();
     setFocusPolicy(Qt::StrongFocus);
@@ -62,6 +60,7 @@ TreemapView::TreemapView(QWidget* parent) : QWidget(parent)
             m_burst.start();
         }
     });
+    connect(&m_selection, &Selection::changed, this, &TreemapView::showChecks);
     connect(&Theme::shared(), &Theme::changed, this, [this] {
         m_painter.reset();
         m_map = {};
@@ -91,25 +90,22 @@ void TreemapView::setEntries(EntryList entries, std::vector<std::uint32_t> visib
     }
 }
 
-void TreemapView::setSelection(std::unordered_set<FileUrl> selection)
+bool TreemapView::isChecked(std::size_t tile) const
 {
-    std::vector<FileUrl> changed;
-    const auto collect = [&changed](const auto& from, const auto& without) {
-        std::ranges::copy_if(from, std::back_inserter(changed),
-                             [&without](const FileUrl& url) { return !without.contains(url); });
-    };
-    collect(m_selection, selection);
-    collect(selection, m_selection);
-    m_selection = std::move(selection);
-    if (changed.size() > fewTiles) {
+    return m_selection.contains(m_scene.entries(), m_scene.tiles()[tile].entry);
+}
+
+void TreemapView::showChecks(std::optional<std::uint32_t> position)
+{
+    if (!position) {
         m_map = {};
         update();
         return;
     }
-    for (const FileUrl& url : changed) {
-        if (const auto tile = m_scene.find(url)) {
-            refreshTile(*tile);
-            TreemapAccessible::announceCheck(*this, *tile);
+    for (std::size_t tile = 0; tile < m_scene.tiles().size(); ++tile) {
+        if (m_scene.tiles()[tile].entry == *position) {
+            refreshTile(tile);
+            TreemapAccessible::announceCheck(*this, tile);
         }
     }
 }
@@ -162,13 +158,10 @@ void TreemapView::paintMap()
     if (!m_map.isNull()) {
         return;
     }
-    const auto isEntryChecked = [this](const Entry& entry) {
-        return !m_selection.empty() && isChecked(entry);
-    };
-    m_map = m_painter->paint(m_scene, (QSizeF{size()} * scale).toSize(), isEntryChecked);
+    m_map = m_painter->paint(m_scene, (QSizeF{size()} * scale).toSize(),
+                             [this](std::size_t tile) { return isChecked(tile); });
     if (m_hoveredTile) {
-        m_painter->repaintTile(m_map, m_scene, *m_hoveredTile,
-                               {isChecked(m_scene.entry(*m_hoveredTile)), true});
+        m_painter->repaintTile(m_map, m_scene, *m_hoveredTile, {isChecked(*m_hoveredTile), true});
     }
 }
 
@@ -177,7 +170,7 @@ void TreemapView::refreshTile(std::size_t tile)
     if (m_map.isNull() || !m_painter) {
         return;
     }
-    m_painter->repaintTile(m_map, m_scene, tile, {isChecked(m_scene.entry(tile)), tile == m_hoveredTile});
+    m_painter->repaintTile(m_map, m_scene, tile, {isChecked(tile), tile == m_hoveredTile});
     update(tileRect(tile).toAlignedRect());
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Components/Selection.h"
 #include "Tools/DiskUsage/TreemapPainter.h"
 #include "Tools/DiskUsage/TreemapScene.h"
 
@@ -7,7 +8,6 @@
 #include <QWidget>
 
 #include <optional>
-#include <unordered_set>
 
 namespace tallyroom {
 
@@ -19,7 +19,8 @@ class TreemapView : public QWidget {
     Q_OBJECT
 
 public:
-    explicit TreemapView(QWidget* parent = nullptr);
+    /// `selection` must outlive the view.
+    explicit TreemapView(const Selection& selection, QWidget* parent = nullptr);
 
     /// Shows the whole list. Cheap, and calm however often it comes: of a burst of lists about ten a second
     /// are laid out and drawn, the last one always.
@@ -27,8 +28,6 @@ public:
 
     /// Shows the entries at the positions `visible`; shares stay those of the whole list.
     void setEntries(EntryList entries, std::vector<std::uint32_t> visible);
-
-    void setSelection(std::unordered_set<FileUrl> selection);
 
     /// The entry that the keyboard is on; nothing while there is none.
     [[nodiscard]] std::optional<Entry> currentEntry() const;
@@ -41,7 +40,7 @@ public:
 
     [[nodiscard]] std::optional<std::size_t> currentTile() const noexcept { return m_currentTile; }
 
-    [[nodiscard]] bool isChecked(const Entry& entry) const { return m_selection.contains(entry.url); }
+    [[nodiscard]] bool isChecked(std::size_t tile) const;
 
     /// Moves the keyboard's place to the tile.
     void setCurrentTile(std::size_t tile);
@@ -76,6 +75,7 @@ private:
     void layOut();
     void paintMap();
     void refreshTile(std::size_t tile);
+    void showChecks(std::optional<std::uint32_t> position);
     void setCurrent(std::optional<std::size_t> tile, const QPoint& anchor);
     void keepCurrent();
     void hover(std::optional<std::size_t> tile);
@@ -84,9 +84,9 @@ private:
     [[nodiscard]] std::optional<std::size_t> tileAt(const QPointF& position) const;
     [[nodiscard]] QString toolTipAt(const QPointF& position) const;
 
+    const Selection& m_selection;
     EntryList m_entries;
     std::vector<std::uint32_t> m_visible;
-    std::unordered_set<FileUrl> m_selection;
 
     TreemapScene m_scene;
     std::optional<TreemapPainter> m_painter; // none after the theme changed

@@ -1,7 +1,7 @@
 #include "Tools/Duplicates/DuplicateRowDelegate.h"
 
 #include "Components/CheckBox.h"
-#include "Components/EntryRowsView.h"
+#include "Components/EntryRows.h"
 #include "Components/RowPainting.h"
 #include "Components/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateTableModel.h"
@@ -19,7 +19,7 @@ constexpr int right = Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine;
 
 } // namespace
 
-DuplicateRowDelegate::DuplicateRowDelegate(const DuplicateTableModel& model, EntryRowsView& view)
+DuplicateRowDelegate::DuplicateRowDelegate(const DuplicateTableModel& model, EntryRows& view)
     : QStyledItemDelegate(&view), m_model(model), m_view(view)
 {}
 
@@ -89,8 +89,7 @@ void DuplicateRowDelegate::paintCopy(QPainter& painter, const QRect& cell, const
         CheckBox::paintBox(
             painter,
             {cell.left() + Theme::margin + Theme::gap, cell.top(), Theme::checkBoxSize, cell.height()},
-            {m_model.isChecked(*m_model.entryAt(index.row())), true, index.row() == m_view.hoveredRow(),
-             false});
+            {m_model.isChecked(index.row()), true, index.row() == m_view.hoveredRow(), false});
         break;
     case DuplicateTableModel::nameColumn:
         paintPath(painter, cell, index.row());

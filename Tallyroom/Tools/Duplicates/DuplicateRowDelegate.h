@@ -5,14 +5,14 @@
 namespace tallyroom {
 
 class DuplicateTableModel;
-class EntryRowsView;
+class EntryRows;
 
 /// Paints the rows of a `DuplicateTable`: groups as sections, copies below them. Main thread.
 class DuplicateRowDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
-    DuplicateRowDelegate(const DuplicateTableModel& model, EntryRowsView& view);
+    DuplicateRowDelegate(const DuplicateTableModel& model, EntryRows& view);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
@@ -23,7 +23,7 @@ private:
     void paintPath(QPainter& painter, const QRect& cell, int row) const;
 
     const DuplicateTableModel& m_model;
-    EntryRowsView& m_view;
+    EntryRows& m_view;
 };
 
 } // namespace tallyroom

@@ -12,27 +12,31 @@
 
 namespace tallyroom {
 
-DuplicateTableView::DuplicateTableView(DuplicateTableModel& model, QWidget* parent)
-    : EntryRowsView(model, Theme::rowHeight, parent)
+DuplicateTable::DuplicateTable(QWidget* parent) : DuplicateTable(new DuplicateTableModel, parent) {}
+
+DuplicateTable::DuplicateTable(DuplicateTableModel* model, QWidget* parent)
+    : EntryRows(model, Theme::rowHeight, parent), m_model(*model)
 {
-    setItemDelegate(new DuplicateRowDelegate{model, *this});
+    setItemDelegate(new DuplicateRowDelegate{*model, *this});
     horizontalHeader()->setVisible(false);
     horizontalHeader()->setMinimumSectionSize(Theme::checkColumnWidth);
-    connect(&model, &DuplicateTableModel::rowsAboutToChange, this, [this] { m_rowBefore = currentRow(); });
-    connect(&model, &DuplicateTableModel::rowsChanged, this, &DuplicateTableView::keepPlace);
+    connect(this, &EntryRows::sectionToggled, model, &DuplicateTableModel::toggleGroup);
+}
+
+void DuplicateTable::rememberPlace()
+{
+    m_rowBefore = currentRow();
 }
 
 /// The row that comes into the place of a removed one is the current one.
-void DuplicateTableView::keepPlace()
+void DuplicateTable::restorePlace()
 {
-    makeCurrent(std::min(m_rowBefore, model()->rowCount() - 1));
-    hoverAgain();
-    viewport()->update();
+    makeCurrent(std::min(m_rowBefore, m_model.rowCount() - 1));
 }
 
-void DuplicateTableView::resizeEvent(QResizeEvent* event)
+void DuplicateTable::resizeEvent(QResizeEvent* event)
 {
-    EntryRowsView::resizeEvent(event);
+    EntryRows::resizeEvent(event);
     const int check = Theme::margin + Theme::checkColumnWidth;
     const bool isNarrow = viewport()->width() < Theme::narrowWidth;
     const int detail = (isNarrow ? Theme::gainColumnMinimum : Theme::sizeColumnIdeal) + trailingMargin();
@@ -42,28 +46,16 @@ void DuplicateTableView::resizeEvent(QResizeEvent* event)
                    std::max(viewport()->width() - check - detail, Theme::checkColumnWidth));
 }
 
-DuplicateTable::DuplicateTable(QWidget* parent) : DuplicateTable(new DuplicateTableModel, parent) {}
-
-DuplicateTable::DuplicateTable(DuplicateTableModel* model, QWidget* parent)
-    : DuplicateTable(model, new DuplicateTableView{*model}, parent)
-{}
-
-DuplicateTable::DuplicateTable(DuplicateTableModel* model, DuplicateTableView* view, QWidget* parent)
-    : EntryRows(model, view, parent), m_model(model)
-{
-    connect(view, &EntryRowsView::sectionToggled, model, &DuplicateTableModel::toggleGroup);
-}
-
 void DuplicateTable::setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown)
 {
-    m_model->setGroups(std::move(groups), shown);
+    m_model.setGroups(std::move(groups), shown);
 }
 
 void DuplicateTable::addActions(QMenu& menu, const Entry& entry)
 {
     connect(
         menu.addAction(SymbolIcon::icon("checklist"), QStringLiteral("Garder celui-ci, cocher les autres")),
-        &QAction::triggered, this, [this, entry] { m_model->checkOthers(entry); });
+        &QAction::triggered, this, [this, entry] { m_model.checkOthers(entry); });
     menu.addSeparator();
     connect(menu.addAction(SymbolIcon::icon("doc"), QStringLiteral("Ouvrir")), &QAction::triggered, this,
             [this, entry] { Q_EMIT openRequested(entry); });
@@ -72,9 +64,9 @@ void DuplicateTable::addActions(QMenu& menu, const Entry& entry)
 void DuplicateTable::addSectionActions(QMenu& menu, int row)
 {
     connect(menu.addAction(SymbolIcon::icon("checklist"),
-                           m_model->isGroupChecked(row) ? QStringLiteral("Décocher ce groupe")
-                                                        : QStringLiteral("Cocher les doublons de ce groupe")),
-            &QAction::triggered, this, [this, row] { m_model->toggleGroup(row); });
+                           m_model.isGroupChecked(row) ? QStringLiteral("Décocher ce groupe")
+                                                       : QStringLiteral("Cocher les doublons de ce groupe")),
+            &QAction::triggered, this, [this, row] { m_model.toggleGroup(row); });
 }
 
 } // namespace tallyroom

@@ -1,28 +1,11 @@
 #pragma once
 
 #include "Components/EntryRows.h"
-#include "Components/EntryRowsView.h"
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
 namespace tallyroom {
 
 class DuplicateTableModel;
-
-/// The part of a `DuplicateTable` that scrolls. Main thread.
-class DuplicateTableView : public EntryRowsView {
-    Q_OBJECT
-
-public:
-    explicit DuplicateTableView(DuplicateTableModel& model, QWidget* parent = nullptr);
-
-protected:
-    void resizeEvent(QResizeEvent* event) override;
-
-private:
-    void keepPlace();
-
-    int m_rowBefore = -1;
-};
 
 /// Groups of identical files as sections, with their copies to check below them. Space on a section's row
 /// checks what need not stay of its copies. Main thread.
@@ -41,12 +24,15 @@ Q_SIGNALS:
 protected:
     void addActions(QMenu& menu, const Entry& entry) override;
     void addSectionActions(QMenu& menu, int row) override;
+    void rememberPlace() override;
+    void restorePlace() override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     DuplicateTable(DuplicateTableModel* model, QWidget* parent);
-    DuplicateTable(DuplicateTableModel* model, DuplicateTableView* view, QWidget* parent);
 
-    DuplicateTableModel* m_model;
+    DuplicateTableModel& m_model;
+    int m_rowBefore = -1;
 };
 
 } // namespace tallyroom

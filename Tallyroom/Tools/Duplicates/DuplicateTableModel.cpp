@@ -21,9 +21,32 @@ void DuplicateTableModel::setGroups(DuplicateGroups groups, const std::vector<st
         }
     }
     replaceRows(rowCount(), static_cast<int>(rows.size()), [&] {
-        m_groups = std::move(groups);
+        if (groups != m_groups) {
+            m_groups = std::move(groups);
+            listEntries();
+        }
         m_rows = std::move(rows);
+        PositionSet positions;
+        std::int64_t bytes = 0;
+        for (int row = 0; row < rowCount(); ++row) {
+            if (const std::optional<std::uint32_t> position = positionAt(row)) {
+                positions.insert(*position);
+                bytes = checkedSum(bytes, m_entries[*position].sizeBytes);
+            }
+        }
+        selection().follow(m_entries, std::move(positions), bytes);
     });
+}
+
+void DuplicateTableModel::listEntries()
+{
+    std::vector<Entry> entries;
+    m_starts.clear();
+    for (const DuplicateGroup& group : *m_groups) {
+        m_starts.push_back(static_cast<std::uint32_t>(entries.size()));
+        entries.insert(entries.end(), group.entries.begin(), group.entries.end());
+    }
+    m_entries = EntryList{std::move(entries)};
 }
 
 const DuplicateGroup& DuplicateTableModel::groupAt(int row) const
@@ -31,75 +54,48 @@ const DuplicateGroup& DuplicateTableModel::groupAt(int row) const
     return (*m_groups)[rowAt(row).group];
 }
 
-const Entry* DuplicateTableModel::entryAt(int row) const
+std::optional<std::uint32_t> DuplicateTableModel::positionAt(int row) const
 {
-    return isHead(row) ? nullptr : &groupAt(row).entries[rowAt(row).copy];
+    return isHead(row) ? std::nullopt : std::optional{m_starts[rowAt(row).group] + rowAt(row).copy};
 }
 
-std::optional<int> DuplicateTableModel::rowOf(const FileUrl& url, int likelyRow) const
+PositionSet DuplicateTableModel::copies(int row, const std::vector<bool>& which) const
 {
-    const auto shows = [&](int row) {
-        const Entry* const entry = entryAt(row);
-        return entry != nullptr && entry->url == url;
-    };
-    if (likelyRow < rowCount() && shows(likelyRow)) {
-        return likelyRow;
-    }
-    for (int row = 0; row < rowCount(); ++row) {
-        if (shows(row)) {
-            return row;
+    PositionSet positions;
+    for (std::uint32_t copy = 0; copy < which.size(); ++copy) {
+        if (which[copy]) {
+            positions.insert(m_starts[rowAt(row).group] + copy);
         }
     }
-    return std::nullopt;
+    return positions;
+}
+
+PositionSet DuplicateTableModel::allCopies(int row) const
+{
+    return copies(row, std::vector<bool>(groupAt(row).entries.size(), true));
+}
+
+PositionSet DuplicateTableModel::redundantCopies(int row) const
+{
+    return copies(row, groupAt(row).redundantBeside(groupAt(row).keptCopy()));
 }
 
 bool DuplicateTableModel::isGroupChecked(int row) const
 {
-    const DuplicateGroup& group = groupAt(row);
-    const std::vector<bool> redundant = group.redundantBeside(group.keptCopy());
-    for (std::size_t copy = 0; copy < redundant.size(); ++copy) {
-        if (isChecked(group.entries[copy]) != redundant[copy]) {
-            return false;
-        }
-    }
-    return std::ranges::find(redundant, true) != redundant.end();
+    const PositionSet redundant = redundantCopies(row);
+    return !redundant.empty() && selection().checkedOf(allCopies(row)) == redundant;
 }
 
 void DuplicateTableModel::toggleGroup(int row)
 {
-    const DuplicateGroup& group = groupAt(row);
-    if (isGroupChecked(row)) {
-        check(group, std::vector<bool>(group.entries.size(), false));
-    } else {
-        check(group, group.redundantBeside(group.keptCopy()));
-    }
+    selection().assign(allCopies(row), isGroupChecked(row) ? PositionSet{} : redundantCopies(row));
 }
 
 void DuplicateTableModel::checkOthers(const Entry& kept)
 {
     if (const std::optional<int> row = rowOf(kept.url, 0)) {
-        check(groupAt(*row), groupAt(*row).redundantBeside(rowAt(*row).copy));
+        selection().assign(allCopies(*row), copies(*row, groupAt(*row).redundantBeside(rowAt(*row).copy)));
     }
-}
-
-/// Checks the copies that `checked` marks, and no others of their group.
-void DuplicateTableModel::check(const DuplicateGroup& group, const std::vector<bool>& checked)
-{
-    Selection selection = this->selection();
-    for (std::size_t copy = 0; copy < checked.size(); ++copy) {
-        if (checked[copy]) {
-            selection.insert(group.entries[copy].url);
-        } else {
-            selection.erase(group.entries[copy].url);
-        }
-    }
-    setSelection(std::move(selection));
-    Q_EMIT selectionEdited();
-}
-
-bool DuplicateTableModel::hasChecked(const DuplicateGroup& group) const
-{
-    return std::ranges::any_of(group.entries, [this](const Entry& copy) { return isChecked(copy); });
 }
 
 std::vector<EntryBadge> DuplicateTableModel::badges(int row) const
@@ -108,7 +104,7 @@ std::vector<EntryBadge> DuplicateTableModel::badges(int row) const
     const std::size_t copy = rowAt(row).copy;
     const FileIdentity& identity = group.identities[copy];
     std::vector<EntryBadge> badges;
-    if (!isChecked(group.entries[copy]) && hasChecked(group)) {
+    if (!isChecked(row) && !selection().checkedOf(allCopies(row)).empty()) {
         badges.push_back({QStringLiteral("conservé"), Theme::Colour::done});
     }
     // Of the paths that lead to one file, all but the first say so: removing one of them frees nothing.
@@ -163,7 +159,7 @@ QVariant DuplicateTableModel::data(const QModelIndex& index, int role) const
         return FileUrlText::display(entry->url).toHtmlEscaped();
     }
     if (role == Qt::CheckStateRole && entry != nullptr && index.column() == checkColumn) {
-        return isChecked(*entry) ? Qt::Checked : Qt::Unchecked;
+        return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
     }
     return {};
 }
@@ -208,7 +204,7 @@ QString DuplicateTableModel::accessibleText(int row, int column) const
     }
     parts += text(row, detailColumn);
     if (entry != nullptr) {
-        parts += accessibleCheck(*entry);
+        parts += accessibleCheck(row);
     }
     return parts.join(QStringLiteral(", "));
 }

@@ -5,7 +5,6 @@
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 namespace tallyroom {
@@ -52,8 +51,7 @@ public:
 
     [[nodiscard]] static Gain gain(const DuplicateGroup& group);
 
-    [[nodiscard]] const Entry* entryAt(int row) const override;
-    [[nodiscard]] std::optional<int> rowOf(const FileUrl& url, int likelyRow) const override;
+    [[nodiscard]] std::optional<std::uint32_t> positionAt(int row) const override;
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
@@ -68,11 +66,18 @@ private:
 
     [[nodiscard]] const Row& rowAt(int row) const { return m_rows[static_cast<std::size_t>(row)]; }
 
-    void check(const DuplicateGroup& group, const std::vector<bool>& checked);
-    [[nodiscard]] bool hasChecked(const DuplicateGroup& group) const;
+    void listEntries();
+
+    /// The positions of the marked copies of the row's group, of all, and of those that nobody needs.
+    [[nodiscard]] PositionSet copies(int row, const std::vector<bool>& which) const;
+    [[nodiscard]] PositionSet allCopies(int row) const;
+    [[nodiscard]] PositionSet redundantCopies(int row) const;
+
     [[nodiscard]] QString text(int row, int column) const;
     [[nodiscard]] QString accessibleText(int row, int column) const;
 
+    EntryList m_entries;                 // the copies of all groups, group after group
+    std::vector<std::uint32_t> m_starts; // the position of each group's first copy
     DuplicateGroups m_groups = std::make_shared<const std::vector<DuplicateGroup>>();
     std::vector<Row> m_rows;
 };

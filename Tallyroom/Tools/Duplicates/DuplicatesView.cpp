@@ -3,6 +3,7 @@
 #include "Analysis/DuplicateExport.h"
 #include "Bridge/SizeText.h"
 #include "Components/OptionMenu.h"
+#include "Components/Selection.h"
 #include "Components/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateTable.h"
 #include "Tools/ExportFlow.h"
@@ -50,7 +51,7 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table,
     header().addOption(m_minimumSize);
     header().addAction(m_checkRedundant);
     connect(m_checkRedundant, &QPushButton::clicked, this,
-            [this] { setSelection(m_duplicates.redundantURLs()); });
+            [this] { selection().setUrls(m_duplicates.redundantURLs()); });
     connect(table, &DuplicateTable::openRequested, this,
             [](const Entry& entry) { Desktop::open(entry.url); });
     connect(&tool, &DuplicatesViewModel::groupsChanged, this, [this] { showEntries(); });
@@ -114,6 +115,15 @@ QString DuplicatesView::summary() const
                    sizeText(reclaimable) + QStringLiteral(" récupérables");
     if (wasted != reclaimable) {
         text += QStringLiteral(" (%1 en double, liens physiques compris)").arg(sizeText(wasted));
+    }
+    if (m_duplicates.isFiltering()) {
+        std::int64_t shownBytes = 0;
+        for (const std::uint32_t index : m_duplicates.filteredGroups()) {
+            shownBytes = checkedSum(shownBytes, m_duplicates.groups()[index].reclaimableBytes());
+        }
+        text += QStringLiteral(" · ") +
+                counted(m_duplicates.filteredGroups().size(), QStringLiteral("affiché")) +
+                QStringLiteral(" · ") + sizeText(shownBytes);
     }
     return text;
 }

@@ -3,6 +3,7 @@
 #include "Bridge/SizeText.h"
 #include "Components/EntryTable.h"
 #include "Components/OptionMenu.h"
+#include "Components/Selection.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolStyles.h"
 
@@ -95,7 +96,7 @@ void NodeModulesView::askDeletionOfOld()
     const std::vector<Entry> old = m_nodeModules.oldEntries();
     UrlSet urls;
     std::ranges::transform(old, std::inserter(urls, urls.end()), &Entry::url);
-    setSelection(std::move(urls));
+    selection().setUrls(std::move(urls));
     askDeletion(old, DeleteConfirmation::Default::trash);
 }
 

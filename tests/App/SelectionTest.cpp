@@ -1,0 +1,205 @@
+#include "Components/Selection.h"
+
+#include "Components/EntryArrangement.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace tallyroom {
+
+namespace {
+
+using Urls = Selection::Urls;
+
+/// A list on screen and its checks, beside a plain set of locations to which the same is done.
+class SelectionModel {
+public:
+    explicit SelectionModel(unsigned seed) : m_random(seed) { grow(200); }
+
+    void act()
+    {
+        const EntryList& entries = m_rows.entries();
+        const Entry one = entries[below(entries.size())];
+        switch (below(9)) {
+        case 0:
+            grow(below(100));
+            break;
+        case 1: // deleted
+            m_entries = EntryList{without(m_entries, below(17))};
+            m_isDrained = true;
+            break;
+        case 2: // scanned again meanwhile, and some are gone
+            m_entries = EntryList{shuffled(without(m_entries, below(17)))};
+            m_isDrained = true;
+            break;
+        case 3:
+            m_shownDigit = static_cast<char>('0' + below(20));
+            break;
+        case 4:
+            selection.setAll();
+            visitShown([&](const Entry& entry) { checked.insert(entry.url); });
+            return;
+        case 5:
+            selection.setUrls({one.url});
+            checked = {one.url};
+            return;
+        case 6:
+            checkSomeRows();
+            return;
+        default:
+            toggle(one.url);
+            return;
+        }
+        show();
+    }
+
+    void compare() const
+    {
+        Urls shownAndChecked;
+        std::int64_t bytes = 0;
+        visitShown([&](const Entry& entry) {
+            if (checked.contains(entry.url)) {
+                shownAndChecked.insert(entry.url);
+                bytes += entry.sizeBytes;
+            }
+        });
+        ASSERT_EQ(selection.count(), shownAndChecked.size());
+        ASSERT_EQ(selection.bytes(), bytes);
+        ASSERT_EQ(selection.urls(), checked);
+        Urls deleted;
+        for (const Entry& entry : selection.checkedEntries()) {
+            deleted.insert(entry.url);
+        }
+        ASSERT_EQ(deleted, shownAndChecked);
+    }
+
+    Selection selection;
+    Urls checked;
+
+private:
+    std::size_t below(std::size_t bound) { return m_random() % bound; }
+
+    void grow(std::size_t count)
+    {
+        if (m_isDrained) {
+            return; // a list that was edited does not grow
+        }
+        for (std::size_t added = 0; added < count; ++added) {
+            const std::string name = std::to_string(m_found.size());
+            m_found.append({FileUrl{"/" + name}, name, static_cast<std::int64_t>(below(1000)), false, {}});
+        }
+        m_entries = m_found.snapshot();
+        show();
+    }
+
+    static std::vector<Entry> without(const EntryList& entries, std::size_t remainder)
+    {
+        std::vector<Entry> rest = entries.toVector();
+        std::erase_if(rest, [&](const Entry& entry) { return std::stoul(entry.name) % 17 == remainder; });
+        return rest;
+    }
+
+    std::vector<Entry> shuffled(std::vector<Entry> entries)
+    {
+        std::ranges::shuffle(entries, m_random);
+        return entries;
+    }
+
+    void show()
+    {
+        // Digits beyond 9 filter nothing.
+        const auto isShown = [digit = m_shownDigit](const Entry& entry) {
+            return entry.name.find(digit) != std::string::npos;
+        };
+        EntryArrangement::Request request{m_entries, {}, {EntrySortOrder::Key::name, 0, true}, {}, {}};
+        if (m_shownDigit <= '9') {
+            request.filter = isShown;
+        }
+        m_rows = EntryArrangement{request};
+        selection.follow(m_entries, m_rows.shown(), m_rows.shownBytes());
+        selection.forgetAbsent();
+        Urls listed;
+        for (const Entry& entry : m_entries) {
+            listed.insert(entry.url);
+        }
+        std::erase_if(checked, [&](const FileUrl& url) { return !listed.contains(url); });
+    }
+
+    void toggle(const FileUrl& url)
+    {
+        selection.toggle(url);
+        if (checked.erase(url) == 0) {
+            checked.insert(url);
+        }
+    }
+
+    void checkSomeRows()
+    {
+        PositionSet among;
+        PositionSet wanted;
+        for (std::size_t row = 0; row < m_rows.rowCount(); row += 1 + below(5)) {
+            among.insert(m_rows.position(row));
+            checked.erase(m_rows.entry(row).url);
+            if (below(2) == 0) {
+                wanted.insert(m_rows.position(row));
+                checked.insert(m_rows.entry(row).url);
+            }
+        }
+        selection.assign(among, wanted);
+    }
+
+    template <class Visit>
+    void visitShown(const Visit& visit) const
+    {
+        for (std::size_t row = 0; row < m_rows.rowCount(); ++row) {
+            visit(m_rows.entry(row));
+        }
+    }
+
+    std::mt19937 m_random;
+    EntryList::Builder m_found;
+    EntryList m_entries;
+    EntryArrangement m_rows;
+    char m_shownDigit = 'x';
+    bool m_isDrained = false;
+};
+
+TEST(Selection, IsWhatASetOfLocationsWouldBeWhateverBecomesOfTheList)
+{
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        SelectionModel model{seed};
+        for (int step = 0; step < 60; ++step) {
+            model.act();
+            model.compare();
+            ASSERT_FALSE(testing::Test::HasFatalFailure()) << "seed " << seed << ", step " << step;
+        }
+    }
+}
+
+TEST(Selection, ChecksComeBackWithTheirEntriesUntilTheScanIsComplete)
+{
+    const Entry a{FileUrl{"/a"}, "a", 3, false, {}};
+    const Entry b{FileUrl{"/b"}, "b", 2, false, {}};
+    Selection selection;
+    const auto show = [&selection](const std::vector<Entry>& entries) {
+        const EntryArrangement rows{{EntryList{entries}, {}, {}, {}, {}}};
+        selection.follow(rows.entries(), rows.shown(), rows.shownBytes());
+    };
+    show({a, b});
+    selection.setAll();
+    show({});
+    EXPECT_EQ(selection.count(), 0U);
+    show({b});
+    EXPECT_EQ(selection.bytes(), 2);
+    show({a, b});
+    EXPECT_EQ(selection.bytes(), 5);
+    show({});
+    selection.forgetAbsent();
+    show({a, b});
+    EXPECT_EQ(selection.count(), 0U);
+}
+
+} // namespace
+
+} // namespace tallyroom
