@@ -1,5 +1,6 @@
 #include "FileSystem/FolderReader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -26,12 +27,34 @@ SystemResult<FileDescriptor> open(int base, const char* path, int flags)
     return FileDescriptor{descriptor};
 }
 
+/// One component at a time, none of them a link.
+SystemResult<FileDescriptor> openEachStep(int base, std::string_view path, int flags)
+{
+    FileDescriptor reached;
+    while (true) {
+        const std::string step{path.substr(0, path.find('/'))};
+        path.remove_prefix(std::min(path.find_first_not_of('/', step.size()), path.size()));
+        if (step == "..") {
+            return std::unexpected(SystemError{EXDEV});
+        }
+        auto opened = open(reached.isOpen() ? reached.get() : base, step.c_str(),
+                           (path.empty() ? flags : throughFlags) | O_NOFOLLOW);
+        if (!opened || path.empty()) {
+            return opened;
+        }
+        reached = std::move(*opened);
+    }
+}
+
 SystemResult<FileDescriptor> openWithoutLinks(int base, const char* path, int flags)
 {
     open_how how = {};
     how.flags = static_cast<unsigned>(flags | O_NOFOLLOW);
-    how.resolve = RESOLVE_NO_SYMLINKS;
+    how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_BENEATH;
     const long descriptor = ::syscall(SYS_openat2, base, path, &how, sizeof how);
+    if (descriptor < 0 && (errno == ENOSYS || errno == EPERM)) { // an old kernel, or one held back
+        return openEachStep(base, path, flags);
+    }
     if (descriptor < 0) {
         return std::unexpected(SystemError::last());
     }
@@ -121,9 +144,9 @@ SystemResult<FileDescriptor> openChildFolder(int parent, const char* name)
     return open(parent, name, listingFlags | O_NOFOLLOW);
 }
 
-SystemResult<FileDescriptor> openDescendantFolder(int base, std::string_view path)
+SystemResult<FileDescriptor> openDescendantFolder(int base, std::string_view path, FolderAccess access)
 {
-    return openBySteps(base, path, listingFlags, openWithoutLinks);
+    return openBySteps(base, path, flagsFor(access), openWithoutLinks);
 }
 
 NameBuffer::NameBuffer() : m_bytes(capacity) {}

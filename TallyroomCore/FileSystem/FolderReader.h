@@ -24,9 +24,11 @@ enum class FolderAccess : unsigned char {
 /// Opens the folder `name` in the open folder `parent` for listing; a link is refused (ELOOP or ENOTDIR).
 [[nodiscard]] SystemResult<FileDescriptor> openChildFolder(int parent, const char* name);
 
-/// Opens the folder at `path` below the open folder `base`, for listing; no component may be a link
-/// (RESOLVE_NO_SYMLINKS, openat2(2)). `path` may be longer than PATH_MAX.
-[[nodiscard]] SystemResult<FileDescriptor> openDescendantFolder(int base, std::string_view path);
+/// Opens the folder at `path` below the open folder `base`; no component may be a link (ELOOP or ENOTDIR) or
+/// lead out of it (EXDEV): RESOLVE_NO_SYMLINKS and RESOLVE_BENEATH of openat2(2), or step by step where the
+/// kernel does not grant that call. `path` may be longer than PATH_MAX.
+[[nodiscard]] SystemResult<FileDescriptor> openDescendantFolder(int base, std::string_view path,
+                                                                FolderAccess access = FolderAccess::listing);
 
 /// One name of a folder, as getdents64(2) tells it.
 struct ListedName {

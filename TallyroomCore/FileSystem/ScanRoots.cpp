@@ -2,7 +2,6 @@
 
 #include "FileSystem/FileContent.h"
 #include "FileSystem/FileDescriptor.h"
-#include "Volumes/MountTable.h"
 
 #include <algorithm>
 #include <array>
@@ -51,21 +50,18 @@ std::uint32_t folded(std::uint64_t hash)
 
 } // namespace
 
-VolumeMarks VolumeMarks::read()
+VolumeMarks::VolumeMarks(std::span<const Mount> mounts)
 {
-    VolumeMarks marks;
-    for (const Mount& mount : MountTable::read()) {
-        const auto known = std::ranges::find(marks.m_marks, mount.device, &Mark::device);
-        if (known == marks.m_marks.end()) {
+    for (const Mount& mount : mounts) {
+        if (std::ranges::find(m_marks, mount.device, &Mark::device) == m_marks.end()) {
             const bool isDisk = (mount.device >> 32U) != 0;
             const std::string words =
                 mount.type + '\n' + mount.source + '\n' + (isDisk ? diskSequence(mount.device) : "");
-            marks.m_marks.push_back(
+            m_marks.push_back(
                 {mount.device, folded(std::hash<std::string>{}(words)), keepsInodeNumbers(mount.type)});
         }
     }
-    std::ranges::sort(marks.m_marks, {}, &Mark::device);
-    return marks;
+    std::ranges::sort(m_marks, {}, &Mark::device);
 }
 
 ItemIdentity VolumeMarks::identify(const FileAttributes& attributes) const
@@ -109,7 +105,7 @@ public:
 
     const ScanRoot& add(const FileUrl& url, const FileAttributes& folder)
     {
-        auto volumes = std::make_shared<const VolumeMarks>(VolumeMarks::read());
+        auto volumes = std::make_shared<const VolumeMarks>(MountTable::read());
         const std::scoped_lock lock{m_mutex};
         if (m_volumes == nullptr || *m_volumes != *volumes) {
             m_volumes = std::move(volumes);

@@ -3,9 +3,11 @@
 #include "FileSystem/FileAttributes.h"
 #include "Model/FileUrl.h"
 #include "Model/ItemIdentity.h"
+#include "Volumes/MountTable.h"
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace tallyroom {
@@ -14,8 +16,10 @@ namespace tallyroom {
 /// given to the next stick that is plugged in, and some file systems make up their inode numbers as they go.
 class VolumeMarks {
 public:
-    /// Reads the mount table. Touches no mounted file system, so nothing waits.
-    [[nodiscard]] static VolumeMarks read();
+    VolumeMarks() = default;
+
+    /// The marks of what is mounted by this table. Touches no mounted file system, so nothing waits.
+    explicit VolumeMarks(std::span<const Mount> mounts);
 
     /// Which item these attributes are of, without its root. Where inode numbers do not last, a file's size
     /// and modification time stand for it.

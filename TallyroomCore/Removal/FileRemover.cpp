@@ -4,8 +4,10 @@
 #include "Removal/ProtectedLocations.h"
 #include "Removal/Trash.h"
 #include "Removal/TreeRemoval.h"
+#include "Volumes/MountTable.h"
 
 #include <cerrno>
+#include <memory>
 #include <optional>
 
 namespace tallyroom {
@@ -14,6 +16,7 @@ namespace {
 
 using FileRemover::RemovalError;
 using FileRemover::RemovalExpected;
+using FileRemover::RemovalFailure;
 
 /// The words for an error of a location that was given, where the platform's own would puzzle.
 std::string wordsFor(const FileUrl& url, SystemError error)
@@ -24,46 +27,99 @@ std::string wordsFor(const FileUrl& url, SystemError error)
     return error.code == EINVAL ? "Cet emplacement ne désigne ni un fichier ni un dossier." : error.message();
 }
 
+/// What is to be removed: a location, or the item that a scan saw there.
+struct Wanted {
+    const FileUrl& url;
+    const Entry* seen = nullptr;
+};
+
+/// The words for an item of which a part is gone.
+std::string wordsForTheRest(const TreeRemoval::Outcome& outcome)
+{
+    std::string words = outcome.isStopped ? "Suppression arrêtée, en partie supprimé" : "En partie supprimé";
+    if (outcome.kept > 0) {
+        words += outcome.firstKept.empty() ? " : le dossier lui-même reste"
+                                           : " : il reste « " + outcome.firstKept + " »";
+        words += " (" + outcome.error->message() + ")";
+    }
+    if (outcome.kept > 1) {
+        words += outcome.kept == 2 ? " et un autre" : " et " + std::to_string(outcome.kept - 1) + " autres";
+    }
+    return words + ".";
+}
+
+/// The words for an item that is left whole.
+std::string wordsFor(SystemError error)
+{
+    switch (error.code) {
+    case EXDEV:
+        return "Un autre volume est monté dans ce dossier.";
+    case ESTALE:
+        return hasChanged;
+    default:
+        return error.message();
+    }
+}
+
 /// One batch: what is read once for all of its items.
 class Batch {
 public:
-    RemovalExpected<FileUrl> moveToTrash(const FileUrl& url)
+    /// Moves an item to the trash, or says in `failure` why it stays.
+    std::optional<FileRemover::TrashedItem> moveToTrash(const Wanted& wanted, RemovalFailure& failure)
     {
-        const auto place = removable(url);
-        if (!place) {
-            return std::unexpected(place.error());
-        }
-        auto stored = m_trash.moveIn(*place);
+        const auto place = removable(wanted);
+        auto stored =
+            place ? m_trash.moveIn(*place) : std::unexpected(Trash::Refusal{0, place.error().message});
         if (!stored) {
-            return std::unexpected(RemovalError{std::move(stored.error().message)});
+            failure = {wanted.url, std::move(stored.error().message)};
+            return std::nullopt;
         }
-        return std::move(*stored);
+        return FileRemover::TrashedItem{wanted.url, std::move(stored->inTrash), stored->item, stored->folder};
     }
 
-    RemovalExpected<void> deletePermanently(const FileUrl& url)
+    enum class Removed : unsigned char { yes, no, notBegun };
+
+    /// Removes an item for good, or says in `failure` what is left of it.
+    Removed deletePermanently(const Wanted& wanted, const std::stop_token& stop, RemovalFailure& failure)
     {
-        const auto place = removable(url);
+        const auto place = removable(wanted);
         if (!place) {
-            return std::unexpected(place.error());
+            failure = {wanted.url, place.error().message};
+            return Removed::no;
         }
-        if (const auto removed = TreeRemoval::removeItem(place->parent.get(), place->name); !removed) {
-            return std::unexpected(RemovalError{removed.error().code == EXDEV
-                                                    ? "Un autre volume est monté dans ce dossier."
-                                                    : removed.error().message()});
+        const auto outcome = TreeRemoval::removeItem(place->parent.get(), place->name, place->meant, stop);
+        if (outcome.isGone()) {
+            Trash::forget(*place);
+            return Removed::yes;
         }
-        return {};
+        if (outcome.removed == 0 && outcome.isStopped) {
+            return Removed::notBegun;
+        }
+        failure = {wanted.url, outcome.removed == 0 ? wordsFor(*outcome.error) : wordsForTheRest(outcome),
+                   outcome.freedBytes};
+        return Removed::no;
+    }
+
+    /// Moves an item back out of the trash.
+    std::expected<void, Trash::Refusal> restore(const FileRemover::TrashedItem& item)
+    {
+        return Trash::putBack(
+            {item.inTrash, item.original, {item.item, volumes()}, {item.folder, volumes()}});
     }
 
 private:
     /// The place of an item that may be removed.
-    RemovalExpected<ItemPlace> removable(const FileUrl& url)
+    RemovalExpected<ItemPlace> removable(const Wanted& wanted)
     {
-        auto place = ItemPlace::open(url);
+        auto place =
+            wanted.seen != nullptr ? ItemPlace::open(*wanted.seen, volumes()) : ItemPlace::open(wanted.url);
         if (!place) {
-            return std::unexpected(RemovalError{wordsFor(url, place.error())});
+            return std::unexpected(RemovalError{
+                wanted.seen != nullptr ? wordsFor(place.error()) : wordsFor(wanted.url, place.error())});
         }
+        place->meant.volumes = volumes();
         if (!m_protected) {
-            m_protected = ProtectedLocations::read();
+            m_protected = ProtectedLocations::read(mounts());
         }
         if (!*m_protected) {
             return std::unexpected(RemovalError{m_protected->error().message()});
@@ -74,6 +130,24 @@ private:
         return std::move(*place);
     }
 
+    const std::vector<Mount>& mounts()
+    {
+        if (!m_mounts) {
+            m_mounts = MountTable::read();
+        }
+        return *m_mounts;
+    }
+
+    const std::shared_ptr<const VolumeMarks>& volumes()
+    {
+        if (m_volumes == nullptr) {
+            m_volumes = std::make_shared<const VolumeMarks>(mounts());
+        }
+        return m_volumes;
+    }
+
+    std::optional<std::vector<Mount>> m_mounts;
+    std::shared_ptr<const VolumeMarks> m_volumes;
     std::optional<SystemResult<ProtectedLocations>> m_protected;
     Trash m_trash;
 };
@@ -86,37 +160,43 @@ void report(const FileRemover::BatchProgress& progress, std::size_t completed, s
 }
 
 /// Removes one item and writes down what became of it.
-void record(FileRemover::RemovalResult& result, const FileUrl& url, Batch& batch, bool permanently)
+void record(FileRemover::RemovalResult& result, const Wanted& wanted, Batch& batch, bool permanently,
+            const std::stop_token& stop)
 {
-    RemovalExpected<void> done;
+    RemovalFailure failure;
+    auto removed = Batch::Removed::no;
     if (permanently) {
-        done = batch.deletePermanently(url);
-    } else if (auto inTrash = batch.moveToTrash(url)) {
-        result.trashed.push_back({url, std::move(*inTrash)});
-    } else {
-        done = std::unexpected(std::move(inTrash.error()));
+        removed = batch.deletePermanently(wanted, stop, failure);
+    } else if (auto trashed = batch.moveToTrash(wanted, failure)) {
+        result.trashed.push_back(std::move(*trashed));
+        removed = Batch::Removed::yes;
     }
-    if (done) {
-        result.removed.push_back(url);
-    } else {
-        result.failures.push_back({url, std::move(done.error().message)});
+    if (removed == Batch::Removed::yes) {
+        result.removed.push_back(wanted.url);
+    } else if (removed == Batch::Removed::no) {
+        result.failures.push_back(std::move(failure));
     }
+}
+
+RemovalExpected<void> removeOne(const FileUrl& url, bool permanently)
+{
+    const auto result = FileRemover::remove(std::span{&url, 1}, permanently);
+    if (!result.allSucceeded()) {
+        return std::unexpected(RemovalError{result.failures.front().message});
+    }
+    return {};
 }
 
 } // namespace
 
 RemovalExpected<void> FileRemover::moveToTrash(const FileUrl& url)
 {
-    const auto stored = Batch{}.moveToTrash(url);
-    if (!stored) {
-        return std::unexpected(stored.error());
-    }
-    return {};
+    return removeOne(url, false);
 }
 
 RemovalExpected<void> FileRemover::deletePermanently(const FileUrl& url)
 {
-    return Batch{}.deletePermanently(url);
+    return removeOne(url, true);
 }
 
 FileRemover::RemovalResult FileRemover::moveToTrash(std::span<const FileUrl> urls)
@@ -130,7 +210,7 @@ FileRemover::RemovalResult FileRemover::remove(std::span<const FileUrl> urls, bo
     RemovalResult result;
     Batch batch;
     for (const FileUrl& url : urls) {
-        record(result, url, batch, permanently);
+        record(result, {url}, batch, permanently, {});
         report(progress, result.removed.size() + result.failures.size(), urls.size());
     }
     return result;
@@ -152,7 +232,7 @@ FileRemover::RemovalResult FileRemover::remove(std::span<const Entry> entries, b
         if (screened.refusal) {
             result.failures.push_back({entry.url, std::move(*screened.refusal)});
         } else {
-            record(result, entry.url, batch, permanently);
+            record(result, {entry.url, &entry}, batch, permanently, options.stop);
         }
         report(options.progress, result.removed.size() + result.failures.size(), entries.size());
     }
@@ -163,11 +243,12 @@ FileRemover::RemovalResult FileRemover::restore(std::span<const TrashedItem> ite
                                                 const BatchOptions& options)
 {
     RemovalResult result;
+    Batch batch;
     for (const TrashedItem& item : items) {
         if (options.stop.stop_requested()) {
             break;
         }
-        if (const auto moved = Trash::putBack(item.inTrash, item.original)) {
+        if (const auto moved = batch.restore(item)) {
             result.removed.push_back(item.original);
         } else {
             result.failures.push_back({item.original, moved.error().message});

@@ -25,8 +25,14 @@ namespace FileRemover {
 struct TrashedItem {
     FileUrl original; ///< where it was
     FileUrl inTrash;  ///< where it is now, often under another name
+    /// Which item it is, and which folder it came from. Not a part of equality.
+    std::optional<ItemIdentity> item{};
+    std::optional<ItemIdentity> folder{};
 
-    friend bool operator==(const TrashedItem&, const TrashedItem&) = default;
+    friend bool operator==(const TrashedItem& left, const TrashedItem& right)
+    {
+        return left.original == right.original && left.inTrash == right.inTrash;
+    }
 };
 
 struct RemovalFailure {
@@ -78,18 +84,21 @@ using RemovalExpected = std::expected<Value, RemovalError>;
 /// How a batch of entries goes.
 struct BatchOptions {
     BatchProgress progress;
-    /// Asked before each item: what is not begun then is in neither list of the result.
+    /// Asked before each item, and all the time while one is removed for good: what is not begun then is in
+    /// neither list of the result, and a folder that is gone in part has failed.
     std::stop_token stop;
     /// Looks at each item right before it goes; none lets all of them go.
     Screening screening;
 };
 
-/// Removes every entry once, in the order given: the item that the scan saw, or nothing.
+/// Removes every entry once, in the order given: the very item that the scan saw (Entry::identity), found
+/// below the folder that the scan started from without following a link, or nothing.
 [[nodiscard]] RemovalResult remove(std::span<const Entry> entries, bool permanently,
                                    const BatchOptions& options);
 
-/// Moves items from the trash back to where they were. Never overwrites: an occupied place is a failure,
-/// and the item stays in the trash. So does another item that has got the name since the trash was emptied.
+/// Moves items from the trash back to where they were: the very items, into the very folders. Never
+/// overwrites: an occupied place is a failure, and the item stays in the trash. So does another item that has
+/// got the name since the trash was emptied.
 /// Of `options`, the progress and the stop count.
 [[nodiscard]] RemovalResult restore(std::span<const TrashedItem> items, const BatchOptions& options = {});
 

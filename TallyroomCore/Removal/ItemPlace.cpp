@@ -2,9 +2,14 @@
 
 #include "FileSystem/FolderReader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tallyroom {
 
@@ -13,7 +18,51 @@ namespace {
 /// Short enough that the links on the way may make it longer.
 constexpr std::size_t bytesResolvedOfALongPath = PATH_MAX / 2;
 
+/// What is left of `path` below the folder `base`, without leading slashes; empty when it is not below it.
+std::string_view pathBelow(std::string_view path, std::string_view base)
+{
+    base = base.substr(0, base.find_last_not_of('/') + 1);
+    if (!path.starts_with(base) || path.size() == base.size() || path[base.size()] != '/') {
+        return {};
+    }
+    return path.substr(std::min(path.find_first_not_of('/', base.size()), path.size()));
+}
+
+/// A way that leads elsewhere now, in one word.
+SystemError wayError(SystemError error)
+{
+    const bool hasChanged = error.code == ELOOP || error.code == ENOTDIR || error.code == EXDEV;
+    return hasChanged ? SystemError{ESTALE} : error;
+}
+
 } // namespace
+
+SystemResult<ItemPlace> ItemPlace::open(const Entry& entry, std::shared_ptr<const VolumeMarks> volumes)
+{
+    const ScanRoot& root = ScanRoots::find(entry.identity.root);
+    const std::string_view below = pathBelow(entry.url.path(), root.url.path());
+    if (root.key == 0 || !entry.identity.isKnown() || below.empty() || below.ends_with('/')) {
+        return std::unexpected(SystemError{ESTALE});
+    }
+    auto parent = openFolder(root.url, FolderAccess::throughOnly);
+    const auto attributes = parent ? fileAttributes(parent->get()) : std::unexpected(parent.error());
+    if (!attributes) {
+        return std::unexpected(wayError(attributes.error()));
+    }
+    if (!volumes->identify(*attributes).isSameItem(root.identity)) {
+        return std::unexpected(SystemError{ESTALE});
+    }
+    const std::size_t slash = below.rfind('/');
+    if (slash != std::string_view::npos) {
+        parent = openDescendantFolder(parent->get(), below.substr(0, slash), FolderAccess::throughOnly);
+    }
+    if (!parent) {
+        return std::unexpected(wayError(parent.error()));
+    }
+    std::string name{below.substr(slash + 1)}; // npos + 1 is 0
+    return ItemPlace{std::move(*parent), std::move(name), entry.url.path(),
+                     MeantItem{entry.identity, std::move(volumes)}};
+}
 
 SystemResult<ItemPlace> ItemPlace::open(const FileUrl& url)
 {
@@ -34,7 +83,7 @@ SystemResult<ItemPlace> ItemPlace::open(const FileUrl& url)
     if (!parent) {
         return std::unexpected(parent.error());
     }
-    return ItemPlace{std::move(*parent), std::move(name), path.substr(0, end + 1)};
+    return ItemPlace{std::move(*parent), std::move(name), path.substr(0, end + 1), {}};
 }
 
 SystemResult<std::string> ItemPlace::realPath() const
@@ -63,6 +112,18 @@ SystemResult<std::string> realPathOf(int folder)
     }
     path.resize(static_cast<std::size_t>(length));
     return path;
+}
+
+SystemResult<std::uint64_t> mountOf(int folder, const char* name)
+{
+    struct statx stat = {};
+    const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_EMPTY_PATH;
+    if (::statx(folder, name, flags, STATX_TYPE | STATX_MNT_ID, &stat) != 0) {
+        return std::unexpected(SystemError::last());
+    }
+    return (stat.stx_mask & STATX_MNT_ID) != 0
+               ? stat.stx_mnt_id
+               : (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
 }
 
 bool isWithin(const std::string& path, const std::string& ancestor)

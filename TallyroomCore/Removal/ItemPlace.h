@@ -2,8 +2,12 @@
 
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/SystemError.h"
+#include "Model/Entry.h"
 #include "Model/FileUrl.h"
+#include "Removal/MeantItem.h"
 
+#include <cstdint>
+#include <memory>
 #include <string>
 
 namespace tallyroom {
@@ -14,11 +18,18 @@ struct ItemPlace {
     FileDescriptor parent; ///< opened as a step only (O_PATH)
     std::string name;      ///< one component, without slashes
     std::string location;  ///< as it was given, without slashes at its end
+    MeantItem meant{};     ///< which one it has to be
 
     /// Opens the folder that holds the item at a location of any length. "shortcut/" is the link, not its
     /// target. EINVAL for what names no item: a relative or empty location, a NUL byte in it, a last step
     /// "." or "..". EBUSY for "/".
     [[nodiscard]] static SystemResult<ItemPlace> open(const FileUrl& url);
+
+    /// Opens the folder that holds the item that a scan saw: the folder that the scan started from, if it is
+    /// the same one still, and from there down without following any link. ESTALE when the way has changed,
+    /// or no scan has seen the item. Whether it is the item is seen when it goes.
+    [[nodiscard]] static SystemResult<ItemPlace> open(const Entry& entry,
+                                                      std::shared_ptr<const VolumeMarks> volumes);
 
     /// Where the item really lies, links and ".." on the way resolved, as the mount table would name it. The
     /// kernel tells no path beyond PATH_MAX: of such a location the steps past the first few thousand bytes
@@ -28,6 +39,10 @@ struct ItemPlace {
 
 /// The path of an open folder, links resolved (/proc/self/fd, proc(5)).
 [[nodiscard]] SystemResult<std::string> realPathOf(int folder);
+
+/// The mount that holds an item, which rename(2) does not cross; the device where the kernel does not tell
+/// mounts apart (< 5.8). Of the open folder itself for an empty name.
+[[nodiscard]] SystemResult<std::uint64_t> mountOf(int folder, const char* name);
 
 /// True when `path` is `ancestor` or lies below it; both are real paths.
 [[nodiscard]] bool isWithin(const std::string& path, const std::string& ancestor);

@@ -1,55 +1,33 @@
 #include "Removal/ProtectedLocations.h"
 
 #include "FileSystem/FileAttributes.h"
-#include "FileSystem/FileContent.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <iterator>
 #include <pwd.h>
 #include <unistd.h>
-#include <utility>
 
 namespace tallyroom {
 
 namespace {
 
-/// Undoes the octal escapes of blanks and backslashes ("\040") in the mount table.
-std::string unescaped(std::string_view text)
+/// Where the folder that a mount shows lies in other mounts of the same file system: removing it there would
+/// empty the mount.
+std::vector<std::string> otherPlaces(const Mount& mount, std::span<const Mount> mounts)
 {
-    const auto digit = [&text](std::size_t i) { return i < text.size() ? text[i] - '0' : -1; };
-    const auto isOctal = [&digit](std::size_t i) { return digit(i) >= 0 && digit(i) < 8; };
-    std::string path;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\\' && isOctal(i + 1) && isOctal(i + 2) && isOctal(i + 3)) {
-            path.push_back(static_cast<char>(digit(i + 1) * 64 + digit(i + 2) * 8 + digit(i + 3)));
-            i += 3;
-        } else {
-            path.push_back(text[i]);
+    std::vector<std::string> places;
+    for (const Mount& other : mounts) {
+        if (other.device == mount.device && other.root != mount.root && isWithin(mount.root, other.root)) {
+            const std::string below =
+                mount.root.substr(other.root.ends_with('/') ? other.root.size() : other.root.size() + 1);
+            places.push_back(other.mountPoint + (other.mountPoint.ends_with('/') ? "" : "/") + below);
         }
     }
-    return path;
-}
-
-/// The fifth field of every line.
-std::vector<std::string> mountPoints(std::string_view table)
-{
-    std::vector<std::string> points;
-    while (!table.empty()) {
-        const std::string_view line = table.substr(0, table.find('\n'));
-        table.remove_prefix(std::min(line.size() + 1, table.size()));
-        std::size_t start = 0;
-        for (int field = 1; field < 5 && start != std::string_view::npos; ++field) {
-            start = line.find(' ', start);
-            start += start == std::string_view::npos ? 0 : 1;
-        }
-        if (start != std::string_view::npos) {
-            points.push_back(unescaped(line.substr(start, line.find(' ', start) - start)));
-        }
-    }
-    return points;
+    return places;
 }
 
 std::vector<std::string> homeFolders()
@@ -69,17 +47,44 @@ std::vector<std::string> homeFolders()
 
 } // namespace
 
-SystemResult<ProtectedLocations> ProtectedLocations::read()
+SystemResult<ProtectedLocations> ProtectedLocations::read(std::span<const Mount> mounts)
 {
-    const FileDescriptor file{::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)};
-    const auto table = file.isOpen() ? contentOf(file.get()) : std::unexpected(SystemError::last());
-    if (!table) {
-        return std::unexpected(table.error());
+    if (mounts.empty()) {
+        return std::unexpected(SystemError{ENOENT}); // nobody knows what must stay
     }
     ProtectedLocations locations;
-    locations.m_mountPoints = mountPoints(*table);
-    std::ranges::for_each(homeFolders(), [&](const std::string& home) { locations.guard(home); });
+    for (const Mount& mount : mounts) {
+        locations.m_mountPoints.push_back(mount.mountPoint);
+        std::ranges::move(otherPlaces(mount, mounts), std::back_inserter(locations.m_shownElsewhere));
+    }
+    for (const std::string& home : homeFolders()) {
+        locations.guard(home);
+        locations.guardOtherPlaces(home, mounts);
+    }
     return locations;
+}
+
+/// The home folder may be reached through a mount that shows a folder of a file system that is mounted
+/// elsewhere.
+void ProtectedLocations::guardOtherPlaces(const std::string& home, std::span<const Mount> mounts)
+{
+    const FileDescriptor folder{::open(home.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    const auto path = folder.isOpen() ? realPathOf(folder.get()) : std::unexpected(SystemError::last());
+    if (!path) {
+        return;
+    }
+    const Mount* holding = nullptr;
+    for (const Mount& mount : mounts) {
+        if (isWithin(*path, mount.mountPoint) &&
+            (holding == nullptr || mount.mountPoint.size() >= holding->mountPoint.size())) {
+            holding = &mount; // of two at one place the later one covers the other
+        }
+    }
+    if (holding != nullptr) {
+        for (const std::string& place : otherPlaces(*holding, mounts)) {
+            guard(place + path->substr(holding->mountPoint.size() - (holding->mountPoint == "/" ? 1 : 0)));
+        }
+    }
 }
 
 void ProtectedLocations::guard(const std::string& home)
@@ -94,13 +99,21 @@ void ProtectedLocations::guard(const std::string& home)
         isHome = false;
     }
     isHome = true;
+    std::uint64_t below = 0;
+    std::uint64_t mountBelow = 0;
     FileDescriptor step{::open(home.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
     while (step.isOpen()) {
         const auto attributes = fileAttributes(step.get());
-        if (!attributes || find(*attributes) != nullptr) {
+        const auto mount = mountOf(step.get(), "");
+        if (!attributes || !mount || (attributes->inode == below && *mount == mountBelow)) {
             return; // the root is its own parent
         }
-        m_homeAndAbove.push_back({attributes->device, attributes->inode, std::exchange(isHome, false)});
+        below = attributes->inode;
+        mountBelow = *mount;
+        if (find(*attributes) == nullptr) { // another way may have led here, and from here elsewhere
+            m_homeAndAbove.push_back({attributes->device, attributes->inode, isHome});
+        }
+        isHome = false;
         step = FileDescriptor{::openat(step.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC)};
     }
 }
@@ -131,7 +144,10 @@ std::optional<std::string> ProtectedLocations::refusal(const ItemPlace& place) c
     const auto mount = std::ranges::find_if(
         m_mountPoints, [&path](const std::string& point) { return isWithin(point, *path); });
     if (mount == m_mountPoints.end()) {
-        return std::nullopt;
+        const bool isShown = std::ranges::any_of(
+            m_shownElsewhere, [&path](const std::string& shown) { return isWithin(shown, *path); });
+        return isShown ? std::optional{"Ce dossier, ou un dossier qu'il contient, est monté ailleurs."}
+                       : std::nullopt;
     }
     return *mount == *path ? "Un volume est monté à cet emplacement."
                            : "Un volume est monté dans ce dossier.";

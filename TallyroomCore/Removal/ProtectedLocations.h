@@ -3,22 +3,25 @@
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/SystemError.h"
 #include "Removal/ItemPlace.h"
+#include "Volumes/MountTable.h"
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace tallyroom {
 
 /// What must never be removed or moved: "/", the home folder, mount points, and every folder that holds one
-/// of them. The home folder and its ancestors are known by device and inode, so that neither a link, nor
+/// of them, by any of its places. The home folder and its ancestors are known by device and inode, so that
+/// neither a link, nor
 /// "..", nor a bind mount leads around them; mount points by their real paths.
 class ProtectedLocations {
 public:
-    /// Reads the mount table (/proc/self/mountinfo, proc(5)) and looks up the home folder ($HOME and the
-    /// user's record). Good for one batch: the kernel itself refuses what is mounted later.
-    [[nodiscard]] static SystemResult<ProtectedLocations> read();
+    /// Looks up the home folder ($HOME and the user's record) and what is mounted; an error for an empty
+    /// table. Good for one batch: the kernel itself refuses what is mounted later.
+    [[nodiscard]] static SystemResult<ProtectedLocations> read(std::span<const Mount> mounts);
 
     /// Why an item must stay, in words for people; none when it may go. Of links only those go
     /// not that the home folder's own path leads through.
@@ -32,9 +35,11 @@ private:
     };
 
     void guard(const std::string& home);
+    void guardOtherPlaces(const std::string& home, std::span<const Mount> mounts);
     [[nodiscard]] const Guarded* find(const FileAttributes& attributes) const;
 
     std::vector<std::string> m_mountPoints;
+    std::vector<std::string> m_shownElsewhere; ///< what a mount shows, at its other places
     std::vector<Guarded> m_homeAndAbove;
 };
 

@@ -24,23 +24,10 @@ namespace {
 
 constexpr int folderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 constexpr std::string_view recordSuffix = ".trashinfo";
+constexpr std::string_view recordHeading = "[Trash Info]";
 
 /// Names tried before giving up; the later ones are drawn from millions.
 constexpr unsigned mostNames = 64;
-
-/// What rename(2) does not cross: the mount, or the device where the kernel does not tell mounts apart
-/// (< 5.8).
-SystemResult<std::uint64_t> mountOf(int folder, const char* name)
-{
-    struct statx stat = {};
-    const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_EMPTY_PATH;
-    if (::statx(folder, name, flags, STATX_TYPE | STATX_MNT_ID, &stat) != 0) {
-        return std::unexpected(SystemError::last());
-    }
-    return (stat.stx_mask & STATX_MNT_ID) != 0
-               ? stat.stx_mnt_id
-               : (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
-}
 
 SystemResult<FileDescriptor> openAt(int folder, const char* name, int flags)
 {
@@ -98,12 +85,23 @@ SystemResult<FileDescriptor> openTopFolder(int folder, std::uint64_t mount)
             return above ? std::unexpected(SystemError::last()) : std::move(above);
         }
         const bool isRoot = own.st_dev == other.st_dev && own.st_ino == other.st_ino;
-        if (isRoot || mountOf(above->get(), "") != mount) {
+        const auto mountAbove = mountOf(above->get(), "");
+        if (!mountAbove) {
+            return std::unexpected(mountAbove.error());
+        }
+        if (isRoot || *mountAbove != mount) {
             return top;
         }
         top = std::move(above);
     }
     return top;
+}
+
+/// An answer that will not change by asking again, unlike that of a disk or a server out of order.
+bool isRefusal(SystemError error)
+{
+    constexpr std::array codes{ENOENT, EACCES, EPERM, ENOTDIR, EROFS, ELOOP, ENOSPC, EDQUOT};
+    return std::ranges::find(codes, error.code) != codes.end();
 }
 
 std::string localTime()
@@ -178,20 +176,34 @@ SystemResult<void> writeRecord(int records, const std::string& name, const std::
     return {};
 }
 
-/// True when the record `name` tells that its item lay at `path`, or at the end of it, when it tells the
-/// place on its volume.
-bool recordsPath(int records, const std::string& name, const std::string& path)
+/// The folder of records beside a trash's folder of items.
+SystemResult<FileDescriptor> recordsBeside(int files)
+{
+    return openAt(files, "../info", folderFlags | O_NOFOLLOW);
+}
+
+/// Empty for a record that cannot be read.
+std::string recordContent(int records, const std::string& name)
 {
     const auto record = openAt(records, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    const auto content = record ? contentOf(record->get()) : std::unexpected(record.error());
+    auto content = record ? contentOf(record->get()) : std::unexpected(record.error());
+    return content ? std::move(*content) : std::string{};
+}
+
+/// True when the record `name` tells that its item lay at the place, or at the end of its path, when it tells
+/// the place on its volume.
+bool recordsPath(int records, const std::string& name, const ItemPlace& place)
+{
+    const std::string content = recordContent(records, name);
+    const auto path = place.realPath();
     constexpr std::string_view key = "\nPath=";
-    const std::size_t start = content ? content->find(key) : std::string::npos;
-    if (start == std::string::npos) {
+    const std::size_t start = content.find(key);
+    if (start == std::string::npos || !path) {
         return false;
     }
     const std::size_t value = start + key.size();
-    const std::string told = content->substr(value, content->find('\n', value) - value);
-    const std::string encoded = percentEncodedPath(path);
+    const std::string told = content.substr(value, content.find('\n', value) - value);
+    const std::string encoded = percentEncodedPath(*path);
     return told == encoded || (!told.starts_with('/') && encoded.ends_with("/" + told));
 }
 
@@ -214,17 +226,41 @@ SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int t
     return std::unexpected(SystemError::last());
 }
 
+/// Whether what was moved is what was meant: another item may have come into its place at the last moment.
+bool isStillThis(const MeantItem& meant, int folder, const std::string& name)
+{
+    if (!meant.identity) {
+        return true;
+    }
+    const auto moved = fileAttributes(folder, name.c_str());
+    return moved && meant.isThis(*moved);
+}
+
+std::optional<ItemIdentity> identityOf(const ItemPlace& place, const SystemResult<FileAttributes>& attributes)
+{
+    return attributes && place.meant.volumes != nullptr
+               ? std::optional{place.meant.volumes->identify(*attributes)}
+               : std::nullopt;
+}
+
 } // namespace
 
 Trash::Result Trash::moveIn(const ItemPlace& place)
 {
+    const auto found = fileAttributes(place.parent.get(), place.name.c_str());
+    if (!found || !place.meant.isThis(*found)) {
+        return std::unexpected(found ? Refusal{ESTALE, hasChanged} : Refusal{found.error()});
+    }
     const auto mount = mountOf(place.parent.get(), place.name.c_str());
     const auto realPath = mount ? place.realPath() : std::unexpected(mount.error());
     if (!realPath) {
         return std::unexpected(realPath.error());
     }
     findHomeBin();
-    if (*mount == m_homeMount) {
+    if (!m_homeMount) {
+        return std::unexpected(m_home->error()); // a guess might make a trash where nobody looks for one
+    }
+    if (*mount == *m_homeMount) {
         auto stored = *m_home ? store(**m_home, place, *realPath) : std::unexpected(m_home->error());
         // A bind mount or a file system that divides itself may refuse: the volume's own trash is next.
         if (stored || stored.error().code != EXDEV) {
@@ -235,29 +271,55 @@ Trash::Result Trash::moveIn(const ItemPlace& place)
     return bin ? store(**bin, place, *realPath) : std::unexpected(bin.error());
 }
 
-std::expected<void, Trash::Refusal> Trash::putBack(const FileUrl& inTrash, const FileUrl& original)
+std::expected<void, Trash::Refusal> Trash::putBack(const Return& wanted)
 {
-    const auto from = ItemPlace::open(inTrash);
-    const auto to = ItemPlace::open(original);
+    const auto from = ItemPlace::open(wanted.inTrash);
+    const auto to = ItemPlace::open(wanted.original);
     if (!from || !to) {
         return std::unexpected(from ? to.error() : from.error());
     }
-    const auto path = to->realPath();
-    if (!path) {
-        return std::unexpected(path.error());
+    const auto folder = fileAttributes(to->parent.get());
+    if (!folder || !wanted.folder.isThis(*folder)) {
+        return std::unexpected(folder ? Refusal{ESTALE, "Le dossier d'origine a été remplacé par un autre."}
+                                      : Refusal{folder.error()});
     }
-    const FileUrl trash = inTrash.parent().parent();
-    const auto records = openFolder(trash.appending("info"), FolderAccess::throughOnly);
+    const auto found = fileAttributes(from->parent.get(), from->name.c_str());
+    if (!found) {
+        return std::unexpected(found.error().code == ENOENT
+                                   ? Refusal{ENOENT, "Cet élément n'est plus dans la corbeille."}
+                                   : Refusal{found.error()});
+    }
+    const Refusal stranger{ESTALE, "Un autre élément porte maintenant ce nom dans la corbeille."};
     const std::string record = std::string{from->name}.append(recordSuffix);
-    if (!records || !recordsPath(records->get(), record, *path)) {
-        return std::unexpected(Refusal{ENOENT, "Cet élément n'est plus dans la corbeille."});
+    const auto records = recordsBeside(from->parent.get());
+    const bool isOurs = wanted.item.identity ? wanted.item.isThis(*found)
+                                             : records && recordsPath(records->get(), record, *to);
+    if (!isOurs) {
+        return std::unexpected(stranger);
     }
-    const auto moved = moveWithoutReplacing(from->parent.get(), from->name, to->parent.get(), to->name);
-    if (!moved) {
+    if (const auto moved = moveWithoutReplacing(from->parent.get(), from->name, to->parent.get(), to->name);
+        !moved) {
         return std::unexpected(moved.error());
     }
-    ::unlinkat(records->get(), record.c_str(), 0);
+    if (!isStillThis(wanted.item, to->parent.get(), to->name) &&
+        moveWithoutReplacing(to->parent.get(), to->name, from->parent.get(), from->name)) {
+        return std::unexpected(stranger);
+    }
+    if (records) {
+        ::unlinkat(records->get(), record.c_str(), 0);
+    }
     return {};
+}
+
+void Trash::forget(const ItemPlace& place)
+{
+    const auto path = realPathOf(place.parent.get());
+    const auto records = recordsBeside(place.parent.get());
+    const std::string record = std::string{place.name}.append(recordSuffix);
+    if (path && path->ends_with("/files") && records &&
+        recordContent(records->get(), record).starts_with(recordHeading)) {
+        ::unlinkat(records->get(), record.c_str(), 0);
+    }
 }
 
 /// Puts an item into a trash of its own mount: the record first, which reserves the name, then the item.
@@ -275,16 +337,28 @@ Trash::Result Trash::store(const Bin& bin, const ItemPlace& place, const std::st
         bin.topFolder.empty() || !isWithin(realPath, bin.topFolder)
             ? realPath
             : realPath.substr(bin.topFolder.size() + (bin.topFolder.ends_with('/') ? 0 : 1));
-    const std::string content =
-        "[Trash Info]\nPath=" + percentEncodedPath(shownPath) + "\nDeletionDate=" + localTime() + "\n";
+    const std::string content = std::string{recordHeading} + "\nPath=" + percentEncodedPath(shownPath) +
+                                "\nDeletionDate=" + localTime() + "\n";
     for (unsigned tried = 0; tried < mostNames; ++tried) {
         const std::string name = nameInTrash(place.name, tried, longest - recordSuffix.size());
         const std::string record = std::string{name}.append(recordSuffix);
         auto done = writeRecord(bin.records.get(), record, content);
         if (done) {
             done = moveWithoutReplacing(place.parent.get(), place.name, bin.files.get(), name);
+            if (done && !isStillThis(place.meant, bin.files.get(), name)) {
+                // What has come along is nobody's wish: it goes back, or stays in the trash with its record.
+                if (!moveWithoutReplacing(bin.files.get(), name, place.parent.get(), place.name)) {
+                    return std::unexpected(Refusal{
+                        ESTALE,
+                        "Cet élément a été remplacé, et ce qui a pris sa place est dans la corbeille."});
+                }
+                ::unlinkat(bin.records.get(), record.c_str(), 0);
+                return std::unexpected(Refusal{ESTALE, hasChanged});
+            }
             if (done) {
-                return FileUrl{bin.path + "/files/" + name};
+                return Stored{FileUrl{bin.path + "/files/" + name},
+                              identityOf(place, fileAttributes(bin.files.get(), name.c_str())),
+                              identityOf(place, fileAttributes(place.parent.get()))};
             }
             ::unlinkat(bin.records.get(), record.c_str(), 0);
         }
@@ -313,24 +387,45 @@ SystemResult<Trash::Bin> Trash::openBin(FileDescriptor folder, std::string topFo
     return Bin{std::move(*files), std::move(*records), *path, std::move(topFolder), *mount};
 }
 
-/// Opens the home trash, and makes what is missing of it, step by step from the root.
 void Trash::findHomeBin()
 {
     if (m_home) {
         return;
     }
     const FileUrl trash = TrashFolders::home();
-    SystemResult<FileDescriptor> step = openAt(AT_FDCWD, trash.isEmpty() ? "" : "/", folderFlags);
+    if (trash.isEmpty()) {
+        m_homeMount = 0; // nowhere
+        m_home = std::unexpected(SystemError{ENOENT});
+    } else {
+        m_home = openHomeBin(trash);
+    }
+}
+
+/// Opens the home trash, and makes what is missing of it, step by step from the root. On the way m_homeMount
+/// is the mount reached so far: where a step is refused, the trash would have to be made there. After any
+/// other error nobody knows where it would be.
+SystemResult<Trash::Bin> Trash::openHomeBin(const FileUrl& trash)
+{
+    SystemResult<FileDescriptor> step = openAt(AT_FDCWD, "/", folderFlags);
+    const auto reached = [&]() -> SystemResult<void> {
+        const auto mount = step ? mountOf(step->get(), "") : std::unexpected(step.error());
+        if (mount) {
+            m_homeMount = *mount;
+            return {};
+        }
+        if (step || !isRefusal(step.error())) {
+            m_homeMount.reset();
+        }
+        return std::unexpected(mount.error());
+    };
+    auto known = reached();
     for (const std::string& name : trash.pathComponents()) {
-        if (step && name != "/") {
-            m_homeMount = mountOf(step->get(), "").value_or(0);
+        if (known && name != "/") {
             step = openOrMakeFolder(step->get(), name, 0);
+            known = reached();
         }
     }
-    m_home = step ? openBin(std::move(*step), {}) : std::unexpected(step.error());
-    if (*m_home) {
-        m_homeMount = (*m_home)->mount;
-    }
+    return known ? openBin(std::move(*step), {}) : std::unexpected(known.error());
 }
 
 SystemResult<const Trash::Bin*> Trash::volumeBin(const ItemPlace& place, std::uint64_t mount)

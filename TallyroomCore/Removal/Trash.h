@@ -30,16 +30,34 @@ public:
         std::string message; ///< in words for people
     };
 
-    using Result = std::expected<FileUrl, Refusal>;
+    /// An item that lies in the trash now.
+    struct Stored {
+        FileUrl inTrash;
+        std::optional<ItemIdentity> item;   ///< which one it is, when that could be told
+        std::optional<ItemIdentity> folder; ///< which folder it came from
+    };
 
-    /// Moves an item to the trash of its volume; returns where it lies now.
+    using Result = std::expected<Stored, Refusal>;
+
+    /// Moves an item to the trash of its volume. Another one than is meant stays where it was (ESTALE), also
+    /// when it comes into the item's place at the last moment.
     [[nodiscard]] Result moveIn(const ItemPlace& place);
 
-    /// Moves an item of a trash to `original` and removes its record. Never overwrites (EEXIST), makes no
-    /// folder (ENOENT). Refuses what the trash does not hold as having come from there (ENOENT): it was
-    /// emptied, and another item may bear the name.
-    [[nodiscard]] static std::expected<void, Refusal> putBack(const FileUrl& inTrash,
-                                                              const FileUrl& original);
+    /// What is to be put back.
+    struct Return {
+        FileUrl inTrash;
+        FileUrl original;
+        MeantItem item;
+        MeantItem folder; ///< that holds `original`
+    };
+
+    /// Moves an item of a trash back and removes its record. Never overwrites (EEXIST), makes no folder
+    /// (ENOENT). Refuses another item that has got the name, and another folder at the place (ESTALE). Where
+    /// nobody knows which item is meant, its record has to say that it came from there.
+    [[nodiscard]] static std::expected<void, Refusal> putBack(const Return& wanted);
+
+    /// Removes the record of an item that was removed for good from a trash; does nothing for other items.
+    static void forget(const ItemPlace& place);
 
 private:
     /// An open trash folder.
@@ -55,11 +73,13 @@ private:
     [[nodiscard]] static SystemResult<Bin> openVolumeBin(const ItemPlace& place, std::uint64_t mount);
     [[nodiscard]] static Result store(const Bin& bin, const ItemPlace& place, const std::string& realPath);
     void findHomeBin();
+    [[nodiscard]] SystemResult<Bin> openHomeBin(const FileUrl& trash);
     [[nodiscard]] SystemResult<const Bin*> volumeBin(const ItemPlace& place, std::uint64_t mount);
 
     std::optional<SystemResult<Bin>> m_home; ///< not looked for yet, or what came of it
-    std::uint64_t m_homeMount = 0;           ///< where the home trash is, or would have to be made
-    std::optional<Bin> m_volume;             ///< the one used last
+    /// Where the home trash is, or would have to be made; none when that cannot be told.
+    std::optional<std::uint64_t> m_homeMount;
+    std::optional<Bin> m_volume; ///< the one used last
 };
 
 } // namespace tallyroom

@@ -4,6 +4,7 @@
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/FolderReader.h"
+#include "Removal/ItemPlace.h"
 
 #include <algorithm>
 #include <atomic>
@@ -59,6 +60,18 @@ SystemResult<Identity> identityOf(int folder)
     return Identity{attributes->device, attributes->inode};
 }
 
+/// The same where the kernel does not grant openat2(2).
+SystemResult<FileDescriptor> openAndLookWhetherOwn(int parent, const std::string& name)
+{
+    auto opened = openChildFolder(parent, name.c_str());
+    const auto around = opened ? mountOf(parent, "") : std::unexpected(opened.error());
+    const auto inside = around ? mountOf(opened->get(), "") : around;
+    if (!inside) {
+        return std::unexpected(inside.error());
+    }
+    return *inside == *around ? std::move(opened) : std::unexpected(SystemError{EXDEV});
+}
+
 /// Opens a folder for listing, but neither a link nor the root of something that is mounted there.
 SystemResult<FileDescriptor> openOwnChild(int parent, const std::string& name)
 {
@@ -66,10 +79,19 @@ SystemResult<FileDescriptor> openOwnChild(int parent, const std::string& name)
     how.flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
     how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV | RESOLVE_BENEATH;
     const long descriptor = ::syscall(SYS_openat2, parent, name.c_str(), &how, sizeof how);
+    if (descriptor < 0 && (errno == ENOSYS || errno == EPERM)) {
+        return openAndLookWhetherOwn(parent, name);
+    }
     if (descriptor < 0) {
         return std::unexpected(SystemError::last());
     }
     return FileDescriptor{static_cast<int>(descriptor)};
+}
+
+/// What a name's removal frees on disk.
+std::int64_t bytesThatGo(const SystemResult<FileAttributes>& file)
+{
+    return file && file->links == 1 ? file->allocatedBytes : 0;
 }
 
 /// A folder on its way out.
@@ -132,23 +154,23 @@ struct Folder {
 /// finish below a folder removes it and goes on with its parent.
 class Removal {
 public:
-    explicit Removal(FileDescriptor base) : m_base(std::make_shared<const FileDescriptor>(std::move(base))) {}
+    Removal(FileDescriptor base, const MeantItem& meant, const std::stop_token& stop)
+        : m_base(std::make_shared<const FileDescriptor>(std::move(base))), m_meant(meant), m_stop(stop)
+    {}
 
-    SystemResult<void> run(const std::string& name)
+    TreeRemoval::Outcome run(const std::string& name)
     {
         m_waiting.push_back(std::make_shared<Folder>(nullptr, name));
         {
             std::vector<std::jthread> helpers;
-            work([&](std::size_t removedNames) {
-                if (helpers.empty() && removedNames >= namesOfALargeTree) {
+            work([&](std::size_t seenNames) {
+                if (helpers.empty() && seenNames >= namesOfALargeTree) {
                     startHelpers(helpers);
                 }
             });
         }
-        if (m_firstError) {
-            return std::unexpected(*m_firstError);
-        }
-        return {};
+        m_outcome.removed += m_removedFolders;
+        return std::move(m_outcome);
     }
 
 private:
@@ -158,7 +180,9 @@ private:
     struct Reading {
         NameBuffer buffer;
         std::vector<ListedName> names;
+        std::size_t seenNames = 0;
         std::size_t removedNames = 0;
+        std::int64_t freedBytes = 0;
     };
 
     void startHelpers(std::vector<std::jthread>& helpers)
@@ -179,8 +203,11 @@ private:
         while (auto folder = take()) {
             empty(folder, reading);
             finish(std::move(folder));
-            afterEach(reading.removedNames);
+            afterEach(reading.seenNames);
         }
+        const std::scoped_lock lock{m_mutex};
+        m_outcome.removed += reading.removedNames;
+        m_outcome.freedBytes = saturatedSum(m_outcome.freedBytes, reading.freedBytes);
     }
 
     std::shared_ptr<Folder> take()
@@ -216,17 +243,51 @@ private:
         m_wake.notify_all();
     }
 
-    void note(SystemError error)
+    /// Writes down what cannot be removed: `name` in the folder, or the folder itself.
+    void note(const Folder& folder, const char* name, SystemError error)
     {
+        std::string path = pathOf(folder);
+        path.append(path.empty() || *name == '\0' ? "" : "/").append(name);
         const std::scoped_lock lock{m_mutex};
-        if (!m_firstError) {
-            m_firstError = error;
+        ++m_outcome.kept;
+        if (!m_outcome.error || path < m_outcome.firstKept) {
+            m_outcome.error = error;
+            m_outcome.firstKept = std::move(path);
         }
+    }
+
+    /// The path of a folder below the one that has to go.
+    static std::string pathOf(const Folder& folder)
+    {
+        std::vector<const std::string*> names;
+        for (const Folder* step = &folder; step->parent != nullptr; step = step->parent.get()) {
+            names.push_back(&step->name);
+        }
+        std::string path;
+        for (auto name = names.rbegin(); name != names.rend(); ++name) {
+            path.append(path.empty() ? "" : "/").append(**name);
+        }
+        return path;
+    }
+
+    /// True when the stop was asked for: what is left of the folder stays.
+    bool isStopped(Folder& folder)
+    {
+        if (!m_stop.stop_requested()) {
+            return false;
+        }
+        folder.keepsSomething = true;
+        const std::scoped_lock lock{m_mutex};
+        m_outcome.isStopped = true;
+        return true;
     }
 
     /// Removes the files of a folder and queues its folders.
     void empty(const std::shared_ptr<Folder>& folder, Reading& reading)
     {
+        if (isStopped(*folder)) {
+            return;
+        }
         const auto opened = folder->passes++ == 0 ? openFirst(*folder) : rewound(*folder);
         if (!opened) {
             folder->unreadable = opened.error();
@@ -239,12 +300,15 @@ private:
             reading.names.clear();
             reading.buffer.parse(reading.names);
             for (const ListedName& name : reading.names) {
+                if (isStopped(*folder)) {
+                    break;
+                }
                 if (name.type == EntryType::folder ||
-                    !removedFile(*folder, opened->get()->get(), name.name)) {
+                    !removedFile(*folder, opened->get()->get(), name.name, reading)) {
                     folders.push_back(std::make_shared<Folder>(folder, std::string{name.view()}));
                 }
             }
-            reading.removedNames += reading.names.size();
+            reading.seenNames += reading.names.size();
             folder->pending += static_cast<std::uint32_t>(folders.size());
             add(folders);
         }
@@ -254,13 +318,16 @@ private:
     }
 
     /// False for what turns out to be a folder.
-    bool removedFile(Folder& folder, int descriptor, const char* name)
+    bool removedFile(Folder& folder, int descriptor, const char* name, Reading& reading)
     {
-        if (::unlinkat(descriptor, name, 0) != 0 && errno != ENOENT) {
-            if (errno == EISDIR) {
-                return false;
-            }
-            note(SystemError::last());
+        const std::int64_t bytes = bytesThatGo(fileAttributes(descriptor, name));
+        if (::unlinkat(descriptor, name, 0) == 0) {
+            reading.freedBytes = saturatedSum(reading.freedBytes, bytes);
+            ++reading.removedNames;
+        } else if (errno == EISDIR) {
+            return false;
+        } else if (errno != ENOENT) {
+            note(folder, name, SystemError::last());
             folder.keepsSomething = true;
         }
         return true;
@@ -292,17 +359,18 @@ private:
     {
         if (folder.keepsSomething) {
             if (folder.unreadable) {
-                note(*folder.unreadable);
+                note(folder, "", *folder.unreadable);
             }
             return Outcome::kept;
         }
         const auto parent = openParent(folder);
         if (!parent) {
-            note(parent.error());
+            note(folder, "", parent.error());
             return Outcome::kept;
         }
         const char* const name = folder.name.c_str();
         if (::unlinkat(parent->get()->get(), name, AT_REMOVEDIR) == 0 || errno == ENOENT) {
+            ++m_removedFolders;
             return Outcome::gone;
         }
         const SystemError error = SystemError::last();
@@ -313,7 +381,7 @@ private:
         if (isFilled && !folder.unreadable && folder.passes < mostPasses) {
             return Outcome::filledAgain;
         }
-        note(folder.unreadable.value_or(error));
+        note(folder, "", folder.unreadable.value_or(error));
         return Outcome::kept;
     }
 
@@ -327,7 +395,16 @@ private:
         if (!opened) {
             return std::unexpected(opened.error());
         }
+        if (!folder.parent && !isMeant(fileAttributes(opened->get()))) {
+            folder.keepsSomething = true;
+            return std::unexpected(SystemError{ESTALE});
+        }
         return folder.keepOpen(std::move(*opened));
+    }
+
+    [[nodiscard]] bool isMeant(const SystemResult<FileAttributes>& found) const
+    {
+        return found && m_meant.isThis(*found);
     }
 
     SystemResult<SharedDescriptor> rewound(Folder& folder)
@@ -392,28 +469,40 @@ private:
     }
 
     const SharedDescriptor m_base;
+    const MeantItem& m_meant;
+    const std::stop_token& m_stop;
+    std::atomic<std::size_t> m_removedFolders = 0;
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_wake;
     std::vector<std::shared_ptr<Folder>> m_waiting;
-    std::optional<SystemError> m_firstError;
+    TreeRemoval::Outcome m_outcome;
     bool m_done = false;
 };
 
 } // namespace
 
-SystemResult<void> TreeRemoval::removeItem(int parent, const std::string& name)
+TreeRemoval::Outcome TreeRemoval::removeItem(int parent, const std::string& name, const MeantItem& meant,
+                                             const std::stop_token& stop)
 {
-    if (::unlinkat(parent, name.c_str(), 0) == 0) {
-        return {};
+    const auto failed = [](SystemError error) { return Outcome{.error = error, .firstKept = {}, .kept = 1}; };
+    const auto found = fileAttributes(parent, name.c_str());
+    if (!found) {
+        return failed(found.error());
     }
-    if (errno != EISDIR) {
-        return std::unexpected(SystemError::last());
+    if (!meant.isThis(*found)) {
+        return failed(SystemError{ESTALE});
+    }
+    if (found->type != EntryType::folder) {
+        if (::unlinkat(parent, name.c_str(), 0) == 0) {
+            return {.error = {}, .firstKept = {}, .removed = 1, .freedBytes = bytesThatGo(found)};
+        }
+        return failed(SystemError::last());
     }
     FileDescriptor base{::fcntl(parent, F_DUPFD_CLOEXEC, 0)};
     if (!base.isOpen()) {
-        return std::unexpected(SystemError::last());
+        return failed(SystemError::last());
     }
-    return Removal{std::move(base)}.run(name);
+    return Removal{std::move(base), meant, stop}.run(name);
 }
 
 } // namespace tallyroom

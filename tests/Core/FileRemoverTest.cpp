@@ -1,5 +1,6 @@
 #include "Removal/FileRemover.h"
 
+#include "Support/Interception.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 
@@ -104,6 +105,54 @@ TEST_F(FileRemoverTest, MountPointsAndWhatHoldsThemAreRefusedByAnyRoute)
               "Un volume est monté à cet emplacement.");
 }
 
+TEST_F(FileRemoverTest, WhatAMountShowsStaysAtItsOtherPlacesToo)
+{
+    tree.add({file("store/homes/real/photo", "p"), file("disk/album/photo", "p"), folder("window")});
+    const auto homeShown = TemporaryMount::bind(tree.path("store/homes"), tree.path("home"));
+    const auto album = TemporaryMount::bind(tree.path("disk/album"), tree.path("window"));
+    if (!homeShown.isMounted() || !album.isMounted()) {
+        GTEST_SKIP() << homeShown.refusal();
+    }
+    const ScopedVariable realHome{"HOME", tree.path("home/real")};
+    const std::string holdsHome = "Ce dossier contient le dossier personnel.";
+    const std::string isHome = "Le dossier personnel ne peut pas être supprimé.";
+    const std::string isShown = "Ce dossier, ou un dossier qu'il contient, est monté ailleurs.";
+    for (const bool permanently : {false, true}) {
+        for (const auto& [name, words] :
+             std::vector<std::pair<std::string, std::string>>{{"store/homes/real", isHome},
+                                                              {"store/homes", holdsHome},
+                                                              {"store", holdsHome},
+                                                              {"disk/album", isShown},
+                                                              {"disk", isShown}}) {
+            EXPECT_THAT(remove({tree.url(name)}, permanently).failures,
+                        ElementsAre(FileRemover::RemovalFailure{tree.url(name), words}));
+        }
+        EXPECT_EQ(tree.content("store/homes/real/photo"), "p");
+        EXPECT_EQ(tree.content("disk/album/photo"), "p");
+    }
+}
+
+TEST_F(FileRemoverTest, WhatGoesInPartSaysWhatIsLeftAndWhatIsFreed)
+{
+    tree.add({file("out/1", 8_KiB), file("out/a/locked 2", 8_KiB), file("out/a/3", 8_KiB),
+              file("out/b/locked 1", 8_KiB), hardLink("out/b/kept", "home/me/photo"),
+              file("out/locked", 8_KiB), file("whole/locked", 8_KiB)});
+    const Interception faults{[](const InterceptedCall& call) {
+        const bool isLocked = std::string_view{call.name}.starts_with("locked");
+        return call.kind == InterceptedCall::Kind::unlink && isLocked ? EPERM : 0;
+    }};
+    const auto result = remove({tree.url("out"), tree.url("whole/locked")}, true);
+    EXPECT_THAT(
+        result.failures,
+        ElementsAre(FileRemover::RemovalFailure{tree.url("out"),
+                                                "En partie supprimé : il reste « a/locked 2 » (Operation "
+                                                "not permitted) et 2 autres.",
+                                                16_KiB},
+                    FileRemover::RemovalFailure{tree.url("whole/locked"), "Operation not permitted"}));
+    EXPECT_THAT(tree.names("out"), ElementsAre("a", "b", "locked"));
+    EXPECT_THAT(tree.names("out/b"), ElementsAre("locked 1"));
+}
+
 TEST_F(FileRemoverTest, EveryItemIsTriedOnceInTheOrderGiven)
 {
     for (const bool permanently : {false, true}) {
@@ -141,14 +190,15 @@ TEST_F(FileRemoverTest, UndoPutsBackWhatItCanAndNeverOverwrites)
     EXPECT_THAT(result.failures,
                 ElementsAre(FileRemover::RemovalFailure{tree.url("taken"), "File exists"},
                             FileRemover::RemovalFailure{tree.url("gone/inner"), "No such file or directory"},
-                            FileRemover::RemovalFailure{tree.url("emptied"), "No such file or directory"}));
+                            FileRemover::RemovalFailure{tree.url("emptied"),
+                                                        "Cet élément n'est plus dans la corbeille."}));
     EXPECT_FALSE(result.canUndo());
     EXPECT_EQ(tree.content("taken"), "new");
     EXPECT_EQ(tree.content("free"), "f");
     EXPECT_EQ(tree.content("shortcut"), "free");
     EXPECT_THAT(tree.names("data/Trash/files"), ElementsAre("inner", "taken"));
-    EXPECT_THAT(tree.names("data/Trash/info"),
-                ElementsAre("emptied.trashinfo", "inner.trashinfo", "taken.trashinfo"));
+    EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("inner.trashinfo", "taken.trashinfo"))
+        << "the record of what is deleted in the trash goes along";
 }
 
 TEST_F(FileRemoverTest, OddNamesAndLongPathsComeBackWhole)

@@ -1,14 +1,17 @@
 #include "Removal/FileRemover.h"
+#include "Support/Interception.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace tallyroom {
@@ -111,23 +114,36 @@ TEST_F(TrashTest, NeitherAnItemWithoutRecordNorARecordWithoutItemIsOverwritten)
     EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("photo.2.trashinfo", "photo.3.trashinfo"));
 }
 
-TEST_F(TrashTest, AnUndoAfterTheTrashWasEmptiedMovesNoStranger)
+TEST_F(TrashTest, AnUndoPutsBackTheVeryItemIntoTheVeryFolder)
 {
-    tree.add({file("a/notes", "first"), file("b/notes", "second"), file("a/bare", "third")});
-    auto undone = trash({tree.url("a/notes"), tree.url("a/bare")}).trashed;
-    ASSERT_THAT(undone, SizeIs(2));
-    for (const auto* path : {"files/notes", "info/notes.trashinfo", "info/bare.trashinfo"}) {
+    tree.add({file("a/notes", "first"), file("b/notes", "second"), file("a/bare", "third"),
+              file("a/gone", "g"), file("c/moved", "m")});
+    const auto undone =
+        trash({tree.url("a/notes"), tree.url("a/bare"), tree.url("a/gone"), tree.url("c/moved")}).trashed;
+    ASSERT_THAT(undone, SizeIs(4));
+    for (const auto* path : {"files/notes", "info/notes.trashinfo", "info/bare.trashinfo", "files/gone"}) {
         ASSERT_EQ(::unlink(tree.path("data/Trash/").append(path).c_str()), 0);
     }
+    ASSERT_EQ(std::rename(tree.path("c").c_str(), tree.path("d").c_str()), 0);
+    tree.add(folder("c"));
     const auto stranger = trash("b/notes");
     ASSERT_EQ(nameInTrash(stranger), "notes");
     const auto result = FileRemover::restore(undone);
-    EXPECT_THAT(result.removed, IsEmpty());
-    ASSERT_THAT(result.failures, SizeIs(2));
-    EXPECT_EQ(result.failures[0].message, "Cet élément n'est plus dans la corbeille.");
-    EXPECT_THAT(tree.names("a"), IsEmpty());
+    EXPECT_THAT(result.removed, ElementsAre(tree.url("a/bare")));
+    EXPECT_THAT(
+        result.failures,
+        ElementsAre(
+            FileRemover::RemovalFailure{tree.url("a/notes"),
+                                        "Un autre élément porte maintenant ce nom dans la corbeille."},
+            FileRemover::RemovalFailure{tree.url("a/gone"), "Cet élément n'est plus dans la corbeille."},
+            FileRemover::RemovalFailure{tree.url("c/moved"),
+                                        "Le dossier d'origine a été remplacé par un autre."}));
+    EXPECT_THAT(tree.names("a"), ElementsAre("bare"));
+    EXPECT_THAT(tree.names("c"), IsEmpty());
+    EXPECT_EQ(tree.content("data/Trash/files/moved"), "m");
     EXPECT_TRUE(FileRemover::restore(stranger.trashed).allSucceeded());
     EXPECT_EQ(tree.content("b/notes"), "second");
+    EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("gone.trashinfo", "moved.trashinfo"));
 }
 
 TEST_F(TrashTest, ProcessesThatTrashTheSameNamesAtOnceLoseNothing)
@@ -240,6 +256,35 @@ TEST_F(VolumeTrashTest, ItemsStayOnTheirVolumeWithPathsRelativeToIt)
     EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
     EXPECT_EQ(tree.content("volume/album/été"), "p");
     EXPECT_THAT(tree.names("volume/" + own + "/info"), IsEmpty());
+}
+
+TEST_F(VolumeTrashTest, AStatThatFailsMakesNoTrashWhereNobodyLooksForOne)
+{
+    const std::string deep = "volume/album/of/photos";
+    tree.add({file(deep + "/photo", "p"), folder("volume/data")});
+    for (const bool homeIsOnTheVolume : {false, true}) {
+        const ScopedVariable anotherHome{"XDG_DATA_HOME",
+                                         tree.path(homeIsOnTheVolume ? "volume/data" : "data")};
+        for (int failing = 1; failing < 60; ++failing) {
+            FileRemover::RemovalResult result;
+            {
+                int count = 0;
+                const Interception faults{[&count, failing](const InterceptedCall& call) {
+                    return call.kind == InterceptedCall::Kind::statx && ++count == failing ? EIO : 0;
+                }};
+                result = trash(deep + "/photo");
+            }
+            EXPECT_THAT(tree.names(deep), testing::Each(std::string{"photo"}));
+            EXPECT_THAT(tree.names("volume/album/of"), ElementsAre("photos"));
+            EXPECT_THAT(tree.names("volume/album"), ElementsAre("of", "été"));
+            if (homeIsOnTheVolume) {
+                EXPECT_FALSE(tree.exists("volume/" + own)) << failing;
+            }
+            EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
+            ASSERT_EQ(tree.content(deep + "/photo"), "p") << failing;
+        }
+        std::ignore = FileRemover::deletePermanently(tree.url("volume/" + own));
+    }
 }
 
 TEST_F(VolumeTrashTest, TheSharedTrashIsUsedOnlyWhenItIsSafe)

@@ -20,15 +20,15 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-SystemResult<void> removeFrom(const TemporaryTree& tree, const std::string& name)
+TreeRemoval::Outcome removeFrom(const TemporaryTree& tree, const std::string& name)
 {
     const FileDescriptor parent{::open(tree.path().c_str(), O_PATH | O_DIRECTORY)};
     return TreeRemoval::removeItem(parent.get(), name);
 }
 
-int errorOf(const SystemResult<void>& result)
+int errorOf(const TreeRemoval::Outcome& outcome)
 {
-    return result ? 0 : result.error().code;
+    return outcome.error ? outcome.error->code : 0;
 }
 
 /// Enough names for several threads to share the work.
@@ -166,7 +166,7 @@ TEST(TreeRemoval, TwoRemovalsOfOneTreeDoNotDisturbEachOther)
 {
     TemporaryTree tree{};
     addLargeTree(tree, "out");
-    SystemResult<void> other;
+    TreeRemoval::Outcome other;
     std::jthread second{[&] { other = removeFrom(tree, "out"); }};
     const auto first = removeFrom(tree, "out");
     second.join();

@@ -1,0 +1,383 @@
+#include "FileSystem/ScanRoots.h"
+#include "Removal/FileRemover.h"
+#include "Scanning/FileScanner.h"
+#include "Support/Interception.h"
+#include "Support/Isolation.h"
+#include "Support/TemporaryTree.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <fcntl.h>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <optional>
+#include <stop_token>
+#include <string_view>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <tuple>
+#include <unistd.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+const std::string changedSinceTheScan = "Cet élément a changé depuis l'analyse.";
+
+/// Answers openat2(2) of this thread, and of those it starts, as an old kernel does; false where that cannot
+/// be had.
+bool refuseOpenat2InThisThread()
+{
+    std::array<sock_filter, 4> steps{{
+        {BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)},
+        {BPF_JMP | BPF_JEQ | BPF_K, 0, 1, SYS_openat2},
+        {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ERRNO | ENOSYS},
+        {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW},
+    }};
+    const sock_fprog program{steps.size(), steps.data()};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+/// Entries as scans tell them, removed some time later.
+class SeenItemTest : public testing::Test {
+protected:
+    /// The child of `folder` that a listing tells.
+    Entry listed(const std::string& folder, const std::string& name) const
+    {
+        FileScanner::clearCache();
+        for (const Entry& entry : FileScanner::directEntries(tree.url(folder), false).get()) {
+            if (entry.name == name) {
+                return entry;
+            }
+        }
+        ADD_FAILURE() << name << " is not listed";
+        return {};
+    }
+
+    /// The folders of a name that a search tells.
+    std::vector<Entry> found(const std::string& name, const std::string& folder) const
+    {
+        const EntryList entries = FileScanner::findDirectories({name}, tree.url(folder)).get();
+        return {entries.begin(), entries.end()};
+    }
+
+    void rename(const std::string& from, const std::string& to) const
+    {
+        ASSERT_EQ(std::rename(tree.path(from).c_str(), tree.path(to).c_str()), 0);
+    }
+
+    void swap(const std::string& one, const std::string& other) const
+    {
+        ASSERT_EQ(::renameat2(AT_FDCWD, tree.path(one).c_str(), AT_FDCWD, tree.path(other).c_str(),
+                              RENAME_EXCHANGE),
+                  0);
+    }
+
+    TemporaryTree tree{file("home/me/Documents/thesis", "t"), folder("data")};
+    ScopedVariable home{"HOME", tree.path("home/me")};
+    ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
+};
+
+TEST_F(SeenItemTest, WhatAnyScanFoundGoesAndNothingBesideIt)
+{
+    const std::string far = "far/" + chain(std::string(200, 'd'), 30);
+    for (const bool permanently : {false, true}) {
+        tree.add({
+            file("work/a", 10_KiB),
+            file("work/kept", "k"),
+            file("work/b/inner", 8_KiB),
+            link("work/c", "b"),
+            fifo("work/d"),
+            file("p/node_modules/x/y", "y"),
+            file("q/node_modules/z", "z"),
+            file(far + "/long", 64_KiB),
+        });
+        tree.add(link(permanently ? "way" : "route", "work"));
+        std::vector<Entry> entries{listed("work", "a"), listed(permanently ? "way" : "route", "b"),
+                                   listed("work/", "c"), listed("work/.", "d")};
+        for (const char* const searched : {"p", "q/node_modules"}) {
+            for (const Entry& entry : FileScanner::findNodeModules(tree.url(searched)).get()) {
+                entries.push_back(entry);
+            }
+        }
+        for (const Entry& entry : FileScanner::findLargestFiles(tree.url("far"), 1).get()) {
+            entries.push_back(entry);
+        }
+        ASSERT_THAT(entries, SizeIs(7));
+        tree.add({file("work/b/later", "b"), file("p/node_modules/later", "l")}); // a folder may be filled
+        tree.add(file("work/a", "a"));                                            // and a file written to
+        const auto result = FileRemover::remove(entries, permanently, {});
+        EXPECT_THAT(result.failures, IsEmpty()) << result.failures.front().message;
+        EXPECT_THAT(result.trashed, SizeIs(permanently ? 0 : 7));
+        EXPECT_THAT(tree.names("work"), ElementsAre("kept"));
+        EXPECT_THAT(tree.names("p"), IsEmpty());
+        EXPECT_THAT(tree.names("q"), IsEmpty());
+        EXPECT_THAT(tree.names(far), IsEmpty());
+    }
+}
+
+TEST_F(SeenItemTest, WhatHasTakenItsPlaceStays)
+{
+    struct Change {
+        const char* what;
+        std::function<void()> make;
+        std::string precious; ///< what must be left as it is
+    };
+
+    const std::vector<Change> changes{
+        {"the folder above led away by a link",
+         [this] {
+             rename("shared/proj", "shared/aside");
+             tree.add(link("shared/proj", tree.path("mine")));
+         },
+         "mine/Documents/thesis"},
+        {"the folder above replaced", [this] { swap("shared/proj", "mine"); },
+         "shared/proj/Documents/thesis"},
+        {"the scanned folder led away by a link",
+         [this] {
+             rename("shared", "aside");
+             tree.add({folder("lure/proj"), link("shared", "lure")});
+             swap("lure/proj", "mine");
+         },
+         "lure/proj/Documents/thesis"},
+        {"the item replaced by another folder", [this] { swap("shared/proj/Documents", "mine/Documents"); },
+         "shared/proj/Documents/thesis"},
+        {"the item made anew, maybe with the same inode number",
+         [this] {
+             ASSERT_EQ(::unlink(tree.path("shared/proj/Documents/thesis").c_str()), 0);
+             ASSERT_EQ(::rmdir(tree.path("shared/proj/Documents").c_str()), 0);
+             tree.add(file("shared/proj/Documents/thesis", "new"));
+         },
+         "shared/proj/Documents/thesis"},
+        {"a file in place of the folder",
+         [this] {
+             rename("shared/proj/Documents", "shared/proj/old");
+             tree.add(file("shared/proj/Documents", "new"));
+         },
+         "shared/proj/Documents"},
+    };
+    for (const Change& change : changes) {
+        for (const bool permanently : {false, true}) {
+            SCOPED_TRACE(change.what);
+            tree.add({file("shared/proj/Documents/thesis", "draft"), file("mine/Documents/thesis", "t")});
+            const std::vector<Entry> entries = found("Documents", "shared");
+            change.make();
+            const std::string before = tree.content(change.precious);
+            EXPECT_FALSE(before.empty());
+            EXPECT_THAT(FileRemover::remove(entries, permanently, {}).failures,
+                        ElementsAre(FileRemover::RemovalFailure{tree.url("shared/proj/Documents"),
+                                                                changedSinceTheScan}));
+            EXPECT_EQ(tree.content(change.precious), before);
+            EXPECT_THAT(tree.names("data/Trash/files"), IsEmpty());
+            std::ignore =
+                FileRemover::remove(std::vector{tree.url("shared"), tree.url("mine"), tree.url("aside"),
+                                                tree.url("lure"), tree.url("data/Trash")},
+                                    true);
+        }
+    }
+    EXPECT_THAT(
+        FileRemover::remove(std::vector{Entry{tree.url("data"), "data", 0, true, {}}}, true, {}).failures,
+        ElementsAre(FileRemover::RemovalFailure{tree.url("data"), changedSinceTheScan}))
+        << "no scan saw it";
+}
+
+TEST_F(SeenItemTest, AnotherVolumeAtThePlaceStays)
+{
+    tree.add({folder("media/stick"), folder("held")});
+    for (const std::string scanned : {"media/stick", "media"}) {
+        std::vector<Entry> photos;
+        {
+            const auto first = TemporaryMount::memory(tree.path("media/stick"));
+            if (!first.isMounted()) {
+                GTEST_SKIP() << first.refusal();
+            }
+            tree.add(file("media/stick/DCIM/1.jpg", "first"));
+            photos = found("DCIM", scanned);
+            ASSERT_THAT(photos, SizeIs(1));
+        }
+        const auto second = TemporaryMount::memory(tree.path("media/stick"));
+        tree.add(file("media/stick/DCIM/1.jpg", "second"));
+        for (const bool permanently : {false, true}) {
+            EXPECT_THAT(FileRemover::remove(photos, permanently, {}).failures,
+                        ElementsAre(FileRemover::RemovalFailure{photos.front().url, changedSinceTheScan}));
+            EXPECT_EQ(tree.content("media/stick/DCIM/1.jpg"), "second");
+        }
+    }
+}
+
+TEST_F(SeenItemTest, WhatComesIntoItsPlaceAtTheLastMomentIsPutBack)
+{
+    using Kind = InterceptedCall::Kind;
+
+    struct Moment {
+        Kind kind;
+        bool permanently;
+        int which; ///< the first call of the kind, or a later one
+    };
+
+    for (const Moment moment :
+         {Moment{Kind::rename, false, 1}, Moment{Kind::statx, false, 1}, Moment{Kind::statx, false, 2},
+          Moment{Kind::statx, true, 1}, Moment{Kind::statx, true, 2}}) {
+        tree.add({file("work/doc/text", "old"), file("work/other/text", "precious")});
+        const std::vector entries{listed("work", "doc")};
+        int seen = 0;
+        std::optional<Interception> intruder;
+        intruder.emplace([&](const InterceptedCall& call) {
+            if (call.kind == moment.kind && std::string_view{call.name} == "doc" && ++seen == moment.which) {
+                swap("work/doc", "work/other");
+            }
+            return 0;
+        });
+        const auto result = FileRemover::remove(entries, moment.permanently, {});
+        intruder.reset();
+        EXPECT_THAT(result.failures,
+                    ElementsAre(FileRemover::RemovalFailure{tree.url("work/doc"), changedSinceTheScan}));
+        EXPECT_EQ(tree.content("work/doc/text"), "precious");
+        EXPECT_EQ(tree.content("work/other/text"), "old");
+        EXPECT_THAT(tree.names("data/Trash/files"), IsEmpty());
+        EXPECT_THAT(tree.names("data/Trash/info"), IsEmpty());
+        std::ignore = FileRemover::deletePermanently(tree.url("work"));
+    }
+    tree.add({file("work/doc", "mine"), file("data/stranger", "stranger")});
+    const auto trashed = FileRemover::remove(std::vector{listed("work", "doc")}, false, {}).trashed;
+    ASSERT_THAT(trashed, SizeIs(1));
+    {
+        const Interception intruder{[&](const InterceptedCall& call) {
+            if (call.kind == Kind::rename && tree.content("data/Trash/files/doc") == "mine") {
+                swap("data/Trash/files/doc", "data/stranger");
+            }
+            return 0;
+        }};
+        EXPECT_THAT(FileRemover::restore(trashed).removed, IsEmpty());
+    }
+    EXPECT_THAT(tree.names("work"), IsEmpty());
+    EXPECT_EQ(tree.content("data/Trash/files/doc"), "stranger");
+}
+
+TEST_F(SeenItemTest, AStopLeavesTheRestAndSaysWhatWent)
+{
+    for (int number = 0; number < 600; ++number) {
+        tree.add(file("work/large/" + std::to_string(number), 4_KiB));
+    }
+    tree.add({file("work/first", "1"), file("work/last", "l")});
+    const std::vector entries{listed("work", "first"), listed("work", "large"), listed("work", "last")};
+    std::stop_source stop;
+    std::optional<Interception> person;
+    int gone = 0;
+    person.emplace([&](const InterceptedCall& call) {
+        if (call.kind == InterceptedCall::Kind::unlink && ++gone == 101) {
+            stop.request_stop();
+        }
+        return 0;
+    });
+    const auto result =
+        FileRemover::remove(entries, true, {.progress = {}, .stop = stop.get_token(), .refusal = {}});
+    person.reset();
+    EXPECT_THAT(result.removed, ElementsAre(tree.url("work/first")));
+    EXPECT_THAT(result.failures,
+                ElementsAre(FileRemover::RemovalFailure{
+                    tree.url("work/large"), "Suppression arrêtée, en partie supprimé.", 400_KiB}));
+    EXPECT_THAT(tree.names("work/large"), SizeIs(500));
+    EXPECT_TRUE(tree.exists("work/last"));
+
+    tree.add(file("work/first", "1"));
+    const auto trashed =
+        FileRemover::remove(std::vector{listed("work", "first"), listed("work", "last")}, false, {}).trashed;
+    std::stop_source second;
+    const auto restored =
+        FileRemover::restore(trashed, {.progress = [&](std::size_t, std::size_t) { second.request_stop(); },
+                                       .stop = second.get_token(),
+                                       .refusal = {}});
+    EXPECT_THAT(restored.removed, ElementsAre(tree.url("work/first")));
+    EXPECT_THAT(restored.failures, IsEmpty());
+}
+
+TEST_F(SeenItemTest, AKernelThatGrantsNoOpenat2RemovesTheSameAndNoMore)
+{
+    tree.add({file("work/a/b/c/doc/text", "x"), file("work/a/b/other/text", "x")});
+    auto entries = found("doc", "work");
+    std::ranges::move(found("other", "work"), std::back_inserter(entries));
+    ASSERT_THAT(entries, SizeIs(2));
+    rename("work/a/b/c", "work/a/b/d");
+    tree.add(link("work/a/b/c", "d"));
+    std::jthread{[&] {
+        if (!refuseOpenat2InThisThread()) {
+            return;
+        }
+        const auto result = FileRemover::remove(entries, true, {});
+        EXPECT_THAT(result.failures,
+                    ElementsAre(FileRemover::RemovalFailure{entries[0].url, changedSinceTheScan}));
+        EXPECT_THAT(result.removed, ElementsAre(entries[1].url));
+    }}.join();
+    EXPECT_EQ(tree.content("work/a/b/d/doc/text"), "x");
+}
+
+TEST_F(SeenItemTest, ABlockCountThatLiesEndsNothing)
+{
+    tree.add({file("work/1", "12345"), file("work/2", "12345")});
+    const Interception liar{[](const InterceptedCall& call) {
+        if (call.kind == InterceptedCall::Kind::statx) {
+            call.told->stx_blocks = ~std::uint64_t{0} / 512;
+        }
+        return 0;
+    }};
+    FileScanner::clearCache();
+    EXPECT_EQ(FileScanner::directorySize(tree.url("work")), 10);
+}
+
+/// Where a file system makes up its inode numbers, size and date of a file stand for them.
+TEST(VolumeMarks, TellItemsApartWhereInodeNumbersDoNotLast)
+{
+    const auto marks = [](const std::string& type, const std::string& source) {
+        return VolumeMarks{std::vector<Mount>{{1, 0, 7, "/", "/stick", type, source, {}}}};
+    };
+    FileAttributes file;
+    file.type = EntryType::file;
+    file.device = 7;
+    file.inode = 10;
+    file.stamp = 1;
+    file.logicalBytes = 100;
+    file.modifiedAt = Timestamp{std::chrono::seconds{1000}};
+    FileAttributes folder = file;
+    folder.type = EntryType::folder;
+    const auto changed = [](FileAttributes attributes, auto change) {
+        change(attributes);
+        return attributes;
+    };
+    const auto renumbered = [](FileAttributes& one) { one.inode = 11; };
+    const auto rewritten = [](FileAttributes& one) {
+        one.modifiedAt = Timestamp{std::chrono::seconds{1001}};
+    };
+    const auto grown = [](FileAttributes& one) { one.logicalBytes = 101; };
+    for (const std::string type : {"vfat", "exfat", "fuse.sshfs", "cifs", "ext4", "btrfs"}) {
+        SCOPED_TRACE(type);
+        const bool lasts = type == "ext4" || type == "btrfs";
+        const VolumeMarks volume = marks(type, "/dev/sdb1");
+        const auto isSame = [&volume](const FileAttributes& one, const FileAttributes& other) {
+            return volume.identify(one).isSameItem(volume.identify(other));
+        };
+        EXPECT_EQ(isSame(file, changed(file, renumbered)), !lasts);
+        EXPECT_EQ(isSame(file, changed(file, rewritten)), lasts);
+        EXPECT_EQ(isSame(file, changed(file, grown)), lasts);
+        EXPECT_TRUE(isSame(folder, changed(folder, rewritten)));
+        EXPECT_FALSE(volume.identify(folder).isSameItem(marks(type, "/dev/sdc1").identify(folder)));
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom
