@@ -285,7 +285,7 @@ TEST_F(SeenItemTest, AStopLeavesTheRestAndSaysWhatWent)
         return 0;
     });
     const auto result =
-        FileRemover::remove(entries, true, {.progress = {}, .stop = stop.get_token(), .refusal = {}});
+        FileRemover::remove(entries, true, {.progress = {}, .stop = stop.get_token(), .screening = {}});
     person.reset();
     EXPECT_THAT(result.removed, ElementsAre(tree.url("work/first")));
     EXPECT_THAT(result.failures,
@@ -301,7 +301,7 @@ TEST_F(SeenItemTest, AStopLeavesTheRestAndSaysWhatWent)
     const auto restored =
         FileRemover::restore(trashed, {.progress = [&](std::size_t, std::size_t) { second.request_stop(); },
                                        .stop = second.get_token(),
-                                       .refusal = {}});
+                                       .screening = {}});
     EXPECT_THAT(restored.removed, ElementsAre(tree.url("work/first")));
     EXPECT_THAT(restored.failures, IsEmpty());
 }

@@ -14,9 +14,9 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <limits>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <random>
@@ -24,6 +24,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 // Trash, undo and deletion of what scans found, while calls fail at random and somebody swaps folders, items
@@ -38,7 +39,9 @@ namespace fs = std::filesystem;
 
 class Round {
 public:
-    Round(TemporaryTree& tree, std::mt19937_64& source) : m_tree(tree), m_source(source) {}
+    Round(TemporaryTree& tree, std::string volume, std::mt19937_64& source)
+        : m_tree(tree), m_volume(std::move(volume)), m_source(source)
+    {}
 
     void run()
     {
@@ -50,8 +53,8 @@ public:
                                   [this](const Entry& entry) { m_chosen.insert(inodeOf(entry.url.path())); });
             noteWhatMayGo();
         }
-        const std::set<std::string> before = textsBelow(m_tree.path());
-        const auto mount = oneIn(20) ? mountInside(chosen) : nullptr;
+        const std::set<std::string> before = textsBelow(m_volume);
+        const auto mount = TemporaryMount::bind(m_tree.path("mine/b"), placeToMount(chosen));
         if (oneIn(2)) {
             intrude(chosen);
         }
@@ -84,7 +87,7 @@ private:
     /// The same names below "work", which is scanned, and below "mine", which nobody chooses.
     void build()
     {
-        const std::size_t files = oneIn(50) ? 300 : 2;
+        const std::size_t files = oneIn(200) ? 120 : 2;
         for (const std::string top : {"work/a", "work/b", "mine/a", "mine/b"}) {
             for (const std::string place : {"", "/doc", "/doc/inner", "/other"}) {
                 for (std::size_t number = 0; number < files; ++number) {
@@ -119,14 +122,15 @@ private:
         return chosen;
     }
 
-    std::unique_ptr<TemporaryMount> mountInside(const std::vector<Entry>& chosen)
+    /// A folder in what is chosen, now and then; else none, where nothing can be mounted.
+    std::string placeToMount(const std::vector<Entry>& chosen)
     {
-        if (chosen.empty() || !chosen.front().isDirectory) {
-            return nullptr;
+        if (chosen.empty() || !chosen.front().isDirectory || !oneIn(20)) {
+            return m_tree.path("nowhere");
         }
-        const std::string place = chosen.front().url.path() + "/mounted";
+        std::string place = chosen.front().url.path() + "/mounted";
         fs::create_directory(place);
-        return std::make_unique<TemporaryMount>(TemporaryMount::bind(m_tree.path("mine/b"), place));
+        return place;
     }
 
     static void exchange(const std::string& one, const std::string& other)
@@ -194,12 +198,12 @@ private:
     }
 
     /// Runs `action` while calls fail and somebody intrudes.
-    template <class Action>
-    auto disturbed(const std::vector<Entry>& chosen, Action action)
+    FileRemover::RemovalResult disturbed(const std::vector<Entry>& chosen,
+                                         const std::function<FileRemover::RemovalResult()>& action)
     {
         std::mutex mutex;
         const bool fails = oneIn(2);
-        const bool isWatched = oneIn(2);
+        std::size_t intrusions = oneIn(2) ? 1 + below(6) : 0;
         const Interception disturbance{[&](const InterceptedCall& call) {
             const std::scoped_lock lock{mutex};
             // Nobody can look at a file and remove it in one step: the instant between is not played.
@@ -207,7 +211,8 @@ private:
                                    std::ranges::any_of(chosen, [&call](const Entry& entry) {
                                        return !entry.isDirectory && entry.name == call.name;
                                    });
-            if (isWatched && !isTooLate && oneIn(12)) {
+            if (intrusions > 0 && !isTooLate && oneIn(6)) {
+                --intrusions;
                 oneIn(4) ? intrudeIntoTrash() : intrude(chosen);
             }
             constexpr std::array errors{EIO, EACCES, EPERM, ENOSPC, ENOENT, ESTALE, EXDEV, EINVAL, EEXIST};
@@ -232,7 +237,7 @@ private:
             read(path);
         } else if (fs::is_directory(fs::symlink_status(path))) {
             for (const auto& one : fs::recursive_directory_iterator{path}) {
-                if (one.is_regular_file() && !one.is_symlink()) {
+                if (fs::is_regular_file(one.symlink_status())) {
                     read(one.path());
                 }
             }
@@ -249,7 +254,7 @@ private:
     /// What is in a chosen item may go with it, wherever somebody has put the item, or something into it.
     void noteWhatMayGo()
     {
-        for (const auto& one : fs::recursive_directory_iterator{m_tree.path()}) {
+        for (const auto& one : fs::recursive_directory_iterator{m_volume}) {
             if (!one.is_symlink() && m_chosen.contains(inodeOf(one.path()))) {
                 m_mayGo.merge(textsBelow(one.path()));
             }
@@ -258,13 +263,14 @@ private:
 
     void checkAll(const std::set<std::string>& before, const char* what) const
     {
-        const std::set<std::string> now = textsBelow(m_tree.path());
+        const std::set<std::string> now = textsBelow(m_volume);
         for (const std::string& one : before) {
             Soak::require(now.contains(one) || m_mayGo.contains(one), what);
         }
     }
 
     TemporaryTree& m_tree;
+    const std::string m_volume; ///< that holds the tree, and a trash of its own
     std::mt19937_64& m_source;
     std::set<ino_t> m_chosen;      ///< to be deleted for good
     std::set<std::string> m_mayGo; ///< the texts in it
@@ -287,17 +293,22 @@ int main(int argc, char** argv)
     std::size_t refused = 0;
     std::size_t restored = 0;
     const auto end = std::chrono::steady_clock::now() + run.duration;
-    while (rounds < mostRounds && std::chrono::steady_clock::now() < end) {
+    TemporaryTree host{folder("volume")};
+    const auto volume = TemporaryMount::memory(host.path("volume"));
+    const ScopedVariable place{"TMPDIR", host.path("volume")};
+    while (rounds < mostRounds && volume.isMounted() && std::chrono::steady_clock::now() < end) {
         TemporaryTree tree{folder("home"), folder("data")};
         const ScopedVariable home{"HOME", tree.path("home")};
         const ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
-        Round round{tree, source};
+        Round round{tree, host.path("volume"), source};
         round.run();
         removed += round.m_removed;
         refused += round.m_refused;
         restored += round.m_restored;
+        std::filesystem::remove_all(host.path("volume/.Trash-" + std::to_string(::getuid())));
         ++rounds;
     }
-    std::printf("%zu rounds: %zu removed, %zu refused, %zu put back\n", rounds, removed, refused, restored);
+    std::printf("%zu rounds: %zu removed, %zu refused, %zu put back%s\n", rounds, removed, refused, restored,
+                volume.isMounted() ? "" : "; a volume of its own cannot be had here");
     return 0;
 }
