@@ -40,11 +40,17 @@ Timestamp momentOf(const statx_timestamp& time)
     return Timestamp{seconds + std::chrono::nanoseconds{time.tv_nsec}};
 }
 
+/// Asks for a number that no later mount gets again (STATX_MNT_ID_UNIQUE; kernels since 6.8, headers later).
+constexpr unsigned uniqueMount = 0x4000;
+
 std::uint32_t stampOf(const struct statx& stat, std::uint64_t device)
 {
     std::uint64_t hash = mixed(device, stat.stx_mode & static_cast<unsigned>(S_IFMT));
     if ((stat.stx_mask & STATX_BTIME) != 0) {
         hash = mixed(mixed(hash, static_cast<std::uint64_t>(stat.stx_btime.tv_sec)), stat.stx_btime.tv_nsec);
+    }
+    if ((stat.stx_mask & uniqueMount) != 0) {
+        hash = mixed(hash, stat.stx_mnt_id);
     }
     return static_cast<std::uint32_t>(hash >> 32U);
 }
@@ -62,8 +68,8 @@ std::int64_t allocatedBytes(const struct statx& stat, std::int64_t logicalBytes)
 SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
 {
     struct statx stat = {};
-    if (::statx(folder, name, flags | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME,
-                &stat) != 0) {
+    if (::statx(folder, name, flags | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
+                STATX_BASIC_STATS | STATX_BTIME | uniqueMount, &stat) != 0) {
         return std::unexpected(SystemError::last());
     }
     FileAttributes result;

@@ -25,7 +25,7 @@ struct FileAttributes {
     std::int64_t logicalBytes = 0;
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
-    std::uint32_t stamp = 0; ///< device, type and birth time, hashed (ItemIdentity)
+    std::uint32_t stamp = 0; ///< device, mount, type and birth time, hashed (ItemIdentity)
     std::optional<Timestamp> modifiedAt;
     std::optional<Timestamp>
         changedAt; ///< the last change of content or attributes (ctime); nobody can set it
