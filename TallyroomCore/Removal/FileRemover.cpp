@@ -1,5 +1,6 @@
 #include "Removal/FileRemover.h"
 
+#include "Removal/AsideItem.h"
 #include "Removal/ItemPlace.h"
 #include "Removal/ProtectedLocations.h"
 #include "Removal/Trash.h"
@@ -33,6 +34,12 @@ struct Wanted {
     const Entry* seen = nullptr;
 };
 
+/// How it goes.
+struct Going {
+    FileRemover::SecondLook secondLook{};
+    std::stop_token stop{};
+};
+
 /// The words for an item of which a part is gone.
 std::string wordsForTheRest(const TreeRemoval::Outcome& outcome)
 {
@@ -64,40 +71,58 @@ std::string wordsFor(SystemError error)
 /// One batch: what is read once for all of its items.
 class Batch {
 public:
+    enum class Removed : unsigned char { yes, no, notBegun };
+
     /// Moves an item to the trash, or says in `failure` why it stays.
-    std::optional<FileRemover::TrashedItem> moveToTrash(const Wanted& wanted, RemovalFailure& failure)
+    Removed moveToTrash(const Wanted& wanted, const Going& going, FileRemover::TrashedItem& trashed,
+                        RemovalFailure& failure)
     {
         const auto place = removable(wanted);
         auto stored =
             place ? m_trash.moveIn(*place) : std::unexpected(Trash::Refusal{0, place.error().message});
         if (!stored) {
             failure = {wanted.url, std::move(stored.error().message)};
-            return std::nullopt;
+            return Removed::no;
         }
-        return FileRemover::TrashedItem{wanted.url, std::move(stored->inTrash), stored->item, stored->folder};
+        trashed = {wanted.url, std::move(stored->inTrash), stored->item, stored->folder};
+        auto refusal = going.secondLook ? going.secondLook() : std::nullopt;
+        if (!refusal || !restore(trashed)) {
+            return Removed::yes; // what cannot come back lies in the trash, and its undo is known
+        }
+        failure = {wanted.url, std::move(*refusal)};
+        return going.stop.stop_requested() ? Removed::notBegun : Removed::no;
     }
 
-    enum class Removed : unsigned char { yes, no, notBegun };
-
     /// Removes an item for good, or says in `failure` what is left of it.
-    Removed deletePermanently(const Wanted& wanted, const std::stop_token& stop, RemovalFailure& failure)
+    Removed deletePermanently(const Wanted& wanted, const Going& going, RemovalFailure& failure)
     {
         const auto place = removable(wanted);
         if (!place) {
             failure = {wanted.url, place.error().message};
             return Removed::no;
         }
-        const auto outcome = TreeRemoval::removeItem(place->parent.get(), place->name, place->meant, stop);
-        if (outcome.isGone()) {
-            Trash::forget(*place);
-            return Removed::yes;
+        if (!going.secondLook) {
+            return deleteAs(place->name, *place, wanted, going.stop, failure);
         }
-        if (outcome.removed == 0 && outcome.isStopped) {
-            return Removed::notBegun;
+        const auto aside = AsideItem::move(*place);
+        if (!aside) {
+            failure = {wanted.url, wordsFor(aside.error())};
+            return Removed::no;
         }
-        failure = {wanted.url, outcome.removed == 0 ? wordsFor(*outcome.error) : wordsForTheRest(outcome),
-                   outcome.freedBytes};
-        return Removed::no;
+        auto removed = Removed::no;
+        if (auto refusal = going.secondLook()) {
+            failure = {wanted.url, std::move(*refusal)};
+            removed = going.stop.stop_requested() ? Removed::notBegun : Removed::no;
+        } else {
+            removed = deleteAs(aside->name(), *place, wanted, going.stop, failure);
+        }
+        if (removed != Removed::yes) {
+            if (const std::string where = aside->putBack(); !where.empty()) {
+                failure = {wanted.url, failure.message + where, failure.freedBytes};
+                removed = Removed::no;
+            }
+        }
+        return removed;
     }
 
     /// Moves an item back out of the trash.
@@ -108,6 +133,23 @@ public:
     }
 
 private:
+    /// Removes the item of a place under the name that it has now.
+    static Removed deleteAs(const std::string& name, const ItemPlace& place, const Wanted& wanted,
+                            const std::stop_token& stop, RemovalFailure& failure)
+    {
+        const auto outcome = TreeRemoval::removeItem(place.parent.get(), name, place.meant, stop);
+        if (outcome.isGone()) {
+            Trash::forget(place);
+            return Removed::yes;
+        }
+        if (outcome.removed == 0 && outcome.isStopped) {
+            return Removed::notBegun;
+        }
+        failure = {wanted.url, outcome.removed == 0 ? wordsFor(*outcome.error) : wordsForTheRest(outcome),
+                   outcome.freedBytes};
+        return Removed::no;
+    }
+
     /// The place of an item that may be removed.
     RemovalExpected<ItemPlace> removable(const Wanted& wanted)
     {
@@ -161,20 +203,24 @@ void report(const FileRemover::BatchProgress& progress, std::size_t completed, s
 
 /// Removes one item and writes down what became of it.
 void record(FileRemover::RemovalResult& result, const Wanted& wanted, Batch& batch, bool permanently,
-            const std::stop_token& stop)
+            const Going& going)
 {
     RemovalFailure failure;
-    auto removed = Batch::Removed::no;
-    if (permanently) {
-        removed = batch.deletePermanently(wanted, stop, failure);
-    } else if (auto trashed = batch.moveToTrash(wanted, failure)) {
-        result.trashed.push_back(std::move(*trashed));
-        removed = Batch::Removed::yes;
-    }
-    if (removed == Batch::Removed::yes) {
+    FileRemover::TrashedItem trashed;
+    const auto removed = permanently ? batch.deletePermanently(wanted, going, failure)
+                                     : batch.moveToTrash(wanted, going, trashed, failure);
+    switch (removed) {
+    case Batch::Removed::yes:
         result.removed.push_back(wanted.url);
-    } else if (removed == Batch::Removed::no) {
+        if (!permanently) {
+            result.trashed.push_back(std::move(trashed));
+        }
+        break;
+    case Batch::Removed::no:
         result.failures.push_back(std::move(failure));
+        break;
+    case Batch::Removed::notBegun:
+        break;
     }
 }
 
@@ -232,7 +278,8 @@ FileRemover::RemovalResult FileRemover::remove(std::span<const Entry> entries, b
         if (screened.refusal) {
             result.failures.push_back({entry.url, std::move(*screened.refusal)});
         } else {
-            record(result, {entry.url, &entry}, batch, permanently, options.stop);
+            record(result, {entry.url, &entry}, batch, permanently,
+                   {std::move(screened.secondLook), options.stop});
         }
         report(options.progress, result.removed.size() + result.failures.size(), entries.size());
     }

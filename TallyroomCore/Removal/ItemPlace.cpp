@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -124,6 +125,25 @@ SystemResult<std::uint64_t> mountOf(int folder, const char* name)
     return (stat.stx_mask & STATX_MNT_ID) != 0
                ? stat.stx_mnt_id
                : (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
+}
+
+SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int to, const std::string& newName)
+{
+    if (::renameat2(from, name.c_str(), to, newName.c_str(), RENAME_NOREPLACE) == 0) {
+        return {};
+    }
+    if (errno == EINVAL || errno == ENOSYS) {
+        // The file system does not know the flag. Looking first leaves an instant in which somebody may take
+        // the name; in a trash the record, made with O_EXCL, has reserved it.
+        struct stat status = {};
+        if (::fstatat(to, newName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+            return std::unexpected(SystemError{EEXIST});
+        }
+        if (errno == ENOENT && ::renameat(from, name.c_str(), to, newName.c_str()) == 0) {
+            return {};
+        }
+    }
+    return std::unexpected(SystemError::last());
 }
 
 bool isWithin(const std::string& path, const std::string& ancestor)

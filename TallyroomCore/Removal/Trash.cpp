@@ -207,25 +207,6 @@ bool recordsPath(int records, const std::string& name, const ItemPlace& place)
     return told == encoded || (!told.starts_with('/') && encoded.ends_with("/" + told));
 }
 
-SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int to, const std::string& newName)
-{
-    if (::renameat2(from, name.c_str(), to, newName.c_str(), RENAME_NOREPLACE) == 0) {
-        return {};
-    }
-    if (errno == EINVAL || errno == ENOSYS) {
-        // The file system does not know the flag. Looking first leaves an instant in which somebody may take
-        // the name; in a trash the record, made with O_EXCL, has reserved it.
-        struct stat status = {};
-        if (::fstatat(to, newName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
-            return std::unexpected(SystemError{EEXIST});
-        }
-        if (errno == ENOENT && ::renameat(from, name.c_str(), to, newName.c_str()) == 0) {
-            return {};
-        }
-    }
-    return std::unexpected(SystemError::last());
-}
-
 /// Whether what was moved is what was meant: another item may have come into its place at the last moment.
 bool isStillThis(const MeantItem& meant, int folder, const std::string& name)
 {

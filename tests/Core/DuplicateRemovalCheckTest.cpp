@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,9 +38,9 @@ std::shared_ptr<const std::vector<DuplicateGroup>> duplicatesIn(const TemporaryT
 using Groups = decltype(duplicatesIn(std::declval<const TemporaryTree&>()));
 using Names = std::vector<std::string>;
 
-/// Deletes `victims` for good, and tells "name: reason" of those that stayed.
+/// Removes `victims`, and tells "name: reason" of those that stayed.
 Names removeIn(const TemporaryTree& tree, const Groups& groups, const Names& victims,
-               FileRemover::BatchOptions options = {})
+               FileRemover::BatchOptions options = {}, bool permanently = true)
 {
     std::unordered_set<FileUrl> urls;
     for (const std::string& victim : victims) {
@@ -51,7 +52,7 @@ Names removeIn(const TemporaryTree& tree, const Groups& groups, const Names& vic
                              [&urls](const Entry& entry) { return urls.contains(entry.url); });
     }
     options.screening = DuplicateRemovalCheck::forGroups(groups, urls);
-    const auto result = FileRemover::remove(entries, true, options);
+    const auto result = FileRemover::remove(entries, permanently, options);
     Names refused;
     for (const auto& failure : result.failures) {
         refused.push_back(failure.url.path().substr(tree.path().size() + 1) + ": " + failure.message);
@@ -318,6 +319,65 @@ TEST(DuplicateRemovalCheck, TheImageOfAFileInAnOverlayIsNoCopy)
                 ElementsAre(testing::StartsWith("layers/upper/a: c'est peut-être le même fichier")));
     EXPECT_FALSE(tree.exists("c"));
     EXPECT_TRUE(tree.exists("layers/upper/a"));
+}
+
+/// A folder shown as that of another machine, which numbers its files as it likes and tells whole seconds.
+class NetworkFolder {
+public:
+    NetworkFolder(TemporaryTree& tree, const std::string& source, const std::string& folder)
+        : m_folder(tree.path(folder))
+    {
+        tree.add(file("serve", "#!/bin/sh\nexec /usr/lib/openssh/sftp-server\n").withMode(0755));
+        const std::string command = "sshfs -o ssh_command=" + tree.path("serve") + " x:" + tree.path(source) +
+                                    " " + m_folder + " 2>/dev/null";
+        m_isMounted = std::system(command.c_str()) == 0; // NOLINT: a test's own words
+    }
+
+    NetworkFolder(const NetworkFolder&) = delete;
+    NetworkFolder& operator=(const NetworkFolder&) = delete;
+
+    ~NetworkFolder()
+    {
+        if (m_isMounted) {
+            ::umount2(m_folder.c_str(), MNT_DETACH);
+        }
+    }
+
+    [[nodiscard]] bool isMounted() const { return m_isMounted; }
+
+private:
+    std::string m_folder;
+    bool m_isMounted = false;
+};
+
+TEST(DuplicateRemovalCheck, AFileIsNoCopyOfItselfThroughANetwork)
+{
+    TemporaryTree tree{folder("net"), folder("data"), folder("home")};
+    const NetworkFolder net{tree, "data", "net"};
+    if (!net.isMounted()) {
+        GTEST_SKIP() << "sshfs or the right to mount is missing";
+    }
+    const ScopedVariable home{"XDG_DATA_HOME", tree.path("home")};
+    for (const bool isPermanent : {true, false}) {
+        for (const char* const victim : {"data/a", "net/a"}) {
+            SCOPED_TRACE(std::string{victim} + (isPermanent ? " for good" : " to the trash"));
+            tree.add(file("data/a", 200_KiB));
+            const std::string content = tree.content("data/a");
+            const auto groups = duplicatesIn(tree);
+            ASSERT_EQ(groups->size(), 1U);
+            ASSERT_EQ((*groups)[0].entries.size(), 2U);
+            EXPECT_THAT(removeIn(tree, groups, {victim}, {}, isPermanent),
+                        ElementsAre(std::string{victim} + ": " + otherPath));
+            EXPECT_THAT(tree.names("data"), testing::IsSupersetOf({"a"}));
+            EXPECT_EQ(tree.content("data/a"), content);
+        }
+    }
+    tree.add({file("data/b", 200_KiB), file("other", 200_KiB)});
+    ASSERT_EQ(::unlink(tree.path("data/a").c_str()), 0);
+    EXPECT_THAT(removeIn(tree, duplicatesIn(tree), {"data/b", "net/b"}),
+                ElementsAre(std::string{"net/b: "} + gone))
+        << "a copy is elsewhere, and a path is gone";
+    EXPECT_FALSE(tree.exists("data/b"));
 }
 
 } // namespace

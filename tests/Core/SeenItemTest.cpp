@@ -92,6 +92,61 @@ protected:
     ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
 };
 
+TEST_F(SeenItemTest, ASecondLookComesWhenAnItemIsAwayAndCanStillComeBack)
+{
+    enum class Look : unsigned char { agrees, refuses, refusesWhenItsPlaceIsTaken };
+    for (const bool permanent : {true, false}) {
+        for (const Look look : {Look::agrees, Look::refuses, Look::refusesWhenItsPlaceIsTaken}) {
+            SCOPED_TRACE(testing::Message() << permanent << static_cast<int>(look));
+            tree.add({file("work/a", "a"), file("work/b", "b")});
+            std::vector<std::string> seen;
+            FileRemover::BatchOptions options;
+            options.screening = [&](const Entry&, const std::stop_token&) {
+                return FileRemover::Screened{{}, [&]() -> std::optional<std::string> {
+                                                 seen = tree.names("work");
+                                                 if (look == Look::refusesWhenItsPlaceIsTaken) {
+                                                     tree.add(file("work/a", "another"));
+                                                 }
+                                                 return look == Look::agrees
+                                                            ? std::nullopt
+                                                            : std::optional<std::string>{"Non."};
+                                             }};
+            };
+            const auto result = FileRemover::remove(std::vector{listed("work", "a")}, permanent, options);
+            EXPECT_EQ(std::erase_if(seen, [](const std::string& name) { return name == "b"; }), 1U);
+            ASSERT_THAT(seen, SizeIs(permanent ? 1 : 0));
+            EXPECT_TRUE(!permanent || seen[0].starts_with(".tallyroom-"));
+            switch (look) {
+            case Look::agrees:
+                EXPECT_THAT(result.failures, IsEmpty());
+                EXPECT_THAT(result.trashed, SizeIs(permanent ? 0 : 1));
+                EXPECT_THAT(tree.names("work"), ElementsAre("b"));
+                break;
+            case Look::refuses:
+                ASSERT_THAT(result.failures, SizeIs(1));
+                EXPECT_EQ(result.failures[0].message, "Non.");
+                EXPECT_THAT(result.removed, IsEmpty());
+                EXPECT_THAT(result.trashed, IsEmpty());
+                EXPECT_THAT(tree.names("work"), ElementsAre("a", "b"));
+                EXPECT_EQ(tree.content("work/a"), "a");
+                break;
+            case Look::refusesWhenItsPlaceIsTaken:
+                EXPECT_EQ(tree.content("work/a"), "another");
+                if (permanent) {
+                    ASSERT_THAT(result.failures, SizeIs(1));
+                    EXPECT_EQ(result.failures[0].message,
+                              "Non. Il se trouve à présent sous le nom « " + seen[0] + " ».");
+                    EXPECT_EQ(tree.content("work/" + seen[0]), "a");
+                    ASSERT_EQ(::unlink(tree.path("work/" + seen[0]).c_str()), 0);
+                } else {
+                    ASSERT_THAT(result.trashed, SizeIs(1)) << "it lies in the trash, and its undo is known";
+                }
+                break;
+            }
+        }
+    }
+}
+
 TEST_F(SeenItemTest, WhatAnyScanFoundGoesAndNothingBesideIt)
 {
     const std::string far = "far/" + chain(std::string(200, 'd'), 30);
