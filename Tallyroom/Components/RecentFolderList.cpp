@@ -1,6 +1,7 @@
 #include "Components/RecentFolderList.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/PlainText.h"
 #include "Bridge/Observable.h"
 #include "Components/SymbolIcon.h"
 
@@ -24,7 +25,7 @@ public:
     {
         Theme::dress(this, Theme::Button::row);
         setFixedHeight(Theme::tallRowHeight);
-        setToolTip(m_path.toHtmlEscaped());
+        setToolTip(plainToolTip(m_path));
         setAccessibleName(m_name);
         setAccessibleDescription(m_path);
     }

@@ -271,6 +271,7 @@ void Theme::dress(QAbstractButton* button, Button look)
 void Theme::dress(QLabel* label, Text look)
 {
     static constexpr std::array names{"body", "strong", "title", "heading", "section", "secondary", "small"};
+    label->setTextFormat(Qt::PlainText); // names may look like markup
     setLook(label, "tallyText", QString::fromLatin1(names.at(static_cast<std::size_t>(look))));
 }
 

@@ -1,5 +1,6 @@
 #include "Tools/ToolTitle.h"
 
+#include "Bridge/PlainText.h"
 #include "Components/Theme.h"
 
 #include <QFontMetrics>
@@ -16,7 +17,7 @@ ToolTitle::ToolTitle(QString title, QWidget* parent) : QWidget(parent), m_title(
 void ToolTitle::setFolder(const QString& folder)
 {
     m_folder = folder;
-    setToolTip(folder);
+    setToolTip(plainToolTip(folder));
     setAccessibleName(folder.isEmpty() ? m_title : m_title + QStringLiteral(" · ") + folder);
     updateGeometry();
     update();

@@ -1,6 +1,7 @@
 #include "Tools/DiskUsage/Breadcrumb.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/PlainText.h"
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
 
@@ -95,7 +96,7 @@ void Breadcrumb::setItems(std::vector<BreadcrumbItem> items)
     for (std::size_t index = 0; index < m_items.size(); ++index) {
         const bool isCurrent = index + 1 == m_items.size();
         auto* const step = new BreadcrumbStep(FileUrlText::display(m_items[index].name), isCurrent, this);
-        step->setToolTip(FileUrlText::display(m_items[index].url));
+        step->setToolTip(plainToolTip(FileUrlText::display(m_items[index].url)));
         connect(step, &QAbstractButton::clicked, this,
                 [this, url = m_items[index].url] { Q_EMIT selected(url); });
         m_steps.push_back(step);

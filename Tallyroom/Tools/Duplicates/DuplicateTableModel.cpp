@@ -1,6 +1,7 @@
 #include "Tools/Duplicates/DuplicateTableModel.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/PlainText.h"
 #include "Bridge/SizeText.h"
 #include "Components/FileKindPresentation.h"
 #include "Tools/AgeText.h"
@@ -156,7 +157,7 @@ QVariant DuplicateTableModel::data(const QModelIndex& index, int role) const
     }
     const Entry* const entry = entryAt(index.row());
     if (role == Qt::ToolTipRole && entry != nullptr && index.column() == nameColumn) {
-        return FileUrlText::display(entry->url).toHtmlEscaped();
+        return plainToolTip(FileUrlText::display(entry->url));
     }
     if (role == Qt::CheckStateRole && entry != nullptr && index.column() == checkColumn) {
         return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
