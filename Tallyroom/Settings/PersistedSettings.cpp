@@ -1,11 +1,16 @@
 #include "Settings/PersistedSettings.h"
 
+#include <QFile>
 #include <QIODevice>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <sys/stat.h>
 
 namespace tallyroom::Settings {
 
@@ -36,9 +41,21 @@ QSettings::Format format()
 
 QSettings& store()
 {
-    static QSettings settings{format(), QSettings::UserScope, QStringLiteral("tallyroom"),
-                              QStringLiteral("tallyroom")};
-    return settings;
+    static const std::unique_ptr<QSettings> settings =
+        open(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+             QStringLiteral("/tallyroom/tallyroom.json"));
+    return *settings;
+}
+
+std::unique_ptr<QSettings> open(const QString& path)
+{
+    // The library waits for whatever it opens, and a FIFO may never answer.
+    struct stat file = {};
+    if (::stat(QFile::encodeName(path).constData(), &file) == 0 && !S_ISREG(file.st_mode)) {
+        static const QTemporaryDir folder;
+        return std::make_unique<QSettings>(folder.filePath(QStringLiteral("tallyroom.json")), format());
+    }
+    return std::make_unique<QSettings>(path, format());
 }
 
 std::optional<std::int64_t> integer(const QString& key)
@@ -95,7 +112,9 @@ void write(const QString& key, const QVariant& value)
 
 std::int64_t largeFilesLimit()
 {
-    return integer(QStringLiteral("lf.limit")).value_or(100);
+    static constexpr std::int64_t usual = 100;
+    const std::int64_t limit = integer(QStringLiteral("lf.limit")).value_or(usual);
+    return limit < 1 ? usual : limit;
 }
 
 std::int64_t duplicatesMinSize()

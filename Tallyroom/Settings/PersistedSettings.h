@@ -6,6 +6,7 @@
 #include <QVariant>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 namespace tallyroom {
@@ -16,6 +17,10 @@ namespace Settings {
 
 /// How the file is read and written.
 [[nodiscard]] QSettings::Format format();
+
+/// The settings in the file at `path`. What is no regular file there is left alone; choices then last as long
+/// as the program.
+[[nodiscard]] std::unique_ptr<QSettings> open(const QString& path);
 
 /// The one handle, made on first use.
 [[nodiscard]] QSettings& store();

@@ -1,10 +1,12 @@
 #include "Settings/RecentFolders.h"
 
 #include "Settings/PersistedSettings.h"
+#include "Support/TemporaryTree.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -111,6 +113,19 @@ TEST(Settings, ADamagedFileReadsAsEmptyAndIsWrittenAnew)
         }
         EXPECT_EQ(QSettings(path, Settings::format()).value(QStringLiteral("lf.limit")), 500);
     }
+}
+
+TEST(Settings, WhatIsNoFileInTheSettingsPlaceNeitherBlocksNorGoes)
+{
+    const TemporaryTree tree{fifo("settings.json"), folder("folder.json")};
+    for (const char* const name : {"settings.json", "folder.json"}) {
+        const auto settings = Settings::open(QString::fromStdString(tree.path(name)));
+        settings->setValue(QStringLiteral("kept"), 1);
+        settings->sync();
+        EXPECT_EQ(settings->value(QStringLiteral("kept")), 1);
+    }
+    EXPECT_THAT(tree.names(), testing::ElementsAre("folder.json", "settings.json"));
+    EXPECT_TRUE(std::filesystem::is_fifo(tree.path("settings.json")));
 }
 
 } // namespace
