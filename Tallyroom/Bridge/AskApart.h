@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Bridge/StreamPump.h"
 #include "Concurrency/ProgressStream.h"
+
+#include <QObject>
 
 #include <functional>
 #include <memory>
@@ -24,6 +27,28 @@ template <class Answer>
         sender.reset();
     });
     return std::move(stream);
+}
+
+/// Keeps a pump as long as its parent lives.
+class PumpHolder : public QObject {
+public:
+    using QObject::QObject;
+
+    std::shared_ptr<void> pump;
+};
+
+/// The same with the answer handed to `then` on the main thread, unless `context` is gone by then.
+template <class Answer>
+void askApart(QObject* context, std::function<Answer()> question, std::function<void(const Answer&)> then)
+{
+    auto* const holder = new PumpHolder(context); // goes with the answer
+    holder->pump = std::make_shared<StreamPump<Answer>>(
+        askApart<Answer>(std::move(question)),
+        [holder, then = std::move(then)](const Answer& answer) {
+            holder->deleteLater();
+            then(answer);
+        },
+        [] {});
 }
 
 } // namespace tallyroom

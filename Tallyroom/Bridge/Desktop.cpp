@@ -3,6 +3,8 @@
 #include "Bridge/FileUrlText.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/SystemError.h"
+#include "Bridge/StreamPump.h"
+#include "Volumes/PatientCalls.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -10,15 +12,21 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QGuiApplication>
+#include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
 
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
+#include <utility>
 
 namespace tallyroom {
 
 namespace {
+
+/// How long a folder may take to answer: a disk that has to spin up does it within this time.
+constexpr std::chrono::seconds patience{8};
 
 /// The words for what commonly keeps a folder from being opened; the platform's own for the rest.
 QString describe(const SystemError& error)
@@ -35,34 +43,88 @@ QString describe(const SystemError& error)
     }
 }
 
-} // namespace
-
-void Desktop::chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
-                           std::function<void(const FolderChoice&)> chosen)
-{
-    const FileUrl folder = start.value_or(FileUrlText::homeFolder());
-    auto* const dialog = new QFileDialog(parent, QStringLiteral("Choisir un dossier"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setOption(QFileDialog::ShowDirsOnly);
-    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
-    dialog->setDirectory(FileUrlText::toFileName(folder));
-    // Not urlsSelected: the toolkit's own dialog never sends it for folders.
-    QObject::connect(dialog, &QDialog::accepted, dialog, [dialog, chosen = std::move(chosen)] {
-        const QList<QUrl> urls = dialog->selectedUrls();
-        const auto url = urls.isEmpty() ? std::nullopt : FileUrlText::fromUrl(urls.first());
-        chosen(url ? choiceOf(*url) : FolderChoice{});
-    });
-    dialog->open();
-}
-
-FolderChoice Desktop::choiceOf(const FileUrl& url)
+FolderChoice choiceOf(const FileUrl& url)
 {
     const FileDescriptor folder{::open(url.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK)};
     if (!folder.isOpen()) {
         return std::unexpected(describe(SystemError::last()));
     }
     return std::vector{url};
+}
+
+/// `choiceOf`, asked where a dead mount harms nobody; ends without an answer when the folder is known to hang.
+ProgressStream<FolderChoice> askChoice(const FileUrl& url)
+{
+    static auto* const calls = new PatientCalls{4, patience}; // never destroyed: threads may hang in it
+    auto [sender, stream] = makeProgressStream<FolderChoice>();
+    auto telling = std::make_shared<ProgressSender<FolderChoice>>(std::move(sender));
+    calls->ask(url.path(), [telling = std::move(telling), url]() mutable {
+        telling->send(choiceOf(url));
+        telling.reset();
+    });
+    return std::move(stream);
+}
+
+/// Waits for one answer, not for ever, and deletes itself.
+class FolderQuestion : public QObject {
+public:
+    FolderQuestion(QObject* context, const FileUrl& url, std::function<void(const FolderChoice&)> chosen)
+        : QObject(context), m_chosen(std::move(chosen)),
+          m_answer(askChoice(url), [this](const FolderChoice& choice) { end(choice); }, [this] { giveUp(); })
+    {
+        QTimer::singleShot(patience, this, &FolderQuestion::giveUp);
+    }
+
+private:
+    void giveUp() { end(std::unexpected(QStringLiteral("le dossier ne répond pas."))); }
+
+    void end(const FolderChoice& choice)
+    {
+        if (const auto chosen = std::exchange(m_chosen, {})) {
+            deleteLater();
+            chosen(choice);
+        }
+    }
+
+    std::function<void(const FolderChoice&)> m_chosen;
+    StreamPump<FolderChoice> m_answer;
+};
+
+void showChooser(QWidget* parent, const FileUrl& start, const std::function<void(const FolderChoice&)>& chosen)
+{
+    auto* const dialog = new QFileDialog(parent, QStringLiteral("Choisir un dossier"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
+    dialog->setDirectory(FileUrlText::toFileName(start));
+    // Not urlsSelected: the toolkit's own dialog never sends it for folders.
+    QObject::connect(dialog, &QDialog::accepted, dialog, [parent, dialog, chosen] {
+        const QList<QUrl> urls = dialog->selectedUrls();
+        if (const auto url = urls.isEmpty() ? std::nullopt : FileUrlText::fromUrl(urls.first())) {
+            Desktop::examine(parent, *url, chosen);
+        } else {
+            chosen(FolderChoice{});
+        }
+    });
+    dialog->open();
+}
+
+} // namespace
+
+void Desktop::chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
+                           std::function<void(const FolderChoice&)> chosen)
+{
+    // The dialog looks into its first folder on the main thread.
+    examine(parent, start.value_or(FileUrlText::homeFolder()),
+            [parent, chosen = std::move(chosen)](const FolderChoice& first) {
+                showChooser(parent, first ? first->front() : FileUrlText::homeFolder(), chosen);
+            });
+}
+
+void Desktop::examine(QObject* context, const FileUrl& url, std::function<void(const FolderChoice&)> chosen)
+{
+    new FolderQuestion(context, url, std::move(chosen)); // goes with its answer
 }
 
 void Desktop::reveal(const FileUrl& url)

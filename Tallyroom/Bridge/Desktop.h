@@ -9,6 +9,7 @@
 #include <optional>
 #include <vector>
 
+class QObject;
 class QWidget;
 
 namespace tallyroom {
@@ -43,9 +44,9 @@ namespace Desktop {
 void chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
                   std::function<void(const FolderChoice&)> chosen);
 
-/// Whether `url` can be opened as a folder, as a choice: for folders that come as an argument, from the
-/// recent ones or dropped.
-[[nodiscard]] FolderChoice choiceOf(const FileUrl& url);
+/// Finds out on another thread whether `url` can be opened as a folder, and calls `chosen` with the answer,
+/// or with an error when there is none after some seconds, as from a dead mount. Not once `context` is gone.
+void examine(QObject* context, const FileUrl& url, std::function<void(const FolderChoice&)> chosen);
 
 /// Shows the item in the file browser, or opens its folder where no file browser answers.
 void reveal(const FileUrl& url);

@@ -301,7 +301,8 @@ std::unique_ptr<QMenu> EntryRows::makeContextMenu(const Entry& entry)
 {
     auto menu = std::make_unique<QMenu>();
     addActions(*menu, entry);
-    connect(menu->addAction(SymbolIcon::icon("folder"), QStringLiteral("Révéler dans le Finder")),
+    connect(menu->addAction(SymbolIcon::icon("folder"),
+                            QStringLiteral("Révéler dans le gestionnaire de fichiers")),
             &QAction::triggered, this, [this, entry] { Q_EMIT revealRequested(entry); });
     if (m_isDeletionEnabled) {
         menu->addSeparator();

@@ -14,17 +14,22 @@ using FileRemover::RemovalResult;
 namespace {
 
 /// How long leaving waits for the item in hand. A rename takes less; a dead mount never answers.
-constexpr std::chrono::seconds patience{3};
+constexpr std::chrono::seconds patience{2};
 
-/// Forgets what the scans know of the folders that hold one of `entries`, up to the root.
+/// Puts `folder` and all folders above it into `folders`.
+void addWithParents(UrlSet& folders, FileUrl folder)
+{
+    while (folders.insert(folder).second && folder != folder.parent()) {
+        folder = folder.parent();
+    }
+}
+
+/// Forgets what the scans know of `entries` and of the folders above them.
 void invalidateAround(const std::vector<Entry>& entries)
 {
     UrlSet folders;
     for (const Entry& entry : entries) {
-        FileUrl folder = entry.url;
-        while (folders.insert(folder).second && folder != folder.parent()) {
-            folder = folder.parent();
-        }
+        addWithParents(folders, entry.url);
     }
     for (const FileUrl& folder : folders) {
         FileScanner::invalidateCache(folder);
@@ -152,9 +157,17 @@ void DeletionRunner::finish()
     outcome.result = batch.result.value_or(RemovalResult{});
     outcome.done = entriesAt(outcome.result.removed, *batch.entries);
     outcome.notBegun = batch.progress.total - outcome.result.removed.size() - outcome.result.failures.size();
-    DiskChange change{.gone = {}, .back = {}, .asker = batch.context.data()};
+    DiskChange change{.gone = {}, .back = {}, .folders = {}, .asker = batch.context.data()};
     (batch.progress.isRestoring ? change.back : change.gone) = outcome.done;
-    if (!change.isEmpty()) {
+    for (const Entry& entry : outcome.done) {
+        addWithParents(change.folders, entry.url.parent());
+    }
+    for (const FileRemover::RemovalFailure& failure : outcome.result.failures) {
+        if (failure.freedBytes > 0) {
+            addWithParents(change.folders, failure.url);
+        }
+    }
+    if (!change.folders.empty()) {
         Q_EMIT diskChanged(change);
     }
     if (batch.context != nullptr) {

@@ -38,9 +38,8 @@ struct RemovalOutcome {
 struct DiskChange {
     std::vector<Entry> gone;        ///< removed
     std::vector<Entry> back;        ///< put back
+    UrlSet folders;                 ///< that hold less or more than before, up to the root
     const QObject* asker = nullptr; ///< who asked for it
-
-    [[nodiscard]] bool isEmpty() const { return gone.empty() && back.empty(); }
 };
 
 /// What deletes a batch and what puts one back; the real ones unless a test brings its own. Called on the

@@ -16,6 +16,22 @@ QString stoppedText(std::size_t notBegun)
                          : QStringLiteral(" Interrompu : %1 élément(s) non traité(s).").arg(notBegun);
 }
 
+/// What failed items have freed all the same.
+QString partlyText(const FileRemover::RemovalResult& result)
+{
+    std::int64_t freed = 0;
+    int count = 0;
+    for (const FileRemover::RemovalFailure& failure : result.failures) {
+        if (failure.freedBytes > 0) {
+            freed = checkedSum(freed, failure.freedBytes);
+            ++count;
+        }
+    }
+    return count == 0
+               ? QString{}
+               : QStringLiteral(" %1 en partie supprimé(s) · %2 libérés.").arg(count).arg(sizeText(freed));
+}
+
 } // namespace
 
 PendingDeletion PendingDeletion::many(const std::vector<Entry>& entries)
@@ -55,7 +71,7 @@ QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t fr
                                 ? QStringLiteral("%1 élément(s) · %2 %3.").arg(removed, sizeText(freed), verb)
                                 : QStringLiteral("%1 %2, %3 en échec.")
                                       .arg(removed, verb, QString::number(result.failures.size()));
-    return message + stoppedText(notBegun);
+    return message + partlyText(result) + stoppedText(notBegun);
 }
 
 QString restoreMessage(const FileRemover::RemovalResult& result, std::size_t notBegun)

@@ -105,6 +105,7 @@ void StatusBanner::showContent()
     m_text->setText(isWorking ? progressText(*m_progress) : m_message.value_or(QString{}));
     setAccessibleName(m_text->text());
     setVisible(isWorking || m_message.has_value());
+    Q_EMIT contentChanged();
 }
 
 void StatusBanner::tellFailures()
@@ -119,7 +120,7 @@ void StatusBanner::showSymbol()
     const bool hasFailed = !m_failures.empty();
     const QColor colour = Theme::shared().colour(hasFailed ? Theme::Colour::danger : Theme::Colour::done);
     Theme::dress(this, hasFailed ? Theme::Surface::alert : Theme::Surface::banner);
-    const char* const symbol = hasFailed ? "exclamationmark.triangle" : "trash";
+    const char* const symbol = hasFailed ? "exclamationmark.triangle" : "checkmark.circle.fill";
     m_symbol->setPixmap(SymbolIcon::pixmap(symbol, colour, Theme::iconSize, devicePixelRatioF()));
     QPalette palette = m_text->palette();
     palette.setColor(QPalette::WindowText, colour);

@@ -33,6 +33,8 @@ public:
 Q_SIGNALS:
     void undoRequested();
     void stopRequested();
+    /// What is shown changed, or whether anything is.
+    void contentChanged();
     void dismissed();
 
 private:

@@ -14,10 +14,14 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QHBoxLayout>
+#include <QMessageBox>
 #include <QMimeData>
+#include <QPushButton>
 #include <QStackedWidget>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 
 namespace tallyroom {
 
@@ -26,6 +30,7 @@ namespace {
 constexpr QSize smallestSize{700, 450};
 constexpr QSize defaultSize{900, 600};
 constexpr qint64 longScan = 10'000; // milliseconds
+constexpr std::chrono::seconds patience{3}; // with the item in hand, when the window is closed
 const QString geometryKey = QStringLiteral("window.geometry");
 
 std::optional<FileUrl> droppedFolder(const QMimeData* dropped)
@@ -102,7 +107,7 @@ void ContentView::showTool()
 void ContentView::openFolder(const FileUrl& folder)
 {
     selectTool(QStringLiteral("disk-usage"));
-    m_store.diskUsage.handleImport(Desktop::choiceOf(folder));
+    Desktop::examine(this, folder, [this](const FolderChoice& choice) { m_store.diskUsage.handleImport(choice); });
 }
 
 void ContentView::watch(const ToolDescriptor& descriptor)
@@ -130,8 +135,51 @@ void ContentView::restoreSize()
 
 void ContentView::closeEvent(QCloseEvent* event)
 {
+    if (m_store.deletions.isRunning() && !m_isLeaving) {
+        event->ignore();
+        askToLeave();
+        return;
+    }
     Settings::write(geometryKey, QString::fromLatin1(saveGeometry().toBase64()));
     QWidget::closeEvent(event);
+}
+
+/// Asks once, however often the window is told to close.
+void ContentView::askToLeave()
+{
+    if (m_leaveQuestion != nullptr && m_leaveQuestion->isVisible()) {
+        m_leaveQuestion->raise();
+        return;
+    }
+    const bool isRestoring = m_store.deletions.progress()->isRestoring;
+    m_leaveQuestion =
+        new QMessageBox(QMessageBox::Question, QStringLiteral("Quitter Tallyroom ?"),
+                        isRestoring ? QStringLiteral("Une restauration est en cours.")
+                                    : QStringLiteral("Une suppression est en cours."),
+                        QMessageBox::NoButton, this);
+    m_leaveQuestion->setInformativeText(
+        QStringLiteral("Elle sera arrêtée après l’élément en cours ; ce qui est déjà fait le reste."));
+    auto* const stop =
+        m_leaveQuestion->addButton(QStringLiteral("Arrêter et quitter"), QMessageBox::AcceptRole);
+    m_leaveQuestion->setDefaultButton(
+        m_leaveQuestion->addButton(QStringLiteral("Continuer"), QMessageBox::RejectRole));
+    m_leaveQuestion->setAttribute(Qt::WA_DeleteOnClose);
+    connect(stop, &QAbstractButton::clicked, this, &ContentView::leave);
+    // What the question is about may be over before it is answered.
+    connect(&m_store.deletions, &DeletionRunner::isRunningChanged, m_leaveQuestion, &QWidget::close);
+    m_leaveQuestion->open();
+}
+
+void ContentView::leave()
+{
+    m_isLeaving = true;
+    m_store.deletions.stop();
+    connect(&m_store.deletions, &DeletionRunner::isRunningChanged, this, &QWidget::close);
+    if (m_store.deletions.isRunning()) {
+        QTimer::singleShot(patience, this, &QWidget::close);
+    } else {
+        close();
+    }
 }
 
 bool ContentView::focusNextPrevChild(bool isForward)
@@ -154,7 +202,8 @@ void ContentView::dropEvent(QDropEvent* event)
         return;
     }
     event->acceptProposedAction();
-    tool->tool(m_store).handleImport(Desktop::choiceOf(*folder));
+    Desktop::examine(this, *folder,
+                     [&target = tool->tool(m_store)](const FolderChoice& choice) { target.handleImport(choice); });
 }
 
 } // namespace tallyroom

@@ -4,10 +4,12 @@
 #include "Shell/ToolDescriptor.h"
 
 #include <QElapsedTimer>
+#include <QPointer>
 #include <QWidget>
 
 #include <unordered_map>
 
+class QMessageBox;
 class QStackedWidget;
 
 namespace tallyroom {
@@ -47,6 +49,8 @@ private:
     void makeLayout();
     void addShortcuts();
     void restoreSize();
+    void askToLeave();
+    void leave();
     void watch(const ToolDescriptor& descriptor);
     void showTool();
 
@@ -54,6 +58,8 @@ private:
     QString m_selectedToolID;
     std::unordered_map<const ToolDescriptor*, QElapsedTimer> m_scansSince; // the running ones
     std::unordered_map<const ToolDescriptor*, QWidget*> m_screens;         // those once on show
+    bool m_isLeaving = false; // though a removal may still run
+    QPointer<QMessageBox> m_leaveQuestion;
     Sidebar* m_sidebar;
     QStackedWidget* m_detail;
     MessagePage* m_placeholder;

@@ -3,7 +3,6 @@
 #include "Bridge/SizeText.h"
 #include "Components/EntryTable.h"
 #include "Text/CSVExport.h"
-#include "Tools/ExportFlow.h"
 #include "Tools/ToolHeader.h"
 
 namespace tallyroom {
@@ -80,8 +79,7 @@ void ListToolScreen::showFilter()
 void ListToolScreen::exportEntries()
 {
     if (m_table->hasRows()) {
-        exportAsCSV(
-            this, [rows = m_table->arrangement()] { return exportedRows(rows); }, exportName());
+        exportText([rows = m_table->arrangement()] { return exportedRows(rows); });
     }
 }
 

@@ -1,5 +1,6 @@
 #include "Tools/ListToolViewModel.h"
 
+#include "Bridge/AskApart.h"
 #include "Bridge/SizeText.h"
 #include "Bridge/TextFilter.h"
 
@@ -112,6 +113,8 @@ void ListToolViewModel::startScan(PropertyUpdate& update)
     m_removed.clear();
     m_taken.clear();
     m_restored.clear();
+    m_unmeasured.clear();
+    m_measuring.reset();
     m_unread.reset();
     update.assign(m_entries, EntryList{}, &ListToolViewModel::entriesChanged);
     update.assign(m_scanCompleted, 0, &ListToolViewModel::scanCompletedChanged);
@@ -126,6 +129,7 @@ void ListToolViewModel::startScan(PropertyUpdate& update)
 void ListToolViewModel::dropScan(PropertyUpdate& update)
 {
     m_pump.reset();
+    startMeasuring();
     update.assign(m_isDiscovering, false, &ListToolViewModel::isDiscoveringChanged);
 }
 
@@ -184,6 +188,47 @@ void ListToolViewModel::putBack(PropertyUpdate& update, const std::vector<Entry>
     if (!returned.empty()) {
         update.assign(m_entries, withRestored(m_entries, returned), &ListToolViewModel::entriesChanged);
     }
+}
+
+void ListToolViewModel::measureAgain(const UrlSet& folders)
+{
+    for (const Entry& entry : m_entries) {
+        if (entry.isDirectory && folders.contains(entry.url)) {
+            m_unmeasured.insert(entry.url);
+        }
+    }
+    startMeasuring();
+}
+
+/// Apart, since a folder may be large; after a running scan, which may have measured it too early.
+void ListToolViewModel::startMeasuring()
+{
+    if (m_unmeasured.empty() || m_pump != nullptr) {
+        return;
+    }
+    const auto measure = [folders = m_unmeasured] {
+        Sizes sizes;
+        for (const FileUrl& folder : folders) {
+            sizes[folder] = FileScanner::directorySize(folder);
+        }
+        return sizes;
+    };
+    m_measuring = std::make_unique<StreamPump<Sizes>>(
+        askApart<Sizes>(measure), [this](const Sizes& sizes) { showSizes(sizes); }, [] {});
+}
+
+void ListToolViewModel::showSizes(const Sizes& sizes)
+{
+    m_unmeasured.clear();
+    std::vector<Entry> entries = m_entries.toVector();
+    for (Entry& entry : entries) {
+        if (const auto size = sizes.find(entry.url); entry.isDirectory && size != sizes.end()) {
+            entry.sizeBytes = size->second;
+        }
+    }
+    std::ranges::stable_sort(entries, isLarger);
+    PropertyUpdate update{this};
+    update.assign(m_entries, EntryList{std::move(entries)}, &ListToolViewModel::entriesChanged);
 }
 
 } // namespace tallyroom

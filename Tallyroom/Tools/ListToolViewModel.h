@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 namespace tallyroom {
 
@@ -95,9 +96,15 @@ protected:
 
     void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
     void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;
+    void measureAgain(const UrlSet& folders) override;
 
 private:
     void receive(const ScanProgress& record);
+    /// What folders were found to take up when they were measured again.
+    using Sizes = std::unordered_map<FileUrl, std::int64_t>;
+
+    void startMeasuring();
+    void showSizes(const Sizes& sizes);
     [[nodiscard]] EntryList amended(const EntryList& found) const;
 
     FilterSubject m_filterSubject;
@@ -114,6 +121,8 @@ private:
     RemovedPlaces m_removed;       // deleted meanwhile: the scan may still report them
     std::vector<Entry> m_restored; // put back meanwhile: the scan may have passed them by
     std::unique_ptr<StreamPump<ScanProgress>> m_pump;
+    UrlSet m_unmeasured; // listed folders whose size is another one by now
+    std::unique_ptr<StreamPump<Sizes>> m_measuring;
 };
 
 } // namespace tallyroom

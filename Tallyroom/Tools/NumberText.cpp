@@ -30,4 +30,9 @@ QString files(std::int64_t count)
     return grouped(count) + (count < 2 ? QStringLiteral(" fichier") : QStringLiteral(" fichiers"));
 }
 
+QString examinedFiles(std::int64_t count)
+{
+    return files(count) + (count < 2 ? QStringLiteral(" examiné") : QStringLiteral(" examinés"));
+}
+
 } // namespace tallyroom::NumberText

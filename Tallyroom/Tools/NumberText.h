@@ -18,6 +18,9 @@ namespace NumberText {
 /// "12 345 fichiers"
 [[nodiscard]] QString files(std::int64_t count);
 
+/// "12 345 fichiers examinés"
+[[nodiscard]] QString examinedFiles(std::int64_t count);
+
 } // namespace NumberText
 
 } // namespace tallyroom

@@ -191,13 +191,16 @@ void ScanToolViewModel::follow(const DiskChange& change)
     if (!m_rootURL) {
         return;
     }
-    PropertyUpdate update{this};
-    if (!change.gone.empty()) {
-        takeOut(update, change.gone);
+    {
+        PropertyUpdate update{this};
+        if (!change.gone.empty()) {
+            takeOut(update, change.gone);
+        }
+        if (!change.back.empty()) {
+            putBack(update, change.back, change.asker == this && m_removedFrom == listedFolder());
+        }
     }
-    if (!change.back.empty()) {
-        putBack(update, change.back, change.asker == this && m_removedFrom == listedFolder());
-    }
+    measureAgain(change.folders);
 }
 
 void ScanToolViewModel::beginRemoval(bool isAccepted, const RemovalProgress& progress)
@@ -205,8 +208,7 @@ void ScanToolViewModel::beginRemoval(bool isAccepted, const RemovalProgress& pro
     if (isAccepted) {
         showRemoval(progress);
     } else {
-        m_failures.clear();
-        showStatus(QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera terminée."));
+        tell(QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera terminée."));
     }
 }
 
@@ -236,6 +238,12 @@ void ScanToolViewModel::report(PropertyUpdate& update, const QString& message,
     }
     update.assign(m_statusMessage, std::optional{message}, &ScanToolViewModel::statusMessageChanged);
     update.assign(m_removal, std::nullopt, &ScanToolViewModel::removalChanged);
+}
+
+void ScanToolViewModel::tell(const QString& message)
+{
+    m_failures.clear();
+    showStatus(message);
 }
 
 void ScanToolViewModel::dismissStatus()

@@ -116,6 +116,9 @@ public:
     /// undone.
     void stopRemoval();
 
+    /// Puts something else than a removal's report into its place.
+    void tell(const QString& message);
+
     /// Takes the report off the screen.
     void dismissStatus();
 
@@ -147,6 +150,9 @@ protected:
 
     /// Puts into the list what is back. `isOwn`: this tool removed it from the folder that it lists now.
     virtual void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) = 0;
+
+    /// What lies in `folders` takes up more or less room than it did.
+    virtual void measureAgain(const UrlSet& /*folders*/) {}
 
     /// The line that reports an undo.
     [[nodiscard]] virtual QString restoreReport(const RemovalOutcome& outcome) const;

@@ -9,6 +9,7 @@
 #include "Components/Shortcut.h"
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
+#include "Tools/ExportFlow.h"
 #include "Tools/NumberText.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolPages.h"
@@ -62,6 +63,7 @@ bool ToolScreen::event(QEvent* event)
 void ToolScreen::showEverything()
 {
     startOver();
+    m_isReportOld = false;
     showFilter();
     showEntries();
     showState();
@@ -70,10 +72,13 @@ void ToolScreen::showEverything()
 
 void ToolScreen::showBanner()
 {
-    m_banner->showMessage(m_tool.statusMessage(), m_tool.failures());
+    if (m_isReportOld) {
+        m_banner->showMessage(std::nullopt);
+    } else {
+        m_banner->showMessage(m_tool.statusMessage(), m_tool.failures());
+    }
     m_banner->showUndo(m_tool.canUndo());
     m_banner->showRemoval(m_tool.removal());
-    showFooter();
 }
 
 /// Takes no room while it has nothing to say.
@@ -104,7 +109,10 @@ void ToolScreen::connectTool()
     connect(&m_tool, &ScanToolViewModel::stateChanged, this, &ToolScreen::showState);
     connect(&m_tool, &ScanToolViewModel::searchTextChanged, this, [this] { showFilter(); });
     connect(&m_tool, &ScanToolViewModel::rootURLChanged, this, [this] { startOver(); });
-    connect(&m_tool, &ScanToolViewModel::statusMessageChanged, this, &ToolScreen::showBanner);
+    connect(&m_tool, &ScanToolViewModel::statusMessageChanged, this, [this] {
+        m_isReportOld = false;
+        showBanner();
+    });
     connect(&m_tool, &ScanToolViewModel::undoableChanged, this, &ToolScreen::showBanner);
     connect(&m_tool, &ScanToolViewModel::removalChanged, this, &ToolScreen::showBanner);
     connect(&m_patience, &QTimer::timeout, this, &ToolScreen::showPage);
@@ -128,6 +136,7 @@ void ToolScreen::connectWidgets()
     connect(m_rows, &EntryRows::revealRequested, this,
             [](const Entry& entry) { Desktop::reveal(entry.url); });
     connect(m_rows, &EntryRows::copyPathRequested, this, [](const Entry& entry) { copyPaths({entry}); });
+    connect(m_banner, &StatusBanner::contentChanged, this, &ToolScreen::showFooter);
     connect(m_banner, &StatusBanner::stopRequested, &m_tool, &ScanToolViewModel::stopRemoval);
     connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ScanToolViewModel::undoDeletion);
     connect(m_banner, &StatusBanner::dismissed, &m_tool, &ScanToolViewModel::dismissStatus);
@@ -207,6 +216,7 @@ bool ToolScreen::hasList() const
 void ToolScreen::showPage()
 {
     const bool hidesEverything = m_tool.isFiltering() && !m_rows->hasRows();
+    m_header->showEntryCount(hidesEverything ? 0 : m_tool.entryCount());
     m_header->setVisible(hasList());
     m_selectionBar->setVisible(hasList());
     m_pages->showPage(m_patience.isActive(), hidesEverything);
@@ -225,7 +235,6 @@ void ToolScreen::showProgress()
 
 void ToolScreen::showEntries()
 {
-    m_header->showEntryCount(m_tool.entryCount());
     showPage();
 }
 
@@ -268,6 +277,8 @@ void ToolScreen::startOver()
     if (m_title != nullptr && m_tool.rootURL()) {
         m_title->setFolder(FileUrlText::displayFromHome(*m_tool.rootURL()));
     }
+    m_isReportOld = true;
+    showBanner();
     m_rows->startOver();
     selection().clear();
 }
@@ -312,6 +323,13 @@ void ToolScreen::askDeletionOfChecked(DeleteConfirmation::Default choice)
 ToolScreen::Caution ToolScreen::caution(const std::vector<Entry>& /*entries*/) const
 {
     return {m_style.deletionWarning, {}};
+}
+
+void ToolScreen::exportText(std::function<std::string()> text)
+{
+    exportAsCSV(this, std::move(text), exportName(), [this](const FileUrl& file) {
+        m_tool.tell(QStringLiteral("Liste exportée dans « %1 ».").arg(FileUrlText::displayFromHome(file)));
+    });
 }
 
 QString ToolScreen::exportName() const

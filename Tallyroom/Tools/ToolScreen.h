@@ -10,6 +10,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <string>
 
 namespace tallyroom {
 
@@ -77,6 +78,9 @@ protected:
     /// What has to be known about the list of a scan that came to its end.
     [[nodiscard]] virtual QString notice() const { return {}; }
 
+    /// Asks where to, writes what `text` makes off the main thread, and says where it is.
+    void exportText(std::function<std::string()> text);
+
     /// The file name that an export proposes, without extension.
     [[nodiscard]] virtual QString exportName() const;
 
@@ -123,7 +127,8 @@ private:
 
     ScanToolViewModel& m_tool;
     ToolScreenStyle m_style;
-    QTimer m_patience; // scans that end at once are not worth a spinner
+    bool m_isReportOld = false; // about the folder that was shown before
+    QTimer m_patience;          // scans that end at once are not worth a spinner
 
     ToolHeader* m_header;
     QPointer<ToolTitle> m_title; // none where a tool has put something else into its place

@@ -9,7 +9,7 @@ namespace tallyroom {
 struct SystemError {
     int code = 0;
 
-    /// The platform's description in the user's language (strerror(3)).
+    /// A French sentence for what commonly happens; the platform's words (strerror(3)) for the rest.
     [[nodiscard]] std::string message() const;
 
     /// What errno says now.

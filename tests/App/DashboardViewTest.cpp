@@ -114,7 +114,8 @@ TEST(DashboardInTheWindow, AVolumeOpensInTheExplorer)
     EXPECT_EQ(window.selectedToolID(), QStringLiteral("dashboard"));
     window.store().dashboard.explore(FileUrl{"/"});
     EXPECT_EQ(window.selectedToolID(), QStringLiteral("disk-usage"));
-    EXPECT_EQ(window.store().diskUsage.rootURL(), FileUrl{"/"});
+    const auto isOpen = [&] { return window.store().diskUsage.rootURL() == FileUrl{"/"}; };
+    EXPECT_TRUE(waitUntil(&window.store().diskUsage, &ScanToolViewModel::rootURLChanged, isOpen));
     window.store().diskUsage.cancelScan();
 }
 

@@ -128,6 +128,27 @@ TEST(DeletionRunner, LeavingWaitsForTheItemInHandAndStartsNoOther)
     EXPECT_FALSE(wasCalled);
 }
 
+TEST(DeletionRunner, LeavingDoesNotWaitForWhatNeverAnswers)
+{
+    auto mayAnswer = std::make_shared<std::latch>(1);
+    auto hasAnswered = std::make_shared<std::latch>(1);
+    QObject context;
+    auto runner = std::make_unique<DeletionRunner>(RemovalOperations{
+        [=](std::span<const Entry>, bool, const FileRemover::BatchOptions&) {
+            mayAnswer->wait();
+            hasAnswered->count_down();
+            return RemovalResult{};
+        },
+        {}});
+    ASSERT_TRUE(runner->remove({fileEntry("/a", 1)}, true,
+                               {.context = &context,
+                                .progressed = [](const RemovalProgress&) {},
+                                .finished = [](const RemovalOutcome&) { FAIL() << "told to nobody"; }}));
+    runner.reset();
+    mayAnswer->count_down();
+    hasAnswered->wait();
+}
+
 TEST(DeletionRunner, RefusesASecondBatchAndReportsTheFirstOnTheMainThread)
 {
     SlowDisk disk;

@@ -353,7 +353,7 @@ TEST_F(EntryTableTest, TheContextMenuOffersWhatTheRowCanDo)
         return result;
     };
     const QString enter = QStringLiteral("Entrer");
-    const QString reveal = QStringLiteral("Révéler dans le Finder");
+    const QString reveal = QStringLiteral("Révéler dans le gestionnaire de fichiers");
     const QString trash = QStringLiteral("Mettre à la corbeille");
     EXPECT_THAT(texts(file("f", 1)), ElementsAre(reveal));
     EXPECT_THAT(texts(folder("d", 1)), ElementsAre(enter, reveal));

@@ -144,7 +144,10 @@ private:
     void open()
     {
         const FileUrl folder{TreeChurn::folderBelow(m_folder, m_random).string()};
-        anyTool().tool(m_window.store()).handleImport(Desktop::choiceOf(folder));
+        Desktop::examine(&m_window, folder,
+                         [&tool = anyTool().tool(m_window.store())](const FolderChoice& choice) {
+                             tool.handleImport(choice);
+                         });
     }
 
     // What a display would send; the events are not waited for, others follow while a menu is open.

@@ -54,8 +54,9 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
     connect(&m_dashboard, &DashboardViewModel::analysisScannedChanged, this, &BreakdownPanel::showProgress);
     connect(&m_dashboard, &DashboardViewModel::analyzedFolderChanged, this, &BreakdownPanel::showState);
     connect(&RecentFolders::shared(), &RecentFolders::urlsChanged, this, &BreakdownPanel::showRecents);
-    connect(m_recents, &RecentFolderList::requested, &m_dashboard,
-            [this](const FileUrl& url) { m_dashboard.handleImport(Desktop::choiceOf(url)); });
+    connect(m_recents, &RecentFolderList::requested, &m_dashboard, [this](const FileUrl& url) {
+        Desktop::examine(this, url, [this](const FolderChoice& choice) { m_dashboard.handleImport(choice); });
+    });
     connect(&Theme::shared(), &Theme::changed, this, &BreakdownPanel::showErrorSymbol);
     showErrorSymbol();
     showProgress();

@@ -6,7 +6,6 @@
 #include "Components/Selection.h"
 #include "Components/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateTable.h"
-#include "Tools/ExportFlow.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolStyles.h"
 
@@ -151,19 +150,16 @@ void DuplicatesView::exportEntries()
     if (m_duplicates.filteredGroups().empty()) {
         return;
     }
-    exportAsCSV(
-        this,
-        [groups = m_duplicates.sharedGroups(), shown = m_duplicates.filteredGroups()] {
-            std::string text = DuplicateExport::header();
-            for (const std::uint32_t index : shown) {
-                const DuplicateGroup& group = (*groups)[index];
-                for (const Entry& entry : group.entries) {
-                    text.append("\n").append(DuplicateExport::line(group, entry));
-                }
+    exportText([groups = m_duplicates.sharedGroups(), shown = m_duplicates.filteredGroups()] {
+        std::string text = DuplicateExport::header();
+        for (const std::uint32_t index : shown) {
+            const DuplicateGroup& group = (*groups)[index];
+            for (const Entry& entry : group.entries) {
+                text.append("\n").append(DuplicateExport::line(group, entry));
             }
-            return text;
-        },
-        exportName());
+        }
+        return text;
+    });
 }
 
 } // namespace tallyroom

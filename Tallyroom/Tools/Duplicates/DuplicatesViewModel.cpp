@@ -4,6 +4,7 @@
 #include "Bridge/SizeText.h"
 #include "Bridge/TextFilter.h"
 #include "Settings/PersistedSettings.h"
+#include "Tools/NumberText.h"
 
 #include <algorithm>
 #include <iterator>
@@ -203,9 +204,10 @@ void DuplicatesViewModel::forEachShown(const Visitor& visit) const
 ScanLine DuplicatesViewModel::scanLine() const
 {
     if (m_hashing) {
-        return {QStringLiteral("Comparaison des contenus… %1 fichiers examinés").arg(m_scanned), m_hashing};
+        return {QStringLiteral("Comparaison des contenus… ") + NumberText::examinedFiles(m_scanned),
+                m_hashing};
     }
-    return {QStringLiteral("Recherche… %1 fichiers examinés").arg(m_scanned), std::nullopt};
+    return {QStringLiteral("Recherche… ") + NumberText::examinedFiles(m_scanned), std::nullopt};
 }
 
 QString DuplicatesViewModel::scanReport() const

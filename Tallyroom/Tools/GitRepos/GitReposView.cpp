@@ -14,8 +14,8 @@ ListToolStyle gitReposStyle()
                        "du plus lourd au plus léger."));
     style.emptyMessage = QStringLiteral("Aucun dépôt Git dans ce dossier.");
     style.deletionWarning =
-        QStringLiteral("L’historique des dépôts choisis (versions, branches, étiquettes) sera perdu. Les "
-                       "fichiers de travail restent en place.");
+        QStringLiteral("C’est l’historique des dépôts choisis (versions, branches, étiquettes) : supprimé "
+                       "définitivement, il est perdu. Les fichiers de travail restent en place.");
     style.table.firstColumnTitle = QStringLiteral("Dépôt");
     style.table.name = ToolStyles::projectName;
     style.table.symbol = [](const Entry&) { return std::string{"arrow.triangle.branch"}; };

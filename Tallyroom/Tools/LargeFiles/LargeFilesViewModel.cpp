@@ -2,6 +2,7 @@
 
 #include "Model/FileKind.h"
 #include "Settings/PersistedSettings.h"
+#include "Tools/NumberText.h"
 
 namespace tallyroom {
 
@@ -23,7 +24,7 @@ void LargeFilesViewModel::setLimit(std::int64_t limit)
 
 ScanLine LargeFilesViewModel::scanLine() const
 {
-    return {QStringLiteral("Analyse en cours… %1 fichiers examinés").arg(scanCompleted()), std::nullopt};
+    return {QStringLiteral("Analyse en cours… ") + NumberText::examinedFiles(scanCompleted()), std::nullopt};
 }
 
 FileScanner::ScanStream LargeFilesViewModel::startStream()

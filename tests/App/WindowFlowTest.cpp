@@ -1,0 +1,358 @@
+#include "App/EventWait.h"
+#include "App/ScreenWords.h"
+#include "Bridge/FileUrlText.h"
+#include "Bridge/SizeText.h"
+#include "Components/EntryRows.h"
+#include "Deletion/DeleteConfirmation.h"
+#include "Deletion/StatusBanner.h"
+#include "Shell/ContentView.h"
+#include "Shell/ToolRegistry.h"
+#include "Support/Isolation.h"
+#include "Support/TemporaryTree.h"
+#include "Tools/ToolScreen.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTextDocumentFragment>
+
+#include <algorithm>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <latch>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+/// The window on a real tree, with a trash of its own.
+class WindowFlowTest : public testing::Test {
+protected:
+    void open(RemovalOperations operations = RemovalOperations::real())
+    {
+        window = std::make_unique<ContentView>(std::move(operations));
+        window->show();
+        QApplication::setActiveWindow(window.get());
+    }
+
+    [[nodiscard]] SessionStore& store() const { return window->store(); }
+
+    void scan(ScanToolViewModel& tool, const FileUrl& root) const
+    {
+        tool.open(root);
+        ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged, [&] { return !tool.isScanning(); }));
+    }
+
+    void waitForRemoval() const
+    {
+        DeletionRunner& runner = store().deletions;
+        ASSERT_TRUE(
+            waitUntil(&runner, &DeletionRunner::isRunningChanged, [&] { return !runner.isRunning(); }));
+    }
+
+    void remove(ScanToolViewModel& tool, const UrlSet& urls, bool permanently = false) const
+    {
+        tool.deleteSelected(urls, permanently);
+        waitForRemoval();
+    }
+
+    static std::vector<std::string> names(const ScanToolViewModel& tool)
+    {
+        std::vector<std::string> all;
+        tool.forEachEntry([&all](const Entry& entry) { all.push_back(entry.name); });
+        return all;
+    }
+
+    [[nodiscard]] bool waitForSize(const ListToolViewModel& tool, std::string_view name,
+                                   std::int64_t size) const
+    {
+        return waitUntil(&tool, &ListToolViewModel::entriesChanged, [&] {
+            return std::ranges::any_of(tool.entries(), [&](const Entry& entry) {
+                return entry.name == name && entry.sizeBytes == size;
+            });
+        });
+    }
+
+    template <class Dialog>
+    [[nodiscard]] Dialog* dialog() const
+    {
+        const auto isShown = [this] { return window->findChild<Dialog*>() != nullptr; };
+        return QTest::qWaitFor(isShown, 20'000) ? window->findChild<Dialog*>() : nullptr;
+    }
+
+    TemporaryTree trash;
+    ScopedVariable dataHome{"XDG_DATA_HOME", trash.path()};
+    std::unique_ptr<ContentView> window;
+};
+
+TEST_F(WindowFlowTest, ToolsHearOfEachOthersRemovalsAndRestores)
+{
+    const TemporaryTree tree{file("films/a.mkv", 400'000), file("films/b.mkv", 200'000),
+                             file("c.iso", 100'000), file("d.iso", 100'000)};
+    open();
+    scan(store().diskUsage, tree.url());
+    scan(store().largeFiles, tree.url());
+    scan(store().duplicates, tree.url());
+    const std::vector<std::string> copies = names(store().duplicates);
+    const QSignalSpy volumes{&store().dashboard, &DashboardViewModel::isRefreshingChanged};
+
+    remove(store().largeFiles, {tree.url("films/a.mkv"), tree.url("c.iso")});
+    EXPECT_THAT(names(store().diskUsage), ElementsAre("films", "d.iso"));
+    EXPECT_THAT(names(store().duplicates), testing::IsEmpty()) << "one copy is no duplicate";
+    EXPECT_TRUE(waitForSize(store().diskUsage, "films", allocated(tree.path("films/b.mkv"))));
+    EXPECT_FALSE(volumes.isEmpty()) << "the volumes have more room";
+    store().largeFiles.undoDeletion();
+    waitForRemoval();
+    EXPECT_THAT(names(store().diskUsage), UnorderedElementsAre("films", "c.iso", "d.iso"));
+    EXPECT_EQ(names(store().duplicates), copies);
+    EXPECT_TRUE(waitForSize(store().diskUsage, "films",
+                            allocated(tree.path("films/a.mkv")) + allocated(tree.path("films/b.mkv"))));
+
+    remove(store().diskUsage, {tree.url("films")});
+    EXPECT_THAT(names(store().largeFiles), UnorderedElementsAre("c.iso", "d.iso"))
+        << "what lay below goes too";
+    store().diskUsage.undoDeletion();
+    waitForRemoval();
+    EXPECT_THAT(names(store().largeFiles), UnorderedElementsAre("a.mkv", "b.mkv", "c.iso", "d.iso"));
+}
+
+TEST_F(WindowFlowTest, AFolderRemovedInPartSaysSoAndIsMeasuredAgain)
+{
+    const TemporaryTree tree{file("folder/gone", 400'000), file("folder/stays", 100'000)};
+    const std::int64_t freed = allocated(tree.path("folder/gone"));
+    RemovalOperations operations = RemovalOperations::real();
+    operations.remove = [&](std::span<const Entry> entries, bool, const FileRemover::BatchOptions&) {
+        std::filesystem::remove(tree.path("folder/gone"));
+        return FileRemover::RemovalResult{
+            .removed = {}, .failures = {{entries.front().url, "stays", freed}}, .trashed = {}};
+    };
+    open(operations);
+    scan(store().diskUsage, tree.url());
+    remove(store().diskUsage, {tree.url("folder")}, true);
+    EXPECT_TRUE(waitForSize(store().diskUsage, "folder", allocated(tree.path("folder/stays"))));
+    const QString report = store().diskUsage.statusMessage().value_or(QString{});
+    EXPECT_TRUE(report.startsWith(QStringLiteral("0 supprimé(s) définitivement, 1 en échec.")))
+        << report.toStdString();
+    EXPECT_TRUE(report.endsWith(QStringLiteral("1 en partie supprimé(s) · %1 libérés.").arg(sizeText(freed))))
+        << report.toStdString();
+}
+
+/// Removes nothing, one item after the other, once the test lets it.
+struct Gate {
+    RemovalOperations operations()
+    {
+        return {[this](std::span<const Entry> entries, bool, const FileRemover::BatchOptions& options) {
+                    FileRemover::RemovalResult result;
+                    for (const Entry& entry : entries) {
+                        if (options.stop.stop_requested()) {
+                            break;
+                        }
+                        if (result.removed.empty()) {
+                            isInHand.count_down();
+                        }
+                        mayGoOn.wait();
+                        result.removed.push_back(entry.url);
+                    }
+                    return result;
+                },
+                {}};
+    }
+
+    std::latch isInHand{1};
+    std::latch mayGoOn{1};
+};
+
+TEST_F(WindowFlowTest, ClosingDuringADeletionAsksOnceAndStopsItWhenTold)
+{
+    const TemporaryTree tree{file("a", 10), file("b", 10), file("c", 10)};
+    Gate gate;
+    open(gate.operations());
+    scan(store().diskUsage, tree.url());
+    store().diskUsage.deleteSelected({tree.url("a"), tree.url("b"), tree.url("c")}, true);
+    gate.isInHand.wait();
+    window->close();
+    window->close();
+    EXPECT_TRUE(window->isVisible());
+    ASSERT_EQ(window->findChildren<QMessageBox*>().size(), 1);
+    QTest::mouseClick(visibleButton(*dialog<QMessageBox>(), QStringLiteral("Continuer")), Qt::LeftButton);
+    EXPECT_FALSE(store().deletions.progress()->isStopping);
+
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    window->close();
+    QTest::mouseClick(visibleButton(*dialog<QMessageBox>(), QStringLiteral("Arrêter et quitter")),
+                      Qt::LeftButton);
+    EXPECT_TRUE(store().deletions.progress()->isStopping);
+    EXPECT_TRUE(window->isVisible()) << "the item in hand is waited for";
+    gate.mayGoOn.count_down();
+    waitForRemoval();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_THAT(names(store().diskUsage), testing::SizeIs(2));
+}
+
+TEST_F(WindowFlowTest, EscapeAndTheBannerStopADeletionWhichKeepsTheRest)
+{
+    for (const bool byKey : {true, false}) {
+        const TemporaryTree tree{file("a", 10), file("b", 10), file("c", 10)};
+        Gate gate;
+        open(gate.operations());
+        window->selectTool(QStringLiteral("disk-usage"));
+        scan(store().diskUsage, tree.url());
+        auto* const screen = window->findChild<ToolScreen*>();
+        store().diskUsage.deleteSelected({tree.url("a"), tree.url("b"), tree.url("c")}, true);
+        gate.isInHand.wait();
+        if (byKey) {
+            QTest::keyClick(screen, Qt::Key_Escape);
+        } else {
+            auto* const banner = screen->findChild<StatusBanner*>();
+            ASSERT_TRUE(QTest::qWaitFor([&] { return banner->isVisible(); }, 20'000));
+            EXPECT_THAT(visibleTexts(*banner), ElementsAre(QStringLiteral("Suppression en cours… 0/3")));
+            EXPECT_EQ(visibleButton(*banner, QStringLiteral("Fermer le message")), nullptr);
+            QTest::mouseClick(visibleButton(*banner, QStringLiteral("Arrêter")), Qt::LeftButton);
+        }
+        EXPECT_TRUE(store().deletions.progress()->isStopping);
+        gate.mayGoOn.count_down();
+        waitForRemoval();
+        EXPECT_THAT(names(store().diskUsage), testing::SizeIs(2));
+        EXPECT_TRUE(store().diskUsage.statusMessage()->endsWith(
+            QStringLiteral(" Interrompu : 2 élément(s) non traité(s).")));
+    }
+}
+
+TEST_F(WindowFlowTest, TheConfirmationNamesTheLargestAndTellsTheAlikeApart)
+{
+    std::vector<Entry> entries;
+    const auto add = [&entries](const std::string& path, std::int64_t size) {
+        const FileUrl url{path};
+        entries.push_back({url, std::string{url.lastPathComponent()}, size, false, {}});
+    };
+    add("/x/film", 9'000);
+    add("/y/film", 8'000);
+    for (int rank = 0; rank < 5; ++rank) {
+        add("/z/note" + std::to_string(rank), 10 - rank);
+    }
+    const DeleteConfirmation asking{entries, DeleteConfirmation::Default::trash, {}, nullptr};
+    const QString said = asking.accessibleDescription();
+    EXPECT_TRUE(
+        said.startsWith(QStringLiteral("7 éléments · 17 Ko\n\n« Mettre à la corbeille » est réversible.")))
+        << said.toStdString();
+    EXPECT_TRUE(said.endsWith(QStringLiteral("• film dans /x (9 Ko)\n• film dans /y (8 Ko)\n• note0 (10 o)\n"
+                                             "• note1 (9 o)\n• note2 (8 o)\net 2 autres")))
+        << said.toStdString();
+}
+
+TEST_F(WindowFlowTest, AReportDoesNotFollowIntoAnotherFolder)
+{
+    const TemporaryTree tree{file("a", 10), folder("folder")};
+    open();
+    window->selectTool(QStringLiteral("disk-usage"));
+    scan(store().diskUsage, tree.url());
+    const auto* const banner = window->findChild<ToolScreen*>()->findChild<StatusBanner*>();
+    remove(store().diskUsage, {tree.url("a")}, true);
+    EXPECT_TRUE(banner->isVisible());
+    store().diskUsage.navigateViaBreadcrumb(tree.url("folder"));
+    EXPECT_FALSE(banner->isVisible());
+    EXPECT_TRUE(store().diskUsage.statusMessage());
+}
+
+TEST_F(WindowFlowTest, AnExportReplacesALinkOnlyWhenToldAndNeverWritesThroughIt)
+{
+    const TemporaryTree tree{file("a", 10)};
+    const TemporaryTree place{link("list.csv", "keys")};
+    open();
+    window->selectTool(QStringLiteral("disk-usage"));
+    scan(store().diskUsage, tree.url());
+    auto* const screen = window->findChild<ToolScreen*>();
+    for (const auto& [answer, isLink] : {std::pair{QStringLiteral("Annuler"), true},
+                                         std::pair{QStringLiteral("Remplacer le lien"), false}}) {
+        screen->exportEntries();
+        auto* const chooser = dialog<QFileDialog>();
+        ASSERT_NE(chooser, nullptr);
+        Q_EMIT chooser->fileSelected(QString::fromStdString(place.path("list.csv")));
+        delete chooser;
+        auto* const box = dialog<QMessageBox>();
+        ASSERT_NE(box, nullptr);
+        EXPECT_TRUE(box->text().contains(QStringLiteral("« keys »"))) << box->text().toStdString();
+        QTest::mouseClick(visibleButton(*box, answer), Qt::LeftButton);
+        delete box;
+        if (!isLink) {
+            ASSERT_TRUE(waitUntil(&store().diskUsage, &ScanToolViewModel::statusMessageChanged,
+                                  [&] { return store().diskUsage.statusMessage().has_value(); }));
+            EXPECT_TRUE(store().diskUsage.statusMessage()->contains(QStringLiteral("list.csv »")));
+        }
+        EXPECT_EQ(std::filesystem::is_symlink(place.path("list.csv")), isLink);
+        EXPECT_THAT(place.names(), ElementsAre("list.csv"));
+    }
+    EXPECT_THAT(place.content("list.csv"), testing::HasSubstr(tree.path("a")));
+}
+
+/// What a tool tip or a label with this text shows: the toolkit guesses.
+QString shown(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? QTextDocumentFragment::fromHtml(text).toPlainText() : text;
+}
+
+/// Every text of the widgets and rows below `top` that the toolkit may take for markup, as it is shown.
+QStringList guessedTexts(const QWidget& top)
+{
+    QStringList texts;
+    for (const QWidget* const widget : top.findChildren<QWidget*>()) {
+        texts += shown(widget->toolTip());
+        const auto* const label = qobject_cast<const QLabel*>(widget);
+        if (label != nullptr) {
+            texts += label->textFormat() == Qt::PlainText ? label->text() : shown(label->text());
+        }
+        const auto* const view = qobject_cast<const QAbstractItemView*>(widget);
+        for (int row = 0; view != nullptr && view->model() != nullptr && row < view->model()->rowCount();
+             ++row) {
+            for (int column = 0; column < view->model()->columnCount(); ++column) {
+                texts += shown(view->model()->index(row, column).data(Qt::ToolTipRole).toString());
+            }
+        }
+    }
+    return texts;
+}
+
+TEST_F(WindowFlowTest, NamesThatLookLikeMarkupAreShownLetterByLetter)
+{
+    const std::string image = "<img src=file:x>";
+    const std::string escaped = "a&amp;b";
+    const std::string root = image + "/" + escaped;
+    const TemporaryTree tree{file(root + "/node_modules/x", "copy of x"), file(root + "/y", "copy of x"),
+                             file(root + "/.git/HEAD", "z"), file(root + "/target/x", "other")};
+    open();
+    QStringList texts;
+    for (const ToolDescriptor& descriptor : ToolRegistry::all()) {
+        window->selectTool(descriptor.id);
+        FolderTool& tool = descriptor.tool(store());
+        tool.handleImport(std::vector{tree.url(root)});
+        ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged, [&] { return !tool.isScanning(); }));
+        texts += guessedTexts(*window);
+    }
+    store().diskUsage.tell(QString::fromStdString(image));
+    texts += guessedTexts(*window);
+    int found = 0;
+    for (const QString& text : texts) {
+        found += text.contains(QString::fromStdString(root)) ? 1 : 0;
+        EXPECT_FALSE(text.contains(QStringLiteral("&amp;amp;")) || text.contains(QStringLiteral("&lt;")))
+            << text.toStdString();
+    }
+    EXPECT_GE(found, 6) << "the folder's name in titles, steps and rows";
+    const QString folder = FileUrlText::display(tree.url());
+    for (const QString& text : texts) {
+        if (text.startsWith(folder) && text.size() > folder.size()) {
+            EXPECT_TRUE(text.startsWith(folder + QLatin1Char{'/'} + QString::fromStdString(image)))
+                << text.toStdString();
+        }
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom
