@@ -1,5 +1,8 @@
 #include "App/EventWait.h"
+#include "App/ScreenWords.h"
+#include "Bridge/SizeText.h"
 #include "Components/EntryRows.h"
+#include "Components/OptionMenu.h"
 #include "Components/Selection.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Deletion/FailureList.h"
@@ -15,6 +18,7 @@
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -344,6 +348,45 @@ TEST_F(DuplicatesViewTest, ChecksAllCopiesButTheFirstAndSaysWhichAreKept)
     EXPECT_THAT(spoken(2).toStdString(), testing::Not(testing::HasSubstr("conservé")));
     EXPECT_THAT(spoken(5).toStdString(), testing::Not(testing::HasSubstr("lien physique")));
     EXPECT_THAT(spoken(6).toStdString(), testing::HasSubstr("lien physique, rien à récupérer"));
+}
+
+TEST_F(DuplicatesViewTest, TheHeaderTellsWhatComesFreeAndWhetherTheListIsWhole)
+{
+    const auto told = [this](const QString& beginning) {
+        const QStringList texts =
+            visibleTexts(*view).filter(QRegularExpression{QStringLiteral("^") + beginning});
+        return texts.isEmpty() ? QString{} : texts.front();
+    };
+    const auto scanAgain = [this] {
+        tool->refresh();
+        ASSERT_TRUE(waitUntil(tool.get(), &FolderTool::stateChanged, [this] { return !tool->isScanning(); }));
+    };
+    const QString expected =
+        QStringLiteral("3 groupes · %1 récupérables (%2 en double, liens physiques compris)")
+            .arg(sizeText(1'301), sizeText(1'601));
+    EXPECT_EQ(told(QStringLiteral("3 groupes")), expected);
+    scanAgain();
+    EXPECT_EQ(told(QStringLiteral("3 groupes")), expected) << "not the sum of both searches";
+    EXPECT_EQ(told(QStringLiteral("Liste incomplète")), QString{});
+
+    const std::filesystem::path folder = tree.url("links").path();
+    std::filesystem::create_directory(folder);
+    for (std::int64_t i = 0; i < DuplicateFinder::defaultMaxTrackedFiles; ++i) {
+        std::filesystem::create_hard_link(tree.url("lonely").path(), folder / std::to_string(i));
+    }
+    scanAgain();
+    EXPECT_NE(told(QStringLiteral("Liste incomplète")), QString{});
+}
+
+TEST_F(DuplicatesViewTest, AMinimumSizeOfOnesOwnIsOffered)
+{
+    tool->setMinimumSize(12'345);
+    const DuplicatesView own{*tool};
+    QStringList sizes;
+    for (const QAction* const action : own.findChild<OptionMenu*>()->menu()->actions()) {
+        sizes << action->text();
+    }
+    EXPECT_TRUE(sizes.contains(sizeText(12'345))) << sizes.join(u'|').toStdString();
 }
 
 TEST_F(DuplicatesViewTest, KeysWalkTheRowsAndSpaceChecksACopyOrAGroup)
