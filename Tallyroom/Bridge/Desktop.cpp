@@ -1,17 +1,17 @@
 #include "Bridge/Desktop.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/StreamPump.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/SystemError.h"
-#include "Bridge/StreamPump.h"
 #include "Volumes/PatientCalls.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDesktopServices>
 #include <QFileDialog>
 #include <QGuiApplication>
+#include <QProcess>
 #include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
@@ -43,6 +43,30 @@ QString describe(const SystemError& error)
     }
 }
 
+/// The toolkit's own way tells nothing of how it went. The starter may run as long as the program that it
+/// starts, and outlive this one: it is thrown away when it ends, and not before.
+void openWithDesktop(const FileUrl& url, const QString& refusal)
+{
+    auto* const starter = new QProcess;
+    const auto refuse = [refusal] { Q_EMIT DesktopRefusals::shared().refused(refusal); };
+    QObject::connect(starter, &QProcess::errorOccurred, starter, [=](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            refuse();
+            starter->deleteLater();
+        }
+    });
+    QObject::connect(starter, &QProcess::finished, starter, [=](int exitCode) {
+        // 2: no such file, 3: a tool is missing, 4: nobody took it (xdg-open(1)).
+        if (exitCode >= 2 && exitCode <= 4) {
+            refuse();
+        }
+        starter->deleteLater();
+    });
+    starter->setStandardOutputFile(QProcess::nullDevice());
+    starter->setStandardErrorFile(QProcess::nullDevice());
+    starter->start(QStringLiteral("xdg-open"), {QString::fromStdString(url.percentEncoded())});
+}
+
 FolderChoice choiceOf(const FileUrl& url)
 {
     const FileDescriptor folder{::open(url.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK)};
@@ -52,7 +76,8 @@ FolderChoice choiceOf(const FileUrl& url)
     return std::vector{url};
 }
 
-/// `choiceOf`, asked where a dead mount harms nobody; ends without an answer when the folder is known to hang.
+/// `choiceOf`, asked where a dead mount harms nobody; ends without an answer when the folder is known to
+/// hang.
 ProgressStream<FolderChoice> askChoice(const FileUrl& url)
 {
     static auto* const calls = new PatientCalls{4, patience}; // never destroyed: threads may hang in it
@@ -70,7 +95,8 @@ class FolderQuestion : public QObject {
 public:
     FolderQuestion(QObject* context, const FileUrl& url, std::function<void(const FolderChoice&)> chosen)
         : QObject(context), m_chosen(std::move(chosen)),
-          m_answer(askChoice(url), [this](const FolderChoice& choice) { end(choice); }, [this] { giveUp(); })
+          m_answer(
+              askChoice(url), [this](const FolderChoice& choice) { end(choice); }, [this] { giveUp(); })
     {
         QTimer::singleShot(patience, this, &FolderQuestion::giveUp);
     }
@@ -90,7 +116,8 @@ private:
     StreamPump<FolderChoice> m_answer;
 };
 
-void showChooser(QWidget* parent, const FileUrl& start, const std::function<void(const FolderChoice&)>& chosen)
+void showChooser(QWidget* parent, const FileUrl& start,
+                 const std::function<void(const FolderChoice&)>& chosen)
 {
     auto* const dialog = new QFileDialog(parent, QStringLiteral("Choisir un dossier"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -137,7 +164,7 @@ void Desktop::reveal(const FileUrl& url)
     auto* const watcher = new QDBusPendingCallWatcher(call, qGuiApp);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [url, watcher] {
         if (watcher->isError()) {
-            open(url.parent());
+            openWithDesktop(url.parent(), QStringLiteral("Aucun gestionnaire de fichiers n’a répondu."));
         }
         watcher->deleteLater();
     });
@@ -145,7 +172,14 @@ void Desktop::reveal(const FileUrl& url)
 
 void Desktop::open(const FileUrl& url)
 {
-    QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(url.percentEncoded())));
+    openWithDesktop(url, QStringLiteral("Aucun programme ne peut ouvrir « %1 ».")
+                             .arg(FileUrlText::display(url.lastPathComponent())));
+}
+
+DesktopRefusals& DesktopRefusals::shared()
+{
+    static DesktopRefusals refusals;
+    return refusals;
 }
 
 void Desktop::notify(const QString& title, const QString& body)

@@ -2,6 +2,7 @@
 
 #include "Model/FileUrl.h"
 
+#include <QObject>
 #include <QString>
 
 #include <expected>
@@ -36,6 +37,19 @@ private:
     SecurityScope() = default;
 };
 
+/// Says when no program of the desktop did what it was asked for. Main thread.
+class DesktopRefusals : public QObject {
+    Q_OBJECT
+
+public:
+    /// The one of the process, made on first use.
+    static DesktopRefusals& shared();
+
+Q_SIGNALS:
+    /// In words for people.
+    void refused(const QString& message);
+};
+
 /// The services of the desktop around the window. Main thread; nothing here waits for another program.
 namespace Desktop {
 
@@ -48,10 +62,12 @@ void chooseFolder(QWidget* parent, const std::optional<FileUrl>& start,
 /// or with an error when there is none after some seconds, as from a dead mount. Not once `context` is gone.
 void examine(QObject* context, const FileUrl& url, std::function<void(const FolderChoice&)> chosen);
 
-/// Shows the item in the file browser, or opens its folder where no file browser answers.
+/// Shows the item in the file browser, or opens its folder where no file browser answers. Says so by
+/// DesktopRefusals when that fails too.
 void reveal(const FileUrl& url);
 
-/// Opens the file with the program that the desktop has for its type.
+/// Opens the file with the program that the desktop has for its type. Says so by DesktopRefusals when there
+/// is none.
 void open(const FileUrl& url);
 
 /// Tells the user while the window is in the background.

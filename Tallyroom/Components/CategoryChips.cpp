@@ -1,5 +1,6 @@
 #include "Components/CategoryChips.h"
 
+#include "Bridge/NumberText.h"
 #include "Components/FlowLayout.h"
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
@@ -23,16 +24,17 @@ CategoryChips::CategoryChips(const std::vector<Chip>& chips, QWidget* parent) : 
             Q_EMIT chosen(isOn ? std::optional{category} : std::nullopt);
         });
         flow->addWidget(button);
-        m_chips[chip.category] = {button, chip.label, 0};
+        m_chips[chip.category] = {button, chip.label};
     }
     showButtons();
 }
 
-void CategoryChips::showCounts(const CategoryCounts& counts)
+void CategoryChips::showCounts(const CategoryCounts& counts, bool isFinal)
 {
     for (auto& [category, chip] : m_chips) {
         const auto found = counts.find(category);
         chip.count = found == counts.end() ? 0 : found->second;
+        chip.isOffered = isFinal ? chip.count > 0 : chip.isOffered;
     }
     showButtons();
 }
@@ -45,13 +47,14 @@ void CategoryChips::showChoice(const std::optional<std::string>& category)
 
 void CategoryChips::showButtons()
 {
-    const auto present = std::ranges::count_if(m_chips, [](const auto& one) { return one.second.count > 0; });
+    const auto present = std::ranges::count_if(m_chips, [](const auto& one) { return one.second.isOffered; });
     for (const auto& [category, chip] : m_chips) {
         const bool isChosen = m_choice == category;
-        chip.button->setText(QStringLiteral("%1 · %2").arg(chip.label, QString::number(chip.count)));
+        chip.button->setText(QStringLiteral("%1 · %2").arg(
+            chip.label, NumberText::grouped(static_cast<std::int64_t>(chip.count))));
         chip.button->setChecked(isChosen);
         // One category alone has nothing to narrow down.
-        chip.button->setVisible(isChosen || (chip.count > 0 && present > 1));
+        chip.button->setVisible(isChosen || (chip.isOffered && present > 1));
     }
     setVisible(present > 1 || m_choice.has_value());
 }

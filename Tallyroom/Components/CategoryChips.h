@@ -28,8 +28,9 @@ public:
 
     explicit CategoryChips(const std::vector<Chip>& chips, QWidget* parent = nullptr);
 
-    /// Shows how many entries there are of each; a category without any is hidden unless it is chosen.
-    void showCounts(const CategoryCounts& counts);
+    /// Shows how many entries there are of each. Which chips are offered changes with `isFinal` counts only,
+    /// so that none comes and goes while a scan runs: those of more than no entry, and the chosen one.
+    void showCounts(const CategoryCounts& counts, bool isFinal);
 
     void showChoice(const std::optional<std::string>& category);
 
@@ -42,6 +43,7 @@ private:
         QPushButton* button = nullptr;
         QString label;
         std::size_t count = 0;
+        bool isOffered = false;
     };
 
     void showButtons();

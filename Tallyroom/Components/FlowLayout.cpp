@@ -34,11 +34,11 @@ int FlowLayout::heightForWidth(int width) const
 
 QSize FlowLayout::sizeHint() const
 {
-    QSize size;
+    QSize size{0, 0};
     for (const QLayoutItem* const item : m_items) {
         if (!item->isEmpty()) {
             const QSize one = item->sizeHint();
-            size = {size.width() + (size.isEmpty() ? 0 : spacing()) + one.width(),
+            size = {size.width() + (size.width() == 0 ? 0 : spacing()) + one.width(),
                     std::max(size.height(), one.height())};
         }
     }
@@ -47,7 +47,7 @@ QSize FlowLayout::sizeHint() const
 
 QSize FlowLayout::minimumSize() const
 {
-    QSize size;
+    QSize size{0, 0};
     for (const QLayoutItem* const item : m_items) {
         size = item->isEmpty() ? size : size.expandedTo(item->minimumSize());
     }

@@ -1,6 +1,7 @@
 #include "Components/RecentFolderList.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/FolderPresence.h"
 #include "Bridge/PlainText.h"
 #include "Bridge/Observable.h"
 #include "Components/SymbolIcon.h"
@@ -21,13 +22,14 @@ class RecentFolderButton : public QPushButton {
 public:
     RecentFolderButton(const FileUrl& location, QWidget* parent)
         : QPushButton(parent), m_name(FileUrlText::display(location.lastPathComponent())),
-          m_path(FileUrlText::display(location))
+          m_path(FileUrlText::display(location)), m_location(location)
     {
         Theme::dress(this, Theme::Button::row);
         setFixedHeight(Theme::tallRowHeight);
         setToolTip(plainToolTip(m_path));
         setAccessibleName(m_name);
-        setAccessibleDescription(m_path);
+        connect(&FolderPresence::shared(), &FolderPresence::changed, this, [this] { showPresence(); });
+        showPresence();
     }
 
     [[nodiscard]] QSize sizeHint() const override { return {Theme::recentsWidth, Theme::tallRowHeight}; }
@@ -42,19 +44,27 @@ protected:
         QPainter painter{this};
         QRect line = rect().adjusted(Theme::gap + 2, 0, -Theme::gap - 2, 0);
         SymbolIcon::paint(painter, {line.left(), 0, Theme::iconSize, height()}, "folder",
-                          theme.colour(Theme::Colour::accent));
+                          theme.colour(m_isMissing ? Theme::Colour::secondary : Theme::Colour::accent));
         line.adjust(Theme::iconSize + Theme::gap, 0, 0, 0);
         const int nameHeight = QFontMetrics{theme.body()}.height();
         const int pathHeight = QFontMetrics{theme.small()}.height();
         line.setTop((height() - nameHeight - pathHeight) / 2);
         line.setHeight(nameHeight);
-        drawLine(painter, line, m_name, theme.body(), Theme::Colour::text);
+        drawLine(painter, line, m_name, theme.body(),
+                 m_isMissing ? Theme::Colour::secondary : Theme::Colour::text);
         line.translate(0, nameHeight);
         line.setHeight(pathHeight);
-        drawLine(painter, line, m_path, theme.small(), Theme::Colour::secondary);
+        drawLine(painter, line, accessibleDescription(), theme.small(), Theme::Colour::secondary);
     }
 
 private:
+    void showPresence()
+    {
+        m_isMissing = FolderPresence::shared().isMissing(m_location);
+        setAccessibleDescription(m_isMissing ? QStringLiteral("Introuvable · ") + m_path : m_path);
+        update();
+    }
+
     static void drawLine(QPainter& painter, const QRect& line, const QString& text, const QFont& font,
                          Theme::Colour colour)
     {
@@ -66,6 +76,8 @@ private:
 
     QString m_name;
     QString m_path;
+    FileUrl m_location;
+    bool m_isMissing = false;
 };
 
 } // namespace
@@ -80,6 +92,9 @@ void RecentFolderList::setRecents(const std::vector<FileUrl>& recents)
     // The same ones keep their buttons, and so the focus.
     if (!assignIfChanged(m_recents, recents)) {
         return;
+    }
+    if (isVisible()) {
+        FolderPresence::shared().look(m_recents);
     }
     // A button may be what asks for the new list: it goes once its click is over.
     for (QWidget* const child : findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
@@ -104,6 +119,12 @@ void RecentFolderList::setRecents(const std::vector<FileUrl>& recents)
                 [this, location] { Q_EMIT requested(FileUrl{location}); });
         rows->addWidget(button);
     }
+}
+
+void RecentFolderList::showEvent(QShowEvent* event)
+{
+    FolderPresence::shared().look(m_recents);
+    QWidget::showEvent(event);
 }
 
 } // namespace tallyroom

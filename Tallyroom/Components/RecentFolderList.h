@@ -23,6 +23,9 @@ public:
 Q_SIGNALS:
     void requested(const tallyroom::FileUrl& location);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     std::vector<FileUrl> m_recents;
 };

@@ -32,6 +32,17 @@ void SearchField::paintEvent(QPaintEvent* event)
                       Theme::shared().colour(Theme::Colour::secondary));
 }
 
+bool SearchField::event(QEvent* event)
+{
+    // Before it stops a scan, Escape clears what was typed.
+    if (event->type() == QEvent::ShortcutOverride && !text().isEmpty() &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        event->accept();
+        return true;
+    }
+    return QLineEdit::event(event);
+}
+
 void SearchField::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Escape && !text().isEmpty()) {

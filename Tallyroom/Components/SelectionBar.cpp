@@ -1,5 +1,6 @@
 #include "Components/SelectionBar.h"
 
+#include "Bridge/NumberText.h"
 #include "Bridge/SizeText.h"
 #include "Components/SymbolIcon.h"
 
@@ -68,8 +69,8 @@ void SelectionBar::setSelection(std::int64_t count, std::int64_t bytes)
         m_count->setText(hint);
         m_size->clear();
     } else {
-        m_count->setText(
-            QStringLiteral("%1 sélectionné%2").arg(count).arg(count == 1 ? QString{} : QStringLiteral("s")));
+        m_count->setText(QStringLiteral("%1 sélectionné%2")
+                             .arg(NumberText::grouped(count), count == 1 ? QString{} : QStringLiteral("s")));
         m_size->setText(QStringLiteral("· %1").arg(sizeText(bytes)));
     }
     Theme::dress(m_count, m_isEmpty ? Theme::Text::secondary : Theme::Text::strong);

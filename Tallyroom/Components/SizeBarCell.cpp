@@ -14,7 +14,8 @@ void SizeBarCell::paint(QPainter& painter, const QRect& cell) const
     const QRectF bar{static_cast<qreal>(cell.x()),
                      static_cast<qreal>(cell.y() + (cell.height() - Theme::barHeight) / 2),
                      static_cast<qreal>(cell.width()), static_cast<qreal>(Theme::barHeight)};
-    const QColor track = theme.wash(tint, Theme::trackOpacity);
+    QColor track = tint; // translucent: it stays visible on the row that is current
+    track.setAlphaF(static_cast<float>(Theme::trackOpacity));
     const QColor fill = theme.barFill(tint);
     paintCapsule(painter, bar, fraction, track, fill);
     painter.save();

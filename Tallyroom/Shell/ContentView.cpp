@@ -54,7 +54,6 @@ ContentView::ContentView(RemovalOperations operations)
     restoreSize();
     std::ranges::for_each(ToolRegistry::all(), [this](const ToolDescriptor& tool) { watch(tool); });
     connect(m_sidebar, &Sidebar::selected, this, &ContentView::selectTool);
-    connect(&m_store.dashboard, &DashboardViewModel::explorationRequested, this, &ContentView::openFolder);
     selectTool(ToolRegistry::initial().id);
 }
 
@@ -113,6 +112,7 @@ void ContentView::openFolder(const FileUrl& folder)
 void ContentView::watch(const ToolDescriptor& descriptor)
 {
     FolderTool& tool = descriptor.tool(m_store);
+    connect(&tool, &FolderTool::explorationRequested, this, &ContentView::openFolder);
     connect(&tool, &FolderTool::stateChanged, this, [this, &descriptor, &tool] {
         m_sidebar->showBusy(descriptor.id, tool.isScanning());
         const auto since = m_scansSince.find(&descriptor);

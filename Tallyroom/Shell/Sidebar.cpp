@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
@@ -47,7 +48,9 @@ public:
         } else if (option.state.testFlag(QStyle::State_MouseOver)) {
             painter->setBrush(theme.colour(Theme::Colour::hover));
         }
-        painter->drawRoundedRect(row, Theme::controlRadius, Theme::controlRadius);
+        // The ring lies inside of the row: what is painted beyond it would stay when it goes.
+        painter->drawRoundedRect(QRectF{row}.adjusted(0.5, 0.5, -0.5, -0.5), Theme::controlRadius,
+                                 Theme::controlRadius);
         const QColor ink = isSelected ? accent : theme.colour(Theme::Colour::text);
         const QRect symbol{row.left() + inset, row.top(), Theme::iconSize, row.height()};
         SymbolIcon::paint(*painter, symbol, index.data(symbolRole).toString().toStdString(), ink);
@@ -59,10 +62,21 @@ public:
     }
 };
 
+/// A click beside the tools leaves the one on show.
+class ToolList : public QListWidget {
+protected:
+    void mousePressEvent(QMouseEvent* event) override
+    {
+        if (indexAt(event->position().toPoint()).isValid()) {
+            QListWidget::mousePressEvent(event);
+        }
+    }
+};
+
 } // namespace
 
 Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
-    : QWidget(parent), m_list(new QListWidget)
+    : QWidget(parent), m_list(new ToolList)
 {
     setFixedWidth(Theme::sidebarWidth);
     Theme::dress(this, Theme::Surface::side);

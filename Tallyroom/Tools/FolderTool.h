@@ -19,8 +19,12 @@ public:
     /// The words for a finished scan, for the desktop's notification.
     [[nodiscard]] virtual QString scanReport() const = 0;
 
+    /// Asks for `folder` to be opened in the explorer.
+    void explore(const FileUrl& folder) { Q_EMIT explorationRequested(folder); }
+
 Q_SIGNALS:
     void stateChanged();
+    void explorationRequested(const tallyroom::FileUrl& folder);
 };
 
 } // namespace tallyroom

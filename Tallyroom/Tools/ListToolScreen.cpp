@@ -44,6 +44,8 @@ void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
     m_chips = new CategoryChips(chips);
     header().addRow(m_chips);
     connect(m_chips, &CategoryChips::chosen, &m_list, &ListToolViewModel::setCategory);
+    connect(&m_list, &FolderTool::stateChanged, m_chips, [this] { showChips(); });
+    connect(&m_list, &ScanToolViewModel::rootURLChanged, m_chips, [this] { m_chips->showCounts({}, true); });
 }
 
 QString ListToolScreen::summary() const
@@ -61,10 +63,15 @@ QString ListToolScreen::summary() const
 void ListToolScreen::showEntries()
 {
     m_table->setEntries(m_list.entries());
-    if (m_chips != nullptr) {
-        m_chips->showCounts(m_list.categoryCounts());
-    }
+    showChips();
     ToolScreen::showEntries();
+}
+
+void ListToolScreen::showChips()
+{
+    if (m_chips != nullptr) {
+        m_chips->showCounts(m_list.categoryCounts(), !m_list.isScanning());
+    }
 }
 
 void ListToolScreen::showFilter()

@@ -34,6 +34,7 @@ protected:
     void showFilter() override;
 
 private:
+    void showChips();
     void addChips(const std::vector<CategoryChips::Chip>& chips);
     ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table, QWidget* parent);
 

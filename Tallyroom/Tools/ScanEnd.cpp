@@ -1,7 +1,5 @@
 #include "Tools/ScanEnd.h"
 
-#include <cerrno>
-
 namespace tallyroom {
 
 QString ScanEnd::emptyText(const QString& none) const
@@ -15,9 +13,8 @@ QString ScanEnd::emptyText(const QString& none) const
     case Kind::unread:
         break;
     }
-    const bool isRefused = cause.code == EACCES || cause.code == EPERM;
-    return QStringLiteral("Ce dossier ne peut pas être lu : %1.")
-        .arg(isRefused ? QStringLiteral("accès refusé") : QString::fromStdString(cause.message()));
+    const QString why = QString::fromStdString(cause.message());
+    return QStringLiteral("Ce dossier ne peut pas être lu : ") + why.left(1).toLower() + why.mid(1);
 }
 
 } // namespace tallyroom

@@ -6,6 +6,7 @@
 #include "Components/SearchField.h"
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
+#include "Tools/FolderButton.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -13,6 +14,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace tallyroom {
@@ -21,15 +23,15 @@ namespace {
 
 constexpr int searchWidth = 220;
 constexpr int smallestSearchWidth = 130;
-constexpr int leadingWidth = 180;
+constexpr int summaryHeight = 20; // of a line, whatever signs it needs from other fonts
 
 } // namespace
 
 ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     : QWidget(parent), m_row(new QBoxLayout(QBoxLayout::LeftToRight)), m_controls(new QHBoxLayout),
-      m_options(new FlowLayout), m_search(new SearchField(searchPlaceholder)), m_refresh(new QPushButton),
-      m_stop(new QPushButton(QStringLiteral("Arrêter"))), m_export(new ExportButton), m_summary(new QLabel),
-      m_notice(new NoticeLine), m_actions(new QHBoxLayout)
+      m_options(new FlowLayout), m_search(new SearchField(searchPlaceholder)), m_folder(new FolderButton),
+      m_refresh(new QPushButton), m_stop(new QPushButton(QStringLiteral("Arrêter"))),
+      m_export(new ExportButton), m_summary(new QLabel), m_notice(new NoticeLine), m_actions(new QHBoxLayout)
 {
     m_search->setMaximumWidth(searchWidth);
     m_search->setMinimumWidth(smallestSearchWidth);
@@ -44,11 +46,12 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
     m_summary->setWordWrap(true);
     m_summary->setTextFormat(Qt::PlainText);
-    m_summary->setMinimumHeight(m_summary->fontMetrics().height()); // what is below does not jump
+    m_summary->setMinimumHeight(summaryHeight); // what is below does not jump
 
     m_controls->setSpacing(Theme::gap);
     m_controls->addWidget(m_search, 1);
     m_controls->addLayout(m_options);
+    m_controls->addWidget(m_folder);
     m_controls->addWidget(m_refresh);
     m_controls->addWidget(m_stop);
     m_controls->addWidget(m_export);
@@ -64,6 +67,8 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     m_actions->setSpacing(Theme::gap);
     m_actions->addStretch(1);
 
+    connect(m_folder, &FolderButton::folderRequested, this, &ToolHeader::folderRequested);
+    connect(m_folder, &FolderButton::recentRequested, this, &ToolHeader::recentRequested);
     connect(m_refresh, &QPushButton::clicked, this, &ToolHeader::refreshRequested);
     connect(m_stop, &QPushButton::clicked, this, &ToolHeader::stopRequested);
     connect(m_export, &QPushButton::clicked, this, &ToolHeader::exportRequested);
@@ -125,18 +130,25 @@ bool ToolHeader::event(QEvent* event)
     return isHandled;
 }
 
+/// Where the room ends, the search field shrinks first, then the leading part; then the controls go below it,
+/// and the options below these.
 void ToolHeader::fold()
 {
     const QMargins margins = layout()->contentsMargins();
     const int room = width() - margins.left() - margins.right();
-    const int buttons = (m_stop->isHidden() ? m_refresh->sizeHint() : m_stop->sizeHint()).width() +
-                        m_export->sizeHint().width();
     const int options = m_options->sizeHint().width();
-    const int others = options + (options > 0 ? Theme::gap : 0) + buttons + 2 * Theme::gap;
-    const bool isNarrow = room < leadingWidth + Theme::gap + searchWidth + others;
+    int others = options + (options > 0 ? Theme::gap : 0);
+    for (const QWidget* const button : {static_cast<QWidget*>(m_folder), static_cast<QWidget*>(m_refresh),
+                                        static_cast<QWidget*>(m_stop), static_cast<QWidget*>(m_export)}) {
+        others += button->isHidden() ? 0 : button->sizeHint().width() + Theme::gap;
+    }
+    const int leading = m_leading == nullptr ? 0 : m_leading->minimumSizeHint().width();
+    const int wanted = m_leading == nullptr ? 0 : m_leading->sizeHint().width();
+    const bool isNarrow = room < leading + Theme::gap + smallestSearchWidth + others;
+    const int search = std::clamp(room - wanted - Theme::gap - others, smallestSearchWidth, searchWidth);
     m_row->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
-    m_search->setMinimumWidth(isNarrow ? smallestSearchWidth : searchWidth);
-    m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : searchWidth);
+    m_search->setMinimumWidth(isNarrow ? smallestSearchWidth : search);
+    m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : search);
     placeOptions(options > 0 && room < smallestSearchWidth + others);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Model/FileUrl.h"
+
 #include <QString>
 #include <QWidget>
 
@@ -12,6 +14,7 @@ namespace tallyroom {
 
 class ExportButton;
 class FlowLayout;
+class FolderButton;
 class NoticeLine;
 class SearchField;
 
@@ -45,6 +48,8 @@ public:
     void showEntryCount(std::size_t count);
 
 Q_SIGNALS:
+    void folderRequested();
+    void recentRequested(const tallyroom::FileUrl& folder);
     void refreshRequested();
     void stopRequested();
     void exportRequested();
@@ -63,6 +68,7 @@ private:
     FlowLayout* m_options;
     bool m_areOptionsBelow = false;
     SearchField* m_search;
+    FolderButton* m_folder;
     QPushButton* m_refresh;
     QPushButton* m_stop;
     ExportButton* m_export;

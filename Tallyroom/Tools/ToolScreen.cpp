@@ -1,6 +1,7 @@
 #include "Tools/ToolScreen.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/NumberText.h"
 #include "Components/EntryRows.h"
 #include "Components/ScanProgressBar.h"
 #include "Components/SearchField.h"
@@ -10,7 +11,6 @@
 #include "Components/Theme.h"
 #include "Deletion/StatusBanner.h"
 #include "Tools/ExportFlow.h"
-#include "Tools/NumberText.h"
 #include "Tools/ToolHeader.h"
 #include "Tools/ToolPages.h"
 #include "Tools/ToolTitle.h"
@@ -116,11 +116,20 @@ void ToolScreen::connectTool()
     connect(&m_tool, &ScanToolViewModel::undoableChanged, this, &ToolScreen::showBanner);
     connect(&m_tool, &ScanToolViewModel::removalChanged, this, &ToolScreen::showBanner);
     connect(&m_patience, &QTimer::timeout, this, &ToolScreen::showPage);
+    connect(&DesktopRefusals::shared(), &DesktopRefusals::refused, this, [this](const QString& message) {
+        if (isVisible()) {
+            m_tool.tell(message);
+        }
+    });
 }
 
 void ToolScreen::connectWidgets()
 {
     connect(m_pages, &ToolPages::folderRequested, this, &ToolScreen::chooseFolder);
+    connect(m_header, &ToolHeader::folderRequested, this, &ToolScreen::chooseFolder);
+    connect(m_header, &ToolHeader::recentRequested, &m_tool, [this](const FileUrl& url) {
+        Desktop::examine(this, url, [this](const FolderChoice& choice) { m_tool.handleImport(choice); });
+    });
     connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
     connect(m_header, &ToolHeader::stopRequested, &m_tool, &ScanToolViewModel::cancelScan);
     connect(m_header, &ToolHeader::noticeActionRequested, &m_tool, &ScanToolViewModel::resumeScan);
@@ -261,7 +270,7 @@ void ToolScreen::showSummary()
     const bool isKnown = m_tool.entryCount() > 0 || m_tool.scanEnd().isComplete();
     QString text = isKnown ? summary() : QString{};
     if (const std::size_t checked = selection().count(); checked > 0) {
-        text += QStringLiteral(" · ") + counted(checked, QStringLiteral("coché"));
+        text += QStringLiteral(" · ") + counted(checked, QStringLiteral("sélectionné"));
     }
     m_header->showSummary(text);
 }
@@ -339,7 +348,11 @@ QString ToolScreen::exportName() const
 
 void ToolScreen::activate(const Entry& entry)
 {
-    Desktop::reveal(entry.url);
+    if (entry.isDirectory) {
+        m_tool.explore(entry.url);
+    } else {
+        Desktop::reveal(entry.url);
+    }
 }
 
 std::optional<Entry> ToolScreen::currentEntry() const

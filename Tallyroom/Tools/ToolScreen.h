@@ -84,7 +84,7 @@ protected:
     /// The file name that an export proposes, without extension.
     [[nodiscard]] virtual QString exportName() const;
 
-    /// What a row does when it is entered: shows the item in the file browser.
+    /// What a row does when it is entered: opens a folder in the explorer, shows a file in the file browser.
     virtual void activate(const Entry& entry);
 
     [[nodiscard]] virtual Caution caution(const std::vector<Entry>& entries) const;

@@ -6,7 +6,15 @@
 #include <QFontMetrics>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace tallyroom {
+
+namespace {
+
+constexpr int leastFolder = 12 * Theme::gap; // less of a path tells nothing
+
+} // namespace
 
 ToolTitle::ToolTitle(QString title, QWidget* parent) : QWidget(parent), m_title(std::move(title))
 {
@@ -33,7 +41,9 @@ QSize ToolTitle::sizeHint() const
 
 QSize ToolTitle::minimumSizeHint() const
 {
-    return {QFontMetrics{Theme::shared().title()}.horizontalAdvance(m_title), Theme::controlHeight};
+    const int title = QFontMetrics{Theme::shared().title()}.horizontalAdvance(m_title);
+    return {std::min(title + (m_folder.isEmpty() ? 0 : leastFolder), sizeHint().width()),
+            Theme::controlHeight};
 }
 
 void ToolTitle::paintEvent(QPaintEvent* /*event*/)

@@ -20,6 +20,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QTest>
 
@@ -119,7 +120,7 @@ TEST_F(DiskUsageViewTest, KeysCheckAndUncheck)
     ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/b"}));
     press(Qt::Key_Space);
     EXPECT_EQ(view.selection().urls(), UrlSet{FileUrl{"/r/b"}});
-    EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 coché")));
+    EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 sélectionné")));
     press(Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(view.selection().urls().size(), 3U);
     press(Qt::Key_C, Qt::ControlModifier);
@@ -147,19 +148,27 @@ TEST_F(DiskUsageViewTest, WhatTheFilterHidesIsNotDeleted)
     view.selection().setUrls({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
     scene.navigator->setSearchText(QStringLiteral("C"));
     EXPECT_THAT(view.selection().checkedEntries(), ElementsAre(fileEntry("/r/c", 10)));
-    EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 affiché · 10 o · 1 coché")));
+    EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 affiché · 10 o · 1 sélectionné")));
     press(Qt::Key_Delete);
     ASSERT_NE(dialog(), nullptr);
     EXPECT_THAT(dialog()->pending().urls, ElementsAre(FileUrl{"/r/c"}));
 }
 
-TEST_F(DiskUsageViewTest, EscapeStopsTheScanAndElseClearsTheFilter)
+TEST_F(DiskUsageViewTest, EscapeClearsTheFieldItIsTypedInAndElseStopsTheScanBeforeTheFilter)
 {
     scene.navigator->setSearchText(QStringLiteral("b"));
     press(Qt::Key_F5);
     EXPECT_THAT(scene.invalidated, ElementsAre(FileUrl{"/r"}));
     EXPECT_FALSE(scene.listing().useCache);
     search().setFocus();
+    press(Qt::Key_Escape);
+    EXPECT_EQ(search().text(), QString{});
+    EXPECT_FALSE(scene.listing().isCancelled());
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(scene.listing().isCancelled());
+    scene.navigator->setSearchText(QStringLiteral("b"));
+    press(Qt::Key_F5);
+    table().setFocus();
     press(Qt::Key_Escape);
     EXPECT_TRUE(scene.listing().isCancelled());
     EXPECT_EQ(search().text(), QStringLiteral("b"));
@@ -350,6 +359,7 @@ TEST(ContentView, TabGoesThroughTheWindowAsItIsSeenAndBack)
     window.findChild<SearchField*>()->setFocus();
     QStringList seen{QStringLiteral("Filtrer par nom"),
                      QStringLiteral("Tableau"),
+                     QStringLiteral("Changer de dossier"),
                      QStringLiteral("Rafraîchir"),
                      QStringLiteral("Exporter"),
                      QStringLiteral("Trier par : Taille, décroissant"),
@@ -364,7 +374,7 @@ TEST(ContentView, TabGoesThroughTheWindowAsItIsSeenAndBack)
     EXPECT_EQ(stopsOf(window, Qt::Key_Backtab).join(u'|').toStdString(), seen.join(u'|').toStdString());
 }
 
-TEST(Breadcrumb, ALongWayKeepsRootAndCurrentFolderOnScreen)
+TEST(Breadcrumb, ShowsTheFolderAndItsParentAndTheRestInAMenu)
 {
     Breadcrumb breadcrumb;
     std::vector<BreadcrumbItem> items;
@@ -374,19 +384,48 @@ TEST(Breadcrumb, ALongWayKeepsRootAndCurrentFolderOnScreen)
         items.push_back({name, url});
     }
     breadcrumb.setItems(items);
-    breadcrumb.resize(160, Theme::controlHeight);
     breadcrumb.show();
-    QStringList shown;
-    for (const QAbstractButton* const step : breadcrumb.findChildren<QAbstractButton*>()) {
-        if (step->isVisible()) {
-            EXPECT_LE(step->geometry().right(), breadcrumb.width());
-            shown << step->text();
+
+    struct Case {
+        int width;
+        QStringList shown;
+        QStringList menu;
+    };
+
+    const auto words = [](const char* text) { return QString::fromUtf8(text).split(u'|'); };
+    const std::vector<Case> cases{
+        {600, words("root|one & two|three|four|five|current"), {}},
+        {270, words("root|…|four|five|current"), words("one && two|three")},
+        {215, words("root|…|five|current"), words("one && two|three|four")},
+        {160, words("…|five|current"), words("root|one && two|three|four")},
+        {100, words("…|five|current"), words("root|one && two|three|four")},
+    };
+    for (const Case& one : cases) {
+        breadcrumb.resize(one.width, Theme::controlHeight);
+        std::vector<QAbstractButton*> steps;
+        for (QAbstractButton* const step : breadcrumb.findChildren<QAbstractButton*>()) {
+            if (step->isVisible()) {
+                EXPECT_GT(step->width(), 0);
+                EXPECT_LE(step->geometry().right(), breadcrumb.width());
+                steps.push_back(step);
+            }
         }
+        std::ranges::sort(steps, {}, [](const QAbstractButton* step) { return step->x(); });
+        QStringList shown;
+        QStringList menu;
+        for (QAbstractButton* const step : steps) {
+            shown << step->text();
+            if (step->text() == QStringLiteral("…")) {
+                step->click();
+                for (const QAction* const action : step->findChild<QMenu*>()->actions()) {
+                    menu << action->text();
+                }
+                step->findChild<QMenu*>()->hide();
+            }
+        }
+        EXPECT_EQ(shown.join(u'|').toStdString(), one.shown.join(u'|').toStdString()) << one.width;
+        EXPECT_EQ(menu.join(u'|').toStdString(), one.menu.join(u'|').toStdString()) << one.width;
     }
-    EXPECT_TRUE(shown.contains(QStringLiteral("root")));
-    EXPECT_TRUE(shown.contains(QStringLiteral("current")));
-    EXPECT_TRUE(shown.contains(QStringLiteral("…")));
-    EXPECT_FALSE(shown.contains(QStringLiteral("three")));
 }
 
 } // namespace

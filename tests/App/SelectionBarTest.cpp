@@ -46,7 +46,7 @@ TEST(SelectionBar, SaysWhatIsCheckedAndOffersWhatCanBeDone)
     const std::vector<Case> cases{
         {1, 1500, QStringLiteral("1 sélectionné · 1,5 Ko"), true},
         {2, 0, QStringLiteral("2 sélectionnés · 0 o"), true},
-        {12'345, 3'000'000, QStringLiteral("12345 sélectionnés · 3 Mo"), true},
+        {12'345, 3'000'000, QStringLiteral("12\u202f345 sélectionnés · 3 Mo"), true},
         {0, 0, QStringLiteral("Cochez les éléments à supprimer"), false},
     };
     for (const Case& one : cases) {

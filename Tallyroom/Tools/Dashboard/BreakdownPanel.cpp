@@ -1,5 +1,6 @@
 #include "Tools/Dashboard/BreakdownPanel.h"
 
+#include "Bridge/NumberText.h"
 #include "Components/LayoutNow.h"
 #include "Components/RecentFolderList.h"
 #include "Components/Spinner.h"
@@ -10,7 +11,7 @@
 #include "Tools/Dashboard/KindBar.h"
 #include "Tools/Dashboard/KindRow.h"
 #include "Tools/Dashboard/KindText.h"
-#include "Tools/NumberText.h"
+#include "Tools/FolderButton.h"
 #include "Tools/ToolTitle.h"
 
 #include <QHBoxLayout>
@@ -79,11 +80,18 @@ QWidget* BreakdownPanel::makeHeader()
     choose->setIcon(SymbolIcon::icon("folder"));
     Theme::dress(choose, Theme::Button::plain);
     connect(choose, &QPushButton::clicked, this, &BreakdownPanel::folderRequested);
+    auto* const recents = new FolderButton;
+    recents->setIcon(SymbolIcon::icon("clock"));
+    connect(recents, &FolderButton::folderRequested, this, &BreakdownPanel::folderRequested);
+    connect(recents, &FolderButton::recentRequested, &m_dashboard, [this](const FileUrl& url) {
+        Desktop::examine(this, url, [this](const FolderChoice& choice) { m_dashboard.handleImport(choice); });
+    });
     auto* const row = new QHBoxLayout(header);
     row->setContentsMargins({});
     row->setSpacing(Theme::gap);
     row->addWidget(m_title, 1);
     row->addWidget(choose);
+    row->addWidget(recents);
     return header;
 }
 

@@ -99,9 +99,6 @@ public:
     /// Stops a running breakdown, and forgets what it has counted.
     void cancelAnalysis();
 
-    /// Asks for `folder` to be opened in the explorer.
-    void explore(const FileUrl& folder) { Q_EMIT explorationRequested(folder); }
-
     [[nodiscard]] bool isScanning() const override
     {
         return m_analysisState.phase == AnalysisState::Phase::scanning;
@@ -117,7 +114,6 @@ Q_SIGNALS:
     void summaryChanged();
     void analysisScannedChanged();
     void analyzedFolderChanged();
-    void explorationRequested(const tallyroom::FileUrl& folder);
 
 private:
     void receive(VolumeReport report);

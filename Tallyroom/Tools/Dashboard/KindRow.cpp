@@ -1,12 +1,12 @@
 #include "Tools/Dashboard/KindRow.h"
 
+#include "Bridge/NumberText.h"
 #include "Components/FileKindPresentation.h"
 #include "Components/SizeBarCell.h"
 #include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
 #include "Text/SizeProportion.h"
 #include "Tools/Dashboard/KindText.h"
-#include "Tools/NumberText.h"
 
 #include <QPainter>
 

@@ -1,8 +1,8 @@
 #include "Tools/Dashboard/KindText.h"
 
+#include "Bridge/NumberText.h"
 #include "Bridge/SizeText.h"
 #include "Components/FileKindPresentation.h"
-#include "Tools/NumberText.h"
 
 #include <QStringList>
 

@@ -31,7 +31,9 @@ public:
         const QFontMetrics metrics{font};
         // The first words, which are never the smaller ones, give all of them their baseline.
         m_baseline = m_baseline.value_or(m_room.bottom() - metrics.descent());
-        const QString fitting = metrics.elidedText(text, elision, m_room.width());
+        // Elision rounds up: a text as wide as its room would lose a letter.
+        const bool fits = metrics.horizontalAdvance(text) <= m_room.width();
+        const QString fitting = fits ? text : metrics.elidedText(text, elision, m_room.width());
         m_painter.drawText(m_room.left(), *m_baseline, fitting);
         m_room.setLeft(m_room.left() + metrics.horizontalAdvance(fitting));
     }

@@ -16,7 +16,7 @@ namespace tallyroom {
 namespace {
 
 constexpr int chevronWidth = Theme::gap * 2;
-constexpr int smallestStep = Theme::gap * 5;
+constexpr int mostNeeded = Theme::gap * 35; // the rest of long names is cut
 
 /// One step: its name, quiet until the mouse is over it, semibold where one is.
 class BreadcrumbStep : public QAbstractButton {
@@ -116,35 +116,50 @@ QSize Breadcrumb::sizeHint() const
 
 QSize Breadcrumb::minimumSizeHint() const
 {
-    return {smallestStep, Theme::controlHeight};
+    // The folder on screen and the one around it.
+    int last = 0;
+    for (std::size_t back = 1; back <= std::min<std::size_t>(m_steps.size(), 2); ++back) {
+        last += m_steps[m_steps.size() - back]->sizeHint().width() + chevronWidth;
+    }
+    const int hidden = m_steps.size() > 2 ? m_hiddenSteps->sizeHint().width() + chevronWidth : 0;
+    return {std::min({hidden + last, sizeHint().width(), mostNeeded}), Theme::controlHeight};
 }
 
-/// How many steps after the root have to go so that the rest fits.
-int Breadcrumb::firstVisible() const
+int Breadcrumb::widthOf(std::size_t step) const
 {
-    int needed = sizeHint().width() - chevronWidth;
-    int first = 1;
-    const int last = static_cast<int>(m_steps.size()) - 1;
-    while (needed > width() && first < last) {
-        needed -= m_steps[static_cast<std::size_t>(first)]->sizeHint().width() + chevronWidth;
-        if (first == 1) {
-            needed += m_hiddenSteps->sizeHint().width() + chevronWidth;
-        }
-        ++first;
+    return m_steps[step]->sizeHint().width();
+}
+
+/// The steps that have no room. The last two stay, then the root, then what is near the end.
+Breadcrumb::Range Breadcrumb::hiddenSteps() const
+{
+    const std::size_t count = m_steps.size();
+    const std::size_t kept = std::min<std::size_t>(count, 2);
+    const int all = sizeHint().width() - chevronWidth;
+    if (all <= width() || count == kept) {
+        return {};
     }
-    return first;
+    for (const std::size_t first : {1U, 0U}) {
+        int needed = all + m_hiddenSteps->sizeHint().width() + chevronWidth;
+        for (std::size_t end = first; end < count - kept;) {
+            needed -= widthOf(end) + chevronWidth;
+            ++end;
+            if (needed <= width()) {
+                return {first, end};
+            }
+        }
+    }
+    return {0, count - kept};
 }
 
 void Breadcrumb::arrange()
 {
-    const int first = firstVisible();
-    const int count = static_cast<int>(m_steps.size());
+    const Range hidden = hiddenSteps();
+    const std::size_t count = m_steps.size();
     m_chevrons.clear();
-    m_hiddenSteps->setVisible(first > 1);
+    m_hiddenSteps->setVisible(hidden.first < hidden.end);
     int x = 0;
-    const auto place = [&](QAbstractButton* step, bool isLast) {
-        const int room = std::max(width() - x, 0);
-        const int stepWidth = isLast ? std::min(step->sizeHint().width(), room) : step->sizeHint().width();
+    const auto place = [&](QAbstractButton* step, int stepWidth, bool isLast) {
         step->setGeometry(x, 0, stepWidth, height());
         x += stepWidth;
         if (!isLast) {
@@ -152,29 +167,38 @@ void Breadcrumb::arrange()
             x += chevronWidth;
         }
     };
-    for (int index = 0; index < count; ++index) {
-        QAbstractButton* const step = m_steps[static_cast<std::size_t>(index)];
-        const bool isHidden = index >= 1 && index < first;
-        step->setVisible(!isHidden);
-        if (isHidden) {
-            if (index == 1) {
-                place(m_hiddenSteps, false);
-            }
-            continue;
+    for (std::size_t index = 0; index < count; ++index) {
+        const bool isHidden = index >= hidden.first && index < hidden.end;
+        m_steps[index]->setVisible(!isHidden);
+        if (isHidden && index == hidden.first) {
+            place(m_hiddenSteps, m_hiddenSteps->sizeHint().width(), false);
+        } else if (!isHidden) {
+            place(m_steps[index], std::min(widthOf(index), roomFor(index, width() - x)), index + 1 == count);
         }
-        place(step, index + 1 == count);
     }
     update();
+}
+
+/// Of the room that is left: where the last two do not fit, each has half of it at least.
+int Breadcrumb::roomFor(std::size_t step, int room) const
+{
+    if (step + 2 != m_steps.size()) {
+        return std::max(room, 0);
+    }
+    const int both = std::max(room - chevronWidth, 0);
+    return std::max(both - widthOf(step + 1), both / 2);
 }
 
 void Breadcrumb::fillMenu()
 {
     auto* const menu = m_hiddenSteps->findChild<QMenu*>();
     menu->clear();
-    for (int index = 1; index < firstVisible(); ++index) {
+    const Range hidden = hiddenSteps();
+    for (std::size_t index = hidden.first; index < hidden.end; ++index) {
         // A menu takes "&" for a mark of its own.
-        QString name = FileUrlText::display(m_items[static_cast<std::size_t>(index)].name);
-        menu->addAction(name.replace(QLatin1Char{'&'}, QStringLiteral("&&")))->setData(index);
+        QString name = FileUrlText::display(m_items[index].name);
+        menu->addAction(name.replace(QLatin1Char{'&'}, QStringLiteral("&&")))
+            ->setData(static_cast<int>(index));
     }
 }
 

@@ -11,7 +11,7 @@ class QAbstractButton;
 namespace tallyroom {
 
 /// The way from the root to the folder on screen: every step but the last is a button. Where the room is
-/// small the middle steps go into a menu, the last one is cut short. Main thread.
+/// small steps go into a menu, from the root on, but for the last two. Main thread.
 class Breadcrumb : public QWidget {
     Q_OBJECT
 
@@ -31,9 +31,16 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    struct Range {
+        std::size_t first = 0;
+        std::size_t end = 0;
+    };
+
     void arrange();
     void fillMenu();
-    [[nodiscard]] int firstVisible() const;
+    [[nodiscard]] Range hiddenSteps() const;
+    [[nodiscard]] int widthOf(std::size_t step) const;
+    [[nodiscard]] int roomFor(std::size_t step, int room) const;
 
     std::vector<BreadcrumbItem> m_items;
     std::vector<QAbstractButton*> m_steps; // one an item

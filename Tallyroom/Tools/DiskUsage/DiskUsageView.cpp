@@ -60,7 +60,10 @@ DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* paren
     addList(frame);
     connectTreemap();
     addNavigationShortcuts();
-    connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, [this] { startOver(); });
+    connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, [this] {
+        m_navigator.clearFilter(); // it was typed for the names of another folder
+        startOver();
+    });
     connect(&m_navigator, &FolderNavigatorViewModel::canGoBackChanged, m_back,
             [this] { m_back->setEnabled(m_navigator.canGoBack()); });
     showTreemap(Settings::flag(treemapKey, false));

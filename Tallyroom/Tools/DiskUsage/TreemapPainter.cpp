@@ -2,6 +2,7 @@
 
 #include "Bridge/FileUrlText.h"
 #include "Bridge/SizeText.h"
+#include "Components/SymbolIcon.h"
 #include "Components/Theme.h"
 
 #include <QTextLayout>
@@ -23,6 +24,7 @@ constexpr double narrowestElision = 48; // less of a name tells nothing
 constexpr double roomForTheBody = 96;   // tiles below this width or height have small letters
 constexpr double roomForTheBodyBelow = 48;
 constexpr double crumbStripe = 3;
+constexpr QSizeF roomForTheBox{64, 64};
 
 // Tints are made for icons on the window. As large areas, and under white letters, they stand deeper, in
 // percent; where even the deepest is too bright for white, the letters are black.
@@ -73,7 +75,7 @@ std::vector<int> cornerOf(int radius)
     return inside;
 }
 
-/// How much of `text` goes on a first line: up to the last joint that file names have, or all that fits.
+/// How much of `text` goes on a first line: up to the last joint that file names have; nothing without one.
 qsizetype firstLine(const QString& text, const QFont& font, double width)
 {
     QTextOption option;
@@ -91,7 +93,7 @@ qsizetype firstLine(const QString& text, const QFont& font, double width)
             return end;
         }
     }
-    return fitting;
+    return 0;
 }
 
 /// Up to `most` lines of `text`, two at the highest, the last one elided in its middle, where the extension
@@ -142,6 +144,16 @@ TreemapPainter::TreemapPainter(double scale)
     for (int radius = 0; radius <= pixels(cornerRadius); ++radius) {
         m_corners.push_back(cornerOf(radius));
     }
+}
+
+std::optional<QRectF> TreemapPainter::checkBox(const QRectF& tile)
+{
+    // Below the name and the size, and with room to hit the tile beside it.
+    if (tile.width() < roomForTheBox.width() || tile.height() < roomForTheBox.height()) {
+        return std::nullopt;
+    }
+    constexpr double side = Theme::iconSize;
+    return QRectF{tile.right() - labelMargin - side, tile.bottom() - labelMargin - side, side, side};
 }
 
 int TreemapPainter::pixels(double length) const
@@ -268,12 +280,29 @@ void TreemapPainter::paintLabel(QPainter& painter, const QRect& rect, const Entr
         painter.drawText(QPointF{room.x(), baseline}, line);
         baseline += lineHeight;
     }
+    if (const auto box = checkBox(tile); box && (look.checked || look.hovered)) {
+        paintCheckBox(painter, *box, kind, look.checked);
+    }
     const QString size = sizeText(entry.sizeBytes);
     if (!names.empty() && names.size() < fitting &&
         letters.sizeMetrics.horizontalAdvance(size) <= room.width()) {
         painter.setFont(letters.size);
         painter.drawText(QPointF{room.x(), baseline}, size);
     }
+}
+
+void TreemapPainter::paintCheckBox(QPainter& painter, const QRectF& box, FileKind kind, bool isChecked) const
+{
+    const QColor ink = m_shades.at(kind).label;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(isChecked ? QBrush{ink} : QBrush{Qt::NoBrush});
+    painter.setPen(QPen{ink, 1.5});
+    painter.drawRoundedRect(box.adjusted(1, 1, -1, -1), cornerRadius, cornerRadius);
+    if (isChecked) {
+        SymbolIcon::paint(painter, box.toAlignedRect(), "checkmark", QColor::fromRgb(m_shades.at(kind).fill),
+                          Theme::smallIconSize);
+    }
+    painter.setPen(ink);
 }
 
 void TreemapPainter::paintRing(QPainter& painter, const QRectF& tile) const

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 
 namespace tallyroom {
 
@@ -23,6 +24,10 @@ public:
 
     /// How far the ring reaches beyond its tile, in device-independent pixels.
     static constexpr int ringWidth = 2;
+
+    /// The box that checks a tile, in its lower right corner, drawn while the tile is checked or under the
+    /// pointer; nothing where it has no room. Device-independent pixels.
+    [[nodiscard]] static std::optional<QRectF> checkBox(const QRectF& tile);
 
     /// `scale` is the device pixels of a device-independent one.
     explicit TreemapPainter(double scale);
@@ -66,6 +71,7 @@ private:
     void fillCrumbs(QImage& image, const QRect& rect) const;
     [[nodiscard]] const Letters& lettersFor(const QSizeF& tile) const;
     [[nodiscard]] bool hasLabel(const QRect& rect) const;
+    void paintCheckBox(QPainter& painter, const QRectF& box, FileKind kind, bool isChecked) const;
     void paintLabel(QPainter& painter, const QRect& rect, const Entry& entry, FileKind kind, Look look) const;
 
     double m_scale;

@@ -1,8 +1,8 @@
 #include "Tools/DiskUsage/TreemapText.h"
 
 #include "Bridge/FileUrlText.h"
+#include "Bridge/NumberText.h"
 #include "Bridge/SizeText.h"
-#include "Tools/NumberText.h"
 
 namespace tallyroom::TreemapText {
 

@@ -293,14 +293,23 @@ void TreemapView::mousePressEvent(QMouseEvent* event)
         event->ignore(); // the owner's: back, for one
         return;
     }
-    m_clicked.reset();
     m_pressed.reset();
     if (const auto tile = tileAt(event->position())) {
         setCurrentTile(*tile);
         if (event->button() == Qt::LeftButton) {
-            m_pressed = m_scene.entry(*tile).url;
+            const bool checks =
+                event->modifiers().testFlag(Qt::ControlModifier) || isOnCheckBox(event->position());
+            m_pressed = Press{m_scene.entry(*tile).url, checks};
         }
     }
+}
+
+bool TreemapView::isOnCheckBox(const QPointF& position) const
+{
+    const auto tile = tileAt(position);
+    const auto box = tile ? TreemapPainter::checkBox(tileRect(*tile)) : std::nullopt;
+    constexpr double near = Theme::gap / 2.0;
+    return box && box->adjusted(-near, -near, near, near).contains(position);
 }
 
 void TreemapView::mouseReleaseEvent(QMouseEvent* event)
@@ -312,23 +321,23 @@ void TreemapView::mouseReleaseEvent(QMouseEvent* event)
     // Not if the pointer, or the tile, has moved away in between.
     const auto tile = tileAt(event->position());
     const auto pressed = std::exchange(m_pressed, std::nullopt);
-    if (tile && pressed && m_scene.entry(*tile).url == *pressed) {
-        m_clicked = pressed;
-        Q_EMIT selectionToggled(*pressed);
+    if (tile && pressed && pressed->checks && m_scene.entry(*tile).url == pressed->url) {
+        Q_EMIT selectionToggled(pressed->url);
     }
 }
 
 void TreemapView::mouseDoubleClickEvent(QMouseEvent* event)
 {
+    // The tile of the first click is meant: another one may have come under the pointer since. And two quick
+    // clicks on a box are two clicks.
     const auto tile = tileAt(event->position());
-    const auto clicked = std::exchange(m_clicked, std::nullopt);
-    if (event->button() != Qt::LeftButton || !tile || !clicked || m_scene.entry(*tile).url != *clicked) {
+    const bool isTheSame = tile && tile == m_currentTile;
+    const bool checks = event->modifiers().testFlag(Qt::ControlModifier) || isOnCheckBox(event->position());
+    if (event->button() != Qt::LeftButton || !isTheSame || checks) {
         mousePressEvent(event);
         return;
     }
-    const Entry entry = m_scene.entry(*tile);
-    Q_EMIT selectionToggled(entry.url);
-    Q_EMIT activated(entry);
+    Q_EMIT activated(Entry{m_scene.entry(*tile)});
 }
 
 void TreemapView::mouseMoveEvent(QMouseEvent* event)

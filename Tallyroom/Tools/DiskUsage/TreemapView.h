@@ -11,8 +11,9 @@
 
 namespace tallyroom {
 
-/// The children of a folder as tiles, areas in proportion to sizes, colours by kind. A click checks, a double
-/// click enters or reveals, the keys do the same. Holds no truth: it says what was asked for, and the owner
+/// The children of a folder as tiles, areas in proportion to sizes, colours by kind. A click makes a tile the
+/// current one; with Ctrl, or on the tile's box, it checks; a double click enters or reveals. The keys do the
+/// same. Holds no truth: it says what was asked for, and the owner
 /// comes back with the new selection or list. What is checked and current is known by location and survives
 /// any change of the list. Main thread.
 class TreemapView : public QWidget {
@@ -49,7 +50,7 @@ public:
     [[nodiscard]] QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
-    /// The user checked or unchecked the entry. A double click takes back the check of its first click.
+    /// The user checked or unchecked the entry.
     void selectionToggled(const tallyroom::FileUrl& url);
     /// Double click or Enter: a folder is to be entered, a file to be revealed.
     void activated(const tallyroom::Entry& entry);
@@ -72,6 +73,11 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    struct Press {
+        FileUrl url;
+        bool checks = false; ///< on the box, or with Ctrl
+    };
+
     void layOut();
     void paintMap();
     void refreshTile(std::size_t tile);
@@ -82,6 +88,7 @@ private:
     void move(TreemapScene::Direction direction);
     [[nodiscard]] QPoint centre(std::size_t tile) const;
     [[nodiscard]] std::optional<std::size_t> tileAt(const QPointF& position) const;
+    [[nodiscard]] bool isOnCheckBox(const QPointF& position) const;
     [[nodiscard]] QString toolTipAt(const QPointF& position) const;
 
     const Selection& m_selection;
@@ -99,8 +106,7 @@ private:
     QPoint m_anchor;                          // device pixels; where the arrow keys move from
     std::optional<QPointF> m_pointer;
     std::optional<std::size_t> m_hoveredTile; // what is under m_pointer in m_scene
-    std::optional<FileUrl> m_pressed;
-    std::optional<FileUrl> m_clicked; // what the last click toggled, for a double click to take back
+    std::optional<Press> m_pressed;
 };
 
 } // namespace tallyroom

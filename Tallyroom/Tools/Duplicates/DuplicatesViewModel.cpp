@@ -4,7 +4,7 @@
 #include "Bridge/SizeText.h"
 #include "Bridge/TextFilter.h"
 #include "Settings/PersistedSettings.h"
-#include "Tools/NumberText.h"
+#include "Bridge/NumberText.h"
 
 #include <algorithm>
 #include <iterator>

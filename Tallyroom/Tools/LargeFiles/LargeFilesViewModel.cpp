@@ -2,7 +2,7 @@
 
 #include "Model/FileKind.h"
 #include "Settings/PersistedSettings.h"
-#include "Tools/NumberText.h"
+#include "Bridge/NumberText.h"
 
 namespace tallyroom {
 

@@ -1,4 +1,4 @@
-#include "Tools/NumberText.h"
+#include "Bridge/NumberText.h"
 
 #include "Text/SizeFormatter.h"
 

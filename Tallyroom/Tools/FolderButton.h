@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Model/FileUrl.h"
+
+#include <QPushButton>
+
+class QAction;
+
+namespace tallyroom {
+
+/// A button that leads to another folder: its menu holds the chooser and the recent folders, those that have
+/// vanished marked as such. Main thread.
+class FolderButton : public QPushButton {
+    Q_OBJECT
+
+public:
+    explicit FolderButton(QWidget* parent = nullptr);
+
+Q_SIGNALS:
+    /// The chooser is wanted.
+    void folderRequested();
+    void recentRequested(const tallyroom::FileUrl& folder);
+
+private:
+    void fillMenu();
+    void addRecent(const FileUrl& folder);
+};
+
+} // namespace tallyroom
