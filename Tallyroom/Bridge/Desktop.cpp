@@ -26,7 +26,7 @@ namespace tallyroom {
 namespace {
 
 /// How long a folder may take to answer: a disk that has to spin up does it within this time.
-constexpr std::chrono::seconds patience{8};
+constexpr std::chrono::seconds folderPatience{8};
 
 /// The words for what commonly keeps a folder from being opened; the platform's own for the rest.
 QString describe(const SystemError& error)
@@ -80,7 +80,7 @@ FolderChoice choiceOf(const FileUrl& url)
 /// hang.
 ProgressStream<FolderChoice> askChoice(const FileUrl& url)
 {
-    static auto* const calls = new PatientCalls{4, patience}; // never destroyed: threads may hang in it
+    static auto* const calls = new PatientCalls{4, folderPatience}; // never destroyed: threads may hang in it
     auto [sender, stream] = makeProgressStream<FolderChoice>();
     auto telling = std::make_shared<ProgressSender<FolderChoice>>(std::move(sender));
     calls->ask(url.path(), [telling = std::move(telling), url]() mutable {
@@ -98,7 +98,7 @@ public:
           m_answer(
               askChoice(url), [this](const FolderChoice& choice) { end(choice); }, [this] { giveUp(); })
     {
-        QTimer::singleShot(patience, this, &FolderQuestion::giveUp);
+        QTimer::singleShot(folderPatience, this, &FolderQuestion::giveUp);
     }
 
 private:

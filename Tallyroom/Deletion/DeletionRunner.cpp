@@ -14,7 +14,7 @@ using FileRemover::RemovalResult;
 namespace {
 
 /// How long leaving waits for the item in hand. A rename takes less; a dead mount never answers.
-constexpr std::chrono::seconds patience{2};
+constexpr std::chrono::seconds leavingPatience{2};
 
 /// Puts `folder` and all folders above it into `folders`.
 void addWithParents(UrlSet& folders, FileUrl folder)
@@ -68,7 +68,7 @@ DeletionRunner::~DeletionRunner()
 {
     if (m_batch) {
         m_batch->stop.request_stop();
-        m_batch->end.wait_for(patience);
+        m_batch->end.wait_for(leavingPatience);
     }
 }
 

@@ -29,8 +29,8 @@ namespace {
 
 constexpr QSize smallestSize{700, 450};
 constexpr QSize defaultSize{900, 600};
-constexpr qint64 longScan = 10'000; // milliseconds
-constexpr std::chrono::seconds patience{3}; // with the item in hand, when the window is closed
+constexpr qint64 longScan = 10'000;                // milliseconds
+constexpr std::chrono::seconds closingPatience{3}; // with the item in hand, when the window is closed
 const QString geometryKey = QStringLiteral("window.geometry");
 
 std::optional<FileUrl> droppedFolder(const QMimeData* dropped)
@@ -106,7 +106,8 @@ void ContentView::showTool()
 void ContentView::openFolder(const FileUrl& folder)
 {
     selectTool(QStringLiteral("disk-usage"));
-    Desktop::examine(this, folder, [this](const FolderChoice& choice) { m_store.diskUsage.handleImport(choice); });
+    Desktop::examine(this, folder,
+                     [this](const FolderChoice& choice) { m_store.diskUsage.handleImport(choice); });
 }
 
 void ContentView::watch(const ToolDescriptor& descriptor)
@@ -152,11 +153,10 @@ void ContentView::askToLeave()
         return;
     }
     const bool isRestoring = m_store.deletions.progress()->isRestoring;
-    m_leaveQuestion =
-        new QMessageBox(QMessageBox::Question, QStringLiteral("Quitter Tallyroom ?"),
-                        isRestoring ? QStringLiteral("Une restauration est en cours.")
-                                    : QStringLiteral("Une suppression est en cours."),
-                        QMessageBox::NoButton, this);
+    m_leaveQuestion = new QMessageBox(QMessageBox::Question, QStringLiteral("Quitter Tallyroom ?"),
+                                      isRestoring ? QStringLiteral("Une restauration est en cours.")
+                                                  : QStringLiteral("Une suppression est en cours."),
+                                      QMessageBox::NoButton, this);
     m_leaveQuestion->setInformativeText(
         QStringLiteral("Elle sera arrêtée après l’élément en cours ; ce qui est déjà fait le reste."));
     auto* const stop =
@@ -176,7 +176,7 @@ void ContentView::leave()
     m_store.deletions.stop();
     connect(&m_store.deletions, &DeletionRunner::isRunningChanged, this, &QWidget::close);
     if (m_store.deletions.isRunning()) {
-        QTimer::singleShot(patience, this, &QWidget::close);
+        QTimer::singleShot(closingPatience, this, &QWidget::close);
     } else {
         close();
     }
@@ -202,8 +202,9 @@ void ContentView::dropEvent(QDropEvent* event)
         return;
     }
     event->acceptProposedAction();
-    Desktop::examine(this, *folder,
-                     [&target = tool->tool(m_store)](const FolderChoice& choice) { target.handleImport(choice); });
+    Desktop::examine(this, *folder, [&target = tool->tool(m_store)](const FolderChoice& choice) {
+        target.handleImport(choice);
+    });
 }
 
 } // namespace tallyroom

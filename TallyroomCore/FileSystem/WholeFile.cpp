@@ -24,7 +24,7 @@ std::optional<mode_t> formerMode(int folder, const std::string& name)
     return isFile ? std::optional{former.st_mode & 07777} : std::nullopt;
 }
 
-bool writeAll(int file, std::string_view content)
+bool writeContent(int file, std::string_view content)
 {
     while (!content.empty()) {
         const ssize_t written = ::write(file, content.data(), content.size());
@@ -55,7 +55,7 @@ SystemResult<void> WholeFile::write(const FileUrl& url, std::string_view content
     if (!file.isOpen()) {
         return std::unexpected(SystemError::last());
     }
-    const bool isWritten = (!mode || ::fchmod(file.get(), *mode) == 0) && writeAll(file.get(), content) &&
+    const bool isWritten = (!mode || ::fchmod(file.get(), *mode) == 0) && writeContent(file.get(), content) &&
                            ::renameat(folder.get(), draft.c_str(), folder.get(), name.c_str()) == 0;
     if (!isWritten) {
         const SystemError error = SystemError::last();
