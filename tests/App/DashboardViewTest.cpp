@@ -1,6 +1,7 @@
 #include "Tools/Dashboard/DashboardView.h"
 
 #include "App/DashboardScene.h"
+#include "App/EventWait.h"
 #include "App/ScreenWords.h"
 #include "Components/Theme.h"
 #include "Settings/PersistedSettings.h"
@@ -37,7 +38,7 @@ protected:
         Theme::shared().apply();
         view.resize(900, 600);
         view.show();
-        QApplication::setActiveWindow(&view);
+        activate(view);
     }
 
     static std::vector<VolumeUsage> volumes(int count)

@@ -42,7 +42,7 @@ protected:
         scene.openLoaded("/r", {folderEntry("/r/folder", 30), fileEntry("/r/b", 20), fileEntry("/r/c", 10)});
         view.resize(900, 600);
         view.show();
-        QApplication::setActiveWindow(&view);
+        activate(view);
         table().setFocus();
     }
 
@@ -188,7 +188,7 @@ TEST_F(DiskUsageViewTest, DeleteAndShiftDeleteDifferInTheChoiceThatEnterTakes)
         {Qt::ShiftModifier, QStringLiteral("1 élément(s) · 10 o supprimé(s) définitivement.")}};
     const std::vector<FileUrl> checked{FileUrl{"/r/b"}, FileUrl{"/r/c"}};
     for (std::size_t index = 0; index < cases.size(); ++index) {
-        QApplication::setActiveWindow(&view);
+        activate(view);
         view.selection().setUrls({checked[index]});
         press(Qt::Key_Delete, cases[index].modifiers);
         ASSERT_NE(dialog(), nullptr);
@@ -349,7 +349,7 @@ TEST(ContentView, TabGoesThroughTheWindowAsItIsSeenAndBack)
     const TemporaryTree tree{file("inner/photo.jpg", 5000)};
     ContentView window;
     window.show();
-    QApplication::setActiveWindow(&window);
+    activate(window);
     window.openFolder(tree.url());
     FolderNavigatorViewModel& navigator = window.store().diskUsage;
     const auto isLoaded = [&navigator] { return !navigator.isScanning() && !navigator.entries().empty(); };

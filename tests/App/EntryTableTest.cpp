@@ -1,8 +1,8 @@
 #include "Components/EntryTable.h"
 
+#include "App/EventWait.h"
 #include "Components/Selection.h"
 
-#include <QApplication>
 #include <QHeaderView>
 #include <QMenu>
 #include <QScrollBar>
@@ -146,7 +146,7 @@ TEST_F(EntryTableTest, AScrolledListStaysAndOneAtTheTopShowsTheLargest)
 
 TEST_F(EntryTableTest, AListThatWasNotTouchedShowsItsHeaviestRowsAndHasNoCurrentOne)
 {
-    QApplication::setActiveWindow(table.get());
+    activate(*table);
     fill(100);
     view->clearFocus();
     table->setFocus(Qt::OtherFocusReason); // as a screen does that has just been given a folder
@@ -249,7 +249,7 @@ TEST_F(EntryTableTest, TitlesSortAndSayTheOrder)
 TEST_F(EntryTableTest, TitlesSortByTheKeyboardAndSayWhatTheyDo)
 {
     table->setEntries({file("b", 1), file("a", 2), file("c", 3)});
-    QApplication::setActiveWindow(table.get());
+    activate(*table);
     QHeaderView* const header = view->horizontalHeader();
     header->setFocus(Qt::TabFocusReason);
     EXPECT_EQ(header->accessibleName(), QStringLiteral("Trier par : Taille, décroissant"));

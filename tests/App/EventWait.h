@@ -3,9 +3,12 @@
 #include <QEvent>
 #include <QEventLoop>
 #include <QObject>
+#include <QTest>
 #include <QTimer>
+#include <QWidget>
 
 #include <chrono>
+#include <gtest/gtest.h>
 
 namespace tallyroom {
 
@@ -55,5 +58,12 @@ private:
     QEventLoop m_loop;
     QTimer m_limit;
 };
+
+/// Gives a window that is shown the keyboard, as a window manager does.
+inline void activate(QWidget& window)
+{
+    window.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+}
 
 } // namespace tallyroom

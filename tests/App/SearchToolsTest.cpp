@@ -37,7 +37,7 @@ protected:
 
     void TearDown() override { qunsetenv("XDG_DATA_HOME"); }
 
-    static void write(const QString& key, const QVariant& value) { Settings::write(key, value); }
+    static void write(const QString& name, const QVariant& value) { Settings::write(name, value); }
 
     /// Opens a folder and waits for the end of its scan.
     static void scan(ListToolViewModel& tool, const FileUrl& folder)
