@@ -49,7 +49,7 @@ protected:
         Settings::store().clear();
         window.resize(900, 600);
         window.show();
-        QApplication::setActiveWindow(&window);
+        activate(window);
         window.selectTool(QStringLiteral("disk-usage"));
     }
 
@@ -179,7 +179,7 @@ protected:
         scene.openLoaded("/r", {folderEntry("/r/folder", 30), fileEntry("/r/b", 20), fileEntry("/r/c", 10)});
         view.resize(900, 600);
         view.show();
-        QApplication::setActiveWindow(&view);
+        activate(view);
         table.setFocus();
     }
 

@@ -39,7 +39,7 @@ protected:
     {
         window = std::make_unique<ContentView>(std::move(operations));
         window->show();
-        QApplication::setActiveWindow(window.get());
+        activate(*window);
     }
 
     [[nodiscard]] SessionStore& store() const { return window->store(); }
