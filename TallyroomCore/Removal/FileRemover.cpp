@@ -47,7 +47,11 @@ std::string wordsForTheRest(const TreeRemoval::Outcome& outcome)
     if (outcome.kept > 0) {
         words += outcome.firstKept.empty() ? " : le dossier lui-même reste"
                                            : " : il reste « " + outcome.firstKept + " »";
-        words += " (" + outcome.error->message() + ")";
+        std::string reason = outcome.error->message();
+        if (reason.ends_with('.')) {
+            reason.pop_back(); // within a sentence of ours
+        }
+        words += " (" + reason + ")";
     }
     if (outcome.kept > 1) {
         words += outcome.kept == 2 ? " et un autre" : " et " + std::to_string(outcome.kept - 1) + " autres";

@@ -145,10 +145,10 @@ TEST_F(FileRemoverTest, WhatGoesInPartSaysWhatIsLeftAndWhatIsFreed)
     EXPECT_THAT(
         result.failures,
         ElementsAre(FileRemover::RemovalFailure{tree.url("out"),
-                                                "En partie supprimé : il reste « a/locked 2 » (Operation "
-                                                "not permitted) et 2 autres.",
+                                                "En partie supprimé : il reste « a/locked 2 » (Opération "
+                                                "non permise) et 2 autres.",
                                                 16_KiB},
-                    FileRemover::RemovalFailure{tree.url("whole/locked"), "Operation not permitted"}));
+                    FileRemover::RemovalFailure{tree.url("whole/locked"), "Opération non permise."}));
     EXPECT_THAT(tree.names("out"), ElementsAre("a", "b", "locked"));
     EXPECT_THAT(tree.names("out/b"), ElementsAre("locked 1"));
 }
@@ -163,9 +163,9 @@ TEST_F(FileRemoverTest, EveryItemIsTriedOnceInTheOrderGiven)
         const auto result = remove(urls, permanently);
         EXPECT_THAT(result.removed, ElementsAre(urls[0], urls[3], urls[5]));
         EXPECT_THAT(result.failures,
-                    ElementsAre(FileRemover::RemovalFailure{urls[1], "No such file or directory"},
-                                FileRemover::RemovalFailure{urls[2], "No such file or directory"},
-                                FileRemover::RemovalFailure{urls[4], "Not a directory"}));
+                    ElementsAre(FileRemover::RemovalFailure{urls[1], "Cet élément n'existe plus."},
+                                FileRemover::RemovalFailure{urls[2], "Cet élément n'existe plus."},
+                                FileRemover::RemovalFailure{urls[4], "Ce n'est pas un dossier."}));
         EXPECT_EQ(result.canUndo(), !permanently);
         EXPECT_THAT(result.trashed, SizeIs(permanently ? 0 : 3));
         EXPECT_THAT(progress,
@@ -187,11 +187,12 @@ TEST_F(FileRemoverTest, UndoPutsBackWhatItCanAndNeverOverwrites)
     tree.add(file("taken", "new"));
     const auto result = FileRemover::restore(trashed);
     EXPECT_THAT(result.removed, ElementsAre(tree.url("shortcut/"), tree.url("free")));
-    EXPECT_THAT(result.failures,
-                ElementsAre(FileRemover::RemovalFailure{tree.url("taken"), "File exists"},
-                            FileRemover::RemovalFailure{tree.url("gone/inner"), "No such file or directory"},
-                            FileRemover::RemovalFailure{tree.url("emptied"),
-                                                        "Cet élément n'est plus dans la corbeille."}));
+    EXPECT_THAT(
+        result.failures,
+        ElementsAre(
+            FileRemover::RemovalFailure{tree.url("taken"), "Un élément de ce nom existe déjà."},
+            FileRemover::RemovalFailure{tree.url("gone/inner"), "Cet élément n'existe plus."},
+            FileRemover::RemovalFailure{tree.url("emptied"), "Cet élément n'est plus dans la corbeille."}));
     EXPECT_FALSE(result.canUndo());
     EXPECT_EQ(tree.content("taken"), "new");
     EXPECT_EQ(tree.content("free"), "f");

@@ -212,7 +212,7 @@ TEST_F(TrashTest, AnItemThatCannotGoStaysAndItsRecordIsTakenBack)
                  folder("nowhere").withMode(0555)});
         const ScopedVariable openHome{"XDG_DATA_HOME", own.path("data")};
         bool isRight =
-            FileRemover::moveToTrash(own.url("locked/photo")).error().message == "Permission denied" &&
+            FileRemover::moveToTrash(own.url("locked/photo")).error().message == "Accès refusé." &&
             own.exists("locked/photo") && own.names("data/Trash/info").empty();
         for (const char* const closed : {"readonly", "nowhere/data"}) {
             const ScopedVariable closedHome{"XDG_DATA_HOME", own.path(closed)};
@@ -330,11 +330,11 @@ TEST_F(VolumeTrashTest, AFullOrReadOnlyVolumeLosesNothing)
     }
     const auto full = trash("volume/album/second");
     ASSERT_THAT(full.failures, SizeIs(1));
-    EXPECT_EQ(full.failures.front().message, "No space left on device");
+    EXPECT_EQ(full.failures.front().message, "Le volume est plein.");
     ASSERT_TRUE(volume.makeReadOnly());
     const auto readOnly = trash("volume/album/second");
     ASSERT_THAT(readOnly.failures, SizeIs(1));
-    EXPECT_EQ(readOnly.failures.front().message, "Read-only file system");
+    EXPECT_EQ(readOnly.failures.front().message, "Ce volume est en lecture seule.");
     EXPECT_EQ(tree.content("volume/album/second"), "s");
     EXPECT_THAT(tree.names("volume/" + own + "/info"), ElementsAre("été.trashinfo"));
 }
