@@ -164,7 +164,7 @@ public:
 private:
     static Candidate candidate(const TreeWalk::Child& child)
     {
-        return {FolderNames::none, std::string{child.name}, child.attributes->logicalBytes,
+        return {PathPool::none, std::string{child.name}, child.attributes->logicalBytes,
                 FileIdentity::of(*child.attributes)};
     }
 

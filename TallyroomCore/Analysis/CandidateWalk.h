@@ -22,7 +22,7 @@ struct Limits {
 
 struct Findings {
     std::vector<Candidate> candidates; ///< only files whose size another one has too, in no order
-    FolderNames folders;
+    PathPool folders;
     std::int64_t visited = 0;
     bool truncated = false;
     const ScanRoot* root = nullptr;    ///< of the walk; none without candidates

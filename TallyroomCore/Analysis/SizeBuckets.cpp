@@ -5,13 +5,13 @@
 
 namespace tallyroom {
 
-std::uint32_t FolderNames::add(std::uint32_t parent, std::string name)
+std::uint32_t PathPool::add(std::uint32_t parent, std::string name)
 {
     m_folders.push_back({parent, std::move(name)});
     return static_cast<std::uint32_t>(m_folders.size() - 1);
 }
 
-std::string FolderNames::path(std::uint32_t folder, const std::string& name) const
+std::string PathPool::path(std::uint32_t folder, const std::string& name) const
 {
     // From the leaf up: lengths first, then the names from the end of the text.
     std::size_t length = name.size();
@@ -71,11 +71,11 @@ std::uint32_t SizeBuckets::idOf(SearchedFolder& folder)
 {
     std::vector<SearchedFolder*> unknown; // from the folder up to the first known one
     TreeWalk::Folder* above = &folder;
-    for (; above != nullptr && static_cast<SearchedFolder*>(above)->id == FolderNames::none;
+    for (; above != nullptr && static_cast<SearchedFolder*>(above)->id == PathPool::none;
          above = above->parent()) {
         unknown.push_back(static_cast<SearchedFolder*>(above));
     }
-    std::uint32_t id = above == nullptr ? FolderNames::none : static_cast<SearchedFolder*>(above)->id;
+    std::uint32_t id = above == nullptr ? PathPool::none : static_cast<SearchedFolder*>(above)->id;
     for (auto next = unknown.rbegin(); next != unknown.rend(); ++next) {
         id = m_folders.add(id, (*next)->name());
         (*next)->id = id;

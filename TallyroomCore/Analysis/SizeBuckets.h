@@ -12,7 +12,7 @@
 namespace tallyroom {
 
 /// The folders that hold candidates, as a tree of names: a deep tree costs no more than its names.
-class FolderNames {
+class PathPool {
 public:
     static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 
@@ -33,7 +33,7 @@ private:
 
 /// A regular file, as the walk met it.
 struct Candidate {
-    std::uint32_t folder = FolderNames::none;
+    std::uint32_t folder = PathPool::none;
     std::string name;
     std::int64_t size = 0;
     FileIdentity identity;
@@ -41,7 +41,7 @@ struct Candidate {
 
 /// A folder of the walk that knows its place among the names, once it holds a candidate.
 struct SearchedFolder : TreeWalk::Folder {
-    std::uint32_t id = FolderNames::none;
+    std::uint32_t id = PathPool::none;
 };
 
 /// Candidates by size, so that only files of a size seen twice are ever read. One thread at a time.
@@ -55,12 +55,12 @@ public:
     /// The files whose size others have too; empties the buckets.
     [[nodiscard]] std::vector<Candidate> takeRepeated();
 
-    [[nodiscard]] const FolderNames& folders() const noexcept { return m_folders; }
+    [[nodiscard]] const PathPool& folders() const noexcept { return m_folders; }
 
 private:
     std::uint32_t idOf(SearchedFolder& folder);
 
-    FolderNames m_folders;
+    PathPool m_folders;
     std::vector<Candidate> m_tracked;
     // The common case, a size of its own, costs one slot here; the first of several moves on.
     std::unordered_map<std::int64_t, std::uint32_t> m_firstSeen;
