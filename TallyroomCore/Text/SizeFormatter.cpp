@@ -13,7 +13,10 @@ namespace {
 std::string localeSeparator()
 {
     // A locale of our own: the process's one belongs to the program around us.
-    const locale_t locale = newlocale(LC_NUMERIC_MASK | LC_CTYPE_MASK, "", nullptr);
+    locale_t locale = newlocale(LC_NUMERIC_MASK | LC_CTYPE_MASK, "", nullptr);
+    if (locale == nullptr) {
+        locale = newlocale(LC_NUMERIC_MASK, "", nullptr); // an unknown LC_CTYPE, as some terminals set it
+    }
     if (locale == nullptr) {
         return ",";
     }
