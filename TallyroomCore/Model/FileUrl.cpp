@@ -66,6 +66,9 @@ std::string_view FileUrl::pathExtension() const noexcept
 
 FileUrl FileUrl::standardized() const
 {
+    if (m_path.empty()) {
+        return {};
+    }
     std::string path;
     path.reserve(m_path.size());
     forEachStep(m_path, [&](std::string_view step) {
@@ -111,7 +114,8 @@ bool FileUrl::isInside(const FileUrl& ancestor) const
 {
     const std::string own = standardized().m_path;
     const std::string other = ancestor.standardized().m_path;
-    return own == other || other == "/" || (own.starts_with(other) && own[other.size()] == '/');
+    return own == other || (!own.empty() && other == "/") ||
+           (!other.empty() && own.starts_with(other) && own[other.size()] == '/');
 }
 
 std::string FileUrl::percentEncoded() const

@@ -29,7 +29,8 @@ public:
     /// byte of the name (".profile") or when nothing follows it.
     [[nodiscard]] std::string_view pathExtension() const noexcept;
 
-    /// "." and ".." steps, doubled and trailing slashes removed, by text alone: links are not resolved.
+    /// "." and ".." steps, doubled and trailing slashes removed, by text alone: links are not resolved. An
+    /// empty path, which leads nowhere, stays empty.
     [[nodiscard]] FileUrl standardized() const;
 
     /// The location of the child called `name`.

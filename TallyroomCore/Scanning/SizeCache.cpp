@@ -13,10 +13,13 @@ std::uint32_t hashOf(std::uint32_t parent, std::string_view name)
     return static_cast<std::uint32_t>(hash ^ (hash >> 32U));
 }
 
-/// The names of a standardized path, from the top.
+/// The names of a standardized path, from the top. An empty path, which is not the root, has one empty name.
 template <class Visit>
 bool forEachName(std::string_view path, Visit visit)
 {
+    if (path.empty()) {
+        return visit(path);
+    }
     for (std::size_t start = 1; start < path.size();) {
         const std::size_t end = std::min(path.find('/', start), path.size());
         if (!visit(path.substr(start, end - start))) {

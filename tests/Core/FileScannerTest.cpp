@@ -106,6 +106,10 @@ TEST_F(FileScannerTest, AnEmptyListingIsKeptByTheOneShotFormAlone)
     EXPECT_EQ(ScanCache::shared().find(tree.url("empty")), std::nullopt);
     static_cast<void>(FileScanner::directEntries(tree.url("empty"), true).get());
     EXPECT_NE(ScanCache::shared().find(tree.url("empty")), std::nullopt);
+
+    EXPECT_TRUE(FileScanner::directEntries(FileUrl{}, true).get().empty());
+    EXPECT_EQ(ScanCache::shared().find(FileUrl{"/"}), std::nullopt) << "nowhere is not the root";
+    EXPECT_EQ(SizeCache::shared().find(FileUrl{"/"}), std::nullopt);
 }
 
 TEST_F(FileScannerTest, ATreeOfTenThousandLevelsWithSiblingsIsMeasured)

@@ -27,7 +27,7 @@ TEST(FileUrl, TakesPathsApartByTheirBytes)
           Case{"/a/./b/../c", "/a/c", "c", ""}, Case{"/../../x", "/x", "x", ""},
           Case{"//a///b", "/a/b", "b", ""}, Case{"/a/.zshrc", "/a/.zshrc", ".zshrc", ""},
           Case{"/a/end.", "/a/end.", "end.", ""}, Case{"/a.d/plain", "/a.d/plain", "plain", ""},
-          Case{"/\xff.\xfe", "/\xff.\xfe", "\xff.\xfe", "\xfe"}}) {
+          Case{"/\xff.\xfe", "/\xff.\xfe", "\xff.\xfe", "\xfe"}, Case{"", "", "", ""}}) {
         const FileUrl url{c.path};
         EXPECT_EQ(url.standardized().path(), c.standardized) << c.path;
         EXPECT_EQ(url.lastPathComponent(), c.name) << c.path;
@@ -36,6 +36,8 @@ TEST(FileUrl, TakesPathsApartByTheirBytes)
     EXPECT_TRUE(FileUrl{"/a/b"}.isInside(FileUrl{"/a/"}));
     EXPECT_TRUE(FileUrl{"/a"}.isInside(FileUrl{"/"}));
     EXPECT_FALSE(FileUrl{"/ab"}.isInside(FileUrl{"/a"}));
+    EXPECT_FALSE(FileUrl{"/a"}.isInside(FileUrl{}));
+    EXPECT_FALSE(FileUrl{}.isInside(FileUrl{"/"}));
     EXPECT_EQ(FileUrl{"/a/b//"}.parent().path(), "/a");
     EXPECT_EQ(FileUrl{"/a"}.parent().path(), "/");
 }
