@@ -133,8 +133,8 @@ TEST(DuplicateFinder, EqualBeginningsOfFilesOfDifferentSizesAreNotAlike)
                              file("b1", content(2 * span + 1)), file("b2", content(2 * span + 1))};
     EXPECT_EQ(names(tree, groupsIn(tree)),
               (std::vector<std::vector<std::string>>{{"b1", "b2"}, {"a1", "a2"}}));
-    FolderNames folders;
-    const auto root = folders.add(FolderNames::none, "/");
+    PathPool folders;
+    const auto root = folders.add(PathPool::none, "/");
     EXPECT_EQ(folders.path(root, "a"), "/a");
     EXPECT_EQ(folders.path(folders.add(root, "b"), "c"), "/b/c");
 }

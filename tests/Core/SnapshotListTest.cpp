@@ -39,6 +39,8 @@ TEST(SnapshotList, EveryPrefixReadsRankedAndStableInWhateverOrderTheyAreRead)
                                    appended.begin() + static_cast<std::ptrdiff_t>(index) + 1);
         std::ranges::stable_sort(expected, std::greater{}, &Item::size);
         EXPECT_EQ(prefixes[index].toVector(), expected) << "prefix of " << index + 1;
+        EXPECT_TRUE(prefixes[index].isSameSnapshot(Items{prefixes[index]}));
+        EXPECT_FALSE(prefixes[index].isSameSnapshot(prefixes[(index + 1) % 500]));
     }
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <condition_variable>
+#include <future>
 #include <gtest/gtest.h>
 #include <latch>
 #include <mutex>
@@ -115,6 +116,23 @@ TEST(WorkerPool, AShortJobIsDoneWhileEndlessOnesRun)
     shortJob->offer(1000);
     pool.add(shortJob);
     shortJob->waitFor(1000); // hangs when the others starve it
+}
+
+TEST(WorkerPool, AFinishedJobIsLetGoThoughThePoolLivesOn)
+{
+    WorkerPool pool{4};
+    std::promise<void> gone;
+    auto future = gone.get_future();
+    auto job = std::shared_ptr<Counted>{new Counted, [&gone](Counted* counted) {
+                                            delete counted; // NOLINT(cppcoreguidelines-owning-memory)
+                                            gone.set_value();
+                                        }};
+    job->offer(100);
+    pool.add(job);
+    job->waitFor(100);
+    pool.remove(*job);
+    job.reset();
+    future.wait(); // hangs when somebody keeps it
 }
 
 TEST(WorkerPool, ThePoolsEndAbandonsWhatStillRuns)
