@@ -2,8 +2,8 @@
 
 #include "Bridge/FileUrlText.h"
 #include "Bridge/FolderPresence.h"
-#include "Bridge/PlainText.h"
 #include "Bridge/Observable.h"
+#include "Bridge/PlainText.h"
 #include "Components/SymbolIcon.h"
 
 #include <QLabel>

@@ -96,7 +96,7 @@ bool DeletionRunner::restore(UndoableDeletion deletion, Listener listener)
                      const BatchOptions& options) { return restore(trashed, options); });
 }
 
-bool DeletionRunner::start(Entries entries, RemovalProgress progress, Listener listener,
+bool DeletionRunner::start(const Entries& entries, RemovalProgress progress, Listener listener,
                            FileRemover::Screening screening, Work work)
 {
     if (m_batch) {

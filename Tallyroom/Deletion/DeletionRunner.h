@@ -114,8 +114,8 @@ private:
         std::unique_ptr<StreamPump<News>> pump{};
     };
 
-    bool start(Entries entries, RemovalProgress progress, Listener listener, FileRemover::Screening screening,
-               Work work);
+    bool start(const Entries& entries, RemovalProgress progress, Listener listener,
+               FileRemover::Screening screening, Work work);
     void receive(News news);
     void showProgress();
     void finish();

@@ -58,7 +58,7 @@ private:
     QString m_selectedToolID;
     std::unordered_map<const ToolDescriptor*, QElapsedTimer> m_scansSince; // the running ones
     std::unordered_map<const ToolDescriptor*, QWidget*> m_screens;         // those once on show
-    bool m_isLeaving = false; // though a removal may still run
+    bool m_isLeaving = false;                                              // though a removal may still run
     QPointer<QMessageBox> m_leaveQuestion;
     Sidebar* m_sidebar;
     QStackedWidget* m_detail;

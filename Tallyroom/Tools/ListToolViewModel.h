@@ -116,7 +116,7 @@ private:
     std::int64_t m_scanTotal = 0;
     bool m_isDiscovering = false;
     std::optional<SystemError> m_unread; // of the running scan
-    std::vector<Entry> m_taken; // left this list since it began to fill
+    std::vector<Entry> m_taken;          // left this list since it began to fill
     // While the list fills:
     RemovedPlaces m_removed;       // deleted meanwhile: the scan may still report them
     std::vector<Entry> m_restored; // put back meanwhile: the scan may have passed them by

@@ -249,14 +249,14 @@ private:
             m_visitor->visit(folder, desk.children);
             descend(worker, desk, folder);
             if (piece.begin < piece.end && m_queues.isEmpty()) {
-                share(worker, desk, folder, std::move(piece));
+                share(worker, desk, folder, piece);
                 return true;
             }
         } while (piece.begin < piece.end);
         return false;
     }
 
-    void share(unsigned worker, Desk& desk, Folder& folder, Piece piece)
+    void share(unsigned worker, Desk& desk, Folder& folder, const Piece& piece)
     {
         const std::size_t share =
             std::max((piece.end - piece.begin) / (2 * std::size_t{m_pool.width()}), leastShare);

@@ -9,8 +9,8 @@ namespace tallyroom {
 struct ItemIdentity {
     /// The inode number; 0 when the item was not seen by a scan.
     std::uint64_t inode = 0;
-    /// Device, type and, where they are told, mount and birth time, hashed: differs when another file system is
-    /// mounted at the place, and when an inode number is used again.
+    /// Device, type and, where they are told, mount and birth time, hashed: differs when another file system
+    /// is mounted at the place, and when an inode number is used again.
     std::uint32_t stamp = 0;
     /// The folder that the scan started from, a key into ScanRoots; 0 for none.
     std::uint32_t root = 0;

@@ -133,13 +133,13 @@ TEST(DeletionRunner, LeavingDoesNotWaitForWhatNeverAnswers)
     auto mayAnswer = std::make_shared<std::latch>(1);
     auto hasAnswered = std::make_shared<std::latch>(1);
     QObject context;
-    auto runner = std::make_unique<DeletionRunner>(RemovalOperations{
-        [=](std::span<const Entry>, bool, const FileRemover::BatchOptions&) {
-            mayAnswer->wait();
-            hasAnswered->count_down();
-            return RemovalResult{};
-        },
-        {}});
+    auto runner = std::make_unique<DeletionRunner>(
+        RemovalOperations{[=](std::span<const Entry>, bool, const FileRemover::BatchOptions&) {
+                              mayAnswer->wait();
+                              hasAnswered->count_down();
+                              return RemovalResult{};
+                          },
+                          {}});
     ASSERT_TRUE(runner->remove({fileEntry("/a", 1)}, true,
                                {.context = &context,
                                 .progressed = [](const RemovalProgress&) {},

@@ -273,7 +273,8 @@ TEST_F(DuplicatesTest, WhatIsSaidOfLinksAndOfTheTrashIsWhatIsChecked)
     EXPECT_EQ(said(3), "conservé, lien physique, rien à récupérer");
     EXPECT_EQ(said(4), "");
     model.checkOthers(*model.entryAt(4));
-    EXPECT_EQ(model.selection().urls(), urls({"docs/text", "docs/text link"})) << "the one to keep is not checked";
+    EXPECT_EQ(model.selection().urls(), urls({"docs/text", "docs/text link"}))
+        << "the one to keep is not checked";
     EXPECT_EQ(said(4), "conservé");
     model.toggleGroup(0);
     model.toggleGroup(0);

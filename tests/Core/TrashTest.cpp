@@ -211,9 +211,8 @@ TEST_F(TrashTest, AnItemThatCannotGoStaysAndItsRecordIsTakenBack)
         own.add({folder("locked").withMode(0555), folder("readonly/Trash/info").withMode(0555),
                  folder("nowhere").withMode(0555)});
         const ScopedVariable openHome{"XDG_DATA_HOME", own.path("data")};
-        bool isRight =
-            FileRemover::moveToTrash(own.url("locked/photo")).error().message == "Accès refusé." &&
-            own.exists("locked/photo") && own.names("data/Trash/info").empty();
+        bool isRight = FileRemover::moveToTrash(own.url("locked/photo")).error().message == "Accès refusé." &&
+                       own.exists("locked/photo") && own.names("data/Trash/info").empty();
         for (const char* const closed : {"readonly", "nowhere/data"}) {
             const ScopedVariable closedHome{"XDG_DATA_HOME", own.path(closed)};
             isRight = isRight && !FileRemover::moveToTrash(own.url("photo")) && own.content("photo") == "p";

@@ -1,10 +1,10 @@
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
 #include "Analysis/DuplicateRemovalCheck.h"
+#include "Bridge/NumberText.h"
 #include "Bridge/SizeText.h"
 #include "Bridge/TextFilter.h"
 #include "Settings/PersistedSettings.h"
-#include "Bridge/NumberText.h"
 
 #include <algorithm>
 #include <iterator>
