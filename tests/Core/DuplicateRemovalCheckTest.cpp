@@ -98,7 +98,7 @@ void replaceByItsCopy(const TemporaryTree& tree, const std::string& name)
     ASSERT_EQ(::rename(copy.c_str(), tree.path(name).c_str()), 0);
 }
 
-struct Case {
+struct RemovalCase {
     const char* what;
     std::function<void(TemporaryTree& tree)> disturb;
     Names victims;
@@ -114,7 +114,7 @@ TEST(DuplicateRemovalCheck, OnlyWhatIsACopyOfAFileThatStaysIsRemoved)
     const auto unlinked = [](const char* name) {
         return [name](TemporaryTree& tree) { ASSERT_EQ(::unlink(tree.path(name).c_str()), 0); };
     };
-    const std::vector<Case> cases{
+    const std::vector<RemovalCase> cases{
         {"copies go while one stays", nothing, {"b", "c"}, {}},
         {"all go when all are meant", nothing, {"a", "b", "c", "d/d"}, {}},
         {"the victim was edited", editLater("b"), {"b"}, {std::string{"b: "} + changed}},
