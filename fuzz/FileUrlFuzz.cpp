@@ -21,6 +21,9 @@ void checkPercentCoding(const std::string& path)
 void checkSteps(const FileUrl& url)
 {
     const std::string& path = url.path();
+    if (path.empty()) {
+        return; // it leads nowhere
+    }
     require(path.starts_with('/') && (path == "/" || !path.ends_with('/')), "one slash begins, none ends");
     require((path + "/").find("/./") == std::string::npos, "no step stays");
     require((path + "/").find("/../") == std::string::npos, "no step goes back");
