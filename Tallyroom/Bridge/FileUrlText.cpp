@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QStringDecoder>
 
 #include <algorithm>
 
@@ -14,6 +15,13 @@ namespace {
 QByteArrayView view(std::string_view text)
 {
     return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+/// Of a character too that would be taken for a mark of the byte order at the start of a text.
+QString decoded(std::string_view characters)
+{
+    QStringDecoder decoder{QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom};
+    return decoder.decode(view(characters));
 }
 
 bool isControl(char32_t code)
@@ -44,7 +52,7 @@ bool isOrdinary(const QString& text)
 
 QString FileUrlText::display(std::string_view name)
 {
-    if (QString whole = QString::fromUtf8(view(name)); Utf8::isValid(name) && isOrdinary(whole)) {
+    if (QString whole = decoded(name); Utf8::isValid(name) && isOrdinary(whole)) {
         return whole;
     }
     QString text;
@@ -54,7 +62,7 @@ QString FileUrlText::display(std::string_view name)
             const auto byte = static_cast<unsigned char>(name.front());
             text += QStringLiteral("\\x") + QString::number(byte, 16).toUpper();
         } else {
-            text += visible(QString::fromUtf8(view(name.substr(0, length))));
+            text += visible(decoded(name.substr(0, length)));
         }
         name.remove_prefix(std::max<std::size_t>(length, 1));
     }

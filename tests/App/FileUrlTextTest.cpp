@@ -22,6 +22,8 @@ TEST(FileUrlText, ShowsWhatCannotBeDrawn)
         {"invoice\u202Efdp.exe", QStringLiteral("invoice\\u202Efdp.exe")},
         {"\u2028", QStringLiteral("\\u2028")},
         {"\u0085", QStringLiteral("\\u0085")},
+        {"\uFEFF", QStringLiteral("\\uFEFF")},
+        {"\uFEFFa\xff", QStringLiteral("\\uFEFFa\\xFF")},
     };
     for (const Case& one : cases) {
         EXPECT_EQ(FileUrlText::display(one.name).toStdString(), one.text.toStdString());
