@@ -1,7 +1,7 @@
 #include "DuplicatesCommand.h"
 
-#include "Analysis/DuplicateExport.h"
-#include "Analysis/DuplicateFinder.h"
+#include "Duplicates/DuplicateExport.h"
+#include "Duplicates/DuplicateFinder.h"
 #include "OutputWriter.h"
 #include "ProgressLine.h"
 #include "Terminal.h"

@@ -1,6 +1,6 @@
 #include "KindsCommand.h"
 
-#include "Analysis/FolderAnalyzer.h"
+#include "Kinds/FolderAnalyzer.h"
 #include "OutputWriter.h"
 #include "ProgressLine.h"
 #include "TableText.h"

@@ -1,7 +1,7 @@
 #include "DuplicatesCommand.h"
 #include "KindsCommand.h"
+#include "Model/Ecosystem.h"
 #include "ScanCommand.h"
-#include "Scanning/Ecosystem.h"
 #include "Terminal.h"
 #include "VolumesCommand.h"
 

@@ -1,4 +1,4 @@
-#include "Analysis/FolderAnalyzer.h"
+#include "Kinds/FolderAnalyzer.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "Analysis/DuplicateFinder.h"
+#include "Duplicates/DuplicateFinder.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "Analysis/TreemapLayout.h"
+#include "Treemap/TreemapLayout.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -1,7 +1,7 @@
 // Names on their way to the screen, and folders named on the command line, typed or dropped.
-#include "Bridge/FileUrlText.h"
-#include "Bridge/TextFilter.h"
 #include "Require.h"
+#include "Text/FileUrlText.h"
+#include "Text/TextFilter.h"
 
 #include <algorithm>
 

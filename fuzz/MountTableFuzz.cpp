@@ -1,6 +1,6 @@
 // A mount table with any content, as containers, odd file systems and long paths make them.
 #include "Require.h"
-#include "Volumes/MountTable.h"
+#include "FileSystem/MountTable.h"
 
 #include <algorithm>
 #include <sys/mman.h>

@@ -1,9 +1,9 @@
 #include "Bridge/Desktop.h"
 
-#include "Bridge/FileUrlText.h"
 #include "Bridge/StreamPump.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/SystemError.h"
+#include "Text/FileUrlText.h"
 #include "Volumes/PatientCalls.h"
 
 #include <QDBusConnection>

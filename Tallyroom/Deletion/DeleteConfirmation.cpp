@@ -1,9 +1,9 @@
 #include "Deletion/DeleteConfirmation.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Bridge/SizeText.h"
-#include "Components/CheckBox.h"
-#include "Components/Theme.h"
+#include "Controls/CheckBox.h"
+#include "Text/FileUrlText.h"
+#include "Text/SizeText.h"
+#include "Theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,6 +1,6 @@
 #include "Deletion/DeletionSupport.h"
 
-#include "Bridge/SizeText.h"
+#include "Text/SizeText.h"
 
 #include <algorithm>
 #include <iterator>

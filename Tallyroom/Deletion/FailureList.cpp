@@ -1,7 +1,7 @@
 #include "Deletion/FailureList.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Components/Theme.h"
+#include "Text/FileUrlText.h"
+#include "Theme/Theme.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

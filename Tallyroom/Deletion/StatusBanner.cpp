@@ -1,9 +1,9 @@
 #include "Deletion/StatusBanner.h"
 
-#include "Components/Spinner.h"
-#include "Components/SymbolIcon.h"
-#include "Components/Theme.h"
+#include "Controls/Spinner.h"
 #include "Deletion/FailureList.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

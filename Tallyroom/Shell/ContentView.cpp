@@ -1,14 +1,14 @@
 #include "Shell/ContentView.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Components/Shortcut.h"
-#include "Components/SymbolIcon.h"
-#include "Components/TabOrder.h"
-#include "Components/Theme.h"
+#include "Controls/Shortcut.h"
+#include "Layout/TabOrder.h"
 #include "Settings/PersistedSettings.h"
 #include "Shell/Sidebar.h"
 #include "Shell/ToolRegistry.h"
-#include "Tools/MessagePage.h"
+#include "Text/FileUrlText.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
+#include "Welcome/MessagePage.h"
 
 #include <QApplication>
 #include <QDragEnterEvent>

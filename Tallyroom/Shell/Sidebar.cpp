@@ -1,8 +1,8 @@
 #include "Shell/Sidebar.h"
 
-#include "Components/Spinner.h"
-#include "Components/SymbolIcon.h"
-#include "Components/Theme.h"
+#include "Controls/Spinner.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,8 +1,8 @@
 #include "Shell/TallyroomApp.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Components/Theme.h"
 #include "Shell/ContentView.h"
+#include "Text/FileUrlText.h"
+#include "Theme/Theme.h"
 
 #include <QApplication>
 #include <QFontDatabase>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Shell/SessionStore.h"
-#include "Tools/FolderTool.h"
+#include "Tools/Frame/FolderTool.h"
 
 #include <QString>
 #include <QWidget>

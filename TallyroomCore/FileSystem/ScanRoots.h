@@ -3,7 +3,7 @@
 #include "FileSystem/FileAttributes.h"
 #include "Model/FileUrl.h"
 #include "Model/ItemIdentity.h"
-#include "Volumes/MountTable.h"
+#include "FileSystem/MountTable.h"
 
 #include <cstdint>
 #include <memory>

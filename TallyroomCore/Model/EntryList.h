@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Concurrency/SnapshotList.h"
 #include "Model/Entry.h"
+#include "Model/SnapshotList.h"
 
 namespace tallyroom {
 

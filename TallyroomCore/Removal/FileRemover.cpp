@@ -5,7 +5,7 @@
 #include "Removal/ProtectedLocations.h"
 #include "Removal/Trash.h"
 #include "Removal/TreeRemoval.h"
-#include "Volumes/MountTable.h"
+#include "FileSystem/MountTable.h"
 
 #include <cerrno>
 #include <memory>

@@ -3,7 +3,7 @@
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/SystemError.h"
 #include "Removal/ItemPlace.h"
-#include "Volumes/MountTable.h"
+#include "FileSystem/MountTable.h"
 
 #include <cstdint>
 #include <optional>

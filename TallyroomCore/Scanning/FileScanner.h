@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
-#include "Scanning/FolderNames.h"
+#include "Model/FolderNames.h"
 #include "Scanning/ScanProgress.h"
 
 #include <cstdint>

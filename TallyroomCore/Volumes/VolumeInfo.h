@@ -2,7 +2,7 @@
 
 #include "Concurrency/ProgressStream.h"
 #include "Volumes/DeviceTraits.h"
-#include "Volumes/MountTable.h"
+#include "FileSystem/MountTable.h"
 #include "Volumes/PatientCalls.h"
 #include "Volumes/VolumeUsage.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Volumes/MountTable.h"
+#include "FileSystem/MountTable.h"
 
 #include <optional>
 #include <vector>

@@ -1,5 +1,5 @@
-#include "Components/Selection.h"
 #include "MainThread.h"
+#include "Rows/Selection.h"
 #include "Settings/PersistedSettings.h"
 #include "Tools/Duplicates/DuplicatesView.h"
 

@@ -1,11 +1,11 @@
 // What the main thread spends on an action in the explorer, in a folder of 300 000 files (or as many as the
 // first argument says): the longest turn of its event loop in milliseconds of processor time, as CSV. How
 // long it takes until the rows are on screen goes to the standard error stream.
-#include "Components/EntryTable.h"
-#include "Components/SearchField.h"
-#include "Components/SelectionBar.h"
+#include "Controls/SearchField.h"
+#include "Controls/SelectionBar.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "MainThread.h"
+#include "Rows/EntryTable.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
 #include "MainThread.h"
 
-#include "Components/Theme.h"
+#include "Theme/Theme.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>

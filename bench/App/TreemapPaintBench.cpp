@@ -1,5 +1,5 @@
-#include "Tools/DiskUsage/TreemapPainter.h"
-#include "Tools/DiskUsage/TreemapScene.h"
+#include "Tools/DiskUsage/Treemap/TreemapPainter.h"
+#include "Tools/DiskUsage/Treemap/TreemapScene.h"
 
 #include <QApplication>
 

@@ -3,15 +3,15 @@
 #include "App/DashboardScene.h"
 #include "App/EventWait.h"
 #include "App/ScreenWords.h"
-#include "Components/Theme.h"
 #include "Settings/PersistedSettings.h"
 #include "Settings/RecentFolders.h"
 #include "Shell/ContentView.h"
+#include "Text/VolumeText.h"
+#include "Theme/Theme.h"
 #include "Tools/Dashboard/KindBar.h"
 #include "Tools/Dashboard/KindRow.h"
 #include "Tools/Dashboard/VolumeCard.h"
 #include "Tools/Dashboard/VolumeGrid.h"
-#include "Tools/Dashboard/VolumeText.h"
 
 #include <QApplication>
 #include <QScrollBar>

@@ -1,7 +1,7 @@
-#include "Components/EntryTable.h"
+#include "Rows/EntryTable.h"
 
 #include "App/EventWait.h"
-#include "Components/Selection.h"
+#include "Rows/Selection.h"
 
 #include <QHeaderView>
 #include <QMenu>

@@ -1,6 +1,6 @@
-#include "Bridge/FileUrlText.h"
+#include "Text/FileUrlText.h"
 
-#include "Bridge/TextFilter.h"
+#include "Text/TextFilter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "Components/SelectionBar.h"
+#include "Controls/SelectionBar.h"
 
-#include "Components/ScanProgressBar.h"
-#include "Components/SelectionCheckbox.h"
+#include "Controls/ScanProgressBar.h"
+#include "Controls/SelectionCheckbox.h"
 
 #include <QLabel>
 #include <QPushButton>

@@ -1,6 +1,6 @@
-#include "Components/Selection.h"
+#include "Rows/Selection.h"
 
-#include "Components/EntryArrangement.h"
+#include "Rows/EntryArrangement.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "Components/Theme.h"
+#include "Theme/Theme.h"
 
-#include "Components/SymbolIcon.h"
+#include "Theme/SymbolIcon.h"
 
 #include <QApplication>
 #include <QSignalSpy>

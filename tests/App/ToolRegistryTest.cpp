@@ -1,8 +1,8 @@
 #include "App/EventWait.h"
-#include "Components/Spinner.h"
-#include "Components/Theme.h"
+#include "Controls/Spinner.h"
 #include "Shell/ContentView.h"
 #include "Shell/TallyroomApp.h"
+#include "Theme/Theme.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
 
 #include <QLabel>

@@ -1,18 +1,18 @@
-#include "Tools/ToolScreen.h"
+#include "Tools/Frame/ToolScreen.h"
 
 #include "App/EventWait.h"
 #include "App/NavigatorScene.h"
 #include "App/ScreenWords.h"
 #include "Bridge/FolderPresence.h"
-#include "Components/EntryTable.h"
-#include "Components/SearchField.h"
+#include "Controls/SearchField.h"
+#include "Rows/EntryTable.h"
 #include "Settings/PersistedSettings.h"
 #include "Settings/RecentFolders.h"
 #include "Shell/ContentView.h"
 #include "Support/TemporaryTree.h"
 #include "Tools/BuildCaches/BuildCachesView.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
-#include "Tools/DiskUsage/TreemapView.h"
+#include "Tools/DiskUsage/Treemap/TreemapView.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,4 +1,4 @@
-#include "Components/ToolWelcome.h"
+#include "Welcome/ToolWelcome.h"
 
 #include <QLabel>
 #include <QPushButton>

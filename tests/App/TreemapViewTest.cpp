@@ -1,7 +1,7 @@
-#include "Tools/DiskUsage/TreemapView.h"
+#include "Tools/DiskUsage/Treemap/TreemapView.h"
 
 #include "App/EventWait.h"
-#include "Components/EntryArrangement.h"
+#include "Rows/EntryArrangement.h"
 
 #include <QAccessible>
 #include <QContextMenuEvent>

@@ -1,15 +1,15 @@
 #include "App/EventWait.h"
 #include "App/ScreenWords.h"
-#include "Bridge/FileUrlText.h"
-#include "Bridge/SizeText.h"
-#include "Components/EntryRows.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Deletion/StatusBanner.h"
+#include "Rows/EntryRows.h"
 #include "Shell/ContentView.h"
 #include "Shell/ToolRegistry.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
-#include "Tools/ToolScreen.h"
+#include "Text/FileUrlText.h"
+#include "Text/SizeText.h"
+#include "Tools/Frame/ToolScreen.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

@@ -1,7 +1,7 @@
 #include "FileSystem/Digest.h"
 
-#include "Analysis/BatchDigester.h"
 #include "Concurrency/ParallelMap.h"
+#include "Duplicates/BatchDigester.h"
 #include "Support/TemporaryTree.h"
 
 #include <array>

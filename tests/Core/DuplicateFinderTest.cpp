@@ -1,6 +1,6 @@
-#include "Analysis/DuplicateFinder.h"
+#include "Duplicates/DuplicateFinder.h"
 
-#include "Analysis/SizeBuckets.h"
+#include "Duplicates/SizeBuckets.h"
 #include "FileSystem/FileAttributes.h"
 #include "Support/AllRecords.h"
 #include "Support/Isolation.h"

@@ -1,6 +1,6 @@
-#include "Analysis/DuplicateRemovalCheck.h"
+#include "Duplicates/DuplicateRemovalCheck.h"
 
-#include "Analysis/DuplicateFinder.h"
+#include "Duplicates/DuplicateFinder.h"
 #include "Removal/FileRemover.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"

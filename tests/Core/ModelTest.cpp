@@ -1,6 +1,6 @@
+#include "Model/AgeThreshold.h"
+#include "Model/Ecosystem.h"
 #include "Model/FileKind.h"
-#include "Scanning/AgeThreshold.h"
-#include "Scanning/Ecosystem.h"
 #include "Text/CSVExport.h"
 #include "Text/SizeFormatter.h"
 #include "Text/SizeProportion.h"

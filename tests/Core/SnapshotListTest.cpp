@@ -1,4 +1,4 @@
-#include "Concurrency/SnapshotList.h"
+#include "Model/SnapshotList.h"
 
 #include "Concurrency/ProgressStream.h"
 

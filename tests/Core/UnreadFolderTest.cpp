@@ -1,5 +1,5 @@
-#include "Analysis/DuplicateFinder.h"
-#include "Analysis/FolderAnalyzer.h"
+#include "Duplicates/DuplicateFinder.h"
+#include "Kinds/FolderAnalyzer.h"
 #include "Scanning/FileScanner.h"
 #include "Support/AllRecords.h"
 #include "Support/TemporaryTree.h"

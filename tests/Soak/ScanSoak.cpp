@@ -1,6 +1,6 @@
 // Scans a tree in every way and drops the scans at random, while the tree changes: scan-soak [SECONDS [SEED]]
-#include "Analysis/DuplicateFinder.h"
-#include "Analysis/FolderAnalyzer.h"
+#include "Duplicates/DuplicateFinder.h"
+#include "Kinds/FolderAnalyzer.h"
 #include "Scanning/FileScanner.h"
 #include "Soak/Soak.h"
 #include "Soak/TreeChurn.h"

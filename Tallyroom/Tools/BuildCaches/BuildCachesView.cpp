@@ -1,8 +1,8 @@
 #include "Tools/BuildCaches/BuildCachesView.h"
 
-#include "Components/OptionMenu.h"
-#include "Tools/ToolHeader.h"
-#include "Tools/ToolStyles.h"
+#include "Controls/OptionMenu.h"
+#include "Tools/Frame/ToolHeader.h"
+#include "Tools/Frame/ToolStyles.h"
 
 namespace tallyroom {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tools/BuildCaches/BuildCachesViewModel.h"
-#include "Tools/ListToolScreen.h"
+#include "Tools/Frame/ListToolScreen.h"
 
 namespace tallyroom {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Scanning/Ecosystem.h"
-#include "Tools/ListToolViewModel.h"
+#include "Model/Ecosystem.h"
+#include "Tools/Frame/ListToolViewModel.h"
 
 #include <set>
 

@@ -1,18 +1,18 @@
 #include "Tools/Dashboard/BreakdownPanel.h"
 
-#include "Bridge/NumberText.h"
-#include "Components/LayoutNow.h"
-#include "Components/RecentFolderList.h"
-#include "Components/Spinner.h"
-#include "Components/SymbolIcon.h"
-#include "Components/Theme.h"
+#include "Controls/Spinner.h"
+#include "Layout/LayoutNow.h"
 #include "Settings/RecentFolders.h"
+#include "Text/KindText.h"
+#include "Text/NumberText.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
 #include "Tools/Dashboard/DashboardViewModel.h"
 #include "Tools/Dashboard/KindBar.h"
 #include "Tools/Dashboard/KindRow.h"
-#include "Tools/Dashboard/KindText.h"
-#include "Tools/FolderButton.h"
-#include "Tools/ToolTitle.h"
+#include "Tools/Frame/FolderButton.h"
+#include "Tools/Frame/ToolTitle.h"
+#include "Welcome/RecentFolderList.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,15 +1,15 @@
 #include "Tools/Dashboard/DashboardView.h"
 
-#include "Components/LayoutNow.h"
-#include "Components/Shortcut.h"
-#include "Components/SymbolIcon.h"
-#include "Components/Theme.h"
+#include "Controls/Shortcut.h"
+#include "Layout/LayoutNow.h"
+#include "Text/VolumeText.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
 #include "Tools/Dashboard/BreakdownPanel.h"
 #include "Tools/Dashboard/DashboardViewModel.h"
 #include "Tools/Dashboard/VolumeCard.h"
 #include "Tools/Dashboard/VolumeGrid.h"
-#include "Tools/Dashboard/VolumeText.h"
-#include "Tools/ToolTitle.h"
+#include "Tools/Frame/ToolTitle.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

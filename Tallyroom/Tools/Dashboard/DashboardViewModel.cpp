@@ -1,9 +1,9 @@
 #include "Tools/Dashboard/DashboardViewModel.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Bridge/NumberText.h"
-#include "Bridge/SizeText.h"
 #include "Settings/RecentFolders.h"
+#include "Text/FileUrlText.h"
+#include "Text/NumberText.h"
+#include "Text/SizeText.h"
 
 #include <algorithm>
 #include <iterator>

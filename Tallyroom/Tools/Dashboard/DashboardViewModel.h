@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Analysis/FolderAnalyzer.h"
 #include "Bridge/Observable.h"
 #include "Bridge/StreamPump.h"
-#include "Tools/FolderTool.h"
-#include "Tools/ScanEnd.h"
+#include "Kinds/FolderAnalyzer.h"
+#include "Tools/Frame/FolderTool.h"
+#include "Tools/Frame/ScanEnd.h"
 #include "Volumes/VolumeInfo.h"
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "Tools/Dashboard/KindBar.h"
 
-#include "Components/FileKindPresentation.h"
-#include "Components/Theme.h"
-#include "Tools/Dashboard/KindText.h"
+#include "Text/KindText.h"
+#include "Theme/FileKindPresentation.h"
+#include "Theme/Theme.h"
 
 #include <QHelpEvent>
 #include <QPainter>

@@ -1,12 +1,12 @@
 #include "Tools/Dashboard/KindRow.h"
 
-#include "Bridge/NumberText.h"
-#include "Components/FileKindPresentation.h"
-#include "Components/SizeBarCell.h"
-#include "Components/SymbolIcon.h"
-#include "Components/Theme.h"
+#include "Rows/SizeBarCell.h"
+#include "Text/KindText.h"
+#include "Text/NumberText.h"
 #include "Text/SizeProportion.h"
-#include "Tools/Dashboard/KindText.h"
+#include "Theme/FileKindPresentation.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
 
 #include <QPainter>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Analysis/FolderAnalyzer.h"
+#include "Kinds/FolderAnalyzer.h"
 
 namespace tallyroom {
 

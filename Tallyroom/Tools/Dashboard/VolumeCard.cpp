@@ -1,10 +1,10 @@
 #include "Tools/Dashboard/VolumeCard.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Components/Capsule.h"
-#include "Components/SymbolIcon.h"
-#include "Components/Theme.h"
-#include "Tools/Dashboard/VolumeText.h"
+#include "Controls/Capsule.h"
+#include "Text/FileUrlText.h"
+#include "Text/VolumeText.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
 
 #include <QPainter>
 

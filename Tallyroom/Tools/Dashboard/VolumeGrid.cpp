@@ -1,6 +1,6 @@
 #include "Tools/Dashboard/VolumeGrid.h"
 
-#include "Components/Theme.h"
+#include "Theme/Theme.h"
 #include "Tools/Dashboard/VolumeCard.h"
 
 #include <algorithm>

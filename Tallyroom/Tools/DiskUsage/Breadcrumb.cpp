@@ -1,9 +1,9 @@
 #include "Tools/DiskUsage/Breadcrumb.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Bridge/PlainText.h"
-#include "Components/SymbolIcon.h"
-#include "Components/Theme.h"
+#include "Text/FileUrlText.h"
+#include "Text/PlainText.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
 
 #include <QAbstractButton>
 #include <QMenu>

@@ -1,14 +1,14 @@
 #include "Tools/DiskUsage/DiskUsageView.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Components/EntryTable.h"
-#include "Components/Selection.h"
-#include "Components/SymbolIcon.h"
+#include "Rows/EntryTable.h"
+#include "Rows/Selection.h"
 #include "Settings/PersistedSettings.h"
+#include "Text/FileUrlText.h"
+#include "Theme/SymbolIcon.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
 #include "Tools/DiskUsage/ListChoice.h"
-#include "Tools/DiskUsage/TreemapView.h"
-#include "Tools/ToolHeader.h"
+#include "Tools/DiskUsage/Treemap/TreemapView.h"
+#include "Tools/Frame/ToolHeader.h"
 
 #include <QButtonGroup>
 #include <QHBoxLayout>

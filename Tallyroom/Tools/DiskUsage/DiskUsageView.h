@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
-#include "Tools/ListToolScreen.h"
+#include "Tools/Frame/ListToolScreen.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
 #include "Tools/DiskUsage/ListChoice.h"
 
-#include "Components/SymbolIcon.h"
-#include "Components/Theme.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
 
 #include <QPainter>
 

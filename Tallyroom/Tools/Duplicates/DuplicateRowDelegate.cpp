@@ -1,9 +1,9 @@
 #include "Tools/Duplicates/DuplicateRowDelegate.h"
 
-#include "Components/CheckBox.h"
-#include "Components/EntryRows.h"
-#include "Components/RowPainting.h"
-#include "Components/SymbolIcon.h"
+#include "Controls/CheckBox.h"
+#include "Rows/EntryRows.h"
+#include "Rows/RowPainting.h"
+#include "Theme/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateTableModel.h"
 
 #include <QPainter>

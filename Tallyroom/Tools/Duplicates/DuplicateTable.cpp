@@ -1,6 +1,6 @@
 #include "Tools/Duplicates/DuplicateTable.h"
 
-#include "Components/SymbolIcon.h"
+#include "Theme/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateRowDelegate.h"
 #include "Tools/Duplicates/DuplicateTableModel.h"
 

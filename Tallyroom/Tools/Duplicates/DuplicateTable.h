@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Components/EntryRows.h"
+#include "Rows/EntryRows.h"
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
 namespace tallyroom {

@@ -1,10 +1,10 @@
 #include "Tools/Duplicates/DuplicateTableModel.h"
 
-#include "Bridge/FileUrlText.h"
-#include "Bridge/PlainText.h"
-#include "Bridge/SizeText.h"
-#include "Components/FileKindPresentation.h"
-#include "Tools/AgeText.h"
+#include "Text/AgeText.h"
+#include "Text/FileUrlText.h"
+#include "Text/PlainText.h"
+#include "Text/SizeText.h"
+#include "Theme/FileKindPresentation.h"
 
 #include <algorithm>
 #include <chrono>

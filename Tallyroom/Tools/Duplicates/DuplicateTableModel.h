@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Components/EntryRowsModel.h"
-#include "Components/EntryTableStyle.h"
+#include "Rows/EntryRowsModel.h"
+#include "Rows/EntryTableStyle.h"
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
 #include <optional>

@@ -1,13 +1,13 @@
 #include "Tools/Duplicates/DuplicatesView.h"
 
-#include "Analysis/DuplicateExport.h"
-#include "Bridge/SizeText.h"
-#include "Components/OptionMenu.h"
-#include "Components/Selection.h"
-#include "Components/SymbolIcon.h"
+#include "Controls/OptionMenu.h"
+#include "Duplicates/DuplicateExport.h"
+#include "Rows/Selection.h"
+#include "Text/SizeText.h"
+#include "Theme/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateTable.h"
-#include "Tools/ToolHeader.h"
-#include "Tools/ToolStyles.h"
+#include "Tools/Frame/ToolHeader.h"
+#include "Tools/Frame/ToolStyles.h"
 
 #include <QPushButton>
 

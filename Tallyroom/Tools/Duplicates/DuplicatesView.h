@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tools/Duplicates/DuplicatesViewModel.h"
-#include "Tools/ToolScreen.h"
+#include "Tools/Frame/ToolScreen.h"
 
 class QPushButton;
 

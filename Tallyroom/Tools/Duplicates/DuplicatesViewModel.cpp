@@ -1,10 +1,10 @@
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
-#include "Analysis/DuplicateRemovalCheck.h"
-#include "Bridge/NumberText.h"
-#include "Bridge/SizeText.h"
-#include "Bridge/TextFilter.h"
+#include "Duplicates/DuplicateRemovalCheck.h"
 #include "Settings/PersistedSettings.h"
+#include "Text/NumberText.h"
+#include "Text/SizeText.h"
+#include "Text/TextFilter.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Analysis/DuplicateFinder.h"
 #include "Bridge/StreamPump.h"
 #include "Deletion/RemovedPlaces.h"
-#include "Tools/ScanToolViewModel.h"
+#include "Duplicates/DuplicateFinder.h"
+#include "Tools/Frame/ScanToolViewModel.h"
 
 #include <array>
 #include <cstdint>

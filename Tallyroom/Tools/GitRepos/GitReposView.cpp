@@ -1,6 +1,6 @@
 #include "Tools/GitRepos/GitReposView.h"
 
-#include "Tools/ToolStyles.h"
+#include "Tools/Frame/ToolStyles.h"
 
 namespace tallyroom {
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Tools/Frame/ListToolScreen.h"
 #include "Tools/GitRepos/GitReposViewModel.h"
-#include "Tools/ListToolScreen.h"
 
 namespace tallyroom {
 

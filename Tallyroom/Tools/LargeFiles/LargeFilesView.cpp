@@ -1,9 +1,9 @@
 #include "Tools/LargeFiles/LargeFilesView.h"
 
-#include "Components/FileKindPresentation.h"
-#include "Components/OptionMenu.h"
-#include "Tools/ToolHeader.h"
-#include "Tools/ToolStyles.h"
+#include "Controls/OptionMenu.h"
+#include "Theme/FileKindPresentation.h"
+#include "Tools/Frame/ToolHeader.h"
+#include "Tools/Frame/ToolStyles.h"
 
 namespace tallyroom {
 

@@ -1,8 +1,8 @@
 #include "Tools/LargeFiles/LargeFilesViewModel.h"
 
-#include "Bridge/NumberText.h"
 #include "Model/FileKind.h"
 #include "Settings/PersistedSettings.h"
+#include "Text/NumberText.h"
 
 namespace tallyroom {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tools/ListToolViewModel.h"
+#include "Tools/Frame/ListToolViewModel.h"
 
 #include <array>
 

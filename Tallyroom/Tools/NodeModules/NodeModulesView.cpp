@@ -1,11 +1,11 @@
 #include "Tools/NodeModules/NodeModulesView.h"
 
-#include "Bridge/SizeText.h"
-#include "Components/EntryTable.h"
-#include "Components/OptionMenu.h"
-#include "Components/Selection.h"
-#include "Tools/ToolHeader.h"
-#include "Tools/ToolStyles.h"
+#include "Controls/OptionMenu.h"
+#include "Rows/EntryTable.h"
+#include "Rows/Selection.h"
+#include "Text/SizeText.h"
+#include "Tools/Frame/ToolHeader.h"
+#include "Tools/Frame/ToolStyles.h"
 
 #include <algorithm>
 #include <iterator>

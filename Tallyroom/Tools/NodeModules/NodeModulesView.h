@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tools/ListToolScreen.h"
+#include "Tools/Frame/ListToolScreen.h"
 #include "Tools/NodeModules/NodeModulesViewModel.h"
 
 class QPushButton;

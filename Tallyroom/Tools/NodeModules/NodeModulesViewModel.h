@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Scanning/AgeThreshold.h"
-#include "Tools/ListToolViewModel.h"
+#include "Model/AgeThreshold.h"
+#include "Tools/Frame/ListToolViewModel.h"
 
 namespace tallyroom {
 

@@ -1,0 +1,140 @@
+#include "Rows/EntryTable.h"
+
+#include "Rows/EntryRowDelegate.h"
+#include "Rows/EntryTableHeader.h"
+
+#include <QScrollBar>
+
+#include <algorithm>
+#include <utility>
+
+namespace tallyroom {
+
+EntryTable::EntryTable(EntryTableStyle style, QWidget* parent)
+    : EntryTable(new EntryTableModel{std::move(style)}, parent)
+{}
+
+EntryTable::EntryTable(EntryTableModel* model, QWidget* parent)
+    : EntryRows(model, model->style().secondLine ? Theme::tallRowHeight : Theme::rowHeight, parent),
+      m_model(*model), m_header(new EntryTableHeader{this})
+{
+    setHorizontalHeader(m_header);
+    setItemDelegate(new EntryRowDelegate{m_model, *this});
+    connect(m_header, &QHeaderView::sectionClicked, this, &EntryTable::sortBy);
+    connect(model, &EntryTableModel::sortOrderChanged, this, &EntryTable::showSortOrder);
+    showSortOrder();
+    layOutColumns();
+}
+
+void EntryTable::layOutColumns()
+{
+    const int own = static_cast<int>(m_model.style().columns.size());
+    m_header->setMinimumSectionSize(Theme::checkColumnWidth);
+    m_header->setSectionResizeMode(QHeaderView::Fixed);
+    const int width = viewport()->width();
+    int rest = width - Theme::margin - Theme::checkColumnWidth;
+    // Where the room is small the size keeps its minimum, and a tool's own columns give way.
+    const bool isNarrow = width < Theme::narrowWidth;
+    const int sizeWidth = (isNarrow ? Theme::sizeColumnMinimum : Theme::sizeColumnIdeal) + trailingMargin();
+    rest -= sizeWidth;
+    for (int column = 0; column < own; ++column) {
+        const int wanted = m_model.style().columns[static_cast<std::size_t>(column)].width;
+        const bool fits = rest - wanted >= Theme::nameColumnMinimum;
+        setColumnHidden(EntryTableModel::firstOwnColumn + column, !fits);
+        setColumnWidth(EntryTableModel::firstOwnColumn + column, wanted);
+        rest -= fits ? wanted : 0;
+    }
+    setColumnWidth(EntryTableModel::checkColumn, Theme::margin + Theme::checkColumnWidth);
+    setColumnWidth(EntryTableModel::nameColumn, std::max(rest, Theme::checkColumnWidth));
+    setColumnWidth(m_model.sizeColumn(), sizeWidth);
+}
+
+void EntryTable::resizeEvent(QResizeEvent* event)
+{
+    EntryRows::resizeEvent(event);
+    layOutColumns();
+}
+
+void EntryTable::showSortOrder()
+{
+    const EntrySortOrder& order = m_model.sortOrder();
+    int column = m_model.sizeColumn();
+    switch (order.key) {
+    case EntrySortOrder::Key::name:
+        column = EntryTableModel::nameColumn;
+        break;
+    case EntrySortOrder::Key::column:
+        column = EntryTableModel::firstOwnColumn + static_cast<int>(order.column);
+        break;
+    case EntrySortOrder::Key::size:
+        break;
+    }
+    m_header->showSortOrder(column, order.isAscending);
+}
+
+void EntryTable::sortBy(int column)
+{
+    const std::optional<EntrySortOrder::Key> key = m_model.sortKey(column);
+    if (!key) {
+        return;
+    }
+    EntrySortOrder order{*key, 0, *key == EntrySortOrder::Key::name};
+    if (*key == EntrySortOrder::Key::column) {
+        order.column = static_cast<std::size_t>(column - EntryTableModel::firstOwnColumn);
+    }
+    if (const EntrySortOrder& shown = m_model.sortOrder();
+        shown.key == order.key && shown.column == order.column) {
+        order.isAscending = !shown.isAscending;
+    }
+    m_model.setSortOrder(order);
+}
+
+std::optional<int> EntryTable::anchorRow() const
+{
+    const auto isOnScreen = [this](int row) {
+        const int top = rowViewportPosition(row);
+        return row >= 0 && top + rowHeight(row) > 0 && top < viewport()->height();
+    };
+    if (verticalScrollBar()->value() == 0) {
+        return std::nullopt; // at the top the largest are shown, whichever they are
+    }
+    if (isOnScreen(currentRow())) {
+        return currentRow();
+    }
+    const int row = hoveredRow() >= 0 ? hoveredRow() : rowAt(0);
+    return isOnScreen(row) ? std::optional{row} : std::nullopt;
+}
+
+void EntryTable::rememberPlace()
+{
+    m_place = {m_model.rows(), {}, anchorRow(), 0};
+    if (currentRow() >= 0) {
+        m_place.currentRow = currentRow();
+    }
+    if (m_place.anchorRow) {
+        m_place.anchorTop = rowViewportPosition(*m_place.anchorRow);
+    }
+}
+
+int EntryTable::rowAfterChange(int row) const
+{
+    const auto found = m_model.rows().rowOf(m_place.rows, static_cast<std::size_t>(row));
+    // The neighbour takes the place of a row that went away, so that eyes and keyboard stay where they were.
+    return found ? static_cast<int>(*found) : std::min(row, m_model.rowCount() - 1);
+}
+
+void EntryTable::restorePlace()
+{
+    const bool isEmpty = m_model.rowCount() == 0;
+    const int current = isEmpty || !m_place.currentRow ? -1 : rowAfterChange(*m_place.currentRow);
+    makeCurrent(current);
+    if (m_place.anchorRow && !isEmpty) {
+        const int row =
+            m_place.anchorRow == m_place.currentRow ? current : rowAfterChange(*m_place.anchorRow);
+        executeDelayedItemsLayout();
+        verticalScrollBar()->setValue(verticalHeader()->sectionPosition(row) - m_place.anchorTop);
+    }
+    m_place = {};
+}
+
+} // namespace tallyroom

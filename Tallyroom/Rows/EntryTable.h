@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Rows/EntryRows.h"
+#include "Rows/EntryTableModel.h"
+
+#include <optional>
+
+namespace tallyroom {
+
+class EntryTableHeader;
+
+/// A table of entries to check, sort and enter; copies none of them. While a scan fills the list, the row
+/// that the reader has scrolled to keeps its place, and checks stay with their entries. Lists too long to be
+/// filtered or sorted within one turn are arranged on a thread of their own; the rows then follow a moment
+/// later. Main thread.
+class EntryTable : public EntryRows {
+    Q_OBJECT
+
+public:
+    explicit EntryTable(EntryTableStyle style, QWidget* parent = nullptr);
+
+    /// Shows `entries`, ranked by size, larger first. Meant to be called as often as a scan reports.
+    void setEntries(const EntryList& entries) { m_model.setEntries(entries); }
+
+    /// Shows only what `filter` accepts; everything when it is empty. Checks of hidden rows stay.
+    void setFilter(EntryTableModel::Filter filter) { m_model.setFilter(std::move(filter)); }
+
+    void setSortOrder(const EntrySortOrder& order) { m_model.setSortOrder(order); }
+
+    [[nodiscard]] const EntrySortOrder& sortOrder() const { return m_model.sortOrder(); }
+
+    /// The rows on screen, from the top; after a change of a long list those before it, until `rowsChanged`.
+    [[nodiscard]] const EntryArrangement& arrangement() const { return m_model.rows(); }
+
+protected:
+    void rememberPlace() override;
+    void restorePlace() override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    /// Where the reader is, for the time in which rows change.
+    struct Place {
+        EntryArrangement rows; ///< that the numbers below belong to
+        std::optional<int> currentRow;
+        std::optional<int> anchorRow; ///< the row that must stay where it is on screen
+        int anchorTop = 0;            ///< its top in the viewport
+    };
+
+    EntryTable(EntryTableModel* model, QWidget* parent);
+
+    void layOutColumns();
+    void showSortOrder();
+    void sortBy(int column);
+    [[nodiscard]] std::optional<int> anchorRow() const;
+    [[nodiscard]] int rowAfterChange(int row) const;
+
+    EntryTableModel& m_model;
+    EntryTableHeader* m_header;
+    Place m_place;
+};
+
+} // namespace tallyroom

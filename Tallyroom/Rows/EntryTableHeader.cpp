@@ -1,0 +1,130 @@
+#include "Rows/EntryTableHeader.h"
+
+#include "Theme/SymbolIcon.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace tallyroom {
+
+EntryTableHeader::EntryTableHeader(QWidget* parent) : QHeaderView(Qt::Horizontal, parent)
+{
+    setFixedHeight(Theme::headerHeight);
+    setSectionsClickable(true);
+    setHighlightSections(false);
+    setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    setFocusPolicy(Qt::TabFocus);
+}
+
+void EntryTableHeader::showSortOrder(int column, bool isAscending)
+{
+    m_sortColumn = column;
+    m_isAscending = isAscending;
+    // For assistive tools; what is seen is drawn below.
+    setSortIndicator(column, isAscending ? Qt::AscendingOrder : Qt::DescendingOrder);
+    nameChoice();
+    viewport()->update();
+}
+
+QString EntryTableHeader::title(int column) const
+{
+    return model()->headerData(column, orientation(), Qt::DisplayRole).toString();
+}
+
+/// Goes on to the next title that is on show; stays where there is none.
+void EntryTableHeader::moveChoice(int step)
+{
+    for (int place = visualIndex(m_chosenColumn) + step; place >= 0 && place < count(); place += step) {
+        const int column = logicalIndex(place);
+        if (!isSectionHidden(column) && !title(column).isEmpty()) {
+            m_chosenColumn = column;
+            nameChoice();
+            viewport()->update();
+            return;
+        }
+    }
+}
+
+/// What a screen reader says of the header: the title that the keyboard is on.
+void EntryTableHeader::nameChoice()
+{
+    if (m_chosenColumn < 0) {
+        return;
+    }
+    QString name = QStringLiteral("Trier par : ") + title(m_chosenColumn);
+    if (m_chosenColumn == m_sortColumn) {
+        name += m_isAscending ? QStringLiteral(", croissant") : QStringLiteral(", décroissant");
+    }
+    setAccessibleName(name);
+}
+
+void EntryTableHeader::keyPressEvent(QKeyEvent* event)
+{
+    switch (event->key()) {
+    case Qt::Key_Left:
+        moveChoice(-1);
+        break;
+    case Qt::Key_Right:
+        moveChoice(1);
+        break;
+    case Qt::Key_Space:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        Q_EMIT sectionClicked(m_chosenColumn);
+        break;
+    case Qt::Key_Down:
+        parentWidget()->setFocus();
+        break;
+    default:
+        event->ignore();
+    }
+}
+
+void EntryTableHeader::focusInEvent(QFocusEvent* event)
+{
+    // A narrower window may have taken the chosen column away.
+    if (m_chosenColumn < 0 || isSectionHidden(m_chosenColumn)) {
+        m_chosenColumn = m_sortColumn;
+    }
+    nameChoice();
+    QHeaderView::focusInEvent(event);
+    viewport()->update();
+}
+
+void EntryTableHeader::focusOutEvent(QFocusEvent* event)
+{
+    QHeaderView::focusOutEvent(event);
+    viewport()->update();
+}
+
+void EntryTableHeader::paintSection(QPainter* painter, const QRect& rect, int logicalIndex) const
+{
+    const Theme& theme = Theme::shared();
+    const bool isSorting = logicalIndex == m_sortColumn;
+    QFont font = theme.small();
+    font.setWeight(QFont::DemiBold);
+    painter->fillRect(rect, theme.colour(Theme::Colour::window));
+    painter->setFont(font);
+    painter->setPen(theme.colour(isSorting ? Theme::Colour::text : Theme::Colour::secondary));
+    const int mark = isSorting ? Theme::sortMarkSize + 4 : 0;
+    const QFontMetrics metrics{font};
+    const QString shown = metrics.elidedText(title(logicalIndex), Qt::ElideRight, rect.width() - mark);
+    painter->drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, shown);
+    if (hasFocus() && logicalIndex == m_chosenColumn) {
+        const int width = metrics.horizontalAdvance(shown) + mark;
+        painter->setPen(theme.colour(Theme::Colour::accent));
+        painter->drawRoundedRect(QRectF{rect.x() - 4.5, rect.y() + 3.5, width + 9.0, rect.height() - 7.0},
+                                 Theme::badgeRadius, Theme::badgeRadius);
+    }
+    if (isSorting) {
+        const QRect place{rect.x() + metrics.horizontalAdvance(shown) + 4, rect.y(), Theme::sortMarkSize,
+                          rect.height()};
+        SymbolIcon::paint(*painter, place, m_isAscending ? "chevron.up" : "chevron.down",
+                          theme.colour(Theme::Colour::text), Theme::sortMarkSize);
+    }
+    painter->setPen(theme.colour(Theme::Colour::line));
+    painter->drawLine(rect.bottomLeft(), rect.bottomRight());
+}
+
+} // namespace tallyroom

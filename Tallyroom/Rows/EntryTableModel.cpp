@@ -1,0 +1,172 @@
+#include "Rows/EntryTableModel.h"
+
+#include "Text/FileUrlText.h"
+#include "Text/SizeText.h"
+#include "Theme/FileKindPresentation.h"
+
+namespace tallyroom {
+
+EntryTableModel::EntryTableModel(EntryTableStyle style, QObject* parent)
+    : EntryRowsModel(parent), m_style(std::move(style))
+{
+    m_request.name = m_style.name;
+    connect(&m_arranger, &EntryArranger::arranged, this, &EntryTableModel::takeRows);
+}
+
+void EntryTableModel::setEntries(const EntryList& entries)
+{
+    if (entries.isSameSnapshot(m_request.entries)) {
+        return;
+    }
+    m_request.entries = entries;
+    // An emptied list means another folder: rows of the old one must not come any more.
+    arrange(entries.empty() ? EntryArranger::Running::stops : EntryArranger::Running::finishes);
+}
+
+void EntryTableModel::setFilter(Filter filter)
+{
+    m_request.filter = std::move(filter);
+    arrange(EntryArranger::Running::stops);
+}
+
+void EntryTableModel::setSortOrder(const EntrySortOrder& order)
+{
+    if (order == m_request.order) {
+        return;
+    }
+    m_request.order = order;
+    m_request.sortKey = nullptr;
+    if (order.key == EntrySortOrder::Key::column && order.column < m_style.columns.size()) {
+        m_request.sortKey = m_style.columns[order.column].sortKey;
+    }
+    Q_EMIT sortOrderChanged();
+    arrange(EntryArranger::Running::stops);
+}
+
+void EntryTableModel::arrange(EntryArranger::Running running)
+{
+    m_arranger.arrange(m_request, running);
+}
+
+void EntryTableModel::takeRows(const EntryArrangement& rows)
+{
+    replaceRows(rowCount(), static_cast<int>(rows.rowCount()), [&] {
+        m_rows = rows;
+        selection().follow(rows.entries(), rows.shown(), rows.shownBytes());
+    });
+}
+
+std::optional<EntrySortOrder::Key> EntryTableModel::sortKey(int column) const
+{
+    if (column == nameColumn) {
+        return EntrySortOrder::Key::name;
+    }
+    if (column == sizeColumn()) {
+        return EntrySortOrder::Key::size;
+    }
+    if (column >= firstOwnColumn &&
+        m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].sortKey) {
+        return EntrySortOrder::Key::column;
+    }
+    return std::nullopt;
+}
+
+std::string EntryTableModel::shownName(const Entry& entry) const
+{
+    return m_style.name ? m_style.name(entry) : entry.name;
+}
+
+QString EntryTableModel::nameText(const Entry& entry) const
+{
+    return FileUrlText::display(shownName(entry));
+}
+
+int EntryTableModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.rowCount());
+}
+
+int EntryTableModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : sizeColumn() + 1;
+}
+
+QVariant EntryTableModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= rowCount()) {
+        return {};
+    }
+    const Entry& entry = this->entry(index.row());
+    if (role == Qt::DisplayRole) {
+        return text(entry, index.column());
+    }
+    if (role == Qt::AccessibleTextRole) {
+        return accessibleText(index.row(), index.column());
+    }
+    if (role == Qt::CheckStateRole && index.column() == checkColumn) {
+        return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
+    }
+    return {};
+}
+
+QString EntryTableModel::text(const Entry& entry, int column) const
+{
+    if (column == checkColumn) {
+        return {};
+    }
+    if (column == nameColumn) {
+        return nameText(entry);
+    }
+    if (column == sizeColumn()) {
+        return sizeText(entry.sizeBytes);
+    }
+    return m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].text(entry);
+}
+
+QString EntryTableModel::accessibleText(int row, int column) const
+{
+    const Entry& entry = this->entry(row);
+    if (column == checkColumn) {
+        return accessibleCheckBox(nameText(entry));
+    }
+    if (column != nameColumn) {
+        return text(entry, column);
+    }
+    // The name cell is the current one: it speaks for the whole row.
+    QStringList parts{nameText(entry), displayName(FileKind::of(entry))};
+    if (m_style.badges) {
+        for (const EntryBadge& badge : m_style.badges(entry)) {
+            parts += badge.text;
+        }
+    }
+    if (m_style.secondLine) {
+        parts += m_style.secondLine(entry);
+    }
+    for (int other = firstOwnColumn; other <= sizeColumn(); ++other) {
+        parts += text(entry, other);
+    }
+    parts += accessibleCheck(row);
+    return parts.join(QStringLiteral(", "));
+}
+
+QVariant EntryTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal) {
+        return {};
+    }
+    if (role == Qt::AccessibleTextRole && section == checkColumn) {
+        return QStringLiteral("Coché");
+    }
+    if ((role != Qt::DisplayRole && role != Qt::AccessibleTextRole) || section == checkColumn) {
+        return {};
+    }
+    if (section == nameColumn) {
+        return m_style.firstColumnTitle;
+    }
+    if (section == sizeColumn()) {
+        return QStringLiteral("Taille");
+    }
+    return m_style.columns[static_cast<std::size_t>(section - firstOwnColumn)].title;
+}
+
+} // namespace tallyroom

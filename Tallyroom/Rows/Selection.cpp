@@ -1,0 +1,138 @@
+#include "Rows/Selection.h"
+
+#include <utility>
+
+namespace tallyroom {
+
+namespace {
+
+/// Calls `visit` with the positions of all entries of `part` in `part` and in `whole`, in which they stand in
+/// the same order; false where they do not.
+template <class Visit>
+bool matchPart(const EntryList& part, const EntryList& whole, const Visit& visit)
+{
+    std::uint32_t found = 0;
+    for (std::uint32_t place = 0; place < whole.size() && found < part.size(); ++place) {
+        const Entry& wanted = part[found];
+        if (const Entry& entry = whole[place]; &entry == &wanted || entry.url == wanted.url) {
+            visit(found++, place);
+        }
+    }
+    return found == part.size();
+}
+
+} // namespace
+
+void Selection::follow(const EntryList& entries, PositionSet shown, std::int64_t shownBytes)
+{
+    const EntryList earlier = std::exchange(m_entries, entries);
+    m_shown = std::move(shown);
+    m_shownCount = m_shown.count();
+    m_shownBytes = shownBytes;
+    if (!entries.isSameSnapshot(earlier)) {
+        if (!m_checked.empty()) {
+            moveChecks(earlier);
+        }
+        findAbsent();
+    }
+    recount();
+}
+
+/// A list that grew or shrank keeps its order, and to compare neighbours costs least.
+void Selection::moveChecks(const EntryList& earlier)
+{
+    const PositionSet before = std::exchange(m_checked, {});
+    const bool hasGrown = earlier.size() <= m_entries.size();
+    const auto move = [&](std::uint32_t from, std::uint32_t to) {
+        if (before.contains(from)) {
+            m_checked.insert(to);
+        }
+    };
+    const bool isMoved =
+        !m_entries.empty() &&
+        (hasGrown
+             ? matchPart(earlier, m_entries, move)
+             : matchPart(m_entries, earlier, [&](std::uint32_t to, std::uint32_t from) { move(from, to); }));
+    if (!isMoved) {
+        m_checked = {};
+        before.forEach([&](std::uint32_t position) { m_absent.insert(earlier[position].url); });
+    }
+}
+
+void Selection::findAbsent()
+{
+    for (std::uint32_t position = 0; position < m_entries.size() && !m_absent.empty(); ++position) {
+        if (m_absent.erase(m_entries[position].url) > 0) {
+            m_checked.insert(position);
+        }
+    }
+}
+
+void Selection::recount()
+{
+    const PositionSet checked = m_checked & m_shown;
+    m_count = checked.count();
+    // The fewer sizes are looked up: all of a long list but one costs as little as one.
+    m_bytes = m_count <= m_shownCount / 2 ? sum(checked) : m_shownBytes - sum(m_shown - m_checked);
+}
+
+std::int64_t Selection::sum(const PositionSet& positions) const
+{
+    std::int64_t bytes = 0;
+    positions.forEach(
+        [&](std::uint32_t position) { bytes = checkedSum(bytes, m_entries[position].sizeBytes); });
+    return bytes;
+}
+
+std::vector<Entry> Selection::checkedEntries() const
+{
+    std::vector<Entry> checked;
+    checked.reserve(m_count);
+    (m_checked & m_shown).forEach([&](std::uint32_t position) { checked.push_back(m_entries[position]); });
+    return checked;
+}
+
+Selection::Urls Selection::urls() const
+{
+    Urls urls = m_absent;
+    m_checked.forEach([&](std::uint32_t position) { urls.insert(m_entries[position].url); });
+    return urls;
+}
+
+void Selection::toggle(std::uint32_t position)
+{
+    PositionSet one;
+    one.insert(position);
+    contains(position) ? m_checked -= one : m_checked |= one;
+    recount();
+    Q_EMIT changed(position);
+}
+
+void Selection::toggle(const FileUrl& url)
+{
+    for (std::uint32_t position = 0; position < m_entries.size(); ++position) {
+        if (m_entries[position].url == url) {
+            toggle(position);
+            return;
+        }
+    }
+}
+
+void Selection::assign(const PositionSet& among, const PositionSet& checked)
+{
+    m_checked -= among;
+    m_checked |= checked;
+    recount();
+    Q_EMIT changed(std::nullopt);
+}
+
+void Selection::setUrls(Urls urls)
+{
+    m_absent = std::move(urls);
+    m_checked = {};
+    findAbsent();
+    recount();
+    Q_EMIT changed(std::nullopt);
+}
+
+} // namespace tallyroom

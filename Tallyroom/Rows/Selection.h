@@ -1,0 +1,99 @@
+#pragma once
+
+#include "Model/EntryList.h"
+#include "Rows/PositionSet.h"
+
+#include <QObject>
+
+#include <optional>
+#include <unordered_set>
+
+namespace tallyroom {
+
+/// The checked entries of the list on screen, known by their positions. Rows, tiles, the selection bar and
+/// deletions all look at this one object. Count, sum and `setAll` are about the entries that the filter lets
+/// through; the checks of the others stay. Main thread.
+class Selection : public QObject {
+    Q_OBJECT
+
+public:
+    using Urls = std::unordered_set<FileUrl>;
+
+    using QObject::QObject;
+
+    /// Other entries are listed, or others of them are shown, whose sizes add up to `shownBytes`. Checks stay
+    /// with their entries; those that `entries` lacks are remembered by location until `forgetAbsent`, but
+    /// forgotten where a list only shrank. Sends no signal. O(n) where entries came or went and some are
+    /// checked.
+    void follow(const EntryList& entries, PositionSet shown, std::int64_t shownBytes);
+
+    /// Forgets the checks of entries that a complete list lacks.
+    void forgetAbsent() { m_absent.clear(); }
+
+    /// The list that positions belong to.
+    [[nodiscard]] const EntryList& entries() const { return m_entries; }
+
+    [[nodiscard]] bool contains(std::uint32_t position) const { return m_checked.contains(position); }
+
+    /// The same for a position in a list that may be an older one, of which nothing is known.
+    [[nodiscard]] bool contains(const EntryList& entries, std::uint32_t position) const
+    {
+        return contains(position) && entries.isSameSnapshot(m_entries);
+    }
+
+    /// Those of `positions` that are checked.
+    [[nodiscard]] PositionSet checkedOf(const PositionSet& positions) const { return m_checked & positions; }
+
+    /// How many shown entries are checked, and the sum of their sizes in bytes.
+    [[nodiscard]] std::size_t count() const { return m_count; }
+
+    [[nodiscard]] std::int64_t bytes() const { return m_bytes; }
+
+    /// The shown entries that are checked, in the order of the list.
+    [[nodiscard]] std::vector<Entry> checkedEntries() const;
+
+    /// The locations of all checked entries, hidden and absent ones included.
+    [[nodiscard]] Urls urls() const;
+
+    void toggle(std::uint32_t position);
+
+    /// The same for an entry known by its location. O(n).
+    void toggle(const FileUrl& url);
+
+    /// Of the positions in `among` exactly those in `checked` are checked afterwards.
+    void assign(const PositionSet& among, const PositionSet& checked);
+
+    void setRange(const PositionSet& range, bool isChecked)
+    {
+        assign(range, isChecked ? range : PositionSet{});
+    }
+
+    /// Checks all that is shown.
+    void setAll() { assign(m_shown, m_shown); }
+
+    void clear() { setUrls({}); }
+
+    /// Checks exactly these. O(n).
+    void setUrls(Urls urls);
+
+Q_SIGNALS:
+    /// The check of the entry at that position changed; without a position many may have.
+    void changed(std::optional<std::uint32_t> position);
+
+private:
+    void moveChecks(const EntryList& earlier);
+    void findAbsent();
+    void recount();
+    [[nodiscard]] std::int64_t sum(const PositionSet& positions) const;
+
+    EntryList m_entries;
+    PositionSet m_shown;
+    std::size_t m_shownCount = 0;
+    std::int64_t m_shownBytes = 0;
+    PositionSet m_checked;
+    Urls m_absent;
+    std::size_t m_count = 0;
+    std::int64_t m_bytes = 0;
+};
+
+} // namespace tallyroom

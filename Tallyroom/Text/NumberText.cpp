@@ -1,0 +1,38 @@
+#include "Text/NumberText.h"
+
+#include "Text/SizeFormatter.h"
+
+#include <QLocale>
+
+#include <cmath>
+
+namespace tallyroom::NumberText {
+
+QString grouped(std::int64_t count)
+{
+    return QLocale{QLocale::French}.toString(static_cast<qlonglong>(count));
+}
+
+QString percentage(double share)
+{
+    const auto thousandths = std::lround(share * 1000);
+    if (thousandths == 0) {
+        return {};
+    }
+    return QStringLiteral("%1%2%3 %")
+        .arg(thousandths / 10)
+        .arg(QString::fromStdString(SizeFormatter::decimalSeparator()))
+        .arg(thousandths % 10);
+}
+
+QString files(std::int64_t count)
+{
+    return grouped(count) + (count < 2 ? QStringLiteral(" fichier") : QStringLiteral(" fichiers"));
+}
+
+QString examinedFiles(std::int64_t count)
+{
+    return files(count) + (count < 2 ? QStringLiteral(" examiné") : QStringLiteral(" examinés"));
+}
+
+} // namespace tallyroom::NumberText

@@ -1,0 +1,85 @@
+#include "Text/VolumeText.h"
+
+#include "Text/FileUrlText.h"
+#include "Text/SizeText.h"
+
+#include <QStringList>
+
+#include <cmath>
+
+namespace tallyroom::VolumeText {
+
+namespace {
+
+QString percentage(const VolumeUsage& volume)
+{
+    return QStringLiteral("%1 %").arg(std::lround(volume.usedFraction() * 100));
+}
+
+} // namespace
+
+bool isNearlyFull(const VolumeUsage& volume)
+{
+    return volume.usedFraction() >= nearlyFull;
+}
+
+QString size(std::int64_t bytes)
+{
+    return sizeText(bytes);
+}
+
+QString fill(const VolumeUsage& volume)
+{
+    if (!isNearlyFull(volume)) {
+        return percentage(volume);
+    }
+    return volume.availableBytes < 1 ? QStringLiteral("plein") : QStringLiteral("presque plein");
+}
+
+QString name(const VolumeUsage& volume)
+{
+    const QStringList parts{
+        FileUrlText::display(volume.name), FileUrlText::display(volume.url),
+        QStringLiteral("%1 utilisés sur %2").arg(size(volume.usedBytes()), size(volume.totalBytes)),
+        QStringLiteral("%1 disponibles").arg(size(volume.availableBytes))};
+    return parts.join(QStringLiteral(", "));
+}
+
+QString description(const VolumeUsage& volume, bool isMain)
+{
+    QStringList parts;
+    if (isMain) {
+        parts << QStringLiteral("Volume principal");
+    }
+    parts << (volume.isInternal ? QStringLiteral("disque interne") : QStringLiteral("volume externe"));
+    parts << percentage(volume) + QStringLiteral(" utilisés");
+    if (isNearlyFull(volume)) {
+        parts << fill(volume);
+    }
+    return parts.join(QStringLiteral(", ")) + QStringLiteral(". S’ouvre dans « Espace disque ».");
+}
+
+QString toolTip(const VolumeUsage& volume)
+{
+    return QStringLiteral(
+               "<qt><b>%1</b><br><nobr>%2 · %3 utilisés</nobr><br><nobr>Cliquer pour l’ouvrir dans "
+               "« Espace disque »</nobr></qt>")
+        .arg(FileUrlText::display(volume.url).toHtmlEscaped(),
+             volume.isInternal ? QStringLiteral("Disque interne") : QStringLiteral("Volume externe"),
+             percentage(volume));
+}
+
+QString unanswered(std::int64_t count, bool mayStillAnswer)
+{
+    if (count < 1) {
+        return {};
+    }
+    if (mayStillAnswer) {
+        return count == 1 ? QStringLiteral("1 volume n’a pas encore répondu…")
+                          : QStringLiteral("%1 volumes n’ont pas encore répondu…").arg(count);
+    }
+    return count == 1 ? QStringLiteral("1 volume ne répond pas.")
+                      : QStringLiteral("%1 volumes ne répondent pas.").arg(count);
+}
+
+} // namespace tallyroom::VolumeText

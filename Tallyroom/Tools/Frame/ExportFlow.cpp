@@ -1,0 +1,123 @@
+#include "Tools/Frame/ExportFlow.h"
+
+#include "Bridge/AskApart.h"
+#include "FileSystem/WholeFile.h"
+#include "Text/FileUrlText.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QThreadPool>
+
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace tallyroom {
+
+namespace {
+
+using Written = std::function<void(const FileUrl& file)>;
+using Text = std::function<std::string()>;
+
+void tellFailure(QWidget* parent, const FileUrl& file, const std::string& reason)
+{
+    auto* const box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Exporter en CSV"),
+                                      QStringLiteral("« %1 » n’a pas pu être écrit.\n\n%2")
+                                          .arg(FileUrlText::display(file), QString::fromStdString(reason)),
+                                      QMessageBox::Ok, parent);
+    box->setTextFormat(Qt::PlainText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+/// Makes and writes the text on a thread that the end of the program waits for; `parent` may be gone before
+/// it has ended.
+void writeApart(const QPointer<QWidget>& parent, const Text& text, const FileUrl& file,
+                const Written& written)
+{
+    QThreadPool::globalInstance()->start([parent, text, file, written] {
+        const auto outcome = WholeFile::write(file, text());
+        QMetaObject::invokeMethod(qApp, [parent, file, written, outcome] {
+            if (parent == nullptr) {
+                return;
+            }
+            if (outcome) {
+                written(file);
+            } else {
+                tellFailure(parent, file, outcome.error().message());
+            }
+        });
+    });
+}
+
+/// Where the link at `file` leads, as it is written there; nothing when it is no link.
+std::optional<std::string> destination(const FileUrl& file)
+{
+    std::error_code error;
+    const auto target = std::filesystem::read_symlink(file.path(), error);
+    return error ? std::nullopt : std::optional{target.string()};
+}
+
+void askToReplaceLink(QWidget* parent, const FileUrl& file, const std::string& target,
+                      const std::function<void()>& write)
+{
+    auto* const box = new QMessageBox(
+        QMessageBox::Warning, QStringLiteral("Exporter en CSV"),
+        QStringLiteral(
+            "« %1 » est un lien vers « %2 ».\n\nRemplacer le lien par la liste ? Ce vers quoi il mène "
+            "reste tel quel.")
+            .arg(FileUrlText::display(file), FileUrlText::display(target)),
+        QMessageBox::NoButton, parent);
+    box->setTextFormat(Qt::PlainText);
+    auto* const replace = box->addButton(QStringLiteral("Remplacer le lien"), QMessageBox::AcceptRole);
+    box->setDefaultButton(box->addButton(QStringLiteral("Annuler"), QMessageBox::RejectRole));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(replace, &QAbstractButton::clicked, box, write);
+    box->open();
+}
+
+void exportTo(QWidget* parent, const FileUrl& file, const Text& text, const Written& written)
+{
+    const auto write = [parent = QPointer{parent}, text, file, written] {
+        writeApart(parent, text, file, written);
+    };
+    askApart<std::optional<std::string>>(
+        parent, [file] { return destination(file); },
+        [parent, file, write](const std::optional<std::string>& target) {
+            if (target) {
+                askToReplaceLink(parent, file, *target, write);
+            } else {
+                write();
+            }
+        });
+}
+
+} // namespace
+
+void exportAsCSV(QWidget* parent, std::function<std::string()> text, const QString& defaultName,
+                 std::function<void(const FileUrl& file)> written)
+{
+    const QDir documents{QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)};
+    auto* const dialog = new QFileDialog(parent, QStringLiteral("Exporter en CSV"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setNameFilter(QStringLiteral("Valeurs séparées par des virgules (*.csv)"));
+    dialog->setDefaultSuffix(QStringLiteral("csv"));
+    dialog->setDirectory(documents);
+    // A name may hold what separates folders only when it is "/", the root's own.
+    dialog->selectFile(QString{defaultName}.replace(QLatin1Char{'/'}, QLatin1Char{'_'}) +
+                       QStringLiteral(".csv"));
+    QObject::connect(dialog, &QFileDialog::fileSelected, parent,
+                     [parent, text = std::move(text), written = std::move(written)](const QString& path) {
+                         exportTo(parent, FileUrlText::fromFileName(path), text, written);
+                     });
+    dialog->open();
+}
+
+} // namespace tallyroom

@@ -1,0 +1,93 @@
+#include "Tools/Frame/ListToolScreen.h"
+
+#include "Rows/EntryTable.h"
+#include "Text/CSVExport.h"
+#include "Text/SizeText.h"
+#include "Tools/Frame/ToolHeader.h"
+
+namespace tallyroom {
+
+namespace {
+
+/// The table's rows from the top.
+std::string exportedRows(const EntryArrangement& rows)
+{
+    std::string text{CSVExport::header};
+    for (std::size_t row = 0; row < rows.rowCount(); ++row) {
+        text.append("\n").append(CSVExport::line(rows.entry(row)));
+    }
+    return text;
+}
+
+} // namespace
+
+ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, QWidget* parent)
+    : ListToolScreen(tool, style, new EntryTable(style.table), parent)
+{}
+
+ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table,
+                               QWidget* parent)
+    : ToolScreen(tool, style, table, parent), m_list(tool), m_table(table)
+{
+    connect(&tool, &ListToolViewModel::entriesChanged, this, [this] { showEntries(); });
+    connect(&tool, &ListToolViewModel::scanCompletedChanged, this, [this] { showProgress(); });
+    connect(&tool, &ListToolViewModel::scanTotalChanged, this, [this] { showProgress(); });
+    connect(&tool, &ListToolViewModel::isDiscoveringChanged, this, [this] { showProgress(); });
+    connect(&tool, &ListToolViewModel::categoryChanged, this, [this] { showFilter(); });
+    if (!style.categories.empty()) {
+        addChips(style.categories);
+    }
+}
+
+void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
+{
+    m_chips = new CategoryChips(chips);
+    header().addRow(m_chips);
+    connect(m_chips, &CategoryChips::chosen, &m_list, &ListToolViewModel::setCategory);
+    connect(&m_list, &FolderTool::stateChanged, m_chips, [this] { showChips(); });
+    connect(&m_list, &ScanToolViewModel::rootURLChanged, m_chips, [this] { m_chips->showCounts({}, true); });
+}
+
+QString ListToolScreen::summary() const
+{
+    const EntryArrangement& rows = m_table->arrangement();
+    QString text = counted(rows.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
+                   sizeText(rows.totalBytes());
+    if (m_list.isFiltering()) {
+        text += QStringLiteral(" · ") + counted(rows.rowCount(), QStringLiteral("affiché")) +
+                QStringLiteral(" · ") + sizeText(rows.shownBytes());
+    }
+    return text;
+}
+
+void ListToolScreen::showEntries()
+{
+    m_table->setEntries(m_list.entries());
+    showChips();
+    ToolScreen::showEntries();
+}
+
+void ListToolScreen::showChips()
+{
+    if (m_chips != nullptr) {
+        m_chips->showCounts(m_list.categoryCounts(), !m_list.isScanning());
+    }
+}
+
+void ListToolScreen::showFilter()
+{
+    m_table->setFilter(m_list.filter());
+    if (m_chips != nullptr) {
+        m_chips->showChoice(m_list.category());
+    }
+    ToolScreen::showFilter();
+}
+
+void ListToolScreen::exportEntries()
+{
+    if (m_table->hasRows()) {
+        exportText([rows = m_table->arrangement()] { return exportedRows(rows); });
+    }
+}
+
+} // namespace tallyroom

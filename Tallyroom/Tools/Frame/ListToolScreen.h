@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Controls/CategoryChips.h"
+#include "Rows/EntryTableStyle.h"
+#include "Tools/Frame/ListToolViewModel.h"
+#include "Tools/Frame/ToolScreen.h"
+
+namespace tallyroom {
+
+class EntryTable;
+
+/// What a list tool's screen says of itself and of its rows.
+struct ListToolStyle : ToolScreenStyle {
+    EntryTableStyle table;
+    /// The categories that the list can be narrowed down to, for tools that know some.
+    std::vector<CategoryChips::Chip> categories{};
+};
+
+/// The screen of a tool that lists entries in a table. Main thread.
+class ListToolScreen : public ToolScreen {
+    Q_OBJECT
+
+public:
+    /// `tool` must outlive the screen.
+    ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, QWidget* parent = nullptr);
+
+    void exportEntries() override;
+
+protected:
+    [[nodiscard]] EntryTable& table() const { return *m_table; }
+
+    [[nodiscard]] QString summary() const override;
+    void showEntries() override;
+    void showFilter() override;
+
+private:
+    void showChips();
+    void addChips(const std::vector<CategoryChips::Chip>& chips);
+    ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table, QWidget* parent);
+
+    ListToolViewModel& m_list;
+    EntryTable* m_table;
+    CategoryChips* m_chips = nullptr; // where the tool knows categories
+};
+
+} // namespace tallyroom

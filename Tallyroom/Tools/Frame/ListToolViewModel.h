@@ -1,0 +1,128 @@
+#pragma once
+
+#include "Bridge/StreamPump.h"
+#include "Deletion/RemovedPlaces.h"
+#include "Model/Category.h"
+#include "Scanning/FileScanner.h"
+#include "Tools/Frame/ScanToolViewModel.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+namespace tallyroom {
+
+/// What all tools that list entries have in common: the list and how a scan fills it, the filter, deletion
+/// and undo. A tool adds `startStream` and what only it knows. Main thread.
+class ListToolViewModel : public ScanToolViewModel {
+    Q_OBJECT
+    Q_PROPERTY(tallyroom::EntryList entries READ entries NOTIFY entriesChanged)
+    Q_PROPERTY(std::int64_t scanCompleted READ scanCompleted NOTIFY scanCompletedChanged)
+    Q_PROPERTY(std::int64_t scanTotal READ scanTotal NOTIFY scanTotalChanged)
+    Q_PROPERTY(bool isDiscovering READ isDiscovering NOTIFY isDiscoveringChanged)
+
+public:
+    /// What the search text is looked for in.
+    enum class FilterSubject { name, path };
+    /// Whether a scan begins by looking for its work items.
+    enum class ScanBeginning { measuring, discovering };
+
+    /// The results, in the order in which the scan delivers them.
+    [[nodiscard]] const EntryList& entries() const { return m_entries; }
+
+    [[nodiscard]] std::int64_t scanCompleted() const { return m_scanCompleted; }
+
+    [[nodiscard]] std::int64_t scanTotal() const { return m_scanTotal; }
+
+    [[nodiscard]] bool isDiscovering() const { return m_isDiscovering; }
+
+    /// The category that the list is narrowed down to; none: all are shown. Forgotten with the root.
+    [[nodiscard]] const std::optional<std::string>& category() const { return m_category; }
+
+    void setCategory(const std::optional<std::string>& category);
+
+    /// How many `entries` there are of each category; none where the tool knows no categories.
+    [[nodiscard]] CategoryCounts categoryCounts() const;
+
+    [[nodiscard]] bool isFiltering() const override;
+    void clearFilter() override;
+
+    /// Whether an entry contains the search text and is of the category; empty while there is neither. A copy
+    /// of what it needs: it may be called on any thread.
+    [[nodiscard]] std::function<bool(const Entry&)> filter() const;
+
+    /// `entries` that the filter lets through, in the same order. Linear in the list.
+    [[nodiscard]] EntryList filteredEntries() const;
+
+    /// The bytes of all `entries`, also of those that the filter hides. Linear in the list.
+    [[nodiscard]] std::int64_t totalSize() const;
+
+    /// scanCompleted / scanTotal; 0 while the total is not known.
+    [[nodiscard]] double scanFraction() const;
+
+    [[nodiscard]] ScanLine scanLine() const override;
+
+    [[nodiscard]] bool hasProgress() const override { return m_scanTotal > 0 || m_isDiscovering; }
+
+    [[nodiscard]] std::size_t entryCount() const override { return m_entries.size(); }
+
+    void forEachEntry(const Visitor& visit) const override;
+    void forEachShown(const Visitor& visit) const override;
+
+    [[nodiscard]] QString scanReport() const override;
+
+Q_SIGNALS:
+    void entriesChanged();
+    void scanCompletedChanged();
+    void scanTotalChanged();
+    void isDiscoveringChanged();
+    void categoryChanged();
+
+protected:
+    /// `deletions` must outlive the view model; `categoryOf` is for tools that know categories.
+    ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning, DeletionRunner& deletions,
+                      CategoryOf categoryOf = {});
+
+    /// Starts the scan that fills the list; called with a root folder set and no scan running.
+    [[nodiscard]] virtual FileScanner::ScanStream startStream() = 0;
+
+    void startScan(PropertyUpdate& update) override;
+    void dropScan(PropertyUpdate& update) override;
+    void rootChosen(PropertyUpdate& update) override;
+
+    /// Whether an item that is back belongs to the list for sure, also one that was never listed.
+    [[nodiscard]] virtual bool lists(const Entry& /*entry*/) const { return false; }
+
+    void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
+    void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;
+    void measureAgain(const UrlSet& folders) override;
+
+private:
+    void receive(const ScanProgress& record);
+    /// What folders were found to take up when they were measured again.
+    using Sizes = std::unordered_map<FileUrl, std::int64_t>;
+
+    void startMeasuring();
+    void showSizes(const Sizes& sizes);
+    [[nodiscard]] EntryList amended(const EntryList& found) const;
+
+    FilterSubject m_filterSubject;
+    ScanBeginning m_beginning;
+    CategoryOf m_categoryOf;
+    std::optional<std::string> m_category;
+    EntryList m_entries;
+    std::int64_t m_scanCompleted = 0;
+    std::int64_t m_scanTotal = 0;
+    bool m_isDiscovering = false;
+    std::optional<SystemError> m_unread; // of the running scan
+    std::vector<Entry> m_taken;          // left this list since it began to fill
+    // While the list fills:
+    RemovedPlaces m_removed;       // deleted meanwhile: the scan may still report them
+    std::vector<Entry> m_restored; // put back meanwhile: the scan may have passed them by
+    std::unique_ptr<StreamPump<ScanProgress>> m_pump;
+    UrlSet m_unmeasured; // listed folders whose size is another one by now
+    std::unique_ptr<StreamPump<Sizes>> m_measuring;
+};
+
+} // namespace tallyroom

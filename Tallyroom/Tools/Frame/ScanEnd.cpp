@@ -1,0 +1,20 @@
+#include "Tools/Frame/ScanEnd.h"
+
+namespace tallyroom {
+
+QString ScanEnd::emptyText(const QString& none) const
+{
+    switch (kind) {
+    case Kind::complete:
+        return none;
+    case Kind::none:
+    case Kind::stopped:
+        return QStringLiteral("Rien n’a été trouvé avant l’arrêt de l’analyse.");
+    case Kind::unread:
+        break;
+    }
+    const QString why = QString::fromStdString(cause.message());
+    return QStringLiteral("Ce dossier ne peut pas être lu : ") + why.left(1).toLower() + why.mid(1);
+}
+
+} // namespace tallyroom

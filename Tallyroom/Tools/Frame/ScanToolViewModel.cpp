@@ -1,0 +1,270 @@
+#include "Tools/Frame/ScanToolViewModel.h"
+
+#include "Scanning/FileScanner.h"
+#include "Settings/RecentFolders.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace tallyroom {
+
+namespace {
+
+/// What a stopped undo has left in the trash; nothing when it went to its end, whatever failed.
+std::optional<UndoableDeletion> remainder(const UndoableDeletion& undone, const RemovalOutcome& outcome)
+{
+    if (outcome.notBegun == 0) {
+        return std::nullopt;
+    }
+    UndoableDeletion left;
+    left.trashed.assign(undone.trashed.end() - static_cast<std::ptrdiff_t>(outcome.notBegun),
+                        undone.trashed.end());
+    UrlSet places;
+    std::ranges::transform(left.trashed, std::inserter(places, places.end()),
+                           &FileRemover::TrashedItem::original);
+    std::ranges::copy_if(undone.entries, std::back_inserter(left.entries),
+                         [&places](const Entry& entry) { return places.contains(entry.url); });
+    return left;
+}
+
+} // namespace
+
+ScanToolViewModel::ScanToolViewModel(DeletionRunner& deletions) : m_deletions(deletions)
+{
+    connect(&deletions, &DeletionRunner::diskChanged, this, &ScanToolViewModel::follow);
+}
+
+void ScanToolViewModel::refresh()
+{
+    if (m_rootURL) {
+        FileScanner::invalidateCache(*m_rootURL);
+        scan();
+    }
+}
+
+void ScanToolViewModel::setSearchText(const QString& text)
+{
+    if (assignIfChanged(m_searchText, text)) {
+        searchTextChosen();
+        Q_EMIT searchTextChanged();
+    }
+}
+
+void ScanToolViewModel::handleImport(const FolderChoice& choice)
+{
+    if (choice && !choice->empty()) {
+        open(choice->front());
+        return;
+    }
+    // What an earlier scan found stays, but nothing may pull the message away from under the reader.
+    PropertyUpdate update{this};
+    if (isScanning()) {
+        m_scanEnd = ScanEnd::stopped();
+    }
+    dropScan(update);
+    update.assign(m_state,
+                  ToolState::error(choice ? QStringLiteral("Aucun dossier sélectionné.")
+                                          : QStringLiteral("Sélection impossible : ") + choice.error()),
+                  &ScanToolViewModel::stateChanged);
+}
+
+void ScanToolViewModel::open(FileUrl root)
+{
+    m_scope.reset();
+    m_scope = SecurityScope::take(root);
+    RecentFolders::shared().add(root);
+    PropertyUpdate update{this};
+    update.assign(m_rootURL, std::move(root), &ScanToolViewModel::rootURLChanged);
+    rootChosen(update);
+    beginScan(update);
+}
+
+void ScanToolViewModel::scan()
+{
+    PropertyUpdate update{this};
+    beginScan(update);
+}
+
+void ScanToolViewModel::beginScan(PropertyUpdate& update)
+{
+    if (!m_rootURL) {
+        return;
+    }
+    dropScan(update);
+    m_scanEnd = {};
+    update.assign(m_state, ToolState::scanning(), &ScanToolViewModel::stateChanged);
+    m_filling = std::make_shared<Filling>();
+    startScan(update);
+    update.assign(m_undoable, std::nullopt, &ScanToolViewModel::undoableChanged);
+}
+
+void ScanToolViewModel::endScan(const ScanEnd& end)
+{
+    PropertyUpdate update{this};
+    dropScan(update);
+    m_scanEnd = end;
+    update.assign(m_state, ToolState::loaded(), &ScanToolViewModel::stateChanged);
+}
+
+void ScanToolViewModel::cancelScan()
+{
+    if (isScanning()) {
+        endScan(ScanEnd::stopped());
+    }
+}
+
+void ScanToolViewModel::resumeScan()
+{
+    if (m_state.phase == ToolState::Phase::loaded && m_scanEnd.kind == ScanEnd::Kind::stopped) {
+        scan();
+    }
+}
+
+void ScanToolViewModel::deleteSelected(const UrlSet& urls, bool permanently)
+{
+    std::vector<Entry> entries;
+    forEachEntry([&](const Entry& entry) {
+        if (urls.contains(entry.url)) {
+            entries.push_back(entry);
+        }
+    });
+    deleteEntries(entries, permanently);
+}
+
+void ScanToolViewModel::deleteEntries(const std::vector<Entry>& entries, bool permanently)
+{
+    if (entries.empty()) {
+        return;
+    }
+    RemovalPlan plan = planRemoval(entries);
+    const auto finished = [this, permanently, freed = std::move(plan.freed), folder = listedFolder(),
+                           filling = std::weak_ptr{m_filling}](PropertyUpdate& update,
+                                                               const RemovalOutcome& outcome) {
+        report(update, removalMessage(outcome.result, freed(outcome.done), permanently, outcome.notBegun),
+               outcome.result);
+        // Undoing puts entries into the list on screen: once another list stands there, that is over.
+        if (!filling.expired()) {
+            update.assign(m_undoable,
+                          outcome.result.canUndo()
+                              ? std::optional{UndoableDeletion{outcome.done, outcome.result.trashed}}
+                              : std::nullopt,
+                          &ScanToolViewModel::undoableChanged);
+            m_removedFrom = folder;
+        }
+    };
+    beginRemoval(m_deletions.remove(entries, permanently, listener(finished), std::move(plan.screening)),
+                 {.completed = 0, .total = entries.size()});
+}
+
+void ScanToolViewModel::undoDeletion()
+{
+    if (!m_undoable) {
+        return;
+    }
+    const auto finished = [this, undone = *m_undoable, filling = std::weak_ptr{m_filling}](
+                              PropertyUpdate& update, const RemovalOutcome& outcome) {
+        report(update, restoreReport(outcome), outcome.result);
+        if (!filling.expired()) {
+            update.assign(m_undoable, remainder(undone, outcome), &ScanToolViewModel::undoableChanged);
+        }
+    };
+    beginRemoval(m_deletions.restore(*m_undoable, listener(finished)),
+                 {.completed = 0, .total = m_undoable->trashed.size(), .isRestoring = true});
+}
+
+void ScanToolViewModel::stopRemoval()
+{
+    if (m_removal) {
+        m_deletions.stop();
+    }
+}
+
+QString ScanToolViewModel::restoreReport(const RemovalOutcome& outcome) const
+{
+    return restoreMessage(outcome.result, outcome.notBegun);
+}
+
+/// The disk is another one than when the list was made, by this tool's doing or another's.
+void ScanToolViewModel::follow(const DiskChange& change)
+{
+    if (!m_rootURL) {
+        return;
+    }
+    {
+        PropertyUpdate update{this};
+        if (!change.gone.empty()) {
+            takeOut(update, change.gone);
+        }
+        if (!change.back.empty()) {
+            putBack(update, change.back, change.asker == this && m_removedFrom == listedFolder());
+        }
+    }
+    measureAgain(change.folders);
+}
+
+void ScanToolViewModel::beginRemoval(bool isAccepted, const RemovalProgress& progress)
+{
+    if (isAccepted) {
+        showRemoval(progress);
+    } else {
+        tell(QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera terminée."));
+    }
+}
+
+DeletionRunner::Listener ScanToolViewModel::listener(Finished finished)
+{
+    return {.context = this,
+            .progressed = [this](const RemovalProgress& progress) { showRemoval(progress); },
+            .finished =
+                [this, finished = std::move(finished)](const RemovalOutcome& outcome) {
+                    PropertyUpdate update{this};
+                    finished(update, outcome);
+                }};
+}
+
+void ScanToolViewModel::showRemoval(const std::optional<RemovalProgress>& progress)
+{
+    if (assignIfChanged(m_removal, progress)) {
+        Q_EMIT removalChanged();
+    }
+}
+
+void ScanToolViewModel::report(PropertyUpdate& update, const QString& message,
+                               const FileRemover::RemovalResult& result)
+{
+    if (assignIfChanged(m_failures, result.failures)) {
+        m_statusMessage.reset(); // the same words about other items are news
+    }
+    update.assign(m_statusMessage, std::optional{message}, &ScanToolViewModel::statusMessageChanged);
+    update.assign(m_removal, std::nullopt, &ScanToolViewModel::removalChanged);
+}
+
+void ScanToolViewModel::tell(const QString& message)
+{
+    m_failures.clear();
+    showStatus(message);
+}
+
+void ScanToolViewModel::dismissStatus()
+{
+    m_failures.clear();
+    showStatus(std::nullopt);
+}
+
+void ScanToolViewModel::showStatus(const std::optional<QString>& message)
+{
+    if (assignIfChanged(m_statusMessage, message)) {
+        Q_EMIT statusMessageChanged();
+    }
+}
+
+void ScanToolViewModel::dismissError()
+{
+    if (m_state.phase == ToolState::Phase::error) {
+        m_state = m_rootURL ? ToolState::loaded() : ToolState::idle();
+        Q_EMIT stateChanged();
+    }
+}
+
+} // namespace tallyroom

@@ -1,0 +1,211 @@
+#pragma once
+
+#include "Bridge/Desktop.h"
+#include "Bridge/Observable.h"
+#include "Deletion/DeletionRunner.h"
+#include "Deletion/DeletionSupport.h"
+#include "Model/Entry.h"
+#include "Tools/Frame/FolderTool.h"
+#include "Tools/Frame/ScanEnd.h"
+#include "Tools/Frame/ToolState.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tallyroom {
+
+/// The line that tells how a running scan goes on.
+struct ScanLine {
+    QString text;
+    std::optional<double> fraction; ///< 0 to 1; nothing while the end is not known
+
+    friend bool operator==(const ScanLine&, const ScanLine&) = default;
+};
+
+/// What all tools have in common that scan a folder and delete from what they found: the choice of the
+/// folder, where the scan is, the search text, and how a deletion or an undo goes on. What is found, and by
+/// which scan, is a matter of the tools. Main thread.
+class ScanToolViewModel : public FolderTool {
+    Q_OBJECT
+    Q_PROPERTY(tallyroom::ToolState state READ state NOTIFY stateChanged)
+    Q_PROPERTY(std::optional<tallyroom::FileUrl> rootURL READ rootURL NOTIFY rootURLChanged)
+    Q_PROPERTY(std::optional<QString> statusMessage READ statusMessage NOTIFY statusMessageChanged)
+    Q_PROPERTY(std::optional<tallyroom::UndoableDeletion> undoable READ undoable NOTIFY undoableChanged)
+    Q_PROPERTY(std::optional<tallyroom::RemovalProgress> removal READ removal NOTIFY removalChanged)
+    Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
+
+public:
+    using Failures = std::vector<FileRemover::RemovalFailure>;
+    using Visitor = std::function<void(const Entry&)>;
+
+    [[nodiscard]] const ToolState& state() const { return m_state; }
+
+    /// How the scan ended that made the list on screen; changes with `state` only.
+    [[nodiscard]] const ScanEnd& scanEnd() const { return m_scanEnd; }
+
+    [[nodiscard]] const std::optional<FileUrl>& rootURL() const { return m_rootURL; }
+
+    /// The report of the last deletion or undo.
+    [[nodiscard]] const std::optional<QString>& statusMessage() const { return m_statusMessage; }
+
+    /// What the last deletion or undo left as it was, and why; changes with `statusMessage` only.
+    [[nodiscard]] const Failures& failures() const { return m_failures; }
+
+    /// The last deletion, as long as it can be undone: until the next one, or until a scan begins.
+    [[nodiscard]] const std::optional<UndoableDeletion>& undoable() const { return m_undoable; }
+
+    [[nodiscard]] bool canUndo() const { return m_undoable.has_value(); }
+
+    /// How far this tool's deletion or undo has come, while one runs.
+    [[nodiscard]] const std::optional<RemovalProgress>& removal() const { return m_removal; }
+
+    [[nodiscard]] const QString& searchText() const { return m_searchText; }
+
+    /// How many entries were found, those included that the search text hides.
+    [[nodiscard]] virtual std::size_t entryCount() const = 0;
+
+    /// Calls `visit` with every entry found, in the order of the list.
+    virtual void forEachEntry(const Visitor& visit) const = 0;
+
+    /// The same for the entries that the search text lets through.
+    virtual void forEachShown(const Visitor& visit) const = 0;
+
+    /// Whether a running scan has something to say of its progress.
+    [[nodiscard]] virtual bool hasProgress() const = 0;
+
+    /// What is said of a running scan.
+    [[nodiscard]] virtual ScanLine scanLine() const = 0;
+
+    void setSearchText(const QString& text);
+
+    /// Whether some of what was found may be hidden.
+    [[nodiscard]] virtual bool isFiltering() const { return !m_searchText.isEmpty(); }
+
+    /// Shows everything again.
+    virtual void clearFilter() { setSearchText({}); }
+
+    void handleImport(const FolderChoice& choice) override;
+
+    [[nodiscard]] bool isScanning() const override { return m_state.phase == ToolState::Phase::scanning; }
+
+    /// Makes `root` the tool's folder and scans it. By value: the recent folders change under way.
+    void open(FileUrl root);
+
+    /// Scans again what is on screen, without what the caches know.
+    virtual void refresh();
+
+    /// Scans again after a stop; what the caches know comes at once.
+    void resumeScan();
+
+    /// Stops a running scan and keeps what it has found.
+    void cancelScan();
+
+    /// Deletes those of the entries found that `urls` names.
+    void deleteSelected(const UrlSet& urls, bool permanently);
+
+    /// Deletes `entries` as they were found. Runs on; the list, `statusMessage` and `undoable` follow. Does
+    /// nothing without entries, and says so when another removal runs.
+    void deleteEntries(const std::vector<Entry>& entries, bool permanently);
+
+    /// Puts back what the last deletion moved to the trash. Runs on like a deletion.
+    void undoDeletion();
+
+    /// Ends this tool's deletion or undo after the item in hand; what it did so far is reported and can be
+    /// undone.
+    void stopRemoval();
+
+    /// Puts something else than a removal's report into its place.
+    void tell(const QString& message);
+
+    /// Takes the report off the screen.
+    void dismissStatus();
+
+    /// Leaves the error state for what was there before: the list, or the welcome when there is none.
+    void dismissError();
+
+Q_SIGNALS:
+    void rootURLChanged();
+    void statusMessageChanged();
+    void undoableChanged();
+    void removalChanged();
+    void searchTextChanged();
+
+protected:
+    /// What a tool adds to a deletion when it begins.
+    struct RemovalPlan {
+        FileRemover::Screening screening; ///< looks at each item right before it goes
+        /// The bytes that come free when `done` has been removed.
+        std::function<std::int64_t(const std::vector<Entry>& done)> freed = totalSize;
+    };
+
+    /// `deletions` must outlive the view model.
+    explicit ScanToolViewModel(DeletionRunner& deletions);
+
+    [[nodiscard]] virtual RemovalPlan planRemoval(const std::vector<Entry>& /*entries*/) const { return {}; }
+
+    /// Takes out of the list what was removed, by this tool or another one, and what lies below it.
+    virtual void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) = 0;
+
+    /// Puts into the list what is back. `isOwn`: this tool removed it from the folder that it lists now.
+    virtual void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) = 0;
+
+    /// What lies in `folders` takes up more or less room than it did.
+    virtual void measureAgain(const UrlSet& /*folders*/) {}
+
+    /// The line that reports an undo.
+    [[nodiscard]] virtual QString restoreReport(const RemovalOutcome& outcome) const;
+
+    /// The folder that the entries on screen come from.
+    [[nodiscard]] virtual std::optional<FileUrl> listedFolder() const { return rootURL(); }
+
+    /// Forgets what was found and starts the scan; called with a root folder set and no scan running.
+    virtual void startScan(PropertyUpdate& update) = 0;
+
+    /// Leaves a running scan; nothing of it may arrive any more. Called without one too.
+    virtual void dropScan(PropertyUpdate& update) = 0;
+
+    /// A root was chosen and will be scanned: a tool writes here what goes with it.
+    virtual void rootChosen(PropertyUpdate& /*update*/) {}
+
+    /// The search text is another one: a tool that keeps what it lets through looks again.
+    virtual void searchTextChosen() {}
+
+    /// Replaces the running scan by a new one; does nothing without a root. For changed options.
+    void scan();
+
+    /// The same as a part of a larger step.
+    void beginScan(PropertyUpdate& update);
+
+    /// The scan is over: by itself, or because it was stopped.
+    void endScan(const ScanEnd& end);
+
+private:
+    /// One filling of the list. What was asked for one finds it expired after the next began.
+    struct Filling {};
+
+    using Finished = std::function<void(PropertyUpdate& update, const RemovalOutcome& outcome)>;
+
+    [[nodiscard]] DeletionRunner::Listener listener(Finished finished);
+    void beginRemoval(bool isAccepted, const RemovalProgress& progress);
+    void follow(const DiskChange& change);
+    void report(PropertyUpdate& update, const QString& message, const FileRemover::RemovalResult& result);
+    void showRemoval(const std::optional<RemovalProgress>& progress);
+    void showStatus(const std::optional<QString>& message);
+
+    DeletionRunner& m_deletions;
+    ToolState m_state;
+    ScanEnd m_scanEnd;
+    std::optional<FileUrl> m_rootURL;
+    std::optional<QString> m_statusMessage;
+    Failures m_failures;
+    std::optional<RemovalProgress> m_removal;
+    std::optional<UndoableDeletion> m_undoable;
+    std::optional<FileUrl> m_removedFrom; // the folder listed when the last deletion began
+    std::shared_ptr<Filling> m_filling = std::make_shared<Filling>();
+    QString m_searchText;
+    std::optional<SecurityScope> m_scope;
+};
+
+} // namespace tallyroom

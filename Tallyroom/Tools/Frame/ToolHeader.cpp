@@ -1,0 +1,167 @@
+#include "Tools/Frame/ToolHeader.h"
+
+#include "Controls/ExportButton.h"
+#include "Controls/NoticeLine.h"
+#include "Controls/SearchField.h"
+#include "Layout/FlowLayout.h"
+#include "Theme/SymbolIcon.h"
+#include "Theme/Theme.h"
+#include "Tools/Frame/FolderButton.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
+
+namespace tallyroom {
+
+namespace {
+
+constexpr int searchWidth = 220;
+constexpr int smallestSearchWidth = 130;
+constexpr int summaryHeight = 20; // of a line, whatever signs it needs from other fonts
+
+} // namespace
+
+ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
+    : QWidget(parent), m_row(new QBoxLayout(QBoxLayout::LeftToRight)), m_controls(new QHBoxLayout),
+      m_options(new FlowLayout), m_search(new SearchField(searchPlaceholder)), m_folder(new FolderButton),
+      m_refresh(new QPushButton), m_stop(new QPushButton(QStringLiteral("Arrêter"))),
+      m_export(new ExportButton), m_summary(new QLabel), m_notice(new NoticeLine), m_actions(new QHBoxLayout)
+{
+    m_search->setMaximumWidth(searchWidth);
+    m_search->setMinimumWidth(smallestSearchWidth);
+    m_search->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    Theme::dress(m_refresh, Theme::Button::icon);
+    m_refresh->setIcon(SymbolIcon::icon("arrow.clockwise"));
+    m_refresh->setAccessibleName(QStringLiteral("Rafraîchir"));
+    m_refresh->setToolTip(QStringLiteral("Recalculer les tailles (ignore le cache)"));
+    Theme::dress(m_stop, Theme::Button::plain);
+    m_stop->setIcon(SymbolIcon::icon("stop.fill"));
+    Theme::dress(m_summary, Theme::Text::secondary);
+    m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
+    m_summary->setWordWrap(true);
+    m_summary->setTextFormat(Qt::PlainText);
+    m_summary->setMinimumHeight(summaryHeight); // what is below does not jump
+
+    m_controls->setSpacing(Theme::gap);
+    m_controls->addWidget(m_search, 1);
+    m_controls->addLayout(m_options);
+    m_controls->addWidget(m_folder);
+    m_controls->addWidget(m_refresh);
+    m_controls->addWidget(m_stop);
+    m_controls->addWidget(m_export);
+    m_row->setSpacing(Theme::gap);
+    m_row->addLayout(m_controls);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::gap);
+    column->setSpacing(Theme::gap / 2);
+    column->addLayout(m_row);
+    column->addWidget(m_summary);
+    column->addWidget(m_notice);
+    column->addLayout(m_actions);
+    m_actions->setSpacing(Theme::gap);
+    m_actions->addStretch(1);
+
+    connect(m_folder, &FolderButton::folderRequested, this, &ToolHeader::folderRequested);
+    connect(m_folder, &FolderButton::recentRequested, this, &ToolHeader::recentRequested);
+    connect(m_refresh, &QPushButton::clicked, this, &ToolHeader::refreshRequested);
+    connect(m_stop, &QPushButton::clicked, this, &ToolHeader::stopRequested);
+    connect(m_export, &QPushButton::clicked, this, &ToolHeader::exportRequested);
+    connect(m_notice, &NoticeLine::actionRequested, this, &ToolHeader::noticeActionRequested);
+    showScanning(false);
+}
+
+void ToolHeader::setLeading(QWidget* leading)
+{
+    delete std::exchange(m_leading, leading);
+    m_row->insertWidget(0, leading, 1);
+}
+
+void ToolHeader::addOption(QWidget* option)
+{
+    m_options->addWidget(option);
+}
+
+void ToolHeader::addAction(QWidget* action)
+{
+    m_actions->insertWidget(m_actions->count() - 1, action);
+    m_actions->setContentsMargins(0, Theme::gap / 2, 0, Theme::gap / 2);
+}
+
+void ToolHeader::addRow(QWidget* row)
+{
+    row->setContentsMargins(0, Theme::gap / 2, 0, Theme::gap / 2);
+    layout()->addWidget(row);
+}
+
+void ToolHeader::showNotice(const QString& notice, const QString& action)
+{
+    m_notice->setText(notice, action);
+}
+
+void ToolHeader::showScanning(bool isScanning)
+{
+    m_refresh->setVisible(!isScanning);
+    m_stop->setVisible(isScanning);
+}
+
+void ToolHeader::showSummary(const QString& summary)
+{
+    m_summary->setText(summary);
+}
+
+void ToolHeader::showEntryCount(std::size_t count)
+{
+    m_export->setEntryCount(count);
+}
+
+bool ToolHeader::event(QEvent* event)
+{
+    const bool isHandled = QWidget::event(event);
+    // An option that says something longer wants more room, and "Arrêter" more than the button it replaces.
+    if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
+        fold();
+    }
+    return isHandled;
+}
+
+/// Where the room ends, the search field shrinks first, then the leading part; then the controls go below it,
+/// and the options below these.
+void ToolHeader::fold()
+{
+    const QMargins margins = layout()->contentsMargins();
+    const int room = width() - margins.left() - margins.right();
+    const int options = m_options->sizeHint().width();
+    int others = options + (options > 0 ? Theme::gap : 0);
+    for (const QWidget* const button : {static_cast<QWidget*>(m_folder), static_cast<QWidget*>(m_refresh),
+                                        static_cast<QWidget*>(m_stop), static_cast<QWidget*>(m_export)}) {
+        others += button->isHidden() ? 0 : button->sizeHint().width() + Theme::gap;
+    }
+    const int leading = m_leading == nullptr ? 0 : m_leading->minimumSizeHint().width();
+    const int wanted = m_leading == nullptr ? 0 : m_leading->sizeHint().width();
+    const bool isNarrow = room < leading + Theme::gap + smallestSearchWidth + others;
+    const int search = std::clamp(room - wanted - Theme::gap - others, smallestSearchWidth, searchWidth);
+    m_row->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    m_search->setMinimumWidth(isNarrow ? smallestSearchWidth : search);
+    m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : search);
+    placeOptions(options > 0 && room < smallestSearchWidth + others);
+}
+
+void ToolHeader::placeOptions(bool isBelow)
+{
+    if (std::exchange(m_areOptionsBelow, isBelow) == isBelow) {
+        return;
+    }
+    auto* const column = static_cast<QBoxLayout*>(layout());
+    QBoxLayout* const before = isBelow ? m_controls : column;
+    QBoxLayout* const now = isBelow ? column : m_controls;
+    before->removeItem(m_options);
+    now->insertLayout(1, m_options);
+}
+
+} // namespace tallyroom

@@ -1,0 +1,384 @@
+#include "Tools/Frame/ToolScreen.h"
+
+#include "Controls/ScanProgressBar.h"
+#include "Controls/SearchField.h"
+#include "Controls/SelectionBar.h"
+#include "Controls/Shortcut.h"
+#include "Deletion/StatusBanner.h"
+#include "Rows/EntryRows.h"
+#include "Rows/Selection.h"
+#include "Text/FileUrlText.h"
+#include "Text/NumberText.h"
+#include "Theme/Theme.h"
+#include "Tools/Frame/ExportFlow.h"
+#include "Tools/Frame/ToolHeader.h"
+#include "Tools/Frame/ToolPages.h"
+#include "Tools/Frame/ToolTitle.h"
+
+#include <QClipboard>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+
+namespace tallyroom {
+
+namespace {
+
+constexpr std::chrono::milliseconds patience{150};
+
+} // namespace
+
+ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, EntryRows* rows,
+                       QWidget* parent)
+    : QWidget(parent), m_tool(tool), m_style(style), m_header(new ToolHeader(m_style.searchPlaceholder)),
+      m_title(new ToolTitle(m_style.title)),
+      m_pages(new ToolPages(tool, m_style.welcome, m_style.emptyMessage)), m_rows(rows),
+      m_progress(new ScanProgressBar), m_footer(new QWidget), m_banner(new StatusBanner),
+      m_selectionBar(new SelectionBar)
+{
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patience);
+    m_rows->setDeletionEnabled(true);
+    m_rows->setAccessibleName(m_style.title);
+    m_pages->addList(m_rows);
+    makeLayout();
+    connectTool();
+    connectWidgets();
+    addShortcuts();
+}
+
+bool ToolScreen::event(QEvent* event)
+{
+    // Before the first showing, and not in the constructor: what a tool's own screen shows counts too.
+    if (event->type() == QEvent::Polish) {
+        showEverything();
+    }
+    return QWidget::event(event);
+}
+
+void ToolScreen::showEverything()
+{
+    startOver();
+    m_isReportOld = false;
+    showFilter();
+    showEntries();
+    showState();
+    showBanner();
+}
+
+void ToolScreen::showBanner()
+{
+    if (m_isReportOld) {
+        m_banner->showMessage(std::nullopt);
+    } else {
+        m_banner->showMessage(m_tool.statusMessage(), m_tool.failures());
+    }
+    m_banner->showUndo(m_tool.canUndo());
+    m_banner->showRemoval(m_tool.removal());
+}
+
+/// Takes no room while it has nothing to say.
+void ToolScreen::showFooter()
+{
+    m_footer->setVisible(!m_progress->isHidden() || !m_banner->isHidden());
+}
+
+void ToolScreen::makeLayout()
+{
+    m_header->setLeading(m_title);
+    auto* const footer = new QVBoxLayout(m_footer);
+    footer->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
+    footer->setSpacing(Theme::gap);
+    footer->addWidget(m_progress);
+    footer->addWidget(m_banner);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    column->addWidget(m_header);
+    column->addWidget(m_pages, 1);
+    column->addWidget(m_footer);
+    column->addWidget(m_selectionBar);
+}
+
+void ToolScreen::connectTool()
+{
+    connect(&m_tool, &ScanToolViewModel::stateChanged, this, &ToolScreen::showState);
+    connect(&m_tool, &ScanToolViewModel::searchTextChanged, this, [this] { showFilter(); });
+    connect(&m_tool, &ScanToolViewModel::rootURLChanged, this, [this] { startOver(); });
+    connect(&m_tool, &ScanToolViewModel::statusMessageChanged, this, [this] {
+        m_isReportOld = false;
+        showBanner();
+    });
+    connect(&m_tool, &ScanToolViewModel::undoableChanged, this, &ToolScreen::showBanner);
+    connect(&m_tool, &ScanToolViewModel::removalChanged, this, &ToolScreen::showBanner);
+    connect(&m_patience, &QTimer::timeout, this, &ToolScreen::showPage);
+    connect(&DesktopRefusals::shared(), &DesktopRefusals::refused, this, [this](const QString& message) {
+        if (isVisible()) {
+            m_tool.tell(message);
+        }
+    });
+}
+
+void ToolScreen::connectWidgets()
+{
+    connect(m_pages, &ToolPages::folderRequested, this, &ToolScreen::chooseFolder);
+    connect(m_header, &ToolHeader::folderRequested, this, &ToolScreen::chooseFolder);
+    connect(m_header, &ToolHeader::recentRequested, &m_tool, [this](const FileUrl& url) {
+        Desktop::examine(this, url, [this](const FolderChoice& choice) { m_tool.handleImport(choice); });
+    });
+    connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
+    connect(m_header, &ToolHeader::stopRequested, &m_tool, &ScanToolViewModel::cancelScan);
+    connect(m_header, &ToolHeader::noticeActionRequested, &m_tool, &ScanToolViewModel::resumeScan);
+    connect(m_header, &ToolHeader::exportRequested, this, &ToolScreen::exportEntries);
+    connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ScanToolViewModel::setSearchText);
+    connect(&m_header->searchField(), &SearchField::listRequested, m_pages,
+            [this] { m_pages->list()->setFocus(Qt::TabFocusReason); });
+    connect(&selection(), &Selection::changed, this, &ToolScreen::showChecked);
+    connect(m_rows, &EntryRows::rowsChanged, this, [this] { showRows(); });
+    connect(m_rows, &EntryRows::activated, this, [this](const Entry& entry) { activate(entry); });
+    connect(m_rows, &EntryRows::deleteRequested, this,
+            [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });
+    connect(m_rows, &EntryRows::revealRequested, this,
+            [](const Entry& entry) { Desktop::reveal(entry.url); });
+    connect(m_rows, &EntryRows::copyPathRequested, this, [](const Entry& entry) { copyPaths({entry}); });
+    connect(m_banner, &StatusBanner::contentChanged, this, &ToolScreen::showFooter);
+    connect(m_banner, &StatusBanner::stopRequested, &m_tool, &ScanToolViewModel::stopRemoval);
+    connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ScanToolViewModel::undoDeletion);
+    connect(m_banner, &StatusBanner::dismissed, &m_tool, &ScanToolViewModel::dismissStatus);
+    connect(m_selectionBar, &SelectionBar::selectAllRequested, this, [this] { selection().setAll(); });
+    connect(m_selectionBar, &SelectionBar::clearRequested, this, [this] { selection().clear(); });
+    connect(m_selectionBar, &SelectionBar::deleteRequested, this,
+            [this] { askDeletion(selection().checkedEntries(), DeleteConfirmation::Default::trash); });
+}
+
+void ToolScreen::addShortcut(const QKeySequence& keys, const std::function<void()>& act)
+{
+    tallyroom::addShortcut(this, keys, act);
+}
+
+void ToolScreen::addShortcuts()
+{
+    addShortcut(Qt::CTRL | Qt::Key_O, [this] { chooseFolder(); });
+    addShortcut(Qt::Key_F5, [this] { m_tool.refresh(); });
+    addShortcut(Qt::CTRL | Qt::Key_F, [this] { m_header->searchField().setFocus(Qt::ShortcutFocusReason); });
+    addShortcut(Qt::Key_Escape, [this] { stopOrClearFilter(); });
+    addShortcut(Qt::CTRL | Qt::Key_A, [this] { selection().setAll(); });
+    addShortcut(Qt::CTRL | Qt::Key_C, [this] {
+        const auto entry = currentEntry();
+        copyPaths(entry ? std::vector{*entry} : selection().checkedEntries());
+    });
+    addShortcut(Qt::CTRL | Qt::Key_E, [this] { exportEntries(); });
+    addShortcut(Qt::CTRL | Qt::Key_Z, [this] { m_tool.undoDeletion(); });
+    addShortcut(Qt::Key_Delete, [this] { askDeletionOfChecked(DeleteConfirmation::Default::trash); });
+    addShortcut(Qt::SHIFT | Qt::Key_Delete,
+                [this] { askDeletionOfChecked(DeleteConfirmation::Default::permanent); });
+}
+
+void ToolScreen::showState()
+{
+    if (m_tool.isScanning()) {
+        m_patience.start();
+    } else {
+        m_patience.stop();
+    }
+    dropVanishedChecks();
+    showProgress();
+    showNotice();
+    showSummary();
+}
+
+void ToolScreen::showNotice()
+{
+    if (m_tool.scanEnd().kind == ScanEnd::Kind::stopped) {
+        m_header->showNotice(QStringLiteral("Analyse interrompue : résultat partiel"),
+                             QStringLiteral("Reprendre"));
+    } else {
+        m_header->showNotice(notice());
+    }
+}
+
+/// What is no longer listed is no longer checked; while a scan fills the list nothing is known to be gone.
+void ToolScreen::dropVanishedChecks()
+{
+    if (!m_tool.isScanning() && m_rows->isUpToDate()) {
+        selection().forgetAbsent();
+    }
+}
+
+void ToolScreen::showRows()
+{
+    dropVanishedChecks();
+    showPage();
+    showChecked();
+}
+
+bool ToolScreen::hasList() const
+{
+    const ToolState::Phase phase = m_tool.state().phase;
+    return phase == ToolState::Phase::scanning || phase == ToolState::Phase::loaded;
+}
+
+void ToolScreen::showPage()
+{
+    const bool hidesEverything = m_tool.isFiltering() && !m_rows->hasRows();
+    m_header->showEntryCount(hidesEverything ? 0 : m_tool.entryCount());
+    m_header->setVisible(hasList());
+    m_selectionBar->setVisible(hasList());
+    m_pages->showPage(m_patience.isActive(), hidesEverything);
+    const bool isScanning = m_tool.isScanning() && !m_patience.isActive();
+    m_header->showScanning(isScanning);
+    m_progress->setVisible(isScanning && m_tool.hasProgress());
+    showFooter();
+}
+
+void ToolScreen::showProgress()
+{
+    const ScanLine line = m_tool.scanLine();
+    m_progress->setProgress(line.text, line.fraction);
+    showPage();
+}
+
+void ToolScreen::showEntries()
+{
+    showPage();
+}
+
+void ToolScreen::showFilter()
+{
+    m_header->searchField().setText(m_tool.searchText());
+    showPage();
+}
+
+Selection& ToolScreen::selection() const
+{
+    return m_rows->selection();
+}
+
+void ToolScreen::showChecked()
+{
+    m_selectionBar->setSelection(static_cast<std::int64_t>(selection().count()), selection().bytes());
+    showSummary();
+}
+
+void ToolScreen::showSummary()
+{
+    // Nothing is counted as none before the end is known.
+    const bool isKnown = m_tool.entryCount() > 0 || m_tool.scanEnd().isComplete();
+    QString text = isKnown ? summary() : QString{};
+    if (const std::size_t checked = selection().count(); checked > 0) {
+        text += QStringLiteral(" · ") + counted(checked, QStringLiteral("sélectionné"));
+    }
+    m_header->showSummary(text);
+}
+
+QString ToolScreen::counted(std::size_t count, const QString& one)
+{
+    return NumberText::grouped(static_cast<std::int64_t>(count)) + QLatin1Char{' '} + one +
+           (count >= 2 ? QStringLiteral("s") : QString{});
+}
+
+void ToolScreen::startOver()
+{
+    if (m_title != nullptr && m_tool.rootURL()) {
+        m_title->setFolder(FileUrlText::displayFromHome(*m_tool.rootURL()));
+    }
+    m_isReportOld = true;
+    showBanner();
+    m_rows->startOver();
+    selection().clear();
+}
+
+void ToolScreen::showList(QWidget* list)
+{
+    m_pages->showList(list);
+}
+
+void ToolScreen::addList(QWidget* list)
+{
+    m_pages->addList(list);
+}
+
+void ToolScreen::chooseFolder()
+{
+    Desktop::chooseFolder(this, m_tool.rootURL(),
+                          [&tool = m_tool](const FolderChoice& choice) { tool.handleImport(choice); });
+}
+
+void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmation::Default choice)
+{
+    if (entries.empty()) {
+        return;
+    }
+    auto* const dialog = new DeleteConfirmation(entries, choice, caution(entries), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteEntries);
+    dialog->open();
+}
+
+void ToolScreen::askDeletionOfChecked(DeleteConfirmation::Default choice)
+{
+    // Without a check the row that the keyboard is on is meant.
+    std::vector<Entry> entries = selection().checkedEntries();
+    if (const auto current = currentEntry(); entries.empty() && current) {
+        entries.push_back(*current);
+    }
+    askDeletion(entries, choice);
+}
+
+ToolScreen::Caution ToolScreen::caution(const std::vector<Entry>& /*entries*/) const
+{
+    return {m_style.deletionWarning, {}};
+}
+
+void ToolScreen::exportText(std::function<std::string()> text)
+{
+    exportAsCSV(this, std::move(text), exportName(), [this](const FileUrl& file) {
+        m_tool.tell(QStringLiteral("Liste exportée dans « %1 ».").arg(FileUrlText::displayFromHome(file)));
+    });
+}
+
+QString ToolScreen::exportName() const
+{
+    return m_style.title;
+}
+
+void ToolScreen::activate(const Entry& entry)
+{
+    if (entry.isDirectory) {
+        m_tool.explore(entry.url);
+    } else {
+        Desktop::reveal(entry.url);
+    }
+}
+
+std::optional<Entry> ToolScreen::currentEntry() const
+{
+    return m_rows->currentEntry();
+}
+
+void ToolScreen::copyPaths(const std::vector<Entry>& entries)
+{
+    QStringList paths;
+    std::ranges::transform(entries, std::back_inserter(paths),
+                           [](const Entry& entry) { return FileUrlText::toFileName(entry.url); });
+    if (!paths.isEmpty()) {
+        QGuiApplication::clipboard()->setText(paths.join(QLatin1Char{'\n'}));
+    }
+}
+
+void ToolScreen::stopOrClearFilter()
+{
+    if (m_tool.removal()) {
+        m_tool.stopRemoval();
+    } else if (m_tool.isScanning()) {
+        m_tool.cancelScan();
+    } else {
+        m_tool.clearFilter();
+    }
+}
+
+} // namespace tallyroom

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Tools/Frame/ListToolScreen.h"
+
+#include <string>
+
+namespace tallyroom {
+
+/// What the tools that search a whole tree show alike. Main thread.
+namespace ToolStyles {
+
+/// The welcome and the filter by path.
+[[nodiscard]] ToolScreenStyle frame(std::string icon, const QString& title, const QString& message);
+
+/// The same for a list, with rows of two lines, the path below the name.
+[[nodiscard]] ListToolStyle search(std::string icon, const QString& title, const QString& message);
+
+/// The project that a found folder belongs to: the name of the folder around it.
+[[nodiscard]] std::string projectName(const Entry& entry);
+
+/// A column with the age in words, sorted by the date.
+[[nodiscard]] EntryTableColumn ageColumn();
+
+} // namespace ToolStyles
+
+} // namespace tallyroom

@@ -1,0 +1,189 @@
+#include "Duplicates/CandidateWalk.h"
+
+#include "FileSystem/PrunedFolders.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+namespace tallyroom::CandidateWalk {
+
+namespace {
+
+/// A file of one folder that may have copies, and how many files were met since the one before it.
+struct Met {
+    std::int64_t files = 0;
+    Candidate candidate;
+};
+
+/// The one place where the walk's workers meet, one lock a folder.
+class Ledger {
+public:
+    explicit Ledger(const Limits& limits)
+        : m_trackedLimit(std::max<std::int64_t>(limits.trackedFiles, 0)),
+          // The limit is looked at after counting, so the first file reaches any that is lower.
+          m_visitedLimit(std::max<std::int64_t>(limits.visitedFiles, 1))
+    {}
+
+    /// Enters a folder's files in their order, `filesAfter` being those met after the last of `met`.
+    void enter(SearchedFolder& folder, std::vector<Met> met, std::int64_t filesAfter)
+    {
+        const std::scoped_lock lock{m_mutex};
+        if (m_root == nullptr) {
+            m_root = &folder.scanRoot();
+        }
+        for (Met& file : met) {
+            if (!visit(file.files)) {
+                return;
+            }
+            if (m_buckets.size() == m_trackedLimit) {
+                truncate();
+                return;
+            }
+            m_buckets.add(folder, std::move(file.candidate));
+        }
+        visit(filesAfter);
+    }
+
+    void unreadable(const SystemError& error)
+    {
+        const std::scoped_lock lock{m_mutex};
+        m_unread = error;
+    }
+
+    void finish()
+    {
+        const std::scoped_lock lock{m_mutex};
+        m_isFinished = true;
+        m_changed.notify_all();
+    }
+
+    /// Stops the walk: from outside, or because a limit was reached.
+    [[nodiscard]] std::stop_source& stop() noexcept { return m_stop; }
+
+    /// Waits for the end of the walk, and calls `onVisited` under no lock meanwhile.
+    Findings wait(const std::function<void(std::int64_t)>& onVisited)
+    {
+        std::unique_lock lock{m_mutex};
+        for (std::int64_t told = 0; true;) {
+            const std::int64_t next = told + visitedInterval;
+            m_changed.wait(lock, [this, next] { return m_isFinished || m_visited >= next; });
+            if (m_visited < next) {
+                break;
+            }
+            lock.unlock();
+            onVisited(next);
+            lock.lock();
+            told = next;
+        }
+        std::vector<Candidate> repeated = m_buckets.takeRepeated();
+        return {std::move(repeated), m_buckets.folders(), m_visited, m_truncated, m_root, m_unread};
+    }
+
+private:
+    /// Counts files; false when that ends the walk.
+    bool visit(std::int64_t files)
+    {
+        if (m_truncated) {
+            return false;
+        }
+        const std::int64_t before = m_visited;
+        m_visited = std::min(checkedSum(m_visited, files), m_visitedLimit);
+        if (before / visitedInterval != m_visited / visitedInterval) {
+            m_changed.notify_all();
+        }
+        if (m_visited == m_visitedLimit) {
+            truncate();
+        }
+        return !m_truncated;
+    }
+
+    void truncate()
+    {
+        m_truncated = true;
+        m_stop.request_stop(); // the walk only polls it: nothing runs under the lock
+    }
+
+    const std::int64_t m_trackedLimit;
+    const std::int64_t m_visitedLimit;
+    std::stop_source m_stop;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    SizeBuckets m_buckets;               // guarded by m_mutex
+    std::int64_t m_visited = 0;          // guarded by m_mutex
+    bool m_truncated = false;            // guarded by m_mutex
+    bool m_isFinished = false;           // guarded by m_mutex
+    const ScanRoot* m_root = nullptr;    // guarded by m_mutex
+    std::optional<SystemError> m_unread; // guarded by m_mutex
+};
+
+class CandidateVisitor final : public TreeWalk::Visitor {
+public:
+    CandidateVisitor(std::int64_t minimumSize, std::shared_ptr<Ledger> ledger)
+        : m_minimumSize(std::max<std::int64_t>(minimumSize, 1)), m_ledger(std::move(ledger))
+    {}
+
+    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const override
+    {
+        return {TreeWalk::Attributes::files};
+    }
+
+    void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
+    {
+        std::vector<Met> met;
+        std::int64_t files = 0;
+        for (TreeWalk::Child& child : children) {
+            if (child.isFolder()) {
+                child.descend = !isPruned(child.name);
+            } else if (child.type == EntryType::file && child.attributes != nullptr) {
+                ++files;
+                if (child.attributes->isRegular && child.attributes->logicalBytes >= m_minimumSize) {
+                    met.push_back({std::exchange(files, 0), candidate(child)});
+                }
+            }
+        }
+        m_ledger->enter(static_cast<SearchedFolder&>(folder), std::move(met), files);
+    }
+
+    [[nodiscard]] std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
+                                                                const TreeWalk::Child& /*child*/) override
+    {
+        return std::make_unique<SearchedFolder>();
+    }
+
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        if (folder.isRoot()) {
+            m_ledger->unreadable(error);
+        }
+    }
+
+    void finish(bool /*stopped*/) override { m_ledger->finish(); }
+
+private:
+    static Candidate candidate(const TreeWalk::Child& child)
+    {
+        return {PathPool::none, std::string{child.name}, child.attributes->logicalBytes,
+                FileIdentity::of(*child.attributes)};
+    }
+
+    const std::int64_t m_minimumSize;
+    const std::shared_ptr<Ledger> m_ledger;
+};
+
+} // namespace
+
+Findings run(const FileUrl& url, std::int64_t minimumSize, const Limits& limits, const std::stop_token& stop,
+             const std::function<void(std::int64_t)>& onVisited)
+{
+    const auto ledger = std::make_shared<Ledger>(limits);
+    const std::stop_callback passOn{stop, [&ledger] { ledger->stop().request_stop(); }};
+    std::vector<TreeWalk::Root> roots;
+    roots.push_back({url, std::make_unique<SearchedFolder>()});
+    TreeWalk::start(WorkerPool::shared(), std::move(roots),
+                    std::make_unique<CandidateVisitor>(minimumSize, ledger), ledger->stop().get_token());
+    return ledger->wait(onVisited);
+}
+
+} // namespace tallyroom::CandidateWalk

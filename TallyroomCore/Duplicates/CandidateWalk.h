@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Duplicates/SizeBuckets.h"
+#include "FileSystem/ScanRoots.h"
+#include "FileSystem/SystemError.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <stop_token>
+
+namespace tallyroom {
+
+/// The first half of the search for duplicates: one walk that puts files into buckets by size.
+namespace CandidateWalk {
+
+/// How much the walk takes in before it ends early. A negative limit counts as 0.
+struct Limits {
+    std::int64_t trackedFiles = 0;
+    std::int64_t visitedFiles = 0;
+};
+
+struct Findings {
+    std::vector<Candidate> candidates; ///< only files whose size another one has too, in no order
+    PathPool folders;
+    std::int64_t visited = 0;
+    bool truncated = false;
+    const ScanRoot* root = nullptr;    ///< of the walk; none without candidates
+    std::optional<SystemError> unread; ///< why the folder itself cannot be read
+};
+
+/// How many files are visited between two calls of `onVisited`.
+inline constexpr std::int64_t visitedInterval = 4096;
+
+/// Walks everything below a folder but the contents of .git, .hg and .svn folders, on the process's pool.
+/// `onVisited` is called on the caller's thread with 4096, 8192 and so on, in that order. The caller waits,
+/// so it must not be one of the pool's workers. After a stop the findings are incomplete.
+[[nodiscard]] Findings run(const FileUrl& url, std::int64_t minimumSize, const Limits& limits,
+                           const std::stop_token& stop, const std::function<void(std::int64_t)>& onVisited);
+
+} // namespace CandidateWalk
+
+} // namespace tallyroom

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Duplicates/StableFile.h"
+
+#include <cstdint>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <string_view>
+
+namespace tallyroom {
+
+/// Which bytes of a file a digest covers.
+struct FileSpan {
+    std::int64_t offset = 0;
+    std::int64_t length = 0;
+};
+
+/// One step of telling files of the same size apart.
+enum class DigestStage : unsigned char { head, tail, whole };
+
+namespace DigestStages {
+
+/// What the first two stages read of a file at most.
+inline constexpr std::int64_t spanLength = 64L * 1024;
+
+/// What a stage reads of a file of `size` bytes.
+[[nodiscard]] FileSpan spanOf(DigestStage stage, std::int64_t size);
+
+/// True when the digests up to this stage have covered every byte.
+[[nodiscard]] bool isSettled(DigestStage stage, std::int64_t size);
+
+/// What a file may still cost from a stage on, in bytes; the greatest number for what is beyond it.
+[[nodiscard]] std::int64_t costFrom(DigestStage stage, std::int64_t size);
+
+/// What the id of a group begins with that this stage has settled.
+[[nodiscard]] std::string_view idPrefix(DigestStage stage);
+
+/// The digests of an open file from the first stage to `last`, as text behind its size: "4096|0f…". Nothing
+/// when it cannot be read, or `stop` comes. The file is not empty.
+[[nodiscard]] std::optional<std::string> contentKey(const StableFile& file, DigestStage last,
+                                                    const std::stop_token& stop);
+
+/// Reads a whole open file: the id of the group that it belongs to (see `DuplicateGroup::id`). Nothing in the
+/// same cases.
+[[nodiscard]] std::optional<std::string> contentId(const StableFile& file, const std::stop_token& stop);
+
+} // namespace DigestStages
+
+} // namespace tallyroom

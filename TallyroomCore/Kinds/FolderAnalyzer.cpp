@@ -1,0 +1,182 @@
+#include "Kinds/FolderAnalyzer.h"
+
+#include "FileSystem/PrunedFolders.h"
+#include "FileSystem/TreeWalk.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <mutex>
+
+namespace tallyroom {
+
+namespace {
+
+/// Bytes and files of each kind.
+class Tally {
+public:
+    void count(FileKind kind, std::int64_t bytes) { add(kind, {bytes, 1}); }
+
+    void add(const Tally& other)
+    {
+        std::ranges::for_each(FileKind::all, [&](FileKind kind) { add(kind, other.m_kinds.at(kind)); });
+    }
+
+    [[nodiscard]] std::int64_t files() const noexcept { return m_files; }
+
+    [[nodiscard]] FolderSummary summary() const
+    {
+        FolderSummary summary;
+        for (const FileKind kind : FileKind::all) {
+            if (const Sum& sum = m_kinds.at(kind); sum.files > 0) {
+                summary.categories.push_back({kind, sum.bytes, sum.files});
+                summary.totalBytes = checkedSum(summary.totalBytes, sum.bytes);
+            }
+        }
+        std::ranges::stable_sort(summary.categories, std::greater{}, &CategorySize::totalBytes);
+        summary.totalFiles = m_files;
+        return summary;
+    }
+
+private:
+    struct Sum {
+        std::int64_t bytes = 0;
+        std::int64_t files = 0;
+    };
+
+    void add(FileKind kind, const Sum& more)
+    {
+        Sum& sum = m_kinds.at(kind);
+        sum.bytes = checkedSum(sum.bytes, more.bytes);
+        sum.files = checkedSum(sum.files, more.files);
+        m_files = checkedSum(m_files, more.files);
+    }
+
+    std::array<Sum, FileKind::all.size()> m_kinds;
+    std::int64_t m_files = 0;
+};
+
+/// Counts the files of a tree. What is done with the counts is up to the two below.
+class AnalysisVisitor : public TreeWalk::Visitor {
+public:
+    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const final
+    {
+        return {TreeWalk::Attributes::files, false};
+    }
+
+    void visit(TreeWalk::Folder& /*folder*/, std::span<TreeWalk::Child> children) final
+    {
+        Tally batch;
+        for (TreeWalk::Child& child : children) {
+            if (child.isFolder()) {
+                child.descend = !isPruned(child.name);
+            } else if (child.type == EntryType::file && child.attributes != nullptr) {
+                batch.count(FileKind::of(nameExtension(child.name)), child.attributes->allocatedBytes);
+            }
+        }
+        if (batch.files() > 0) {
+            take(batch);
+        }
+    }
+
+    std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
+                                                  const TreeWalk::Child& /*child*/) final
+    {
+        return std::make_unique<TreeWalk::Folder>();
+    }
+
+protected:
+    /// The files of one batch. Any worker.
+    virtual void take(const Tally& batch) = 0;
+};
+
+/// Sends a record at every multiple of the cadence, and the summary at the end.
+class StreamedAnalysis final : public AnalysisVisitor {
+public:
+    explicit StreamedAnalysis(ProgressSender<FolderAnalyzer::Progress> sender) : m_sender(std::move(sender))
+    {}
+
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        if (folder.isRoot()) {
+            m_unread = error;
+        }
+    }
+
+    void finish(bool stopped) override
+    {
+        if (!stopped) {
+            m_sender->send(
+                {m_tally.files(), m_tally.summary(), FolderAnalyzer::Progress::Phase::done, m_unread});
+        }
+        m_sender.reset();
+    }
+
+protected:
+    void take(const Tally& batch) override
+    {
+        constexpr std::int64_t cadence = FolderAnalyzer::filesBetweenRecords;
+        StreamWake wake; // outlives the lock
+        const std::scoped_lock lock{m_mutex};
+        const std::int64_t before = m_tally.files() / cadence;
+        m_tally.add(batch);
+        std::vector<FolderAnalyzer::Progress> records;
+        for (std::int64_t multiple = before + 1; multiple <= m_tally.files() / cadence; ++multiple) {
+            records.push_back({multiple * cadence, std::nullopt, FolderAnalyzer::Progress::Phase::scanning});
+        }
+        wake = m_sender->enqueue(std::move(records));
+    }
+
+private:
+    std::optional<ProgressSender<FolderAnalyzer::Progress>> m_sender;
+    std::optional<SystemError> m_unread;
+    std::mutex m_mutex;
+    Tally m_tally; // guarded by m_mutex until finish
+};
+
+/// Gives what was counted at the end, stopped or not.
+class WholeAnalysis final : public AnalysisVisitor {
+public:
+    explicit WholeAnalysis(std::promise<FolderSummary> result) : m_result(std::move(result)) {}
+
+    void finish(bool /*stopped*/) override { m_result.set_value(m_tally.summary()); }
+
+protected:
+    void take(const Tally& batch) override
+    {
+        const std::scoped_lock lock{m_mutex};
+        m_tally.add(batch);
+    }
+
+private:
+    std::promise<FolderSummary> m_result;
+    std::mutex m_mutex;
+    Tally m_tally; // guarded by m_mutex until finish
+};
+
+void startAnalysis(const FileUrl& url, std::unique_ptr<AnalysisVisitor> visitor, std::stop_token stop)
+{
+    std::vector<TreeWalk::Root> roots;
+    roots.push_back({url.standardized(), std::make_unique<TreeWalk::Folder>()});
+    TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(visitor), std::move(stop));
+}
+
+} // namespace
+
+std::future<FolderSummary> FolderAnalyzer::summarize(const FileUrl& url, std::stop_token stop)
+{
+    std::promise<FolderSummary> promise;
+    auto result = promise.get_future();
+    startAnalysis(url, std::make_unique<WholeAnalysis>(std::move(promise)), std::move(stop));
+    return result;
+}
+
+ProgressStream<FolderAnalyzer::Progress> FolderAnalyzer::stream(const FileUrl& url)
+{
+    auto [sender, stream] = makeProgressStream<Progress>();
+    std::stop_token stop = sender.stopToken();
+    startAnalysis(url, std::make_unique<StreamedAnalysis>(std::move(sender)), std::move(stop));
+    return std::move(stream);
+}
+
+} // namespace tallyroom
