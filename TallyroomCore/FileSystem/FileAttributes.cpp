@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <climits>
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
@@ -113,8 +114,8 @@ SystemResult<FileAttributes> fileAttributes(int descriptor)
 SystemResult<FileAttributes> fileAttributes(const FileUrl& url)
 {
     const FileUrl standard = url.standardized();
-    if (standard.path() == "/") {
-        return attributes(AT_FDCWD, "/", 0);
+    if (standard.path().size() < PATH_MAX) {
+        return attributes(AT_FDCWD, standard.path().c_str(), 0);
     }
     const auto parent = openFolder(standard.parent(), FolderAccess::throughOnly);
     if (!parent) {

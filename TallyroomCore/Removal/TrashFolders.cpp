@@ -65,45 +65,56 @@ Lookup::Lookup()
 
 bool Lookup::contains(const FileUrl& url)
 {
-    const FileUrl parent = url.standardized().parent();
-    if (const auto known = m_folders.find(parent.path()); known != m_folders.end()) {
+    const std::string_view path = url.path();
+    const std::string_view folder = path.substr(0, std::min(path.rfind('/'), path.size()));
+    if (const auto known = m_asked.find(folder); known != m_asked.end()) {
         return known->second;
     }
-    const auto folder = openFolder(parent, FolderAccess::throughOnly);
-    const auto realPath = folder ? realPathOf(folder->get()) : std::unexpected(folder.error());
-    // What is gone, or lies too deep for the kernel to tell its path, is judged by the path as given.
-    const bool isTrashed = isWithin(realPath.value_or(parent.path()));
-    m_folders.insert_or_assign(parent.path(), isTrashed);
+    const bool isTrashed = find(url.standardized().parent(), Links::followed).isTrashed;
+    m_asked.emplace(folder, isTrashed);
     return isTrashed;
 }
 
-bool Lookup::isWithin(const std::string& realFolder)
+Lookup::Folder Lookup::find(const FileUrl& folder, Links links)
 {
     std::vector<FileUrl> unknown;
-    FileUrl folder{realFolder};
-    auto known = m_folders.find(folder.path());
-    while (known == m_folders.end() && folder.path() != "/" && !folder.isEmpty()) {
-        unknown.push_back(folder);
-        folder = folder.parent();
-        known = m_folders.find(folder.path());
+    FileUrl step = folder;
+    auto known = m_folders.find(step.path());
+    while (known == m_folders.end() && step.path() != "/" && !step.isEmpty()) {
+        unknown.push_back(step);
+        step = step.parent();
+        known = m_folders.find(step.path());
     }
-    bool isTrashed = known != m_folders.end() && known->second;
-    for (auto step = unknown.rbegin(); step != unknown.rend(); ++step) {
-        isTrashed = isTrashed || isBin(*step);
-        m_folders.emplace(step->path(), isTrashed);
+    Folder found = known != m_folders.end() ? known->second : Folder{step, false};
+    for (auto deeper = unknown.rbegin(); deeper != unknown.rend(); ++deeper) {
+        found = below(found, *deeper, links);
+        m_folders.insert_or_assign(deeper->path(), found);
     }
-    return isTrashed;
+    return found;
 }
 
-bool Lookup::isBin(const FileUrl& realFolder) const
+Lookup::Folder Lookup::below(const Folder& parent, const FileUrl& folder, Links links)
 {
-    const auto attributes = fileAttributes(realFolder);
+    const FileUrl place = parent.realPlace.appending(folder.lastPathComponent());
+    const auto attributes = fileAttributes(place);
+    if (links == Links::followed && attributes && attributes->type == EntryType::link) {
+        const auto target = openFolder(place, FolderAccess::throughOnly);
+        if (const auto path = target ? realPathOf(target->get()) : std::unexpected(target.error())) {
+            return find(FileUrl{*path}, Links::notFollowed);
+        }
+    }
+    // What is gone is judged by its path.
+    return {place, parent.isTrashed || isBin(place, attributes)};
+}
+
+bool Lookup::isBin(const FileUrl& folder, const SystemResult<FileAttributes>& attributes) const
+{
     if (attributes &&
         std::ranges::find(m_own, FolderId{attributes->device, attributes->inode}) != m_own.end()) {
         return true;
     }
-    const FileUrl trash = realFolder.parent();
-    if (realFolder.lastPathComponent() != "files" || !isNamedAsTrash(trash)) {
+    const FileUrl trash = folder.parent();
+    if (folder.lastPathComponent() != "files" || !isNamedAsTrash(trash)) {
         return false;
     }
     const auto records = fileAttributes(trash.appending("info"));

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "FileSystem/FileAttributes.h"
+#include "FileSystem/SystemError.h"
 #include "Model/FileUrl.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -19,7 +23,8 @@ namespace TrashFolders {
 
 /// Tells which items lie in a trash: in the person's own, by device and inode, however the path is spelt; or
 /// in that of any volume and user, by its form: "files" with "info" beside it in a "Trash", ".Trash-1000" or
-/// ".Trash/1000". Reads the disk, each folder once: a new object sees what is new. One thread at a time.
+/// ".Trash/1000". Asks the file system once for each folder: a new object sees what is new. One thread at a
+/// time.
 class Lookup {
 public:
     Lookup();
@@ -29,11 +34,29 @@ public:
 private:
     using FolderId = std::pair<std::uint64_t, std::uint64_t>; // device, inode
 
-    bool isWithin(const std::string& realFolder);
-    [[nodiscard]] bool isBin(const FileUrl& realFolder) const;
+    struct PathHash {
+        using is_transparent = void;
+
+        std::size_t operator()(std::string_view path) const noexcept
+        {
+            return std::hash<std::string_view>{}(path);
+        }
+    };
+
+    struct Folder {
+        FileUrl realPlace; ///< the path without links
+        bool isTrashed = false;
+    };
+
+    enum class Links { followed, notFollowed };
+
+    Folder find(const FileUrl& folder, Links links);
+    Folder below(const Folder& parent, const FileUrl& folder, Links links);
+    [[nodiscard]] bool isBin(const FileUrl& folder, const SystemResult<FileAttributes>& attributes) const;
 
     std::vector<FolderId> m_own;
-    std::unordered_map<std::string, bool> m_folders; // as they were asked for, and without links
+    std::unordered_map<std::string, Folder> m_folders; // by their paths, with or without links
+    std::unordered_map<std::string, bool, PathHash, std::equal_to<>> m_asked; // as they were asked for
 };
 
 } // namespace TrashFolders
