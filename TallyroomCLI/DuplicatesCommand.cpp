@@ -2,8 +2,7 @@
 
 #include "Duplicates/DuplicateExport.h"
 #include "Duplicates/DuplicateFinder.h"
-#include "OutputWriter.h"
-#include "ProgressLine.h"
+#include "EntryPrinter.h"
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
 
@@ -28,20 +27,6 @@ std::string progressText(const DuplicateProgress& record)
     }
     return "Comparaison des contenus… " + SizeFormatter::string(record.hashedBytes) + "/" +
            SizeFormatter::string(record.bytesToHash);
-}
-
-DuplicateProgress follow(const FileUrl& url, const DuplicatesOptions& options,
-                         const Interruption& interruption)
-{
-    auto stream = DuplicateFinder::stream(url, options.minimumSize);
-    const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
-    ProgressLine line{!options.scan.quiet && Terminal::errorIsTerminal()};
-    DuplicateProgress newest;
-    while (auto record = stream.nextUntilCancelled()) {
-        newest = std::move(*record);
-        line.show([&newest] { return progressText(newest); });
-    }
-    return newest;
 }
 
 void addTable(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
@@ -72,25 +57,13 @@ void addCsv(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
     }
 }
 
-bool print(const std::vector<DuplicateGroup>& groups, OutputFormat format)
+void addJson(const std::vector<DuplicateGroup>& groups, OutputWriter& writer)
 {
-    OutputWriter writer;
-    switch (format) {
-    case OutputFormat::table:
-        addTable(groups, writer);
-        break;
-    case OutputFormat::csv:
-        addCsv(groups, writer);
-        break;
-    case OutputFormat::json:
-        for (const DuplicateGroup& group : groups) {
-            for (const Entry& entry : group.entries) {
-                writer.add(EntryPrinter::jsonLine(entry, group.id) + "\n");
-            }
+    for (const DuplicateGroup& group : groups) {
+        for (const Entry& entry : group.entries) {
+            writer.add(EntryPrinter::jsonLine(entry, group.id).line());
         }
-        break;
     }
-    return writer.finish();
 }
 
 } // namespace
@@ -101,7 +74,8 @@ ExitCode runDuplicates(const DuplicatesOptions& options, const Interruption& int
     if (!url) {
         return ExitCode::failure;
     }
-    const DuplicateProgress found = follow(*url, options, interruption);
+    const DuplicateProgress found = ScanCommand::follow(DuplicateFinder::stream(*url, options.minimumSize),
+                                                        options.scan.quiet, interruption, progressText);
     if (found.phase != Phase::done || interruption.hasCome()) {
         Terminal::complain("recherche interrompue, aucun doublon n'est listé.");
         return ExitCode::interrupted;
@@ -110,7 +84,10 @@ ExitCode runDuplicates(const DuplicatesOptions& options, const Interruption& int
         Terminal::complain(
             "trop de fichiers, la recherche s'est arrêtée avant la fin : des doublons peuvent manquer.");
     }
-    return ScanCommand::end(print(found.groups, options.scan.format), interruption);
+    return ScanCommand::print(
+        options.scan.format, interruption, [&](OutputWriter& writer) { addTable(found.groups, writer); },
+        [&](OutputWriter& writer) { addCsv(found.groups, writer); },
+        [&](OutputWriter& writer) { addJson(found.groups, writer); });
 }
 
 } // namespace tallyroom

@@ -1,14 +1,11 @@
 #include "EntryPrinter.h"
 
 #include "Model/FileKind.h"
-#include "OutputWriter.h"
 #include "TableText.h"
 #include "Terminal.h"
 #include "Text/CSVExport.h"
 #include "Text/SizeFormatter.h"
 #include "Text/SizeProportion.h"
-
-#include <nlohmann/json.hpp>
 
 namespace tallyroom::EntryPrinter {
 
@@ -34,6 +31,23 @@ std::string tableLine(const Entry& entry, double fraction, std::size_t barWidth,
     return line.append(colour.empty() ? std::string_view{} : TableText::reset).append("\n");
 }
 
+} // namespace
+
+JsonLine jsonLine(const Entry& entry, std::string_view group)
+{
+    JsonLine line;
+    if (!group.empty()) {
+        line.text("group", group);
+    }
+    line.text("name", entry.name)
+        .text("path", entry.url.path())
+        .text("url", entry.url.percentEncoded())
+        .number("sizeBytes", entry.sizeBytes)
+        .truth("isDirectory", entry.isDirectory);
+    return entry.modifiedAt ? line.text("modifiedAt", CSVExport::internetDateTime(*entry.modifiedAt))
+                            : line.null("modifiedAt");
+}
+
 void addTable(const EntryList& entries, const TableStyle& style, OutputWriter& writer)
 {
     const std::size_t barWidth = TableText::barWidth(style.columns);
@@ -48,47 +62,19 @@ void addTable(const EntryList& entries, const TableStyle& style, OutputWriter& w
     writer.add(rightAligned(SizeFormatter::string(total), sizeWidth) + std::string(gap, ' ') + count + "\n");
 }
 
-} // namespace
-
-std::string jsonLine(const Entry& entry, std::string_view group)
+void addCsv(const EntryList& entries, OutputWriter& writer)
 {
-    nlohmann::ordered_json object;
-    if (!group.empty()) {
-        object["group"] = group;
+    writer.addRow(CSVExport::header);
+    for (const Entry& entry : entries) {
+        writer.addRow(CSVExport::line(entry));
     }
-    object["name"] = entry.name;
-    object["path"] = entry.url.path();
-    object["url"] = entry.url.percentEncoded();
-    object["sizeBytes"] = entry.sizeBytes;
-    object["isDirectory"] = entry.isDirectory;
-    object["modifiedAt"] = nullptr;
-    if (entry.modifiedAt) {
-        object["modifiedAt"] = CSVExport::internetDateTime(*entry.modifiedAt);
-    }
-    return Terminal::printableJson(
-        object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
 
-bool print(const EntryList& entries, OutputFormat format, const TableStyle& style)
+void addJson(const EntryList& entries, OutputWriter& writer)
 {
-    OutputWriter writer;
-    switch (format) {
-    case OutputFormat::table:
-        addTable(entries, style, writer);
-        break;
-    case OutputFormat::csv:
-        writer.addRow(CSVExport::header);
-        for (const Entry& entry : entries) {
-            writer.addRow(CSVExport::line(entry));
-        }
-        break;
-    case OutputFormat::json:
-        for (const Entry& entry : entries) {
-            writer.add(jsonLine(entry) + "\n");
-        }
-        break;
+    for (const Entry& entry : entries) {
+        writer.add(jsonLine(entry).line());
     }
-    return writer.finish();
 }
 
 } // namespace tallyroom::EntryPrinter

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "JsonLine.h"
 #include "Model/EntryList.h"
+#include "OutputWriter.h"
 
-#include <cstdint>
-#include <string>
+#include <cstddef>
 #include <string_view>
 
 namespace tallyroom {
-
-enum class OutputFormat : unsigned char { table, csv, json };
 
 /// How a table shows its entries.
 struct TableStyle {
@@ -20,14 +19,16 @@ struct TableStyle {
 /// Lists as the command line prints them.
 namespace EntryPrinter {
 
-/// One object with name, path, url, sizeBytes, isDirectory and modifiedAt, on one line without its end.
-/// `url` is percent-encoded and loses no byte; in the other texts bytes that are not UTF-8 become U+FFFD.
-/// `group`, where there is one, comes first.
-[[nodiscard]] std::string jsonLine(const Entry& entry, std::string_view group = {});
+/// One object with name, path, url, sizeBytes, isDirectory and modifiedAt. `url` is percent-encoded and loses
+/// no byte. `group`, where there is one, comes first.
+[[nodiscard]] JsonLine jsonLine(const Entry& entry, std::string_view group = {});
 
-/// Writes the entries in a format, piece by piece. A table has one line an entry (size, bar where the width
-/// allows, name) and a last one with the total. False when the output takes no more; errno says why.
-[[nodiscard]] bool print(const EntryList& entries, OutputFormat format, const TableStyle& style);
+/// A line an entry (size, bar where the width allows, name), and a last one with the total.
+void addTable(const EntryList& entries, const TableStyle& style, OutputWriter& writer);
+
+void addCsv(const EntryList& entries, OutputWriter& writer);
+
+void addJson(const EntryList& entries, OutputWriter& writer);
 
 } // namespace EntryPrinter
 

@@ -1,33 +1,20 @@
 #include "KindsCommand.h"
 
+#include "JsonLine.h"
 #include "Kinds/FolderAnalyzer.h"
-#include "OutputWriter.h"
-#include "ProgressLine.h"
 #include "TableText.h"
 #include "Terminal.h"
 #include "Text/CSVExport.h"
 #include "Text/SizeFormatter.h"
 #include "Text/SizeProportion.h"
 
-#include <nlohmann/json.hpp>
-
 namespace tallyroom {
 
 namespace {
 
-/// Nothing when the analysis was interrupted.
-std::optional<FolderSummary> follow(const FileUrl& url, const ScanOptions& options,
-                                    const Interruption& interruption)
+std::string progressText(const FolderAnalyzer::Progress& record)
 {
-    auto stream = FolderAnalyzer::stream(url);
-    const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
-    ProgressLine line{!options.quiet && Terminal::errorIsTerminal()};
-    std::optional<FolderSummary> summary;
-    while (auto record = stream.nextUntilCancelled()) {
-        line.show([&record] { return "Analyse en cours… " + std::to_string(record->scanned); });
-        summary = std::move(record->summary);
-    }
-    return summary;
+    return "Analyse en cours… " + std::to_string(record.scanned);
 }
 
 std::string fileCount(std::int64_t files)
@@ -71,29 +58,12 @@ void addCsv(const FolderSummary& summary, OutputWriter& writer)
 void addJson(const FolderSummary& summary, OutputWriter& writer)
 {
     for (const CategorySize& category : summary.categories) {
-        nlohmann::ordered_json object;
-        object["kind"] = category.kind.rawValue();
-        object["totalBytes"] = category.totalBytes;
-        object["fileCount"] = category.fileCount;
-        writer.add(object.dump() + "\n");
+        writer.add(JsonLine{}
+                       .text("kind", category.kind.rawValue())
+                       .number("totalBytes", category.totalBytes)
+                       .number("fileCount", category.fileCount)
+                       .line());
     }
-}
-
-bool print(const FolderSummary& summary, OutputFormat format)
-{
-    OutputWriter writer;
-    switch (format) {
-    case OutputFormat::table:
-        addTable(summary, writer);
-        break;
-    case OutputFormat::csv:
-        addCsv(summary, writer);
-        break;
-    case OutputFormat::json:
-        addJson(summary, writer);
-        break;
-    }
-    return writer.finish();
 }
 
 } // namespace
@@ -104,12 +74,16 @@ ExitCode runKinds(const ScanOptions& options, const Interruption& interruption)
     if (!url) {
         return ExitCode::failure;
     }
-    const auto summary = follow(*url, options, interruption);
+    const auto summary =
+        ScanCommand::follow(FolderAnalyzer::stream(*url), options.quiet, interruption, progressText).summary;
     if (!summary) {
         Terminal::complain("analyse interrompue.");
         return ExitCode::interrupted;
     }
-    return ScanCommand::end(print(*summary, options.format), interruption);
+    return ScanCommand::print(
+        options.format, interruption, [&](OutputWriter& writer) { addTable(*summary, writer); },
+        [&](OutputWriter& writer) { addCsv(*summary, writer); },
+        [&](OutputWriter& writer) { addJson(*summary, writer); });
 }
 
 } // namespace tallyroom

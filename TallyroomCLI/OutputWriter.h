@@ -9,6 +9,8 @@
 
 namespace tallyroom {
 
+enum class OutputFormat : unsigned char { table, csv, json };
+
 /// Collects text for standard output and writes it in pieces; remembers a failure.
 class OutputWriter {
 public:

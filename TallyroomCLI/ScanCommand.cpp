@@ -1,7 +1,7 @@
 #include "ScanCommand.h"
 
+#include "EntryPrinter.h"
 #include "FileSystem/FolderReader.h"
-#include "ProgressLine.h"
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
 
@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <filesystem>
 
-namespace tallyroom::ScanCommand {
+namespace tallyroom {
 
 namespace {
 
@@ -53,8 +53,12 @@ EntryList repeatable(const EntryList& entries)
 
 } // namespace
 
-std::optional<FileUrl> folder(const std::string& argument)
+std::optional<FileUrl> ScanCommand::folder(const std::string& argument)
 {
+    if (argument.empty()) {
+        Terminal::complain("le nom du dossier est vide.");
+        return std::nullopt;
+    }
     std::error_code failed;
     const std::filesystem::path path = std::filesystem::absolute(argument, failed);
     const FileUrl url = FileUrl{path.native()}.standardized();
@@ -70,29 +74,7 @@ std::optional<FileUrl> folder(const std::string& argument)
     return std::nullopt;
 }
 
-ScanProgress follow(FileScanner::ScanStream stream, const ScanOptions& options,
-                    const Interruption& interruption)
-{
-    const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
-    ProgressLine line{!options.quiet && Terminal::errorIsTerminal()};
-    ScanProgress newest;
-    while (auto record = stream.nextUntilCancelled()) {
-        newest = std::move(*record);
-        line.show([&newest] { return progressText(newest); });
-    }
-    return newest;
-}
-
-ExitCode print(const EntryList& entries, const ScanOptions& options, const TableStyle& style,
-               const Interruption& interruption)
-{
-    if (interruption.hasCome()) {
-        Terminal::complain("analyse interrompue, la liste est incomplète.");
-    }
-    return end(EntryPrinter::print(entries, options.format, style), interruption);
-}
-
-ExitCode end(bool isWritten, const Interruption& interruption)
+ExitCode ScanCommand::end(bool isWritten, const Interruption& interruption)
 {
     if (!isWritten) {
         Terminal::complain("écriture impossible : " + SystemError::last().message());
@@ -101,42 +83,51 @@ ExitCode end(bool isWritten, const Interruption& interruption)
     return interruption.hasCome() ? ExitCode::interrupted : ExitCode::success;
 }
 
-ExitCode run(const ScanOptions& options, Shown shown, const Start& start, const Interruption& interruption)
+namespace {
+
+/// What a table calls its entries by.
+enum class Shown : bool { names, paths };
+
+/// A whole command: the folder, the scan that `start(folder)` starts, what it found.
+template <class Start>
+ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interruption, Start start)
 {
-    const auto url = folder(options.folder);
+    const auto url = ScanCommand::folder(options.folder);
     if (!url) {
         return ExitCode::failure;
     }
-    const ScanProgress found = follow(start(*url), options, interruption);
+    const ScanProgress found = ScanCommand::follow(start(*url), options.quiet, interruption, progressText);
+    if (interruption.hasCome()) {
+        Terminal::complain("analyse interrompue, la liste est incomplète.");
+    }
     const bool showsPaths = shown == Shown::paths;
+    const EntryList entries = showsPaths ? repeatable(found.entries) : found.entries;
     const TableStyle style{Terminal::columns(), Terminal::showsColours(), showsPaths};
-    return print(showsPaths ? repeatable(found.entries) : found.entries, options, style, interruption);
+    return ScanCommand::print(
+        options.format, interruption,
+        [&](OutputWriter& writer) { EntryPrinter::addTable(entries, style, writer); },
+        [&](OutputWriter& writer) { EntryPrinter::addCsv(entries, writer); },
+        [&](OutputWriter& writer) { EntryPrinter::addJson(entries, writer); });
 }
 
-} // namespace tallyroom::ScanCommand
-
-namespace tallyroom {
+} // namespace
 
 ExitCode runUsage(const ScanOptions& options, const Interruption& interruption)
 {
-    const auto start = [](const FileUrl& url) { return FileScanner::directEntriesStream(url, false); };
-    return ScanCommand::run(options, Shown::names, start, interruption);
+    return run(options, Shown::names, interruption,
+               [](const FileUrl& url) { return FileScanner::directEntriesStream(url, false); });
 }
 
 ExitCode runLargest(const ScanOptions& options, std::int64_t limit, const Interruption& interruption)
 {
-    const auto start = [limit](const FileUrl& url) {
-        return FileScanner::findLargestFilesStream(url, limit);
-    };
-    return ScanCommand::run(options, Shown::paths, start, interruption);
+    return run(options, Shown::paths, interruption,
+               [limit](const FileUrl& url) { return FileScanner::findLargestFilesStream(url, limit); });
 }
 
 ExitCode runSearch(const ScanOptions& options, const FolderNames& names, const Interruption& interruption)
 {
-    const auto start = [&names](const FileUrl& url) {
-        return FileScanner::findDirectoriesStream(names, url);
-    };
-    return ScanCommand::run(options, Shown::paths, start, interruption);
+    return run(options, Shown::paths, interruption,
+               [&names](const FileUrl& url) { return FileScanner::findDirectoriesStream(names, url); });
 }
 
 } // namespace tallyroom

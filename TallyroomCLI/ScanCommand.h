@@ -1,13 +1,15 @@
 #pragma once
 
-#include "EntryPrinter.h"
 #include "ExitCode.h"
 #include "Interruption.h"
+#include "OutputWriter.h"
+#include "ProgressLine.h"
 #include "Scanning/FileScanner.h"
 
-#include <functional>
+#include <optional>
 #include <string>
-#include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace tallyroom {
 
@@ -18,32 +20,50 @@ struct ScanOptions {
     bool quiet = false; ///< no progress, even on a terminal
 };
 
-/// What a table calls its entries by.
-enum class Shown : bool { names, paths };
-
 /// What the commands that scan a folder have in common: they check it, follow the stream, and stop on Ctrl+C.
 namespace ScanCommand {
 
 /// The folder as an absolute location, or nothing after a message on standard error.
 [[nodiscard]] std::optional<FileUrl> folder(const std::string& argument);
 
-/// Follows a scan to its end with a line of progress on standard error, and returns its newest record.
-[[nodiscard]] ScanProgress follow(FileScanner::ScanStream stream, const ScanOptions& options,
-                                  const Interruption& interruption);
-
-/// Prints the entries, after a word on standard error when the scan was interrupted.
-[[nodiscard]] ExitCode print(const EntryList& entries, const ScanOptions& options, const TableStyle& style,
-                             const Interruption& interruption);
+/// Follows a stream to its end, or to an interruption, with a line of progress on standard error unless
+/// `isQuiet`, and returns its newest record.
+template <class Record>
+[[nodiscard]] Record follow(ProgressStream<Record> stream, bool isQuiet, const Interruption& interruption,
+                            std::string (*textOf)(const std::type_identity_t<Record>& record))
+{
+    const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
+    ProgressLine line{!isQuiet && Terminal::errorIsTerminal()};
+    Record newest;
+    while (auto record = stream.nextUntilCancelled()) {
+        newest = std::move(*record);
+        line.show([&] { return textOf(newest); });
+    }
+    return newest;
+}
 
 /// How a command ends that has printed its result, or could not and left the reason in errno.
 [[nodiscard]] ExitCode end(bool isWritten, const Interruption& interruption);
 
-/// Starts the scan of a folder.
-using Start = std::function<FileScanner::ScanStream(const FileUrl&)>;
-
-/// A whole command: the folder, the scan that `start` starts on it, what it found.
-[[nodiscard]] ExitCode run(const ScanOptions& options, Shown shown, const Start& start,
-                           const Interruption& interruption);
+/// Prints a result by the one of three writers that the format asks for, and ends the command.
+template <class AddTable, class AddCsv, class AddJson>
+[[nodiscard]] ExitCode print(OutputFormat format, const Interruption& interruption, AddTable addTable,
+                             AddCsv addCsv, AddJson addJson)
+{
+    OutputWriter writer;
+    switch (format) {
+    case OutputFormat::table:
+        addTable(writer);
+        break;
+    case OutputFormat::csv:
+        addCsv(writer);
+        break;
+    case OutputFormat::json:
+        addJson(writer);
+        break;
+    }
+    return end(writer.finish(), interruption);
+}
 
 } // namespace ScanCommand
 

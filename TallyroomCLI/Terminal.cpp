@@ -56,12 +56,24 @@ bool isHarmless(char32_t code)
     return code >= 0x20 && code != 0x7F && !Utf8::turnsOrBreaks(code);
 }
 
+/// Most of any text: harmless without a further look.
+bool isPlain(char byte)
+{
+    return byte >= 0x20 && byte < 0x7F;
+}
+
 /// The text with `escape` of each character that is not harmless.
 std::string withoutHarm(std::string_view text, std::string (*escape)(std::string_view character))
 {
     std::string result;
     result.reserve(text.size());
-    while (!text.empty()) {
+    while (true) {
+        const auto plain = std::ranges::find_if_not(text, isPlain) - text.begin();
+        result += text.substr(0, static_cast<std::size_t>(plain));
+        text.remove_prefix(static_cast<std::size_t>(plain));
+        if (text.empty()) {
+            return result;
+        }
         const std::size_t length = Utf8::characterLength(text);
         const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
         if (length == 0 || !isHarmless(Utf8::codePoint(character))) {
@@ -71,7 +83,6 @@ std::string withoutHarm(std::string_view text, std::string (*escape)(std::string
         }
         text.remove_prefix(character.size());
     }
-    return result;
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "VolumesCommand.h"
 
-#include "OutputWriter.h"
+#include "JsonLine.h"
 #include "TableText.h"
 #include "Terminal.h"
 #include "Text/CSVExport.h"
@@ -9,22 +9,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 
 namespace tallyroom {
 
 namespace {
-
-VolumeReport ask(const Interruption& interruption)
-{
-    auto stream = VolumeInfo::stream(VolumeInfo::usualLimit);
-    const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });
-    VolumeReport newest;
-    while (auto report = stream.nextUntilCancelled()) {
-        newest = std::move(*report);
-    }
-    return newest;
-}
 
 void addTable(const std::vector<VolumeUsage>& volumes, OutputWriter& writer)
 {
@@ -79,47 +67,33 @@ void addCsv(const std::vector<VolumeUsage>& volumes, OutputWriter& writer)
 void addJson(const std::vector<VolumeUsage>& volumes, OutputWriter& writer)
 {
     for (const VolumeUsage& volume : volumes) {
-        nlohmann::ordered_json object;
-        object["name"] = volume.name;
-        object["path"] = volume.url.path();
-        object["url"] = volume.url.percentEncoded();
-        object["totalBytes"] = volume.totalBytes;
-        object["availableBytes"] = volume.availableBytes;
-        object["usedBytes"] = volume.usedBytes();
-        object["isInternal"] = volume.isInternal;
-        writer.add(Terminal::printableJson(
-                       object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) +
-                   "\n");
+        writer.add(JsonLine{}
+                       .text("name", volume.name)
+                       .text("path", volume.url.path())
+                       .text("url", volume.url.percentEncoded())
+                       .number("totalBytes", volume.totalBytes)
+                       .number("availableBytes", volume.availableBytes)
+                       .number("usedBytes", volume.usedBytes())
+                       .truth("isInternal", volume.isInternal)
+                       .line());
     }
-}
-
-bool print(const std::vector<VolumeUsage>& volumes, OutputFormat format)
-{
-    OutputWriter writer;
-    switch (format) {
-    case OutputFormat::table:
-        addTable(volumes, writer);
-        break;
-    case OutputFormat::csv:
-        addCsv(volumes, writer);
-        break;
-    case OutputFormat::json:
-        addJson(volumes, writer);
-        break;
-    }
-    return writer.finish();
 }
 
 } // namespace
 
 ExitCode runVolumes(OutputFormat format, const Interruption& interruption)
 {
-    const VolumeReport report = ask(interruption);
+    const VolumeReport report =
+        ScanCommand::follow(VolumeInfo::stream(VolumeInfo::usualLimit), true, interruption,
+                            [](const VolumeReport&) { return std::string{}; });
     if (report.unanswered > 0) {
         Terminal::complain(std::to_string(report.unanswered) +
                            (report.unanswered > 1 ? " volumes ne répondent pas." : " volume ne répond pas."));
     }
-    return ScanCommand::end(print(report.volumes, format), interruption);
+    return ScanCommand::print(
+        format, interruption, [&](OutputWriter& writer) { addTable(report.volumes, writer); },
+        [&](OutputWriter& writer) { addCsv(report.volumes, writer); },
+        [&](OutputWriter& writer) { addJson(report.volumes, writer); });
 }
 
 } // namespace tallyroom

@@ -21,6 +21,7 @@ std::string SystemError::message() const
         std::pair{EXDEV, "Cet élément est sur un autre volume."},
         std::pair{ENOTDIR, "Ce n'est pas un dossier."},
         std::pair{EISDIR, "C'est un dossier."},
+        std::pair{EINVAL, "Le système n'accepte pas cette opération."},
         std::pair{EMFILE, "Trop de fichiers sont ouverts."},
         std::pair{ENFILE, "Trop de fichiers sont ouverts."},
         std::pair{ENOSPC, "Le volume est plein."},
