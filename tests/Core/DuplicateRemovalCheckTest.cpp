@@ -60,17 +60,6 @@ Names removeIn(const TemporaryTree& tree, const Groups& groups, const Names& vic
     return refused;
 }
 
-/// Writes another byte into a file and puts its modification time back.
-void rewriteUnderItsTime(const std::string& path, off_t offset)
-{
-    const FileDescriptor file{::open(path.c_str(), O_WRONLY | O_CLOEXEC)};
-    struct stat before = {};
-    ASSERT_EQ(::fstat(file.get(), &before), 0);
-    ASSERT_EQ(::pwrite(file.get(), "?", 1, offset), 1);
-    const std::array times{before.st_atim, before.st_mtim};
-    ASSERT_EQ(::futimens(file.get(), times.data()), 0);
-}
-
 /// Writes another byte through memory: on a tmpfs this moves no time at all.
 void rewriteInMemory(const std::string& path, std::size_t offset, std::size_t size)
 {
@@ -79,23 +68,6 @@ void rewriteInMemory(const std::string& path, std::size_t offset, std::size_t si
     ASSERT_NE(memory, MAP_FAILED);
     static_cast<char*>(memory)[offset] = '?';
     ::munmap(memory, size);
-}
-
-/// Puts a copy with the same time in the place of a file: only its inode is another one.
-void replaceByItsCopy(const TemporaryTree& tree, const std::string& name)
-{
-    struct stat before = {};
-    ASSERT_EQ(::stat(tree.path(name).c_str(), &before), 0);
-    const std::string content = tree.content(name);
-    const std::string copy = tree.path(name + ".new");
-    {
-        const FileDescriptor file{::open(copy.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644)};
-        ASSERT_EQ(::pwrite(file.get(), content.data(), content.size(), 0),
-                  static_cast<ssize_t>(content.size()));
-        const std::array times{before.st_atim, before.st_mtim};
-        ASSERT_EQ(::futimens(file.get(), times.data()), 0);
-    }
-    ASSERT_EQ(::rename(copy.c_str(), tree.path(name).c_str()), 0);
 }
 
 struct RemovalCase {
@@ -107,75 +79,60 @@ struct RemovalCase {
 
 TEST(DuplicateRemovalCheck, OnlyWhatIsACopyOfAFileThatStaysIsRemoved)
 {
-    const auto nothing = [](TemporaryTree&) {};
+    const auto refused = [](const char* reason, const Names& names) {
+        Names lines;
+        std::ranges::transform(names, std::back_inserter(lines),
+                               [reason](const std::string& name) { return name + ": " + reason; });
+        return lines;
+    };
+    const auto nothing = [](auto&) {};
     const auto editLater = [](const char* name) {
-        return [name](TemporaryTree& tree) { tree.add(file(name, "SAME").modifiedAt(1'000'000'000)); };
+        return [name](auto& tree) { tree.add(file(name, "SAME").modifiedAt(1'000'000'000)); };
     };
-    const auto unlinked = [](const char* name) {
-        return [name](TemporaryTree& tree) { ASSERT_EQ(::unlink(tree.path(name).c_str()), 0); };
+    const auto rewritten = [](const char* name) {
+        return [name](auto& tree) { tree.keepingItsTime(name, [&] { tree.overwrite(name, "?", 2); }); };
     };
+    const auto replacedBy = [](const char* name, const TreeItem& item) {
+        return [name, item](auto& tree) {
+            tree.remove(name);
+            tree.add(item);
+        };
+    };
+    const auto unlinked = [](const char* name) { return [name](auto& tree) { tree.remove(name); }; };
+    const Names all{"a", "b", "c", "d/d"};
+    const Names allButA{"b", "c", "d/d"};
     const std::vector<RemovalCase> cases{
         {"copies go while one stays", nothing, {"b", "c"}, {}},
-        {"all go when all are meant", nothing, {"a", "b", "c", "d/d"}, {}},
-        {"the victim was edited", editLater("b"), {"b"}, {std::string{"b: "} + changed}},
+        {"all go when all are meant", nothing, all, {}},
+        {"the victim was edited", editLater("b"), {"b"}, refused(changed, {"b"})},
         {"the victim grew",
-         [](TemporaryTree& tree) { tree.add(file("b", "same and more")); },
+         [](auto& tree) { tree.overwrite("b", "more", 4); },
          {"b"},
-         {std::string{"b: "} + changed}},
-        {"the victim is gone", unlinked("b"), {"b", "c"}, {std::string{"b: "} + gone}},
-        {"the victim is a folder now",
-         [&](TemporaryTree& tree) {
-             unlinked("b")(tree);
-             tree.add(folder("b"));
-         },
-         {"b"},
-         {std::string{"b: "} + changed}},
-        {"the victim is a link now",
-         [&](TemporaryTree& tree) {
-             unlinked("b")(tree);
-             tree.add(link("b", "a"));
-         },
-         {"b"},
-         {std::string{"b: "} + changed}},
-        {"its parent is gone",
-         [](TemporaryTree& tree) { ASSERT_EQ(::rename(tree.path("d").c_str(), tree.path("e").c_str()), 0); },
-         {"d/d"},
-         {std::string{"d/d: "} + gone}},
+         refused(changed, {"b"})},
+        {"the victim is gone", unlinked("b"), {"b", "c"}, refused(gone, {"b"})},
+        {"the victim is a folder now", replacedBy("b", folder("b")), {"b"}, refused(changed, {"b"})},
+        {"the victim is a link now", replacedBy("b", link("b", "a")), {"b"}, refused(changed, {"b"})},
+        {"its parent is gone", [](auto& tree) { tree.rename("d", "e"); }, {"d/d"}, refused(gone, {"d/d"})},
         {"one kept copy changed, another is there", editLater("a"), {"c"}, {}},
-        {"the only kept copy changed",
-         editLater("a"),
-         {"b", "c", "d/d"},
-         {std::string{"b: "} + noCopy, std::string{"c: "} + noCopy, std::string{"d/d: "} + noCopy}},
-        {"the only kept copy is gone",
-         unlinked("a"),
-         {"b", "c", "d/d"},
-         {std::string{"b: "} + noCopy, std::string{"c: "} + noCopy, std::string{"d/d: "} + noCopy}},
-        {"the victim changed under its time",
-         [](TemporaryTree& tree) { rewriteUnderItsTime(tree.path("b"), 2); },
-         {"b", "c"},
-         {std::string{"b: "} + changed}},
-        {"the kept copy changed under its time",
-         [](TemporaryTree& tree) { rewriteUnderItsTime(tree.path("a"), 2); },
-         {"b", "c", "d/d"},
-         {std::string{"b: "} + noCopy, std::string{"c: "} + noCopy, std::string{"d/d: "} + noCopy}},
-        {"the last copy changed under its time",
-         [](TemporaryTree& tree) { rewriteUnderItsTime(tree.path("a"), 2); },
-         {"a", "b", "c", "d/d"},
-         {std::string{"a: "} + changed}},
-        {"rights changed", [](TemporaryTree& tree) { ::chmod(tree.path("a").c_str(), 0600); }, {"b"}, {}},
-        {"the kept copy became a link of the victim",
-         [&](TemporaryTree& tree) {
-             unlinked("a")(tree);
-             tree.add(hardLink("a", "b"));
-         },
-         {"b", "c", "d/d"},
-         {std::string{"b: "} + hardLinked}},
+        {"the only kept copy changed", editLater("a"), allButA, refused(noCopy, allButA)},
+        {"the only kept copy is gone", unlinked("a"), allButA, refused(noCopy, allButA)},
+        {"the victim changed under its time", rewritten("b"), {"b", "c"}, refused(changed, {"b"})},
+        {"the kept copy changed under its time", rewritten("a"), allButA, refused(noCopy, allButA)},
+        {"the last copy changed under its time", rewritten("a"), all, refused(changed, {"a"})},
+        {"rights changed", [](auto& tree) { ::chmod(tree.path("a").c_str(), 0600); }, {"b"}, {}},
+        {"the kept copy became a link of the victim", replacedBy("a", hardLink("a", "b")), allButA,
+         refused(hardLinked, {"b"})},
         {"a kept file has another inode",
-         [](TemporaryTree& tree) { replaceByItsCopy(tree, "a"); },
-         {"b", "c", "d/d"},
+         [](auto& tree) {
+             tree.keepingItsTime("a", [&] {
+                 tree.add(file("new", "same"));
+                 tree.rename("new", "a");
+             });
+         },
+         allButA,
          {}},
     };
-    for (const auto& [what, disturb, victims, refused] : cases) {
+    for (const auto& [what, disturb, victims, refusedOnes] : cases) {
         SCOPED_TRACE(what);
         TemporaryTree tree;
         for (const char* const name : {"a", "b", "c", "d/d"}) {
@@ -183,10 +140,10 @@ TEST(DuplicateRemovalCheck, OnlyWhatIsACopyOfAFileThatStaysIsRemoved)
         }
         const auto groups = duplicatesIn(tree);
         disturb(tree);
-        EXPECT_EQ(removeIn(tree, groups, victims), refused);
+        EXPECT_EQ(removeIn(tree, groups, victims), refusedOnes);
         for (const std::string& victim : victims) {
             const bool isRefused = std::ranges::any_of(
-                refused, [&victim](const std::string& line) { return line.starts_with(victim + ": "); });
+                refusedOnes, [&victim](const std::string& line) { return line.starts_with(victim + ": "); });
             EXPECT_TRUE(isRefused || !tree.exists(victim)) << victim;
         }
     }
@@ -280,7 +237,7 @@ TEST(DuplicateRemovalCheck, ACopyInATrashIsNoCopyToRelyOn)
     EXPECT_EQ(losing({".Trash-1000/files/a"}), 0);
     EXPECT_EQ(losing({".Trash/0/files/x", ".Trash/0/files/y"}), 1);
 
-    ASSERT_EQ(::truncate(tree.path("c").c_str(), 1), 0);
+    tree.overwrite("c", "more", 4);
     EXPECT_THAT(removeIn(tree, groups, {"b", ".Trash/0/files/y"}), ElementsAre(std::string{"b: "} + noCopy));
     EXPECT_FALSE(tree.exists(".Trash/0/files/y")) << "the one of a pair that is all in the trash";
 }
@@ -358,11 +315,11 @@ TEST(DuplicateRemovalCheck, AFileIsNoCopyOfItselfThroughANetwork)
         GTEST_SKIP() << "sshfs or the right to mount is missing";
     }
     const ScopedVariable home{"XDG_DATA_HOME", tree.path("home")};
+    tree.add(file("data/a", 200_KiB));
+    const std::string content = tree.content("data/a");
     for (const bool isPermanent : {true, false}) {
         for (const char* const victim : {"data/a", "net/a"}) {
             SCOPED_TRACE(std::string{victim} + (isPermanent ? " for good" : " to the trash"));
-            tree.add(file("data/a", 200_KiB));
-            const std::string content = tree.content("data/a");
             const auto groups = duplicatesIn(tree);
             ASSERT_EQ(groups->size(), 1U);
             ASSERT_EQ((*groups)[0].entries.size(), 2U);
@@ -373,7 +330,7 @@ TEST(DuplicateRemovalCheck, AFileIsNoCopyOfItselfThroughANetwork)
         }
     }
     tree.add({file("data/b", 200_KiB), file("other", 200_KiB)});
-    ASSERT_EQ(::unlink(tree.path("data/a").c_str()), 0);
+    tree.remove("data/a");
     EXPECT_THAT(removeIn(tree, duplicatesIn(tree), {"data/b", "net/b"}),
                 ElementsAre(std::string{"net/b: "} + gone))
         << "a copy is elsewhere, and a path is gone";

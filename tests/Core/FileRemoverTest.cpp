@@ -174,58 +174,6 @@ TEST_F(FileRemoverTest, EveryItemIsTriedOnceInTheOrderGiven)
     EXPECT_EQ(remove({}, true), FileRemover::RemovalResult{});
 }
 
-TEST_F(FileRemoverTest, UndoPutsBackWhatItCanAndNeverOverwrites)
-{
-    tree.add({file("taken", "old"), file("gone/inner", "i"), file("emptied", "e"), file("free", "f"),
-              link("shortcut", "free")});
-    const auto trashed = remove({tree.url("taken"), tree.url("gone/inner"), tree.url("emptied"),
-                                 tree.url("shortcut/"), tree.url("free")},
-                                false)
-                             .trashed;
-    ASSERT_THAT(trashed, SizeIs(5));
-    ASSERT_TRUE(remove({tree.url("gone"), tree.url("data/Trash/files/emptied")}, true).allSucceeded());
-    tree.add(file("taken", "new"));
-    const auto result = FileRemover::restore(trashed);
-    EXPECT_THAT(result.removed, ElementsAre(tree.url("shortcut/"), tree.url("free")));
-    EXPECT_THAT(
-        result.failures,
-        ElementsAre(
-            FileRemover::RemovalFailure{tree.url("taken"), "Un élément de ce nom existe déjà."},
-            FileRemover::RemovalFailure{tree.url("gone/inner"), "Cet élément n'existe plus."},
-            FileRemover::RemovalFailure{tree.url("emptied"), "Cet élément n'est plus dans la corbeille."}));
-    EXPECT_FALSE(result.canUndo());
-    EXPECT_EQ(tree.content("taken"), "new");
-    EXPECT_EQ(tree.content("free"), "f");
-    EXPECT_EQ(tree.content("shortcut"), "free");
-    EXPECT_THAT(tree.names("data/Trash/files"), ElementsAre("inner", "taken"));
-    EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("inner.trashinfo", "taken.trashinfo"))
-        << "the record of what is deleted in the trash goes along";
-}
-
-TEST_F(FileRemoverTest, OddNamesAndLongPathsComeBackWhole)
-{
-    const std::string far = chain(std::string(200, 'd'), 30);
-    std::vector<FileUrl> urls;
-    for (const std::string& name : {std::string{"new\nline"}, std::string{"\xff\xfe"}, std::string(255, 'n'),
-                                    std::string{"-rf"}, std::string{" "}, std::string{"%2F"}}) {
-        for (const std::string& parent : {std::string{"near/"}, far + "/"}) {
-            tree.add(file(parent + name, parent));
-            urls.push_back(tree.url(parent + name));
-        }
-    }
-    const auto trashed = remove(urls, false);
-    EXPECT_THAT(trashed.failures, IsEmpty());
-    EXPECT_THAT(tree.names("near"), IsEmpty());
-    EXPECT_THAT(tree.names(far), IsEmpty());
-    const auto restored = FileRemover::restore(trashed.trashed);
-    EXPECT_EQ(restored.removed, urls);
-    EXPECT_THAT(tree.names("near"), SizeIs(6));
-    EXPECT_EQ(tree.content(far + "/new\nline"), far + "/");
-    EXPECT_THAT(tree.names("data/Trash/info"), IsEmpty());
-    EXPECT_TRUE(remove(urls, true).allSucceeded());
-    EXPECT_THAT(tree.names(far), IsEmpty());
-}
-
 } // namespace
 
 } // namespace tallyroom

@@ -1,7 +1,6 @@
 #include "Scanning/FileScanner.h"
 
 #include "Concurrency/WorkerPool.h"
-#include "FileSystem/FolderReader.h"
 #include "Scanning/BoundedTopHeap.h"
 #include "Scanning/ScanCache.h"
 #include "Scanning/SizeCache.h"
@@ -9,12 +8,10 @@
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
-#include <sys/stat.h>
 
 namespace tallyroom {
 
@@ -110,21 +107,6 @@ TEST_F(FileScannerTest, AnEmptyListingIsKeptByTheOneShotFormAlone)
     EXPECT_TRUE(FileScanner::directEntries(FileUrl{}, true).get().empty());
     EXPECT_EQ(ScanCache::shared().find(FileUrl{"/"}), std::nullopt) << "nowhere is not the root";
     EXPECT_EQ(SizeCache::shared().find(FileUrl{"/"}), std::nullopt);
-}
-
-TEST_F(FileScannerTest, ATreeOfTenThousandLevelsWithSiblingsIsMeasured)
-{
-    TemporaryTree tree;
-    FileDescriptor level = std::move(*openFolder(tree.url(), FolderAccess::listing));
-    for (int depth = 0; depth < 10'000; ++depth) {
-        ASSERT_EQ(::mkdirat(level.get(), "d", 0755), 0);
-        ASSERT_EQ(::mkdirat(level.get(), "sibling", 0755), 0);
-        level = std::move(*openChildFolder(level.get(), "d"));
-    }
-    FileDescriptor bottom{::openat(level.get(), "f", O_CREAT | O_WRONLY | O_CLOEXEC, 0644)};
-    ASSERT_EQ(::write(bottom.get(), "x", 1), 1);
-    const auto blocks = fileAttributes(bottom.get())->allocatedBytes;
-    EXPECT_EQ(FileScanner::directorySize(tree.url()), blocks);
 }
 
 TEST_F(FileScannerTest, AVolumeThatDoesNotAnswerKeepsNoOtherScanWaiting)

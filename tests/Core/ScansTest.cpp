@@ -4,6 +4,7 @@
 #include "Support/AllRecords.h"
 #include "Support/ListWords.h"
 
+#include <cerrno>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -186,6 +187,9 @@ public:
     virtual std::optional<Result> next() = 0;
     virtual void cancel() = 0;
 
+    /// What the last record says of the folder.
+    [[nodiscard]] std::optional<SystemError> unread() const { return m_unread; }
+
     /// Waits for the end. Only the last record tells a result.
     Result end()
     {
@@ -196,6 +200,9 @@ public:
         }
         return last;
     }
+
+protected:
+    std::optional<SystemError> m_unread;
 };
 
 template <typename Record>
@@ -208,6 +215,7 @@ public:
     std::optional<Result> next() override
     {
         const auto record = m_stream.next();
+        m_unread = record ? record->unread : m_unread;
         return record ? std::optional<Result>{std::in_place, resultOf(*record, m_tree)} : std::nullopt;
     }
 
@@ -315,13 +323,16 @@ TEST(Scans, AFolderOfThousandsLosesNothing)
               count + 2U);
 }
 
-TEST(Scans, WhatHoldsNothingGivesAnEmptyResult)
+TEST(Scans, WhatHoldsNothingGivesAnEmptyResultThatSaysWhatIsNotRead)
 {
     const TemporaryTree tree{folder("empty/.git"), file("file", 10)};
     for (const Scan& scan : scans()) {
-        for (const std::string place : {"empty/.git", "file", "missing"}) {
-            SCOPED_TRACE(scan.name + (" of " + place));
-            EXPECT_THAT(scan.start(tree, tree.url(place))->end(), testing::Optional(IsEmpty()));
+        for (const auto& [place, unread] :
+             {std::pair{"empty/.git", 0}, {"file", ENOTDIR}, {"missing", ENOENT}}) {
+            SCOPED_TRACE(std::string{scan.name} + " of " + place);
+            const auto run = scan.start(tree, tree.url(place));
+            EXPECT_THAT(run->end(), testing::Optional(IsEmpty()));
+            EXPECT_EQ(run->unread().value_or(SystemError{0}), SystemError{unread});
             EXPECT_THAT(scan.whole(tree, tree.url(place)), IsEmpty());
         }
     }

@@ -75,18 +75,6 @@ protected:
         return {entries.begin(), entries.end()};
     }
 
-    void rename(const std::string& from, const std::string& to) const
-    {
-        ASSERT_EQ(std::rename(tree.path(from).c_str(), tree.path(to).c_str()), 0);
-    }
-
-    void swap(const std::string& one, const std::string& other) const
-    {
-        ASSERT_EQ(::renameat2(AT_FDCWD, tree.path(one).c_str(), AT_FDCWD, tree.path(other).c_str(),
-                              RENAME_EXCHANGE),
-                  0);
-    }
-
     TemporaryTree tree{file("home/me/Documents/thesis", "t"), folder("data")};
     ScopedVariable home{"HOME", tree.path("home/me")};
     ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
@@ -137,7 +125,7 @@ TEST_F(SeenItemTest, ASecondLookComesWhenAnItemIsAwayAndCanStillComeBack)
                     EXPECT_EQ(result.failures[0].message,
                               "Non. Il se trouve à présent sous le nom « " + seen[0] + " ».");
                     EXPECT_EQ(tree.content("work/" + seen[0]), "a");
-                    ASSERT_EQ(::unlink(tree.path("work/" + seen[0]).c_str()), 0);
+                    tree.remove("work/" + seen[0]);
                 } else {
                     ASSERT_THAT(result.trashed, SizeIs(1)) << "it lies in the trash, and its undo is known";
                 }
@@ -196,31 +184,32 @@ TEST_F(SeenItemTest, WhatHasTakenItsPlaceStays)
     const std::vector<Change> changes{
         {"the folder above led away by a link",
          [this] {
-             rename("shared/proj", "shared/aside");
+             tree.rename("shared/proj", "shared/aside");
              tree.add(link("shared/proj", tree.path("mine")));
          },
          "mine/Documents/thesis"},
-        {"the folder above replaced", [this] { swap("shared/proj", "mine"); },
+        {"the folder above replaced", [this] { tree.exchange("shared/proj", "mine"); },
          "shared/proj/Documents/thesis"},
         {"the scanned folder led away by a link",
          [this] {
-             rename("shared", "aside");
+             tree.rename("shared", "aside");
              tree.add({folder("lure/proj"), link("shared", "lure")});
-             swap("lure/proj", "mine");
+             tree.exchange("lure/proj", "mine");
          },
          "lure/proj/Documents/thesis"},
-        {"the item replaced by another folder", [this] { swap("shared/proj/Documents", "mine/Documents"); },
+        {"the item replaced by another folder",
+         [this] { tree.exchange("shared/proj/Documents", "mine/Documents"); },
          "shared/proj/Documents/thesis"},
         {"the item made anew, maybe with the same inode number",
          [this] {
-             ASSERT_EQ(::unlink(tree.path("shared/proj/Documents/thesis").c_str()), 0);
-             ASSERT_EQ(::rmdir(tree.path("shared/proj/Documents").c_str()), 0);
+             tree.remove("shared/proj/Documents/thesis");
+             tree.remove("shared/proj/Documents");
              tree.add(file("shared/proj/Documents/thesis", "new"));
          },
          "shared/proj/Documents/thesis"},
         {"a file in place of the folder",
          [this] {
-             rename("shared/proj/Documents", "shared/proj/old");
+             tree.rename("shared/proj/Documents", "shared/proj/old");
              tree.add(file("shared/proj/Documents", "new"));
          },
          "shared/proj/Documents"},
@@ -293,7 +282,7 @@ TEST_F(SeenItemTest, WhatComesIntoItsPlaceAtTheLastMomentIsPutBack)
         std::optional<Interception> intruder;
         intruder.emplace([&](const InterceptedCall& call) {
             if (call.kind == moment.kind && std::string_view{call.name} == "doc" && ++seen == moment.which) {
-                swap("work/doc", "work/other");
+                tree.exchange("work/doc", "work/other");
             }
             return 0;
         });
@@ -313,7 +302,7 @@ TEST_F(SeenItemTest, WhatComesIntoItsPlaceAtTheLastMomentIsPutBack)
     {
         const Interception intruder{[&](const InterceptedCall& call) {
             if (call.kind == Kind::rename && tree.content("data/Trash/files/doc") == "mine") {
-                swap("data/Trash/files/doc", "data/stranger");
+                tree.exchange("data/Trash/files/doc", "data/stranger");
             }
             return 0;
         }};
@@ -367,7 +356,7 @@ TEST_F(SeenItemTest, AKernelThatGrantsNoOpenat2RemovesTheSameAndNoMore)
     auto entries = found("doc", "work");
     std::ranges::move(found("other", "work"), std::back_inserter(entries));
     ASSERT_THAT(entries, SizeIs(2));
-    rename("work/a/b/c", "work/a/b/d");
+    tree.rename("work/a/b/c", "work/a/b/d");
     tree.add(link("work/a/b/c", "d"));
     std::jthread{[&] {
         if (!refuseOpenat2InThisThread()) {
@@ -379,19 +368,6 @@ TEST_F(SeenItemTest, AKernelThatGrantsNoOpenat2RemovesTheSameAndNoMore)
         EXPECT_THAT(result.removed, ElementsAre(entries[1].url));
     }}.join();
     EXPECT_EQ(tree.content("work/a/b/d/doc/text"), "x");
-}
-
-TEST_F(SeenItemTest, ABlockCountThatLiesEndsNothing)
-{
-    tree.add({file("work/1", "12345"), file("work/2", "12345")});
-    const Interception liar{[](const InterceptedCall& call) {
-        if (call.kind == InterceptedCall::Kind::statx) {
-            call.told->stx_blocks = ~std::uint64_t{0} / 512;
-        }
-        return 0;
-    }};
-    FileScanner::clearCache();
-    EXPECT_EQ(FileScanner::directorySize(tree.url("work")), 10);
 }
 
 /// Where a file system makes up its inode numbers, size and date of a file stand for them.

@@ -1,9 +1,9 @@
 #include "Concurrency/WorkerPool.h"
 #include "Scanning/FileScanner.h"
 #include "Support/AllRecords.h"
+#include "Support/Interception.h"
 #include "Support/TemporaryTree.h"
 
-#include <fcntl.h>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,30 +13,6 @@
 #include <sys/stat.h>
 #include <thread>
 
-namespace {
-
-/// What happens at each look at a file, before its answer counts. Set while no scan runs.
-std::function<void(struct statx& answer)> atEachLook; // NOLINT(*-avoid-non-const-global-variables)
-
-} // namespace
-
-// The linker puts the second one in the place of the first.
-extern "C" {
-// NOLINTBEGIN(bugprone-reserved-identifier)
-int __real_statx(int folder, const char* name, int flags, unsigned mask, struct statx* answer);
-
-int __wrap_statx(int folder, const char* name, int flags, unsigned mask, struct statx* answer)
-{
-    const int result = __real_statx(folder, name, flags, mask, answer);
-    if (result == 0 && atEachLook) {
-        atEachLook(*answer);
-    }
-    return result;
-}
-
-// NOLINTEND(bugprone-reserved-identifier)
-}
-
 namespace tallyroom {
 
 namespace {
@@ -45,26 +21,20 @@ using testing::Each;
 using testing::Field;
 using testing::Optional;
 
-/// A disk that does something of its own at each look at a file.
-class SlowDisk : public testing::Test {
-protected:
-    void TearDown() override { atEachLook = nullptr; }
+/// For its life something happens at each look at a file, before the answer counts.
+Interception atEachLook(std::function<void(struct statx& answer)> action)
+{
+    return Interception{[action = std::move(action)](const InterceptedCall& call) {
+        action(*call.told);
+        return 0;
+    }};
+}
 
-    void addFiles(int count)
-    {
-        const FileDescriptor folder{::open(m_tree.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-        for (int number = 0; number < count; ++number) {
-            ASSERT_EQ(::mknodat(folder.get(), std::to_string(number).c_str(), S_IFREG | 0644, 0), 0);
-        }
-    }
-
-    TemporaryTree m_tree;
-};
-
-TEST_F(SlowDisk, AFlatFolderIsSharedAndToldAsItGoes)
+TEST(SlowDisk, AFlatFolderIsSharedAndToldAsItGoes)
 {
     constexpr int count = 800; // in one buffer of names
-    addFiles(count);
+    TemporaryTree tree;
+    tree.addEmptyFiles("flat", "", count);
     using Start = FileScanner::ScanStream (*)(const FileUrl&);
     for (const Start start :
          {Start{[](const FileUrl& url) { return FileScanner::directEntriesStream(url, false); }},
@@ -72,13 +42,13 @@ TEST_F(SlowDisk, AFlatFolderIsSharedAndToldAsItGoes)
         std::mutex mutex;
         std::set<std::thread::id> workers;
         int looks = 0;
-        atEachLook = [&](struct statx&) {
+        const auto slowness = atEachLook([&](struct statx&) {
             std::this_thread::sleep_for(std::chrono::milliseconds{2});
             const std::scoped_lock lock{mutex};
             workers.insert(std::this_thread::get_id());
             ++looks;
-        };
-        auto stream = start(m_tree.url());
+        });
+        auto stream = start(tree.url("flat"));
         int looksBefore = count;
         ScanProgress last;
         while (auto record = stream.next()) {
@@ -93,12 +63,12 @@ TEST_F(SlowDisk, AFlatFolderIsSharedAndToldAsItGoes)
     }
 }
 
-TEST_F(SlowDisk, TheLargestFilesAreToldByTheClock)
+TEST(SlowDisk, TheLargestFilesAreToldByTheClock)
 {
-    addFiles(3);
+    const TemporaryTree tree{file("1"), file("2"), file("3")};
     std::latch mayAnswer{1};
-    atEachLook = [&](struct statx&) { mayAnswer.wait(); };
-    auto stream = FileScanner::findLargestFilesStream(m_tree.url(), 3);
+    const auto slowness = atEachLook([&](struct statx&) { mayAnswer.wait(); });
+    auto stream = FileScanner::findLargestFilesStream(tree.url(), 3);
     for (int record = 0; record < 3; ++record) {
         EXPECT_EQ(stream.next(), (ScanProgress{{}, 0, 0, true})); // hangs when only files make a record
     }
@@ -106,16 +76,18 @@ TEST_F(SlowDisk, TheLargestFilesAreToldByTheClock)
     EXPECT_EQ(allRecords(std::move(stream)).back().completed, 3);
 }
 
-TEST_F(SlowDisk, DatesFarOffAreTheFirstOrLastOnesThatCanBeTold)
+TEST(OddDisk, DatesFarOffAndBlockCountsThatLieAreTakenForTheNearestThatCanBe)
 {
-    addFiles(2);
+    const TemporaryTree tree{file("1", "12345"), file("2", "12345")};
     for (const auto& [year, expected] : {std::pair{2300, Timestamp::max()}, {1500, Timestamp::min()}}) {
         const std::chrono::sys_days day{std::chrono::year{year} / 7 / 1};
-        atEachLook = [seconds = std::chrono::sys_seconds{day}](struct statx& answer) {
+        const auto lies = atEachLook([seconds = std::chrono::sys_seconds{day}](struct statx& answer) {
             answer.stx_mtime.tv_sec = seconds.time_since_epoch().count();
-        };
-        EXPECT_THAT(FileScanner::directEntries(m_tree.url(), false).get(),
-                    Each(Field(&Entry::modifiedAt, Optional(expected))));
+            answer.stx_blocks = ~std::uint64_t{0} / 512;
+        });
+        EXPECT_THAT(
+            FileScanner::directEntries(tree.url(), false).get(),
+            Each(testing::AllOf(Field(&Entry::modifiedAt, Optional(expected)), Field(&Entry::sizeBytes, 5))));
     }
 }
 

@@ -1,4 +1,5 @@
 #include "Removal/FileRemover.h"
+#include "Removal/TrashFolders.h"
 #include "Support/Interception.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
@@ -77,27 +78,33 @@ TEST_F(TrashTest, RecordsTheResolvedPathEncodedFromItsBytes)
     EXPECT_THAT(tree.names("real"), IsEmpty());
 }
 
-TEST_F(TrashTest, AClashOfNamesLosesNothing)
+TEST_F(TrashTest, NamesThatClashAreOddOrLieFarDownComeBackWhole)
 {
+    const std::string far = chain(std::string(200, 'd'), 30) + "/";
     const std::vector<std::pair<std::string, std::string>> expected{
         {"notes.txt", "notes.2.txt"},
         {".profile", ".profile.2"},
         {"archive", "archive.2"},
         {"-rf", "-rf.2"},
+        {"new\nline", "new\nline.2"},
+        {"\xff\xfe", "\xff\xfe.2"},
+        {" ", " .2"},
+        {"%2F", "%2F.2"},
         {std::string(255, 'n'), std::string(243, 'n') + ".2"},
         {std::string(251, 'n') + ".txt", std::string(239, 'n') + ".2.txt"},
         {"x" + chain("é", 1) + std::string(240, 'n') + "é.jpg", "xé" + std::string(236, 'n') + ".2.jpg"},
+        {std::string(242, 'n') + "éééé", std::string(242, 'n') + ".2"},
         {"n." + std::string(253, 'e'), "n." + std::string(241, 'e') + ".2"},
     };
     for (const auto& [name, second] : expected) {
-        tree.add({file("a/" + name, "first"), file("b/" + name, "second")});
-        const auto result = trash({tree.url("a/" + name), tree.url("b/" + name)});
+        tree.add({file("a/" + name, "first"), file(far + name, "second")});
+        const auto result = trash({tree.url("a/" + name), tree.url(far + name)});
         EXPECT_EQ(nameInTrash(result, 1), second);
         EXPECT_EQ(tree.content("data/Trash/files/" + nameInTrash(result)), "first") << name;
         EXPECT_EQ(tree.content("data/Trash/files/" + second), "second") << name;
-        EXPECT_THAT(record(second), HasSubstr("Path=" + tree.path("b/")));
+        EXPECT_THAT(record(second), HasSubstr("Path=" + tree.path(far)));
         EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
-        EXPECT_EQ(tree.content("a/" + name) + tree.content("b/" + name), "firstsecond") << name;
+        EXPECT_EQ(tree.content("a/" + name) + tree.content(far + name), "firstsecond") << name;
     }
     EXPECT_THAT(tree.names("data/Trash/info"), IsEmpty());
     EXPECT_THAT(tree.names("data/Trash/files"), IsEmpty());
@@ -114,36 +121,47 @@ TEST_F(TrashTest, NeitherAnItemWithoutRecordNorARecordWithoutItemIsOverwritten)
     EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("photo.2.trashinfo", "photo.3.trashinfo"));
 }
 
-TEST_F(TrashTest, AnUndoPutsBackTheVeryItemIntoTheVeryFolder)
+TEST_F(TrashTest, AnUndoPutsBackTheVeryItemIntoTheVeryFolderAndNeverOverwrites)
 {
     tree.add({file("a/notes", "first"), file("b/notes", "second"), file("a/bare", "third"),
-              file("a/gone", "g"), file("c/moved", "m")});
+              file("a/gone", "g"), file("c/moved", "m"), file("a/taken", "old"), file("e/inner", "i"),
+              file("a/emptied", "e"), link("a/shortcut", "bare")});
     const auto undone =
-        trash({tree.url("a/notes"), tree.url("a/bare"), tree.url("a/gone"), tree.url("c/moved")}).trashed;
-    ASSERT_THAT(undone, SizeIs(4));
+        trash({tree.url("a/notes"), tree.url("a/bare"), tree.url("a/gone"), tree.url("c/moved"),
+               tree.url("a/taken"), tree.url("e/inner"), tree.url("a/emptied"), tree.url("a/shortcut/")})
+            .trashed;
+    ASSERT_THAT(undone, SizeIs(8));
     for (const auto* path : {"files/notes", "info/notes.trashinfo", "info/bare.trashinfo", "files/gone"}) {
-        ASSERT_EQ(::unlink(tree.path("data/Trash/").append(path).c_str()), 0);
+        tree.remove(std::string{"data/Trash/"} + path);
     }
-    ASSERT_EQ(std::rename(tree.path("c").c_str(), tree.path("d").c_str()), 0);
-    tree.add(folder("c"));
+    const std::vector gone{tree.url("e"), tree.url("data/Trash/files/emptied")};
+    ASSERT_TRUE(FileRemover::remove(gone, true).allSucceeded());
+    tree.rename("c", "d");
+    tree.add({folder("c"), file("a/taken", "new")});
     const auto stranger = trash("b/notes");
     ASSERT_EQ(nameInTrash(stranger), "notes");
     const auto result = FileRemover::restore(undone);
-    EXPECT_THAT(result.removed, ElementsAre(tree.url("a/bare")));
-    EXPECT_THAT(
-        result.failures,
-        ElementsAre(
-            FileRemover::RemovalFailure{tree.url("a/notes"),
-                                        "Un autre élément porte maintenant ce nom dans la corbeille."},
-            FileRemover::RemovalFailure{tree.url("a/gone"), "Cet élément n'est plus dans la corbeille."},
-            FileRemover::RemovalFailure{tree.url("c/moved"),
-                                        "Le dossier d'origine a été remplacé par un autre."}));
-    EXPECT_THAT(tree.names("a"), ElementsAre("bare"));
+    EXPECT_THAT(result.removed, ElementsAre(tree.url("a/bare"), tree.url("a/shortcut/")));
+    using Failure = FileRemover::RemovalFailure;
+    EXPECT_THAT(result.failures,
+                ElementsAre(Failure{tree.url("a/notes"),
+                                    "Un autre élément porte maintenant ce nom dans la corbeille."},
+                            Failure{tree.url("a/gone"), "Cet élément n'est plus dans la corbeille."},
+                            Failure{tree.url("c/moved"), "Le dossier d'origine a été remplacé par un autre."},
+                            Failure{tree.url("a/taken"), "Un élément de ce nom existe déjà."},
+                            Failure{tree.url("e/inner"), "Cet élément n'existe plus."},
+                            Failure{tree.url("a/emptied"), "Cet élément n'est plus dans la corbeille."}));
+    EXPECT_FALSE(result.canUndo());
+    EXPECT_THAT(tree.names("a"), ElementsAre("bare", "shortcut", "taken"));
+    EXPECT_EQ(tree.content("a/taken") + tree.content("a/shortcut"), "newbare");
     EXPECT_THAT(tree.names("c"), IsEmpty());
     EXPECT_EQ(tree.content("data/Trash/files/moved"), "m");
     EXPECT_TRUE(FileRemover::restore(stranger.trashed).allSucceeded());
     EXPECT_EQ(tree.content("b/notes"), "second");
-    EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("gone.trashinfo", "moved.trashinfo"));
+    EXPECT_THAT(tree.names("data/Trash/files"), ElementsAre("inner", "moved", "taken"));
+    EXPECT_THAT(tree.names("data/Trash/info"),
+                ElementsAre("gone.trashinfo", "inner.trashinfo", "moved.trashinfo", "taken.trashinfo"))
+        << "the record of what is deleted in the trash goes along";
 }
 
 TEST_F(TrashTest, ProcessesThatTrashTheSameNamesAtOnceLoseNothing)
@@ -306,7 +324,7 @@ TEST_F(VolumeTrashTest, ATrashThatAnotherHasLaidOutIsRefused)
 {
     tree.add({folder("elsewhere"), link("volume/" + own, tree.path("elsewhere"))});
     EXPECT_THAT(trashPhoto().failures, SizeIs(1));
-    ::unlink(tree.path("volume/" + own).c_str());
+    tree.remove("volume/" + own);
     if (::getuid() == 0) {
         tree.add(folder("volume/" + own).ownedBy(unprivilegedUser));
         EXPECT_THAT(trashPhoto().failures, SizeIs(1));
@@ -348,6 +366,44 @@ TEST_F(VolumeTrashTest, ABindMountOfTheSameVolumeHasItsOwnTrash)
     EXPECT_EQ(result.trashed.front().inTrash, tree.url("window/" + own + "/files/photo"));
     EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
     EXPECT_EQ(tree.content("disk/photo"), "p");
+}
+
+TEST(TrashFolders, WhatLiesInATrashIsKnownHoweverItsPathIsSpelt)
+{
+    const TemporaryTree tree{
+        // the person's own, with a name that tells nothing, reached by two links
+        file("var/bin/files/a"), file("var/bin/files/folder/b"), folder("var/bin/info"), folder("var/data"),
+        link("var/data/Trash", "../bin"), link("home", "var/data"),
+        // those of others
+        file("else/.local/share/Trash/files/c"), folder("else/.local/share/Trash/info"),
+        file(".Trash-1000/files/d"), folder(".Trash-1000/info"), file(".Trash/1000/files/e"),
+        folder(".Trash/1000/info"), link("way", "else/.local/share/Trash/files"),
+        // folders that only look like one
+        file("mail/Trash/files/f"), file("Trash/g"), folder("Trash/info"), folder("Trash/files"),
+        file(".Trash-me/files/h"), folder(".Trash-me/info"), file(".Trash-/files/i"), folder(".Trash-/info"),
+        file("1000/files/j"), folder("1000/info"), file(".Trash-1000/other/k")};
+    const ScopedVariable data{"XDG_DATA_HOME", tree.path("home")};
+    for (int round = 0; round < 2; ++round) { // the second one finds all folders known
+        TrashFolders::Lookup trash;
+        for (const char* const name :
+             {"var/bin/files/a", "var/bin/files/folder/b", "home/Trash/files/a", "var/data/Trash/files/gone",
+              "var/bin/info/a.trashinfo", "else/.local/share/Trash/files/c", "way/c", ".Trash-1000/files/d",
+              ".Trash/1000/files/e", "home/../.Trash-1000/files/gone/too"}) {
+            EXPECT_TRUE(trash.contains(tree.url(name))) << name;
+        }
+        for (const char* const name :
+             {"mail/Trash/files/f", "Trash/g", "Trash/files", ".Trash-me/files/h", ".Trash-/files/i",
+              "1000/files/j", ".Trash-1000/other/k", "var/bin", "way", "nothing/at/all"}) {
+            EXPECT_FALSE(trash.contains(tree.url(name))) << name;
+        }
+    }
+}
+
+TEST(TrashFolders, ARelativeDataFolderCountsAsUnset)
+{
+    const ScopedVariable home{"HOME", "/home/somebody"};
+    const ScopedVariable data{"XDG_DATA_HOME", "data"};
+    EXPECT_EQ(TrashFolders::home(), FileUrl{"/home/somebody/.local/share/Trash"});
 }
 
 } // namespace

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
-#include <exception>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -161,51 +160,6 @@ std::vector<std::string> namesIn(int folder)
     return names;
 }
 
-/// Unlinks what can be unlinked in a folder and returns the names of the folders that are left.
-std::vector<std::string> removeFiles(int folder)
-{
-    std::vector<std::string> folders;
-    for (std::string& name : namesIn(folder)) {
-        if (::unlinkat(folder, name.c_str(), 0) != 0 && ::unlinkat(folder, name.c_str(), AT_REMOVEDIR) != 0) {
-            folders.push_back(std::move(name));
-        }
-    }
-    return folders;
-}
-
-/// Empties a folder without recursion and with one open descriptor; what resists is left. It shares no code
-/// with the removal that these trees put to the test.
-void empty(FileDescriptor folder)
-{
-    struct Level {
-        std::string name;
-        std::vector<std::string> folders;
-    };
-
-    std::vector<Level> levels;
-    levels.push_back({{}, removeFiles(folder.get())});
-    while (folder.isOpen()) {
-        if (std::vector<std::string>& folders = levels.back().folders; !folders.empty()) {
-            std::string name = std::move(folders.back());
-            folders.pop_back();
-            ::fchmodat(folder.get(), name.c_str(), 0700, 0);
-            FileDescriptor child{
-                ::openat(folder.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)};
-            if (child.isOpen()) {
-                folder = std::move(child);
-                levels.push_back({std::move(name), removeFiles(folder.get())});
-            }
-            continue;
-        }
-        if (levels.size() == 1) {
-            return;
-        }
-        folder = openFolderAt(folder.get(), "..");
-        ::unlinkat(folder.get(), levels.back().name.c_str(), AT_REMOVEDIR);
-        levels.pop_back();
-    }
-}
-
 } // namespace
 
 TreeItem TreeItem::withMode(mode_t permissions) &&
@@ -294,20 +248,27 @@ TemporaryTree::TemporaryTree(std::initializer_list<TreeItem> items)
     try {
         add(items);
     } catch (...) {
-        empty(openFolderAt(m_folder.get(), "."));
-        ::rmdir(m_root.c_str());
+        removeAll();
         throw;
     }
 }
 
 TemporaryTree::~TemporaryTree()
 {
-    try {
-        empty(openFolderAt(m_folder.get(), "."));
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s is left: %s\n", m_root.c_str(), error.what());
+    removeAll();
+}
+
+void TemporaryTree::removeAll() noexcept
+{
+    for (const std::string& closed : m_closed) {
+        const Place place = placeOf(m_folder.get(), closed, false);
+        ::fchmodat(place.parent.get(), place.name.c_str(), 0700, 0);
     }
-    ::rmdir(m_root.c_str());
+    std::error_code error;
+    std::filesystem::remove_all(m_root, error);
+    if (error) {
+        std::fprintf(stderr, "%s is left: %s\n", m_root.c_str(), error.message().c_str());
+    }
 }
 
 void TemporaryTree::add(std::initializer_list<TreeItem> items)
@@ -323,6 +284,9 @@ void TemporaryTree::add(const TreeItem& item)
     require(place.parent.isOpen(), item.path);
     make(m_folder.get(), place, item);
     setAttributes(place, item);
+    if (item.kind == TreeItem::Kind::folder && item.mode) {
+        m_closed.push_back(item.path);
+    }
 }
 
 void TemporaryTree::addEmptyFiles(const std::string& folderPath, const std::string& beginning, int count)
@@ -332,6 +296,37 @@ void TemporaryTree::addEmptyFiles(const std::string& folderPath, const std::stri
         const std::string name = beginning + std::to_string(number);
         require(::mknodat(place.parent.get(), name.c_str(), S_IFREG | 0644, 0) == 0, name);
     }
+}
+
+void TemporaryTree::remove(const std::string& relative) const
+{
+    require(std::remove(path(relative).c_str()) == 0, relative);
+}
+
+void TemporaryTree::rename(const std::string& from, const std::string& to) const
+{
+    require(std::rename(path(from).c_str(), path(to).c_str()) == 0, from);
+}
+
+void TemporaryTree::exchange(const std::string& one, const std::string& other) const
+{
+    require(::renameat2(AT_FDCWD, path(one).c_str(), AT_FDCWD, path(other).c_str(), RENAME_EXCHANGE) == 0,
+            one);
+}
+
+void TemporaryTree::overwrite(const std::string& relative, std::string_view bytes, std::int64_t offset) const
+{
+    const FileDescriptor file{::open(path(relative).c_str(), O_WRONLY | O_CLOEXEC)};
+    require(::pwrite(file.get(), bytes.data(), bytes.size(), offset) == std::ssize(bytes), relative);
+}
+
+void TemporaryTree::keepingItsTime(const std::string& relative, const std::function<void()>& change) const
+{
+    struct stat before = {};
+    require(::stat(path(relative).c_str(), &before) == 0, relative);
+    change();
+    const std::array times{before.st_atim, before.st_mtim};
+    require(::utimensat(AT_FDCWD, path(relative).c_str(), times.data(), 0) == 0, relative);
 }
 
 std::string TemporaryTree::path(std::string_view relative) const

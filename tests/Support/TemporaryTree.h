@@ -4,6 +4,7 @@
 #include "Model/FileUrl.h"
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -73,7 +74,8 @@ struct TreeItem {
 [[nodiscard]] std::int64_t allocated(const std::string& path);
 
 /// A tree in a new temporary folder, removed with all that it holds at the end of its life. Names may hold
-/// any byte; depth and path length are unlimited. A tree that cannot be made throws std::system_error.
+/// any byte; path length is unlimited, depth too if the test removes what is deeper than a few hundred
+/// levels. A change that fails throws std::system_error.
 class TemporaryTree {
 public:
     TemporaryTree(std::initializer_list<TreeItem> items = {});
@@ -87,6 +89,20 @@ public:
 
     /// Adds many empty files to a folder, quickly: `beginning` and a number from 0.
     void addEmptyFiles(const std::string& folderPath, const std::string& beginning, int count);
+
+    /// Removes a file, a link or an empty folder.
+    void remove(const std::string& relative) const;
+
+    void rename(const std::string& from, const std::string& to) const;
+
+    /// Lets two items change places.
+    void exchange(const std::string& one, const std::string& other) const;
+
+    /// Writes into a file.
+    void overwrite(const std::string& relative, std::string_view bytes, std::int64_t offset) const;
+
+    /// Makes a change to a file, or puts another in its place, and sets its modification time back.
+    void keepingItsTime(const std::string& relative, const std::function<void()>& change) const;
 
     /// The absolute path of an item, its text after the tree's own path kept as given ("shortcut/" too).
     [[nodiscard]] std::string path(std::string_view relative = {}) const;
@@ -103,8 +119,11 @@ public:
     [[nodiscard]] std::vector<std::string> names(std::string_view relative = {}) const;
 
 private:
+    void removeAll() noexcept;
+
     std::string m_root;
     FileDescriptor m_folder;
+    std::vector<std::string> m_closed; ///< folders that may be closed to their owner
 };
 
 } // namespace tallyroom
