@@ -67,6 +67,11 @@ TEST_F(DashboardTest, AVolumeThatHasYetToAnswerAgainStaysUntilTheReadingEnds)
     EXPECT_THAT(dashboard.volumes(), ElementsAre(fuller));
     EXPECT_EQ(dashboard.mainVolume(), std::nullopt);
     EXPECT_EQ(dashboard.unansweredVolumes(), 2);
+    dashboard.refresh();
+    scene.volumes.end();
+    ASSERT_TRUE(waitUntil(&dashboard, &DashboardViewModel::isRefreshingChanged,
+                          [&] { return !dashboard.isRefreshing(); }));
+    EXPECT_THAT(dashboard.volumes(), IsEmpty()) << "none has answered this time";
 }
 
 TEST_F(DashboardTest, ANewerReadingReplacesTheOneUnderWayAndLeavesTheBreakdownAlone)

@@ -4,26 +4,25 @@
 #include "App/NavigatorScene.h"
 #include "App/ScreenWords.h"
 #include "Controls/SearchField.h"
-#include "Controls/SelectionBar.h"
 #include "Deletion/StatusBanner.h"
 #include "Rows/EntryTable.h"
 #include "Rows/EntryTableHeader.h"
 #include "Rows/EntryTableModel.h"
 #include "Settings/PersistedSettings.h"
-#include "Shell/ContentView.h"
-#include "Support/TemporaryTree.h"
-#include "Text/FileUrlText.h"
 #include "Theme/Theme.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
+#include "Tools/DiskUsage/Treemap/TreemapView.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
-#include <QLabel>
+#include <QFileDialog>
 #include <QMenu>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -57,14 +56,22 @@ protected:
 
     [[nodiscard]] QStringList texts() const { return visibleTexts(view); }
 
-    [[nodiscard]] QAbstractButton* button(const QString& text) const { return visibleButton(view, text); }
+    [[nodiscard]] QAbstractButton* button(const char* text) const
+    {
+        return visibleButton(view, QString::fromUtf8(text));
+    }
+
+    /// What the screen says of its list and of what is checked.
+    [[nodiscard]] std::string sums() const
+    {
+        const QRegularExpression sum{QStringLiteral("élément|sélectionné|^. ")};
+        const QString said = texts().filter(sum).join(QStringLiteral(" | "));
+        return QString{said}.replace(QStringLiteral("| · "), QStringLiteral("· ")).toStdString();
+    }
 
     [[nodiscard]] DeleteConfirmation* dialog() const { return view.findChild<DeleteConfirmation*>(); }
 
-    [[nodiscard]] QString current() const
-    {
-        return QString::fromStdString(scene.navigator->currentURL()->path());
-    }
+    [[nodiscard]] std::string current() const { return scene.navigator->currentURL()->path(); }
 
     NavigatorScene scene;
     DiskUsageView view{*scene.navigator};
@@ -74,21 +81,19 @@ TEST_F(DiskUsageViewTest, KeysMoveThroughFolders)
 {
     ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/folder"}));
     press(Qt::Key_Return);
-    EXPECT_EQ(current(), QStringLiteral("/r/folder"));
+    EXPECT_EQ(current(), "/r/folder");
     press(Qt::Key_Backspace);
-    EXPECT_EQ(current(), QStringLiteral("/r"));
-    scene.navigator->activate(folderEntry("/r/folder", 0));
+    EXPECT_EQ(current(), "/r");
     scene.navigator->activate(folderEntry("/r/folder/deep", 0));
     press(Qt::Key_Up, Qt::AltModifier);
-    EXPECT_EQ(current(), QStringLiteral("/r/folder"));
+    EXPECT_EQ(current(), "/r/folder") << "up is not back";
     press(Qt::Key_Left, Qt::AltModifier);
-    EXPECT_EQ(current(), QStringLiteral("/r"));
-    scene.navigator->activate(folderEntry("/r/folder", 0));
+    EXPECT_EQ(current(), "/r/folder/deep");
     press(Qt::Key_Home, Qt::AltModifier);
-    EXPECT_EQ(current(), QStringLiteral("/r"));
+    EXPECT_EQ(current(), "/r");
     scene.navigator->activate(folderEntry("/r/folder", 0));
     QTest::mouseClick(&table(), Qt::BackButton);
-    EXPECT_EQ(current(), QStringLiteral("/r"));
+    EXPECT_EQ(current(), "/r");
 }
 
 TEST_F(DiskUsageViewTest, GoingBackFindsTheFolderThatWasLeft)
@@ -115,16 +120,35 @@ TEST_F(DiskUsageViewTest, SortingByAClickOnATitleAimsNoDeletion)
     }
 }
 
-TEST_F(DiskUsageViewTest, KeysCheckAndUncheck)
+TEST_F(DiskUsageViewTest, ChecksByButtonsAndKeysFollowTheFilter)
 {
-    ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/b"}));
+    EXPECT_EQ(sums(), "3 éléments · 60 o | Cochez les éléments à supprimer");
+    ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/c"}));
     press(Qt::Key_Space);
-    EXPECT_EQ(view.selection().urls(), UrlSet{FileUrl{"/r/b"}});
-    EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 sélectionné")));
-    press(Qt::Key_A, Qt::ControlModifier);
-    EXPECT_EQ(view.selection().urls().size(), 3U);
     press(Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("/r/b"));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("/r/c"));
+    EXPECT_EQ(sums(), "3 éléments · 60 o · 1 sélectionné | 1 sélectionné · 10 o");
+    search().setText(QStringLiteral("B"));
+    EXPECT_EQ(sums(), "3 éléments · 60 o · 1 affiché · 20 o | Cochez les éléments à supprimer");
+    Awaited painted{*table().viewport(), QEvent::Paint};
+    button("Tout sélectionner")->click();
+    EXPECT_TRUE(painted.come());
+    EXPECT_EQ(sums(), "3 éléments · 60 o · 1 affiché · 20 o · 1 sélectionné | 1 sélectionné · 20 o");
+    press(Qt::Key_Delete);
+    ASSERT_NE(dialog(), nullptr);
+    EXPECT_THAT(dialog()->pending().urls, ElementsAre(FileUrl{"/r/b"})) << "what the filter hides stays";
+    delete dialog();
+    activate(view);
+    search().setText({});
+    EXPECT_EQ(sums(), "3 éléments · 60 o · 2 sélectionnés | 2 sélectionnés · 30 o");
+    table().startOver();
+    table().setFocus();
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(sums(), "3 éléments · 60 o · 3 sélectionnés | 3 sélectionnés · 60 o");
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("/r/folder\n/r/b\n/r/c"));
+    button("Tout désélectionner")->click();
+    EXPECT_EQ(sums(), "3 éléments · 60 o | Cochez les éléments à supprimer");
 }
 
 TEST_F(DiskUsageViewTest, ATextFieldKeepsItsOwnKeys)
@@ -141,17 +165,6 @@ TEST_F(DiskUsageViewTest, ATextFieldKeepsItsOwnKeys)
     press(Qt::Key_Delete);
     EXPECT_EQ(scene.navigator->searchText(), QString{});
     EXPECT_EQ(dialog(), nullptr);
-}
-
-TEST_F(DiskUsageViewTest, WhatTheFilterHidesIsNotDeleted)
-{
-    view.selection().setUrls({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
-    scene.navigator->setSearchText(QStringLiteral("C"));
-    EXPECT_THAT(view.selection().checkedEntries(), ElementsAre(fileEntry("/r/c", 10)));
-    EXPECT_TRUE(texts().contains(QStringLiteral("3 éléments · 60 o · 1 affiché · 10 o · 1 sélectionné")));
-    press(Qt::Key_Delete);
-    ASSERT_NE(dialog(), nullptr);
-    EXPECT_THAT(dialog()->pending().urls, ElementsAre(FileUrl{"/r/c"}));
 }
 
 TEST_F(DiskUsageViewTest, EscapeClearsTheFieldItIsTypedInAndElseStopsTheScanBeforeTheFilter)
@@ -180,65 +193,53 @@ TEST_F(DiskUsageViewTest, DeleteAndShiftDeleteDifferInTheChoiceThatEnterTakes)
 {
     struct Case {
         Qt::KeyboardModifiers modifiers;
-        QString report;
+        Qt::Key answer;
+        std::optional<QString> report;
     };
 
     const std::vector<Case> cases{
-        {Qt::NoModifier, QStringLiteral("1 élément(s) · 20 o mis à la corbeille.")},
-        {Qt::ShiftModifier, QStringLiteral("1 élément(s) · 10 o supprimé(s) définitivement.")}};
-    const std::vector<FileUrl> checked{FileUrl{"/r/b"}, FileUrl{"/r/c"}};
+        {Qt::NoModifier, Qt::Key_Escape, std::nullopt},
+        {Qt::NoModifier, Qt::Key_Return, QStringLiteral("1 élément(s) · 20 o mis à la corbeille.")},
+        {Qt::ShiftModifier, Qt::Key_Return,
+         QStringLiteral("1 élément(s) · 10 o supprimé(s) définitivement.")}};
+    const std::vector<FileUrl> checked{FileUrl{"/r/b"}, FileUrl{"/r/b"}, FileUrl{"/r/c"}};
     for (std::size_t index = 0; index < cases.size(); ++index) {
         activate(view);
         view.selection().setUrls({checked[index]});
         press(Qt::Key_Delete, cases[index].modifiers);
         ASSERT_NE(dialog(), nullptr);
-        QTest::keyClick(dialog(), Qt::Key_Return);
+        QStringList buttons;
+        for (const QPushButton* const one : dialog()->findChildren<QPushButton*>()) {
+            buttons << one->text();
+        }
+        EXPECT_EQ(buttons.join(u'|'),
+                  QStringLiteral("Mettre à la corbeille|Supprimer définitivement|Annuler"));
+        QTest::keyClick(dialog(), cases[index].answer);
+        EXPECT_EQ(scene.deletions->isRunning(), cases[index].report.has_value());
         ASSERT_TRUE(scene.waitForRemoval());
         EXPECT_EQ(scene.navigator->statusMessage(), cases[index].report);
-        EXPECT_TRUE(view.selection().urls().empty());
+        EXPECT_EQ(view.selection().urls().empty(), cases[index].report.has_value());
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 }
 
-TEST_F(DiskUsageViewTest, TheDialogSaysWhatIsAtStakeAndMayBeLeft)
-{
-    view.selection().setUrls({FileUrl{"/r/b"}, FileUrl{"/r/c"}});
-    press(Qt::Key_Delete);
-    ASSERT_NE(dialog(), nullptr);
-    EXPECT_EQ(dialog()->windowTitle(), QStringLiteral("Comment supprimer ?"));
-    QStringList labels;
-    for (const QLabel* const label : dialog()->findChildren<QLabel*>()) {
-        labels << label->text();
-    }
-    EXPECT_TRUE(labels.contains(
-        QStringLiteral("2 éléments · 30 o\n\n« Mettre à la corbeille » est réversible. « Supprimer "
-                       "définitivement » ne l'est pas.")));
-    QStringList buttons;
-    for (const QPushButton* const one : dialog()->findChildren<QPushButton*>()) {
-        buttons << one->text();
-    }
-    EXPECT_EQ(buttons, (QStringList{QStringLiteral("Mettre à la corbeille"),
-                                    QStringLiteral("Supprimer définitivement"), QStringLiteral("Annuler")}));
-    QTest::keyClick(dialog(), Qt::Key_Escape);
-    EXPECT_FALSE(scene.deletions->isRunning());
-    EXPECT_EQ(scene.listedNames().size(), 3U);
-}
-
-TEST_F(DiskUsageViewTest, TheBannerTakesADeletionBackOnce)
+TEST_F(DiskUsageViewTest, TheBannerTakesADeletionBackOnceAndNotWhileAnotherRuns)
 {
     scene.deleteNow({FileUrl{"/r/b"}});
-    QAbstractButton* const undo = button(QStringLiteral("Annuler la suppression"));
-    ASSERT_NE(undo, nullptr);
-    undo->click();
+    scene.holdRemovals();
+    scene.navigator->deleteSelected({FileUrl{"/r/c"}}, false);
+    EXPECT_EQ(button("Annuler la suppression"), nullptr);
+    scene.letRemove();
+    button("Annuler la suppression")->click();
     ASSERT_TRUE(scene.waitForRemoval());
-    EXPECT_EQ(scene.listedNames().size(), 3U);
-    EXPECT_EQ(button(QStringLiteral("Annuler la suppression")), nullptr);
-    button(QStringLiteral("Fermer le message"))->click();
+    EXPECT_THAT(scene.listedNames(), ElementsAre("folder", "c"));
+    EXPECT_EQ(button("Annuler la suppression"), nullptr);
+    button("Fermer le message")->click();
     EXPECT_FALSE(view.findChild<StatusBanner*>()->isVisible());
-    scene.deleteNow({FileUrl{"/r/b"}});
+    scene.deleteNow({FileUrl{"/r/c"}});
     press(Qt::Key_Z, Qt::ControlModifier);
     ASSERT_TRUE(scene.waitForRemoval());
-    EXPECT_EQ(scene.listedNames().size(), 3U);
+    EXPECT_THAT(scene.listedNames(), ElementsAre("folder", "c"));
 }
 
 TEST_F(DiskUsageViewTest, ChecksStayWhileAScanFillsTheListAndGoWithTheFolder)
@@ -293,7 +294,7 @@ TEST_F(DiskUsageViewTest, OnlyACompleteScanIsSaidToHaveFoundNothing)
                   one.said.front() == QStringLiteral("Ce dossier est vide."));
         EXPECT_EQ(texts().contains(QStringLiteral("0 élément · 0 o")),
                   one.said.size() == 2 && !one.isPartial);
-        QAbstractButton* const resume = button(QStringLiteral("Reprendre"));
+        QAbstractButton* const resume = button("Reprendre");
         ASSERT_EQ(resume != nullptr, one.isPartial);
         if (one.isPartial) {
             resume->click();
@@ -301,7 +302,7 @@ TEST_F(DiskUsageViewTest, OnlyACompleteScanIsSaidToHaveFoundNothing)
             EXPECT_TRUE(scene.listing().useCache);
             scene.finishListing({fileEntry("/r/folder/y", 9)});
             EXPECT_TRUE(texts().contains(QStringLiteral("1 élément · 9 o")));
-            EXPECT_EQ(button(QStringLiteral("Reprendre")), nullptr);
+            EXPECT_EQ(button("Reprendre"), nullptr);
         }
         EXPECT_FALSE(texts().contains(partial));
     }
@@ -311,67 +312,72 @@ TEST_F(DiskUsageViewTest, EveryEndOfAScanHasItsWords)
 {
     scene.navigator->setSearchText(QStringLiteral("nothing"));
     EXPECT_TRUE(texts().contains(QStringLiteral("Aucun élément ne correspond au filtre.")));
-    button(QStringLiteral("Effacer le filtre"))->click();
+    button("Effacer le filtre")->click();
     EXPECT_TRUE(table().isVisible());
     scene.navigator->handleImport(FolderChoice{});
     EXPECT_TRUE(texts().contains(QStringLiteral("Aucun dossier sélectionné.")));
-    button(QStringLiteral("Revenir"))->click();
+    button("Revenir")->click();
     EXPECT_TRUE(table().isVisible());
 }
 
-TEST_F(DiskUsageViewTest, TheChoiceOfTreemapIsKept)
+TEST_F(DiskUsageViewTest, TheMapIsAnotherViewOfTheSameListAndItsChoiceIsKept)
 {
-    EXPECT_FALSE(view.isTreemapShown());
-    button(QStringLiteral("Treemap"))->click();
-    EXPECT_TRUE(view.isTreemapShown());
+    ASSERT_TRUE(table().setCurrentEntry(FileUrl{"/r/b"}));
+    press(Qt::Key_Space);
+    button("Treemap")->click();
     EXPECT_FALSE(table().isVisible());
-    const DiskUsageView next{*scene.navigator};
-    EXPECT_TRUE(next.isTreemapShown());
+    auto& map = *view.findChild<TreemapView*>();
+    EXPECT_TRUE(map.hasFocus()) << "the keyboard stays in the list";
+    EXPECT_TRUE(map.isChecked(*map.scene().find(FileUrl{"/r/b"})));
+    map.setCurrentTile(*map.scene().find(FileUrl{"/r/c"}));
+    const auto asksFor = [this](const char* path) {
+        press(Qt::Key_Delete);
+        ASSERT_NE(dialog(), nullptr);
+        EXPECT_THAT(dialog()->pending().urls, ElementsAre(FileUrl{path}));
+        delete dialog();
+        activate(view);
+    };
+    asksFor("/r/b"); // what is checked goes before
+    button("Tout désélectionner")->click();
+    EXPECT_FALSE(map.isChecked(*map.scene().find(FileUrl{"/r/b"})));
+    asksFor("/r/c");
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("/r/c"));
+    search().setText(QStringLiteral("b"));
+    ASSERT_TRUE(waitUntil(&table(), &EntryTable::rowsChanged,
+                          [&] { return view.grab(), map.scene().tiles().size() == 1; }));
+    EXPECT_EQ(map.scene().entry(0).name, "b");
+    scene.navigator->activate(folderEntry("/r/folder", 30));
+    EXPECT_TRUE(map.scene().tiles().empty()) << "tiles of the folder that was left";
+    EXPECT_EQ(search().text(), QString{}) << "typed for another folder's names";
+    EXPECT_TRUE(DiskUsageView{*scene.navigator}.isTreemapShown());
 }
 
-/// What Tab, or Shift+Tab, comes by from where the keyboard is, until it is there again.
-QStringList stopsOf(QWidget& window, Qt::Key key)
+TEST_F(DiskUsageViewTest, AScanShowsItselfAfterAMomentAndCanBeStopped)
 {
-    QStringList stops;
-    const QWidget* const start = window.focusWidget();
-    do {
-        const auto* const button = qobject_cast<QAbstractButton*>(window.focusWidget());
-        const QString name = window.focusWidget()->accessibleName();
-        stops << (name.isEmpty() && button != nullptr ? button->text() : name);
-        QTest::keyClick(window.focusWidget(), key);
-    } while (window.focusWidget() != start && stops.size() < 20);
-    return stops;
+    const auto buttons = view.findChildren<QPushButton*>();
+    auto* const stop = *std::ranges::find(buttons, QStringLiteral("Arrêter"), &QPushButton::text);
+    press(Qt::Key_F5);
+    EXPECT_FALSE(stop->isVisible()) << "a short scan flickers";
+    EXPECT_FALSE(texts().contains(QStringLiteral("Analyse en cours…")));
+    Awaited shown{*stop, QEvent::Show};
+    ASSERT_TRUE(shown.come());
+    EXPECT_TRUE(texts().contains(QStringLiteral("Analyse en cours…")));
+    QTest::mouseClick(stop, Qt::LeftButton);
+    EXPECT_TRUE(scene.listing().isCancelled());
+    EXPECT_FALSE(stop->isVisible());
 }
 
-TEST(ContentView, TabGoesThroughTheWindowAsItIsSeenAndBack)
+TEST_F(DiskUsageViewTest, AnExportIsNamedAfterItsFolder)
 {
-    Settings::store().remove(QStringLiteral("diskUsage.treemap"));
-    const TemporaryTree tree{file("inner/photo.jpg", 5000)};
-    ContentView window;
-    window.show();
-    activate(window);
-    window.openFolder(tree.url());
-    FolderNavigatorViewModel& navigator = window.store().diskUsage;
-    const auto isLoaded = [&navigator] { return !navigator.isScanning() && !navigator.entries().empty(); };
-    ASSERT_TRUE(waitUntil(&navigator, &FolderTool::stateChanged, isLoaded));
-    navigator.activate(navigator.entries()[0]);
-    ASSERT_TRUE(waitUntil(&navigator, &FolderTool::stateChanged, isLoaded));
-    window.findChild<SearchField*>()->setFocus();
-    QStringList seen{QStringLiteral("Filtrer par nom"),
-                     QStringLiteral("Tableau"),
-                     QStringLiteral("Changer de dossier"),
-                     QStringLiteral("Rafraîchir"),
-                     QStringLiteral("Exporter"),
-                     QStringLiteral("Trier par : Taille, décroissant"),
-                     QStringLiteral("Espace disque"),
-                     QStringLiteral("Tout sélectionner"),
-                     QStringLiteral("Tout désélectionner"),
-                     QStringLiteral("Outils"),
-                     QStringLiteral("Retour"),
-                     FileUrlText::display(tree.url().lastPathComponent())};
-    EXPECT_EQ(stopsOf(window, Qt::Key_Tab).join(u'|').toStdString(), seen.join(u'|').toStdString());
-    std::reverse(seen.begin() + 1, seen.end());
-    EXPECT_EQ(stopsOf(window, Qt::Key_Backtab).join(u'|').toStdString(), seen.join(u'|').toStdString());
+    for (const auto& [folder, name] : {std::pair{"/r/folder", "/folder.csv"}, {"/", "/_.csv"}}) {
+        scene.openLoaded(folder, {fileEntry("/r/b", 20)});
+        view.exportEntries();
+        auto* const panel = view.findChild<QFileDialog*>();
+        ASSERT_NE(panel, nullptr);
+        EXPECT_TRUE(panel->selectedFiles().value(0).endsWith(QString::fromUtf8(name)));
+        delete panel;
+    }
 }
 
 TEST(Breadcrumb, ShowsTheFolderAndItsParentAndTheRestInAMenu)

@@ -60,6 +60,7 @@ TEST_F(RecentFoldersTest, AnythingButAListOfPathsIsAnEmptyList)
 {
     EXPECT_THAT(RecentFolders{key}.urls(), IsEmpty());
     for (const QVariant& stored : {QVariant{42}, QVariant{QStringLiteral("garbage")}, QVariant{QStringList{}},
+                                   QVariant{QStringList{QStringLiteral("relative/folder"), {}}},
                                    QVariant{QByteArray{"\xff\x00", 2}}}) {
         Settings::write(key, stored);
         EXPECT_THAT(reloaded(), IsEmpty());
@@ -91,6 +92,7 @@ TEST(Settings, AWrongValueReadsAsTheDefault)
         Settings::write(QStringLiteral("dup.minSize"), one.stored);
         EXPECT_EQ(Settings::largeFilesLimit(), one.limit);
         EXPECT_EQ(Settings::duplicatesMinSize(), one.minimumSize);
+        EXPECT_EQ(Settings::flag(QStringLiteral("lf.limit"), false), one.stored.typeId() == QMetaType::Bool);
     }
 }
 

@@ -224,7 +224,7 @@ TEST(AgeText, SaysHowLongAgoInWords)
     const Timestamp now{days{20'000}};
     const std::vector<std::pair<std::int64_t, QString>> cases{
         {0, QStringLiteral("aujourd’hui")},    {1, QStringLiteral("hier")},
-        {2, QStringLiteral("il y a 2 jours")}, {14, QStringLiteral("il y a 2 semaines")},
+        {7, QStringLiteral("il y a 7 jours")}, {14, QStringLiteral("il y a 2 semaines")},
         {60, QStringLiteral("il y a 2 mois")}, {729, QStringLiteral("il y a 24 mois")},
         {730, QStringLiteral("il y a 2 ans")}, {-1, QStringLiteral("dans le futur")}};
     for (const auto& [age, words] : cases) {

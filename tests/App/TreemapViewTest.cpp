@@ -122,8 +122,10 @@ protected:
 TEST_F(TreemapViewTest, AClickOnlyMakesCurrentAndTheBoxOrCtrlChecks)
 {
     show(sixEntries());
+    const QPointF gap = view.tileRect(*view.scene().find(urlOf("a"))).topRight() + QPointF{0.5, 50};
+    QTest::mouseClick(&view, Qt::LeftButton, {}, gap.toPoint());
     click("b");
-    EXPECT_THAT(log, ElementsAre("at b"));
+    EXPECT_THAT(log, ElementsAre("at a", "at b")) << "a gap belongs to the tile before it";
     log.clear();
     const QPoint box = boxOf("b");
     QTest::mouseClick(&view, Qt::LeftButton, {}, box);
@@ -257,7 +259,12 @@ TEST_F(TreemapViewTest, RepaintingTilesLeavesTheSameMapAsPaintingItAnew)
         QTest::mouseMove(&view, centre(name));
         selection.toggle(urlOf(name));
     }
+    QTest::mouseMove(&view, centre("films"));
+    selection.toggle(urlOf("b.jpg")); // by another view of the list
     EXPECT_NE(view.grab().toImage(), before);
+    const QRect label = view.tileRect(*view.scene().find(urlOf("films"))).toRect().adjusted(5, 5, -60, -5);
+    EXPECT_NE(view.grab(label).toImage(), QPixmap::fromImage(before).copy(label).toImage())
+        << "the name of a checked tile has a tick";
     QEvent leave{QEvent::Leave};
     QCoreApplication::sendEvent(&view, &leave);
 

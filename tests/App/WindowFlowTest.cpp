@@ -1,28 +1,19 @@
-#include "App/EventWait.h"
-#include "App/ScreenWords.h"
+#include "App/WindowScene.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Deletion/StatusBanner.h"
 #include "Rows/EntryRows.h"
-#include "Shell/ContentView.h"
-#include "Shell/ToolRegistry.h"
-#include "Support/Isolation.h"
-#include "Support/TemporaryTree.h"
 #include "Text/FileUrlText.h"
 #include "Text/SizeText.h"
-#include "Tools/Frame/ToolScreen.h"
 
-#include <QAbstractItemView>
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QSignalSpy>
-#include <QTest>
 #include <QTextDocumentFragment>
 
 #include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <latch>
 
 namespace tallyroom {
@@ -32,37 +23,9 @@ namespace {
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
-/// The window on a real tree, with a trash of its own.
-class WindowFlowTest : public testing::Test {
+/// What removals, exports and odd names come to in the whole window.
+class WindowFlowTest : public WindowScene {
 protected:
-    void open(RemovalOperations operations = RemovalOperations::real())
-    {
-        window = std::make_unique<ContentView>(std::move(operations));
-        window->show();
-        activate(*window);
-    }
-
-    [[nodiscard]] SessionStore& store() const { return window->store(); }
-
-    void scan(ScanToolViewModel& tool, const FileUrl& root) const
-    {
-        tool.open(root);
-        ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged, [&] { return !tool.isScanning(); }));
-    }
-
-    void waitForRemoval() const
-    {
-        DeletionRunner& runner = store().deletions;
-        ASSERT_TRUE(
-            waitUntil(&runner, &DeletionRunner::isRunningChanged, [&] { return !runner.isRunning(); }));
-    }
-
-    void remove(ScanToolViewModel& tool, const UrlSet& urls, bool permanently = false) const
-    {
-        tool.deleteSelected(urls, permanently);
-        waitForRemoval();
-    }
-
     static std::vector<std::string> names(const ScanToolViewModel& tool)
     {
         std::vector<std::string> all;
@@ -70,8 +33,8 @@ protected:
         return all;
     }
 
-    [[nodiscard]] bool waitForSize(const ListToolViewModel& tool, std::string_view name,
-                                   std::int64_t size) const
+    [[nodiscard]] static bool waitForSize(const ListToolViewModel& tool, std::string_view name,
+                                          std::int64_t size)
     {
         return waitUntil(&tool, &ListToolViewModel::entriesChanged, [&] {
             return std::ranges::any_of(tool.entries(), [&](const Entry& entry) {
@@ -79,24 +42,12 @@ protected:
             });
         });
     }
-
-    template <class Dialog>
-    [[nodiscard]] Dialog* dialog() const
-    {
-        const auto isShown = [this] { return window->findChild<Dialog*>() != nullptr; };
-        return QTest::qWaitFor(isShown, 20'000) ? window->findChild<Dialog*>() : nullptr;
-    }
-
-    TemporaryTree trash;
-    ScopedVariable dataHome{"XDG_DATA_HOME", trash.path()};
-    std::unique_ptr<ContentView> window;
 };
 
 TEST_F(WindowFlowTest, ToolsHearOfEachOthersRemovalsAndRestores)
 {
     const TemporaryTree tree{file("films/a.mkv", 400'000), file("films/b.mkv", 200'000),
                              file("c.iso", 100'000), file("d.iso", 100'000)};
-    open();
     scan(store().diskUsage, tree.url());
     scan(store().largeFiles, tree.url());
     scan(store().duplicates, tree.url());
@@ -202,8 +153,7 @@ TEST_F(WindowFlowTest, EscapeAndTheBannerStopADeletionWhichKeepsTheRest)
         const TemporaryTree tree{file("a", 10), file("b", 10), file("c", 10)};
         Gate gate;
         open(gate.operations());
-        window->selectTool(QStringLiteral("disk-usage"));
-        scan(store().diskUsage, tree.url());
+        scan("disk-usage", tree.url());
         auto* const screen = window->findChild<ToolScreen*>();
         store().diskUsage.deleteSelected({tree.url("a"), tree.url("b"), tree.url("c")}, true);
         gate.isInHand.wait();
@@ -250,9 +200,7 @@ TEST_F(WindowFlowTest, TheConfirmationNamesTheLargestAndTellsTheAlikeApart)
 TEST_F(WindowFlowTest, AReportDoesNotFollowIntoAnotherFolder)
 {
     const TemporaryTree tree{file("a", 10), folder("folder")};
-    open();
-    window->selectTool(QStringLiteral("disk-usage"));
-    scan(store().diskUsage, tree.url());
+    scan("disk-usage", tree.url());
     const auto* const banner = window->findChild<ToolScreen*>()->findChild<StatusBanner*>();
     remove(store().diskUsage, {tree.url("a")}, true);
     EXPECT_TRUE(banner->isVisible());
@@ -265,9 +213,7 @@ TEST_F(WindowFlowTest, AnExportReplacesALinkOnlyWhenToldAndNeverWritesThroughIt)
 {
     const TemporaryTree tree{file("a", 10)};
     const TemporaryTree place{link("list.csv", "keys")};
-    open();
-    window->selectTool(QStringLiteral("disk-usage"));
-    scan(store().diskUsage, tree.url());
+    scan("disk-usage", tree.url());
     auto* const screen = window->findChild<ToolScreen*>();
     for (const auto& [answer, isLink] : {std::pair{QStringLiteral("Annuler"), true},
                                          std::pair{QStringLiteral("Remplacer le lien"), false}}) {
@@ -326,7 +272,6 @@ TEST_F(WindowFlowTest, NamesThatLookLikeMarkupAreShownLetterByLetter)
     const std::string root = image + "/" + escaped;
     const TemporaryTree tree{file(root + "/node_modules/x", "copy of x"), file(root + "/y", "copy of x"),
                              file(root + "/.git/HEAD", "z"), file(root + "/target/x", "other")};
-    open();
     QStringList texts;
     for (const ToolDescriptor& descriptor : ToolRegistry::all()) {
         window->selectTool(descriptor.id);
