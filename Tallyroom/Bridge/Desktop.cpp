@@ -160,11 +160,18 @@ void Desktop::reveal(const FileUrl& url)
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
     message << QStringList{QString::fromStdString(url.percentEncoded())} << QString{};
+    const auto openFolder = [folder = url.parent()] {
+        openWithDesktop(folder, QStringLiteral("Aucun gestionnaire de fichiers n’a répondu."));
+    };
     const auto call = QDBusConnection::sessionBus().asyncCall(message);
+    if (call.isError()) { // without a bus no answer will come, and nothing says so later
+        openFolder();
+        return;
+    }
     auto* const watcher = new QDBusPendingCallWatcher(call, qGuiApp);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [url, watcher] {
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [openFolder, watcher] {
         if (watcher->isError()) {
-            openWithDesktop(url.parent(), QStringLiteral("Aucun gestionnaire de fichiers n’a répondu."));
+            openFolder();
         }
         watcher->deleteLater();
     });

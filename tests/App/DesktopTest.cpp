@@ -74,6 +74,28 @@ TEST(Desktop, AnAnswerSaysWhatIsNoFolder)
     }
 }
 
+TEST(Desktop, WithoutAFileManagerTheFolderIsOpenedAndARefusalIsSaid)
+{
+    TemporaryTree tree{file("Album é/photo.jpg", 1)};
+    QStringList refusals;
+    const QObject context;
+    QObject::connect(&DesktopRefusals::shared(), &DesktopRefusals::refused, &context,
+                     [&refusals](const QString& words) { refusals << words; });
+    const ScopedVariable path{"PATH", tree.path("bin") + ":/usr/bin:/bin"};
+    const std::string script = "#!/bin/sh\necho \"$1\" >>'" + tree.path("opened") + "'\n";
+    tree.add(file("bin/xdg-open", script).withMode(0755));
+    Desktop::reveal(tree.url("Album é/photo.jpg"));
+    const std::string opened = tree.url("Album é").percentEncoded() + "\n";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tree.content("opened") == opened; }, 20'000));
+    EXPECT_TRUE(refusals.isEmpty());
+
+    tree.add(file("other/xdg-open", script + "exit 3\n").withMode(0755));
+    const ScopedVariable otherPath{"PATH", tree.path("other") + ":/usr/bin:/bin"};
+    Desktop::reveal(tree.url("Album é/photo.jpg"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !refusals.isEmpty(); }, 20'000));
+    EXPECT_EQ(refusals, QStringList{QStringLiteral("Aucun gestionnaire de fichiers n’a répondu.")});
+}
+
 TEST(Desktop, AFolderOnADeadMountHoldsUpNothing)
 {
     const TemporaryTree tree{folder("dead"), folder("local")};

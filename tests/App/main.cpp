@@ -5,7 +5,8 @@
 
 #include <gtest/gtest.h>
 
-/// Runs the application's tests without a screen, and with settings of their own: none may meet the user's.
+/// Runs the application's tests without a screen and a desktop, and with settings of their own: none may meet
+/// the user's.
 int main(int argc, char** argv)
 {
     const QTemporaryDir settings;
@@ -14,6 +15,7 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     qunsetenv("TALLYROOM_THEME");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
     QCoreApplication::setOrganizationName(QStringLiteral("Tallyroom"));
     QCoreApplication::setApplicationName(QStringLiteral("TallyroomTests"));
     testing::InitGoogleTest(&argc, argv);
