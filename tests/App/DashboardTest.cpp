@@ -40,18 +40,6 @@ protected:
     const CategorySize code{FileKind::code, 10, 5};
 };
 
-TEST_F(DashboardTest, TheVolumesThatAnswerAreShownWhileOthersHang)
-{
-    EXPECT_TRUE(dashboard.isRefreshing());
-    EXPECT_THAT(dashboard.volumes(), IsEmpty());
-    scene.volumes.send({{root, key}, root, 1});
-    ASSERT_TRUE(waitUntil(&dashboard, &DashboardViewModel::unansweredVolumesChanged,
-                          [&] { return dashboard.unansweredVolumes() == 1; }));
-    EXPECT_TRUE(dashboard.isRefreshing());
-    EXPECT_THAT(dashboard.volumes(), ElementsAre(root, key));
-    EXPECT_EQ(dashboard.mainVolume(), root);
-}
-
 TEST_F(DashboardTest, AVolumeThatHasYetToAnswerAgainStaysUntilTheReadingEnds)
 {
     ASSERT_TRUE(scene.report({large, root, key}));
@@ -100,29 +88,6 @@ TEST_F(DashboardTest, AnAnalysisCountsThenTellsItsKindsOnce)
     EXPECT_EQ(dashboard.analysisScanned(), 7);
     EXPECT_EQ(dashboard.scanReport(), QStringLiteral("7 fichiers · 40 o"));
     EXPECT_DOUBLE_EQ(dashboard.fraction(videos), 0.75);
-}
-
-TEST_F(DashboardTest, AChoiceOfNothingChangesNothingAndAFailedOneIsAnError)
-{
-    dashboard.handleImport(FolderChoice{});
-    EXPECT_EQ(dashboard.analysisState(), AnalysisState{});
-    dashboard.handleImport(std::unexpected(QStringLiteral("refusé.")));
-    const AnalysisState error = AnalysisState::error(QStringLiteral("Sélection impossible : refusé."));
-    EXPECT_EQ(dashboard.analysisState(), error);
-    dashboard.handleImport(FolderChoice{});
-    dashboard.cancelAnalysis();
-    EXPECT_EQ(dashboard.analysisState(), error);
-    EXPECT_EQ(scene.analyses.count(), 0U);
-}
-
-TEST_F(DashboardTest, AStoppedAnalysisLeavesNothing)
-{
-    dashboard.analyze(FileUrl{"/r"});
-    ASSERT_TRUE(count(4096));
-    dashboard.cancelAnalysis();
-    EXPECT_TRUE(scene.analyses.isCancelled(0));
-    EXPECT_EQ(dashboard.analysisState().phase, Phase::none);
-    EXPECT_EQ(dashboard.summary(), std::nullopt);
 }
 
 TEST_F(DashboardTest, AnAnalysisStoppedBetweenItsSummaryAndItsEndIsLoaded)

@@ -203,6 +203,8 @@ TEST_F(DashboardViewTest, EveryPhaseOfTheBreakdownHasItsWordsAndItsWayOn)
     Settings::store().clear();
     RecentFolders::shared().add(FileUrl{"/"});
     scene.dashboard.handleImport(std::unexpected(QStringLiteral("refusé.")));
+    scene.dashboard.handleImport(FolderChoice{});
+    EXPECT_EQ(scene.analyses.count(), 0U);
     EXPECT_THAT(texts(), Contains(QStringLiteral("Sélection impossible : refusé.")));
     EXPECT_TRUE(QTest::qWaitFor([this] { return texts().contains(QStringLiteral("Récents")); }));
     EXPECT_NE(button(QStringLiteral("Choisir un dossier…")), nullptr);

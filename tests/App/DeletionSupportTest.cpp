@@ -19,38 +19,6 @@ const FileUrl a{"/a"};
 const FileUrl b{"/b"};
 const FileUrl c{"/c"};
 
-TEST(DeletionSupport, AskingNamesTheAmountInFrench)
-{
-    const std::vector<Entry> entries{fileEntry("/b", 2), fileEntry("/a", 3)};
-    EXPECT_EQ(PendingDeletion::many({}).label, QStringLiteral("0 élément"));
-    EXPECT_EQ(PendingDeletion::many({entries.front()}).label, QStringLiteral("1 élément"));
-    const PendingDeletion pending = PendingDeletion::many(entries);
-    EXPECT_EQ(pending.label, QStringLiteral("2 éléments"));
-    EXPECT_EQ(pending.size, 5);
-    EXPECT_THAT(pending.urls, ElementsAre(b, a));
-    EXPECT_NE(pending.id, PendingDeletion::many(entries).id);
-}
-
-TEST(DeletionSupport, ReportsWhatWasRemovedAndWhatFailed)
-{
-    struct Case {
-        RemovalResult result;
-        bool permanently;
-        QString message;
-    };
-
-    const RemovalFailure failure{c, "refused"};
-    const std::vector<Case> cases{
-        {{{a, b}, {}, {}}, false, QStringLiteral("2 élément(s) · 2,5 Ko mis à la corbeille.")},
-        {{{a}, {}, {}}, true, QStringLiteral("1 élément(s) · 2,5 Ko supprimé(s) définitivement.")},
-        {{{a}, {failure}, {}}, false, QStringLiteral("1 mis à la corbeille, 1 en échec.")},
-        {{{}, {failure, failure}, {}}, true, QStringLiteral("0 supprimé(s) définitivement, 2 en échec.")},
-    };
-    for (const Case& one : cases) {
-        EXPECT_EQ(removalMessage(one.result, 2'500, one.permanently), one.message);
-    }
-}
-
 TEST(DeletionSupport, UndoingRanksTheListAndPutsEqualSizesLast)
 {
     const EntryList entries{fileEntry("/small", 1), fileEntry("/first", 5), fileEntry("/large", 9)};
@@ -112,19 +80,32 @@ const std::vector<Entry> three{fileEntry("/a", 3), fileEntry("/b", 2), fileEntry
 
 TEST(DeletionRunner, LeavingWaitsForTheItemInHandAndStartsNoOther)
 {
-    SlowDisk disk;
+    std::latch isInHand{1};
+    std::latch mayGoOn{1};
+    std::vector<FileUrl> done;
     QObject context;
     bool wasCalled = false;
-    auto runner = std::make_unique<DeletionRunner>(disk.operations());
-    ASSERT_TRUE(runner->remove({fileEntry("/a", 1), fileEntry("/a", 1), fileEntry("/a", 1)}, true,
+    const auto remove = [&](std::span<const Entry> entries, bool, const FileRemover::BatchOptions& options) {
+        for (const Entry& entry : entries) {
+            if (options.stop.stop_requested()) {
+                break;
+            }
+            // The item in hand gets on once the runner asks to stop, and not before.
+            const std::stop_callback letGo{options.stop, [&] { mayGoOn.count_down(); }};
+            isInHand.count_down();
+            mayGoOn.wait();
+            done.push_back(entry.url);
+        }
+        return RemovalResult{};
+    };
+    auto runner = std::make_unique<DeletionRunner>(RemovalOperations{remove, {}});
+    ASSERT_TRUE(runner->remove({fileEntry("/a", 1), fileEntry("/b", 1)}, true,
                                {.context = &context,
                                 .progressed = [](const RemovalProgress&) {},
                                 .finished = [&](const RemovalOutcome&) { wasCalled = true; }}));
-    disk.isInHand.wait();
-    // The runner asks its worker to stop before it waits for it; only then the item in hand gets on.
-    std::jthread letGo{[&] { disk.mayGoOn.count_down(); }};
+    isInHand.wait();
     runner.reset();
-    EXPECT_EQ(disk.begun, disk.done) << "an item was left half removed";
+    EXPECT_THAT(done, ElementsAre(a)) << "left half removed, or not stopped";
     EXPECT_FALSE(wasCalled);
 }
 
@@ -178,30 +159,6 @@ TEST(DeletionRunner, RefusesASecondBatchAndReportsTheFirstOnTheMainThread)
     EXPECT_EQ(reported->done, three);
     EXPECT_EQ(told, three);
     EXPECT_EQ(thread, std::this_thread::get_id());
-}
-
-TEST(DeletionRunner, StoppingReportsWhatWentAndLeavesTheRest)
-{
-    SlowDisk disk;
-    QObject context;
-    std::optional<RemovalOutcome> reported;
-    std::vector<bool> stopping;
-    DeletionRunner runner{disk.operations()};
-    ASSERT_TRUE(runner.remove(
-        three, true,
-        {.context = &context,
-         .progressed = [&](const RemovalProgress& progress) { stopping.push_back(progress.isStopping); },
-         .finished = [&](const RemovalOutcome& outcome) { reported = outcome; }}));
-    disk.isInHand.wait();
-    runner.stop();
-    runner.stop();
-    EXPECT_THAT(stopping, ElementsAre(true));
-    disk.mayGoOn.count_down();
-    ASSERT_TRUE(waitUntil(&runner, &DeletionRunner::isRunningChanged, [&] { return !runner.isRunning(); }));
-    ASSERT_TRUE(reported);
-    EXPECT_THAT(reported->done, ElementsAre(fileEntry("/a", 3)));
-    EXPECT_EQ(reported->notBegun, 2U);
-    EXPECT_EQ(disk.begun, std::vector{a});
 }
 
 TEST(DeletionRunner, SaysNothingToSomebodyWhoIsGone)

@@ -1,6 +1,8 @@
 #include "Text/FileUrlText.h"
 
+#include "Text/NumberText.h"
 #include "Text/TextFilter.h"
+#include "Text/TreemapText.h"
 
 #include <gtest/gtest.h>
 
@@ -62,6 +64,17 @@ TEST(FileUrlText, TakesPathsAndUrlsWithoutLosingAByte)
     EXPECT_EQ(FileUrlText::fromUrl(QUrl{QStringLiteral("https://a/b")}), std::nullopt);
     EXPECT_EQ(FileUrlText::displayFromHome(FileUrl{"/home/moi/é"}), QStringLiteral("~/é"));
     EXPECT_EQ(FileUrlText::displayFromHome(FileUrl{"/home/moins"}), QStringLiteral("/home/moins"));
+}
+
+TEST(Texts, CountNoneAsOneAndNameWhatIsTooSmallForFigures)
+{
+    EXPECT_EQ(NumberText::examinedFiles(0), QStringLiteral("0 fichier examiné"));
+    EXPECT_EQ(NumberText::examinedFiles(1), QStringLiteral("1 fichier examiné"));
+    EXPECT_EQ(NumberText::examinedFiles(12'345), QStringLiteral("12\u202f345 fichiers examinés"));
+    const Entry entry{FileUrl{"/<b>"}, "<b>", 1, false, {}};
+    EXPECT_TRUE(TreemapText::toolTip(entry, 0.0001).contains(QStringLiteral("1 o · moins de 0,1 %")));
+    EXPECT_EQ(TreemapText::noTiles(1, false), QStringLiteral("1 élément trop petit pour être dessiné"));
+    EXPECT_EQ(TreemapText::noTiles(2, false), QStringLiteral("2 éléments trop petits pour être dessinés"));
 }
 
 TEST(TextFilter, FindsWhateverTheCaseAndTheAccents)

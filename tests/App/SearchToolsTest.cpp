@@ -1,8 +1,7 @@
 #include "App/EventWait.h"
-#include "Controls/CategoryChips.h"
+#include "App/ScreenWords.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Rows/EntryTable.h"
-#include "Rows/Selection.h"
 #include "Settings/PersistedSettings.h"
 #include "Support/TemporaryTree.h"
 #include "Text/AgeText.h"
@@ -134,7 +133,7 @@ TEST_F(SearchToolsTest, EcosystemsAreLoadedWithWhatIsKnownAndAllWhenNothingIs)
     EXPECT_EQ(BuildCachesViewModel{m_deletions}.enabledEcosystems(), all) << "an empty list loads as all";
 }
 
-TEST_F(SearchToolsTest, AChipNarrowsTheListDownAndWhatIsHiddenIsNotDeleted)
+TEST_F(SearchToolsTest, TheChipOfAKindThatIsGoneStaysUntilItIsLetGoOf)
 {
     const TemporaryTree tree{file("film.mp4", 90'000), file("Album/a.jpg", 50'000), file("b.jpg", 40'000)};
     LargeFilesViewModel tool{m_deletions};
@@ -142,30 +141,14 @@ TEST_F(SearchToolsTest, AChipNarrowsTheListDownAndWhatIsHiddenIsNotDeleted)
     view.resize(900, 600);
     view.show();
     scan(tool, tree.url());
-    const auto chip = [&view](const QString& text) {
-        const auto buttons = view.findChild<CategoryChips*>()->findChildren<QPushButton*>();
-        const auto found = std::ranges::find(buttons, text, &QPushButton::text);
-        return found == buttons.end() ? nullptr : *found;
-    };
-    const auto* const table = view.findChild<EntryTable*>();
-    ASSERT_NE(chip(QStringLiteral("Images · 2")), nullptr);
-    EXPECT_FALSE(chip(QStringLiteral("Audio · 0"))->isVisible());
-    table->findChild<QAbstractItemView*>()->setFocus();
-    view.selection().setUrls({tree.url("film.mp4"), tree.url("b.jpg")});
-
-    chip(QStringLiteral("Images · 2"))->click();
-    EXPECT_EQ(table->arrangement().rowCount(), 2U);
-    EXPECT_EQ(view.selection().checkedEntries().size(), 1U);
-    tool.setSearchText(QStringLiteral("ALBUM"));
-    EXPECT_THAT(paths(tree, tool.filteredEntries()), ElementsAre("Album/a.jpg"));
-    tool.setSearchText({});
-
-    // The last of its kind goes: the chip stays to be let go of.
+    const auto chip = [&view](const char* text) { return visibleButton(view, QString::fromUtf8(text)); };
+    EXPECT_EQ(chip("Audio · 0"), nullptr);
+    chip("Images · 2")->click();
     tool.deleteSelected({tree.url("Album/a.jpg"), tree.url("b.jpg")}, true);
     ASSERT_TRUE(waitUntil(&tool, &ScanToolViewModel::removalChanged, [&tool] { return !tool.removal(); }));
-    ASSERT_TRUE(chip(QStringLiteral("Images · 0"))->isVisible());
-    chip(QStringLiteral("Images · 0"))->click();
-    EXPECT_EQ(table->arrangement().rowCount(), 1U);
+    ASSERT_NE(chip("Images · 0"), nullptr);
+    chip("Images · 0")->click();
+    EXPECT_EQ(view.findChild<EntryTable*>()->arrangement().rowCount(), 1U);
     EXPECT_FALSE(tool.isFiltering());
 }
 
@@ -196,26 +179,6 @@ TEST_F(SearchToolsTest, AHistoryGoesWithAWarningAndComesBackInItsPlace)
                           [&tool] { return !tool.undoable().has_value(); }));
     EXPECT_TRUE(tree.exists("one/.git/objects"));
     EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("one/.git", "two/.git"));
-}
-
-TEST_F(SearchToolsTest, DeletingTheOldOnesChecksThemAndNothingElse)
-{
-    const TemporaryTree tree{file("new/node_modules/x", 5000), file("old/node_modules/x", 9000),
-                             folder("old/node_modules").modifiedAt(1'600'000'000)};
-    NodeModulesViewModel tool{m_deletions};
-    NodeModulesView view{tool};
-    view.show();
-    scan(tool, tree.url());
-    view.selection().setUrls({tree.url("new/node_modules")});
-    const auto buttons = view.findChildren<QPushButton*>();
-    const auto deleteOld =
-        std::ranges::find(buttons, QStringLiteral("Supprimer anciens (1)"), &QPushButton::text);
-    ASSERT_NE(deleteOld, buttons.end());
-    (*deleteOld)->click();
-    EXPECT_EQ(view.selection().urls(), UrlSet{tree.url("old/node_modules")});
-    const auto* const dialog = view.findChild<DeleteConfirmation*>();
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_THAT(dialog->pending().urls, ElementsAre(tree.url("old/node_modules")));
 }
 
 TEST(AgeText, SaysHowLongAgoInWords)

@@ -202,11 +202,12 @@ TEST_F(WindowFlowTest, AReportDoesNotFollowIntoAnotherFolder)
     const TemporaryTree tree{file("a", 10), folder("folder")};
     scan("disk-usage", tree.url());
     const auto* const banner = window->findChild<ToolScreen*>()->findChild<StatusBanner*>();
-    remove(store().diskUsage, {tree.url("a")}, true);
+    remove(store().diskUsage, {tree.url("a")});
     EXPECT_TRUE(banner->isVisible());
     store().diskUsage.navigateViaBreadcrumb(tree.url("folder"));
     EXPECT_FALSE(banner->isVisible());
     EXPECT_TRUE(store().diskUsage.statusMessage());
+    EXPECT_FALSE(store().diskUsage.canUndo());
 }
 
 TEST_F(WindowFlowTest, AnExportReplacesALinkOnlyWhenToldAndNeverWritesThroughIt)
