@@ -107,17 +107,6 @@ TEST(BatchDigester, WhatChangesWhileItIsReadIsReadAgain)
     }
 }
 
-TEST(StableFile, AChangeRightAfterAnotherIsSeenThoughTheClockHasNotMoved)
-{
-    const TemporaryTree tree{file("f", "x")};
-    for (int round = 0; round < 20; ++round) {
-        tree.keepingItsTime("f", [&] { tree.overwrite("f", "y", 0); });
-        const auto opened = StableFile::open(tree.url("f"), 1, fileAttributes(tree.url("f"))->modifiedAt);
-        tree.keepingItsTime("f", [&] { tree.overwrite("f", "x", 0); });
-        ASSERT_FALSE(opened->isUnchanged());
-    }
-}
-
 TEST(ParallelMap, KeepsTheOrderOfItsInputsWithinItsLanes)
 {
     WorkerPool pool{8};

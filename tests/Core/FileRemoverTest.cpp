@@ -51,7 +51,7 @@ TEST_F(FileRemoverTest, ALinkGoesAndItsTargetStays)
 TEST_F(FileRemoverTest, TheRootTheHomeAndWhatHoldsItAreRefusedByAnyRoute)
 {
     tree.add({link("to-homes", "home"), link("to-tree", "."), link("to-root", "/"), folder("other"),
-              file("precious", "p")});
+              file("precious", "p"), file("spare/sub/photo", "p")});
     const std::vector<FileUrl> urls{
         FileUrl{"/"},
         FileUrl{"///"},
@@ -68,6 +68,7 @@ TEST_F(FileRemoverTest, TheRootTheHomeAndWhatHoldsItAreRefusedByAnyRoute)
         tree.url("home/me/."),
         tree.url("home/me/.."),
         tree.url("other/.."),
+        tree.url("spare/sub/.."),
         FileUrl{"/proc/self/root" + tree.path("home")},
         FileUrl{tree.path("precious") + std::string("\0more", 5)},
     };
@@ -75,9 +76,9 @@ TEST_F(FileRemoverTest, TheRootTheHomeAndWhatHoldsItAreRefusedByAnyRoute)
         const auto result = remove(urls, permanently);
         EXPECT_THAT(result.failures, SizeIs(urls.size()));
         EXPECT_THAT(result.removed, IsEmpty());
-        EXPECT_THAT(tree.names(),
-                    ElementsAre("data", "home", "other", "precious", "to-homes", "to-root", "to-tree"));
-        EXPECT_EQ(tree.content("home/me/photo"), "p");
+        EXPECT_THAT(tree.names(), ElementsAre("data", "home", "other", "precious", "spare", "to-homes",
+                                              "to-root", "to-tree"));
+        EXPECT_EQ(tree.content("home/me/photo") + tree.content("spare/sub/photo"), "pp");
     }
     const ScopedVariable homeByLink{"HOME", tree.path("to-homes/me")};
     EXPECT_THAT(remove({tree.url("to-homes"), tree.url("home")}, true).removed, IsEmpty());

@@ -5,6 +5,7 @@
 #include "Scanning/ScanCache.h"
 #include "Scanning/SizeCache.h"
 #include "Support/AllRecords.h"
+#include "Support/Interception.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
 
@@ -252,6 +253,20 @@ TEST_F(DirectorySearchTest, ARootThatBearsTheNameIsTheOnlyMatchUnlessItIsALink)
     EXPECT_THAT(found(tree, {"node_modules"}, "f/node_modules"), IsEmpty());
     EXPECT_THAT(FileScanner::locateNodeModules(tree.url("node_modules")).get(),
                 ElementsAre(tree.url("node_modules/a/node_modules")));
+}
+
+TEST_F(DirectorySearchTest, ALinkThatTakesAMatchsPlaceIsNotFollowed)
+{
+    const TemporaryTree tree{folder("p/m"), file("mine/large", 100'000), link("lure", "mine")};
+    const Interception intruder{[&tree](const InterceptedCall& call) {
+        if (call.kind == InterceptedCall::Kind::statx && std::string_view{call.name} == "m") {
+            tree.exchange("p/m", "lure"); // found, and not yet measured
+        }
+        return 0;
+    }};
+    const EntryList matches = FileScanner::findDirectories({"m"}, tree.url()).get();
+    EXPECT_THAT(sized(tree, matches), ElementsAre("p/m 0"));
+    EXPECT_EQ(tree.content("p/m"), "mine");
 }
 
 TEST_F(DirectorySearchTest, AMatchThatWasMeasuredIsNotWalkedAgain)

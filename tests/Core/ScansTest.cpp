@@ -5,6 +5,7 @@
 #include "Support/ListWords.h"
 
 #include <cerrno>
+#include <climits>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -303,6 +304,15 @@ TEST(Scans, NamesThatAreNoTextAndPathsOfAnyLengthAreFound)
     }
     scene.add("-rf2", 4096);
     expectAllScansTell(scene);
+    for (const std::size_t length : {PATH_MAX - 1, PATH_MAX, PATH_MAX + 1}) {
+        TemporaryTree tree;
+        std::string place = chain(longName, (length - tree.path().size()) / 256 - 1);
+        const std::size_t rest = length - tree.path(place).size() - 2;
+        place += "/" + std::string(rest / 2, 'a') + "/" + std::string(rest - rest / 2, 'b');
+        ASSERT_EQ(tree.path(place).size(), length);
+        tree.add(file(place + "/f", 4096));
+        EXPECT_EQ(FileScanner::directorySize(tree.url(place)), onDisk(4096)) << length;
+    }
 }
 
 TEST(Scans, AFolderOfThousandsLosesNothing)

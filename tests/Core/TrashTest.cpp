@@ -123,11 +123,12 @@ TEST_F(TrashTest, NeitherAnItemWithoutRecordNorARecordWithoutItemIsOverwritten)
 
 TEST_F(TrashTest, AnUndoPutsBackTheVeryItemIntoTheVeryFolderAndNeverOverwrites)
 {
-    tree.add({file("a/notes", "first"), file("b/notes", "second"), file("a/bare", "third"),
-              file("a/gone", "g"), file("c/moved", "m"), file("a/taken", "old"), file("e/inner", "i"),
-              file("a/emptied", "e"), link("a/shortcut", "bare")});
+    const std::string nested = tree.path("b/notes").substr(1); // its path ends like that of the other notes
+    tree.add({file(nested, "first"), file("b/notes", "second"), file("a/bare", "third"), file("a/gone", "g"),
+              file("c/moved", "m"), file("a/taken", "old"), file("e/inner", "i"), file("a/emptied", "e"),
+              link("a/shortcut", "bare")});
     const auto undone =
-        trash({tree.url("a/notes"), tree.url("a/bare"), tree.url("a/gone"), tree.url("c/moved"),
+        trash({tree.url(nested), tree.url("a/bare"), tree.url("a/gone"), tree.url("c/moved"),
                tree.url("a/taken"), tree.url("e/inner"), tree.url("a/emptied"), tree.url("a/shortcut/")})
             .trashed;
     ASSERT_THAT(undone, SizeIs(8));
@@ -143,14 +144,14 @@ TEST_F(TrashTest, AnUndoPutsBackTheVeryItemIntoTheVeryFolderAndNeverOverwrites)
     const auto result = FileRemover::restore(undone);
     EXPECT_THAT(result.removed, ElementsAre(tree.url("a/bare"), tree.url("a/shortcut/")));
     using Failure = FileRemover::RemovalFailure;
-    EXPECT_THAT(result.failures,
-                ElementsAre(Failure{tree.url("a/notes"),
-                                    "Un autre élément porte maintenant ce nom dans la corbeille."},
-                            Failure{tree.url("a/gone"), "Cet élément n'est plus dans la corbeille."},
-                            Failure{tree.url("c/moved"), "Le dossier d'origine a été remplacé par un autre."},
-                            Failure{tree.url("a/taken"), "Un élément de ce nom existe déjà."},
-                            Failure{tree.url("e/inner"), "Cet élément n'existe plus."},
-                            Failure{tree.url("a/emptied"), "Cet élément n'est plus dans la corbeille."}));
+    EXPECT_THAT(
+        result.failures,
+        ElementsAre(Failure{tree.url(nested), "Un autre élément porte maintenant ce nom dans la corbeille."},
+                    Failure{tree.url("a/gone"), "Cet élément n'est plus dans la corbeille."},
+                    Failure{tree.url("c/moved"), "Le dossier d'origine a été remplacé par un autre."},
+                    Failure{tree.url("a/taken"), "Un élément de ce nom existe déjà."},
+                    Failure{tree.url("e/inner"), "Cet élément n'existe plus."},
+                    Failure{tree.url("a/emptied"), "Cet élément n'est plus dans la corbeille."}));
     EXPECT_FALSE(result.canUndo());
     EXPECT_THAT(tree.names("a"), ElementsAre("bare", "shortcut", "taken"));
     EXPECT_EQ(tree.content("a/taken") + tree.content("a/shortcut"), "newbare");

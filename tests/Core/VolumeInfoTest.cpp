@@ -102,55 +102,62 @@ TEST(MountTable, ForeignTextNeitherCrashesNorEndsTheTable)
                 testing::Contains("/c"));
 }
 
+/// Of "8:17".
+std::uint64_t deviceNumber(const std::string& text)
+{
+    return (std::stoull(text) << 32U) | std::stoull(text.substr(text.find(':') + 1));
+}
+
 TEST(DeviceTraits, ADiskIsExternalByItsPortItsFlagOrWhatIsBelow)
 {
-    TemporaryTree sys{folder("dev/block")};
-    const auto addDisk = [&sys](const std::string& path, const std::string& name, const std::string& number) {
-        sys.add(folder("devices/" + path + "/" + name));
-        sys.add(link("dev/block/" + number, "../../devices/" + path + "/" + name));
+    struct Disk {
+        const char* what;
+        std::string number, path;
+        bool isInternal;
     };
-    addDisk("pci0/nvme/nvme0", "nvme0n1", "259:0");
-    addDisk("pci0/nvme/nvme0/nvme0n1", "nvme0n1p3", "259:3");
-    sys.add(file("devices/pci0/nvme/nvme0/nvme0n1/nvme0n1p3/partition", "3\n"));
-    sys.add(file("devices/pci0/nvme/nvme0/nvme0n1/removable", "0\n"));
-    addDisk("pci0/usb2/2-1/host6/block/sdb", "sdb1", "8:17");
-    addDisk("pci0/ata1/sr0", "sr0", "11:0");
-    sys.add(file("devices/pci0/ata1/sr0/sr0/removable", "1\n"));
-    addDisk("pci0/ata2/sdc", "sdc1", "8:33");
-    sys.add({file("devices/pci0/ata2/sdc/sdc1/partition", "1\n"),
-             file("devices/pci0/ata2/sdc/removable", "1\n")});
-    addDisk("pci1/tb/nvme/nvme1", "nvme1n1", "259:8");
-    sys.add(file("devices/pci1/tb/removable", "removable\n"));
-    addDisk("mmc_host/mmc0/block", "mmcblk0", "179:0");
-    sys.add(file("devices/mmc_host/mmc0/block/mmcblk0/device/type", "MMC\n"));
-    addDisk("mmc_host/mmc1/block", "mmcblk1", "179:8");
-    sys.add(file("devices/mmc_host/mmc1/block/mmcblk1/device/type", "SD\n"));
-    addDisk("virtual/block", "dm-0", "254:0"); // encrypted, on the NVMe disk
-    sys.add(
-        link("devices/virtual/block/dm-0/slaves/nvme0n1p3", "../../../../pci0/nvme/nvme0/nvme0n1/nvme0n1p3"));
-    addDisk("virtual/block", "dm-1", "254:1"); // a logical volume on it
-    sys.add(link("devices/virtual/block/dm-1/slaves/dm-0", "../../dm-0"));
-    addDisk("virtual/block", "md0", "9:0"); // mirrored on the stick
-    sys.add(link("devices/virtual/block/md0/slaves/dm-1", "../../dm-1"));
-    sys.add(link("devices/virtual/block/md0/slaves/sdb1", "../../../../pci0/usb2/2-1/host6/block/sdb/sdb1"));
-    addDisk("virtual/block", "dm-9", "254:9"); // lies on itself
-    sys.add(link("devices/virtual/block/dm-9/slaves/dm-9", "../../dm-9"));
 
-    const auto isInternal = [&sys](std::uint64_t majorNumber, std::uint64_t minorNumber) {
-        return isInternalDevice((majorNumber << 32U) | minorNumber, sys.path());
-    };
-    EXPECT_EQ(isInternal(259, 0), true);
-    EXPECT_EQ(isInternal(259, 3), true);
-    EXPECT_EQ(isInternal(8, 17), false) << "USB";
-    EXPECT_EQ(isInternal(11, 0), false) << "optical";
-    EXPECT_EQ(isInternal(8, 33), false) << "a partition of what can be taken out";
-    EXPECT_EQ(isInternal(259, 8), false) << "Thunderbolt";
-    EXPECT_EQ(isInternal(179, 0), true) << "soldered";
-    EXPECT_EQ(isInternal(179, 8), false) << "SD card";
-    EXPECT_EQ(isInternal(254, 1), true) << "logical on encrypted on NVMe";
-    EXPECT_EQ(isInternal(9, 0), false) << "half of the mirror can be pulled out";
-    EXPECT_EQ(isInternal(254, 9), true) << "ends";
-    EXPECT_EQ(isInternal(1, 2), std::nullopt);
+    const std::vector<Disk> disks{
+        {"NVMe", "259:0", "pci0/nvme/nvme0/nvme0n1", true},
+        {"a partition of it", "259:3", "pci0/nvme/nvme0/nvme0n1/nvme0n1p3", true},
+        {"USB", "8:17", "pci0/usb2/2-1/host6/block/sdb/sdb1", false},
+        {"optical", "11:0", "pci0/ata1/sr0/sr0", false},
+        {"a partition of what can be taken out", "8:33", "pci0/ata2/sdc/sdc1", false},
+        {"Thunderbolt", "259:8", "pci1/tb/nvme/nvme1/nvme1n1", false},
+        {"soldered", "179:0", "mmc_host/mmc0/block/mmcblk0", true},
+        {"SD card", "179:8", "mmc_host/mmc1/block/mmcblk1", false},
+        {"encrypted on NVMe", "254:0", "virtual/block/dm-0", true},
+        {"logical on encrypted on NVMe", "254:1", "virtual/block/dm-1", true},
+        {"half of the mirror can be pulled out", "9:0", "virtual/block/md0", false},
+        {"lies on itself", "254:9", "virtual/block/dm-9", true}};
+    TemporaryTree sys;
+    for (const Disk& disk : disks) {
+        sys.add(folder("devices/" + disk.path));
+        sys.add(link("dev/block/" + disk.number, "../../devices/" + disk.path));
+    }
+    for (const auto& [attribute, value] : std::vector<std::pair<std::string, std::string>>{
+             {"pci0/nvme/nvme0/nvme0n1/nvme0n1p3/partition", "3\n"},
+             {"pci0/nvme/nvme0/nvme0n1/removable", "0\n"},
+             {"pci0/ata1/sr0/sr0/removable", "1\n"},
+             {"pci0/ata2/sdc/sdc1/partition", "1\n"},
+             {"pci0/ata2/sdc/removable", "1\n"},
+             {"pci1/tb/removable", "removable\n"},
+             {"mmc_host/mmc0/block/mmcblk0/device/type", "MMC\n"},
+             {"mmc_host/mmc1/block/mmcblk1/device/type", "SD\n"}}) {
+        sys.add(file("devices/" + attribute, value));
+    }
+    for (const auto& [device, below] : {std::pair{"dm-0", "pci0/nvme/nvme0/nvme0n1/nvme0n1p3"},
+                                        {"dm-1", "virtual/block/dm-0"},
+                                        {"md0", "virtual/block/dm-1"},
+                                        {"md0", "pci0/usb2/2-1/host6/block/sdb/sdb1"},
+                                        {"dm-9", "virtual/block/dm-9"}}) {
+        const std::string name{FileUrl{std::string{"/"} + below}.lastPathComponent()};
+        sys.add(link("devices/virtual/block/" + std::string{device} + "/slaves/" + name,
+                     std::string{"../../../../"} + below));
+    }
+    for (const Disk& disk : disks) {
+        EXPECT_EQ(isInternalDevice(deviceNumber(disk.number), sys.path()), disk.isInternal) << disk.what;
+    }
+    EXPECT_EQ(isInternalDevice(deviceNumber("1:2"), sys.path()), std::nullopt);
 }
 
 /// The numbers of the block devices of this machine: "8:1".
@@ -174,9 +181,7 @@ TEST(DeviceTraits, ALabelIsWhatPeopleWroteNotHowItIsKept)
     std::filesystem::create_directories("/run/udev/data");
     std::ofstream{"/run/udev/data/b" + devices.front()}
         << "I:1\nE:ID_FS_LABEL_ENC=Vue\\x20d\\x27été\\x5cx20\\x2\n";
-    const std::size_t colon = devices.front().find(':');
-    const auto number = [&](std::size_t start) { return std::stoull(devices.front().substr(start)); };
-    const Mount mount{1, 0, (number(0) << 32U) | number(colon + 1), "/", "/nowhere", "ext4", "", ""};
+    const Mount mount{1, 0, deviceNumber(devices.front()), "/", "/nowhere", "ext4", "", ""};
     EXPECT_EQ(deviceTraits(mount).label, "Vue d'été\\x20\\x2");
 }
 

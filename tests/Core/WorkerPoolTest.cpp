@@ -3,81 +3,57 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <condition_variable>
+#include <functional>
 #include <future>
 #include <gtest/gtest.h>
 #include <latch>
-#include <mutex>
 
 namespace tallyroom {
 
 namespace {
 
-/// A job of as many pieces as it is told, and a way to wait for the last one.
-class Counted final : public WorkerPool::Job {
+/// A job of as many pieces as it is told.
+class Counted : public WorkerPool::Job {
 public:
+    explicit Counted(int pieces = 0) : m_left(pieces) {}
+
     void offer(int pieces) { m_left.fetch_add(pieces); }
 
-    bool work(unsigned /*worker*/) override
+    bool work(unsigned worker) override
     {
-        int left = m_left.load();
+        int left = m_left;
         do {
             if (left <= 0) {
                 return false;
             }
         } while (!m_left.compare_exchange_weak(left, left - 1));
-        const std::scoped_lock lock{m_mutex};
+        piece(worker);
         ++m_done;
-        m_changed.notify_all();
+        m_done.notify_all();
         return true;
     }
 
     void abandon() noexcept override {}
 
-    void waitFor(int done)
+    void waitFor(int done) const
     {
-        std::unique_lock lock{m_mutex};
-        m_changed.wait(lock, [&] { return m_done >= done; });
+        for (int now = m_done; now < done; now = m_done) {
+            m_done.wait(now);
+        }
     }
 
-private:
-    std::atomic<int> m_left = 0;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    int m_done = 0; // guarded by m_mutex
-};
-
-/// A job that always has more to do, until it is abandoned.
-class Endless final : public WorkerPool::Job {
-public:
-    bool work(unsigned /*worker*/) override { return !m_abandoned; }
-
-    void abandon() noexcept override { m_abandoned = true; }
-
-    [[nodiscard]] bool isAbandoned() const { return m_abandoned; }
+protected:
+    virtual void piece(unsigned /*worker*/) {}
 
 private:
-    std::atomic<bool> m_abandoned = false;
+    std::atomic<int> m_left;
+    std::atomic<int> m_done = 0;
 };
 
 /// A job whose pieces do not come back before `answer`.
-class Hanging final : public WorkerPool::Job {
+class Hanging final : public Counted {
 public:
-    explicit Hanging(int pieces) : m_left(pieces) {}
-
-    bool work(unsigned worker) override
-    {
-        if (m_left.fetch_sub(1) <= 0) {
-            return false;
-        }
-        EXPECT_FALSE(m_busy.at(worker).test_and_set()) << "one worker's number belongs to one thread";
-        m_inside.count_down();
-        m_answered.wait();
-        m_busy.at(worker).clear();
-        return true;
-    }
-
-    void abandon() noexcept override {}
+    using Counted::Counted;
 
     /// Waits until as many workers hang as the pool is wide.
     void waitForAll() { m_inside.wait(); }
@@ -87,11 +63,36 @@ public:
     static constexpr unsigned width = 4;
 
 private:
-    std::atomic<int> m_left;
+    void piece(unsigned worker) override
+    {
+        EXPECT_FALSE(m_busy.at(worker).test_and_set()) << "one worker's number belongs to one thread";
+        m_inside.count_down();
+        m_answered.wait();
+        m_busy.at(worker).clear();
+    }
+
     std::latch m_inside{width};
     std::latch m_answered{1};
     std::array<std::atomic_flag, 32> m_busy;
 };
+
+/// A job that always has more to do, until it is abandoned.
+struct Endless final : WorkerPool::Job {
+    bool work(unsigned /*worker*/) override { return !isAbandoned; }
+
+    void abandon() noexcept override { isAbandoned = true; }
+
+    std::atomic<bool> isAbandoned = false;
+};
+
+/// Adds a job of many pieces and waits for its end; hangs when others starve it.
+void doJob(WorkerPool& pool)
+{
+    const auto job = std::make_shared<Counted>(1000);
+    pool.add(job);
+    job->waitFor(1000);
+    pool.remove(*job);
+}
 
 TEST(WorkerPool, NoWakeUpIsLostBetweenLookingForWorkAndFallingAsleep)
 {
@@ -112,10 +113,7 @@ TEST(WorkerPool, AShortJobIsDoneWhileEndlessOnesRun)
     pool.add(std::make_shared<Endless>());
     pool.add(std::make_shared<Endless>());
     pool.add(std::make_shared<Endless>());
-    const auto shortJob = std::make_shared<Counted>();
-    shortJob->offer(1000);
-    pool.add(shortJob);
-    shortJob->waitFor(1000); // hangs when the others starve it
+    doJob(pool);
 }
 
 TEST(WorkerPool, AFinishedJobIsLetGoThoughThePoolLivesOn)
@@ -123,11 +121,10 @@ TEST(WorkerPool, AFinishedJobIsLetGoThoughThePoolLivesOn)
     WorkerPool pool{4};
     std::promise<void> gone;
     auto future = gone.get_future();
-    auto job = std::shared_ptr<Counted>{new Counted, [&gone](Counted* counted) {
+    auto job = std::shared_ptr<Counted>{new Counted{100}, [&gone](Counted* counted) {
                                             delete counted; // NOLINT(cppcoreguidelines-owning-memory)
                                             gone.set_value();
                                         }};
-    job->offer(100);
     pool.add(job);
     job->waitFor(100);
     pool.remove(*job);
@@ -142,7 +139,7 @@ TEST(WorkerPool, ThePoolsEndAbandonsWhatStillRuns)
         WorkerPool pool{3};
         pool.add(endless);
     }
-    EXPECT_TRUE(endless->isAbandoned());
+    EXPECT_TRUE(endless->isAbandoned);
     EXPECT_EQ(endless.use_count(), 1) << "no thread holds a job any more";
 }
 
@@ -153,17 +150,10 @@ TEST(WorkerPool, JobsThatHangLeaveWorkersToTheOthers)
     for (int round = 1; round <= 3; ++round) {
         hanging.push_back(std::make_shared<Hanging>(100)); // more than there are workers
         pool.add(hanging.back());
-        const auto job = std::make_shared<Counted>();
-        job->offer(1000);
-        pool.add(job);
-        job->waitFor(1000); // hangs when nobody stands in for those that do
-        pool.remove(*job);
+        doJob(pool);
     }
     std::ranges::for_each(hanging, &Hanging::answer);
-    const auto job = std::make_shared<Counted>();
-    job->offer(1000);
-    pool.add(job);
-    job->waitFor(1000);
+    doJob(pool);
 }
 
 TEST(WorkerPool, ItsEndDoesNotWaitForWorkersThatHang)
