@@ -183,11 +183,7 @@ TEST(DuplicateFinder, LimitsEndTheWalkAndSaySo)
 
 TEST(DuplicateFinder, TheStreamCountsEveryFourThousandAndEndsWithTheGroups)
 {
-    // The large ones differ late: one is read twice, and counts once.
-    constexpr std::int64_t large = 500_MiB;
-    TemporaryTree tree{file("a/1", content(200'000)), file("a/2", content(200'000)), sparseFile("b/1", large),
-                       sparseFile("b/2", large)};
-    tree.overwrite("b/2", "y", large - 2 * span);
+    TemporaryTree tree{file("a/1", content(200'000)), file("a/2", content(200'000))};
     tree.addEmptyFiles("a", "empty", 8300);
     const auto records = allRecords(DuplicateFinder::stream(tree.url(), 1));
     ASSERT_GE(records.size(), 6U);
@@ -196,9 +192,9 @@ TEST(DuplicateFinder, TheStreamCountsEveryFourThousandAndEndsWithTheGroups)
     EXPECT_EQ(records[1].phase, Phase::scanning);
     const DuplicateProgress& last = records.back();
     EXPECT_EQ(last.phase, Phase::done);
-    EXPECT_EQ(last.scanned, 8304);
+    EXPECT_EQ(last.scanned, 8302);
     EXPECT_EQ(names(tree, last.groups), (std::vector<std::vector<std::string>>{{"a/1", "a/2"}}));
-    EXPECT_EQ(last.bytesToHash, 2 * (4 * span + 200'000 + large));
+    EXPECT_EQ(last.bytesToHash, 2 * (2 * span + 200'000));
     EXPECT_EQ(last.hashedBytes, last.bytesToHash);
     EXPECT_TRUE(std::ranges::is_sorted(records, {}, &DuplicateProgress::hashedBytes));
     EXPECT_TRUE(std::ranges::all_of(

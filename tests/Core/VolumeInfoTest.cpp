@@ -1,5 +1,6 @@
 #include "Volumes/VolumeInfo.h"
 
+#include "FileSystem/FileAttributes.h"
 #include "Support/AllRecords.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
@@ -13,7 +14,9 @@
 #include <gtest/gtest.h>
 #include <latch>
 #include <map>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 
 namespace tallyroom {
 
@@ -382,6 +385,10 @@ TEST(VolumeInfo, OfThisMachineTellsWhatTheSystemTells)
     ASSERT_EQ(::statvfs("/", &room), 0);
     EXPECT_EQ(root->totalBytes, static_cast<std::int64_t>(room.f_blocks * room.f_frsize));
     EXPECT_GT(root->availableBytes, 0);
+    struct stat status = {};
+    ASSERT_EQ(::stat("/", &status), 0);
+    EXPECT_EQ(fileAttributes(FileUrl{"/"})->device,
+              (std::uint64_t{::major(status.st_dev)} << 32U) | ::minor(status.st_dev));
     const auto main = VolumeInfo::main();
     ASSERT_TRUE(main.has_value());
     const VolumeReport last = allRecords(VolumeInfo::stream()).back();
