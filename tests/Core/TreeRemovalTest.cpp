@@ -3,15 +3,16 @@
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FolderReader.h"
 #include "Scanning/FileScanner.h"
+#include "Support/Interception.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string_view>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
@@ -140,40 +141,38 @@ TEST(TreeRemoval, DoesNotEnterWhatIsMountedInside)
 
 TEST(TreeRemoval, AFolderSwappedForALinkLeadsNobodyOutside)
 {
-    for (int round = 0; round < 20; ++round) {
-        TemporaryTree tree{link("bait", "precious")};
-        for (int i = 0; i < 30; ++i) {
-            tree.add({file("precious/sub/" + std::to_string(i), "p"),
-                      file("out/a/sub/" + std::to_string(i), "x"),
-                      file("out/b/" + std::to_string(i) + "/sub/file", "x")});
+    for (int moment = 1; moment < 80; ++moment) {
+        TemporaryTree tree{file("precious/sub/photo", "p")};
+        tree.add(link("bait", tree.path("precious")));
+        for (int i = 0; i < 10; ++i) {
+            tree.add({file("out/" + std::to_string(i)), file("out/a/sub/" + std::to_string(i)),
+                      file("out/b/" + std::to_string(i) + "/sub/file")});
         }
-        std::atomic<bool> isDone = false;
-        std::jthread swapper{[&] {
-            while (!isDone) {
+        int calls = 0;
+        const Interception intruder{[&](const InterceptedCall&) {
+            if (++calls == moment) { // or there is nothing left to swap
                 ::renameat2(AT_FDCWD, tree.path("bait").c_str(), AT_FDCWD, tree.path("out/a").c_str(),
                             RENAME_EXCHANGE);
             }
+            return 0;
         }};
         static_cast<void>(removeFrom(tree, "out"));
-        isDone = true;
-        swapper.join();
-        ASSERT_EQ(tree.names("precious/sub").size(), 30U) << "round " << round;
+        ASSERT_EQ(tree.content("precious/sub/photo"), "p") << moment;
     }
 }
 
 TEST(TreeRemoval, AFolderThatFillsUpMeanwhileIsEmptiedAgain)
 {
     TemporaryTree tree{folder("out/busy")};
-    addLargeTree(tree, "out");
-    std::atomic<int> left = 200;
-    std::jthread writer{[&] {
-        while (left-- > 0) {
-            const std::string path = tree.path("out/busy/" + std::to_string(left));
-            const FileDescriptor created{::open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644)};
+    int times = 0;
+    const Interception writer{[&](const InterceptedCall& call) {
+        if (call.kind == InterceptedCall::Kind::unlink && std::string_view{call.name} == "busy" &&
+            ++times < 6) {
+            tree.add(file("out/busy/" + std::to_string(times)));
         }
+        return 0;
     }};
     EXPECT_EQ(errorOf(removeFrom(tree, "out")), 0);
-    writer.join();
     EXPECT_THAT(tree.names(), IsEmpty());
 }
 
