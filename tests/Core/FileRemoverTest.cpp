@@ -104,6 +104,8 @@ TEST_F(FileRemoverTest, MountPointsAndWhatHoldsThemAreRefusedByAnyRoute)
     }
     EXPECT_EQ(remove({urls.front()}, true).failures.front().message,
               "Un volume est monté à cet emplacement.");
+    tree.add(folder("disks/my"));
+    EXPECT_TRUE(remove({tree.url("disks/my")}, true).allSucceeded()) << "its name only begins like the other";
 }
 
 TEST_F(FileRemoverTest, WhatAMountShowsStaysAtItsOtherPlacesToo)

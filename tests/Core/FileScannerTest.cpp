@@ -255,17 +255,26 @@ TEST_F(DirectorySearchTest, ARootThatBearsTheNameIsTheOnlyMatchUnlessItIsALink)
                 ElementsAre(tree.url("node_modules/a/node_modules")));
 }
 
-TEST_F(DirectorySearchTest, ALinkThatTakesAMatchsPlaceIsNotFollowed)
+TEST_F(DirectorySearchTest, ALinkThatTakesAFoldersPlaceIsNotFollowed)
 {
-    const TemporaryTree tree{folder("p/m"), file("mine/large", 100'000), link("lure", "../mine")};
-    const Interception intruder{[&tree](const InterceptedCall& call) {
-        if (call.kind == InterceptedCall::Kind::statx && std::string_view{call.name} == "m") {
-            tree.exchange("p/m", "lure"); // found, and not yet measured
-        }
-        return 0;
-    }};
-    const EntryList matches = FileScanner::findDirectories({"m"}, tree.url()).get();
-    EXPECT_THAT(sized(tree, matches), ElementsAre("p/m 0"));
+    const TemporaryTree tree{file("p/file", 4096), folder("p/m"), file("mine/large", 100'000),
+                             link("lure", "../mine")};
+    const auto swapAt = [&tree](const std::string& name) {
+        return Interception{[&tree, name](const InterceptedCall& call) {
+            if (call.kind == InterceptedCall::Kind::statx && call.name == name) {
+                tree.exchange("p/m", "lure");
+            }
+            return 0;
+        }};
+    };
+    {
+        const auto intruder = swapAt("m"); // found, and not yet measured
+        const EntryList matches = FileScanner::findDirectories({"m"}, tree.url()).get();
+        EXPECT_THAT(sized(tree, matches), ElementsAre("p/m 0"));
+    }
+    tree.exchange("p/m", "lure");
+    const auto intruder = swapAt("file"); // listed, and not yet opened
+    EXPECT_EQ(FileScanner::directorySize(tree.url("p")), allocated(tree.path("p/file")));
     EXPECT_EQ(tree.content("p/m"), "../mine");
 }
 

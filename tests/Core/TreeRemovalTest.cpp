@@ -17,6 +17,7 @@
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace tallyroom {
 
@@ -159,6 +160,23 @@ TEST(TreeRemoval, AFolderSwappedForALinkLeadsNobodyOutside)
         static_cast<void>(removeFrom(tree, "out"));
         ASSERT_EQ(tree.content("precious/sub/photo"), "p") << moment;
     }
+}
+
+TEST(TreeRemoval, AnotherFolderInThePlaceOfOneThatWasLeftForADeepOneStaysWhole)
+{
+    const std::string deep = "/" + chain("d", 60) + "/bottom";
+    TemporaryTree tree{file("out/x/1" + deep), file("out/x/2" + deep), file("mine/1/photo", "p"),
+                       file("mine/2/photo", "p")};
+    bool isSwapped = false;
+    const Interception intruder{[&](const InterceptedCall& call) {
+        if (call.kind == InterceptedCall::Kind::unlink && std::string_view{call.name} == "bottom" &&
+            !std::exchange(isSwapped, true)) {
+            tree.exchange("out/x", "mine");
+        }
+        return 0;
+    }};
+    EXPECT_NE(errorOf(removeFrom(tree, "out")), 0);
+    EXPECT_EQ(tree.content("out/x/1/photo") + tree.content("out/x/2/photo"), "pp");
 }
 
 TEST(TreeRemoval, AFolderThatFillsUpMeanwhileIsEmptiedAgain)
