@@ -273,6 +273,7 @@ TEST_F(DirectorySearchTest, ALinkThatTakesAFoldersPlaceIsNotFollowed)
         EXPECT_THAT(sized(tree, matches), ElementsAre("p/m 0"));
     }
     tree.exchange("p/m", "lure");
+    FileScanner::clearCache();
     const auto intruder = swapAt("file"); // listed, and not yet opened
     EXPECT_EQ(FileScanner::directorySize(tree.url("p")), allocated(tree.path("p/file")));
     EXPECT_EQ(tree.content("p/m"), "../mine");

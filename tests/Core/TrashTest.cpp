@@ -366,16 +366,27 @@ TEST_F(VolumeTrashTest, AFullOrReadOnlyVolumeLosesNothing)
     EXPECT_THAT(tree.names("volume/" + own + "/info"), ElementsAre("été.trashinfo"));
 }
 
-TEST_F(VolumeTrashTest, ABindMountOfTheSameVolumeHasItsOwnTrash)
+TEST_F(VolumeTrashTest, TheVolumesOwnTrashServesWhereTheHomesCannotBeReached)
 {
-    tree.add({file("disk/photo", "p"), folder("window")});
+    const std::string itsTrash = own + "/files/photo";
+    tree.add({file("disk/photo", "p"), folder("window"), file("volume/photo", "p")});
     const auto bound = TemporaryMount::bind(tree.path("disk"), tree.path("window"));
     ASSERT_TRUE(bound.isMounted()) << bound.refusal();
-    const auto result = trash("window/photo");
-    ASSERT_EQ(nameInTrash(result), "photo");
-    EXPECT_EQ(result.trashed.front().inTrash, tree.url("window/" + own + "/files/photo"));
-    EXPECT_TRUE(FileRemover::restore(result.trashed).allSucceeded());
+    const auto bind = trash("window/photo");
+    ASSERT_EQ(nameInTrash(bind), "photo");
+    EXPECT_EQ(bind.trashed.front().inTrash, tree.url("window/" + itsTrash));
+    EXPECT_TRUE(FileRemover::restore(bind.trashed).allSucceeded());
     EXPECT_EQ(tree.content("disk/photo"), "p");
+
+    tree.add(folder("volume/data"));
+    const ScopedVariable homeOnTheVolume{"XDG_DATA_HOME", tree.path("volume/data")};
+    int renames = 0;
+    const Interception divided{[&renames](const InterceptedCall& call) {
+        return call.kind == InterceptedCall::Kind::rename && ++renames == 1 ? EXDEV : 0;
+    }};
+    const auto refused = trash("volume/photo"); // as where one mount shows several subvolumes
+    ASSERT_EQ(nameInTrash(refused), "photo");
+    EXPECT_EQ(refused.trashed.front().inTrash, tree.url("volume/" + itsTrash));
 }
 
 TEST(TrashFolders, WhatLiesInATrashIsKnownHoweverItsPathIsSpelt)
