@@ -12,7 +12,6 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <span>
 
 namespace tallyroom {
 
@@ -180,19 +179,13 @@ Result resultOf(const DuplicateProgress& record, const TemporaryTree& tree)
 }
 
 /// A scan that runs, whatever its records are.
-class RunningScan {
-public:
-    virtual ~RunningScan() = default;
-
-    /// Waits for a record; nothing at the end.
-    virtual std::optional<Result> next() = 0;
-    virtual void cancel() = 0;
-
-    /// What the last record says of the folder.
-    [[nodiscard]] std::optional<SystemError> unread() const { return m_unread; }
+struct RunningScan {
+    std::function<std::optional<Result>()> next; ///< waits for a record; nothing at the end
+    std::function<void()> cancel;
+    std::shared_ptr<std::optional<SystemError>> unread; ///< what the last record says of the folder
 
     /// Waits for the end. Only the last record tells a result.
-    Result end()
+    [[nodiscard]] Result end() const
     {
         Result last;
         while (auto result = next()) {
@@ -201,35 +194,11 @@ public:
         }
         return last;
     }
-
-protected:
-    std::optional<SystemError> m_unread;
-};
-
-template <typename Record>
-class RunOf final : public RunningScan {
-public:
-    RunOf(const TemporaryTree& tree, ProgressStream<Record> stream)
-        : m_tree(tree), m_stream(std::move(stream))
-    {}
-
-    std::optional<Result> next() override
-    {
-        const auto record = m_stream.next();
-        m_unread = record ? record->unread : m_unread;
-        return record ? std::optional<Result>{std::in_place, resultOf(*record, m_tree)} : std::nullopt;
-    }
-
-    void cancel() override { m_stream.cancel(); }
-
-private:
-    const TemporaryTree& m_tree;
-    ProgressStream<Record> m_stream;
 };
 
 struct Scan {
     const char* name;
-    std::function<std::unique_ptr<RunningScan>(const TemporaryTree&, const FileUrl&)> start;
+    std::function<RunningScan(const TemporaryTree&, const FileUrl&)> start;
     std::function<Lines(const TemporaryTree&, const FileUrl&)> whole; ///< in one piece
     Lines (*expected)(const Scene&);
 };
@@ -237,10 +206,15 @@ struct Scan {
 template <typename Start>
 auto starting(Start start)
 {
-    return [start](const TemporaryTree& tree, const FileUrl& url) -> std::unique_ptr<RunningScan> {
-        auto stream = start(url);
-        using Record = typename decltype(stream.next())::value_type;
-        return std::make_unique<RunOf<Record>>(tree, std::move(stream));
+    return [start](const TemporaryTree& tree, const FileUrl& url) {
+        const auto stream = std::make_shared<decltype(start(url))>(start(url));
+        const auto unread = std::make_shared<std::optional<SystemError>>();
+        const auto next = [&tree, stream, unread]() -> std::optional<Result> {
+            const auto record = stream->next();
+            *unread = record ? record->unread : *unread;
+            return record ? std::optional<Result>{std::in_place, resultOf(*record, tree)} : std::nullopt;
+        };
+        return RunningScan{next, [stream] { stream->cancel(); }, unread};
     };
 }
 
@@ -285,7 +259,7 @@ void expectAllScansTell(const Scene& scene)
         SCOPED_TRACE(scan.name);
         FileScanner::clearCache();
         const Lines expected = scan.expected(scene);
-        EXPECT_EQ(scan.start(scene.tree, scene.tree.url())->end(), expected);
+        EXPECT_EQ(scan.start(scene.tree, scene.tree.url()).end(), expected);
         FileScanner::clearCache();
         EXPECT_EQ(scan.whole(scene.tree, scene.tree.url()), expected);
     }
@@ -341,8 +315,8 @@ TEST(Scans, WhatHoldsNothingGivesAnEmptyResultThatSaysWhatIsNotRead)
              {std::pair{"empty/.git", 0}, {"file", ENOTDIR}, {"missing", ENOENT}}) {
             SCOPED_TRACE(std::string{scan.name} + " of " + place);
             const auto run = scan.start(tree, tree.url(place));
-            EXPECT_THAT(run->end(), testing::Optional(IsEmpty()));
-            EXPECT_EQ(run->unread().value_or(SystemError{0}), SystemError{unread});
+            EXPECT_THAT(run.end(), testing::Optional(IsEmpty()));
+            EXPECT_EQ(run.unread->value_or(SystemError{0}), SystemError{unread});
             EXPECT_THAT(scan.whole(tree, tree.url(place)), IsEmpty());
         }
     }
@@ -368,10 +342,10 @@ TEST(Scans, ACancelledScanEndsAndLeavesNothingWrongBehind)
             const auto run = scan.start(scene->tree, scene->tree.url());
             bool hasEnded = false;
             for (int i = 0; i < taken && !hasEnded; ++i) {
-                hasEnded = !run->next();
+                hasEnded = !run.next();
             }
-            run->cancel();
-            run->end(); // comes, and tells a result only if the scan was quicker
+            run.cancel();
+            static_cast<void>(run.end()); // comes, and tells a result only if the scan was quicker
             // A listing cut short would be taken for the folder's, a total cut short for its size.
             const auto listed = FileScanner::directEntries(scene->tree.url(), true).get();
             EXPECT_EQ(*resultOf(ScanProgress{listed}, scene->tree), expectedListing(*scene)) << taken;
@@ -388,72 +362,16 @@ TEST(Scans, ScansAtOnceDoNotMix)
     }
     for (int round = 0; round < 2; ++round) {
         FileScanner::clearCache();
-        std::vector<std::pair<std::unique_ptr<RunningScan>, Lines>> runs;
+        std::vector<std::pair<RunningScan, Lines>> runs;
         for (const Scan& scan : scans()) {
             for (const Scene* const scene : {one.get(), &two, one.get()}) {
                 runs.emplace_back(scan.start(scene->tree, scene->tree.url()), scan.expected(*scene));
             }
         }
         for (const auto& [run, expected] : runs) {
-            EXPECT_EQ(run->end(), expected);
+            EXPECT_EQ(run.end(), expected);
         }
     }
-}
-
-TEST(Scans, TheRecordsOfAListingAndOfASearchGrowByOne)
-{
-    const auto scene = manyFolders();
-    const auto expectsToGrow = [](std::span<const ScanProgress> records) {
-        for (std::size_t i = 0; i < records.size(); ++i) {
-            EXPECT_EQ(records[i].entries.size(), i + 1);
-            EXPECT_EQ(records[i].completed, static_cast<std::int64_t>(i) + 1);
-            EXPECT_EQ(records[i].total, static_cast<std::int64_t>(records.size()));
-            EXPECT_FALSE(records[i].isDiscovering);
-            EXPECT_TRUE(std::ranges::is_sorted(records[i].entries, std::greater{}, &Entry::sizeBytes));
-        }
-    };
-    const auto listing = allRecords(FileScanner::directEntriesStream(scene->tree.url(), false));
-    ASSERT_EQ(listing.size(), 200U);
-    expectsToGrow(listing);
-
-    // Of several matches in one folder each is told too.
-    scene->tree.add({folder("f0/n"), folder("f0/o"), folder("f1/n")});
-    const auto search = allRecords(FileScanner::findDirectoriesStream({"m", "n", "o"}, scene->tree.url()));
-    ASSERT_EQ(search.size(), 406U);
-    for (std::int64_t i = 0; i < 203; ++i) {
-        EXPECT_EQ(search[static_cast<std::size_t>(i)], (ScanProgress{{}, 0, i + 1, true}));
-    }
-    expectsToGrow(std::span{search}.subspan(203));
-}
-
-TEST(Scans, ARankingIsToldNowAndThenAndABreakdownEveryFourThousandFiles)
-{
-    TemporaryTree tree;
-    tree.addEmptyFiles("wide", "w", 9000); // passes several multiples at once
-    for (int i = 0; i < 100; ++i) {
-        tree.addEmptyFiles("small" + std::to_string(i), "s", 10); // many pass one together
-    }
-    const auto start = std::chrono::steady_clock::now();
-    const auto rankings = allRecords(FileScanner::findLargestFilesStream(tree.url(), 5));
-    const auto intervals = (std::chrono::steady_clock::now() - start) / std::chrono::milliseconds{120};
-    EXPECT_LE(static_cast<std::int64_t>(rankings.size()), intervals + 2) << "the first, the last";
-    EXPECT_TRUE(std::ranges::is_sorted(rankings, {}, &ScanProgress::completed));
-    EXPECT_EQ(rankings.back().total, 10'000);
-
-    const auto breakdown = allRecords(FolderAnalyzer::stream(tree.url()));
-    std::vector<std::int64_t> counts;
-    std::ranges::transform(breakdown, std::back_inserter(counts), &FolderAnalyzer::Progress::scanned);
-    EXPECT_THAT(counts, ElementsAre(4096, 8192, 10'000));
-}
-
-TEST(FolderAnalyzer, AStoppedAnalysisGivesWhatItHad)
-{
-    TemporaryTree tree;
-    tree.addEmptyFiles("some", "file", 100);
-    std::stop_source stop;
-    EXPECT_EQ(FolderAnalyzer::summarize(tree.url(), stop.get_token()).get().totalFiles, 100);
-    stop.request_stop();
-    EXPECT_EQ(FolderAnalyzer::summarize(tree.url(), stop.get_token()).get(), FolderSummary{});
 }
 
 } // namespace

@@ -92,6 +92,10 @@ TEST(TreemapLayout, LaysOutWhatIsWorkedOutByHand)
          {0, 0, 9, 9},
          {1, 2, 1, 5},
          {{0, {0, 0, 2.25, 4}}, {1, {2.25, 0, 4.5, 4}}, {2, {6.75, 0, 2.25, 4}}, {3, {0, 4, 9, 5}}}},
+        {"the narrow one stays the worst though a wide one comes after it",
+         {0, 0, 3, 3},
+         {1, 2, 6},
+         {{0, {0, 0, 1, 1}}, {1, {1, 0, 2, 1}}, {2, {0, 1, 3, 2}}}},
         {"one fills all, from its origin", {7, -3, 5, 4}, {1}, {{0, {7, -3, 5, 4}}}},
         {"a wide one is filled from the left",
          {10, 20, 3, 2},
@@ -173,11 +177,13 @@ TEST(TreemapLayout, LongRowsAndGiantsLeaveNobodyOut)
     // Judging a row from scratch for every item would take minutes here, and sums drift in long rows. After
     // a giant the remaining rectangle is exhausted, and a strip in it would be endlessly thick.
     for (const double first : {4096.0, 1e18, 1e200}) {
-        Weights weights(first > 4096 ? 1000 : 100'000, 4096);
+        const bool hasGiant = first > 4096;
+        Weights weights(hasGiant ? 1000 : 100'000, hasGiant ? 1 : 4096);
         weights.front() = first;
-        for (const Rectangle& whole : {Rectangle{0, 0, 1400, 900}, Rectangle{0, 0, 1e6, 1e-3}}) {
+        for (const Rectangle& whole :
+             {Rectangle{0, 0, 1400, 900}, Rectangle{0, 0, 100, 50}, Rectangle{0, 0, 1e6, 1e-3}}) {
             const auto laidOut = tiles(weights, whole);
-            ASSERT_TRUE(first > 4096 || laidOut.size() == weights.size());
+            ASSERT_TRUE(hasGiant || laidOut.size() == weights.size());
             expectTilesCover(laidOut, weights, whole);
         }
     }

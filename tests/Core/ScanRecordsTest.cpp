@@ -1,4 +1,5 @@
 #include "Concurrency/WorkerPool.h"
+#include "Kinds/FolderAnalyzer.h"
 #include "Scanning/FileScanner.h"
 #include "Support/AllRecords.h"
 #include "Support/Interception.h"
@@ -10,6 +11,7 @@
 #include <latch>
 #include <mutex>
 #include <set>
+#include <span>
 #include <sys/stat.h>
 #include <thread>
 
@@ -18,6 +20,7 @@ namespace tallyroom {
 namespace {
 
 using testing::Each;
+using testing::ElementsAre;
 using testing::Field;
 using testing::Optional;
 
@@ -30,7 +33,7 @@ Interception atEachLook(std::function<void(struct statx& answer)> action)
     }};
 }
 
-TEST(SlowDisk, AFlatFolderIsSharedAndToldAsItGoes)
+TEST(ScanRecords, OfAFlatFolderOnASlowDiskComeWhileManyWorkersLook)
 {
     constexpr int count = 800; // in one buffer of names
     TemporaryTree tree;
@@ -63,7 +66,7 @@ TEST(SlowDisk, AFlatFolderIsSharedAndToldAsItGoes)
     }
 }
 
-TEST(SlowDisk, TheLargestFilesAreToldByTheClock)
+TEST(ScanRecords, TheLargestFilesAreToldByTheClock)
 {
     const TemporaryTree tree{file("1"), file("2"), file("3")};
     std::latch mayAnswer{1};
@@ -76,7 +79,7 @@ TEST(SlowDisk, TheLargestFilesAreToldByTheClock)
     EXPECT_EQ(allRecords(std::move(stream)).back().completed, 3);
 }
 
-TEST(OddDisk, DatesFarOffAndBlockCountsThatLieAreTakenForTheNearestThatCanBe)
+TEST(ScanRecords, DatesFarOffAndBlockCountsThatLieAreTakenForTheNearestThatCanBe)
 {
     const TemporaryTree tree{file("1", "12345"), file("2", "12345")};
     for (const auto& [year, expected] : {std::pair{2300, Timestamp::max()}, {1500, Timestamp::min()}}) {
@@ -89,6 +92,65 @@ TEST(OddDisk, DatesFarOffAndBlockCountsThatLieAreTakenForTheNearestThatCanBe)
             FileScanner::directEntries(tree.url(), false).get(),
             Each(testing::AllOf(Field(&Entry::modifiedAt, Optional(expected)), Field(&Entry::sizeBytes, 5))));
     }
+}
+
+TEST(ScanRecords, TheRecordsOfAListingAndOfASearchGrowByOne)
+{
+    TemporaryTree tree;
+    for (int i = 0; i < 200; ++i) {
+        tree.add(file("f" + std::to_string(i) + "/m/deep/er", 4096 * (i % 10)));
+    }
+    const auto expectsToGrow = [](std::span<const ScanProgress> records) {
+        for (std::size_t i = 0; i < records.size(); ++i) {
+            EXPECT_EQ(records[i].entries.size(), i + 1);
+            EXPECT_EQ(records[i].completed, static_cast<std::int64_t>(i) + 1);
+            EXPECT_EQ(records[i].total, static_cast<std::int64_t>(records.size()));
+            EXPECT_FALSE(records[i].isDiscovering);
+            EXPECT_TRUE(std::ranges::is_sorted(records[i].entries, std::greater{}, &Entry::sizeBytes));
+        }
+    };
+    const auto listing = allRecords(FileScanner::directEntriesStream(tree.url(), false));
+    ASSERT_EQ(listing.size(), 200U);
+    expectsToGrow(listing);
+
+    // Of several matches in one folder each is told too.
+    tree.add({folder("f0/n"), folder("f0/o"), folder("f1/n")});
+    const auto search = allRecords(FileScanner::findDirectoriesStream({"m", "n", "o"}, tree.url()));
+    ASSERT_EQ(search.size(), 406U);
+    for (std::int64_t i = 0; i < 203; ++i) {
+        EXPECT_EQ(search[static_cast<std::size_t>(i)], (ScanProgress{{}, 0, i + 1, true}));
+    }
+    expectsToGrow(std::span{search}.subspan(203));
+}
+
+TEST(ScanRecords, ARankingIsToldNowAndThenAndABreakdownEveryFourThousandFiles)
+{
+    TemporaryTree tree;
+    tree.addEmptyFiles("wide", "w", 9000); // passes several multiples at once
+    for (int i = 0; i < 100; ++i) {
+        tree.addEmptyFiles("small" + std::to_string(i), "s", 10); // many pass one together
+    }
+    const auto start = std::chrono::steady_clock::now();
+    const auto rankings = allRecords(FileScanner::findLargestFilesStream(tree.url(), 5));
+    const auto intervals = (std::chrono::steady_clock::now() - start) / std::chrono::milliseconds{120};
+    EXPECT_LE(static_cast<std::int64_t>(rankings.size()), intervals + 2) << "the first, the last";
+    EXPECT_TRUE(std::ranges::is_sorted(rankings, {}, &ScanProgress::completed));
+    EXPECT_EQ(rankings.back().total, 10'000);
+
+    const auto breakdown = allRecords(FolderAnalyzer::stream(tree.url()));
+    std::vector<std::int64_t> counts;
+    std::ranges::transform(breakdown, std::back_inserter(counts), &FolderAnalyzer::Progress::scanned);
+    EXPECT_THAT(counts, ElementsAre(4096, 8192, 10'000));
+}
+
+TEST(FolderAnalyzer, AStoppedAnalysisGivesWhatItHad)
+{
+    TemporaryTree tree;
+    tree.addEmptyFiles("some", "file", 100);
+    std::stop_source stop;
+    EXPECT_EQ(FolderAnalyzer::summarize(tree.url(), stop.get_token()).get().totalFiles, 100);
+    stop.request_stop();
+    EXPECT_EQ(FolderAnalyzer::summarize(tree.url(), stop.get_token()).get(), FolderSummary{});
 }
 
 } // namespace
