@@ -7,12 +7,9 @@
 #include "Support/ListWords.h"
 
 #include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <thread>
 
 namespace tallyroom {
 
@@ -289,38 +286,6 @@ TEST(DuplicateFinder, OfSeveralWaysToAFileTheOnesThatAreLeftCount)
     }
 }
 
-TEST(DuplicateFinder, FilesThatAreRewrittenAllTheWhileFormNoFalseGroup)
-{
-    TemporaryTree tree;
-    constexpr int count = 6;
-    const auto size = 5 * span / 2;
-    const auto path = [](int i) { return "f" + std::to_string(i); };
-    for (int i = 0; i < count; ++i) {
-        tree.add(file(path(i), content(size)));
-    }
-    std::jthread restless{[&](const std::stop_token& done) {
-        for (int i = 0; !done.stop_requested(); ++i) {
-            tree.overwrite(path(1 + i % (count - 1)), std::string(1, static_cast<char>('a' + i % 3)),
-                           size / 2);
-        }
-    }};
-    for (int round = 0; round < 60; ++round) {
-        for (const DuplicateGroup& group : groupsIn(tree)) {
-            // Files that still bear the change time of the moment they were digested must be alike now.
-            std::vector<std::string> unchanged;
-            for (std::size_t i = 0; i < group.entries.size(); ++i) {
-                const std::string bytes = tree.content(group.entries[i].name);
-                const auto now = fileAttributes(group.entries[i].url);
-                if (now && now->changedAt == group.identities[i].changedAt) {
-                    unchanged.push_back(bytes);
-                }
-            }
-            EXPECT_TRUE(std::ranges::adjacent_find(unchanged, std::ranges::not_equal_to{}) ==
-                        unchanged.end());
-        }
-    }
-}
-
 TEST(DuplicateFinder, AFileThatMayNotBeReadIsLeftOut)
 {
     const int outcome = asUnprivilegedUser([] {
@@ -330,25 +295,9 @@ TEST(DuplicateFinder, AFileThatMayNotBeReadIsLeftOut)
     EXPECT_EQ(outcome, 0);
 }
 
-TEST(DuplicateFinder, ACancelledSearchStopsAmidAFileAndDeliversNoResult)
+TEST(DuplicateFinder, LongSearchesHoldUpNoShortOneAndStopAmidAFile)
 {
     // Holes are digested at the speed of the processor: a minute's work at the least.
-    const TemporaryTree tree{sparseFile("huge1", 100'000_MiB), sparseFile("huge2", 100'000_MiB)};
-    auto stream = DuplicateFinder::stream(tree.url(), 1);
-    std::optional<DuplicateProgress> record;
-    do {
-        record = stream.next();
-        ASSERT_TRUE(record.has_value());
-    } while (record->hashedBytes <= 4 * span); // in the whole files
-    EXPECT_LT(record->hashedBytes, record->bytesToHash);
-    stream.cancel();
-    while ((record = stream.next())) {
-        EXPECT_NE(record->phase, Phase::done);
-    }
-}
-
-TEST(DuplicateFinder, ManyLongSearchesHoldUpNoShortOne)
-{
     const TemporaryTree huge{sparseFile("huge1", 100'000_MiB), sparseFile("huge2", 100'000_MiB)};
     std::vector<ProgressStream<DuplicateProgress>> longOnes;
     for (int i = 0; i < 5; ++i) {
@@ -372,6 +321,13 @@ TEST(DuplicateFinder, ManyLongSearchesHoldUpNoShortOne)
     }
     for (auto& search : searches) {
         EXPECT_EQ(search.get(), expected);
+    }
+    for (auto& stream : longOnes) {
+        stream.cancel();
+        while (const auto record = stream.next()) {
+            EXPECT_LT(record->hashedBytes, record->bytesToHash);
+            EXPECT_NE(record->phase, Phase::done);
+        }
     }
 }
 

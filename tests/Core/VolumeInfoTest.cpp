@@ -65,37 +65,17 @@ TEST(VolumeMounts, OfEveryMachineDisksAndSharesAreListedAndNothingElse)
         EXPECT_EQ(listedPlaces(table), expected) << machine.path();
         ++machines;
     }
-    EXPECT_GE(machines, 5);
+    EXPECT_GE(machines, 10);
     EXPECT_THAT(parsed("31 1 254:1 / /a\\040b rw shared:1 - btrfs /dev/sda1 rw,subvolid=5,subvol=/@\n"),
                 ElementsAre(Mount{31, 1, (254ULL << 32U) | 1, "/", "/a b", "btrfs", "/dev/sda1", "/@"}));
 }
 
-TEST(VolumeMounts, InAContainerTheRootIsListedWhateverItIs)
+TEST(MountTable, ATableThatIsNoTreeDoesNotEndTheLook)
 {
-    const std::string bindMounts = "11 10 8:1 /var/lib/docker/c/hosts /etc/hosts rw - ext4 /dev/sda1 rw\n"
-                                   "12 10 8:1 /srv/project /work rw - ext4 /dev/sda1 rw\n"
-                                   "13 10 0:70 / /proc rw - proc proc rw\n";
-    for (const std::string root :
-         {"0:60 / / rw - overlay overlay rw,lowerdir=/a", "0:61 / / rw - tmpfs tmpfs rw",
-          "8:1 /rootfs / rw - ext4 /dev/sda1 rw", "0:62 / / rw - fuse.fuse-overlayfs fuse-overlayfs rw",
-          "7:3 / / ro - squashfs /dev/loop3 ro"}) {
-        EXPECT_THAT(listedPlaces("10 9 " + root + "\n" + bindMounts), ElementsAre("/")) << root;
-    }
-}
-
-TEST(MountTable, ForeignTextNeitherCrashesNorEndsTheTable)
-{
-    EXPECT_THAT(parsed(""), IsEmpty());
     EXPECT_THAT(MountTable::read("/nothing/here"), IsEmpty());
     EXPECT_THAT(MountTable::read("/"), IsEmpty());
-    const std::string good = "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n";
-    for (const std::string& bad : {std::string{"\n\n#\n"}, std::string{"20 1\n"}, std::string{"x y z\n"},
-                                   std::string{"7 7 8:1 / "}, std::string{"\xff\xfe\0\x01\n", 5},
-                                   "21 20 8:2 / " + std::string(9000, 'a') + " rw - ext4 x rw\n"}) {
-        EXPECT_LE(MountTable::reachable(parsed(bad)).size(), 1U) << bad;
-        EXPECT_GE(parsed(good + bad).size(), 1U) << bad;
-    }
-    // Two mounts that lie on each other, and two with one number: a table that is no tree.
+    EXPECT_GE(parsed("20 1 8:1 / / rw - ext4 /dev/sda1 rw\n20 1\n").size(), 1U);
+    // Two mounts that lie on each other, and two with one number.
     EXPECT_THAT(MountTable::reachable(parsed("5 6 8:1 / /a rw - ext4 /dev/a rw\n"
                                              "6 5 8:2 / /a/b rw - ext4 /dev/b rw\n")),
                 IsEmpty());
