@@ -1,7 +1,12 @@
 #include "App/NavigatorScene.h"
+#include "Theme/Theme.h"
+#include "Tools/DiskUsage/Breadcrumb.h"
 
+#include <QAbstractButton>
+#include <QMenu>
 #include <QSignalSpy>
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -190,37 +195,6 @@ TEST(FolderNavigator, TheBreadcrumbGoesFromTheRootToTheCurrentFolderByComponents
     }
 }
 
-TEST(FolderNavigator, RefreshingForgetsTheListingBeforeItListsWithoutTheCache)
-{
-    NavigatorScene scene;
-    scene.navigator->refreshCurrent();
-    EXPECT_THAT(scene.listings, IsEmpty());
-    scene.openLoaded("/r", twoFiles());
-    scene.navigator->activate(folderEntry("/r/a", 0));
-    scene.navigator->refreshCurrent();
-    EXPECT_THAT(scene.invalidated, ElementsAre(FileUrl{"/r/a"}));
-    EXPECT_FALSE(scene.listing().useCache);
-    EXPECT_TRUE(scene.listings[1]->useCache);
-    scene.navigator->goBack();
-    EXPECT_TRUE(scene.listing().useCache);
-    EXPECT_EQ(scene.listing().folder, FileUrl{"/r"});
-}
-
-TEST(FolderNavigator, TheFilterKnowsNoLetterCaseAndHidesNoBytes)
-{
-    NavigatorScene scene;
-    scene.openLoaded("/Été", {fileEntry("/Été/Photos É", 7), fileEntry("/Été/notes", 2)});
-    const auto shown = [&](const QString& text) {
-        scene.navigator->setSearchText(text);
-        return scene.navigator->filteredEntries().size();
-    };
-    EXPECT_EQ(shown(QStringLiteral("PHOTOS é")), 1U);
-    EXPECT_EQ(shown(QStringLiteral("été")), 0U) << "the path is not searched";
-    EXPECT_EQ(shown(QStringLiteral(" notes")), 0U) << "spaces count";
-    EXPECT_EQ(scene.navigator->currentTotalSize(), 9);
-    EXPECT_EQ(shown(QString{}), 2U);
-}
-
 TEST(FolderNavigator, WhatEndsInAnotherFolderLeavesItsListAlone)
 {
     for (const bool isUndo : {false, true}) {
@@ -297,6 +271,60 @@ TEST(FolderNavigator, ASecondDeletionIsRefusedInWordsWhileOneRuns)
     scene.letRemove();
     EXPECT_THAT(scene.listedNames(), ElementsAre("small"));
     EXPECT_TRUE(scene.navigator->undoable());
+}
+
+TEST(Breadcrumb, ShowsTheFolderAndItsParentAndTheRestInAMenu)
+{
+    Breadcrumb breadcrumb;
+    std::vector<BreadcrumbItem> items;
+    FileUrl url{"/"};
+    for (const char* name : {"root", "one & two", "three", "four", "five", "current"}) {
+        url = url.appending(name);
+        items.push_back({name, url});
+    }
+    breadcrumb.setItems(items);
+    breadcrumb.show();
+
+    struct Case {
+        int width;
+        QStringList shown;
+        QStringList menu;
+    };
+
+    const auto words = [](const char* text) { return QString::fromUtf8(text).split(u'|'); };
+    const std::vector<Case> cases{
+        {600, words("root|one & two|three|four|five|current"), {}},
+        {270, words("root|…|four|five|current"), words("one && two|three")},
+        {215, words("root|…|five|current"), words("one && two|three|four")},
+        {160, words("…|five|current"), words("root|one && two|three|four")},
+        {100, words("…|five|current"), words("root|one && two|three|four")},
+    };
+    for (const Case& one : cases) {
+        breadcrumb.resize(one.width, Theme::controlHeight);
+        std::vector<QAbstractButton*> steps;
+        for (QAbstractButton* const step : breadcrumb.findChildren<QAbstractButton*>()) {
+            if (step->isVisible()) {
+                EXPECT_GT(step->width(), 0);
+                EXPECT_LE(step->geometry().right(), breadcrumb.width());
+                steps.push_back(step);
+            }
+        }
+        std::ranges::sort(steps, {}, [](const QAbstractButton* step) { return step->x(); });
+        QStringList shown;
+        QStringList menu;
+        for (QAbstractButton* const step : steps) {
+            shown << step->text();
+            if (step->text() == QStringLiteral("…")) {
+                step->click();
+                for (const QAction* const action : step->findChild<QMenu*>()->actions()) {
+                    menu << action->text();
+                }
+                step->findChild<QMenu*>()->hide();
+            }
+        }
+        EXPECT_EQ(shown.join(u'|').toStdString(), one.shown.join(u'|').toStdString()) << one.width;
+        EXPECT_EQ(menu.join(u'|').toStdString(), one.menu.join(u'|').toStdString()) << one.width;
+    }
 }
 
 } // namespace
