@@ -180,8 +180,8 @@ TEST(TreemapLayout, LongRowsAndGiantsLeaveNobodyOut)
         const bool hasGiant = first > 4096;
         Weights weights(hasGiant ? 1000 : 100'000, hasGiant ? 1 : 4096);
         weights.front() = first;
-        for (const Rectangle& whole :
-             {Rectangle{0, 0, 1400, 900}, Rectangle{0, 0, 100, 50}, Rectangle{0, 0, 1e6, 1e-3}}) {
+        for (const Rectangle& whole : {Rectangle{0, 0, 1400, 900}, Rectangle{0, 0, 100, 50},
+                                       Rectangle{0, 0, 50, 100}, Rectangle{0, 0, 1e6, 1e-3}}) {
             const auto laidOut = tiles(weights, whole);
             ASSERT_TRUE(hasGiant || laidOut.size() == weights.size());
             expectTilesCover(laidOut, weights, whole);
