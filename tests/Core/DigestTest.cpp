@@ -125,7 +125,7 @@ TEST(ParallelMap, KeepsTheOrderOfItsInputsWithinItsLanes)
             const int now = ++inside;
             for (int seen = most; seen < now && !most.compare_exchange_weak(seen, now);) {
             }
-            mayLeave.wait(); // time for whoever may come in
+            mayLeave.wait(); // so that others can come in
             --inside;
             return number * number;
         },

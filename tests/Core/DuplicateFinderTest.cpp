@@ -198,7 +198,7 @@ TEST(DuplicateFinder, TheStreamCountsEveryFourThousandAndEndsWithTheGroups)
         records, [](const DuplicateProgress& record) { return record.hashedBytes <= record.bytesToHash; }));
 }
 
-/// What happens to the file "victim" between two stages, when so many bytes have been digested.
+/// A change of the file "victim" between two stages.
 struct Disturbance {
     const char* what;
     bool isHarmless;

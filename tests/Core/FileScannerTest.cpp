@@ -91,7 +91,7 @@ TEST_F(FileScannerTest, TheTotalOfAListedFolderHoldsWhatWasKnownBefore)
 {
     TemporaryTree tree{file("list/known/f", 40'000), file("list/new/f", 8192), file("list/f", 4096)};
     const std::int64_t known = FileScanner::directorySize(tree.url("list/known"));
-    tree.add(file("list/known/more", 4096)); // seen only by who walks it again
+    tree.add(file("list/known/more", 4096)); // only another walk sees it
     static_cast<void>(FileScanner::directEntries(tree.url("list"), false).get());
     const std::int64_t all = known + allocated(tree.path("list/new/f")) + allocated(tree.path("list/f"));
     EXPECT_EQ(FileScanner::directEntries(tree.url(), false).get()[0].sizeBytes, all);

@@ -36,7 +36,7 @@ struct Scene {
     }
 };
 
-/// What a file of this size occupies here.
+/// The bytes that a file of this size occupies here.
 std::int64_t onDisk(std::int64_t size)
 {
     static std::map<std::int64_t, std::int64_t> known;
@@ -61,7 +61,7 @@ Lines ranked(const std::map<std::string, std::int64_t>& sizes)
     return lines;
 }
 
-/// What the folders weigh that `folderOf` names for each file; none for an empty name.
+/// The folders that `folderOf` names for the files, with their sizes; an empty name counts nowhere.
 Lines rankedFolders(const Scene& scene, const std::function<std::string(const std::string& path)>& folderOf)
 {
     std::map<std::string, std::int64_t> sums;
@@ -126,7 +126,7 @@ Lines expectedDuplicates(const Scene& scene)
     return ranked(waste);
 }
 
-/// What a record tells: nothing before it is the last one.
+/// The result in a record; only the last one has it.
 using Result = std::optional<Lines>;
 
 Result resultOf(const ScanProgress& record, const TemporaryTree& tree)

@@ -53,7 +53,7 @@ protected:
     ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
 };
 
-/// What a program prints; empty when it is not installed or fails.
+/// The output of a program; empty when it is not installed or fails.
 std::string outputOf(const std::string& command)
 {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe{

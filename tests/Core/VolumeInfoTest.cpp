@@ -26,7 +26,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What a test waits for in the worst case; no test takes that long unless it fails.
+/// The longest wait; only a test that fails takes so long.
 constexpr auto ample = 60s;
 
 std::vector<Mount> parsed(const std::string& text)
@@ -295,7 +295,7 @@ TEST(VolumeInfo, ADeadShareIsLeftOutAskedOnceAndListedWhenItIsBack)
     }
     EXPECT_EQ(machine->deadAsked, 1) << "one thread hangs, not one a call";
 
-    // What is known to hang is not waited for.
+    // Nobody waits for a volume that is known to hang.
     const auto start = std::chrono::steady_clock::now();
     EXPECT_THAT(names(VolumeInfo::current(ample, sources)), ElementsAre("big", "Système", "b", "a", "CLÉ"));
     EXPECT_LT(std::chrono::steady_clock::now() - start, ample / 2);

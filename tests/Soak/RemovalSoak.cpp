@@ -27,9 +27,9 @@
 #include <utility>
 #include <vector>
 
-// Trash, undo and deletion of what scans found, while calls fail at random and somebody swaps folders, items
-// and what lies in the trash. Every file bears a text of its own: whatever was not asked for must be
-// somewhere afterwards, and with trash and undo everything.
+// Moves what scans found to the trash, restores it and deletes it, while calls fail at random and somebody
+// swaps folders, items and the content of the trash. Every file has its own text: afterwards every text is
+// still somewhere, but for those in items that were to be deleted for good.
 
 namespace tallyroom {
 
@@ -251,7 +251,7 @@ private:
         return ::lstat(path.c_str(), &status) == 0 ? status.st_ino : 0;
     }
 
-    /// What is in a chosen item may go with it, wherever somebody has put the item, or something into it.
+    /// The content of a chosen item may go with it, wherever the item is now, and whatever was put into it.
     void noteWhatMayGo()
     {
         for (const auto& one : fs::recursive_directory_iterator{m_volume}) {

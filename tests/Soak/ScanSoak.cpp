@@ -46,7 +46,7 @@ void check(const ScanProgress& record, const FileUrl& folder)
     std::int64_t before = std::numeric_limits<std::int64_t>::max();
     for (const Entry& entry : record.entries) {
         Soak::require(entry.url != folder && entry.url.isInside(folder), "an entry lies in the folder");
-        // What is scanned may be a link itself, but for the whole tree.
+        // The scanned folder may be a link itself, unless it is the whole tree.
         const bool isWhole = folder.lastPathComponent() == wholeName;
         Soak::require(!isWhole || entry.name != forbiddenName, "no link is followed");
         Soak::require(entry.name == entry.url.lastPathComponent(), "an entry has its name");
@@ -165,8 +165,8 @@ private:
 
 void soak(std::chrono::seconds duration, std::uint64_t seed)
 {
-    // Whoever follows a link that has just taken a folder's place comes to what is forbidden. It has names
-    // that the churn does not know: through the link, it would carry them into the tree itself.
+    // A scan that follows a link which has just replaced a folder gets to the forbidden files. The churn does
+    // not know their names: it would otherwise carry them into the tree through the link.
     const TemporaryTree tree{folder(std::string{wholeName}),
                              file("forbidden/" + std::string{forbiddenName}, 4_MiB),
                              file("forbidden/kept/" + std::string{forbiddenName}, 4_MiB), folder("outside")};

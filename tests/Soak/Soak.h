@@ -6,7 +6,7 @@
 
 namespace tallyroom {
 
-/// What the programs share that do something at random for a while.
+/// Shared by the programs that act at random for a while.
 namespace Soak {
 
 struct Run {
@@ -17,14 +17,14 @@ struct Run {
 /// Reads [SECONDS [SEED]], and prints a command line that repeats the run.
 [[nodiscard]] Run begin(int argc, char** argv);
 
-/// Ends the program when `what` does not hold.
+/// Aborts unless `holds`, and prints `what`.
 void require(bool holds, const char* what);
 
 [[nodiscard]] std::int64_t residentBytes();
 
 [[nodiscard]] std::ptrdiff_t openDescriptors();
 
-/// Lets the scans that were dropped come to their end, as what they hold open tells: no more than `before`.
+/// Waits until dropped scans have closed their descriptors: no more than `before` are open.
 void waitForDescriptors(std::ptrdiff_t before);
 
 } // namespace Soak

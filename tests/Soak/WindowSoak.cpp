@@ -1,5 +1,5 @@
-// Somebody who cannot sit still: goes from tool to tool in the middle of scans, types, clicks, checks,
-// deletes and undoes at random, while the tree changes: window-soak [SECONDS [SEED]]
+// A restless user: changes tools during scans, types, clicks, checks, deletes and undoes at random, while
+// the tree changes: window-soak [SECONDS [SEED]]
 #include "Bridge/Desktop.h"
 #include "Settings/PersistedSettings.h"
 #include "Shell/ContentView.h"
@@ -150,7 +150,7 @@ private:
                          });
     }
 
-    // What a display would send; the events are not waited for, others follow while a menu is open.
+    // Events as a display sends them. Nothing waits for their effect: more follow while a menu is open.
 
     void click()
     {

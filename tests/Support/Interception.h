@@ -6,19 +6,19 @@ struct statx;
 
 namespace tallyroom {
 
-/// A call into the system that the code under test makes.
+/// A system call of the code under test.
 struct InterceptedCall {
     enum class Kind : unsigned char { statx, rename, unlink };
 
     Kind kind = Kind::statx;
-    int folder = -1;              ///< that the name is relative to; of a rename, where it comes from
-    const char* name = nullptr;   ///< of a rename, the old one
-    struct statx* told = nullptr; ///< what statx tells, to be changed at will
+    int folder = -1;              ///< that the name is relative to; the old one of a rename
+    const char* name = nullptr;   ///< the old one of a rename
+    struct statx* told = nullptr; ///< the answer of statx, which the watch may change
 };
 
-/// For its life, `watch` hears of every statx, renameat2 and unlinkat of this process: of a statx after it
-/// was done, of the others before. What it returns, when it is not 0, is the errno that the call fails with
-/// instead. Called on the thread that calls; what it calls itself is not intercepted. One at a time.
+/// For its life, `watch` is called at every statx, renameat2 and unlinkat of this process: right after a
+/// statx, right before the others. If it returns an errno, the call fails with it instead. It runs on the
+/// calling thread, and its own calls are not intercepted. One at a time.
 class Interception {
 public:
     using Watch = std::function<int(const InterceptedCall& call)>;

@@ -37,7 +37,7 @@ public:
     static TemporaryMount overlay(const std::string& upper, const std::string& lower,
                                   const std::string& folder);
 
-    /// Mounts a file system whose server never answers: whoever asks it for anything waits until it is gone.
+    /// Mounts a file system whose server never answers: every call waits until the mount is gone.
     static TemporaryMount silent(const std::string& folder);
 
     TemporaryMount(const TemporaryMount&) = delete;
@@ -48,7 +48,7 @@ public:
 
     [[nodiscard]] const std::string& refusal() const noexcept { return m_refusal; }
 
-    /// Lets nothing be changed in it from now on; false when a file in it is open for writing.
+    /// Makes it read-only; false when a file in it is open for writing.
     [[nodiscard]] bool makeReadOnly() const;
 
 private:
@@ -71,7 +71,7 @@ std::vector<int> inChildProcesses(int count, const std::function<int(int child)>
 /// child has none of the workers: nothing in it may wait for one.
 int inChildProcess(const std::function<int()>& action);
 
-/// Who may nothing that is not granted: chmod denies root nothing.
+/// A user without privileges: permissions do not stop root.
 constexpr uid_t unprivilegedUser = 65534;
 
 /// Runs `action` without root's privileges, as `unprivilegedUser` when this process runs as root, in all of

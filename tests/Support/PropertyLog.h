@@ -59,7 +59,7 @@ public:
           })
     {}
 
-    /// What was written down since the last taking.
+    /// The lines written since the last call.
     [[nodiscard]] std::vector<std::string> take() { return std::exchange(m_lines, {}); }
 
 private:

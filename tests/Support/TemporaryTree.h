@@ -70,7 +70,7 @@ struct TreeItem {
 /// "d/d/d" for `name` "d" and a depth of 3: `folder(chain("d", 10'000))` is a deep tree.
 [[nodiscard]] std::string chain(std::string_view name, std::size_t depth);
 
-/// What an item occupies on its disk, in bytes; of a link, the link itself.
+/// The bytes that an item occupies on its disk; a link is not followed.
 [[nodiscard]] std::int64_t allocated(const std::string& path);
 
 /// A tree in a new temporary folder, removed with all that it holds at the end of its life. Names may hold
