@@ -3,6 +3,7 @@
 #include "Duplicates/DuplicateExport.h"
 #include "Duplicates/DuplicateFinder.h"
 #include "EntryPrinter.h"
+#include "Model/CheckedArithmetic.h"
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
 

@@ -1,5 +1,6 @@
 #include "EntryPrinter.h"
 
+#include "Model/CheckedArithmetic.h"
 #include "Model/FileKind.h"
 #include "TableText.h"
 #include "Terminal.h"

@@ -5,7 +5,6 @@
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 
@@ -35,20 +34,6 @@ std::string reasonOf(const SystemError& error)
     default:
         return error.message();
     }
-}
-
-/// Equal sizes by path, so that a command prints the same twice.
-EntryList repeatable(const EntryList& entries)
-{
-    const auto ranksBefore = [](const Entry& left, const Entry& right) {
-        return left.sizeBytes != right.sizeBytes ? left.sizeBytes > right.sizeBytes : left.url < right.url;
-    };
-    if (std::ranges::is_sorted(entries, ranksBefore)) {
-        return entries;
-    }
-    std::vector<Entry> sorted = entries.toVector();
-    std::ranges::sort(sorted, ranksBefore);
-    return EntryList{std::move(sorted)};
 }
 
 } // namespace
@@ -101,7 +86,7 @@ ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interr
         Terminal::complain("analyse interrompue, la liste est incomplète.");
     }
     const bool showsPaths = shown == Shown::paths;
-    const EntryList entries = showsPaths ? repeatable(found.entries) : found.entries;
+    const EntryList entries = showsPaths ? rankedByPath(found.entries) : found.entries;
     const TableStyle style{Terminal::columns(), Terminal::showsColours(), showsPaths};
     return ScanCommand::print(
         options.format, interruption,

@@ -8,31 +8,20 @@ namespace tallyroom::TableText {
 
 std::string_view colourOf(FileKind kind)
 {
-    switch (kind) {
-    case FileKind::folder:
-        return "\033[34m";
-    case FileKind::image:
-        return "\033[95m";
-    case FileKind::video:
-        return "\033[35m";
-    case FileKind::audio:
-        return "\033[35m";
-    case FileKind::archive:
-        return "\033[33m";
-    case FileKind::code:
-        return "\033[94m";
-    case FileKind::document:
-        return "\033[37m";
-    case FileKind::spreadsheet:
-        return "\033[32m";
-    case FileKind::data:
-        return "\033[36m";
-    case FileKind::diskImage:
-        return "\033[93m";
-    case FileKind::other:
-        return "\033[39m";
-    }
-    return {};
+    static constexpr std::array<std::string_view, FileKind::all.size()> colours{
+        "\033[34m", // folder
+        "\033[95m", // image
+        "\033[35m", // video
+        "\033[35m", // audio
+        "\033[33m", // archive
+        "\033[94m", // code
+        "\033[37m", // document
+        "\033[32m", // spreadsheet
+        "\033[36m", // data
+        "\033[93m", // diskImage
+        "\033[39m", // other
+    };
+    return colours[kind.index()];
 }
 
 std::size_t barWidth(std::size_t columns)

@@ -1,5 +1,6 @@
 #include "Deletion/DeletionSupport.h"
 
+#include "Model/CheckedArithmetic.h"
 #include "Text/SizeText.h"
 
 #include <algorithm>

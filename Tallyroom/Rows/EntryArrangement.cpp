@@ -1,5 +1,6 @@
 #include "Rows/EntryArrangement.h"
 
+#include "Model/CheckedArithmetic.h"
 #include "Text/TextFilter.h"
 
 #include <algorithm>

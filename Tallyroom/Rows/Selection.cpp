@@ -1,5 +1,7 @@
 #include "Rows/Selection.h"
 
+#include "Model/CheckedArithmetic.h"
+
 #include <utility>
 
 namespace tallyroom {

@@ -1,8 +1,8 @@
 #include "Text/FileUrlText.h"
 
+#include "FileSystem/HomeFolder.h"
 #include "Text/Utf8.h"
 
-#include <QDir>
 #include <QFile>
 #include <QStringDecoder>
 
@@ -133,8 +133,7 @@ FileUrl FileUrlText::fromFileName(const QString& name)
 
 FileUrl FileUrlText::homeFolder()
 {
-    const QByteArray home = qgetenv("HOME");
-    return home.startsWith('/') ? FileUrl{home.toStdString()}.standardized() : fromFileName(QDir::homePath());
+    return HomeFolder::current().standardized();
 }
 
 } // namespace tallyroom

@@ -1,6 +1,7 @@
 #include "Concurrency/WorkerPool.h"
 
 #include "Concurrency/Thread.h"
+#include "Concurrency/WorkerPlaces.h"
 
 #include <algorithm>
 #include <atomic>
@@ -14,8 +15,6 @@ namespace tallyroom {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// How many pieces a worker does for one job before it looks at the next one.
 constexpr int piecesInARow = 16;
 
@@ -26,9 +25,6 @@ constexpr unsigned leastWidth = 16;
 /// How many workers of the process's pool may hang in the kernel before others have to wait for them.
 constexpr unsigned spareWorkers = 64;
 
-/// How long a worker may sit in one piece of work before it counts as held up.
-constexpr std::chrono::seconds longestPiece{1};
-
 /// How often the workers are looked at while there are jobs.
 constexpr std::chrono::milliseconds watchInterval{100};
 
@@ -38,14 +34,14 @@ constexpr std::chrono::seconds patience{1};
 } // namespace
 
 class WorkerPool::Workers {
-    struct Place;
+    using Place = WorkerPlace;
 
 public:
     Workers(unsigned width, unsigned spare) : m_width(width), m_places(width + spare) {}
 
     [[nodiscard]] unsigned width() const noexcept { return m_width; }
 
-    [[nodiscard]] unsigned capacity() const noexcept { return static_cast<unsigned>(m_places.size()); }
+    [[nodiscard]] unsigned capacity() const noexcept { return m_places.count(); }
 
     static void start(const std::shared_ptr<Workers>& self)
     {
@@ -68,7 +64,7 @@ public:
             ++self->m_jobsVersion;
             ++self->m_announced;
             self->fill(self); // threads that could not be started earlier
-            own = self->m_count == 0 ? self->takePlace() : nullptr;
+            own = self->m_count == 0 ? self->m_places.take() : nullptr;
         }
         self->m_wake.notify_all();
         self->m_watchWake.notify_one();
@@ -125,16 +121,9 @@ public:
         if (watch.joinable()) {
             watch.join();
         }
-        std::vector<std::jthread> gone;
         std::unique_lock lock{m_mutex};
-        m_left.wait_for(lock, patience, [this] { return m_count == heldUp(); });
-        for (Place& place : m_places) {
-            if (place.isTaken && place.thread.joinable()) {
-                place.thread.detach();
-            } else {
-                gone.push_back(std::move(place.thread));
-            }
-        }
+        m_left.wait_for(lock, patience, [this] { return m_count == m_places.heldUp(); });
+        const std::vector<std::jthread> gone = m_places.giveUp();
         lock.unlock(); // the threads that are gone may still be about to let go of it
     }
 
@@ -154,80 +143,29 @@ private:
 
     using Jobs = std::vector<std::shared_ptr<Running>>;
 
-    /// A worker's place. Its number is the worker's.
-    struct alignas(64) Place {
-        std::atomic<std::uint64_t> beat = 0;          ///< grows with each piece of work; odd within one
-        std::atomic<const Running*> within = nullptr; ///< the job of the latest piece, only to be compared
-
-        // Guarded by the pool's mutex:
-        std::jthread thread;
-        bool isTaken = false;
-        bool isHeldUp = false;
-        std::uint64_t seenBeat = 0;
-        Clock::time_point seenAt;
-    };
-
-    /// Under the mutex, as all that deals with places.
-    [[nodiscard]] unsigned heldUp() const
-    {
-        return static_cast<unsigned>(std::ranges::count_if(
-            m_places, [](const Place& place) { return place.isTaken && place.isHeldUp; }));
-    }
-
-    [[nodiscard]] unsigned heldUpBy(const Running& running) const
-    {
-        return static_cast<unsigned>(std::ranges::count_if(m_places, [job = &running](const Place& place) {
-            return place.isTaken && place.isHeldUp && place.within.load() == job;
-        }));
-    }
-
-    /// A free place; none when all are taken.
-    Place* takePlace()
-    {
-        const auto free = std::ranges::find(m_places, false, &Place::isTaken);
-        if (free == m_places.end()) {
-            return nullptr;
-        }
-        free->isTaken = true;
-        free->isHeldUp = false;
-        free->seenAt = Clock::now();
-        return &*free;
-    }
-
-    void leavePlace(Place& place)
-    {
-        place.isTaken = false;
-        place.isHeldUp = false;
-    }
-
     /// Starts workers until there are enough that are not held up, or no more can be had.
     void fill(const std::shared_ptr<Workers>& self)
     {
-        for (unsigned missing = m_width + heldUp(); m_count < missing;) {
-            Place* const place = m_leaving ? nullptr : takePlace();
+        for (unsigned missing = m_width + m_places.heldUp(); m_count < missing;) {
+            Place* const place = m_leaving ? nullptr : m_places.take();
             if (place == nullptr) {
                 return;
             }
             // A former worker of this place has let go of the mutex, and is joined here.
             place->thread = tryThread([self, place] { self->run(*place); });
             if (!place->thread.joinable()) {
-                leavePlace(*place);
+                WorkerPlaces::leave(*place);
                 return;
             }
             ++m_count;
         }
     }
 
-    [[nodiscard]] unsigned numberOf(const Place& place) const
-    {
-        return static_cast<unsigned>(&place - m_places.data());
-    }
-
     void run(Place& place)
     {
         Jobs jobs;
         std::size_t version = 0;
-        std::size_t turn = numberOf(place);
+        std::size_t turn = m_places.numberOf(place);
         while (true) {
             const std::size_t announced = m_announced.load();
             bool leaving = false;
@@ -255,7 +193,7 @@ private:
 
     void end(Place& place)
     {
-        leavePlace(place);
+        WorkerPlaces::leave(place);
         --m_count;
         m_left.notify_all();
     }
@@ -286,7 +224,7 @@ private:
     {
         const std::uint64_t beat = place.beat.load(std::memory_order_relaxed);
         place.beat.store(beat + 1, std::memory_order_release);
-        const bool worked = job.work(numberOf(place));
+        const bool worked = job.work(m_places.numberOf(place));
         place.beat.store(beat + 2, std::memory_order_release);
         return worked;
     }
@@ -297,7 +235,7 @@ private:
         while (!m_leaving.load() && workOnce(job, place)) {
         }
         const std::scoped_lock lock{m_mutex};
-        leavePlace(place);
+        WorkerPlaces::leave(place);
     }
 
     /// Waits for more work. False when this worker is one too many and has ended.
@@ -305,7 +243,7 @@ private:
     {
         std::unique_lock lock{m_mutex};
         place.isHeldUp = false;
-        if (m_count > m_width && m_count - heldUp() > m_width) {
+        if (m_count > m_width && m_count - m_places.heldUp() > m_width) {
             end(place);
             return false;
         }
@@ -322,7 +260,7 @@ private:
         while (!m_leaving) {
             m_watchWake.wait(lock, [this] { return m_leaving || !m_jobs.empty(); });
             m_watchWake.wait_for(lock, watchInterval, [this] { return m_leaving.load(); });
-            lookForHeldUp(Clock::now());
+            m_places.look();
             judgeJobs();
             if (m_sleeping.load() == 0) {
                 fill(self);
@@ -330,26 +268,14 @@ private:
         }
     }
 
-    void lookForHeldUp(Clock::time_point now)
-    {
-        for (Place& place : m_places) {
-            const std::uint64_t beat = place.beat.load(std::memory_order_acquire);
-            if (beat % 2 == 0 || beat != place.seenBeat) {
-                place.seenBeat = beat;
-                place.seenAt = now;
-            }
-            place.isHeldUp = place.isTaken && now - place.seenAt >= longestPiece;
-        }
-    }
-
     /// No job may hold up more than a quarter of the workers that others do not: so many a job at a time can
     /// be lost, and some are left for the next one.
     void judgeJobs()
     {
-        const auto all = heldUp();
+        const auto all = m_places.heldUp();
         bool someReturn = false;
         for (const auto& running : m_jobs) {
-            const unsigned own = heldUpBy(*running);
+            const unsigned own = m_places.heldUpWithin(running.get());
             const Standing now = own == 0                               ? Standing::usual
                                  : own > (capacity() - (all - own)) / 4 ? Standing::passedOver
                                                                         : Standing::last;
@@ -363,7 +289,7 @@ private:
     }
 
     const unsigned m_width;
-    std::vector<Place> m_places;
+    WorkerPlaces m_places;
     std::jthread m_watch; // guarded by m_mutex
     std::mutex m_mutex;
     std::condition_variable m_wake;

@@ -1,5 +1,7 @@
 #include "Duplicates/BatchDigester.h"
 
+#include "FileSystem/FileContent.h"
+
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>

@@ -1,6 +1,8 @@
 #include "Duplicates/CandidateWalk.h"
 
 #include "FileSystem/PrunedFolders.h"
+#include "FileSystem/TreeWalk.h"
+#include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -15,6 +17,11 @@ namespace {
 struct Met {
     std::int64_t files = 0;
     Candidate candidate;
+};
+
+/// A folder of the walk that knows its place among the names, once it holds a candidate.
+struct SearchedFolder : TreeWalk::Folder {
+    std::uint32_t id = PathPool::none;
 };
 
 /// The one place where the walk's workers meet, one lock a folder.
@@ -37,11 +44,12 @@ public:
             if (!visit(file.files)) {
                 return;
             }
-            if (m_buckets.size() == m_trackedLimit) {
+            if (std::ssize(m_tracked) == m_trackedLimit) {
                 truncate();
                 return;
             }
-            m_buckets.add(folder, std::move(file.candidate));
+            file.candidate.folder = idOf(folder);
+            m_tracked.push_back(std::move(file.candidate));
         }
         visit(filesAfter);
     }
@@ -77,11 +85,39 @@ public:
             lock.lock();
             told = next;
         }
-        std::vector<Candidate> repeated = m_buckets.takeRepeated();
-        return {std::move(repeated), m_buckets.folders(), m_visited, m_truncated, m_root, m_unread};
+        dropUniqueSizes();
+        return {std::move(m_tracked), std::move(m_folders), m_visited, m_truncated, m_root, m_unread};
     }
 
 private:
+    /// Only files of a size that others have too are ever read.
+    void dropUniqueSizes()
+    {
+        std::vector<std::int64_t> sizes(m_tracked.size());
+        std::ranges::transform(m_tracked, sizes.begin(), &Candidate::size);
+        std::ranges::sort(sizes);
+        std::erase_if(m_tracked, [&sizes](const Candidate& file) {
+            return std::ranges::equal_range(sizes, file.size).size() < 2;
+        });
+        m_tracked.shrink_to_fit();
+    }
+
+    std::uint32_t idOf(SearchedFolder& folder)
+    {
+        std::vector<SearchedFolder*> unknown; // from the folder up to the first known one
+        TreeWalk::Folder* above = &folder;
+        for (; above != nullptr && static_cast<SearchedFolder*>(above)->id == PathPool::none;
+             above = above->parent()) {
+            unknown.push_back(static_cast<SearchedFolder*>(above));
+        }
+        std::uint32_t id = above == nullptr ? PathPool::none : static_cast<SearchedFolder*>(above)->id;
+        for (auto next = unknown.rbegin(); next != unknown.rend(); ++next) {
+            id = m_folders.add(id, (*next)->name());
+            (*next)->id = id;
+        }
+        return id;
+    }
+
     /// Counts files; false when that ends the walk.
     bool visit(std::int64_t files)
     {
@@ -110,7 +146,8 @@ private:
     std::stop_source m_stop;
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    SizeBuckets m_buckets;               // guarded by m_mutex
+    std::vector<Candidate> m_tracked;    // guarded by m_mutex
+    PathPool m_folders;                  // guarded by m_mutex
     std::int64_t m_visited = 0;          // guarded by m_mutex
     bool m_truncated = false;            // guarded by m_mutex
     bool m_isFinished = false;           // guarded by m_mutex

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Duplicates/SizeBuckets.h"
+#include "Duplicates/PathPool.h"
+#include "FileSystem/FileIdentity.h"
 #include "FileSystem/ScanRoots.h"
 #include "FileSystem/SystemError.h"
 
@@ -8,8 +9,18 @@
 #include <functional>
 #include <optional>
 #include <stop_token>
+#include <string>
+#include <vector>
 
 namespace tallyroom {
+
+/// A regular file, as the walk met it.
+struct Candidate {
+    std::uint32_t folder = PathPool::none;
+    std::string name;
+    std::int64_t size = 0;
+    FileIdentity identity;
+};
 
 /// The first half of the search for duplicates: one walk that puts files into buckets by size.
 namespace CandidateWalk {

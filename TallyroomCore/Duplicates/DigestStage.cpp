@@ -1,6 +1,8 @@
 #include "Duplicates/DigestStage.h"
 
 #include "FileSystem/Digest.h"
+#include "FileSystem/FileContent.h"
+#include "Model/CheckedArithmetic.h"
 #include "Model/Entry.h"
 
 #include <algorithm>

@@ -1,10 +1,11 @@
 #include "Duplicates/DuplicateFinder.h"
 
+#include "Concurrency/LastRecord.h"
 #include "Concurrency/Locked.h"
 #include "Concurrency/Thread.h"
 #include "Concurrency/WorkerPool.h"
 #include "Duplicates/CandidateWalk.h"
-#include "Duplicates/DigestStages.h"
+#include "Duplicates/DigestSearch.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -88,11 +89,6 @@ private:
     const std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
-void start(const std::stop_token& cancelled, Conductors::Search search)
-{
-    Conductors::shared().start(cancelled, std::move(search));
-}
-
 } // namespace
 
 Result computeGroups(const FileUrl& url, std::int64_t minimumSize, const Limits& limits,
@@ -112,7 +108,7 @@ Result computeGroups(const FileUrl& url, std::int64_t minimumSize, const Limits&
     record.phase = Phase::hashing;
     const bool truncated = findings.truncated;
     const std::optional<SystemError> unread = findings.unread;
-    auto groups = DigestStages::run(std::move(findings), stop, [&](DigestStages::Progress progress) {
+    auto groups = DigestSearch::run(std::move(findings), stop, [&](DigestSearch::Progress progress) {
         record.hashedBytes = progress.done;
         record.bytesToHash = progress.total;
         onProgress(record);
@@ -127,35 +123,32 @@ ProgressStream<DuplicateProgress> stream(const FileUrl& url, std::int64_t minimu
 {
     auto [sender, stream] = makeProgressStream<DuplicateProgress>();
     const std::stop_token cancelled = sender.stopToken();
-    start(cancelled, [url, minimumSize, sender = std::move(sender)](const std::stop_token& stop) {
-        Locked<DuplicateProgress> last;
-        auto [groups, truncated, unread] =
-            computeGroups(url, minimumSize, {}, stop, [&](const DuplicateProgress& record) {
-                last.set(record);
-                sender.send(record);
-            });
-        if (stop.stop_requested()) {
-            return;
-        }
-        DuplicateProgress final = last.get();
-        final.groups = std::move(groups);
-        final.phase = Phase::done;
-        final.truncated = truncated;
-        final.unread = unread;
-        final.hashedBytes = final.bytesToHash;
-        sender.send(std::move(final));
-    });
+    Conductors::shared().start(
+        cancelled, [url, minimumSize, sender = std::move(sender)](const std::stop_token& stop) {
+            Locked<DuplicateProgress> last;
+            auto [groups, truncated, unread] =
+                computeGroups(url, minimumSize, {}, stop, [&](const DuplicateProgress& record) {
+                    last.set(record);
+                    sender.send(record);
+                });
+            if (stop.stop_requested()) {
+                return;
+            }
+            DuplicateProgress final = last.get();
+            final.groups = std::move(groups);
+            final.phase = Phase::done;
+            final.truncated = truncated;
+            final.unread = unread;
+            final.hashedBytes = final.bytesToHash;
+            sender.send(std::move(final));
+        });
     return std::move(stream);
 }
 
 std::future<std::vector<DuplicateGroup>> find(const FileUrl& url, std::int64_t minimumSize)
 {
-    auto promise = std::make_shared<std::promise<std::vector<DuplicateGroup>>>();
-    auto result = promise->get_future();
-    start({}, [url, minimumSize, promise = std::move(promise)](const std::stop_token& stop) {
-        promise->set_value(computeGroups(url, minimumSize, {}, stop, [](const DuplicateProgress&) {}).groups);
-    });
-    return result;
+    return lastRecord(stream(url, minimumSize),
+                      [](DuplicateProgress last) { return std::move(last.groups); });
 }
 
 } // namespace tallyroom::DuplicateFinder

@@ -1,8 +1,9 @@
 #include "Duplicates/DuplicateGroup.h"
 
+#include "Model/CheckedArithmetic.h"
+
 #include <algorithm>
 #include <set>
-#include <utility>
 
 namespace tallyroom {
 
@@ -25,22 +26,16 @@ std::int64_t distinctFiles(const std::vector<FileIdentity>& identities, const Co
         }
         return distinct;
     }
-    std::set<std::pair<std::uint64_t, std::uint64_t>> files;
+    std::set<FileId> files;
     for (std::size_t i = 0; i < identities.size(); ++i) {
         if (counts(i)) {
-            files.emplace(identities[i].device, identities[i].inode);
+            files.insert(identities[i]);
         }
     }
     return std::ssize(files);
 }
 
 } // namespace
-
-FileIdentity FileIdentity::of(const FileAttributes& attributes)
-{
-    return {attributes.device, attributes.inode, attributes.links, attributes.modifiedAt,
-            attributes.changedAt};
-}
 
 std::int64_t DuplicateGroup::sizeBytes() const noexcept
 {

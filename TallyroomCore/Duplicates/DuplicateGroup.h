@@ -1,33 +1,13 @@
 #pragma once
 
-#include "FileSystem/FileAttributes.h"
+#include "FileSystem/FileIdentity.h"
 #include "Model/Entry.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace tallyroom {
-
-/// Which file a path led to, and in which state it was when its content was digested. Two paths with the
-/// same device and inode are one file: removing one of them frees nothing.
-struct FileIdentity {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::uint32_t links = 0;
-    std::optional<Timestamp> modifiedAt;
-    std::optional<Timestamp> changedAt;
-
-    [[nodiscard]] static FileIdentity of(const FileAttributes& attributes);
-
-    [[nodiscard]] bool isSameFile(const FileIdentity& other) const noexcept
-    {
-        return device == other.device && inode == other.inode;
-    }
-
-    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
-};
 
 /// A set of files with identical content. A plain value.
 struct DuplicateGroup {

@@ -2,8 +2,8 @@
 
 #include "Duplicates/DigestStage.h"
 #include "Duplicates/StableFile.h"
-#include "FileSystem/Digest.h"
 #include "FileSystem/FileAttributes.h"
+#include "FileSystem/FileContent.h"
 #include "Removal/TrashFolders.h"
 
 #include <algorithm>

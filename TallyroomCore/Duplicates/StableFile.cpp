@@ -19,21 +19,12 @@ constexpr int readingFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_C
 
 SystemResult<FileDescriptor> openForReading(const FileUrl& url)
 {
-    FileDescriptor file;
     if (url.path().size() < PATH_MAX) {
-        file = FileDescriptor{::open(url.path().c_str(), readingFlags)};
-    } else {
-        const auto folder = openFolder(url.parent(), FolderAccess::throughOnly);
-        if (!folder) {
-            return std::unexpected(folder.error());
-        }
-        const std::string name{url.lastPathComponent()};
-        file = FileDescriptor{::openat(folder->get(), name.c_str(), readingFlags)};
+        return openAt(AT_FDCWD, url.path().c_str(), readingFlags);
     }
-    if (!file.isOpen()) {
-        return std::unexpected(SystemError::last());
-    }
-    return file;
+    const auto folder = openFolder(url.parent(), FolderAccess::throughOnly);
+    return folder ? openAt(folder->get(), std::string{url.lastPathComponent()}.c_str(), readingFlags)
+                  : std::unexpected(folder.error());
 }
 
 /// The clock that file systems stamp with, which moves in steps of some milliseconds.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Duplicates/DuplicateGroup.h"
 #include "FileSystem/FileDescriptor.h"
+#include "FileSystem/FileIdentity.h"
 #include "FileSystem/SystemError.h"
 
 #include <cstdint>

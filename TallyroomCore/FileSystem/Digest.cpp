@@ -1,11 +1,10 @@
 #include "FileSystem/Digest.h"
 
-#include <cerrno>
+#include "Model/Hexadecimal.h"
+
 #include <new>
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
-#include <string_view>
-#include <unistd.h>
 
 namespace tallyroom {
 
@@ -26,12 +25,10 @@ EVP_MD* sha256()
 
 std::string Digest::text() const
 {
-    static constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
     text.reserve(2 * bytes.size());
     for (const std::uint8_t byte : bytes) {
-        text.push_back(digits[byte >> 4U]);
-        text.push_back(digits[byte & 0x0FU]);
+        Hexadecimal::append(text, byte, Hexadecimal::lowerDigits);
     }
     return text;
 }
@@ -95,22 +92,6 @@ Digest Digester::digest(std::span<const std::byte> bytes)
     begin();
     add(bytes);
     return end();
-}
-
-bool readFully(int file, std::span<std::byte> buffer, std::int64_t offset)
-{
-    while (!buffer.empty()) {
-        const ssize_t count = ::pread(file, buffer.data(), buffer.size(), offset);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            return false;
-        }
-        buffer = buffer.subspan(static_cast<std::size_t>(count));
-        offset += count;
-    }
-    return true;
 }
 
 } // namespace tallyroom

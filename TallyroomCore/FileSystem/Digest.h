@@ -45,7 +45,4 @@ private:
     std::unique_ptr<Context> m_context;
 };
 
-/// Fills `buffer` from an offset of an open file. False at an error, or when the file ends before.
-[[nodiscard]] bool readFully(int file, std::span<std::byte> buffer, std::int64_t offset);
-
 } // namespace tallyroom

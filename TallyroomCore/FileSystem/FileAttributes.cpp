@@ -124,4 +124,16 @@ SystemResult<FileAttributes> fileAttributes(const FileUrl& url)
     return attributes(parent->get(), std::string{standard.lastPathComponent()}.c_str(), 0);
 }
 
+SystemResult<std::uint64_t> mountOf(int folder, const char* name)
+{
+    struct statx stat = {};
+    const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_EMPTY_PATH;
+    if (::statx(folder, name, flags, STATX_TYPE | STATX_MNT_ID, &stat) != 0) {
+        return std::unexpected(SystemError::last());
+    }
+    return (stat.stx_mask & STATX_MNT_ID) != 0
+               ? stat.stx_mnt_id
+               : (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
+}
+
 } // namespace tallyroom

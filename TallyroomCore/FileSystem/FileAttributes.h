@@ -3,6 +3,7 @@
 #include "FileSystem/SystemError.h"
 #include "Model/Entry.h"
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 
@@ -16,19 +17,24 @@ enum class EntryType : unsigned char {
     link
 };
 
+/// Which file this is, as long as it exists: two paths with the same device and inode lead to one file.
+struct FileId {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+
+    friend auto operator<=>(const FileId&, const FileId&) = default;
+};
+
 /// What one statx(2) call tells of an item.
-struct FileAttributes {
+struct FileAttributes : FileId {
     EntryType type = EntryType::unknown;
     bool isRegular = false; ///< a file whose content can be read
     std::uint32_t links = 0;
     std::int64_t allocatedBytes = 0; ///< st_blocks × 512; the logical size when blocks are not reported
     std::int64_t logicalBytes = 0;
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
     std::uint32_t stamp = 0; ///< device, mount, type and birth time, hashed (ItemIdentity)
     std::optional<Timestamp> modifiedAt;
-    std::optional<Timestamp>
-        changedAt; ///< the last change of content or attributes (ctime); nobody can set it
+    std::optional<Timestamp> changedAt; ///< of content or attributes (ctime); nobody can set it
 };
 
 /// Mixes a number into a hash.
@@ -43,5 +49,9 @@ struct FileAttributes {
 
 /// The attributes of an open file or folder.
 [[nodiscard]] SystemResult<FileAttributes> fileAttributes(int descriptor);
+
+/// The mount that holds an item, which rename(2) does not cross; the device where the kernel does not tell
+/// mounts apart (< 5.8). Of the open folder itself for an empty name.
+[[nodiscard]] SystemResult<std::uint64_t> mountOf(int folder, const char* name);
 
 } // namespace tallyroom

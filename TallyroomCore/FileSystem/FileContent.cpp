@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <unistd.h>
 
 namespace tallyroom {
@@ -19,6 +20,34 @@ SystemResult<std::string> contentOf(int file)
         return std::unexpected(SystemError::last());
     }
     return content;
+}
+
+bool readFully(int file, std::span<std::byte> buffer, std::int64_t offset)
+{
+    while (!buffer.empty()) {
+        const ssize_t count = ::pread(file, buffer.data(), buffer.size(), offset);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return false;
+        }
+        buffer = buffer.subspan(static_cast<std::size_t>(count));
+        offset += count;
+    }
+    return true;
+}
+
+bool writeFully(int file, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(file, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return true;
 }
 
 } // namespace tallyroom

@@ -7,9 +7,11 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <optional>
 #include <string>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tallyroom {
 
@@ -18,13 +20,20 @@ namespace {
 constexpr int listingFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
 constexpr int throughFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
-SystemResult<FileDescriptor> open(int base, const char* path, int flags)
+/// openat2(2); nothing where the kernel is too old or does not grant the call.
+std::optional<SystemResult<FileDescriptor>> openResolving(int base, const char* path, int flags,
+                                                          std::uint64_t resolve)
 {
-    const int descriptor = ::openat(base, path, flags);
+    open_how how = {};
+    how.flags = static_cast<unsigned>(flags | O_NOFOLLOW);
+    how.resolve = resolve;
+    const long descriptor = ::syscall(SYS_openat2, base, path, &how, sizeof how);
     if (descriptor < 0) {
-        return std::unexpected(SystemError::last());
+        return errno == ENOSYS || errno == EPERM
+                   ? std::nullopt
+                   : std::optional<SystemResult<FileDescriptor>>{std::unexpected(SystemError::last())};
     }
-    return FileDescriptor{descriptor};
+    return FileDescriptor{static_cast<int>(descriptor)};
 }
 
 /// One component at a time, none of them a link.
@@ -37,8 +46,8 @@ SystemResult<FileDescriptor> openEachStep(int base, std::string_view path, int f
         if (step == "..") {
             return std::unexpected(SystemError{EXDEV});
         }
-        auto opened = open(reached.isOpen() ? reached.get() : base, step.c_str(),
-                           (path.empty() ? flags : throughFlags) | O_NOFOLLOW);
+        auto opened = openAt(reached.isOpen() ? reached.get() : base, step.c_str(),
+                             (path.empty() ? flags : throughFlags) | O_NOFOLLOW);
         if (!opened || path.empty()) {
             return opened;
         }
@@ -48,17 +57,8 @@ SystemResult<FileDescriptor> openEachStep(int base, std::string_view path, int f
 
 SystemResult<FileDescriptor> openWithoutLinks(int base, const char* path, int flags)
 {
-    open_how how = {};
-    how.flags = static_cast<unsigned>(flags | O_NOFOLLOW);
-    how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_BENEATH;
-    const long descriptor = ::syscall(SYS_openat2, base, path, &how, sizeof how);
-    if (descriptor < 0 && (errno == ENOSYS || errno == EPERM)) { // an old kernel, or one held back
-        return openEachStep(base, path, flags);
-    }
-    if (descriptor < 0) {
-        return std::unexpected(SystemError::last());
-    }
-    return FileDescriptor{static_cast<int>(descriptor)};
+    auto opened = openResolving(base, path, flags, RESOLVE_NO_SYMLINKS | RESOLVE_BENEATH);
+    return opened ? std::move(*opened) : openEachStep(base, path, flags);
 }
 
 /// Takes the longest run of whole components that the kernel accepts in one call off the front of `path`.
@@ -134,14 +134,39 @@ void forEachRecord(const std::byte* bytes, std::size_t used, Visit visit)
 
 } // namespace
 
+SystemResult<FileDescriptor> openAt(int folder, const char* path, int flags, unsigned mode)
+{
+    FileDescriptor opened{::openat(folder, path, flags, mode)};
+    if (!opened.isOpen()) {
+        return std::unexpected(SystemError::last());
+    }
+    return opened;
+}
+
 SystemResult<FileDescriptor> openFolder(const FileUrl& url, FolderAccess access)
 {
-    return openBySteps(AT_FDCWD, url.path(), flagsFor(access), open);
+    return openBySteps(AT_FDCWD, url.path(), flagsFor(access),
+                       [](int base, const char* path, int flags) { return openAt(base, path, flags); });
 }
 
 SystemResult<FileDescriptor> openChildFolder(int parent, const char* name)
 {
-    return open(parent, name, listingFlags | O_NOFOLLOW);
+    return openAt(parent, name, listingFlags | O_NOFOLLOW);
+}
+
+SystemResult<FileDescriptor> openOwnChildFolder(int parent, const char* name)
+{
+    if (auto opened = openResolving(parent, name, listingFlags,
+                                    RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV | RESOLVE_BENEATH)) {
+        return std::move(*opened);
+    }
+    auto opened = openChildFolder(parent, name);
+    const auto around = opened ? mountOf(parent, "") : std::unexpected(opened.error());
+    const auto inside = around ? mountOf(opened->get(), "") : around;
+    if (!inside) {
+        return std::unexpected(inside.error());
+    }
+    return *inside == *around ? std::move(opened) : std::unexpected(SystemError{EXDEV});
 }
 
 SystemResult<FileDescriptor> openDescendantFolder(int base, std::string_view path, FolderAccess access)

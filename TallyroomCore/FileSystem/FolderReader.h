@@ -10,6 +10,10 @@
 
 namespace tallyroom {
 
+/// openat(2). What is made gets `mode`.
+[[nodiscard]] SystemResult<FileDescriptor> openAt(int folder, const char* path, int flags,
+                                                  unsigned mode = 0600);
+
 /// What an open folder is for.
 enum class FolderAccess : unsigned char {
     listing,       ///< its names can be read
@@ -23,6 +27,9 @@ enum class FolderAccess : unsigned char {
 
 /// Opens the folder `name` in the open folder `parent` for listing; a link is refused (ELOOP or ENOTDIR).
 [[nodiscard]] SystemResult<FileDescriptor> openChildFolder(int parent, const char* name);
+
+/// The same; the root of what is mounted there is refused too (EXDEV).
+[[nodiscard]] SystemResult<FileDescriptor> openOwnChildFolder(int parent, const char* name);
 
 /// Opens the folder at `path` below the open folder `base`; no component may be a link (ELOOP or ENOTDIR) or
 /// lead out of it (EXDEV): RESOLVE_NO_SYMLINKS and RESOLVE_BENEATH of openat2(2), or step by step where the

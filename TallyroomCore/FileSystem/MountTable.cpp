@@ -45,13 +45,6 @@ Mount mountOf(libmnt_fs& mount)
     return result;
 }
 
-/// True when `path` lies below `folder`.
-bool isBelow(const std::string& path, const std::string& folder)
-{
-    return path.size() > folder.size() && path.starts_with(folder) &&
-           (folder.ends_with('/') || path[folder.size()] == '/');
-}
-
 /// Which mount lies on which.
 class MountTree {
 public:
@@ -148,13 +141,13 @@ std::vector<Mount> reachable(const std::vector<Mount>& mounts)
     return result;
 }
 
-std::optional<Mount> holding(const FileUrl& url, const std::vector<Mount>& mounts)
+std::optional<Mount> holding(const FileUrl& url, std::span<const Mount> mounts)
 {
     const std::string path = url.standardized().path();
     const Mount* deepest = nullptr;
     for (const Mount& mount : mounts) {
-        const bool isAbove = mount.mountPoint == path || isBelow(path, mount.mountPoint);
-        if (isAbove && (deepest == nullptr || mount.mountPoint.size() > deepest->mountPoint.size())) {
+        if (isWithin(path, mount.mountPoint) &&
+            (deepest == nullptr || mount.mountPoint.size() >= deepest->mountPoint.size())) {
             deepest = &mount;
         }
     }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -33,8 +34,9 @@ namespace MountTable {
 /// The mounts that a path still reaches: those that no later mount covers. O(n × depth).
 [[nodiscard]] std::vector<Mount> reachable(const std::vector<Mount>& mounts);
 
-/// The mount that holds a location, by the texts alone: of `mounts`, all reachable, the deepest above it.
-[[nodiscard]] std::optional<Mount> holding(const FileUrl& url, const std::vector<Mount>& mounts);
+/// The mount that holds a location, by the texts alone: of `mounts`, the deepest above it, and of several at
+/// one place the last.
+[[nodiscard]] std::optional<Mount> holding(const FileUrl& url, std::span<const Mount> mounts);
 
 } // namespace MountTable
 

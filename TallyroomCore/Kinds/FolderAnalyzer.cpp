@@ -1,7 +1,9 @@
 #include "Kinds/FolderAnalyzer.h"
 
+#include "Concurrency/LastRecord.h"
 #include "FileSystem/PrunedFolders.h"
 #include "FileSystem/TreeWalk.h"
+#include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +21,8 @@ public:
 
     void add(const Tally& other)
     {
-        std::ranges::for_each(FileKind::all, [&](FileKind kind) { add(kind, other.m_kinds.at(kind)); });
+        std::ranges::for_each(FileKind::all,
+                              [&](FileKind kind) { add(kind, other.m_kinds.at(kind.index())); });
     }
 
     [[nodiscard]] std::int64_t files() const noexcept { return m_files; }
@@ -28,7 +31,7 @@ public:
     {
         FolderSummary summary;
         for (const FileKind kind : FileKind::all) {
-            if (const Sum& sum = m_kinds.at(kind); sum.files > 0) {
+            if (const Sum& sum = m_kinds.at(kind.index()); sum.files > 0) {
                 summary.categories.push_back({kind, sum.bytes, sum.files});
                 summary.totalBytes = checkedSum(summary.totalBytes, sum.bytes);
             }
@@ -46,7 +49,7 @@ private:
 
     void add(FileKind kind, const Sum& more)
     {
-        Sum& sum = m_kinds.at(kind);
+        Sum& sum = m_kinds.at(kind.index());
         sum.bytes = checkedSum(sum.bytes, more.bytes);
         sum.files = checkedSum(sum.files, more.files);
         m_files = checkedSum(m_files, more.files);
@@ -56,15 +59,24 @@ private:
     std::int64_t m_files = 0;
 };
 
-/// Counts the files of a tree. What is done with the counts is up to the two below.
-class AnalysisVisitor : public TreeWalk::Visitor {
+/// Counts the files of a tree: a record at every multiple of the cadence, and the summary at the end.
+class AnalysisVisitor final : public TreeWalk::Visitor {
 public:
-    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const final
+    explicit AnalysisVisitor(ProgressSender<FolderAnalyzer::Progress> sender) : m_sender(std::move(sender)) {}
+
+    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const override
     {
         return {TreeWalk::Attributes::files, false};
     }
 
-    void visit(TreeWalk::Folder& /*folder*/, std::span<TreeWalk::Child> children) final
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        if (folder.isRoot()) {
+            m_unread = error;
+        }
+    }
+
+    void visit(TreeWalk::Folder& /*folder*/, std::span<TreeWalk::Child> children) override
     {
         Tally batch;
         for (TreeWalk::Child& child : children) {
@@ -80,40 +92,20 @@ public:
     }
 
     std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
-                                                  const TreeWalk::Child& /*child*/) final
+                                                  const TreeWalk::Child& /*child*/) override
     {
         return std::make_unique<TreeWalk::Folder>();
     }
 
-protected:
-    /// The files of one batch. Any worker.
-    virtual void take(const Tally& batch) = 0;
-};
-
-/// Sends a record at every multiple of the cadence, and the summary at the end.
-class StreamedAnalysis final : public AnalysisVisitor {
-public:
-    explicit StreamedAnalysis(ProgressSender<FolderAnalyzer::Progress> sender) : m_sender(std::move(sender))
-    {}
-
-    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    /// After a stop too: a stream that was cancelled drops the record.
+    void finish(bool /*stopped*/) override
     {
-        if (folder.isRoot()) {
-            m_unread = error;
-        }
-    }
-
-    void finish(bool stopped) override
-    {
-        if (!stopped) {
-            m_sender->send(
-                {m_tally.files(), m_tally.summary(), FolderAnalyzer::Progress::Phase::done, m_unread});
-        }
+        m_sender->send({m_tally.files(), m_tally.summary(), FolderAnalyzer::Progress::Phase::done, m_unread});
         m_sender.reset();
     }
 
-protected:
-    void take(const Tally& batch) override
+private:
+    void take(const Tally& batch)
     {
         constexpr std::int64_t cadence = FolderAnalyzer::filesBetweenRecords;
         StreamWake wake; // outlives the lock
@@ -127,56 +119,36 @@ protected:
         wake = m_sender->enqueue(std::move(records));
     }
 
-private:
     std::optional<ProgressSender<FolderAnalyzer::Progress>> m_sender;
     std::optional<SystemError> m_unread;
     std::mutex m_mutex;
     Tally m_tally; // guarded by m_mutex until finish
 };
 
-/// Gives what was counted at the end, stopped or not.
-class WholeAnalysis final : public AnalysisVisitor {
-public:
-    explicit WholeAnalysis(std::promise<FolderSummary> result) : m_result(std::move(result)) {}
-
-    void finish(bool /*stopped*/) override { m_result.set_value(m_tally.summary()); }
-
-protected:
-    void take(const Tally& batch) override
-    {
-        const std::scoped_lock lock{m_mutex};
-        m_tally.add(batch);
-    }
-
-private:
-    std::promise<FolderSummary> m_result;
-    std::mutex m_mutex;
-    Tally m_tally; // guarded by m_mutex until finish
-};
-
-void startAnalysis(const FileUrl& url, std::unique_ptr<AnalysisVisitor> visitor, std::stop_token stop)
+/// Analyses until `stop` comes, or until the stream is cancelled where there is none.
+ProgressStream<FolderAnalyzer::Progress> start(const FileUrl& url, std::optional<std::stop_token> stop)
 {
+    auto [sender, stream] = makeProgressStream<FolderAnalyzer::Progress>();
+    const std::stop_token cancelled = sender.stopToken();
     std::vector<TreeWalk::Root> roots;
     roots.push_back({url.standardized(), std::make_unique<TreeWalk::Folder>()});
-    TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(visitor), std::move(stop));
+    TreeWalk::start(WorkerPool::shared(), std::move(roots),
+                    std::make_unique<AnalysisVisitor>(std::move(sender)),
+                    std::move(stop).value_or(cancelled));
+    return std::move(stream);
 }
 
 } // namespace
 
 std::future<FolderSummary> FolderAnalyzer::summarize(const FileUrl& url, std::stop_token stop)
 {
-    std::promise<FolderSummary> promise;
-    auto result = promise.get_future();
-    startAnalysis(url, std::make_unique<WholeAnalysis>(std::move(promise)), std::move(stop));
-    return result;
+    return lastRecord(start(url, std::move(stop)),
+                      [](Progress last) { return last.summary.value_or(FolderSummary{}); });
 }
 
 ProgressStream<FolderAnalyzer::Progress> FolderAnalyzer::stream(const FileUrl& url)
 {
-    auto [sender, stream] = makeProgressStream<Progress>();
-    std::stop_token stop = sender.stopToken();
-    startAnalysis(url, std::make_unique<StreamedAnalysis>(std::move(sender)), std::move(stop));
-    return std::move(stream);
+    return start(url, std::nullopt);
 }
 
 } // namespace tallyroom

@@ -1,6 +1,7 @@
 #include "Model/AgeThreshold.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tallyroom {
 
@@ -9,16 +10,24 @@ namespace {
 struct ThresholdRow {
     std::string_view rawValue;
     std::string_view label;
-    int days;
+    std::chrono::days age;
 };
 
+using std::chrono::days;
+
+/// In the order of the cases.
 constexpr std::array<ThresholdRow, 5> thresholdRows{{
-    {"oneWeek", "1 semaine", 7},
-    {"oneMonth", "1 mois", 30},
-    {"threeMonths", "3 mois", 90},
-    {"sixMonths", "6 mois", 180},
-    {"oneYear", "1 an", 365},
+    {"oneWeek", "1 semaine", days{7}},
+    {"oneMonth", "1 mois", days{30}},
+    {"threeMonths", "3 mois", days{90}},
+    {"sixMonths", "6 mois", days{180}},
+    {"oneYear", "1 an", days{365}},
 }};
+
+const ThresholdRow& thresholdRowOf(AgeThreshold::Value value)
+{
+    return thresholdRows[std::to_underlying(value)];
+}
 
 } // namespace
 
@@ -33,17 +42,12 @@ std::optional<AgeThreshold> AgeThreshold::fromRawValue(std::string_view text)
 
 std::string_view AgeThreshold::rawValue() const noexcept
 {
-    return thresholdRows[m_value].rawValue;
+    return thresholdRowOf(m_value).rawValue;
 }
 
 std::string_view AgeThreshold::label() const noexcept
 {
-    return thresholdRows[m_value].label;
-}
-
-std::chrono::days AgeThreshold::age() const noexcept
-{
-    return std::chrono::days{thresholdRows[m_value].days};
+    return thresholdRowOf(m_value).label;
 }
 
 bool AgeThreshold::isOld(const std::optional<Timestamp>& date, Timestamp reference) const noexcept
@@ -51,7 +55,7 @@ bool AgeThreshold::isOld(const std::optional<Timestamp>& date, Timestamp referen
     // Two dates may lie further apart than 64 bits can count in nanoseconds.
     using Nanoseconds = std::chrono::duration<long double, std::nano>;
     return date && Nanoseconds{reference.time_since_epoch()} - Nanoseconds{date->time_since_epoch()} >
-                       Nanoseconds{age()};
+                       Nanoseconds{thresholdRowOf(m_value).age};
 }
 
 } // namespace tallyroom

@@ -13,7 +13,8 @@ namespace tallyroom {
 /// thread.
 class AgeThreshold {
 public:
-    enum Value : unsigned char { oneWeek, oneMonth, threeMonths, sixMonths, oneYear };
+    enum class Value : unsigned char { oneWeek, oneMonth, threeMonths, sixMonths, oneYear };
+    using enum Value;
 
     /// Every threshold, the shortest first.
     static const std::array<AgeThreshold, 5> all;
@@ -30,8 +31,6 @@ public:
 
     /// The words for people, such as "3 mois".
     [[nodiscard]] std::string_view label() const noexcept;
-
-    [[nodiscard]] std::chrono::days age() const noexcept;
 
     /// True when `date` lies further back from `reference` than the age; exactly the age is not old yet, and
     /// neither is what has no date.

@@ -1,6 +1,7 @@
 #include "Model/Ecosystem.h"
 
 #include <algorithm>
+#include <span>
 
 namespace tallyroom {
 
@@ -10,17 +11,24 @@ struct EcosystemRow {
     std::string_view rawValue;
     std::string_view displayName;
     std::string_view symbolName;
-    std::array<std::string_view, 4> folders;
-    std::size_t folderCount;
+    std::span<const std::string_view> folders;
 };
 
+constexpr std::array<std::string_view, 4> javascriptFolders{"node_modules", ".next", "dist", "build"};
+constexpr std::array<std::string_view, 1> rustFolders{"target"};
+constexpr std::array<std::string_view, 2> pythonFolders{"__pycache__", ".venv"};
+constexpr std::array<std::string_view, 1> jvmFolders{".gradle"};
+constexpr std::array<std::string_view, 1> phpFolders{"vendor"};
+constexpr std::array<std::string_view, 1> xcodeFolders{"DerivedData"};
+
+/// In the order of the cases.
 constexpr std::array<EcosystemRow, 6> ecosystemRows{{
-    {"javascript", "JavaScript", "shippingbox", {"node_modules", ".next", "dist", "build"}, 4},
-    {"rust", "Rust", "gearshape.2", {"target"}, 1},
-    {"python", "Python", "ladybug", {"__pycache__", ".venv"}, 2},
-    {"jvm", "JVM / Gradle", "cup.and.saucer", {".gradle"}, 1},
-    {"php", "PHP", "chevron.left.forwardslash.chevron.right", {"vendor"}, 1},
-    {"xcode", "Xcode", "hammer", {"DerivedData"}, 1},
+    {"javascript", "JavaScript", "shippingbox", javascriptFolders},
+    {"rust", "Rust", "gearshape.2", rustFolders},
+    {"python", "Python", "ladybug", pythonFolders},
+    {"jvm", "JVM / Gradle", "cup.and.saucer", jvmFolders},
+    {"php", "PHP", "chevron.left.forwardslash.chevron.right", phpFolders},
+    {"xcode", "Xcode", "hammer", xcodeFolders},
 }};
 
 } // namespace
@@ -36,7 +44,7 @@ std::optional<Ecosystem> Ecosystem::fromRawValue(std::string_view text)
 std::optional<Ecosystem> Ecosystem::first(std::string_view name)
 {
     const auto* const found = std::ranges::find_if(all, [name](Ecosystem ecosystem) {
-        const auto names = ecosystem.folderNames();
+        const auto names = ecosystemRows.at(ecosystem.index()).folders;
         return std::ranges::find(names, name) != names.end();
     });
     return found != all.end() ? std::optional{*found} : std::nullopt;
@@ -46,7 +54,7 @@ FolderNames Ecosystem::ruleNames(const std::set<Ecosystem>& ecosystems)
 {
     FolderNames names;
     for (const Ecosystem ecosystem : ecosystems) {
-        for (const std::string_view name : ecosystem.folderNames()) {
+        for (const std::string_view name : ecosystemRows.at(ecosystem.index()).folders) {
             names.emplace(name);
         }
     }
@@ -55,22 +63,17 @@ FolderNames Ecosystem::ruleNames(const std::set<Ecosystem>& ecosystems)
 
 std::string_view Ecosystem::rawValue() const noexcept
 {
-    return ecosystemRows[m_value].rawValue;
+    return ecosystemRows[index()].rawValue;
 }
 
 std::string_view Ecosystem::displayName() const noexcept
 {
-    return ecosystemRows[m_value].displayName;
+    return ecosystemRows[index()].displayName;
 }
 
 std::string_view Ecosystem::symbolName() const noexcept
 {
-    return ecosystemRows[m_value].symbolName;
-}
-
-std::span<const std::string_view> Ecosystem::folderNames() const noexcept
-{
-    return std::span{ecosystemRows[m_value].folders}.first(ecosystemRows[m_value].folderCount);
+    return ecosystemRows[index()].symbolName;
 }
 
 } // namespace tallyroom

@@ -3,17 +3,19 @@
 #include "Model/FolderNames.h"
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <set>
-#include <span>
 #include <string_view>
+#include <utility>
 
 namespace tallyroom {
 
-/// A world of build tools, with the folders that it can make again at any time. Any thread.
+/// A build ecosystem, with the folders that its tools can regenerate. Any thread.
 class Ecosystem {
 public:
-    enum Value : unsigned char { javascript, rust, python, jvm, php, xcode };
+    enum class Value : unsigned char { javascript, rust, python, jvm, php, xcode };
+    using enum Value;
 
     /// Every ecosystem, in the order in which a folder's name is looked up.
     static const std::array<Ecosystem, 6> all;
@@ -21,6 +23,9 @@ public:
     constexpr Ecosystem(Value value) noexcept : m_value(value) {} // NOLINT: an ecosystem is its value
 
     constexpr operator Value() const noexcept { return m_value; } // NOLINT: so that switch sees the cases
+
+    /// Its place in `all`.
+    [[nodiscard]] constexpr std::size_t index() const noexcept { return std::to_underlying(m_value); }
 
     /// The ecosystem whose raw value is `text`, letter by letter; nothing for any other text.
     [[nodiscard]] static std::optional<Ecosystem> fromRawValue(std::string_view text);
@@ -39,9 +44,6 @@ public:
 
     /// The name of the icon.
     [[nodiscard]] std::string_view symbolName() const noexcept;
-
-    /// The names of its folders.
-    [[nodiscard]] std::span<const std::string_view> folderNames() const noexcept;
 
 private:
     Value m_value;

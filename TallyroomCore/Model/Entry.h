@@ -46,19 +46,6 @@ struct Entry {
     return left.sizeBytes > right.sizeBytes;
 }
 
-/// left + right; an overflow ends the process with a message, since every total built on it would be a lie.
-[[nodiscard]] std::int64_t checkedSum(std::int64_t left, std::int64_t right);
-
-/// left × right; an overflow ends the process with a message.
-[[nodiscard]] std::int64_t checkedProduct(std::int64_t left, std::int64_t right);
-
-/// left + right, or the greatest number where that is beyond it: for estimates, which need not be exact.
-/// Neither is negative.
-[[nodiscard]] std::int64_t saturatedSum(std::int64_t left, std::int64_t right) noexcept;
-
-/// left × right, likewise.
-[[nodiscard]] std::int64_t saturatedProduct(std::int64_t left, std::int64_t right) noexcept;
-
 } // namespace tallyroom
 
 template <>

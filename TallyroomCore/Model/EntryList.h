@@ -13,4 +13,7 @@ struct EntrySize {
 /// The list of entries that scans send and screens show: cheap to copy, ranked when read.
 using EntryList = SnapshotList<Entry, EntrySize>;
 
+/// The same entries with equal sizes by path, so that results repeat.
+[[nodiscard]] EntryList rankedByPath(const EntryList& entries);
+
 } // namespace tallyroom

@@ -8,31 +8,37 @@ namespace tallyroom {
 
 namespace {
 
-struct KindExtensions {
-    FileKind::Value kind;
+struct KindRow {
+    std::string_view rawValue;
+    std::string_view displayName;
+    std::string_view symbolName;
     std::string_view extensions; // separated by one space
 };
 
-constexpr std::array extensionTable{
-    KindExtensions{FileKind::image, "jpg jpeg png gif heic heif webp bmp tiff tif svg ico"},
-    KindExtensions{FileKind::video, "mp4 mov avi mkv webm m4v wmv flv"},
-    KindExtensions{FileKind::audio, "mp3 wav aac flac m4a ogg aiff"},
-    KindExtensions{FileKind::archive, "zip tar gz tgz bz2 7z rar xz zst"},
-    KindExtensions{FileKind::code,
-                   "swift js mjs cjs ts tsx jsx py rb go rs java kt c cpp cc h hpp cs php html "
-                   "css scss json yaml yml toml sh bash zsh"},
-    KindExtensions{FileKind::document, "pdf doc docx txt md rtf pages key odt"},
-    KindExtensions{FileKind::spreadsheet, "xls xlsx csv tsv numbers"},
-    KindExtensions{FileKind::data, "sql db sqlite sqlite3 log dat bin parquet"},
-    KindExtensions{FileKind::diskImage, "dmg iso pkg img"},
-};
+/// In the order of the cases.
+constexpr std::array<KindRow, 11> kindRows{{
+    {"folder", "Dossiers", "folder.fill", ""},
+    {"image", "Images", "photo", "jpg jpeg png gif heic heif webp bmp tiff tif svg ico"},
+    {"video", "Vidéos", "film", "mp4 mov avi mkv webm m4v wmv flv"},
+    {"audio", "Audio", "music.note", "mp3 wav aac flac m4a ogg aiff"},
+    {"archive", "Archives", "archivebox", "zip tar gz tgz bz2 7z rar xz zst"},
+    {"code", "Code", "chevron.left.forwardslash.chevron.right",
+     "swift js mjs cjs ts tsx jsx py rb go rs java kt c cpp cc h hpp cs php html "
+     "css scss json yaml yml toml sh bash zsh"},
+    {"document", "Documents", "doc.text", "pdf doc docx txt md rtf pages key odt"},
+    {"spreadsheet", "Tableurs", "tablecells", "xls xlsx csv tsv numbers"},
+    {"data", "Données", "cylinder.split.1x2", "sql db sqlite sqlite3 log dat bin parquet"},
+    {"diskImage", "Images disque", "opticaldiscdrive", "dmg iso pkg img"},
+    {"other", "Autres", "doc", ""},
+}};
 
 using ExtensionMap = std::unordered_map<std::string_view, FileKind>;
 
 ExtensionMap buildExtensionMap()
 {
     ExtensionMap map;
-    for (const auto& [kind, extensions] : extensionTable) {
+    for (const FileKind kind : FileKind::all) {
+        const std::string_view extensions = kindRows.at(kind.index()).extensions;
         for (std::size_t start = 0; start < extensions.size();) {
             const std::size_t end = std::min(extensions.find(' ', start), extensions.size());
             map.emplace(extensions.substr(start, end - start), kind);
@@ -51,9 +57,8 @@ const std::array<FileKind, 11> FileKind::all{folder,   image,       video, audio
 
 std::optional<FileKind> FileKind::fromRawValue(std::string_view text)
 {
-    const auto* const found =
-        std::ranges::find_if(all, [text](FileKind kind) { return kind.rawValue() == text; });
-    return found == all.end() ? std::nullopt : std::optional{*found};
+    const auto* const found = std::ranges::find(all, text, &FileKind::rawValue);
+    return found != all.end() ? std::optional{*found} : std::nullopt;
 }
 
 FileKind FileKind::of(const Entry& entry)
@@ -78,89 +83,17 @@ FileKind FileKind::of(std::string_view extension)
 
 std::string_view FileKind::rawValue() const noexcept
 {
-    switch (m_value) {
-    case folder:
-        return "folder";
-    case image:
-        return "image";
-    case video:
-        return "video";
-    case audio:
-        return "audio";
-    case archive:
-        return "archive";
-    case code:
-        return "code";
-    case document:
-        return "document";
-    case spreadsheet:
-        return "spreadsheet";
-    case data:
-        return "data";
-    case diskImage:
-        return "diskImage";
-    case other:
-        return "other";
-    }
-    return {};
+    return kindRows[index()].rawValue;
 }
 
 std::string_view FileKind::displayName() const noexcept
 {
-    switch (m_value) {
-    case folder:
-        return "Dossiers";
-    case image:
-        return "Images";
-    case video:
-        return "Vidéos";
-    case audio:
-        return "Audio";
-    case archive:
-        return "Archives";
-    case code:
-        return "Code";
-    case document:
-        return "Documents";
-    case spreadsheet:
-        return "Tableurs";
-    case data:
-        return "Données";
-    case diskImage:
-        return "Images disque";
-    case other:
-        return "Autres";
-    }
-    return {};
+    return kindRows[index()].displayName;
 }
 
 std::string_view FileKind::symbolName() const noexcept
 {
-    switch (m_value) {
-    case folder:
-        return "folder.fill";
-    case image:
-        return "photo";
-    case video:
-        return "film";
-    case audio:
-        return "music.note";
-    case archive:
-        return "archivebox";
-    case code:
-        return "chevron.left.forwardslash.chevron.right";
-    case document:
-        return "doc.text";
-    case spreadsheet:
-        return "tablecells";
-    case data:
-        return "cylinder.split.1x2";
-    case diskImage:
-        return "opticaldiscdrive";
-    case other:
-        return "doc";
-    }
-    return {};
+    return kindRows[index()].symbolName;
 }
 
 } // namespace tallyroom

@@ -3,15 +3,17 @@
 #include "Model/Entry.h"
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace tallyroom {
 
 /// The category that decides an entry's icon, label and colour. Any thread.
 class FileKind {
 public:
-    enum Value : unsigned char {
+    enum class Value : unsigned char {
         folder,
         image,
         video,
@@ -24,6 +26,7 @@ public:
         diskImage,
         other
     };
+    using enum Value;
 
     /// Every kind, in the order of declaration.
     static const std::array<FileKind, 11> all;
@@ -31,6 +34,9 @@ public:
     constexpr FileKind(Value value) noexcept : m_value(value) {} // NOLINT: a kind is its value
 
     constexpr operator Value() const noexcept { return m_value; } // NOLINT: so that switch sees the cases
+
+    /// Its place in `all`.
+    [[nodiscard]] constexpr std::size_t index() const noexcept { return std::to_underlying(m_value); }
 
     /// The kind whose raw value is `text`, letter by letter; nothing for any other text.
     [[nodiscard]] static std::optional<FileKind> fromRawValue(std::string_view text);

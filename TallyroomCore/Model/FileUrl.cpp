@@ -1,5 +1,9 @@
 #include "Model/FileUrl.h"
 
+#include "Model/Hexadecimal.h"
+
+#include <algorithm>
+
 namespace tallyroom {
 
 namespace {
@@ -31,20 +35,6 @@ bool isUnreserved(unsigned char byte)
 {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
            byte == '-' || byte == '.' || byte == '_' || byte == '~';
-}
-
-int hexValue(char digit)
-{
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    if (digit >= 'a' && digit <= 'f') {
-        return digit - 'a' + 10;
-    }
-    if (digit >= 'A' && digit <= 'F') {
-        return digit - 'A' + 10;
-    }
-    return -1;
 }
 
 } // namespace
@@ -114,13 +104,18 @@ bool FileUrl::isInside(const FileUrl& ancestor) const
 {
     const std::string own = standardized().m_path;
     const std::string other = ancestor.standardized().m_path;
-    return own == other || (!own.empty() && other == "/") ||
-           (!other.empty() && own.starts_with(other) && own[other.size()] == '/');
+    return own.empty() == other.empty() && isWithin(own, other);
 }
 
 std::string FileUrl::percentEncoded() const
 {
     return "file://" + percentEncodedPath(m_path);
+}
+
+bool isWithin(std::string_view path, std::string_view ancestor) noexcept
+{
+    return path.starts_with(ancestor) &&
+           (path.size() == ancestor.size() || ancestor.ends_with('/') || path[ancestor.size()] == '/');
 }
 
 std::string_view nameExtension(std::string_view name) noexcept
@@ -131,7 +126,6 @@ std::string_view nameExtension(std::string_view name) noexcept
 
 std::string percentEncodedPath(std::string_view path)
 {
-    static constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;
     text.reserve(path.size());
     for (const char character : path) {
@@ -140,8 +134,7 @@ std::string percentEncodedPath(std::string_view path)
             text.push_back(character);
         } else {
             text.push_back('%');
-            text.push_back(digits[byte >> 4U]);
-            text.push_back(digits[byte & 0x0FU]);
+            Hexadecimal::append(text, byte, Hexadecimal::upperDigits);
         }
     }
     return text;
@@ -152,10 +145,9 @@ std::string percentDecodedPath(std::string_view text)
     std::string path;
     path.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const int high = text[i] == '%' && i + 2 < text.size() ? hexValue(text[i + 1]) : -1;
-        const int low = high >= 0 ? hexValue(text[i + 2]) : -1;
-        if (low >= 0) {
-            path.push_back(static_cast<char>(high * 16 + low));
+        const auto byte = text[i] == '%' ? Hexadecimal::byteOf(text.substr(i + 1, 2)) : std::nullopt;
+        if (byte) {
+            path.push_back(*byte);
             i += 2;
         } else {
             path.push_back(text[i]);

@@ -55,6 +55,9 @@ private:
     std::string m_path;
 };
 
+/// True when `path` is `ancestor` or lies below it, by the texts as they are.
+[[nodiscard]] bool isWithin(std::string_view path, std::string_view ancestor) noexcept;
+
 /// `FileUrl::pathExtension` of a bare name, as a listing tells it.
 [[nodiscard]] std::string_view nameExtension(std::string_view name) noexcept;
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Model/AppendOnlyStore.h"
+#include "Model/IndexIterator.h"
+
 #include <algorithm>
-#include <array>
 #include <cassert>
 #include <compare>
 #include <cstddef>
@@ -14,69 +16,6 @@
 #include <vector>
 
 namespace tallyroom {
-
-namespace detail {
-
-/// Items that never move: chunks that double in size, the first of 64. One thread at a time appends, under
-/// its own lock; any number of threads read the items below a count that the appender has handed them.
-template <class Item>
-class AppendOnlyStore {
-public:
-    AppendOnlyStore() = default;
-    AppendOnlyStore(const AppendOnlyStore&) = delete;
-    AppendOnlyStore& operator=(const AppendOnlyStore&) = delete;
-
-    ~AppendOnlyStore()
-    {
-        for (std::size_t index = 0; index < m_size; ++index) {
-            std::destroy_at(slot(index));
-        }
-        for (std::size_t chunk = 0; chunk < m_chunks.size(); ++chunk) {
-            if (m_chunks[chunk] != nullptr) {
-                std::allocator<Item>{}.deallocate(m_chunks[chunk], capacity(chunk));
-            }
-        }
-    }
-
-    void append(Item item)
-    {
-        const auto [chunk, offset] = place(m_size);
-        if (m_chunks[chunk] == nullptr) {
-            m_chunks[chunk] = std::allocator<Item>{}.allocate(capacity(chunk));
-        }
-        std::construct_at(m_chunks[chunk] + offset, std::move(item));
-        ++m_size;
-    }
-
-    [[nodiscard]] std::size_t size() const noexcept { return m_size; }
-
-    [[nodiscard]] const Item& operator[](std::size_t index) const noexcept { return *slot(index); }
-
-private:
-    static constexpr std::size_t firstCapacity = 64;
-    static constexpr std::size_t chunkLimit = 40;
-
-    static std::size_t capacity(std::size_t chunk) { return firstCapacity << chunk; }
-
-    /// Chunk c starts at item 64 × (2^c − 1).
-    static std::pair<std::size_t, std::size_t> place(std::size_t index)
-    {
-        const std::size_t shifted = index / firstCapacity + 1;
-        const auto chunk = static_cast<std::size_t>(63 - __builtin_clzll(shifted));
-        return {chunk, index - firstCapacity * ((std::size_t{1} << chunk) - 1)};
-    }
-
-    Item* slot(std::size_t index) const
-    {
-        const auto [chunk, offset] = place(index);
-        return m_chunks[chunk] + offset;
-    }
-
-    std::array<Item*, chunkLimit> m_chunks{};
-    std::size_t m_size = 0;
-};
-
-} // namespace detail
 
 /// A list that reads as a value and is made in O(1) from a growing store: it shares the store and knows its
 /// own length. Ranked lists sort themselves on first reading, on the reader's thread, starting from the
@@ -102,7 +41,7 @@ class SnapshotList {
     using Order = std::vector<Ranked>;
 
     struct Store {
-        detail::AppendOnlyStore<Item> items;
+        AppendOnlyStore<Item> items;
         std::mutex orderMutex;
         std::shared_ptr<const Order> newestOrder; // guarded by orderMutex
     };
@@ -124,85 +63,7 @@ public:
         std::shared_ptr<Store> m_store = std::make_shared<Store>();
     };
 
-    class const_iterator {
-    public:
-        using iterator_category = std::random_access_iterator_tag;
-        using iterator_concept = std::random_access_iterator_tag;
-        using value_type = Item;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const Item*;
-        using reference = const Item&;
-
-        const_iterator() = default;
-
-        const_iterator(const SnapshotList* list, std::size_t index) : m_list(list), m_index(index) {}
-
-        reference operator*() const { return (*m_list)[m_index]; }
-
-        pointer operator->() const { return &(*m_list)[m_index]; }
-
-        reference operator[](difference_type step) const { return *(*this + step); }
-
-        const_iterator& operator++()
-        {
-            ++m_index;
-            return *this;
-        }
-
-        const_iterator operator++(int)
-        {
-            auto old = *this;
-            ++m_index;
-            return old;
-        }
-
-        const_iterator& operator--()
-        {
-            --m_index;
-            return *this;
-        }
-
-        const_iterator operator--(int)
-        {
-            auto old = *this;
-            --m_index;
-            return old;
-        }
-
-        const_iterator& operator+=(difference_type step)
-        {
-            m_index = static_cast<std::size_t>(static_cast<difference_type>(m_index) + step);
-            return *this;
-        }
-
-        const_iterator& operator-=(difference_type step) { return *this += -step; }
-
-        friend const_iterator operator+(const_iterator it, difference_type step) { return it += step; }
-
-        friend const_iterator operator+(difference_type step, const_iterator it) { return it += step; }
-
-        friend const_iterator operator-(const_iterator it, difference_type step) { return it -= step; }
-
-        friend difference_type operator-(const const_iterator& left, const const_iterator& right)
-        {
-            return static_cast<difference_type>(left.m_index) - static_cast<difference_type>(right.m_index);
-        }
-
-        friend bool operator==(const const_iterator& left, const const_iterator& right)
-        {
-            return left.m_index == right.m_index;
-        }
-
-        friend auto operator<=>(const const_iterator& left, const const_iterator& right)
-        {
-            return left.m_index <=> right.m_index;
-        }
-
-    private:
-        const SnapshotList* m_list = nullptr;
-        std::size_t m_index = 0;
-    };
-
+    using const_iterator = IndexIterator<SnapshotList>;
     using iterator = const_iterator;
 
     SnapshotList() = default;

@@ -23,7 +23,7 @@ constexpr std::size_t bytesResolvedOfALongPath = PATH_MAX / 2;
 std::string_view pathBelow(std::string_view path, std::string_view base)
 {
     base = base.substr(0, base.find_last_not_of('/') + 1);
-    if (!path.starts_with(base) || path.size() == base.size() || path[base.size()] != '/') {
+    if (!isWithin(path, base)) {
         return {};
     }
     return path.substr(std::min(path.find_first_not_of('/', base.size()), path.size()));
@@ -115,18 +115,6 @@ SystemResult<std::string> realPathOf(int folder)
     return path;
 }
 
-SystemResult<std::uint64_t> mountOf(int folder, const char* name)
-{
-    struct statx stat = {};
-    const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_EMPTY_PATH;
-    if (::statx(folder, name, flags, STATX_TYPE | STATX_MNT_ID, &stat) != 0) {
-        return std::unexpected(SystemError::last());
-    }
-    return (stat.stx_mask & STATX_MNT_ID) != 0
-               ? stat.stx_mnt_id
-               : (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
-}
-
 SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int to, const std::string& newName)
 {
     if (::renameat2(from, name.c_str(), to, newName.c_str(), RENAME_NOREPLACE) == 0) {
@@ -144,12 +132,6 @@ SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int t
         }
     }
     return std::unexpected(SystemError::last());
-}
-
-bool isWithin(const std::string& path, const std::string& ancestor)
-{
-    return path.starts_with(ancestor) &&
-           (path.size() == ancestor.size() || ancestor.ends_with('/') || path[ancestor.size()] == '/');
 }
 
 } // namespace tallyroom

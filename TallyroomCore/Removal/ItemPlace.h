@@ -40,15 +40,8 @@ struct ItemPlace {
 /// The path of an open folder, links resolved (/proc/self/fd, proc(5)).
 [[nodiscard]] SystemResult<std::string> realPathOf(int folder);
 
-/// The mount that holds an item, which rename(2) does not cross; the device where the kernel does not tell
-/// mounts apart (< 5.8). Of the open folder itself for an empty name.
-[[nodiscard]] SystemResult<std::uint64_t> mountOf(int folder, const char* name);
-
 /// Renames an item of one open folder into another one. EEXIST when the new name is taken.
 [[nodiscard]] SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int to,
                                                       const std::string& newName);
-
-/// True when `path` is `ancestor` or lies below it; both are real paths.
-[[nodiscard]] bool isWithin(const std::string& path, const std::string& ancestor);
 
 } // namespace tallyroom

@@ -1,15 +1,12 @@
 #include "Removal/ProtectedLocations.h"
 
 #include "FileSystem/FileAttributes.h"
+#include "FileSystem/HomeFolder.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <iterator>
-#include <pwd.h>
-#include <unistd.h>
 
 namespace tallyroom {
 
@@ -30,21 +27,6 @@ std::vector<std::string> otherPlaces(const Mount& mount, std::span<const Mount> 
     return places;
 }
 
-std::vector<std::string> homeFolders()
-{
-    std::vector<std::string> homes;
-    if (const char* const home = std::getenv("HOME"); home != nullptr && *home == '/') {
-        homes.emplace_back(home);
-    }
-    std::array<char, 16384> buffer = {};
-    passwd record = {};
-    passwd* found = nullptr;
-    if (::getpwuid_r(::getuid(), &record, buffer.data(), buffer.size(), &found) == 0 && found != nullptr) {
-        homes.emplace_back(found->pw_dir);
-    }
-    return homes;
-}
-
 } // namespace
 
 SystemResult<ProtectedLocations> ProtectedLocations::read(std::span<const Mount> mounts)
@@ -57,9 +39,9 @@ SystemResult<ProtectedLocations> ProtectedLocations::read(std::span<const Mount>
         locations.m_mountPoints.push_back(mount.mountPoint);
         std::ranges::move(otherPlaces(mount, mounts), std::back_inserter(locations.m_shownElsewhere));
     }
-    for (const std::string& home : homeFolders()) {
-        locations.guard(home);
-        locations.guardOtherPlaces(home, mounts);
+    for (const FileUrl& home : HomeFolder::all()) {
+        locations.guard(home.path());
+        locations.guardOtherPlaces(home.path(), mounts);
     }
     return locations;
 }
@@ -73,14 +55,8 @@ void ProtectedLocations::guardOtherPlaces(const std::string& home, std::span<con
     if (!path) {
         return;
     }
-    const Mount* holding = nullptr;
-    for (const Mount& mount : mounts) {
-        if (isWithin(*path, mount.mountPoint) &&
-            (holding == nullptr || mount.mountPoint.size() >= holding->mountPoint.size())) {
-            holding = &mount; // of two at one place the later one covers the other
-        }
-    }
-    if (holding != nullptr) {
+    const auto holding = MountTable::holding(FileUrl{*path}, mounts);
+    if (holding) {
         for (const std::string& place : otherPlaces(*holding, mounts)) {
             guard(place + path->substr(holding->mountPoint.size() - (holding->mountPoint == "/" ? 1 : 0)));
         }
@@ -94,7 +70,7 @@ void ProtectedLocations::guard(const std::string& home)
     for (FileUrl step{home}; step.path().size() > 1; step = step.parent()) {
         const auto attributes = fileAttributes(step);
         if (attributes && attributes->type == EntryType::link) {
-            m_homeAndAbove.push_back({attributes->device, attributes->inode, isHome});
+            m_homeAndAbove.push_back({*attributes, isHome});
         }
         isHome = false;
     }
@@ -111,7 +87,7 @@ void ProtectedLocations::guard(const std::string& home)
         below = attributes->inode;
         mountBelow = *mount;
         if (find(*attributes) == nullptr) { // another way may have led here, and from here elsewhere
-            m_homeAndAbove.push_back({attributes->device, attributes->inode, isHome});
+            m_homeAndAbove.push_back({*attributes, isHome});
         }
         isHome = false;
         step = FileDescriptor{::openat(step.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC)};
@@ -120,9 +96,7 @@ void ProtectedLocations::guard(const std::string& home)
 
 const ProtectedLocations::Guarded* ProtectedLocations::find(const FileAttributes& attributes) const
 {
-    const auto found = std::ranges::find_if(m_homeAndAbove, [&attributes](const Guarded& guarded) {
-        return guarded.device == attributes.device && guarded.inode == attributes.inode;
-    });
+    const auto found = std::ranges::find(m_homeAndAbove, FileId{attributes}, &Guarded::id);
     return found == m_homeAndAbove.end() ? nullptr : &*found;
 }
 

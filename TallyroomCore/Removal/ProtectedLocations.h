@@ -1,9 +1,9 @@
 #pragma once
 
 #include "FileSystem/FileAttributes.h"
+#include "FileSystem/MountTable.h"
 #include "FileSystem/SystemError.h"
 #include "Removal/ItemPlace.h"
-#include "FileSystem/MountTable.h"
 
 #include <cstdint>
 #include <optional>
@@ -29,8 +29,7 @@ public:
 
 private:
     struct Guarded {
-        std::uint64_t device = 0;
-        std::uint64_t inode = 0;
+        FileId id;
         bool isHome = false; ///< else a folder that holds it
     };
 

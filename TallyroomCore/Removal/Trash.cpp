@@ -1,18 +1,14 @@
 #include "Removal/Trash.h"
 
-#include "FileSystem/FileContent.h"
 #include "FileSystem/FolderReader.h"
 #include "Removal/TrashFolders.h"
+#include "Removal/TrashRecord.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
-#include <cstdlib>
-#include <ctime>
 #include <fcntl.h>
-#include <random>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -23,20 +19,9 @@ namespace tallyroom {
 namespace {
 
 constexpr int folderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-constexpr std::string_view recordSuffix = ".trashinfo";
-constexpr std::string_view recordHeading = "[Trash Info]";
 
 /// Names tried before giving up; the later ones are drawn from millions.
 constexpr unsigned mostNames = 64;
-
-SystemResult<FileDescriptor> openAt(int folder, const char* name, int flags)
-{
-    FileDescriptor opened{::openat(folder, name, flags, 0600)};
-    if (!opened.isOpen()) {
-        return std::unexpected(SystemError::last());
-    }
-    return opened;
-}
 
 /// Opens a folder; a missing one is made, for the person alone.
 SystemResult<FileDescriptor> openOrMakeFolder(int parent, const std::string& name, int extraFlags)
@@ -104,109 +89,6 @@ bool isRefusal(SystemError error)
     return std::ranges::find(codes, error.code) != codes.end();
 }
 
-std::string localTime()
-{
-    const std::time_t now = std::time(nullptr);
-    std::tm local = {};
-    ::localtime_r(&now, &local);
-    std::array<char, 32> text = {};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &local)};
-}
-
-/// The first bytes of a name, at most `length` of them, not cut within a UTF-8 sequence.
-std::string_view shortened(std::string_view name, std::size_t length)
-{
-    if (name.size() <= length) {
-        return name;
-    }
-    const auto isContinuation = [&name](std::size_t i) {
-        return (static_cast<unsigned char>(name[i]) & 0xC0U) == 0x80U;
-    };
-    std::size_t end = length;
-    while (end > 0 && length - end < 3 && isContinuation(end)) {
-        --end;
-    }
-    return name.substr(0, isContinuation(end) ? length : end);
-}
-
-/// "notes.txt", then "notes.2.txt" to "notes.9.txt", then numbers drawn from an ever larger range: a hundred
-/// folders of the same name in the trash do not cost a hundred tries.
-std::string nameInTrash(const std::string& name, unsigned tried, std::size_t longest)
-{
-    const std::size_t dot = name.rfind('.');
-    const bool hasExtension = dot != std::string::npos && dot > 0 && name.size() - dot <= 32;
-    const std::string_view stem = std::string_view{name}.substr(0, hasExtension ? dot : name.size());
-    std::string ending = hasExtension ? name.substr(dot) : "";
-    if (tried > 0) {
-        std::uint32_t number = tried + 1;
-        if (number > 9) {
-            std::random_device source;
-            const std::uint32_t range = 100U << std::min(tried - 9, 20U);
-            number = std::uniform_int_distribution<std::uint32_t>{10, range}(source);
-        }
-        ending.insert(0, "." + std::to_string(number));
-    }
-    return std::string{shortened(stem, longest - ending.size())} + ending;
-}
-
-bool writeAll(int file, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-    return true;
-}
-
-/// Makes the record `name`; EEXIST when another item has taken it. Leaves nothing behind on a failure.
-SystemResult<void> writeRecord(int records, const std::string& name, const std::string& content)
-{
-    auto record = openAt(records, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC);
-    if (!record) {
-        return std::unexpected(record.error());
-    }
-    if (!writeAll(record->get(), content)) {
-        const SystemError error = SystemError::last();
-        ::unlinkat(records, name.c_str(), 0);
-        return std::unexpected(error);
-    }
-    return {};
-}
-
-/// The folder of records beside a trash's folder of items.
-SystemResult<FileDescriptor> recordsBeside(int files)
-{
-    return openAt(files, "../info", folderFlags | O_NOFOLLOW);
-}
-
-/// Empty for a record that cannot be read.
-std::string recordContent(int records, const std::string& name)
-{
-    const auto record = openAt(records, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    auto content = record ? contentOf(record->get()) : std::unexpected(record.error());
-    return content ? std::move(*content) : std::string{};
-}
-
-/// True when the record `name` tells that its item lay at the place, or at the end of its path, when it tells
-/// the place on its volume.
-bool recordsPath(int records, const std::string& name, const ItemPlace& place)
-{
-    const std::string content = recordContent(records, name);
-    const auto path = place.realPath();
-    constexpr std::string_view key = "\nPath=";
-    const std::size_t start = content.find(key);
-    if (start == std::string::npos || !path) {
-        return false;
-    }
-    const std::size_t value = start + key.size();
-    const std::string told = content.substr(value, content.find('\n', value) - value);
-    const std::string encoded = percentEncodedPath(*path);
-    return told == encoded || (!told.starts_with('/') && encoded.ends_with("/" + told));
-}
-
 /// Whether what was moved is what was meant: another item may have come into its place at the last moment.
 bool isStillThis(const MeantItem& meant, int folder, const std::string& name)
 {
@@ -271,10 +153,11 @@ std::expected<void, Trash::Refusal> Trash::putBack(const Return& wanted)
                                    : Refusal{found.error()});
     }
     const Refusal stranger{ESTALE, "Un autre élément porte maintenant ce nom dans la corbeille."};
-    const std::string record = std::string{from->name}.append(recordSuffix);
-    const auto records = recordsBeside(from->parent.get());
-    const bool isOurs = wanted.item.identity ? wanted.item.isThis(*found)
-                                             : records && recordsPath(records->get(), record, *to);
+    const std::string record = std::string{from->name}.append(TrashRecord::suffix);
+    const auto records = TrashRecord::openBeside(from->parent.get());
+    const bool isOurs = wanted.item.identity
+                            ? wanted.item.isThis(*found)
+                            : records && TrashRecord::tellsPlace(records->get(), record, *to);
     if (!isOurs) {
         return std::unexpected(stranger);
     }
@@ -295,10 +178,9 @@ std::expected<void, Trash::Refusal> Trash::putBack(const Return& wanted)
 void Trash::forget(const ItemPlace& place)
 {
     const auto path = realPathOf(place.parent.get());
-    const auto records = recordsBeside(place.parent.get());
-    const std::string record = std::string{place.name}.append(recordSuffix);
-    if (path && path->ends_with("/files") && records &&
-        recordContent(records->get(), record).starts_with(recordHeading)) {
+    const auto records = TrashRecord::openBeside(place.parent.get());
+    const std::string record = std::string{place.name}.append(TrashRecord::suffix);
+    if (path && path->ends_with("/files") && records && TrashRecord::isRecord(records->get(), record)) {
         ::unlinkat(records->get(), record.c_str(), 0);
     }
 }
@@ -318,12 +200,12 @@ Trash::Result Trash::store(const Bin& bin, const ItemPlace& place, const std::st
         bin.topFolder.empty() || !isWithin(realPath, bin.topFolder)
             ? realPath
             : realPath.substr(bin.topFolder.size() + (bin.topFolder.ends_with('/') ? 0 : 1));
-    const std::string content = std::string{recordHeading} + "\nPath=" + percentEncodedPath(shownPath) +
-                                "\nDeletionDate=" + localTime() + "\n";
+    const std::string content = TrashRecord::contentFor(shownPath);
     for (unsigned tried = 0; tried < mostNames; ++tried) {
-        const std::string name = nameInTrash(place.name, tried, longest - recordSuffix.size());
-        const std::string record = std::string{name}.append(recordSuffix);
-        auto done = writeRecord(bin.records.get(), record, content);
+        const std::string name =
+            TrashRecord::itemName(place.name, tried, longest - TrashRecord::suffix.size());
+        const std::string record = std::string{name}.append(TrashRecord::suffix);
+        auto done = TrashRecord::write(bin.records.get(), record, content);
         if (done) {
             done = moveWithoutReplacing(place.parent.get(), place.name, bin.files.get(), name);
             if (done && !isStillThis(place.meant, bin.files.get(), name)) {

@@ -2,13 +2,12 @@
 
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FolderReader.h"
+#include "FileSystem/HomeFolder.h"
 #include "Removal/ItemPlace.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <pwd.h>
 #include <string_view>
 #include <unistd.h>
 
@@ -38,14 +37,8 @@ FileUrl home()
     if (const char* const base = std::getenv("XDG_DATA_HOME"); base != nullptr && *base == '/') {
         return FileUrl{std::string{base} + "/Trash"};
     }
-    if (const char* const home = std::getenv("HOME"); home != nullptr && *home == '/') {
-        return FileUrl{std::string{home} + "/.local/share/Trash"};
-    }
-    std::array<char, 16384> buffer = {};
-    passwd record = {};
-    passwd* found = nullptr;
-    ::getpwuid_r(::getuid(), &record, buffer.data(), buffer.size(), &found);
-    return found == nullptr ? FileUrl{} : FileUrl{std::string{found->pw_dir} + "/.local/share/Trash"};
+    const FileUrl home = HomeFolder::current();
+    return home.isEmpty() ? home : FileUrl{home.path() + "/.local/share/Trash"};
 }
 
 Lookup::Lookup()
@@ -58,7 +51,7 @@ Lookup::Lookup()
     }
     for (const auto& known : {fileAttributes(trash->get()), fileAttributes(trash->get(), "files")}) {
         if (known && known->type == EntryType::folder) {
-            m_own.emplace_back(known->device, known->inode);
+            m_own.push_back(FileId{*known});
         }
     }
 }
@@ -109,8 +102,7 @@ Lookup::Folder Lookup::below(const Folder& parent, const FileUrl& folder, Links 
 
 bool Lookup::isBin(const FileUrl& folder, const SystemResult<FileAttributes>& attributes) const
 {
-    if (attributes &&
-        std::ranges::find(m_own, FolderId{attributes->device, attributes->inode}) != m_own.end()) {
+    if (attributes && std::ranges::find(m_own, FileId{*attributes}) != m_own.end()) {
         return true;
     }
     const FileUrl trash = folder.parent();

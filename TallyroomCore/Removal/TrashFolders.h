@@ -32,8 +32,6 @@ public:
     [[nodiscard]] bool contains(const FileUrl& url);
 
 private:
-    using FolderId = std::pair<std::uint64_t, std::uint64_t>; // device, inode
-
     struct PathHash {
         using is_transparent = void;
 
@@ -54,7 +52,7 @@ private:
     Folder below(const Folder& parent, const FileUrl& folder, Links links);
     [[nodiscard]] bool isBin(const FileUrl& folder, const SystemResult<FileAttributes>& attributes) const;
 
-    std::vector<FolderId> m_own;
+    std::vector<FileId> m_own;
     std::unordered_map<std::string, Folder> m_folders; // by their paths, with or without links
     std::unordered_map<std::string, bool, PathHash, std::equal_to<>> m_asked; // as they were asked for
 };

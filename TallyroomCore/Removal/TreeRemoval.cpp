@@ -1,10 +1,10 @@
 #include "Removal/TreeRemoval.h"
 
-#include "Concurrency/Locked.h"
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/FolderReader.h"
-#include "Removal/ItemPlace.h"
+#include "Model/CheckedArithmetic.h"
+#include "Removal/EmptiedFolder.h"
 
 #include <algorithm>
 #include <atomic>
@@ -12,12 +12,10 @@
 #include <condition_variable>
 #include <cstdint>
 #include <fcntl.h>
-#include <linux/openat2.h>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <sys/syscall.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -41,118 +39,18 @@ constexpr unsigned levelsKeptOpen = 24;
 /// removed while the folder is read, about half of what is left each time.
 constexpr unsigned mostPasses = 16;
 
-using SharedDescriptor = std::shared_ptr<const FileDescriptor>;
-
-/// Tells one folder from another that has taken its place.
-struct Identity {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-
-    friend bool operator==(const Identity&, const Identity&) = default;
-};
-
-SystemResult<Identity> identityOf(int folder)
-{
-    const auto attributes = fileAttributes(folder);
-    if (!attributes) {
-        return std::unexpected(attributes.error());
-    }
-    return Identity{attributes->device, attributes->inode};
-}
-
-/// The same where the kernel does not grant openat2(2).
-SystemResult<FileDescriptor> openAndLookWhetherOwn(int parent, const std::string& name)
-{
-    auto opened = openChildFolder(parent, name.c_str());
-    const auto around = opened ? mountOf(parent, "") : std::unexpected(opened.error());
-    const auto inside = around ? mountOf(opened->get(), "") : around;
-    if (!inside) {
-        return std::unexpected(inside.error());
-    }
-    return *inside == *around ? std::move(opened) : std::unexpected(SystemError{EXDEV});
-}
-
-/// Opens a folder for listing, but neither a link nor the root of something that is mounted there.
-SystemResult<FileDescriptor> openOwnChild(int parent, const std::string& name)
-{
-    open_how how = {};
-    how.flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
-    how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV | RESOLVE_BENEATH;
-    const long descriptor = ::syscall(SYS_openat2, parent, name.c_str(), &how, sizeof how);
-    if (descriptor < 0 && (errno == ENOSYS || errno == EPERM)) {
-        return openAndLookWhetherOwn(parent, name);
-    }
-    if (descriptor < 0) {
-        return std::unexpected(SystemError::last());
-    }
-    return FileDescriptor{static_cast<int>(descriptor)};
-}
-
 /// What a name's removal frees on disk.
 std::int64_t bytesThatGo(const SystemResult<FileAttributes>& file)
 {
     return file && file->links == 1 ? file->allocatedBytes : 0;
 }
 
-/// A folder on its way out.
-struct Folder {
-    Folder(std::shared_ptr<Folder> parentFolder, std::string ownName)
-        : parent(std::move(parentFolder)), name(std::move(ownName)), depth(parent ? parent->depth + 1 : 0)
-    {}
-
-    struct Access {
-        SharedDescriptor descriptor;      ///< none before it is opened, and while it is parked
-        std::optional<Identity> identity; ///< known as soon as it was parked
-    };
-
-    std::shared_ptr<Folder> parent;
-    std::string name;
-    unsigned depth = 0;
-    unsigned passes = 0;
-    std::optional<SystemError> unreadable;   ///< why its names cannot be known
-    std::atomic<std::uint32_t> pending{1};   ///< its own listing and the folders in it
-    std::atomic<bool> keepsSomething{false}; ///< something below it could not be removed
-    Locked<Access> access;
-
-    [[nodiscard]] SharedDescriptor descriptor() const { return access.get().descriptor; }
-
-    SharedDescriptor keepOpen(FileDescriptor opened)
-    {
-        auto shared = std::make_shared<const FileDescriptor>(std::move(opened));
-        access.with([&](Access& own) { own.descriptor = shared; });
-        return shared;
-    }
-
-    /// Closes the folder until it is needed again, so that depth does not use up descriptors.
-    void park()
-    {
-        access.with([](Access& own) {
-            if (own.descriptor) {
-                if (const auto identity = identityOf(own.descriptor->get())) {
-                    own.identity = *identity;
-                    own.descriptor.reset();
-                }
-            }
-        });
-    }
-
-    /// Opens a parked folder again, if what was found in its place is the same folder still.
-    SystemResult<SharedDescriptor> reopenAs(FileDescriptor found)
-    {
-        const auto identity = identityOf(found.get());
-        if (!identity) {
-            return std::unexpected(identity.error());
-        }
-        if (access.get().identity != *identity) {
-            return std::unexpected(SystemError{ESTALE});
-        }
-        return keepOpen(std::move(found));
-    }
-};
-
 /// One removal of one tree. Folders are taken newest first, so that few are open at a time; the last one to
 /// finish below a folder removes it and goes on with its parent.
 class Removal {
+    using Folder = EmptiedFolder;
+    using SharedDescriptor = Folder::SharedDescriptor;
+
 public:
     Removal(FileDescriptor base, const MeantItem& meant, const std::stop_token& stop)
         : m_base(std::make_shared<const FileDescriptor>(std::move(base))), m_meant(meant), m_stop(stop)
@@ -246,7 +144,7 @@ private:
     /// Writes down what cannot be removed: `name` in the folder, or the folder itself.
     void note(const Folder& folder, const char* name, SystemError error)
     {
-        std::string path = pathOf(folder);
+        std::string path = folder.pathBelow(folder.top());
         path.append(path.empty() || *name == '\0' ? "" : "/").append(name);
         const std::scoped_lock lock{m_mutex};
         ++m_outcome.kept;
@@ -254,20 +152,6 @@ private:
             m_outcome.error = error;
             m_outcome.firstKept = std::move(path);
         }
-    }
-
-    /// The path of a folder below the one that has to go.
-    static std::string pathOf(const Folder& folder)
-    {
-        std::vector<const std::string*> names;
-        for (const Folder* step = &folder; step->parent != nullptr; step = step->parent.get()) {
-            names.push_back(&step->name);
-        }
-        std::string path;
-        for (auto name = names.rbegin(); name != names.rend(); ++name) {
-            path.append(path.empty() ? "" : "/").append(**name);
-        }
-        return path;
     }
 
     /// True when the stop was asked for: what is left of the folder stays.
@@ -391,7 +275,7 @@ private:
         if (!parent) {
             return parent;
         }
-        auto opened = openOwnChild(parent->get()->get(), folder.name);
+        auto opened = openOwnChildFolder(parent->get()->get(), folder.name.c_str());
         if (!opened) {
             return std::unexpected(opened.error());
         }
@@ -440,17 +324,12 @@ private:
         if (auto descriptor = folder.descriptor()) {
             return descriptor;
         }
-        std::vector<const std::string*> names;
-        SharedDescriptor from;
-        for (const Folder* step = &folder; !from; step = step->parent.get()) {
-            names.push_back(&step->name);
-            from = step->parent ? step->parent->descriptor() : m_base;
+        const Folder* above = folder.parent.get();
+        while (above != nullptr && !above->descriptor()) {
+            above = above->parent.get();
         }
-        std::string path;
-        for (auto name = names.rbegin(); name != names.rend(); ++name) {
-            path.append(path.empty() ? "" : "/").append(**name);
-        }
-        auto opened = openDescendantFolder(from->get(), path);
+        const SharedDescriptor from = above != nullptr ? above->descriptor() : m_base;
+        auto opened = openDescendantFolder(from->get(), folder.pathBelow(above));
         if (!opened) {
             return std::unexpected(opened.error());
         }

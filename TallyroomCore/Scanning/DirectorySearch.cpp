@@ -1,7 +1,8 @@
+#include "Concurrency/LastRecord.h"
 #include "FileSystem/PrunedFolders.h"
-#include "Scanning/EntryCollectors.h"
 #include "Scanning/FileScanner.h"
 #include "Scanning/Sizing.h"
+#include "Scanning/StreamedEntries.h"
 
 #include <iterator>
 
@@ -109,75 +110,6 @@ private:
     std::promise<std::vector<FileUrl>> m_result;
 };
 
-/// Who is told how a search goes on, from its first match to its last size.
-class SearchAnswer {
-public:
-    SearchAnswer() = default;
-    SearchAnswer(const SearchAnswer&) = delete;
-    SearchAnswer& operator=(const SearchAnswer&) = delete;
-    virtual ~SearchAnswer() = default;
-
-    /// The number of matches has grown. Any worker, one at a time.
-    virtual StreamWake found(std::size_t before, std::size_t now) = 0;
-
-    /// The folder to be searched cannot be read.
-    virtual void unreadable(const SystemError& /*error*/) {}
-
-    /// Discovery is over; there are so many to measure.
-    virtual void expect(std::size_t matches) = 0;
-    /// Matches that are measured. Any worker.
-    virtual void measured(std::vector<IndexedEntry> entries) = 0;
-    /// The last call, after a stop too.
-    virtual void end() = 0;
-
-    [[nodiscard]] virtual std::stop_token stopToken() const { return {}; }
-};
-
-class StreamedAnswer final : public SearchAnswer {
-public:
-    explicit StreamedAnswer(ProgressSender<ScanProgress> sender) : m_entries(std::move(sender)) {}
-
-    StreamWake found(std::size_t before, std::size_t now) override
-    {
-        std::vector<ScanProgress> records;
-        records.reserve(now - before);
-        for (std::size_t count = before + 1; count <= now; ++count) {
-            records.push_back({{}, 0, static_cast<std::int64_t>(count), true});
-        }
-        return m_entries.sender().enqueue(std::move(records));
-    }
-
-    void unreadable(const SystemError& error) override { m_entries.unreadable(error); }
-
-    void expect(std::size_t matches) override { m_entries.expect(matches); }
-
-    void measured(std::vector<IndexedEntry> entries) override { m_entries.append(std::move(entries)); }
-
-    void end() override { m_entries.end(); }
-
-    [[nodiscard]] std::stop_token stopToken() const override { return m_entries.sender().stopToken(); }
-
-private:
-    StreamedEntries m_entries;
-};
-
-class WholeAnswer final : public SearchAnswer {
-public:
-    explicit WholeAnswer(std::promise<EntryList> result) : m_result(std::move(result)) {}
-
-    StreamWake found(std::size_t /*before*/, std::size_t /*now*/) override { return {}; }
-
-    void expect(std::size_t matches) override { m_entries.expect(matches); }
-
-    void measured(std::vector<IndexedEntry> entries) override { m_entries.put(std::move(entries)); }
-
-    void end() override { m_result.set_value(m_entries.take()); }
-
-private:
-    std::promise<EntryList> m_result;
-    EntrySlots m_entries;
-};
-
 /// Measures the matches of a search, all in one walk.
 class MatchSizing final : public SizingVisitor {
 public:
@@ -185,19 +117,19 @@ public:
         std::size_t index = 0;
     };
 
-    MatchSizing(Matches matches, std::unique_ptr<SearchAnswer> answer)
-        : SizingVisitor(SizeCache::shared()), m_matches(std::move(matches)), m_answer(std::move(answer))
+    MatchSizing(Matches matches, std::unique_ptr<StreamedEntries> entries)
+        : SizingVisitor(SizeCache::shared()), m_matches(std::move(matches)), m_entries(std::move(entries))
     {}
 
-    static void start(Matches matches, std::unique_ptr<SearchAnswer> answer)
+    static void start(Matches matches, std::unique_ptr<StreamedEntries> entries)
     {
-        std::stop_token stop = answer->stopToken();
-        auto sizing = std::make_unique<MatchSizing>(std::move(matches), std::move(answer));
+        std::stop_token stop = entries->sender().stopToken();
+        auto sizing = std::make_unique<MatchSizing>(std::move(matches), std::move(entries));
         auto roots = sizing->deliverKnown();
         TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(sizing), std::move(stop));
     }
 
-    void finish(bool /*stopped*/) override { m_answer->end(); }
+    void finish(bool /*stopped*/) override { m_entries->end(); }
 
 protected:
     void measured(SizedFolder& folder, std::int64_t total) override
@@ -205,7 +137,7 @@ protected:
         if (folder.isRoot()) {
             std::vector<IndexedEntry> done;
             done.push_back(entry(static_cast<MatchedFolder&>(folder).index, total));
-            m_answer->measured(std::move(done));
+            m_entries->append(std::move(done));
         }
     }
 
@@ -213,7 +145,7 @@ private:
     /// Delivers what was measured before, and returns what is to be walked.
     std::vector<TreeWalk::Root> deliverKnown()
     {
-        m_answer->expect(m_matches.size());
+        m_entries->expect(m_matches.size());
         std::vector<IndexedEntry> known;
         std::vector<TreeWalk::Root> roots;
         for (std::size_t index = 0; index < m_matches.size(); ++index) {
@@ -228,7 +160,7 @@ private:
             // A link that has taken the folder's place since then is not followed.
             roots.push_back({url, std::move(folder), TreeWalk::RootLink::refused});
         }
-        m_answer->measured(std::move(known));
+        m_entries->append(std::move(known));
         return roots;
     }
 
@@ -241,37 +173,45 @@ private:
     }
 
     const Matches m_matches;
-    std::unique_ptr<SearchAnswer> m_answer;
+    std::unique_ptr<StreamedEntries> m_entries;
 };
 
 /// Finds, then has its finds measured.
 class MeasuredSearch final : public MatchFinder {
 public:
-    MeasuredSearch(FolderNames names, std::unique_ptr<SearchAnswer> answer)
-        : MatchFinder(std::move(names)), m_answer(std::move(answer))
+    MeasuredSearch(FolderNames names, std::unique_ptr<StreamedEntries> entries)
+        : MatchFinder(std::move(names)), m_entries(std::move(entries))
     {}
 
     void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
     {
         if (folder.isRoot()) {
-            m_answer->unreadable(error);
+            m_entries->unreadable(error);
         }
     }
 
     void finish(bool stopped) override
     {
         if (stopped) {
-            m_answer->end();
+            m_entries->end();
         } else {
-            MatchSizing::start(takeMatches(), std::move(m_answer));
+            MatchSizing::start(takeMatches(), std::move(m_entries));
         }
     }
 
 protected:
-    StreamWake found(std::size_t before, std::size_t now) override { return m_answer->found(before, now); }
+    StreamWake found(std::size_t before, std::size_t now) override
+    {
+        std::vector<ScanProgress> records;
+        records.reserve(now - before);
+        for (std::size_t count = before + 1; count <= now; ++count) {
+            records.push_back({{}, 0, static_cast<std::int64_t>(count), true});
+        }
+        return m_entries->sender().enqueue(std::move(records));
+    }
 
 private:
-    std::unique_ptr<SearchAnswer> m_answer;
+    std::unique_ptr<StreamedEntries> m_entries;
 };
 
 /// Walks `root`, or ends at once when there is nothing to walk.
@@ -298,13 +238,29 @@ std::optional<Match> folderItself(const FileUrl& url)
     return Match{url, attributes->modifiedAt, ScanRoots::add(holder, parent->get()).identify(*attributes)};
 }
 
-void startSearch(FolderNames names, const FileUrl& folder, std::unique_ptr<SearchAnswer> answer)
+const FolderNames& nodeModules()
+{
+    static const auto& names = *new FolderNames{"node_modules"}; // outlives every worker
+    return names;
+}
+
+} // namespace
+
+std::future<EntryList> FileScanner::findDirectories(FolderNames matching, const FileUrl& folder)
+{
+    return lastRecord(findDirectoriesStream(std::move(matching), folder),
+                      [](const ScanProgress& last) { return rankedByPath(last.entries); });
+}
+
+FileScanner::ScanStream FileScanner::findDirectoriesStream(FolderNames matching, const FileUrl& folder)
 {
     std::optional root{folder.standardized()};
-    std::stop_token stop = answer->stopToken();
-    const bool isNamed = names.contains(root->lastPathComponent());
-    const bool nothingIsWanted = names.empty();
-    auto finder = std::make_unique<MeasuredSearch>(std::move(names), std::move(answer));
+    auto [sender, stream] = makeProgressStream<ScanProgress>();
+    std::stop_token stop = sender.stopToken();
+    const bool isNamed = matching.contains(root->lastPathComponent());
+    const bool nothingIsWanted = matching.empty();
+    auto finder = std::make_unique<MeasuredSearch>(std::move(matching),
+                                                   std::make_unique<StreamedEntries>(std::move(sender)));
     if (isNamed) {
         // The one look at the disk on the caller's thread, for a folder that somebody has just chosen.
         if (auto itself = folderItself(*root)) {
@@ -316,28 +272,6 @@ void startSearch(FolderNames names, const FileUrl& folder, std::unique_ptr<Searc
         root.reset();
     }
     startFinding(std::move(root), std::move(finder), std::move(stop));
-}
-
-const FolderNames& nodeModules()
-{
-    static const auto& names = *new FolderNames{"node_modules"}; // outlives every worker
-    return names;
-}
-
-} // namespace
-
-std::future<EntryList> FileScanner::findDirectories(FolderNames matching, const FileUrl& folder)
-{
-    std::promise<EntryList> promise;
-    auto result = promise.get_future();
-    startSearch(std::move(matching), folder, std::make_unique<WholeAnswer>(std::move(promise)));
-    return result;
-}
-
-FileScanner::ScanStream FileScanner::findDirectoriesStream(FolderNames matching, const FileUrl& folder)
-{
-    auto [sender, stream] = makeProgressStream<ScanProgress>();
-    startSearch(std::move(matching), folder, std::make_unique<StreamedAnswer>(std::move(sender)));
     return std::move(stream);
 }
 

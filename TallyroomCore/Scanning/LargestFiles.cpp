@@ -1,3 +1,4 @@
+#include "Concurrency/LastRecord.h"
 #include "Concurrency/Thread.h"
 #include "FileSystem/PrunedFolders.h"
 #include "Scanning/BoundedTopHeap.h"
@@ -13,17 +14,21 @@ namespace tallyroom {
 
 namespace {
 
-/// Offers every file below a folder to a heap and counts them.
-class LargestFilesVisitor : public TreeWalk::Visitor {
+/// Offers every file below a folder to a heap and counts them. Shows the first files at once, and then the
+/// ranking so far some eight times a second, by a clock: a disk that answers slowly is no reason for silence.
+class LargestFilesVisitor final : public TreeWalk::Visitor {
 public:
-    explicit LargestFilesVisitor(std::int64_t limit) : m_heap(limit) {}
+    LargestFilesVisitor(std::int64_t limit, ProgressSender<ScanProgress> sender)
+        : m_heap(limit), m_sender(std::move(sender)),
+          m_reporter(tryThread([this](const std::stop_token& stop) { keepReporting(stop); }))
+    {}
 
-    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const final
+    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const override
     {
         return {TreeWalk::Attributes::files, false};
     }
 
-    void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) final
+    void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
     {
         thread_local std::vector<BoundedTopHeap::Candidate> candidates;
         candidates.clear();
@@ -45,55 +50,15 @@ public:
         }
         addChecked(m_seen, files);
         if (files > 0 && !m_hasSeen.load(std::memory_order_relaxed) && !m_hasSeen.exchange(true)) {
-            sawFirst();
+            report(true);
         }
     }
 
     std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
-                                                  const TreeWalk::Child& /*child*/) final
+                                                  const TreeWalk::Child& /*child*/) override
     {
         return std::make_unique<TreeWalk::Folder>();
     }
-
-protected:
-    /// The first files have been seen. One worker.
-    virtual void sawFirst() {}
-
-    [[nodiscard]] EntryList ranking() const { return m_heap.sortedSnapshot(); }
-
-    [[nodiscard]] std::int64_t seen() const noexcept { return m_seen.load(std::memory_order_relaxed); }
-
-private:
-    static ItemIdentity identity(const TreeWalk::Folder& folder, const TreeWalk::Child& child)
-    {
-        return child.attributes != nullptr ? folder.scanRoot().identify(*child.attributes) : ItemIdentity{};
-    }
-
-    BoundedTopHeap m_heap;
-    std::atomic<std::int64_t> m_seen = 0;
-    std::atomic<bool> m_hasSeen = false;
-};
-
-class WholeRanking final : public LargestFilesVisitor {
-public:
-    WholeRanking(std::int64_t limit, std::promise<EntryList> result)
-        : LargestFilesVisitor(limit), m_result(std::move(result))
-    {}
-
-    void finish(bool /*stopped*/) override { m_result.set_value(ranking()); }
-
-private:
-    std::promise<EntryList> m_result;
-};
-
-/// Shows the first files at once, and then the ranking so far some eight times a second, by a clock: a disk
-/// that answers slowly is no reason for silence.
-class StreamedRanking final : public LargestFilesVisitor {
-public:
-    StreamedRanking(std::int64_t limit, ProgressSender<ScanProgress> sender)
-        : LargestFilesVisitor(limit), m_sender(std::move(sender)),
-          m_reporter(tryThread([this](const std::stop_token& stop) { keepReporting(stop); }))
-    {}
 
     void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
     {
@@ -111,10 +76,12 @@ public:
         m_sender.reset();
     }
 
-protected:
-    void sawFirst() override { report(true); }
-
 private:
+    static ItemIdentity identity(const TreeWalk::Folder& folder, const TreeWalk::Child& child)
+    {
+        return child.attributes != nullptr ? folder.scanRoot().identify(*child.attributes) : ItemIdentity{};
+    }
+
     void keepReporting(const std::stop_token& stop)
     {
         using Clock = std::chrono::steady_clock;
@@ -137,39 +104,36 @@ private:
     {
         StreamWake wake; // outlives the lock
         const std::scoped_lock lock{m_order};
-        const std::int64_t files = seen();
+        const std::int64_t files = m_seen.load(std::memory_order_relaxed);
         auto unread = isDiscovering ? std::nullopt : m_unread; // known when the walk has ended
-        wake = m_sender->enqueue({{ranking(), files, files, isDiscovering, unread}});
+        wake = m_sender->enqueue({{m_heap.sortedSnapshot(), files, files, isDiscovering, unread}});
     }
 
+    BoundedTopHeap m_heap;
+    std::atomic<std::int64_t> m_seen = 0;
+    std::atomic<bool> m_hasSeen = false;
     std::mutex m_order; ///< of records: counts never go back
     std::optional<ProgressSender<ScanProgress>> m_sender;
     std::optional<SystemError> m_unread;
     std::jthread m_reporter; // last: it uses the others
 };
 
-void startRanking(const FileUrl& folder, std::unique_ptr<LargestFilesVisitor> visitor, std::stop_token stop)
-{
-    std::vector<TreeWalk::Root> roots;
-    roots.push_back({folder.standardized(), std::make_unique<TreeWalk::Folder>()});
-    TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(visitor), std::move(stop));
-}
-
 } // namespace
 
 std::future<EntryList> FileScanner::findLargestFiles(const FileUrl& folder, std::int64_t limit)
 {
-    std::promise<EntryList> promise;
-    auto result = promise.get_future();
-    startRanking(folder, std::make_unique<WholeRanking>(limit, std::move(promise)), {});
-    return result;
+    return lastRecord(findLargestFilesStream(folder, limit),
+                      [](ScanProgress last) { return std::move(last.entries); });
 }
 
 FileScanner::ScanStream FileScanner::findLargestFilesStream(const FileUrl& folder, std::int64_t limit)
 {
     auto [sender, stream] = makeProgressStream<ScanProgress>();
     std::stop_token stop = sender.stopToken();
-    startRanking(folder, std::make_unique<StreamedRanking>(limit, std::move(sender)), std::move(stop));
+    std::vector<TreeWalk::Root> roots;
+    roots.push_back({folder.standardized(), std::make_unique<TreeWalk::Folder>()});
+    TreeWalk::start(WorkerPool::shared(), std::move(roots),
+                    std::make_unique<LargestFilesVisitor>(limit, std::move(sender)), std::move(stop));
     return std::move(stream);
 }
 

@@ -1,7 +1,8 @@
-#include "Scanning/EntryCollectors.h"
+#include "Model/CheckedArithmetic.h"
 #include "Scanning/FileScanner.h"
 #include "Scanning/ScanCache.h"
 #include "Scanning/Sizing.h"
+#include "Scanning/StreamedEntries.h"
 
 namespace tallyroom {
 
@@ -151,21 +152,30 @@ public:
         : ListingVisitor(url), m_result(std::move(result))
     {}
 
-    void counted(TreeWalk::Folder& /*folder*/, std::size_t names) override { m_entries.expect(names); }
+    void counted(TreeWalk::Folder& /*folder*/, std::size_t names) override { m_slots.resize(names); }
 
     void finish(bool /*stopped*/) override
     {
-        const EntryList entries = m_entries.take();
+        EntryList::Builder builder;
+        for (Entry& entry : m_slots) {
+            builder.append(std::move(entry));
+        }
+        const EntryList entries = builder.snapshot();
         keep(entries);
         m_result.set_value(entries);
     }
 
 protected:
-    void deliver(std::vector<IndexedEntry> entries) override { m_entries.put(std::move(entries)); }
+    void deliver(std::vector<IndexedEntry> entries) override
+    {
+        for (IndexedEntry& done : entries) {
+            m_slots[done.index] = std::move(done.entry);
+        }
+    }
 
 private:
     std::promise<EntryList> m_result;
-    EntrySlots m_entries;
+    std::vector<Entry> m_slots; ///< one a child, so that no lock is needed
 };
 
 void startListing(const FileUrl& url, std::unique_ptr<ListingVisitor> visitor, std::stop_token stop)

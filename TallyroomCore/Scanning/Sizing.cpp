@@ -1,5 +1,6 @@
 #include "Scanning/Sizing.h"
 
+#include "Model/CheckedArithmetic.h"
 #include "Scanning/FileScanner.h"
 
 #include <future>

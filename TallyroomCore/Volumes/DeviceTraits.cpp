@@ -1,6 +1,7 @@
 #include "Volumes/DeviceTraits.h"
 
 #include "FileSystem/FileDescriptor.h"
+#include "Model/Hexadecimal.h"
 
 #include <algorithm>
 #include <array>
@@ -82,22 +83,15 @@ struct Unreference {
 using Udev = std::unique_ptr<udev, Unreference>;
 using UdevDevice = std::unique_ptr<udev_device, Unreference>;
 
-int hexDigit(char digit)
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    const std::size_t value = digits.find(static_cast<char>(digit | 0x20));
-    return value == std::string_view::npos ? -1 : static_cast<int>(value);
-}
-
 /// Undoes \x20 and the like.
 std::string decoded(std::string_view text)
 {
     std::string bytes;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool isEscape = text.substr(i).starts_with("\\x") && i + 3 < text.size() &&
-                              hexDigit(text[i + 2]) >= 0 && hexDigit(text[i + 3]) >= 0;
-        if (isEscape) {
-            bytes.push_back(static_cast<char>(hexDigit(text[i + 2]) * 16 + hexDigit(text[i + 3])));
+        const bool isEscape = text.substr(i).starts_with("\\x");
+        const auto byte = isEscape ? Hexadecimal::byteOf(text.substr(i + 2, 2)) : std::nullopt;
+        if (byte) {
+            bytes.push_back(*byte);
             i += 3;
         } else {
             bytes.push_back(text[i]);

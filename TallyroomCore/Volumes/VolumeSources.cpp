@@ -1,11 +1,9 @@
+#include "FileSystem/HomeFolder.h"
 #include "Volumes/VolumeInfo.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
-#include <pwd.h>
 #include <sys/statvfs.h>
-#include <unistd.h>
 
 namespace tallyroom {
 
@@ -36,18 +34,6 @@ VolumeFigures figuresOf(const Mount& mount)
     return {bytes(room.f_blocks, unit), bytes(room.f_bavail, unit)};
 }
 
-FileUrl homeFolder()
-{
-    if (const char* const home = std::getenv("HOME"); home != nullptr && *home == '/') {
-        return FileUrl{home};
-    }
-    std::string buffer(16UL * 1024, '\0');
-    passwd user = {};
-    passwd* found = nullptr;
-    ::getpwuid_r(::getuid(), &user, buffer.data(), buffer.size(), &found);
-    return FileUrl{found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "/"};
-}
-
 FileUrl withoutLinks(const FileUrl& url)
 {
     std::error_code failed;
@@ -63,7 +49,10 @@ const VolumeSources& VolumeSources::system()
         [] { return MountTable::read(); },
         figuresOf,
         deviceTraits,
-        homeFolder,
+        [] {
+            FileUrl home = HomeFolder::current();
+            return home.isEmpty() ? FileUrl{"/"} : home;
+        },
         withoutLinks,
         std::make_shared<PatientCalls>(diskThreads, VolumeInfo::usualLimit),
         std::make_shared<PatientCalls>(networkThreads, VolumeInfo::usualLimit),

@@ -1,19 +1,14 @@
 #include "Volumes/VolumeUsage.h"
 
+#include "Model/CheckedArithmetic.h"
+
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
 namespace tallyroom {
 
 std::int64_t VolumeUsage::usedBytes() const
 {
-    std::int64_t used = 0;
-    if (__builtin_sub_overflow(totalBytes, availableBytes, &used)) {
-        std::fputs("tallyroom: the room on a volume left the range of 64 bits\n", stderr);
-        std::abort();
-    }
-    return std::max<std::int64_t>(used, 0);
+    return std::max<std::int64_t>(checkedDifference(totalBytes, availableBytes), 0);
 }
 
 double VolumeUsage::usedFraction() const

@@ -1,6 +1,6 @@
 #include "Duplicates/DuplicateFinder.h"
 
-#include "Duplicates/SizeBuckets.h"
+#include "Duplicates/PathPool.h"
 #include "FileSystem/FileAttributes.h"
 #include "Support/AllRecords.h"
 #include "Support/Isolation.h"

@@ -1,4 +1,5 @@
 #include "Model/AgeThreshold.h"
+#include "Model/CheckedArithmetic.h"
 #include "Model/Ecosystem.h"
 #include "Model/FileKind.h"
 #include "Text/CSVExport.h"

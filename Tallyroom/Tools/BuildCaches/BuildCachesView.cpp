@@ -23,7 +23,7 @@ std::string symbolOf(const Entry& entry)
 /// The place of an ecosystem in their order, to sort by; unknown ones last.
 double orderOf(const Entry& entry)
 {
-    return Ecosystem::first(entry.name).value_or(Ecosystem::xcode);
+    return static_cast<double>(Ecosystem::first(entry.name).value_or(Ecosystem::xcode).index());
 }
 
 ListToolStyle buildCachesStyle()

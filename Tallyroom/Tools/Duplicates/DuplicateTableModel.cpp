@@ -1,5 +1,6 @@
 #include "Tools/Duplicates/DuplicateTableModel.h"
 
+#include "Model/CheckedArithmetic.h"
 #include "Text/AgeText.h"
 #include "Text/FileUrlText.h"
 #include "Text/PlainText.h"

@@ -2,6 +2,7 @@
 
 #include "Controls/OptionMenu.h"
 #include "Duplicates/DuplicateExport.h"
+#include "Model/CheckedArithmetic.h"
 #include "Rows/Selection.h"
 #include "Text/SizeText.h"
 #include "Theme/SymbolIcon.h"

@@ -1,6 +1,7 @@
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
 #include "Duplicates/DuplicateRemovalCheck.h"
+#include "Model/CheckedArithmetic.h"
 #include "Settings/PersistedSettings.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"

@@ -1,6 +1,7 @@
 #include "Tools/Frame/ListToolViewModel.h"
 
 #include "Bridge/AskApart.h"
+#include "Model/CheckedArithmetic.h"
 #include "Text/SizeText.h"
 #include "Text/TextFilter.h"
 

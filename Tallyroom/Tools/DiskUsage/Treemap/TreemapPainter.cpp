@@ -138,8 +138,8 @@ TreemapPainter::TreemapPainter(double scale)
         const QColor label = Theme::readableOn(fill);
         // Away from the label's colour, so that it reads better under the pointer and never worse.
         const QRgb away = label.lightness() > fill.lightness() ? qRgb(0, 0, 0) : qRgb(255, 255, 255);
-        m_shades.at(kind) = {fill.rgb(), mixed(away, fill.rgb(), static_cast<int>(hoverStrength * 256)),
-                             label};
+        m_shades.at(kind.index()) = {fill.rgb(),
+                                     mixed(away, fill.rgb(), static_cast<int>(hoverStrength * 256)), label};
     }
     for (int radius = 0; radius <= pixels(cornerRadius); ++radius) {
         m_corners.push_back(cornerOf(radius));
@@ -198,7 +198,7 @@ void TreemapPainter::repaintTile(QImage& image, const TreemapScene& scene, std::
 
 void TreemapPainter::fillTile(QImage& image, const QRect& rect, FileKind kind, Look look) const
 {
-    const Shade& shade = m_shades.at(kind);
+    const Shade& shade = m_shades.at(kind.index());
     const QRgb colour = look.hovered ? shade.hovered : shade.fill;
     const int side = std::min(rect.width(), rect.height());
     const int radius = std::min(pixels(cornerRadius), side / 4);
@@ -273,7 +273,7 @@ void TreemapPainter::paintLabel(QPainter& painter, const QRect& rect, const Entr
     const QStringList names = lines(mark + FileUrlText::display(entry.name), letters.name,
                                     letters.nameMetrics, room.width(), fitting > 2 ? 2 : 1);
 
-    painter.setPen(m_shades.at(kind).label);
+    painter.setPen(m_shades.at(kind.index()).label);
     painter.setFont(letters.name);
     double baseline = room.y() + letters.nameMetrics.ascent();
     for (const QString& line : names) {
@@ -293,14 +293,14 @@ void TreemapPainter::paintLabel(QPainter& painter, const QRect& rect, const Entr
 
 void TreemapPainter::paintCheckBox(QPainter& painter, const QRectF& box, FileKind kind, bool isChecked) const
 {
-    const QColor ink = m_shades.at(kind).label;
+    const QColor ink = m_shades.at(kind.index()).label;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(isChecked ? QBrush{ink} : QBrush{Qt::NoBrush});
     painter.setPen(QPen{ink, 1.5});
     painter.drawRoundedRect(box.adjusted(1, 1, -1, -1), cornerRadius, cornerRadius);
     if (isChecked) {
-        SymbolIcon::paint(painter, box.toAlignedRect(), "checkmark", QColor::fromRgb(m_shades.at(kind).fill),
-                          Theme::smallIconSize);
+        SymbolIcon::paint(painter, box.toAlignedRect(), "checkmark",
+                          QColor::fromRgb(m_shades.at(kind.index()).fill), Theme::smallIconSize);
     }
     painter.setPen(ink);
 }

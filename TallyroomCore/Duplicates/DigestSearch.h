@@ -13,7 +13,7 @@ namespace tallyroom {
 
 /// The second half of the search for duplicates: candidates of one size are told apart by digests of their
 /// first 64 KiB, their last 64 KiB, and all of their bytes, each only where the one before did not settle it.
-namespace DigestStages {
+namespace DigestSearch {
 
 /// How far the digesting has come, in bytes. A file that drops out counts as done with all that it might
 /// have cost, so `done` never falls and ends at `total`.
@@ -30,6 +30,6 @@ struct Progress {
 [[nodiscard]] std::vector<DuplicateGroup> run(CandidateWalk::Findings findings, const std::stop_token& stop,
                                               const std::function<void(Progress)>& onProgress);
 
-} // namespace DigestStages
+} // namespace DigestSearch
 
 } // namespace tallyroom

@@ -1,4 +1,4 @@
-#include "Scanning/EntryCollectors.h"
+#include "Scanning/StreamedEntries.h"
 
 namespace tallyroom {
 
@@ -22,23 +22,6 @@ void StreamedEntries::append(std::vector<IndexedEntry> entries)
         records.push_back({m_entries.snapshot(), completed, m_total, false});
     }
     wake = m_sender->enqueue(std::move(records));
-}
-
-void EntrySlots::put(std::vector<IndexedEntry> entries)
-{
-    for (IndexedEntry& done : entries) {
-        m_slots[done.index] = std::move(done.entry);
-    }
-}
-
-EntryList EntrySlots::take()
-{
-    EntryList::Builder builder;
-    for (Entry& entry : m_slots) {
-        builder.append(std::move(entry));
-    }
-    m_slots.clear();
-    return builder.snapshot();
 }
 
 } // namespace tallyroom

@@ -46,19 +46,4 @@ private:
     EntryList::Builder m_entries; ///< guarded by m_mutex while workers append
 };
 
-/// The entries of a scan that gives them all at the end, equal sizes in the order in which the work was
-/// found. Each entry has a slot of its own, so `put` needs no lock.
-class EntrySlots {
-public:
-    void expect(std::size_t total) { m_slots.resize(total); }
-
-    void put(std::vector<IndexedEntry> entries);
-
-    /// Takes the entries out as a list.
-    [[nodiscard]] EntryList take();
-
-private:
-    std::vector<Entry> m_slots;
-};
-
 } // namespace tallyroom

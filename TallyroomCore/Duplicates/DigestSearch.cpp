@@ -1,8 +1,9 @@
-#include "Duplicates/DigestStages.h"
+#include "Duplicates/DigestSearch.h"
 
-#include "Concurrency/ParallelMap.h"
+#include "Concurrency/ParallelFor.h"
 #include "Duplicates/BatchDigester.h"
 #include "Duplicates/DigestStage.h"
+#include "Model/CheckedArithmetic.h"
 #include "Removal/TrashFolders.h"
 
 #include <algorithm>
@@ -14,10 +15,11 @@
 #include <tuple>
 #include <utility>
 
-namespace tallyroom::DigestStages {
+namespace tallyroom::DigestSearch {
 
 namespace {
 
+using namespace DigestStages;
 using Stage = DigestStage;
 
 /// One file on the disk, with all the paths that lead to it: it is read once.
@@ -178,7 +180,7 @@ private:
         std::vector<std::unique_ptr<BatchDigester>> digesters(pool.capacity());
         std::atomic<std::int64_t> readBytes = 0;
         const std::int64_t toRead = bytesToRead(suspects, stage);
-        ParallelMapOptions options;
+        ParallelForOptions options;
         options.stop = m_stop;
         options.lanes = lanesOf(stage, pool.width());
         options.whileWaiting = [&] {
@@ -187,21 +189,21 @@ private:
             m_onProgress({m_progress.done + bytes, m_progress.total});
         };
         const std::vector<Batch> batches = batchesOf(suspects, stage, toRead / (2 * options.lanes));
-        const auto digests = parallelMap(
-            pool, std::span<const Batch>{batches},
-            [&](const Batch& batch, unsigned worker) {
-                auto& digester = digesters[worker];
-                if (digester == nullptr) {
-                    digester = std::make_unique<BatchDigester>();
-                }
-                const Suspects& set = suspects[batch.suspects];
-                const auto open = [&](std::size_t index) {
-                    return this->open(m_contents[batch.contents[index]], set, stage);
-                };
-                const FileSpan span = spanOf(stage, set.size);
-                return digester->digest(batch.contents.size(), span, open, m_stop, readBytes);
-            },
-            options);
+        std::vector<BatchDigester::Digests> digests(batches.size());
+        const auto digest = [&](std::size_t number, unsigned worker) {
+            auto& digester = digesters[worker];
+            if (digester == nullptr) {
+                digester = std::make_unique<BatchDigester>();
+            }
+            const Batch& batch = batches[number];
+            const Suspects& set = suspects[batch.suspects];
+            const auto open = [&](std::size_t index) {
+                return this->open(m_contents[batch.contents[index]], set, stage);
+            };
+            digests[number] =
+                digester->digest(batch.contents.size(), spanOf(stage, set.size), open, m_stop, readBytes);
+        };
+        parallelFor(pool, batches.size(), digest, options);
         return flattened(batches, digests);
     }
 
@@ -362,4 +364,4 @@ std::vector<DuplicateGroup> run(CandidateWalk::Findings findings, const std::sto
     return Search{std::move(findings), stop, onProgress}.groups();
 }
 
-} // namespace tallyroom::DigestStages
+} // namespace tallyroom::DigestSearch
