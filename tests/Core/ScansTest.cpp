@@ -278,7 +278,7 @@ TEST(Scans, NamesThatAreNoTextAndPathsOfAnyLengthAreFound)
     }
     scene.add("-rf2", 4096);
     expectAllScansTell(scene);
-    for (const std::size_t length : {PATH_MAX - 1, PATH_MAX, PATH_MAX + 1}) {
+    for (std::size_t length = PATH_MAX - 1; length <= PATH_MAX + 1; ++length) {
         TemporaryTree tree;
         std::string place = chain(longName, (length - tree.path().size()) / 256 - 1);
         const std::size_t rest = length - tree.path(place).size() - 2;
