@@ -9,7 +9,7 @@ namespace tallyroom {
 /// One JSON object on one line; its members keep the order in which they are added. Keys are plain text.
 class JsonLine {
 public:
-    /// Bytes that are not UTF-8 become U+FFFD; what a terminal must not see becomes \u009b.
+    /// Bytes that are not UTF-8 become U+FFFD; control characters become \u009b and the like.
     JsonLine& text(std::string_view key, std::string_view value);
 
     JsonLine& number(std::string_view key, std::int64_t value) { return raw(key, std::to_string(value)); }

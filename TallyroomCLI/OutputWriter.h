@@ -14,7 +14,7 @@ enum class OutputFormat : unsigned char { table, csv, json };
 /// Collects text for standard output and writes it in pieces; remembers a failure.
 class OutputWriter {
 public:
-    /// Adds text whose names are printable.
+    /// Adds text as it is.
     void add(std::string_view text)
     {
         m_waiting += text;

@@ -20,7 +20,7 @@ public:
         }
     }
 
-    /// Shows the text that `makeText` returns, unless another one was shown a moment ago.
+    /// Shows the text that `makeText` returns, at most every 100 ms.
     template <class MakeText>
     void show(MakeText makeText)
     {

@@ -21,7 +21,7 @@ std::string progressText(const ScanProgress& record)
            " " + std::to_string(static_cast<int>(record.fraction() * 100)) + " %";
 }
 
-/// The usual reasons in French whatever the locale; the others in the platform's words.
+/// The usual reasons as half a sentence.
 std::string reasonOf(const SystemError& error)
 {
     switch (error.code) {
@@ -47,8 +47,8 @@ std::optional<FileUrl> ScanCommand::folder(const std::string& argument)
     std::error_code failed;
     const std::filesystem::path path = std::filesystem::absolute(argument, failed);
     const FileUrl url = FileUrl{path.native()}.standardized();
-    // Opened as named, since ".." behind a link is not what the text alone says; and for listing, since a
-    // scan counts what it cannot list as empty.
+    // Opened as named, since ".." after a link leads elsewhere than the text says; and for listing, since a
+    // scan counts an unlistable folder as empty.
     const auto opened = failed ? std::unexpected(SystemError{failed.value()})
                                : openFolder(FileUrl{path.native()}, FolderAccess::listing);
     if (opened) {
@@ -70,10 +70,10 @@ ExitCode ScanCommand::end(bool isWritten, const Interruption& interruption)
 
 namespace {
 
-/// What a table calls its entries by.
+/// How a table names its entries.
 enum class Shown : bool { names, paths };
 
-/// A whole command: the folder, the scan that `start(folder)` starts, what it found.
+/// A whole command: checks the folder, follows the scan that `start` starts on it, prints the result.
 template <class Start>
 ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interruption, Start start)
 {

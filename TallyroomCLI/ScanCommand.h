@@ -13,14 +13,14 @@
 
 namespace tallyroom {
 
-/// What every scanning command takes.
+/// The options of every scanning command.
 struct ScanOptions {
     std::string folder;
     OutputFormat format = OutputFormat::table;
     bool quiet = false; ///< no progress, even on a terminal
 };
 
-/// What the commands that scan a folder have in common: they check it, follow the stream, and stop on Ctrl+C.
+/// Parts shared by the commands: they check the folder, follow the stream and stop on Ctrl+C.
 namespace ScanCommand {
 
 /// The folder as an absolute location, or nothing after a message on standard error.
@@ -42,7 +42,7 @@ template <class Record>
     return newest;
 }
 
-/// How a command ends that has printed its result, or could not and left the reason in errno.
+/// The exit code of a command that printed its result, or failed to and left the reason in errno.
 [[nodiscard]] ExitCode end(bool isWritten, const Interruption& interruption);
 
 /// Prints a result by the one of three writers that the format asks for, and ends the command.

@@ -8,14 +8,14 @@
 
 namespace tallyroom {
 
-/// What the tables of all commands are put together from. A character is one column.
+/// The building blocks of all tables. A character is one column.
 namespace TableText {
 
 inline constexpr std::size_t sizeWidth = 9; ///< "1000,9 Ko" and all that is shorter
 inline constexpr std::size_t gap = 2;       ///< columns between columns
 inline constexpr std::string_view reset = "\033[0m";
 
-/// The colour of a kind among the sixteen that every terminal has its own shade for.
+/// The colour of a kind, one of the sixteen that every terminal shades in its own way.
 [[nodiscard]] std::string_view colourOf(FileKind kind);
 
 /// How wide the bars of a table may be; 0 where there is no room for any.

@@ -36,7 +36,7 @@ void translateLabels(CLI::App& app)
     app.option_defaults()->group("Options "); // of the commands too; a colon has a space before it
 }
 
-/// The French words for what is wrong with a command line, of which `leftOver` was not understood.
+/// The French message for a wrong command line; `leftOver` are the arguments that were not understood.
 std::string complaint(const CLI::ParseError& error, const std::vector<std::string>& leftOver)
 {
     // Before all else: a misspelt command is missing too.
@@ -148,7 +148,7 @@ void addNumber(CLI::App& command, const std::string& name, const std::string& un
         ->type_name(unit);
 }
 
-/// The commands, and what their options are read into.
+/// The commands and the variables of their options.
 class Commands {
 public:
     Commands(CLI::App& app, const Interruption& interruption) : m_app(app), m_interruption(interruption)
@@ -236,7 +236,7 @@ int run(int argc, char** argv)
 int main(int argc, char** argv)
 {
     std::setlocale(LC_ALL, "");
-    // Many threads share few heaps: what one of them frees, the next one uses.
+    // Many threads share few heaps, so that memory freed by one serves the next.
     ::mallopt(M_ARENA_MAX, 2);
     return tallyroom::run(argc, argv);
 }

@@ -7,8 +7,8 @@
 
 namespace tallyroom {
 
-/// What `take` makes of a stream's last record. The producers work at once; who asks for the result reads the
-/// stream to its end. A result that nobody asks for stops them.
+/// The last record of a stream, converted by `take`. The producers start at once; `get()` reads the stream to
+/// its end on the caller's thread. Dropping the future cancels the stream.
 template <class Record, class Take>
 [[nodiscard]] auto lastRecord(ProgressStream<Record> stream, Take take)
 {

@@ -47,7 +47,7 @@ public:
         m_changed.notify_all();
     }
 
-    /// Lets nobody in any more and waits until nobody is inside.
+    /// Lets no more workers in and waits until all have left.
     void close()
     {
         abandon();
@@ -103,7 +103,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     unsigned m_inside = 0;        // guarded by m_mutex
-    bool m_isOver = false;        // guarded by m_mutex: nobody enters any more
+    bool m_isOver = false;        // guarded by m_mutex: no worker enters any more
     std::exception_ptr m_failure; // guarded by m_mutex
 };
 

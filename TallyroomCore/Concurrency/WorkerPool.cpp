@@ -50,7 +50,7 @@ public:
         if (self->capacity() == self->m_width) {
             return;
         }
-        self->m_watch = tryThread([self] { self->watch(self); }); // without it nobody is replaced
+        self->m_watch = tryThread([self] { self->watch(self); }); // without it no worker is replaced
     }
 
     static void add(const std::shared_ptr<Workers>& self, std::shared_ptr<Job> job)

@@ -8,10 +8,10 @@ namespace tallyroom {
 /// the jobs that are running, so that a long scan never starves a short one. No piece of work may wait for
 /// another piece of work of the pool.
 ///
-/// A worker whose piece takes more than a second counts as held up, by a volume that does not answer for one.
-/// While no other worker is free, a spare one takes its place, and a job that holds up many workers gets no
-/// more of them. Spare workers end once they are too many. Where the system grants no threads at all, `add`
-/// does the work on the caller's thread.
+/// A worker whose piece takes more than a second counts as held up, for example by a volume that does not
+/// answer. While no other worker is free, a spare one takes its place, and a job that holds up many workers
+/// gets no more of them. Spare workers end once they are too many. Where the system grants no threads at all,
+/// `add` does the work on the caller's thread.
 class WorkerPool {
 public:
     /// Something that can be worked on by many threads at once.

@@ -58,7 +58,7 @@ BatchDigester::Digests BatchDigester::digest(std::size_t count, FileSpan span, c
     return digests;
 }
 
-/// Reads a span that fits into `bytes`; once more when the file's state was another one afterwards.
+/// Reads a span that fits into `bytes`, again when the file changed meanwhile.
 bool BatchDigester::readShort(std::size_t index, FileSpan span, const Open& open, std::span<std::byte> bytes)
 {
     for (int readings = 0; readings < mostReadings; ++readings) {
@@ -73,7 +73,7 @@ bool BatchDigester::readShort(std::size_t index, FileSpan span, const Open& open
     return false;
 }
 
-/// One file after the other, each compared with those before it.
+/// Reads one file after the other and compares each with those before it.
 void BatchDigester::digestShort(FileSpan span, const Open& open, const std::stop_token& stop,
                                 std::atomic<std::int64_t>& readBytes, Digests& digests)
 {

@@ -32,7 +32,7 @@ struct Limits {
 };
 
 struct Findings {
-    std::vector<Candidate> candidates; ///< only files whose size another one has too, in no order
+    std::vector<Candidate> candidates; ///< only files whose size others have too
     PathPool folders;
     std::int64_t visited = 0;
     bool truncated = false;

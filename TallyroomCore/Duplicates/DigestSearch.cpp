@@ -310,8 +310,8 @@ private:
         return FileUrl{m_findings.folders.path(way.folder, way.name)};
     }
 
-    /// The paths that lead to the files of a set. Of several ways to one file, those that are gone are left
-    /// out.
+    /// The paths that lead to the files of a set. Where several paths led to one file, those that no longer
+    /// do are left out.
     DuplicateGroup makeGroup(std::string id, const Suspects& alike)
     {
         struct Copy {

@@ -21,19 +21,19 @@ enum class DigestStage : unsigned char { head, tail, whole };
 
 namespace DigestStages {
 
-/// What the first two stages read of a file at most.
+/// The first two stages read at most so much of a file.
 inline constexpr std::int64_t spanLength = 64L * 1024;
 
-/// What a stage reads of a file of `size` bytes.
+/// The bytes that a stage reads of a file of `size` bytes.
 [[nodiscard]] FileSpan spanOf(DigestStage stage, std::int64_t size);
 
 /// True when the digests up to this stage have covered every byte.
 [[nodiscard]] bool isSettled(DigestStage stage, std::int64_t size);
 
-/// What a file may still cost from a stage on, in bytes; the greatest number for what is beyond it.
+/// How many bytes may still be read of a file from a stage on; saturates.
 [[nodiscard]] std::int64_t costFrom(DigestStage stage, std::int64_t size);
 
-/// What the id of a group begins with that this stage has settled.
+/// The prefix of the id of a group that this stage settled.
 [[nodiscard]] std::string_view idPrefix(DigestStage stage);
 
 /// The digests of an open file from the first stage to `last`, as text behind its size: "4096|0f…". Nothing

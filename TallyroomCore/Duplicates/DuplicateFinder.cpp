@@ -23,8 +23,8 @@ namespace {
 /// How long the program's end waits for searches that hang in the kernel, on a dead network mount for one.
 constexpr std::chrono::seconds patience{2};
 
-/// The searches that run. Each is conducted by a thread of its own, which waits for the pool's workers and is
-/// none of them: a search never waits for another one, however long that takes to end.
+/// The searches that run. Each has its own thread, which waits for the pool's workers: a search never waits
+/// for another search.
 class Conductors {
 public:
     using Search = std::function<void(const std::stop_token&)>;

@@ -38,7 +38,7 @@ struct DuplicateProgress {
     bool truncated = false;
     /// While hashing: bytes that are digested or turned out not to need it. Never falls.
     std::int64_t hashedBytes = 0;
-    /// While hashing: what `hashedBytes` ends at.
+    /// While hashing: the final value of `hashedBytes`.
     std::int64_t bytesToHash = 0;
     /// Why the searched folder itself cannot be read; known at the end only. Not a part of equality.
     std::optional<SystemError> unread = {};

@@ -9,11 +9,11 @@ namespace tallyroom {
 
 namespace {
 
-/// How many files the paths lead to, of those for which `counts` says so by their index.
+/// How many files the paths lead to. Only those count whose index `counts` accepts.
 template <class Condition>
 std::int64_t distinctFiles(const std::vector<FileIdentity>& identities, const Condition& counts)
 {
-    // Groups are small as a rule, and there may be many: no memory for those.
+    // Most groups are small, and there may be many: no allocation for those.
     constexpr std::size_t small = 16;
     std::int64_t distinct = 0;
     if (identities.size() <= small) {

@@ -15,7 +15,7 @@ struct DuplicateGroup {
     std::string id;
     /// The files, ascending by the bytes of their paths, without modification times.
     std::vector<Entry> entries;
-    /// What each of `entries` was when it was digested, in the same order.
+    /// The state of each entry when it was digested, in the same order.
     std::vector<FileIdentity> identities;
     /// Whether each of `entries` lay in a trash, and so goes when that is emptied; in the same order.
     std::vector<bool> inTrash;
@@ -29,8 +29,8 @@ struct DuplicateGroup {
     /// The bytes that come free when one file is kept: files that are reached by several paths count once.
     [[nodiscard]] std::int64_t reclaimableBytes() const;
 
-    /// The bytes that came free if the entries that `isGone` marks, in their order, were removed: what other
-    /// paths of the group still lead to does not.
+    /// The bytes that removing the entries marked by `isGone` frees: files that other paths of the group
+    /// still lead to free nothing.
     [[nodiscard]] std::int64_t freedBytes(const std::vector<bool>& isGone) const;
 
     /// The entry that is kept unless the person says otherwise: the first one outside of any trash, else the

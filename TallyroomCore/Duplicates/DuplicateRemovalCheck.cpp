@@ -36,7 +36,7 @@ constexpr const char* samePathReason =
 /// How often files are compared of which one changes meanwhile: new rights leave the content as it is.
 constexpr int mostComparisons = 4;
 
-/// What comparing a victim with a kept copy came to.
+/// The result of comparing a victim with a kept copy.
 enum class Proof : unsigned char {
     equal,
     victimChanged,
@@ -74,8 +74,8 @@ std::uint32_t fileSystemOf(const StableFile& file)
     return ::fstatfs(file.descriptor(), &volume) == 0 ? static_cast<std::uint32_t>(volume.f_type) : 0;
 }
 
-/// True where two paths may lead to one file though device, inode and times differ: the numbers are made up,
-/// and what lies behind them is somebody else's.
+/// True where two paths may lead to one file though device, inode and times differ: the file system makes the
+/// numbers up.
 bool mayHideOneFile(const StableFile& file)
 {
     constexpr std::uint32_t fuse = 0x65735546; // the others are in linux/magic.h
@@ -110,7 +110,7 @@ bool mayHideOneFile(const StableFile& left, const StableFile& right)
            (left.identity().device != right.identity().device && (isLaidOver(left) || isLaidOver(right)));
 }
 
-/// Screens the victims of one batch, of which those of a group come one after the other.
+/// Screens the victims of one batch. The victims of a group come one after the other.
 class Screener {
 public:
     Screener(std::shared_ptr<const std::vector<DuplicateGroup>> groups, std::unordered_set<FileUrl> victims)
@@ -283,7 +283,7 @@ private:
         return Proof::unreadable;
     }
 
-    /// Which of two files is not what it was.
+    /// Finds out which of two files has changed.
     [[nodiscard]] Proof proofOfDifference(const StableFile& victim, const std::stop_token& stop) const
     {
         const auto id = DigestStages::contentId(victim, stop);
@@ -338,7 +338,7 @@ private:
     bool m_losesAll = false;
     bool m_isAllTrashed = false;
     bool m_isDoubtful = false;       // whether the two files compared last may be one
-    std::vector<std::size_t> m_kept; // copies to compare with; those that proved to be none are left out
+    std::vector<std::size_t> m_kept; // copies to compare with, without those that proved to differ
 };
 
 } // namespace

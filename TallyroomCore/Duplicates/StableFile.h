@@ -24,7 +24,7 @@ public:
     /// For one system call; the owner stays this object.
     [[nodiscard]] int descriptor() const noexcept { return m_descriptor.get(); }
 
-    /// What it was when it was opened.
+    /// Its attributes when it was opened.
     [[nodiscard]] const FileAttributes& attributes() const noexcept { return m_attributes; }
 
     [[nodiscard]] FileIdentity identity() const { return FileIdentity::of(m_attributes); }

@@ -33,7 +33,7 @@ std::string Digest::text() const
     return text;
 }
 
-/// What libcrypto reports as a failure here is a lack of memory, nothing else.
+/// libcrypto fails here only for lack of memory.
 class Digester::Context {
 public:
     Context() : m_context(::EVP_MD_CTX_new(), ::EVP_MD_CTX_free)

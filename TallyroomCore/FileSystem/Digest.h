@@ -29,7 +29,7 @@ public:
     Digester& operator=(const Digester&) = delete;
     ~Digester();
 
-    /// Starts a new digest, whatever became of the one before.
+    /// Starts a new digest, even if the one before was not finished.
     void begin();
 
     void add(std::span<const std::byte> bytes);

@@ -56,7 +56,7 @@ std::uint32_t stampOf(const struct statx& stat, std::uint64_t device)
     return static_cast<std::uint32_t>(hash >> 32U);
 }
 
-/// A count that no disk can hold is none: the logical size then, as where blocks are not reported.
+/// Falls back to the logical size where blocks are not reported, or more of them than any disk has.
 std::int64_t allocatedBytes(const struct statx& stat, std::int64_t logicalBytes)
 {
     constexpr std::uint64_t blockBytes = 512;

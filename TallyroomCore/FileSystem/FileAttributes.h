@@ -9,9 +9,9 @@
 
 namespace tallyroom {
 
-/// What an item is, for the item itself and never for a link's target.
+/// The type of an item itself, never of a link's target.
 enum class EntryType : unsigned char {
-    unknown, ///< a file system that tells types only when asked for each item
+    unknown, ///< the file system tells types only item by item
     file,    ///< regular files, and FIFOs, sockets and devices, none of which is ever opened
     folder,
     link
@@ -25,7 +25,7 @@ struct FileId {
     friend auto operator<=>(const FileId&, const FileId&) = default;
 };
 
-/// What one statx(2) call tells of an item.
+/// The result of one statx(2) call.
 struct FileAttributes : FileId {
     EntryType type = EntryType::unknown;
     bool isRegular = false; ///< a file whose content can be read

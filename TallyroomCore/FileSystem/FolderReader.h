@@ -10,11 +10,11 @@
 
 namespace tallyroom {
 
-/// openat(2). What is made gets `mode`.
+/// openat(2). A new file gets `mode`.
 [[nodiscard]] SystemResult<FileDescriptor> openAt(int folder, const char* path, int flags,
                                                   unsigned mode = 0600);
 
-/// What an open folder is for.
+/// The use of an open folder.
 enum class FolderAccess : unsigned char {
     listing,       ///< its names can be read
     listingNoLink, ///< the same, and a link in its place is refused
@@ -28,7 +28,7 @@ enum class FolderAccess : unsigned char {
 /// Opens the folder `name` in the open folder `parent` for listing; a link is refused (ELOOP or ENOTDIR).
 [[nodiscard]] SystemResult<FileDescriptor> openChildFolder(int parent, const char* name);
 
-/// The same; the root of what is mounted there is refused too (EXDEV).
+/// The same, and refuses a mount point (EXDEV).
 [[nodiscard]] SystemResult<FileDescriptor> openOwnChildFolder(int parent, const char* name);
 
 /// Opens the folder at `path` below the open folder `base`; no component may be a link (ELOOP or ENOTDIR) or
@@ -37,7 +37,7 @@ enum class FolderAccess : unsigned char {
 [[nodiscard]] SystemResult<FileDescriptor> openDescendantFolder(int base, std::string_view path,
                                                                 FolderAccess access = FolderAccess::listing);
 
-/// One name of a folder, as getdents64(2) tells it.
+/// One name of a folder, as getdents64(2) returns it.
 struct ListedName {
     const char* name = nullptr; ///< zero-terminated, in the buffer that was read
     std::size_t length = 0;

@@ -54,7 +54,7 @@ public:
         std::ranges::for_each(mounts, [&](const Mount& mount) { ids.insert(mount.id); });
         std::vector<const Mount*> waiting;
         for (const Mount& mount : mounts) {
-            // The parent of the first mount is none that this process sees (pivot_root(2), chroot(2)).
+            // This process does not see the parent of the first mount (pivot_root(2), chroot(2)).
             if (mount.parentId == mount.id || !ids.contains(mount.parentId)) {
                 waiting.push_back(&mount);
             } else {

@@ -10,7 +10,7 @@
 
 namespace tallyroom {
 
-/// One mount as the kernel tells it (proc_pid_mountinfo(5)). All texts are bytes, their escapes undone.
+/// One mount as the kernel describes it (proc_pid_mountinfo(5)). All texts are bytes without escapes.
 struct Mount {
     int id = 0;
     int parentId = 0;         ///< the mount that it was mounted on
@@ -27,8 +27,8 @@ struct Mount {
 /// The mounts of this machine. Any thread; nothing here touches a mounted file system, so nothing waits.
 namespace MountTable {
 
-/// The mounts of a file in the form of /proc/self/mountinfo, in its order. Lines that make no sense are left
-/// out; a file that cannot be read has no mounts.
+/// The mounts of a file in the form of /proc/self/mountinfo, in its order. Skips lines that make no
+/// sense; an unreadable file has no mounts.
 [[nodiscard]] std::vector<Mount> read(const std::string& path = "/proc/self/mountinfo");
 
 /// The mounts that a path still reaches: those that no later mount covers. O(n × depth).

@@ -72,7 +72,7 @@ ItemIdentity VolumeMarks::identify(const FileAttributes& attributes) const
     }
     ItemIdentity identity{attributes.inode, attributes.stamp ^ mark->value, 0};
     if (!mark->keepsInodes) {
-        // What a folder holds may change without making it another one.
+        // A folder stays the same when its content changes.
         const bool isFolder = attributes.type == EntryType::folder;
         const auto moment = attributes.modifiedAt.value_or(Timestamp{}).time_since_epoch().count();
         identity.inode = isFolder ? 1

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "FileSystem/FileAttributes.h"
+#include "FileSystem/MountTable.h"
 #include "Model/FileUrl.h"
 #include "Model/ItemIdentity.h"
-#include "FileSystem/MountTable.h"
 
 #include <cstdint>
 #include <memory>
@@ -18,7 +18,7 @@ class VolumeMarks {
 public:
     VolumeMarks() = default;
 
-    /// The marks of what is mounted by this table. Touches no mounted file system, so nothing waits.
+    /// The marks of the mounts in this table. Touches no mounted file system, so it never waits.
     explicit VolumeMarks(std::span<const Mount> mounts);
 
     /// Which item these attributes are of, without its root. Where inode numbers do not last, a file's size
@@ -41,7 +41,7 @@ private:
 
 /// A folder that a scan started from, as the scan found it.
 struct ScanRoot {
-    std::uint32_t key = 0; ///< 0 for a folder that could not be told
+    std::uint32_t key = 0; ///< 0 for a folder that could not be examined
     FileUrl url;
     ItemIdentity identity;
     std::shared_ptr<const VolumeMarks> volumes;
@@ -57,7 +57,7 @@ namespace ScanRoots {
 /// The row of a folder that was opened at `url`. The reference stays good.
 [[nodiscard]] const ScanRoot& add(const FileUrl& url, int folder);
 
-/// The row of an identity's root; the one of no folder for a key that is none.
+/// The row of an identity's root; an empty row for an unknown key.
 [[nodiscard]] const ScanRoot& find(std::uint32_t key);
 
 } // namespace ScanRoots

@@ -5,14 +5,14 @@
 
 namespace tallyroom {
 
-/// A failed system call: its errno, taken while it was fresh.
+/// A failed system call: its errno, saved immediately.
 struct SystemError {
     int code = 0;
 
-    /// A French sentence for what commonly happens; the platform's words (strerror(3)) for the rest.
+    /// A French sentence for common errors, strerror(3) for the rest.
     [[nodiscard]] std::string message() const;
 
-    /// What errno says now.
+    /// The current errno.
     [[nodiscard]] static SystemError last() noexcept;
 
     friend bool operator==(const SystemError&, const SystemError&) = default;

@@ -83,7 +83,7 @@ public:
     void abandon() noexcept override { m_abandoned = true; }
 
 private:
-    /// Names of a folder as they were read, and parsed once somebody visits them.
+    /// Names of a folder as the kernel gave them; parsed when a worker visits them.
     struct Names {
         NameBuffer buffer;
         std::vector<ListedName> parsed;
@@ -116,7 +116,7 @@ private:
         Piece piece;
     };
 
-    /// What one worker reuses from folder to folder.
+    /// Storage that one worker reuses from folder to folder.
     struct Desk {
         std::shared_ptr<Names> current = std::make_shared<Names>();
         std::shared_ptr<Names> next = std::make_shared<Names>();
@@ -333,7 +333,7 @@ private:
         put(worker, desk.found);
     }
 
-    /// One user of the folder's descriptor less; the last one closes it, but for a root's.
+    /// Gives up one use of the folder's descriptor. The last user closes it; a root's stays open.
     void releaseDescriptor(Folder& folder)
     {
         if (folder.m_uses.fetch_sub(1) == 1 && folder.m_descriptor.isOpen() && !folder.isRoot()) {
@@ -342,11 +342,11 @@ private:
         }
     }
 
-    /// One thing less that `folder` waits for; whoever takes the last one leaves it, and so on upwards.
+    /// `folder` waits for one thing less. The worker that takes the last one leaves it, and so on upwards.
     void release(Folder* folder)
     {
         while (folder != nullptr && folder->m_pending.fetch_sub(1) == 1) {
-            // Whoever gave something up below saw the stop before, and so does this look.
+            // A worker that gave something up below saw the stop, so it is seen here too.
             m_visitor->leave(*folder, !isStopped());
             Folder* const parent = folder->m_parent;
             delete folder; // NOLINT(cppcoreguidelines-owning-memory): queues and children hold plain pointers

@@ -25,7 +25,7 @@ namespace tallyroom {
 /// is asked once a folder and every 256 entries.
 class TreeWalk {
 public:
-    /// A folder on its way through the walk. Visitors derive from it to keep what they sum up.
+    /// A folder on its way through the walk. Visitors derive from it to keep their sums.
     class Folder {
     public:
         Folder() = default;
@@ -86,7 +86,7 @@ public:
     /// Whose attributes are read before the visit. Types are always known.
     enum class Attributes : unsigned char { none, files, filesAndLinks, everything };
 
-    /// What a visitor asks of one folder.
+    /// A visitor's request for one folder.
     struct Wish {
         Attributes attributes = Attributes::none;
         /// Read all names before the first visit, and call `counted` with their number.
@@ -124,7 +124,7 @@ public:
         virtual void finish(bool stopped) = 0;
     };
 
-    /// Whether a root may itself be a link to the folder that is meant.
+    /// Whether a root may be a link to a folder.
     enum class RootLink : bool { refused, followed };
 
     /// A folder to start from, and its record. Roots are opened by path, through links on the way.

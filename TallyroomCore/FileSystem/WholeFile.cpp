@@ -15,7 +15,7 @@ namespace tallyroom {
 
 namespace {
 
-/// The permissions of the regular file in the way; nothing when there is none.
+/// The permissions of the regular file that will be replaced; nothing when there is none.
 std::optional<mode_t> formerMode(int folder, const std::string& name)
 {
     struct stat former = {};

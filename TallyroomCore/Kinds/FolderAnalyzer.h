@@ -14,7 +14,7 @@
 
 namespace tallyroom {
 
-/// What the files of one kind take together.
+/// The total of one kind of file.
 struct CategorySize {
     FileKind kind = FileKind::other;
     std::int64_t totalBytes = 0; ///< allocated on disk
@@ -23,7 +23,7 @@ struct CategorySize {
     friend bool operator==(const CategorySize&, const CategorySize&) = default;
 };
 
-/// Which kinds of files fill a folder.
+/// A folder's content by kind of file.
 struct FolderSummary {
     /// The kinds that occur: larger total first, then in the order in which FileKind declares them.
     std::vector<CategorySize> categories;
@@ -61,7 +61,7 @@ struct Progress {
     }
 };
 
-/// A scanning record is sent each time that as many more files are counted.
+/// The number of files between two scanning records.
 inline constexpr std::int64_t filesBetweenRecords = 4096;
 
 /// The summary of a folder; after a stop, of the part that was walked until then.

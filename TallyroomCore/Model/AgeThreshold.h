@@ -33,7 +33,7 @@ public:
     [[nodiscard]] std::string_view label() const noexcept;
 
     /// True when `date` lies further back from `reference` than the age; exactly the age is not old yet, and
-    /// neither is what has no date.
+    /// an absent date is never old.
     [[nodiscard]] bool isOld(const std::optional<Timestamp>& date, Timestamp reference) const noexcept;
 
 private:

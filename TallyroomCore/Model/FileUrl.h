@@ -58,7 +58,7 @@ private:
 /// True when `path` is `ancestor` or lies below it, by the texts as they are.
 [[nodiscard]] bool isWithin(std::string_view path, std::string_view ancestor) noexcept;
 
-/// `FileUrl::pathExtension` of a bare name, as a listing tells it.
+/// `FileUrl::pathExtension` of a bare name from a listing.
 [[nodiscard]] std::string_view nameExtension(std::string_view name) noexcept;
 
 /// Percent-encodes a path's bytes, "/" and the unreserved characters of RFC 3986 left as they are.

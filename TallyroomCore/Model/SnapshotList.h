@@ -49,7 +49,7 @@ class SnapshotList {
 public:
     using value_type = Item;
 
-    /// Appends items and takes lists of what is there. One thread at a time.
+    /// Appends items and makes lists of those so far. One thread at a time.
     class Builder {
     public:
         void append(Item item) { m_store->items.append(std::move(item)); }
@@ -152,7 +152,7 @@ private:
         return *m_order;
     }
 
-    /// Sorts what has come since the longest order known of a prefix of this list, and merges the two.
+    /// Sorts the items that follow the longest known order of a prefix, and merges the two.
     std::shared_ptr<const Order> makeOrder() const
     {
         std::shared_ptr<const Order> base;

@@ -13,10 +13,10 @@ public:
     /// Renames the item. `place` must outlive this object.
     [[nodiscard]] static SystemResult<AsideItem> move(const ItemPlace& place);
 
-    /// Under which it lies now.
+    /// Its present name.
     [[nodiscard]] const std::string& name() const noexcept { return m_name; }
 
-    /// Gives it its own name back. Where somebody has taken that, it stays, and these are the words for it.
+    /// Restores its name. If that is taken, the item stays and the result says so in words for people.
     [[nodiscard]] std::string putBack() const;
 
 private:

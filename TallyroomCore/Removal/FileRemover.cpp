@@ -1,11 +1,11 @@
 #include "Removal/FileRemover.h"
 
+#include "FileSystem/MountTable.h"
 #include "Removal/AsideItem.h"
 #include "Removal/ItemPlace.h"
 #include "Removal/ProtectedLocations.h"
 #include "Removal/Trash.h"
 #include "Removal/TreeRemoval.h"
-#include "FileSystem/MountTable.h"
 
 #include <cerrno>
 #include <memory>
@@ -28,13 +28,13 @@ std::string wordsFor(const FileUrl& url, SystemError error)
     return error.code == EINVAL ? "Cet emplacement ne désigne ni un fichier ni un dossier." : error.message();
 }
 
-/// What is to be removed: a location, or the item that a scan saw there.
+/// A removal request: a location, or the item that a scan saw there.
 struct Wanted {
     const FileUrl& url;
     const Entry* seen = nullptr;
 };
 
-/// How it goes.
+/// How to remove it.
 struct Going {
     FileRemover::SecondLook secondLook{};
     std::stop_token stop{};
@@ -72,7 +72,7 @@ std::string wordsFor(SystemError error)
     }
 }
 
-/// One batch: what is read once for all of its items.
+/// One batch: it reads the mounts and the protected locations once for all items.
 class Batch {
 public:
     enum class Removed : unsigned char { yes, no, notBegun };
@@ -97,7 +97,7 @@ public:
         return going.stop.stop_requested() ? Removed::notBegun : Removed::no;
     }
 
-    /// Removes an item for good, or says in `failure` what is left of it.
+    /// Removes an item for good, or describes in `failure` what is left of it.
     Removed deletePermanently(const Wanted& wanted, const Going& going, RemovalFailure& failure)
     {
         const auto place = removable(wanted);
@@ -205,7 +205,7 @@ void report(const FileRemover::BatchProgress& progress, std::size_t completed, s
     }
 }
 
-/// Removes one item and writes down what became of it.
+/// Removes one item and records the result.
 void record(FileRemover::RemovalResult& result, const Wanted& wanted, Batch& batch, bool permanently,
             const Going& going)
 {
@@ -277,7 +277,7 @@ FileRemover::RemovalResult FileRemover::remove(std::span<const Entry> entries, b
         }
         auto screened = options.screening ? options.screening(entry, options.stop) : Screened{};
         if (options.stop.stop_requested()) {
-            break; // what was said may be for want of time
+            break; // the refusal may only be due to the stop
         }
         if (screened.refusal) {
             result.failures.push_back({entry.url, std::move(*screened.refusal)});

@@ -38,13 +38,13 @@ struct TrashedItem {
 struct RemovalFailure {
     FileUrl url;
     std::string message; ///< why, in words for people
-    /// What is gone all the same, in bytes on disk: a folder may have been emptied in part.
+    /// Bytes on disk that were freed all the same: a folder may have been emptied in part.
     std::int64_t freedBytes = 0;
 
     friend bool operator==(const RemovalFailure&, const RemovalFailure&) = default;
 };
 
-/// What became of a batch. Every location given is in `removed` or in `failures`, in the order given.
+/// The result of a batch. Every location given is in `removed` or in `failures`, in the order given.
 struct RemovalResult {
     std::vector<FileUrl> removed;
     std::vector<RemovalFailure> failures;
@@ -97,8 +97,8 @@ struct BatchOptions {
                                    const BatchOptions& options);
 
 /// Moves items from the trash back to where they were: the very items, into the very folders. Never
-/// overwrites: an occupied place is a failure, and the item stays in the trash. So does another item that has
-/// got the name since the trash was emptied.
+/// overwrites: an occupied place is a failure, and the item stays in the trash. An item that since
+/// took that trash name also stays.
 /// Of `options`, the progress and the stop count.
 [[nodiscard]] RemovalResult restore(std::span<const TrashedItem> items, const BatchOptions& options = {});
 

@@ -19,7 +19,7 @@ namespace {
 /// Short enough that the links on the way may make it longer.
 constexpr std::size_t bytesResolvedOfALongPath = PATH_MAX / 2;
 
-/// What is left of `path` below the folder `base`, without leading slashes; empty when it is not below it.
+/// The rest of `path` below the folder `base`, without leading slashes; empty when it is not below it.
 std::string_view pathBelow(std::string_view path, std::string_view base)
 {
     base = base.substr(0, base.find_last_not_of('/') + 1);
@@ -121,8 +121,8 @@ SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int t
         return {};
     }
     if (errno == EINVAL || errno == ENOSYS) {
-        // The file system does not know the flag. Looking first leaves an instant in which somebody may take
-        // the name; in a trash the record, made with O_EXCL, has reserved it.
+        // The file system does not know the flag. Looking first leaves an instant in which another process
+        // may take the name; in a trash the record, made with O_EXCL, has reserved it.
         struct stat status = {};
         if (::fstatat(to, newName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
             return std::unexpected(SystemError{EEXIST});

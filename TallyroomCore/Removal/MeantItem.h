@@ -9,10 +9,10 @@
 
 namespace tallyroom {
 
-/// What is said of an item that is another one now.
+/// The message for an item that was replaced.
 constexpr const char* hasChanged = "Cet élément a changé depuis l'analyse.";
 
-/// Which item is meant, for the look right before it goes and right after.
+/// The item to remove, to compare with right before it goes and right after.
 struct MeantItem {
     std::optional<ItemIdentity> identity;       ///< none: whatever lies there
     std::shared_ptr<const VolumeMarks> volumes; ///< as they are mounted now

@@ -32,7 +32,7 @@ std::vector<std::string> otherPlaces(const Mount& mount, std::span<const Mount> 
 SystemResult<ProtectedLocations> ProtectedLocations::read(std::span<const Mount> mounts)
 {
     if (mounts.empty()) {
-        return std::unexpected(SystemError{ENOENT}); // nobody knows what must stay
+        return std::unexpected(SystemError{ENOENT}); // it is unknown what must stay
     }
     ProtectedLocations locations;
     for (const Mount& mount : mounts) {
@@ -104,7 +104,7 @@ std::optional<std::string> ProtectedLocations::refusal(const ItemPlace& place) c
 {
     const auto attributes = fileAttributes(place.parent.get(), place.name.c_str());
     if (!attributes) {
-        return std::nullopt; // what is missing or out of reach is told by the removal itself
+        return std::nullopt; // the removal itself reports a missing or unreachable item
     }
     if (const Guarded* const guarded = find(*attributes)) {
         return guarded->isHome ? "Le dossier personnel ne peut pas être supprimé."

@@ -14,17 +14,16 @@
 namespace tallyroom {
 
 /// What must never be removed or moved: "/", the home folder, mount points, and every folder that holds one
-/// of them, by any of its places. The home folder and its ancestors are known by device and inode, so that
-/// neither a link, nor
-/// "..", nor a bind mount leads around them; mount points by their real paths.
+/// of them, by any of its places. The home folder and its ancestors are known by device and inode, so that no
+/// link, no ".." and no bind mount leads around them; mount points by their real paths.
 class ProtectedLocations {
 public:
     /// Looks up the home folder ($HOME and the user's record) and what is mounted; an error for an empty
-    /// table. Good for one batch: the kernel itself refuses what is mounted later.
+    /// table. Good for one batch: the kernel itself protects later mounts.
     [[nodiscard]] static SystemResult<ProtectedLocations> read(std::span<const Mount> mounts);
 
-    /// Why an item must stay, in words for people; none when it may go. Of links only those go
-    /// not that the home folder's own path leads through.
+    /// Why an item must stay, in words for people; none when it may go. Refuses a link only
+    /// if the home folder's path runs through it.
     [[nodiscard]] std::optional<std::string> refusal(const ItemPlace& place) const;
 
 private:

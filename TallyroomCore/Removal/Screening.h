@@ -12,12 +12,12 @@ namespace tallyroom::FileRemover {
 /// Asked for an item that has left its place and can still come back: why it must.
 using SecondLook = std::function<std::optional<std::string>()>;
 
-/// What a screening says of an item.
+/// A screening's answer for one item.
 struct Screened {
     /// Why the item must stay, in words for people; it then counts as failed.
     std::optional<std::string> refusal;
     /// To be asked once the item lies in the trash or, where it goes for good, under another name in its
-    /// folder; none where that tells nothing new.
+    /// folder; none where that cannot change the answer.
     SecondLook secondLook;
 };
 

@@ -89,7 +89,7 @@ bool isRefusal(SystemError error)
     return std::ranges::find(codes, error.code) != codes.end();
 }
 
-/// Whether what was moved is what was meant: another item may have come into its place at the last moment.
+/// True when the right item was moved: another may have taken its place at the last moment.
 bool isStillThis(const MeantItem& meant, int folder, const std::string& name)
 {
     if (!meant.identity) {
@@ -209,7 +209,7 @@ Trash::Result Trash::store(const Bin& bin, const ItemPlace& place, const std::st
         if (done) {
             done = moveWithoutReplacing(place.parent.get(), place.name, bin.files.get(), name);
             if (done && !isStillThis(place.meant, bin.files.get(), name)) {
-                // What has come along is nobody's wish: it goes back, or stays in the trash with its record.
+                // Nobody asked to trash this one: it goes back, or stays in the trash with its record.
                 if (!moveWithoutReplacing(bin.files.get(), name, place.parent.get(), place.name)) {
                     return std::unexpected(Refusal{
                         ESTALE,

@@ -33,7 +33,7 @@ public:
     /// An item that lies in the trash now.
     struct Stored {
         FileUrl inTrash;
-        std::optional<ItemIdentity> item;   ///< which one it is, when that could be told
+        std::optional<ItemIdentity> item;   ///< its identity, when known
         std::optional<ItemIdentity> folder; ///< which folder it came from
     };
 
@@ -43,7 +43,7 @@ public:
     /// when it comes into the item's place at the last moment.
     [[nodiscard]] Result moveIn(const ItemPlace& place);
 
-    /// What is to be put back.
+    /// An item to put back.
     struct Return {
         FileUrl inTrash;
         FileUrl original;
@@ -76,8 +76,8 @@ private:
     [[nodiscard]] SystemResult<Bin> openHomeBin(const FileUrl& trash);
     [[nodiscard]] SystemResult<const Bin*> volumeBin(const ItemPlace& place, std::uint64_t mount);
 
-    std::optional<SystemResult<Bin>> m_home; ///< not looked for yet, or what came of it
-    /// Where the home trash is, or would have to be made; none when that cannot be told.
+    std::optional<SystemResult<Bin>> m_home; ///< none before it was looked for
+    /// The mount where the home trash is or would be made; none when unknown.
     std::optional<std::uint64_t> m_homeMount;
     std::optional<Bin> m_volume; ///< the one used last
 };

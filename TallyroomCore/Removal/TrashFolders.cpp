@@ -96,7 +96,7 @@ Lookup::Folder Lookup::below(const Folder& parent, const FileUrl& folder, Links 
             return find(FileUrl{*path}, Links::notFollowed);
         }
     }
-    // What is gone is judged by its path.
+    // An item that is gone is judged by its path.
     return {place, parent.isTrashed || isBin(place, attributes)};
 }
 

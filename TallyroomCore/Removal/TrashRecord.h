@@ -19,7 +19,7 @@ inline constexpr std::string_view suffix = ".trashinfo";
 /// folders of the same name in the trash do not cost a hundred tries. At most `longest` bytes.
 [[nodiscard]] std::string itemName(const std::string& name, unsigned tried, std::size_t longest);
 
-/// What the record of an item says that is trashed now.
+/// The content of a record for an item that is trashed now.
 [[nodiscard]] std::string contentFor(std::string_view path);
 
 /// Makes the record `name`; EEXIST when another item has taken it. Leaves nothing behind on a failure.
@@ -31,8 +31,8 @@ inline constexpr std::string_view suffix = ".trashinfo";
 /// True when `name` is a record.
 [[nodiscard]] bool isRecord(int records, const std::string& name);
 
-/// True when the record `name` tells that its item lay at the place, or at the end of its path, when it tells
-/// the place on its volume.
+/// True when the record `name` names the place as its item's origin: by its whole path, or by the end of it,
+/// since a volume's trash keeps paths relative to the volume.
 [[nodiscard]] bool tellsPlace(int records, const std::string& name, const ItemPlace& place);
 
 } // namespace TrashRecord

@@ -39,7 +39,7 @@ constexpr unsigned levelsKeptOpen = 24;
 /// removed while the folder is read, about half of what is left each time.
 constexpr unsigned mostPasses = 16;
 
-/// What a name's removal frees on disk.
+/// The disk space that removing a name frees.
 std::int64_t bytesThatGo(const SystemResult<FileAttributes>& file)
 {
     return file && file->links == 1 ? file->allocatedBytes : 0;
@@ -74,7 +74,7 @@ public:
 private:
     enum class Outcome : unsigned char { gone, kept, filledAgain };
 
-    /// What a thread reads names with.
+    /// A thread's storage for reading names.
     struct Reading {
         NameBuffer buffer;
         std::vector<ListedName> names;
@@ -141,7 +141,7 @@ private:
         m_wake.notify_all();
     }
 
-    /// Writes down what cannot be removed: `name` in the folder, or the folder itself.
+    /// Records a failure: of `name` in the folder, or of the folder itself.
     void note(const Folder& folder, const char* name, SystemError error)
     {
         std::string path = folder.pathBelow(folder.top());
@@ -154,7 +154,7 @@ private:
         }
     }
 
-    /// True when the stop was asked for: what is left of the folder stays.
+    /// True after a stop: the rest of the folder stays.
     bool isStopped(Folder& folder)
     {
         if (!m_stop.stop_requested()) {
@@ -201,7 +201,7 @@ private:
         }
     }
 
-    /// False for what turns out to be a folder.
+    /// False if it turns out to be a folder.
     bool removedFile(Folder& folder, int descriptor, const char* name, Reading& reading)
     {
         const std::int64_t bytes = bytesThatGo(fileAttributes(descriptor, name));

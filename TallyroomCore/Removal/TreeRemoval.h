@@ -14,7 +14,7 @@ namespace tallyroom {
 /// Removes folders with all that is in them. The one place that calls unlinkat(2) on people's files.
 namespace TreeRemoval {
 
-/// What became of an item.
+/// The result for one item.
 struct Outcome {
     std::optional<SystemError> error; ///< why `firstKept` is left
     std::string firstKept;            ///< the first of what could not be removed, by path below the item

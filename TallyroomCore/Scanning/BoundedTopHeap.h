@@ -37,10 +37,10 @@ public:
     /// O(log N).
     bool offer(Entry entry);
 
-    /// Offers files of one folder under one lock. Paths are made for those only that are taken in.
+    /// Offers files of one folder under one lock. Makes paths only for those it takes in.
     void offer(const FileUrl& folder, std::span<const Candidate> files);
 
-    /// A ranked copy of what is kept.
+    /// A ranked copy of the entries.
     [[nodiscard]] EntryList sortedSnapshot() const;
 
 private:

@@ -19,7 +19,7 @@ struct Match {
 
 using Matches = std::vector<Match>;
 
-/// Finds the folders of given names. Asks the file system for nothing but names, but for a date a match.
+/// Finds the folders of given names. Reads only names, and the attributes of matches.
 class MatchFinder : public TreeWalk::Visitor {
 public:
     explicit MatchFinder(FolderNames names) : m_names(std::move(names)) {}
@@ -142,7 +142,7 @@ protected:
     }
 
 private:
-    /// Delivers what was measured before, and returns what is to be walked.
+    /// Delivers the totals that are known, and returns the folders to walk.
     std::vector<TreeWalk::Root> deliverKnown()
     {
         m_entries->expect(m_matches.size());
@@ -262,7 +262,7 @@ FileScanner::ScanStream FileScanner::findDirectoriesStream(FolderNames matching,
     auto finder = std::make_unique<MeasuredSearch>(std::move(matching),
                                                    std::make_unique<StreamedEntries>(std::move(sender)));
     if (isNamed) {
-        // The one look at the disk on the caller's thread, for a folder that somebody has just chosen.
+        // The only disk access on the caller's thread, for a folder that was just chosen.
         if (auto itself = folderItself(*root)) {
             finder->add({std::move(*itself)});
             root.reset();

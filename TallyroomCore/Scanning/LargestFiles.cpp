@@ -37,7 +37,7 @@ public:
             if (child.isFolder()) {
                 child.descend = !isPruned(child.name);
             } else if (child.type != EntryType::link) {
-                // What cannot be read is a file of no size.
+                // An unreadable file has size 0.
                 const std::int64_t size = child.attributes != nullptr ? child.attributes->allocatedBytes : 0;
                 ++files;
                 if (m_heap.mayTake(size)) {

@@ -50,7 +50,7 @@ public:
     /// Keeps a total, unless the store was emptied since the place was looked up.
     void store(Place place, std::int64_t total);
 
-    /// Forgets everything, also what is being measured now.
+    /// Forgets everything, totals that are being measured included.
     void clear();
 
     /// How many bytes the store holds, for the benchmarks.

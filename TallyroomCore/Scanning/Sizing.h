@@ -6,8 +6,8 @@
 namespace tallyroom {
 
 /// A walk that sums what lies below each folder and keeps every folder's total in the SizeCache. Listings,
-/// searches and single measurements derive from it. What it asks for each folder and what it does with a
-/// finished root is theirs.
+/// searches and single measurements derive from it. They decide which attributes a
+/// folder needs and what happens with a finished root.
 class SizingVisitor : public TreeWalk::Visitor {
 public:
     /// A folder that is being summed.

@@ -35,7 +35,7 @@ public:
 
     [[nodiscard]] const ProgressSender<ScanProgress>& sender() const { return *m_sender; }
 
-    /// Ends the stream, whoever else still holds this object.
+    /// Ends the stream, even while others hold this object.
     void end() { m_sender.reset(); }
 
 private:

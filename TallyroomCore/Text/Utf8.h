@@ -18,8 +18,8 @@ namespace tallyroom::Utf8 {
 /// The code point of a well-formed character.
 [[nodiscard]] char32_t codePoint(std::string_view character) noexcept;
 
-/// Characters that take no place of their own and turn or break what stands around them, so that a name can
-/// pose as another. Not the joiner: it makes emoji out of emoji and belongs to names.
+/// True for invisible characters, line breaks and bidirectional controls, with which a name can pose as
+/// another. Not for the zero-width joiner, which is part of emoji.
 [[nodiscard]] bool turnsOrBreaks(char32_t code) noexcept;
 
 } // namespace tallyroom::Utf8

@@ -61,7 +61,7 @@ bool isExternalDisk(fs::path disk, const fs::path& devices)
     return false;
 }
 
-/// What a logical device is made of; empty for a disk and its partitions.
+/// The parts of a logical device; empty for a disk and its partitions.
 std::vector<fs::path> devicesBelow(const fs::path& device)
 {
     std::vector<fs::path> below;

@@ -8,7 +8,7 @@
 
 namespace tallyroom {
 
-/// What the device behind a mount tells of itself.
+/// Properties of the device behind a mount.
 struct DeviceTraits {
     std::optional<std::string> label; ///< the file system's, never empty
     std::optional<bool> isInternal;   ///< built into the machine

@@ -7,9 +7,9 @@
 
 namespace tallyroom {
 
-/// Threads for questions that may never come back, as to a file system whose server is gone: no caller ever
-/// waits for them, and the workers of the pool are spared. One question at a time is asked about a subject,
-/// so that a subject that hangs costs one thread, which serves others again once it has come back.
+/// Threads for calls that may never return, such as to a file system whose server is gone: no caller waits
+/// for them, and the pool loses no workers. One question at a time is asked about a subject, so that a
+/// subject that hangs costs one thread, which serves others again once it has come back.
 class PatientCalls {
 public:
     /// At most `threads` at once; they start when there is something to ask and end when there is nothing.

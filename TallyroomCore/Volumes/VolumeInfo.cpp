@@ -21,8 +21,8 @@ constexpr std::chrono::milliseconds firstReportLimit{100};
 /// How long finding the home folder may take before its path is taken as it is written.
 constexpr std::chrono::milliseconds homeLimit{50};
 
-/// What was asked on other threads, and the answers so far. Whoever asks keeps it; threads that come back too
-/// late find it gone.
+/// Questions asked on other threads, and the answers so far. The asker owns it; a thread that answers too
+/// late finds it gone.
 template <class Answer>
 class Answers {
 public:
@@ -74,7 +74,7 @@ std::string nameOf(const Mount& mount, const DeviceTraits& traits)
 
 bool isInternal(const Mount& mount, const DeviceTraits& traits)
 {
-    // What the machine runs from belongs to it, wherever it is.
+    // The system's own volume counts as internal wherever it is.
     if (mount.mountPoint == "/") {
         return true;
     }
@@ -121,7 +121,7 @@ class Survey {
 public:
     enum class Scope : unsigned char { listed, main, both };
 
-    /// Asks, and does not wait but for finding the home folder.
+    /// Asks. Waits for nothing but the home folder's real path.
     Survey(const VolumeSources& sources, Scope scope)
     {
         const std::vector<Mount> mounts = MountTable::reachable(sources.mounts());
@@ -242,7 +242,7 @@ std::vector<VolumeUsage> VolumeInfo::current(std::chrono::milliseconds limit, co
 ProgressStream<VolumeReport> VolumeInfo::stream(std::chrono::milliseconds limit, const VolumeSources& sources)
 {
     auto [sender, stream] = makeProgressStream<VolumeReport>();
-    // A thread of its own: the workers of the pool are not made for waiting.
+    // On its own thread: the pool's workers must not wait.
     auto thread = runOnThread([sources, end = Clock::now() + limit, sender = std::move(sender)](
                                   const std::stop_token& /*stop*/) { sendReports(sources, end, sender); });
     if (thread.joinable()) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
-#include "Volumes/DeviceTraits.h"
 #include "FileSystem/MountTable.h"
+#include "Volumes/DeviceTraits.h"
 #include "Volumes/PatientCalls.h"
 #include "Volumes/VolumeUsage.h"
 
@@ -15,7 +15,7 @@
 
 namespace tallyroom {
 
-/// What a file system tells of its room, in bytes (statvfs(3)).
+/// The capacity of a file system in bytes (statvfs(3)).
 struct VolumeFigures {
     std::optional<std::int64_t> total;
     std::optional<std::int64_t> available; ///< to people who are not root
@@ -23,7 +23,7 @@ struct VolumeFigures {
     friend bool operator==(const VolumeFigures&, const VolumeFigures&) = default;
 };
 
-/// Where VolumeInfo has it all from; tests have their own. Called on many threads.
+/// Data sources of VolumeInfo; replaceable in tests. Called on many threads.
 struct VolumeSources {
     std::function<std::vector<Mount>()> mounts;         ///< never waits
     std::function<VolumeFigures(const Mount&)> figures; ///< may wait for ever

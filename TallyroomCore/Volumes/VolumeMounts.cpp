@@ -9,7 +9,7 @@ namespace tallyroom::VolumeMounts {
 
 namespace {
 
-/// File systems whose data are on another machine, the host of a virtual one included.
+/// File systems whose data are on another machine, or on the host of a virtual one.
 constexpr std::array<std::string_view, 32> networkTypes{"nfs",
                                                         "nfs4",
                                                         "cifs",
@@ -46,7 +46,7 @@ constexpr std::array<std::string_view, 32> networkTypes{"nfs",
 /// Images that are full by nature.
 constexpr std::array<std::string_view, 4> imageTypes{"squashfs", "erofs", "cramfs", "romfs"};
 
-/// Devices that are no disk: images in files, memory, and what stands for no device at all.
+/// Sources that are not disks: images in files, memory, placeholders.
 constexpr std::array<std::string_view, 4> noDisks{"/dev/loop", "/dev/zram", "/dev/ram", "/dev/fuse"};
 
 /// Where programs keep the mounts that are theirs alone.
@@ -74,7 +74,8 @@ bool beginsWithOneOf(const std::array<std::string_view, count>& beginnings, std:
                                [text](std::string_view beginning) { return text.starts_with(beginning); });
 }
 
-/// A part of a file system seen at a second place. A subvolume is none, though its root is no "/".
+/// True for a part of a file system that is mounted a second time. A subvolume does not count, though its
+/// root is not "/".
 bool isBindMount(const Mount& mount)
 {
     return mount.root != "/" && (mount.type != "btrfs" || mount.root != mount.subvolume);
@@ -89,7 +90,7 @@ bool isDisk(const Mount& mount)
            !contains(imageTypes, mount.type);
 }
 
-/// What all mounts of one volume have in common.
+/// A key that all mounts of one volume share.
 std::string identity(const Mount& mount)
 {
     if (mount.type == "zfs") {

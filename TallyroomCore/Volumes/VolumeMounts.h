@@ -7,7 +7,7 @@
 
 namespace tallyroom {
 
-/// What a mount is to a person.
+/// How a person sees a mount.
 enum class MountClass : unsigned char {
     hidden, ///< the kernel's own, memory, images, what programs mount for themselves, EFI partitions
     disk,   ///< a file system on a disk; the system's root whatever it is on

@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned diskThreads = 16;
 constexpr unsigned networkThreads = 32;
 
-/// blocks × unit; nothing when a file system tells more than can be counted.
+/// blocks × unit; nothing when that overflows.
 std::optional<std::int64_t> bytes(std::uint64_t blocks, std::uint64_t unit)
 {
     std::int64_t result = 0;
