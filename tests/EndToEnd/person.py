@@ -13,7 +13,7 @@ from pathlib import Path
 import gi
 
 gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi, GLib  # noqa: E402  the version comes first
+from gi.repository import Atspi, Gio, GLib  # noqa: E402  the version comes first
 
 LIMIT_SECONDS = 30
 SESSION = Path(os.environ["TALLYROOM_SESSION"])
@@ -38,6 +38,30 @@ def expect_equal(what, actual, wanted):
     if actual != wanted:
         differing = sorted(key for key in actual.keys() | wanted.keys() if actual.get(key) != wanted.get(key))
         sys.exit(f"{what}: {differing} differ")
+
+
+class FileManager:
+    """Stands in for the desktop's own, and writes down what it is asked to show."""
+
+    NAME = "org.freedesktop.FileManager1"
+
+    def __init__(self):
+        self.shown = []
+        bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+        offered = Gio.DBusNodeInfo.new_for_xml(
+            f'<node><interface name="{self.NAME}"><method name="ShowItems">'
+            '<arg type="as" direction="in"/><arg type="s" direction="in"/></method></interface></node>')
+        bus.register_object("/" + self.NAME.replace(".", "/"), offered.interfaces[0], self.show, None, None)
+        Gio.bus_own_name_on_connection(bus, self.NAME, Gio.BusNameOwnerFlags.NONE, None, None)
+
+    def show(self, _bus, _sender, _path, _interface, _method, arguments, call):
+        self.shown += arguments.unpack()[0]
+        call.return_value(None)
+
+    def has_shown(self, *urls):
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self.shown == list(urls)
 
 
 class Item:
