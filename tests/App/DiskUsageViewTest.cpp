@@ -213,6 +213,10 @@ TEST_F(DiskUsageViewTest, DeleteAndShiftDeleteDifferInTheChoiceThatEnterTakes)
         }
         EXPECT_EQ(buttons.join(u'|'),
                   QStringLiteral("Mettre à la corbeille|Supprimer définitivement|Annuler"));
+        EXPECT_FALSE(visibleTexts(*dialog())
+                         .filter(QStringLiteral(" o\n\n« Mettre à la corbeille » est réversible. « Supprimer "
+                                                "définitivement » ne l'est pas."))
+                         .isEmpty());
         QTest::keyClick(dialog(), cases[index].answer);
         EXPECT_EQ(scene.deletions->isRunning(), cases[index].report.has_value());
         ASSERT_TRUE(scene.waitForRemoval());

@@ -152,6 +152,7 @@ TEST_F(DuplicatesViewTest, LosingEveryCopyIsAskedOnceMore)
     EXPECT_EQ(word->text(), QStringLiteral("Supprimer aussi la dernière copie de 1 groupe"));
     QPushButton* const trash = button(dialog, QStringLiteral("Mettre à la corbeille"));
     EXPECT_FALSE(trash->isEnabled());
+    activate(*dialog);
     word->setFocus();
     QTest::keyClick(word, Qt::Key_Space);
     QTest::keyClick(word, Qt::Key_Return); // is "Annuler" here, whatever is ticked
