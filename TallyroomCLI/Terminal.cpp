@@ -53,7 +53,7 @@ std::string escapedCodePoint(std::string_view character)
 
 bool isHarmless(char32_t code)
 {
-    return code >= 0x20 && code != 0x7F && !Utf8::turnsOrBreaks(code);
+    return code >= 0x20 && code != 0x7F && !Utf8::isInvisibleOrBidiControl(code);
 }
 
 /// Most of any text: harmless without a further look.

@@ -1,7 +1,7 @@
 // A settings file that somebody has edited, or another version has written.
 #include "Require.h"
-#include "Settings/PersistedSettings.h"
 #include "Settings/RecentFolders.h"
+#include "Settings/Settings.h"
 
 #include <algorithm>
 #include <cstdlib>

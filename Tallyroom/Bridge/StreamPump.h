@@ -1,50 +1,13 @@
 #pragma once
 
+#include "Bridge/FramePace.h"
 #include "Concurrency/ProgressStream.h"
-
-#include <QObject>
 
 #include <functional>
 #include <memory>
 #include <utility>
 
-class QTimerEvent;
-
 namespace tallyroom {
-
-/// Turns wake-ups from any thread into calls on the main thread, at most one a frame, and fewer when a call
-/// takes long, so that the window keeps the greater part of the time for itself. Main thread, but for the
-/// callback that `wakeUp` gives out.
-class FramePace : public QObject {
-    Q_OBJECT
-
-public:
-    /// Ends the calls at once; the object itself outlives a call that is under way.
-    struct Retire {
-        void operator()(FramePace* pace) const;
-    };
-
-    explicit FramePace(std::function<void()> onFrame);
-    ~FramePace() override;
-
-    /// What producers call: any thread, at any time, also while this object is destroyed or after it.
-    [[nodiscard]] std::function<void()> wakeUp() const;
-
-protected:
-    bool event(QEvent* event) override;
-    void timerEvent(QTimerEvent* event) override;
-
-private:
-    struct Doorbell;
-
-    void runFrame();
-
-    std::shared_ptr<Doorbell> m_doorbell;
-    std::function<void()> m_onFrame;
-    qint64 m_nextFrame = 0; // milliseconds of the steady clock
-    int m_timer = 0;
-    bool m_isCalling = false;
-};
 
 /// Owns a running scan's stream and hands over, on the main thread and at most once a frame, the newest
 /// record that arrived, then the end. Records carry everything so far, so the older ones are passed over.

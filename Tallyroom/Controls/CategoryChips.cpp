@@ -50,8 +50,7 @@ void CategoryChips::showButtons()
     const auto present = std::ranges::count_if(m_chips, [](const auto& one) { return one.second.isOffered; });
     for (const auto& [category, chip] : m_chips) {
         const bool isChosen = m_choice == category;
-        chip.button->setText(QStringLiteral("%1 · %2").arg(
-            chip.label, NumberText::grouped(static_cast<std::int64_t>(chip.count))));
+        chip.button->setText(QStringLiteral("%1 · %2").arg(chip.label, NumberText::grouped(chip.count)));
         chip.button->setChecked(isChosen);
         // One category alone has nothing to narrow down.
         chip.button->setVisible(isChosen || (chip.isOffered && present > 1));

@@ -7,17 +7,19 @@
 
 namespace tallyroom {
 
-OptionMenu::OptionMenu(Choices choices, QWidget* parent)
-    : QPushButton(parent), m_group(new QActionGroup(this))
+OptionMenu::OptionMenu(Choices choices, std::function<QString()> title, QWidget* parent)
+    : QPushButton(parent), m_title(std::move(title)), m_group(new QActionGroup(this))
 {
     m_group->setExclusionPolicy(choices == Choices::one ? QActionGroup::ExclusionPolicy::Exclusive
                                                         : QActionGroup::ExclusionPolicy::None);
     Theme::dress(this, Theme::Button::plain);
     setMenu(new QMenu(this));
+    showTitle();
 }
 
-void OptionMenu::setTitle(const QString& title)
+void OptionMenu::showTitle()
 {
+    const QString title = m_title();
     setText(title + QStringLiteral(" ▾"));
     setAccessibleName(title);
 }

@@ -16,15 +16,17 @@ public:
     /// Whether one choice excludes the others.
     enum class Choices { one, many };
 
-    explicit OptionMenu(Choices choices, QWidget* parent = nullptr);
+    /// `title` makes the text of the button; a small arrow is added.
+    OptionMenu(Choices choices, std::function<QString()> title, QWidget* parent = nullptr);
 
-    /// The text of the button; a small arrow is added.
-    void setTitle(const QString& title);
+    /// Shows the title as it is now.
+    void showTitle();
 
     /// Adds a choice. `chosen(isOn)` is called when the user takes it, or, of many, leaves it.
     void addChoice(const QString& text, bool isOn, std::function<void(bool isOn)> chosen);
 
 private:
+    std::function<QString()> m_title;
     QActionGroup* m_group;
 };
 

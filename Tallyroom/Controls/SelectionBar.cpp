@@ -69,8 +69,7 @@ void SelectionBar::setSelection(std::int64_t count, std::int64_t bytes)
         m_count->setText(hint);
         m_size->clear();
     } else {
-        m_count->setText(QStringLiteral("%1 sélectionné%2")
-                             .arg(NumberText::grouped(count), count == 1 ? QString{} : QStringLiteral("s")));
+        m_count->setText(NumberText::plural(count, QStringLiteral("sélectionné")));
         m_size->setText(QStringLiteral("· %1").arg(sizeText(bytes)));
     }
     Theme::dress(m_count, m_isEmpty ? Theme::Text::secondary : Theme::Text::strong);

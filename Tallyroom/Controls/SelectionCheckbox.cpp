@@ -8,7 +8,7 @@ SelectionCheckbox::SelectionCheckbox(FileUrl url, QWidget* parent)
     connect(this, &QCheckBox::clicked, this, [this](bool isOn) { Q_EMIT checkRequested(m_url, isOn); });
 }
 
-void SelectionCheckbox::showSelection(const std::unordered_set<FileUrl>& selection)
+void SelectionCheckbox::showSelection(const UrlSet& selection)
 {
     setChecked(selection.contains(m_url));
 }

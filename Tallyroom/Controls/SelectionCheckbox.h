@@ -1,9 +1,8 @@
 #pragma once
 
 #include "Controls/CheckBox.h"
-#include "Model/FileUrl.h"
+#include "Model/UrlSet.h"
 
-#include <unordered_set>
 
 namespace tallyroom {
 
@@ -17,7 +16,7 @@ public:
 
     [[nodiscard]] const FileUrl& url() const { return m_url; }
 
-    void showSelection(const std::unordered_set<FileUrl>& selection);
+    void showSelection(const UrlSet& selection);
 
 Q_SIGNALS:
     /// The user switched the box: `url` belongs into the selection, or out of it.

@@ -2,6 +2,7 @@
 
 #include "Controls/CheckBox.h"
 #include "Text/FileUrlText.h"
+#include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Theme/Theme.h"
 
@@ -49,7 +50,7 @@ QStringList namesOf(const std::vector<Entry>& entries)
             QStringLiteral(" (") + sizeText(entry->sizeBytes) + QLatin1Char{')'};
     }
     if (const std::size_t others = entries.size() - largest.size(); others > 0) {
-        lines += QStringLiteral("et %1 autre").arg(others) + (others >= 2 ? QStringLiteral("s") : QString{});
+        lines += QStringLiteral("et ") + NumberText::plural(others, QStringLiteral("autre"));
     }
     return lines;
 }

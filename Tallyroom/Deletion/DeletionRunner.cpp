@@ -1,6 +1,7 @@
 #include "Deletion/DeletionRunner.h"
 
 #include "Bridge/AskApart.h"
+#include "Deletion/EntryPlaces.h"
 #include "Scanning/FileScanner.h"
 
 #include <chrono>
@@ -159,8 +160,9 @@ void DeletionRunner::finish()
     outcome.notBegun = batch.progress.total - outcome.result.removed.size() - outcome.result.failures.size();
     DiskChange change{.gone = {}, .back = {}, .folders = {}, .asker = batch.context.data()};
     (batch.progress.isRestoring ? change.back : change.gone) = outcome.done;
+    EntryPlaces places;
     for (const Entry& entry : outcome.done) {
-        addWithParents(change.folders, entry.url.parent());
+        addWithParents(change.folders, FileUrl{std::string{places.of(entry)}}.parent());
     }
     for (const FileRemover::RemovalFailure& failure : outcome.result.failures) {
         if (failure.freedBytes > 0) {

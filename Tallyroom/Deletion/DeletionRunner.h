@@ -38,7 +38,7 @@ struct RemovalOutcome {
 struct DiskChange {
     std::vector<Entry> gone;        ///< removed
     std::vector<Entry> back;        ///< put back
-    UrlSet folders;                 ///< that hold less or more than before, up to the root
+    UrlSet folders;                 ///< places that hold less or more than before, up to the root
     const QObject* asker = nullptr; ///< who asked for it
 };
 

@@ -1,6 +1,8 @@
 #include "Deletion/DeletionSupport.h"
 
+#include "Deletion/RemovedPlaces.h"
 #include "Model/CheckedArithmetic.h"
+#include "Text/NumberText.h"
 #include "Text/SizeText.h"
 
 #include <algorithm>
@@ -14,7 +16,9 @@ namespace {
 QString stoppedText(std::size_t notBegun)
 {
     return notBegun == 0 ? QString{}
-                         : QStringLiteral(" Interrompu : %1 élément(s) non traité(s).").arg(notBegun);
+                         : QStringLiteral(" Interrompu : ") +
+                               NumberText::plural(notBegun, QStringLiteral("élément non traité."),
+                                                  QStringLiteral("éléments non traités."));
 }
 
 /// What failed items have freed all the same.
@@ -28,9 +32,11 @@ QString partlyText(const FileRemover::RemovalResult& result)
             ++count;
         }
     }
-    return count == 0
-               ? QString{}
-               : QStringLiteral(" %1 en partie supprimé(s) · %2 libérés.").arg(count).arg(sizeText(freed));
+    return count == 0 ? QString{}
+                      : QStringLiteral(" %1 · %2 libérés.")
+                            .arg(NumberText::plural(count, QStringLiteral("supprimé en partie"),
+                                                    QStringLiteral("supprimés en partie")),
+                                 sizeText(freed));
 }
 
 } // namespace
@@ -40,26 +46,16 @@ PendingDeletion PendingDeletion::many(const std::vector<Entry>& entries)
     PendingDeletion pending;
     std::ranges::transform(entries, std::back_inserter(pending.urls), &Entry::url);
     pending.size = totalSize(entries);
-    pending.label = QString::number(entries.size()) + QStringLiteral(" élément") +
-                    (entries.size() >= 2 ? QStringLiteral("s") : QString{});
+    pending.label = NumberText::plural(entries.size(), QStringLiteral("élément"));
     return pending;
 }
 
-EntryList withRestored(const EntryList& entries, const std::vector<Entry>& restored)
+EntryList withRestored(const EntryList& entries, const EntryList& restored)
 {
-    UrlSet missing;
-    std::ranges::transform(restored, std::inserter(missing, missing.end()), &Entry::url);
-    for (const Entry& entry : entries) {
-        missing.erase(entry.url);
-    }
-    if (missing.empty()) {
-        return entries;
-    }
-    std::vector<Entry> all = entries.toVector();
-    std::ranges::copy_if(restored, std::back_inserter(all),
-                         [&missing](const Entry& entry) { return missing.contains(entry.url); });
-    std::ranges::stable_sort(all, isLarger);
-    return EntryList{std::move(all)};
+    const RemovedPlaces places{restored.toVector()};
+    const auto listed = entries.parted([&](const Entry& entry) { return places.contains(entry); }).first;
+    const RemovedPlaces known{listed.toVector()};
+    return entries.merged(restored.parted([&](const Entry& entry) { return known.contains(entry); }).second);
 }
 
 QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t freed, bool permanently,
@@ -67,20 +63,21 @@ QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t fr
 {
     const QString verb =
         permanently ? QStringLiteral("supprimé(s) définitivement") : QStringLiteral("mis à la corbeille");
-    const QString removed = QString::number(result.removed.size());
+    const QString removed = NumberText::grouped(result.removed.size());
     const QString message = result.allSucceeded()
                                 ? QStringLiteral("%1 élément(s) · %2 %3.").arg(removed, sizeText(freed), verb)
                                 : QStringLiteral("%1 %2, %3 en échec.")
-                                      .arg(removed, verb, QString::number(result.failures.size()));
+                                      .arg(removed, verb, NumberText::grouped(result.failures.size()));
     return message + partlyText(result) + stoppedText(notBegun);
 }
 
 QString restoreMessage(const FileRemover::RemovalResult& result, std::size_t notBegun)
 {
-    const QString message =
-        result.allSucceeded()
-            ? QStringLiteral("Suppression annulée · %1 élément(s) restauré(s).").arg(result.removed.size())
-            : QStringLiteral("Restauration partielle : %1 en échec.").arg(result.failures.size());
+    const QString message = result.allSucceeded()
+                                ? QStringLiteral("Suppression annulée · %1 élément(s) restauré(s).")
+                                      .arg(NumberText::grouped(result.removed.size()))
+                                : QStringLiteral("Restauration partielle : %1 en échec.")
+                                      .arg(NumberText::grouped(result.failures.size()));
     return message + stoppedText(notBegun);
 }
 

@@ -1,18 +1,15 @@
 #pragma once
 
 #include "Model/EntryList.h"
+#include "Model/UrlSet.h"
 #include "Removal/FileRemover.h"
 
 #include <QString>
 #include <QUuid>
 
-#include <unordered_set>
 #include <vector>
 
 namespace tallyroom {
-
-/// The locations that a selection or a request names.
-using UrlSet = std::unordered_set<FileUrl>;
 
 /// A request to delete that waits for the user's word.
 struct PendingDeletion {
@@ -36,7 +33,7 @@ struct UndoableDeletion {
 
 /// Puts `restored` into `entries`, larger first, equal sizes after those already there. What is listed
 /// already is not listed twice.
-[[nodiscard]] EntryList withRestored(const EntryList& entries, const std::vector<Entry>& restored);
+[[nodiscard]] EntryList withRestored(const EntryList& entries, const EntryList& restored);
 
 /// The one line that reports a removal; `freed` in bytes. `notBegun` items were left because it was stopped.
 [[nodiscard]] QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t freed,

@@ -1,6 +1,8 @@
 #include "Deletion/FailureList.h"
 
 #include "Text/FileUrlText.h"
+#include "Text/NumberText.h"
+#include "Text/PlainText.h"
 #include "Theme/Theme.h"
 
 #include <QDialogButtonBox>
@@ -13,7 +15,8 @@ namespace tallyroom {
 FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failures, QWidget* parent)
     : QDialog(parent)
 {
-    const QString title = QStringLiteral("Éléments laissés en place (%1)").arg(failures.size());
+    const QString title =
+        QStringLiteral("Éléments laissés en place (%1)").arg(NumberText::grouped(failures.size()));
     setWindowTitle(title);
     auto* const heading = new QLabel(title);
     Theme::dress(heading, Theme::Text::title);
@@ -24,7 +27,7 @@ FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failure
     QStringList lines;
     for (const FileRemover::RemovalFailure& failure : failures) {
         lines += FileUrlText::displayFromHome(failure.url) + QStringLiteral("\n    ") +
-                 QString::fromStdString(failure.message);
+                 toSentence(failure.message);
     }
     list->setPlainText(lines.join(QLatin1Char{'\n'}));
     auto* const buttons = new QDialogButtonBox;

@@ -1,40 +1,52 @@
 #include "Deletion/RemovedPlaces.h"
 
-#include <algorithm>
-#include <iterator>
+#include <bit>
 
 namespace tallyroom {
 
 void RemovedPlaces::add(const std::vector<Entry>& items)
 {
     for (const Entry& item : items) {
-        m_items.insert(item.url.path());
+        const std::string_view place = m_places.of(item);
+        m_items.emplace(place);
+        m_nameHashes.push_back(TextHash{}(item.name));
         if (item.isDirectory) {
-            m_folders.insert(item.url.path());
+            m_folders.emplace(place);
         }
     }
     m_lastParent.clear();
+    markNames();
+}
+
+void RemovedPlaces::markNames()
+{
+    constexpr std::size_t marksAnItem = 16;
+    m_marks.assign(std::bit_ceil(m_nameHashes.size()) * marksAnItem, false);
+    for (const std::size_t hash : m_nameHashes) {
+        m_marks[hash & (m_marks.size() - 1)] = true;
+    }
 }
 
 void RemovedPlaces::remove(const std::vector<Entry>& items)
 {
     for (const Entry& item : items) {
-        m_items.erase(item.url.path());
-        m_folders.erase(item.url.path());
+        const std::string place{m_places.of(item)};
+        m_items.erase(place);
+        m_folders.erase(place);
     }
     m_lastParent.clear();
 }
 
-bool RemovedPlaces::covers(const FileUrl& url) const
+bool RemovedPlaces::covers(const Entry& entry) const
 {
-    const std::string_view path = url.path();
-    if (m_items.contains(path)) {
+    if (contains(entry)) {
         return true;
     }
-    const std::string_view parent = path.substr(0, path.find_last_of('/') + 1);
-    if (m_folders.empty() || parent.empty()) {
+    if (m_folders.empty()) {
         return false;
     }
+    const std::string_view path = m_places.of(entry);
+    const std::string_view parent = path.substr(0, path.find_last_of('/') + 1);
     if (parent != m_lastParent) {
         m_lastParent = parent;
         m_isLastParentCovered = isBelowFolder(parent);
@@ -52,18 +64,6 @@ bool RemovedPlaces::isBelowFolder(std::string_view path) const
         }
     }
     return false;
-}
-
-EntryList RemovedPlaces::without(const EntryList& entries) const
-{
-    const auto isGone = [this](const Entry& entry) { return covers(entry.url); };
-    if (isEmpty() || std::ranges::none_of(entries, isGone)) {
-        return entries;
-    }
-    std::vector<Entry> others;
-    others.reserve(entries.size());
-    std::ranges::remove_copy_if(entries, std::back_inserter(others), isGone);
-    return EntryList{std::move(others)};
 }
 
 } // namespace tallyroom

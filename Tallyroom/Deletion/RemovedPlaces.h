@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Deletion/EntryPlaces.h"
 #include "Model/EntryList.h"
 
 #include <cstddef>
@@ -7,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace tallyroom {
@@ -27,12 +29,23 @@ public:
 
     [[nodiscard]] bool isEmpty() const { return m_items.empty(); }
 
-    /// Whether an item at `url` is among them or lies below one. Fast for many items of one folder in a row;
-    /// one thread at a time.
-    [[nodiscard]] bool covers(const FileUrl& url) const;
+    /// Whether `entry` is one of them.
+    [[nodiscard]] bool contains(const Entry& entry) const
+    {
+        return !m_items.empty() && m_marks[TextHash{}(entry.name) & (m_marks.size() - 1)] &&
+               m_items.contains(m_places.of(entry));
+    }
 
-    /// The same list without what is covered.
-    [[nodiscard]] EntryList without(const EntryList& entries) const;
+    /// Whether `entry` is one of them or lies below one. Fast for many entries of one folder in a row; one
+    /// thread at a time.
+    [[nodiscard]] bool covers(const Entry& entry) const;
+
+    /// The covered entries, and the list without them. Copies none.
+    [[nodiscard]] std::pair<EntryList, EntryList> part(const EntryList& entries) const
+    {
+        return isEmpty() ? std::pair{EntryList{}, entries}
+                         : entries.parted([this](const Entry& entry) { return covers(entry); });
+    }
 
 private:
     struct TextHash {
@@ -43,10 +56,14 @@ private:
 
     using Paths = std::unordered_set<std::string, TextHash, std::equal_to<>>;
 
+    void markNames();
     [[nodiscard]] bool isBelowFolder(std::string_view path) const;
 
     Paths m_items;
-    Paths m_folders; // those of the items that are folders
+    std::vector<std::size_t> m_nameHashes; // of their names, and of some that are no longer among them
+    std::vector<bool> m_marks; // the same, each a bit: most entries of a long list need not be looked up
+    Paths m_folders;           // those of the items that are folders
+    mutable EntryPlaces m_places;
     mutable std::string m_lastParent;
     mutable bool m_isLastParentCovered = false;
 };

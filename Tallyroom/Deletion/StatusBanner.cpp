@@ -2,6 +2,7 @@
 
 #include "Controls/Spinner.h"
 #include "Deletion/FailureList.h"
+#include "Text/NumberText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 
@@ -19,12 +20,11 @@ constexpr std::chrono::milliseconds patience{250};
 
 QString progressText(const RemovalProgress& progress)
 {
-    if (progress.isStopping) {
-        return QStringLiteral("Arrêt en cours… %1/%2").arg(progress.completed).arg(progress.total);
-    }
-    const QString verb = progress.isRestoring ? QStringLiteral("Restauration en cours… %1/%2")
-                                              : QStringLiteral("Suppression en cours… %1/%2");
-    return verb.arg(progress.completed).arg(progress.total);
+    const QString work = progress.isStopping    ? QStringLiteral("Arrêt en cours…")
+                         : progress.isRestoring ? QStringLiteral("Restauration en cours…")
+                                                : QStringLiteral("Suppression en cours…");
+    return QStringLiteral("%1 %2/%3")
+        .arg(work, NumberText::grouped(progress.completed), NumberText::grouped(progress.total));
 }
 
 } // namespace

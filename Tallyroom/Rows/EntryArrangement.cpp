@@ -157,7 +157,7 @@ void sort(Rows& rows, const Request& request, const std::stop_token& stop)
 } // namespace
 
 EntryArrangement::EntryArrangement(const Request& request, const std::stop_token& stop)
-    : m_entries(request.entries)
+    : m_entries(request.entries), m_found{request.absent, {}}
 {
     Rows rows;
     rows.reserve(request.filter ? 0 : m_entries.size());
@@ -167,6 +167,9 @@ EntryArrangement::EntryArrangement(const Request& request, const std::stop_token
         }
         const Entry& entry = m_entries[index];
         m_totalBytes = checkedSum(m_totalBytes, entry.sizeBytes);
+        if (request.absent != nullptr && request.absent->contains(entry.url)) {
+            m_found.positions.insert(static_cast<std::uint32_t>(index));
+        }
         if (!request.filter || request.filter(entry)) {
             m_shownBytes = checkedSum(m_shownBytes, entry.sizeBytes);
             m_largestSize = std::max(m_largestSize, entry.sizeBytes);
@@ -180,13 +183,19 @@ EntryArrangement::EntryArrangement(const Request& request, const std::stop_token
 
 std::optional<std::size_t> EntryArrangement::rowOf(const EntryArrangement& earlier, std::size_t row) const
 {
-    // The entries of one growing list never move; those of another list are known by their locations.
     const Entry& wanted = earlier.entry(row);
-    const auto same =
-        findOutwards(rowCount(), row, [&](std::size_t other) { return &entry(other) == &wanted; });
-    return same ? same : findOutwards(rowCount(), row, [&](std::size_t other) {
-        return entry(other).url == wanted.url;
-    });
+    const auto rowWith = [&](const auto& fits) { return findOutwards(rowCount(), row, fits); };
+    if (m_entries.isSameSnapshot(earlier.m_entries)) {
+        const std::uint32_t wantedPosition = earlier.position(row);
+        return m_shown.contains(wantedPosition)
+                   ? rowWith([&](std::size_t other) { return position(other) == wantedPosition; })
+                   : std::nullopt;
+    }
+    // Lists that share entries show the same ones, but for folders that were measured again; those of another
+    // list are known by their locations.
+    const auto same = rowWith([&](std::size_t other) { return &entry(other) == &wanted; });
+    const bool isGone = m_entries.sharesItems(earlier.m_entries) && !wanted.isDirectory;
+    return same || isGone ? same : rowWith([&](std::size_t other) { return entry(other).url == wanted.url; });
 }
 
 } // namespace tallyroom

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Model/EntryList.h"
-#include "Rows/EntryTableStyle.h"
-#include "Rows/PositionSet.h"
+#include "Rows/AbsentChecks.h"
+#include "Rows/EntrySortOrder.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -27,6 +27,8 @@ public:
         EntrySortOrder order;
         std::function<std::string(const Entry&)> name;
         std::function<double(const Entry&)> sortKey;
+        /// Checks to look for in `entries`; may be none.
+        std::shared_ptr<const AbsentChecks> absent{};
     };
 
     EntryArrangement() = default;
@@ -52,6 +54,9 @@ public:
 
     [[nodiscard]] std::int64_t totalBytes() const { return m_totalBytes; }
 
+    /// Which entries of the list the request's absent checks belong to.
+    [[nodiscard]] const FoundChecks& found() const { return m_found; }
+
     /// The row that shows what `row` of `earlier` showed. O(n).
     [[nodiscard]] std::optional<std::size_t> rowOf(const EntryArrangement& earlier, std::size_t row) const;
 
@@ -64,6 +69,7 @@ private:
     EntryList m_entries;
     std::shared_ptr<const Rows> m_rows = std::make_shared<const Rows>();
     PositionSet m_shown;
+    FoundChecks m_found;
     std::int64_t m_largestSize = 0;
     std::int64_t m_shownBytes = 0;
     std::int64_t m_totalBytes = 0;

@@ -18,10 +18,10 @@ EntryArranger::~EntryArranger()
     m_thread = {};
 }
 
-void EntryArranger::arrange(EntryArrangement::Request request, Running running)
+void EntryArranger::arrange(EntryArrangement::Request request, IfBusy ifBusy)
 {
     m_waiting.reset();
-    if (m_isRunning && running == Running::stops) {
+    if (m_isRunning && ifBusy == IfBusy::cancel) {
         m_thread.request_stop();
     }
     const bool isStopped = m_thread.get_stop_source().stop_requested();
@@ -54,7 +54,7 @@ void EntryArranger::finish(const EntryArrangement& arrangement)
         Q_EMIT arranged(arrangement);
     }
     if (next && !m_isRunning) {
-        arrange(*std::move(next), Running::finishes);
+        arrange(*std::move(next), IfBusy::letFinish);
     }
 }
 

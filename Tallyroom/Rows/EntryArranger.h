@@ -17,14 +17,14 @@ class EntryArranger : public QObject {
 public:
     /// What a new request means for one that is being worked on: rows of a list that has grown since are
     /// still worth showing, rows of another filter or order are not.
-    enum class Running { finishes, stops };
+    enum class IfBusy { letFinish, cancel };
 
     using QObject::QObject;
     EntryArranger(const EntryArranger&) = delete;
     EntryArranger& operator=(const EntryArranger&) = delete;
     ~EntryArranger() override;
 
-    void arrange(EntryArrangement::Request request, Running running);
+    void arrange(EntryArrangement::Request request, IfBusy ifBusy);
 
 Q_SIGNALS:
     void arranged(const tallyroom::EntryArrangement& arrangement);

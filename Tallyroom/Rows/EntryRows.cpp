@@ -5,6 +5,7 @@
 #include "Theme/Theme.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -102,7 +103,7 @@ void EntryRows::goTo(int row)
     scrollTo(currentIndex());
 }
 
-void EntryRows::startOver()
+void EntryRows::resetView()
 {
     makeCurrent(-1);
     m_rangeStart.reset();
@@ -127,7 +128,11 @@ QModelIndex EntryRows::moveCursor(CursorAction action, Qt::KeyboardModifiers mod
 void EntryRows::keyPressEvent(QKeyEvent* event)
 {
     const int row = currentRow();
-    if (event->matches(QKeySequence::SelectAll)) {
+    const bool isTyping = m_typed.isValid() && m_typed.elapsed() < QApplication::keyboardInputInterval();
+    if (event->key() == Qt::Key_Space && isTyping) {
+        m_typed.start();
+        keyboardSearch(event->text()); // of a name that holds a space
+    } else if (event->matches(QKeySequence::SelectAll)) {
         selection().setAll();
     } else if (row >= 0 && event->matches(QKeySequence::Copy)) {
         if (const auto entry = currentEntry()) {
@@ -143,6 +148,10 @@ void EntryRows::keyPressEvent(QKeyEvent* event)
             activateRow(row);
         }
     } else {
+        const QString text = event->text();
+        if (!text.isEmpty() && text.at(0).isPrint()) {
+            m_typed.start();
+        }
         const int previous = currentRow();
         QTableView::keyPressEvent(event);
         if (currentRow() != previous) {

@@ -2,6 +2,7 @@
 
 #include "Model/Entry.h"
 
+#include <QElapsedTimer>
 #include <QTableView>
 
 #include <memory>
@@ -36,7 +37,7 @@ public:
     bool setCurrentEntry(const FileUrl& url);
 
     /// Forgets the current row and goes to the top: another folder is about to be shown.
-    void startOver();
+    void resetView();
 
     /// Whether rows offer "Mettre à la corbeille". Off at first.
     void setDeletionEnabled(bool isEnabled) { m_isDeletionEnabled = isEnabled; }
@@ -113,6 +114,7 @@ private:
     bool m_isDeletionEnabled = false;
     std::optional<Press> m_press;
     std::optional<FileUrl> m_rangeStart;
+    QElapsedTimer m_typed; // since the last letter that was looked for
     int m_hoveredRow = -1;
 };
 

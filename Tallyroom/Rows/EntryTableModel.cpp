@@ -20,13 +20,13 @@ void EntryTableModel::setEntries(const EntryList& entries)
     }
     m_request.entries = entries;
     // An emptied list means another folder: rows of the old one must not come any more.
-    arrange(entries.empty() ? EntryArranger::Running::stops : EntryArranger::Running::finishes);
+    arrange(entries.empty() ? EntryArranger::IfBusy::cancel : EntryArranger::IfBusy::letFinish);
 }
 
 void EntryTableModel::setFilter(Filter filter)
 {
     m_request.filter = std::move(filter);
-    arrange(EntryArranger::Running::stops);
+    arrange(EntryArranger::IfBusy::cancel);
 }
 
 void EntryTableModel::setSortOrder(const EntrySortOrder& order)
@@ -40,20 +40,24 @@ void EntryTableModel::setSortOrder(const EntrySortOrder& order)
         m_request.sortKey = m_style.columns[order.column].sortKey;
     }
     Q_EMIT sortOrderChanged();
-    arrange(EntryArranger::Running::stops);
+    arrange(EntryArranger::IfBusy::cancel);
 }
 
-void EntryTableModel::arrange(EntryArranger::Running running)
+void EntryTableModel::arrange(EntryArranger::IfBusy ifBusy)
 {
-    m_arranger.arrange(m_request, running);
+    m_request.absent = selection().absent();
+    m_arranger.arrange(m_request, ifBusy);
 }
 
 void EntryTableModel::takeRows(const EntryArrangement& rows)
 {
     replaceRows(rowCount(), static_cast<int>(rows.rowCount()), [&] {
         m_rows = rows;
-        selection().follow(rows.entries(), rows.shown(), rows.shownBytes());
+        selection().follow(rows.entries(), rows.shown(), rows.shownBytes(), rows.found());
     });
+    if (selection().isSearchDue() && rows.entries().isSameSnapshot(m_request.entries)) {
+        arrange(EntryArranger::IfBusy::letFinish);
+    }
 }
 
 std::optional<EntrySortOrder::Key> EntryTableModel::sortKey(int column) const

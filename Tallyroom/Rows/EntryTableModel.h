@@ -40,7 +40,7 @@ public:
 
     [[nodiscard]] bool isUpToDate() const override
     {
-        return m_rows.entries().isSameSnapshot(m_request.entries);
+        return m_rows.entries().isSameSnapshot(m_request.entries) && !selection().isSearchDue();
     }
 
     /// What a column sorts by, if it can be sorted.
@@ -61,7 +61,7 @@ protected:
     [[nodiscard]] std::string shownName(const Entry& entry) const override;
 
 private:
-    void arrange(EntryArranger::Running running);
+    void arrange(EntryArranger::IfBusy ifBusy);
     void takeRows(const EntryArrangement& rows);
     [[nodiscard]] QString text(const Entry& entry, int column) const;
     [[nodiscard]] QString accessibleText(int row, int column) const;

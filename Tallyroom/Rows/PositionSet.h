@@ -13,6 +13,17 @@ namespace tallyroom {
 /// Positions in a list, one bit each: all of 300 000 are 37 KB. A plain value.
 class PositionSet {
 public:
+    /// All positions below `count`.
+    [[nodiscard]] static PositionSet upTo(std::size_t count)
+    {
+        PositionSet all;
+        all.m_words.assign(count / wordBits, ~std::uint64_t{0});
+        if (count % wordBits != 0) {
+            all.m_words.push_back(bit(static_cast<std::uint32_t>(count)) - 1);
+        }
+        return all;
+    }
+
     [[nodiscard]] bool contains(std::uint32_t position) const
     {
         const std::size_t word = position / wordBits;

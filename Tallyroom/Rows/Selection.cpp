@@ -25,49 +25,51 @@ bool matchPart(const EntryList& part, const EntryList& whole, const Visit& visit
 
 } // namespace
 
-void Selection::follow(const EntryList& entries, PositionSet shown, std::int64_t shownBytes)
+void Selection::follow(const EntryList& entries, PositionSet shown, std::int64_t shownBytes,
+                       const std::optional<FoundChecks>& found)
 {
     const EntryList earlier = std::exchange(m_entries, entries);
     m_shown = std::move(shown);
     m_shownCount = m_shown.count();
     m_shownBytes = shownBytes;
+    PositionSet known;
     if (!entries.isSameSnapshot(earlier)) {
-        if (!m_checked.empty()) {
-            moveChecks(earlier);
+        if (!m_checked.empty() || m_absent != nullptr) {
+            known = moveChecks(earlier);
         }
-        findAbsent();
+        m_isSearchDue = m_absent != nullptr;
+    }
+    if (m_isSearchDue && (!found || found->absent == m_absent)) {
+        m_checked |= (found ? found->positions : m_absent->foundIn(m_entries)) - known;
+        m_isSearchDue = false;
     }
     recount();
 }
 
-/// A list that grew or shrank keeps its order, and to compare neighbours costs least.
-void Selection::moveChecks(const EntryList& earlier)
+/// The positions of the entries that `earlier` had too. A list that grew or shrank keeps its order, and to
+/// compare neighbours costs least.
+PositionSet Selection::moveChecks(const EntryList& earlier)
 {
     const PositionSet before = std::exchange(m_checked, {});
-    const bool hasGrown = earlier.size() <= m_entries.size();
+    PositionSet known;
     const auto move = [&](std::uint32_t from, std::uint32_t to) {
+        known.insert(to);
         if (before.contains(from)) {
             m_checked.insert(to);
         }
     };
+    const bool hasGrown = earlier.size() <= m_entries.size();
     const bool isMoved =
         !m_entries.empty() &&
         (hasGrown
              ? matchPart(earlier, m_entries, move)
              : matchPart(m_entries, earlier, [&](std::uint32_t to, std::uint32_t from) { move(from, to); }));
-    if (!isMoved) {
-        m_checked = {};
-        before.forEach([&](std::uint32_t position) { m_absent.insert(earlier[position].url); });
+    if (isMoved) {
+        return known;
     }
-}
-
-void Selection::findAbsent()
-{
-    for (std::uint32_t position = 0; position < m_entries.size() && !m_absent.empty(); ++position) {
-        if (m_absent.erase(m_entries[position].url) > 0) {
-            m_checked.insert(position);
-        }
-    }
+    m_checked = {};
+    m_absent = std::make_shared<const AbsentChecks>(earlier, before, m_absent);
+    return {};
 }
 
 void Selection::recount()
@@ -94,9 +96,9 @@ std::vector<Entry> Selection::checkedEntries() const
     return checked;
 }
 
-Selection::Urls Selection::urls() const
+UrlSet Selection::urls() const
 {
-    Urls urls = m_absent;
+    UrlSet urls;
     m_checked.forEach([&](std::uint32_t position) { urls.insert(m_entries[position].url); });
     return urls;
 }
@@ -128,11 +130,11 @@ void Selection::assign(const PositionSet& among, const PositionSet& checked)
     Q_EMIT changed(std::nullopt);
 }
 
-void Selection::setUrls(Urls urls)
+void Selection::setUrls(const UrlSet& urls)
 {
-    m_absent = std::move(urls);
-    m_checked = {};
-    findAbsent();
+    m_absent = urls.empty() ? nullptr : std::make_shared<const AbsentChecks>(urls);
+    m_checked = urls.empty() ? PositionSet{} : m_absent->foundIn(m_entries);
+    m_isSearchDue = false;
     recount();
     Q_EMIT changed(std::nullopt);
 }

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "Model/EntryList.h"
-#include "Rows/PositionSet.h"
+#include "Rows/AbsentChecks.h"
 
 #include <QObject>
 
 #include <optional>
-#include <unordered_set>
 
 namespace tallyroom {
 
@@ -17,18 +16,28 @@ class Selection : public QObject {
     Q_OBJECT
 
 public:
-    using Urls = std::unordered_set<FileUrl>;
-
     using QObject::QObject;
 
     /// Other entries are listed, or others of them are shown, whose sizes add up to `shownBytes`. Checks stay
     /// with their entries; those that `entries` lacks are remembered by location until `forgetAbsent`, but
-    /// forgotten where a list only shrank. Sends no signal. O(n) where entries came or went and some are
+    /// forgotten where a list only shrank. `found` is what was found of them in `entries` on another thread;
+    /// without it they are looked for here. Sends no signal. O(n) where entries came or went and some are
     /// checked.
-    void follow(const EntryList& entries, PositionSet shown, std::int64_t shownBytes);
+    void follow(const EntryList& entries, PositionSet shown, std::int64_t shownBytes,
+                const std::optional<FoundChecks>& found = {});
+
+    /// The checks of entries that the list may lack; none where it lacks none.
+    [[nodiscard]] const std::shared_ptr<const AbsentChecks>& absent() const { return m_absent; }
 
     /// Forgets the checks of entries that a complete list lacks.
-    void forgetAbsent() { m_absent.clear(); }
+    void forgetAbsent()
+    {
+        m_absent.reset();
+        m_isSearchDue = false;
+    }
+
+    /// Whether absent checks have not been looked for in the list yet.
+    [[nodiscard]] bool isSearchDue() const { return m_isSearchDue; }
 
     /// The list that positions belong to.
     [[nodiscard]] const EntryList& entries() const { return m_entries; }
@@ -52,8 +61,8 @@ public:
     /// The shown entries that are checked, in the order of the list.
     [[nodiscard]] std::vector<Entry> checkedEntries() const;
 
-    /// The locations of all checked entries, hidden and absent ones included.
-    [[nodiscard]] Urls urls() const;
+    /// The locations of all checked entries in the list, hidden ones included.
+    [[nodiscard]] UrlSet urls() const;
 
     void toggle(std::uint32_t position);
 
@@ -74,15 +83,14 @@ public:
     void clear() { setUrls({}); }
 
     /// Checks exactly these. O(n).
-    void setUrls(Urls urls);
+    void setUrls(const UrlSet& urls);
 
 Q_SIGNALS:
     /// The check of the entry at that position changed; without a position many may have.
     void changed(std::optional<std::uint32_t> position);
 
 private:
-    void moveChecks(const EntryList& earlier);
-    void findAbsent();
+    [[nodiscard]] PositionSet moveChecks(const EntryList& earlier);
     void recount();
     [[nodiscard]] std::int64_t sum(const PositionSet& positions) const;
 
@@ -91,7 +99,8 @@ private:
     std::size_t m_shownCount = 0;
     std::int64_t m_shownBytes = 0;
     PositionSet m_checked;
-    Urls m_absent;
+    std::shared_ptr<const AbsentChecks> m_absent;
+    bool m_isSearchDue = false;
     std::size_t m_count = 0;
     std::int64_t m_bytes = 0;
 };

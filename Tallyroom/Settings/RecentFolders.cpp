@@ -1,7 +1,7 @@
 #include "Settings/RecentFolders.h"
 
 #include "Bridge/Observable.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Text/Utf8.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "Controls/Shortcut.h"
 #include "Layout/TabOrder.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Shell/Sidebar.h"
 #include "Shell/ToolRegistry.h"
 #include "Text/FileUrlText.h"

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "Deletion/DeletionRunner.h"
-#include "Tools/BuildCaches/BuildCachesViewModel.h"
+#include "Tools/BuildCaches/BuildCaches.h"
 #include "Tools/Dashboard/DashboardViewModel.h"
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
 #include "Tools/Duplicates/DuplicatesViewModel.h"
-#include "Tools/GitRepos/GitReposViewModel.h"
-#include "Tools/LargeFiles/LargeFilesViewModel.h"
-#include "Tools/NodeModules/NodeModulesViewModel.h"
+#include "Tools/GitRepos/GitRepos.h"
+#include "Tools/LargeFiles/LargeFiles.h"
+#include "Tools/NodeModules/NodeModules.h"
 
 namespace tallyroom {
 

@@ -1,12 +1,13 @@
 #include "Shell/ToolRegistry.h"
 
-#include "Tools/BuildCaches/BuildCachesView.h"
+#include "Tools/BuildCaches/BuildCaches.h"
 #include "Tools/Dashboard/DashboardView.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
 #include "Tools/Duplicates/DuplicatesView.h"
-#include "Tools/GitRepos/GitReposView.h"
-#include "Tools/LargeFiles/LargeFilesView.h"
-#include "Tools/NodeModules/NodeModulesView.h"
+#include "Tools/Frame/ListToolScreen.h"
+#include "Tools/GitRepos/GitRepos.h"
+#include "Tools/LargeFiles/LargeFiles.h"
+#include "Tools/NodeModules/NodeModules.h"
 
 #include <algorithm>
 
@@ -14,32 +15,35 @@ namespace tallyroom {
 
 namespace {
 
-/// A tool whose screen `View` shows the view model `model` of the store.
-template <class View, auto model>
+/// A tool whose screen, made by `make`, shows the view model `model` of the store.
+template <auto model, auto make>
 ToolDescriptor describe(const QString& id, const QString& name, std::string icon)
 {
-    return {id, name, std::move(icon), [](SessionStore& store) -> QWidget* { return new View(store.*model); },
+    return {id, name, std::move(icon), [](SessionStore& store) -> QWidget* { return make(store.*model); },
             [](SessionStore& store) -> FolderTool& { return store.*model; }};
 }
+
+template <class View>
+constexpr auto makeView = [](auto& tool) -> QWidget* { return new View(tool); };
 
 } // namespace
 
 const std::vector<ToolDescriptor>& ToolRegistry::all()
 {
     static const std::vector<ToolDescriptor> tools{
-        describe<DashboardView, &SessionStore::dashboard>(QStringLiteral("dashboard"),
-                                                          QStringLiteral("Tableau de bord"), "chart.pie"),
-        describe<DiskUsageView, &SessionStore::diskUsage>(QStringLiteral("disk-usage"),
-                                                          QStringLiteral("Espace disque"), "internaldrive"),
-        describe<NodeModulesView, &SessionStore::nodeModules>(QStringLiteral("node-modules"),
-                                                              QStringLiteral("node_modules"), "shippingbox"),
-        describe<LargeFilesView, &SessionStore::largeFiles>(
+        describe<&SessionStore::dashboard, makeView<DashboardView>>(
+            QStringLiteral("dashboard"), QStringLiteral("Tableau de bord"), "chart.pie"),
+        describe<&SessionStore::diskUsage, makeView<DiskUsageView>>(
+            QStringLiteral("disk-usage"), QStringLiteral("Espace disque"), "internaldrive"),
+        describe<&SessionStore::nodeModules, makeNodeModulesScreen>(
+            QStringLiteral("node-modules"), QStringLiteral("node_modules"), "shippingbox"),
+        describe<&SessionStore::largeFiles, makeLargeFilesScreen>(
             QStringLiteral("large-files"), QStringLiteral("Gros fichiers"), "doc.text.magnifyingglass"),
-        describe<DuplicatesView, &SessionStore::duplicates>(QStringLiteral("duplicates"),
-                                                            QStringLiteral("Doublons"), "doc.on.doc"),
-        describe<BuildCachesView, &SessionStore::buildCaches>(QStringLiteral("build-caches"),
-                                                              QStringLiteral("Caches de build"), "hammer"),
-        describe<GitReposView, &SessionStore::gitRepos>(
+        describe<&SessionStore::duplicates, makeView<DuplicatesView>>(
+            QStringLiteral("duplicates"), QStringLiteral("Doublons"), "doc.on.doc"),
+        describe<&SessionStore::buildCaches, makeBuildCachesScreen>(
+            QStringLiteral("build-caches"), QStringLiteral("Caches de build"), "hammer"),
+        describe<&SessionStore::gitRepos, makeGitReposScreen>(
             QStringLiteral("git-repos"), QStringLiteral("Dépôts Git"), "arrow.triangle.branch"),
     };
     return tools;

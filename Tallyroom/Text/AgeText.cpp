@@ -1,15 +1,8 @@
 #include "Text/AgeText.h"
 
+#include "Text/NumberText.h"
+
 namespace tallyroom {
-
-namespace {
-
-QString ago(std::int64_t count, const QString& one, const QString& many)
-{
-    return QStringLiteral("il y a %1 %2").arg(QString::number(count), count < 2 ? one : many);
-}
-
-} // namespace
 
 QString ageText(const std::optional<Timestamp>& date, Timestamp now)
 {
@@ -26,16 +19,17 @@ QString ageText(const std::optional<Timestamp>& date, Timestamp now)
     if (days < 2) {
         return QStringLiteral("hier");
     }
+    const QString ago = QStringLiteral("il y a ");
     if (days < 14) {
-        return ago(days, QStringLiteral("jour"), QStringLiteral("jours"));
+        return ago + NumberText::plural(days, QStringLiteral("jour"));
     }
     if (days < 60) {
-        return ago(days / 7, QStringLiteral("semaine"), QStringLiteral("semaines"));
+        return ago + NumberText::plural(days / 7, QStringLiteral("semaine"));
     }
     if (days < 730) {
-        return ago(days / 30, QStringLiteral("mois"), QStringLiteral("mois"));
+        return ago + NumberText::plural(days / 30, QStringLiteral("mois"), QStringLiteral("mois"));
     }
-    return ago(days / 365, QStringLiteral("an"), QStringLiteral("ans"));
+    return ago + NumberText::plural(days / 365, QStringLiteral("an"));
 }
 
 double modifiedAtSortKey(const Entry& entry)

@@ -35,7 +35,7 @@ QString visible(const QString& character)
     if (isControl(code)) {
         return QString{QChar{static_cast<char16_t>(code == 0x7F ? 0x2421 : 0x2400 + code)}};
     }
-    if (Utf8::turnsOrBreaks(code)) {
+    if (Utf8::isInvisibleOrBidiControl(code)) {
         return QStringLiteral("\\u") +
                QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char{'0'});
     }
@@ -45,7 +45,7 @@ QString visible(const QString& character)
 bool isOrdinary(const QString& text)
 {
     return std::ranges::none_of(
-        text, [](QChar c) { return isControl(c.unicode()) || Utf8::turnsOrBreaks(c.unicode()); });
+        text, [](QChar c) { return isControl(c.unicode()) || Utf8::isInvisibleOrBidiControl(c.unicode()); });
 }
 
 } // namespace

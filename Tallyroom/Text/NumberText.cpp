@@ -8,7 +8,7 @@
 
 namespace tallyroom::NumberText {
 
-QString grouped(std::int64_t count)
+QString groupedDigits(std::int64_t count)
 {
     return QLocale{QLocale::French}.toString(static_cast<qlonglong>(count));
 }
@@ -27,12 +27,12 @@ QString percentage(double share)
 
 QString files(std::int64_t count)
 {
-    return grouped(count) + (count < 2 ? QStringLiteral(" fichier") : QStringLiteral(" fichiers"));
+    return plural(count, QStringLiteral("fichier"));
 }
 
 QString examinedFiles(std::int64_t count)
 {
-    return files(count) + (count < 2 ? QStringLiteral(" examiné") : QStringLiteral(" examinés"));
+    return plural(count, QStringLiteral("fichier examiné"), QStringLiteral("fichiers examinés"));
 }
 
 } // namespace tallyroom::NumberText

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <concepts>
 #include <cstdint>
 
 namespace tallyroom {
@@ -10,7 +11,24 @@ namespace tallyroom {
 namespace NumberText {
 
 /// "12 345": the digits in groups of three.
-[[nodiscard]] QString grouped(std::int64_t count);
+[[nodiscard]] QString groupedDigits(std::int64_t count);
+
+[[nodiscard]] QString grouped(std::integral auto count)
+{
+    return groupedDigits(static_cast<std::int64_t>(count));
+}
+
+/// "1 volume", "12 345 volumes": none and one take `one`.
+[[nodiscard]] QString plural(std::integral auto count, const QString& one, const QString& many)
+{
+    return grouped(count) + QLatin1Char{' '} + (count < 2 ? one : many);
+}
+
+/// The same for a word that takes an "s".
+[[nodiscard]] QString plural(std::integral auto count, const QString& one)
+{
+    return plural(count, one, one + QLatin1Char{'s'});
+}
 
 /// "12,3 %" of `share` within [0, 1]; nothing for a share that would round to 0.
 [[nodiscard]] QString percentage(double share);

@@ -4,6 +4,20 @@
 
 namespace tallyroom {
 
+QString toText(std::string_view words)
+{
+    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
+}
+
+QString toSentence(std::string_view reason)
+{
+    QString text = toText(reason).replace(QLatin1Char{'\''}, QStringLiteral("’"));
+    if (!text.isEmpty()) {
+        text[0] = text.at(0).toUpper();
+    }
+    return text.endsWith(QLatin1Char{'.'}) ? text : text + QLatin1Char{'.'};
+}
+
 QString plainToolTip(const QString& text)
 {
     // Only where it is needed: what is taken as plain text must not be escaped.

@@ -16,9 +16,8 @@ QString shareOf(double share)
 
 QString tooSmall(std::size_t count)
 {
-    return count == 1 ? QStringLiteral("1 élément trop petit pour être dessiné")
-                      : QStringLiteral("%1 éléments trop petits pour être dessinés")
-                            .arg(NumberText::grouped(static_cast<std::int64_t>(count)));
+    return NumberText::plural(count, QStringLiteral("élément trop petit pour être dessiné"),
+                              QStringLiteral("éléments trop petits pour être dessinés"));
 }
 
 QString hint(const QString& title, const QString& detail)
@@ -35,7 +34,8 @@ QString name(const Entry& entry)
 
 QString toolTip(const Entry& entry, double share)
 {
-    return hint(FileUrlText::display(entry.name), sizeText(entry.sizeBytes) + QStringLiteral(" · ") + shareOf(share));
+    return hint(FileUrlText::display(entry.name),
+                sizeText(entry.sizeBytes) + QStringLiteral(" · ") + shareOf(share));
 }
 
 QString smallEntriesToolTip(std::size_t count, std::int64_t sizeBytes)

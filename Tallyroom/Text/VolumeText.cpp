@@ -1,6 +1,7 @@
 #include "Text/VolumeText.h"
 
 #include "Text/FileUrlText.h"
+#include "Text/NumberText.h"
 #include "Text/SizeText.h"
 
 #include <QStringList>
@@ -75,11 +76,11 @@ QString unanswered(std::int64_t count, bool mayStillAnswer)
         return {};
     }
     if (mayStillAnswer) {
-        return count == 1 ? QStringLiteral("1 volume n’a pas encore répondu…")
-                          : QStringLiteral("%1 volumes n’ont pas encore répondu…").arg(count);
+        return NumberText::plural(count, QStringLiteral("volume n’a pas encore répondu…"),
+                                  QStringLiteral("volumes n’ont pas encore répondu…"));
     }
-    return count == 1 ? QStringLiteral("1 volume ne répond pas.")
-                      : QStringLiteral("%1 volumes ne répondent pas.").arg(count);
+    return NumberText::plural(count, QStringLiteral("volume ne répond pas."),
+                              QStringLiteral("volumes ne répondent pas."));
 }
 
 } // namespace tallyroom::VolumeText

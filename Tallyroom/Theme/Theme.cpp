@@ -113,6 +113,9 @@ std::optional<QColor> chosenAccent(const QPalette& desktop)
 
 void setLook(QWidget* widget, const char* property, const QString& look)
 {
+    if (widget->property(property).toString() == look) {
+        return; // to polish again costs milliseconds
+    }
     widget->setProperty(property, look);
     if (widget->style() != nullptr) {
         widget->style()->unpolish(widget);

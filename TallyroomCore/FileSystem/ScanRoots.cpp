@@ -2,6 +2,7 @@
 
 #include "FileSystem/FileContent.h"
 #include "FileSystem/FileDescriptor.h"
+#include "FileSystem/RealPath.h"
 
 #include <algorithm>
 #include <array>
@@ -103,7 +104,7 @@ public:
         return roots;
     }
 
-    const ScanRoot& add(const FileUrl& url, const FileAttributes& folder)
+    const ScanRoot& add(const FileUrl& url, const FileUrl& place, const FileAttributes& folder)
     {
         auto volumes = std::make_shared<const VolumeMarks>(MountTable::read());
         const std::scoped_lock lock{m_mutex};
@@ -114,14 +115,14 @@ public:
         const auto [first, last] = m_keys.equal_range(url.path());
         const auto known = std::find_if(first, last, [&](const auto& row) {
             const ScanRoot& root = m_rows[row.second];
-            return root.volumes == m_volumes && root.identity.isSameItem(identity);
+            return root.volumes == m_volumes && root.place == place && root.identity.isSameItem(identity);
         });
         if (known != last) {
             return m_rows[known->second];
         }
         const auto key = static_cast<std::uint32_t>(m_rows.size());
         m_keys.emplace(url.path(), key);
-        return m_rows.emplace_back(ScanRoot{key, url, identity, m_volumes});
+        return m_rows.emplace_back(ScanRoot{key, url, place, identity, m_volumes});
     }
 
     const ScanRoot& find(std::uint32_t key)
@@ -142,7 +143,8 @@ private:
 const ScanRoot& ScanRoots::add(const FileUrl& url, int folder)
 {
     const auto attributes = fileAttributes(folder);
-    return attributes ? Roots::shared().add(url, *attributes) : find(0);
+    const auto place = realPathOf(folder);
+    return attributes ? Roots::shared().add(url, place ? FileUrl{*place} : url, *attributes) : find(0);
 }
 
 const ScanRoot& ScanRoots::find(std::uint32_t key)

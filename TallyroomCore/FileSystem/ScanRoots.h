@@ -43,6 +43,7 @@ private:
 struct ScanRoot {
     std::uint32_t key = 0; ///< 0 for a folder that could not be examined
     FileUrl url;
+    FileUrl place; ///< the same without links on the way
     ItemIdentity identity;
     std::shared_ptr<const VolumeMarks> volumes;
 

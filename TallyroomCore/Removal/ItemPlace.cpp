@@ -103,18 +103,6 @@ SystemResult<std::string> ItemPlace::realPath() const
     return path;
 }
 
-SystemResult<std::string> realPathOf(int folder)
-{
-    std::string path(PATH_MAX, '\0');
-    const std::string descriptor = "/proc/self/fd/" + std::to_string(folder);
-    const ssize_t length = ::readlink(descriptor.c_str(), path.data(), path.size());
-    if (length < 0) {
-        return std::unexpected(SystemError::last());
-    }
-    path.resize(static_cast<std::size_t>(length));
-    return path;
-}
-
 SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int to, const std::string& newName)
 {
     if (::renameat2(from, name.c_str(), to, newName.c_str(), RENAME_NOREPLACE) == 0) {

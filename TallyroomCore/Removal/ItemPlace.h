@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileSystem/FileDescriptor.h"
+#include "FileSystem/RealPath.h"
 #include "FileSystem/SystemError.h"
 #include "Model/Entry.h"
 #include "Model/FileUrl.h"
@@ -36,9 +37,6 @@ struct ItemPlace {
     /// are as given.
     [[nodiscard]] SystemResult<std::string> realPath() const;
 };
-
-/// The path of an open folder, links resolved (/proc/self/fd, proc(5)).
-[[nodiscard]] SystemResult<std::string> realPathOf(int folder);
 
 /// Renames an item of one open folder into another one. EEXIST when the new name is taken.
 [[nodiscard]] SystemResult<void> moveWithoutReplacing(int from, const std::string& name, int to,

@@ -78,7 +78,7 @@ char32_t codePoint(std::string_view character) noexcept
     return code;
 }
 
-bool turnsOrBreaks(char32_t code) noexcept
+bool isInvisibleOrBidiControl(char32_t code) noexcept
 {
     return (code >= 0x80 && code < 0xA0) || code == 0x061C || code == 0xFEFF ||
            (code >= 0x200B && code <= 0x200F && code != 0x200D) || (code >= 0x2028 && code <= 0x202E) ||

@@ -20,6 +20,6 @@ namespace tallyroom::Utf8 {
 
 /// True for invisible characters, line breaks and bidirectional controls, with which a name can pose as
 /// another. Not for the zero-width joiner, which is part of emoji.
-[[nodiscard]] bool turnsOrBreaks(char32_t code) noexcept;
+[[nodiscard]] bool isInvisibleOrBidiControl(char32_t code) noexcept;
 
 } // namespace tallyroom::Utf8

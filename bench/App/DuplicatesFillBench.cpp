@@ -1,6 +1,6 @@
 #include "MainThread.h"
 #include "Rows/Selection.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Tools/Duplicates/DuplicatesView.h"
 
 #include <QEventLoop>

@@ -15,7 +15,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -185,7 +184,7 @@ private:
     {
         m_table.setCurrentEntry(m_table.arrangement().entry(3).url);
         QKeyEvent key{QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier};
-        QApplication::sendEvent(m_table.findChild<QTableView*>(), &key);
+        QApplication::sendEvent(&m_table, &key);
     }
 
     const QTemporaryDir m_folder;

@@ -24,7 +24,7 @@ TEST(DeletionSupport, UndoingRanksTheListAndPutsEqualSizesLast)
 {
     const EntryList entries{fileEntry("/small", 1), fileEntry("/first", 5), fileEntry("/large", 9)};
     const EntryList all =
-        withRestored(entries, {fileEntry("/a", 5), fileEntry("/b", 7), fileEntry("/large", 9)});
+        withRestored(entries, EntryList{fileEntry("/a", 5), fileEntry("/b", 7), fileEntry("/large", 9)});
     EXPECT_THAT(all.toVector(),
                 ElementsAre(fileEntry("/large", 9), fileEntry("/b", 7), fileEntry("/first", 5),
                             fileEntry("/a", 5), fileEntry("/small", 1)));
@@ -43,11 +43,11 @@ TEST(DeletionSupport, AFolderTakesAlongWhatLiesBelowItAndNotItsNeighbours)
         {"/r", false},           {"/r/other", false},        {"/folder/x", false},
     };
     for (const auto& [path, isCovered] : cases) {
-        EXPECT_EQ(places.covers(FileUrl{path}), isCovered) << path;
+        EXPECT_EQ(places.covers(fileEntry(path, 0)), isCovered) << path;
     }
     places.remove({folderEntry("/r/folder", 9)});
-    EXPECT_FALSE(places.covers(FileUrl{"/r/folder/deep/y"}));
-    EXPECT_TRUE(places.covers(FileUrl{"/r/file"}));
+    EXPECT_FALSE(places.covers(fileEntry("/r/folder/deep/y", 0)));
+    EXPECT_TRUE(places.covers(fileEntry("/r/file", 0)));
 }
 
 /// Removes what it is told, somewhere else.

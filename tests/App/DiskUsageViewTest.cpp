@@ -8,7 +8,7 @@
 #include "Rows/EntryTable.h"
 #include "Rows/EntryTableHeader.h"
 #include "Rows/EntryTableModel.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Theme/Theme.h"
 #include "Tools/DiskUsage/Treemap/TreemapView.h"
 
@@ -107,7 +107,7 @@ TEST_F(DiskUsageViewTest, GoingBackFindsTheFolderThatWasLeft)
 TEST_F(DiskUsageViewTest, SortingByAClickOnATitleAimsNoDeletion)
 {
     view.setFocus();
-    table().startOver();
+    table().resetView();
     auto* const header = view.findChild<EntryTableHeader*>();
     for (const int column : {EntryTableModel::nameColumn, 2}) {
         const int x = header->sectionViewportPosition(column) + 20;
@@ -140,7 +140,7 @@ TEST_F(DiskUsageViewTest, ChecksByButtonsAndKeysFollowTheFilter)
     activate(view);
     search().setText({});
     EXPECT_EQ(sums(), "3 éléments · 60 o · 2 sélectionnés | 2 sélectionnés · 30 o");
-    table().startOver();
+    table().resetView();
     table().setFocus();
     press(Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(sums(), "3 éléments · 60 o · 3 sélectionnés | 3 sélectionnés · 60 o");

@@ -2,7 +2,7 @@
 
 #include "App/EventWait.h"
 #include "Scanning/FileScanner.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
 #include "Support/TemporaryTree.h"

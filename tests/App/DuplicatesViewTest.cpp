@@ -175,8 +175,8 @@ TEST_F(DuplicatesViewTest, WhatIsNotCertainStaysAndTheReasonsAreAClickAway)
     const QString reasons = view->findChild<FailureList*>()->findChild<QPlainTextEdit*>()->toPlainText();
     const QRegularExpression both{
         QStringLiteral(
-            "b/big.*la copie à garder a changé ou n'existe plus.*e/small.*ce fichier a changé depuis "
-            "l'analyse"),
+            "b/big.*La copie à garder a changé ou n’existe plus.*e/small.*Ce fichier a changé depuis "
+            "l’analyse"),
         QRegularExpression::DotMatchesEverythingOption};
     EXPECT_TRUE(reasons.contains(both)) << reasons.toStdString();
     tool->dismissStatus();

@@ -128,7 +128,7 @@ TEST_F(EntryTableTest, AScrolledListStaysAndOneAtTheTopShowsTheLargest)
     fill(300, 10);
     EXPECT_EQ(topOf(first), top);
 
-    table->startOver();
+    table->resetView();
     fill(300, 1000);
     EXPECT_EQ(nameAt(0), table->arrangement().entries().front().name);
     EXPECT_EQ(view->verticalScrollBar()->value(), 0);
@@ -188,7 +188,7 @@ TEST_F(EntryTableTest, BoxesCheckWhatWasPressedAndRangesBeginAtTheLastOne)
     EXPECT_EQ(checked(), "acdef") << "what was hidden stays checked";
 
     table->selection().clear();
-    table->startOver();
+    table->resetView();
     clickBox(1, Qt::ShiftModifier);
     EXPECT_EQ(checked(), "b") << "a range does not begin in another folder";
     const QPoint box = view->visualRect(view->model()->index(5, 0)).center();
@@ -340,6 +340,49 @@ TEST_F(EntryTableTest, KeysMoveActivateAndCheck)
     EXPECT_EQ(table->currentEntry()->name, "c");
     press(Qt::Key_Home);
     EXPECT_EQ(table->currentEntry()->name, "a");
+}
+
+TEST_F(EntryTableTest, ASpaceWithinATypedNameIsLookedForAndChecksNothing)
+{
+    const int interval = QApplication::keyboardInputInterval();
+    QApplication::setKeyboardInputInterval(60'000);
+    table->setEntries({file("ab", 3), file("a c", 2), file("d", 1)});
+    press(Qt::Key_Down);
+    QTest::keyClicks(view, QStringLiteral("a c"));
+    EXPECT_EQ(table->currentEntry()->name, "a c");
+    EXPECT_EQ(table->selection().count(), 0U);
+    QApplication::setKeyboardInputInterval(0); // the name is typed
+    press(Qt::Key_Space);
+    EXPECT_THAT(table->selection().urls(), ElementsAre(FileUrl{"/tri/a c"}));
+    QApplication::setKeyboardInputInterval(interval);
+}
+
+TEST_F(EntryTableTest, ALongListThatIsScannedAgainHasItsChecksAgain)
+{
+    constexpr std::size_t count = 12'000;
+    std::vector<Entry> entries;
+    for (std::size_t serial = 0; serial < count; ++serial) {
+        entries.push_back(file("f" + std::to_string(serial), static_cast<std::int64_t>(serial)));
+    }
+    QSignalSpy changed{table.get(), &EntryTable::rowsChanged};
+    const auto show = [&](std::vector<Entry> shown) {
+        table->setEntries(EntryList{std::move(shown)});
+        while (!table->isUpToDate()) {
+            ASSERT_TRUE(changed.wait());
+        }
+    };
+    show(entries);
+    table->selection().setAll();
+    table->selection().toggle(FileUrl{"/tri/f7"});
+    show({});
+    entries.push_back(file("new", 1));
+    show(entries);
+    EXPECT_EQ(table->selection().count(), count - 1);
+    table->selection().toggle(FileUrl{"/tri/f8"});
+    std::swap(entries.front(), entries.back()); // in another order, without an empty list between
+    show(entries);
+    EXPECT_EQ(table->selection().count(), count - 2);
+    EXPECT_FALSE(table->selection().urls().contains(FileUrl{"/tri/f8"}));
 }
 
 TEST_F(EntryTableTest, TheContextMenuOffersWhatTheRowCanDo)

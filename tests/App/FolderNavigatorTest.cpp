@@ -27,7 +27,7 @@ TEST(FolderNavigator, TellsTheWholeStoryOfAScanInOrderAndNothingTwice)
     EXPECT_THAT(log.take(), ElementsAre("rootURL=/r", "currentURL=/r", "state=scanning"));
 
     scene.listing().send({fileEntry("/r/a", 5)}, 1, 2);
-    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::scanTotalChanged,
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::progressChanged,
                           [&] { return scene.navigator->scanTotal() == 2; }));
     EXPECT_THAT(log.take(), ElementsAre("entries=a", "scanCompleted=1", "scanTotal=2"));
 
@@ -45,7 +45,7 @@ TEST(FolderNavigator, AnObserverNeverSeesHalfARecord)
     scene.navigator->open(FileUrl{"/r"});
     std::vector<std::int64_t> seen;
     QObject observer;
-    QObject::connect(scene.navigator.get(), &ListToolViewModel::entriesChanged, &observer, [&] {
+    QObject::connect(scene.navigator.get(), &ListToolViewModel::progressChanged, &observer, [&] {
         seen = {scene.navigator->scanCompleted(), scene.navigator->scanTotal()};
     });
     scene.finishListing(twoFiles());
@@ -73,7 +73,7 @@ TEST(FolderNavigator, AnObserverMayNavigateWhileARecordIsHandedOver)
     scene.navigator->open(FileUrl{"/r"});
     QObject observer;
     QObject::connect(
-        scene.navigator.get(), &ListToolViewModel::entriesChanged, &observer,
+        scene.navigator.get(), &ListToolViewModel::progressChanged, &observer,
         [&] { scene.navigator->navigateViaBreadcrumb(FileUrl{"/r/sub"}); }, Qt::SingleShotConnection);
     scene.listing().send(twoFiles(), 2, 2);
     scene.listing().end();
@@ -246,12 +246,12 @@ TEST(FolderNavigator, ARunningScanDoesNotBringBackWhatWasDeletedNorLosesWhatWasP
     NavigatorScene scene;
     scene.navigator->open(FileUrl{"/r"});
     scene.listing().send(twoFiles(), 2, 4);
-    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::entriesChanged,
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::progressChanged,
                           [&] { return scene.navigator->entries().size() == 2; }));
     scene.deleteNow({FileUrl{"/r/big"}, FileUrl{"/r/small"}});
     scene.listing().send({fileEntry("/r/big", 900), fileEntry("/r/new", 50), fileEntry("/r/small", 10)}, 3,
                          4);
-    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::scanCompletedChanged,
+    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::progressChanged,
                           [&] { return scene.navigator->scanCompleted() == 3; }));
     EXPECT_THAT(scene.listedNames(), ElementsAre("new"));
     scene.undoNow();

@@ -108,7 +108,7 @@ void NavigatorScene::receive(std::vector<Entry> entries)
 {
     const auto count = static_cast<std::int64_t>(entries.size());
     listing().send(std::move(entries), count, count + 1);
-    ASSERT_TRUE(waitUntil(navigator.get(), &ListToolViewModel::entriesChanged,
+    ASSERT_TRUE(waitUntil(navigator.get(), &ListToolViewModel::progressChanged,
                           [&] { return std::ssize(navigator->entries()) == count; }));
 }
 

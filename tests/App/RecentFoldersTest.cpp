@@ -1,6 +1,6 @@
 #include "Settings/RecentFolders.h"
 
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Support/TemporaryTree.h"
 
 #include <QFile>
@@ -17,27 +17,27 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const QString key = QStringLiteral("recentFolders.test");
+const QString recentsKey = QStringLiteral("recentFolders.test");
 
 class RecentFoldersTest : public testing::Test {
 protected:
-    RecentFoldersTest() { Settings::store().remove(key); }
+    RecentFoldersTest() { Settings::store().remove(recentsKey); }
 
-    ~RecentFoldersTest() override { Settings::store().remove(key); }
+    ~RecentFoldersTest() override { Settings::store().remove(recentsKey); }
 
     /// What the next start of the program would read from the file.
     static std::vector<FileUrl> reloaded()
     {
         Settings::store().sync();
         const QSettings file{Settings::store().fileName(), Settings::format()};
-        Settings::write(key, file.value(key));
-        return RecentFolders{key}.urls();
+        Settings::write(recentsKey, file.value(recentsKey));
+        return RecentFolders{recentsKey}.urls();
     }
 };
 
 TEST_F(RecentFoldersTest, KeepsTheLastEightMostRecentFirstAndEachOnce)
 {
-    RecentFolders recents{key};
+    RecentFolders recents{recentsKey};
     for (const char* path : {"/1", "/2", "/3", "/4", "/5", "/6", "/7", "/8", "/2/", "/9", "/x/../4"}) {
         recents.add(FileUrl{path});
     }
@@ -50,19 +50,19 @@ TEST_F(RecentFoldersTest, EveryNameSurvivesARestart)
 {
     for (const char* path : {"/a,b", "/\xff\xfe", "/100%41", "/line\nbreak", "/ été \"; #", "/@Invalid()",
                              "/file:", "/\xed\xa0\x80"}) {
-        Settings::store().remove(key);
-        RecentFolders{key}.add(FileUrl{path});
+        Settings::store().remove(recentsKey);
+        RecentFolders{recentsKey}.add(FileUrl{path});
         EXPECT_THAT(reloaded(), ElementsAre(FileUrl{path}));
     }
 }
 
 TEST_F(RecentFoldersTest, AnythingButAListOfPathsIsAnEmptyList)
 {
-    EXPECT_THAT(RecentFolders{key}.urls(), IsEmpty());
+    EXPECT_THAT(RecentFolders{recentsKey}.urls(), IsEmpty());
     for (const QVariant& stored : {QVariant{42}, QVariant{QStringLiteral("garbage")}, QVariant{QStringList{}},
                                    QVariant{QStringList{QStringLiteral("relative/folder"), {}}},
                                    QVariant{QByteArray{"\xff\x00", 2}}}) {
-        Settings::write(key, stored);
+        Settings::write(recentsKey, stored);
         EXPECT_THAT(reloaded(), IsEmpty());
     }
 }

@@ -320,6 +320,7 @@ TEST_F(Screens, AnotherFolderCanBeChosenFromAnEmptyPageToo)
     BuildCachesViewModel& caches = store().buildCaches;
     scan(caches, tree.url("empty"));
     EXPECT_TRUE(shows("Aucun cache de build ici."));
+    EXPECT_EQ(button(QStringLiteral("Tout sélectionner")), nullptr) << "there is nothing to select";
     click("Choisir un autre dossier…");
     EXPECT_TRUE(chooserOpens());
 

@@ -2,13 +2,14 @@
 #include "App/ScreenWords.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Rows/EntryTable.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Support/TemporaryTree.h"
 #include "Text/AgeText.h"
-#include "Tools/BuildCaches/BuildCachesViewModel.h"
-#include "Tools/GitRepos/GitReposView.h"
-#include "Tools/LargeFiles/LargeFilesView.h"
-#include "Tools/NodeModules/NodeModulesView.h"
+#include "Tools/BuildCaches/BuildCaches.h"
+#include "Tools/Frame/ListToolScreen.h"
+#include "Tools/GitRepos/GitRepos.h"
+#include "Tools/LargeFiles/LargeFiles.h"
+#include "Tools/NodeModules/NodeModules.h"
 
 #include <QAbstractItemView>
 #include <QLabel>
@@ -137,7 +138,8 @@ TEST_F(SearchToolsTest, TheChipOfAKindThatIsGoneStaysUntilItIsLetGoOf)
 {
     const TemporaryTree tree{file("film.mp4", 90'000), file("Album/a.jpg", 50'000), file("b.jpg", 40'000)};
     LargeFilesViewModel tool{m_deletions};
-    LargeFilesView view{tool};
+    const std::unique_ptr<ListToolScreen> screen{makeLargeFilesScreen(tool)};
+    ListToolScreen& view = *screen;
     view.resize(900, 600);
     view.show();
     scan(tool, tree.url());
@@ -156,7 +158,8 @@ TEST_F(SearchToolsTest, AHistoryGoesWithAWarning)
 {
     const TemporaryTree tree{file("one/.git/objects", 90'000)};
     GitReposViewModel tool{m_deletions};
-    GitReposView view{tool};
+    const std::unique_ptr<ListToolScreen> screen{makeGitReposScreen(tool)};
+    ListToolScreen& view = *screen;
     view.show();
     scan(tool, tree.url());
     view.askDeletion({tool.entries()[0]}, DeleteConfirmation::Default::trash);

@@ -10,8 +10,6 @@ namespace tallyroom {
 
 namespace {
 
-using Urls = Selection::Urls;
-
 /// A list on screen and its checks, beside a plain set of locations to which the same is done.
 class SelectionModel {
 public:
@@ -56,7 +54,7 @@ public:
 
     void compare() const
     {
-        Urls shownAndChecked;
+        UrlSet shownAndChecked;
         std::int64_t bytes = 0;
         visitShown([&](const Entry& entry) {
             if (checked.contains(entry.url)) {
@@ -67,7 +65,7 @@ public:
         ASSERT_EQ(selection.count(), shownAndChecked.size());
         ASSERT_EQ(selection.bytes(), bytes);
         ASSERT_EQ(selection.urls(), checked);
-        Urls deleted;
+        UrlSet deleted;
         for (const Entry& entry : selection.checkedEntries()) {
             deleted.insert(entry.url);
         }
@@ -75,7 +73,7 @@ public:
     }
 
     Selection selection;
-    Urls checked;
+    UrlSet checked;
 
 private:
     std::size_t below(std::size_t bound) { return m_random() % bound; }
@@ -116,10 +114,13 @@ private:
         if (m_shownDigit <= '9') {
             request.filter = isShown;
         }
-        m_rows = EntryArrangement{request};
-        selection.follow(m_entries, m_rows.shown(), m_rows.shownBytes());
+        do {
+            request.absent = selection.absent();
+            m_rows = EntryArrangement{request};
+            selection.follow(m_entries, m_rows.shown(), m_rows.shownBytes(), m_rows.found());
+        } while (selection.isSearchDue());
         selection.forgetAbsent();
-        Urls listed;
+        UrlSet listed;
         for (const Entry& entry : m_entries) {
             listed.insert(entry.url);
         }

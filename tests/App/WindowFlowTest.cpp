@@ -4,12 +4,14 @@
 #include "Rows/EntryRows.h"
 #include "Text/FileUrlText.h"
 #include "Text/SizeText.h"
+#include "Tools/Frame/ExportFlow.h"
 
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QTextDocumentFragment>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <filesystem>
@@ -36,7 +38,7 @@ protected:
     [[nodiscard]] static bool waitForSize(const ListToolViewModel& tool, std::string_view name,
                                           std::int64_t size)
     {
-        return waitUntil(&tool, &ListToolViewModel::entriesChanged, [&] {
+        return waitUntil(&tool, &ListToolViewModel::progressChanged, [&] {
             return std::ranges::any_of(tool.entries(), [&](const Entry& entry) {
                 return entry.name == name && entry.sizeBytes == size;
             });
@@ -74,6 +76,22 @@ TEST_F(WindowFlowTest, ToolsHearOfEachOthersRemovalsAndRestores)
     EXPECT_THAT(names(store().largeFiles), UnorderedElementsAre("a.mkv", "b.mkv", "c.iso", "d.iso"));
 }
 
+TEST_F(WindowFlowTest, AListOpenedThroughALinkHearsOfRemovalsToo)
+{
+    const TemporaryTree tree{file("data/films/a", 400'000), file("data/films/b", 200'000),
+                             link("way", "data")};
+    open();
+    scan(store().diskUsage, tree.url("data"));
+    scan(store().largeFiles, tree.url("way"));
+    remove(store().largeFiles, {tree.url("way/films/a")});
+    EXPECT_TRUE(waitForSize(store().diskUsage, "films", allocated(tree.path("data/films/b"))));
+    remove(store().diskUsage, {tree.url("data/films")});
+    EXPECT_THAT(names(store().largeFiles), testing::IsEmpty());
+    store().diskUsage.undoDeletion();
+    waitForRemoval();
+    EXPECT_THAT(names(store().largeFiles), ElementsAre("b"));
+}
+
 TEST_F(WindowFlowTest, AFolderRemovedInPartSaysSoAndIsMeasuredAgain)
 {
     const TemporaryTree tree{file("folder/gone", 400'000), file("folder/stays", 100'000)};
@@ -91,7 +109,7 @@ TEST_F(WindowFlowTest, AFolderRemovedInPartSaysSoAndIsMeasuredAgain)
     const QString report = store().diskUsage.statusMessage().value_or(QString{});
     EXPECT_TRUE(report.startsWith(QStringLiteral("0 supprimé(s) définitivement, 1 en échec.")))
         << report.toStdString();
-    EXPECT_TRUE(report.endsWith(QStringLiteral("1 en partie supprimé(s) · %1 libérés.").arg(sizeText(freed))))
+    EXPECT_TRUE(report.endsWith(QStringLiteral("1 supprimé en partie · %1 libérés.").arg(sizeText(freed))))
         << report.toStdString();
 }
 
@@ -171,7 +189,7 @@ TEST_F(WindowFlowTest, EscapeAndTheBannerStopADeletionWhichKeepsTheRest)
         waitForRemoval();
         EXPECT_THAT(names(store().diskUsage), testing::SizeIs(2));
         EXPECT_TRUE(store().diskUsage.statusMessage()->endsWith(
-            QStringLiteral(" Interrompu : 2 élément(s) non traité(s).")));
+            QStringLiteral(" Interrompu : 2 éléments non traités.")));
     }
 }
 
@@ -237,6 +255,29 @@ TEST_F(WindowFlowTest, AnExportReplacesALinkOnlyWhenToldAndNeverWritesThroughIt)
         EXPECT_THAT(place.names(), ElementsAre("list.csv"));
     }
     EXPECT_THAT(place.content("list.csv"), testing::HasSubstr(tree.path("a")));
+}
+
+TEST_F(WindowFlowTest, LeavingDoesNotWaitForAnExportWithoutEnd)
+{
+    const TemporaryTree place;
+    QWidget screen;
+    std::latch isHeld{1};
+    std::latch isReleased{1};
+    bool isWritten = false;
+    exportAsCSV(
+        &screen,
+        [&] {
+            isHeld.count_down();
+            isReleased.wait();
+            return std::string{"text"};
+        },
+        QStringLiteral("list"), [&](const FileUrl&) { isWritten = true; });
+    Q_EMIT screen.findChild<QFileDialog*>()->fileSelected(QString::fromStdString(place.path("list.csv")));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return isHeld.try_wait(); }, 20'000));
+    EXPECT_EQ(QThreadPool::globalInstance()->activeThreadCount(), 0) << "the program's end waits for those";
+    isReleased.count_down();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return isWritten; }, 20'000));
+    EXPECT_EQ(place.content("list.csv"), "text");
 }
 
 /// What a tool tip or a label with this text shows: the toolkit guesses.

@@ -4,7 +4,7 @@
 #include "App/ScreenWords.h"
 #include "Rows/EntryTable.h"
 #include "Scanning/FileScanner.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Shell/ContentView.h"
 #include "Shell/ToolRegistry.h"
 #include "Support/Isolation.h"

@@ -74,6 +74,35 @@ TEST(SnapshotList, AListOfItsOwnKeepsTheOrderGiven)
     EXPECT_TRUE(moved.empty()); // NOLINT: an emptied list must read as empty
 }
 
+TEST(SnapshotList, PartedAndMergedListsAreOtherListsOfTheSameItems)
+{
+    Items::Builder builder;
+    for (int serial = 0; serial < 300; ++serial) {
+        builder.append({serial % 7, serial});
+    }
+    const Items all = builder.snapshot();
+    builder.append({9, 300}); // a growing store may be parted
+    const auto [odd, even] = all.parted([](const Item& item) { return item.serial % 2 == 1; });
+    EXPECT_EQ(odd.size(), 150U);
+    EXPECT_FALSE(odd.isSameSnapshot(even)) << "as long, but another list";
+    EXPECT_TRUE(odd.parted([](const Item&) { return false; }).second.isSameSnapshot(odd));
+    EXPECT_TRUE(odd.parted([](const Item&) { return true; }).second.empty());
+
+    const Item sixth{6, -1};
+    const Items merged = even.merged(odd).merged(Items{{6, -1}});
+    std::vector<Item> expected = even.toVector();
+    std::ranges::copy(odd, std::back_inserter(expected));
+    expected.push_back(sixth);
+    std::ranges::stable_sort(expected, std::greater{}, &Item::size);
+    EXPECT_EQ(merged.toVector(), expected);
+    EXPECT_EQ(&merged.front(), &even.front()) << "no item is copied";
+    EXPECT_TRUE(merged.sharesItems(all));
+    EXPECT_FALSE(merged.sharesItems(Items{{6, -1}}));
+
+    const Items given = Items{{1, 0}, {3, 1}}.merged(Items{{2, 2}}); // of one that was not ranked
+    EXPECT_THAT(given.toVector(), testing::ElementsAre(Item{3, 1}, Item{2, 2}, Item{1, 0}));
+}
+
 } // namespace
 
 } // namespace tallyroom

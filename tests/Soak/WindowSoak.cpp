@@ -1,7 +1,7 @@
 // A restless user: changes tools during scans, types, clicks, checks, deletes and undoes at random, while
 // the tree changes: window-soak [SECONDS [SEED]]
 #include "Bridge/Desktop.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Shell/ContentView.h"
 #include "Shell/ToolRegistry.h"
 #include "Soak/Soak.h"

@@ -2,7 +2,7 @@
 
 #include "Rows/EntryTable.h"
 #include "Rows/Selection.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Text/FileUrlText.h"
 #include "Theme/SymbolIcon.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
@@ -62,7 +62,7 @@ DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* paren
     addNavigationShortcuts();
     connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, [this] {
         m_navigator.clearFilter(); // it was typed for the names of another folder
-        startOver();
+        resetView();
     });
     connect(&m_navigator, &FolderNavigatorViewModel::canGoBackChanged, m_back,
             [this] { m_back->setEnabled(m_navigator.canGoBack()); });
@@ -166,9 +166,9 @@ std::optional<Entry> DiskUsageView::currentEntry() const
     return m_isTreemapShown ? m_treemap->currentEntry() : ListToolScreen::currentEntry();
 }
 
-void DiskUsageView::startOver()
+void DiskUsageView::resetView()
 {
-    ListToolScreen::startOver();
+    ListToolScreen::resetView();
     showPlace();
 }
 

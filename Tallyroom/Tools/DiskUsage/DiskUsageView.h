@@ -29,7 +29,7 @@ protected:
     [[nodiscard]] QString exportName() const override;
     void activate(const Entry& entry) override;
     [[nodiscard]] std::optional<Entry> currentEntry() const override;
-    void startOver() override;
+    void resetView() override;
     void showRows() override;
 
 private:

@@ -6,7 +6,7 @@
 namespace tallyroom {
 
 FolderNavigatorViewModel::FolderNavigatorViewModel(DeletionRunner& deletions, FolderServices services)
-    : ListToolViewModel(FilterSubject::name, ScanBeginning::measuring, deletions),
+    : ListToolViewModel(deletions, {}, FilterSubject::name, ScanBeginning::measuring),
       m_services(std::move(services))
 {}
 

@@ -3,6 +3,7 @@
 #include "Model/CheckedArithmetic.h"
 #include "Text/AgeText.h"
 #include "Text/FileUrlText.h"
+#include "Text/NumberText.h"
 #include "Text/PlainText.h"
 #include "Text/SizeText.h"
 #include "Theme/FileKindPresentation.h"
@@ -15,6 +16,10 @@ namespace tallyroom {
 
 void DuplicateTableModel::setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown)
 {
+    if (groups == m_groups && shown == m_shown) {
+        return;
+    }
+    m_shown = shown;
     std::vector<Row> rows;
     for (const std::uint32_t group : shown) {
         rows.push_back({group, head});
@@ -125,7 +130,8 @@ std::vector<EntryBadge> DuplicateTableModel::badges(int row) const
 
 QString DuplicateTableModel::amount(const DuplicateGroup& group)
 {
-    return QStringLiteral("%1 × %2").arg(QString::number(group.entries.size()), sizeText(group.sizeBytes()));
+    return QStringLiteral("%1 × %2").arg(NumberText::grouped(group.entries.size()),
+                                         sizeText(group.sizeBytes()));
 }
 
 DuplicateTableModel::Gain DuplicateTableModel::gain(const DuplicateGroup& group)

@@ -79,6 +79,7 @@ private:
     EntryList m_entries;                 // the copies of all groups, group after group
     std::vector<std::uint32_t> m_starts; // the position of each group's first copy
     DuplicateGroups m_groups = std::make_shared<const std::vector<DuplicateGroup>>();
+    std::vector<std::uint32_t> m_shown; // the indices of the groups shown
     std::vector<Row> m_rows;
 };
 

@@ -4,6 +4,7 @@
 #include "Duplicates/DuplicateExport.h"
 #include "Model/CheckedArithmetic.h"
 #include "Rows/Selection.h"
+#include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Theme/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateTable.h"
@@ -42,7 +43,9 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, QWidget* parent)
 
 DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table, QWidget* parent)
     : ToolScreen(tool, duplicatesStyle(), table, parent), m_duplicates(tool), m_table(table),
-      m_minimumSize(new OptionMenu(OptionMenu::Choices::one)),
+      m_minimumSize(new OptionMenu(
+          OptionMenu::Choices::one,
+          [&tool] { return QStringLiteral("Taille minimale : ") + minimumText(tool.minimumSize()); })),
       m_checkRedundant(new QPushButton(QStringLiteral("Cocher les doublons (garder 1 par groupe)")))
 {
     addMinimumSizes();
@@ -54,11 +57,7 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table,
             [this] { selection().setUrls(m_duplicates.redundantURLs()); });
     connect(table, &DuplicateTable::openRequested, this,
             [](const Entry& entry) { Desktop::open(entry.url); });
-    connect(&tool, &DuplicatesViewModel::groupsChanged, this, [this] { showEntries(); });
-    connect(&tool, &DuplicatesViewModel::progressChanged, this, [this] { showProgress(); });
-    connect(&tool, &DuplicatesViewModel::truncatedChanged, this, [this] { showNotice(); });
-    connect(&tool, &DuplicatesViewModel::minimumSizeChanged, this, &DuplicatesView::showMinimumSize);
-    showMinimumSize();
+    connect(&tool, &DuplicatesViewModel::minimumSizeChanged, m_minimumSize, &OptionMenu::showTitle);
 }
 
 void DuplicatesView::addMinimumSizes()
@@ -75,27 +74,10 @@ void DuplicatesView::addMinimumSizes()
     }
 }
 
-void DuplicatesView::showMinimumSize()
-{
-    m_minimumSize->setTitle(QStringLiteral("Taille minimale : ") + minimumText(m_duplicates.minimumSize()));
-}
-
-void DuplicatesView::showGroups()
+void DuplicatesView::showEntries()
 {
     m_table->setGroups(m_duplicates.sharedGroups(), m_duplicates.filteredGroups());
     m_checkRedundant->setEnabled(!m_duplicates.filteredGroups().empty());
-}
-
-void DuplicatesView::showEntries()
-{
-    showGroups();
-    ToolScreen::showEntries();
-}
-
-void DuplicatesView::showFilter()
-{
-    showGroups();
-    ToolScreen::showFilter();
 }
 
 QString DuplicatesView::notice() const
@@ -111,8 +93,8 @@ QString DuplicatesView::summary() const
 {
     const std::int64_t wasted = m_duplicates.totalWasted();
     const std::int64_t reclaimable = m_duplicates.totalReclaimable();
-    QString text = counted(m_duplicates.groups().size(), QStringLiteral("groupe")) + QStringLiteral(" · ") +
-                   sizeText(reclaimable) + QStringLiteral(" récupérables");
+    QString text = NumberText::plural(m_duplicates.groups().size(), QStringLiteral("groupe")) +
+                   QStringLiteral(" · ") + sizeText(reclaimable) + QStringLiteral(" récupérables");
     if (wasted != reclaimable) {
         text += QStringLiteral(" (%1 en double, liens physiques compris)").arg(sizeText(wasted));
     }
@@ -122,7 +104,7 @@ QString DuplicatesView::summary() const
             shownBytes = checkedSum(shownBytes, m_duplicates.groups()[index].reclaimableBytes());
         }
         text += QStringLiteral(" · ") +
-                counted(m_duplicates.filteredGroups().size(), QStringLiteral("affiché")) +
+                NumberText::plural(m_duplicates.filteredGroups().size(), QStringLiteral("affiché")) +
                 QStringLiteral(" · ") + sizeText(shownBytes);
     }
     return text;
@@ -138,7 +120,7 @@ ToolScreen::Caution DuplicatesView::caution(const std::vector<Entry>& entries) c
                                "Tallyroom vérifie qu’elle est encore là."),
                 {}};
     }
-    const QString groups = counted(lost, QStringLiteral("groupe"));
+    const QString groups = NumberText::plural(lost, QStringLiteral("groupe"));
     return {
         QStringLiteral("Dans %1, toutes les copies sont cochées (celles de la corbeille ne comptent pas) : "
                        "il n’en restera aucune.")

@@ -26,14 +26,11 @@ protected:
     [[nodiscard]] QString notice() const override;
     [[nodiscard]] Caution caution(const std::vector<Entry>& entries) const override;
     void showEntries() override;
-    void showFilter() override;
 
 private:
     DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table, QWidget* parent);
 
     void addMinimumSizes();
-    void showMinimumSize();
-    void showGroups();
 
     DuplicatesViewModel& m_duplicates;
     DuplicateTable* m_table;

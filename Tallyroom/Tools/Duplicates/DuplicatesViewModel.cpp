@@ -2,7 +2,7 @@
 
 #include "Duplicates/DuplicateRemovalCheck.h"
 #include "Model/CheckedArithmetic.h"
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Text/TextFilter.h"
@@ -31,7 +31,7 @@ Remainder remainder(const std::vector<DuplicateGroup>& groups, const RemovedPlac
     for (const DuplicateGroup& group : groups) {
         isGone.clear();
         std::ranges::transform(group.entries, std::back_inserter(isGone),
-                               [&gone](const Entry& entry) { return gone.covers(entry.url); });
+                               [&gone](const Entry& entry) { return gone.covers(entry); });
         const auto lost = std::ranges::count(isGone, true);
         if (lost > 0) {
             result.freed = checkedSum(result.freed, group.freedBytes(isGone));
@@ -47,7 +47,7 @@ bool holdsAny(const std::vector<DuplicateGroup>& groups, const RemovedPlaces& pl
 {
     return std::ranges::any_of(groups, [&places](const DuplicateGroup& group) {
         return std::ranges::any_of(group.entries,
-                                   [&places](const Entry& entry) { return places.covers(entry.url); });
+                                   [&places](const Entry& entry) { return places.covers(entry); });
     });
 }
 
@@ -74,7 +74,7 @@ void DuplicatesViewModel::startScan(PropertyUpdate& update)
     setGroups(update, m_found);
     m_unread.reset();
     update.assign(m_scanned, 0, &DuplicatesViewModel::progressChanged);
-    update.assign(m_truncated, false, &DuplicatesViewModel::truncatedChanged);
+    update.assign(m_truncated, false, &DuplicatesViewModel::progressChanged);
     m_pump = std::make_unique<StreamPump<DuplicateProgress>>(
         DuplicateFinder::stream(*rootURL(), m_minimumSize),
         [this](DuplicateProgress record) { receive(std::move(record)); },
@@ -99,7 +99,7 @@ void DuplicatesViewModel::receive(DuplicateProgress record)
                       : static_cast<double>(record.hashedBytes) / static_cast<double>(record.bytesToHash);
     }
     update.assign(m_hashing, hashing, &DuplicatesViewModel::progressChanged);
-    update.assign(m_truncated, record.truncated, &DuplicatesViewModel::truncatedChanged);
+    update.assign(m_truncated, record.truncated, &DuplicatesViewModel::progressChanged);
     if (!record.groups.empty()) {
         m_found = std::make_shared<const std::vector<DuplicateGroup>>(std::move(record.groups));
         showPresent(update);
@@ -125,7 +125,7 @@ void DuplicatesViewModel::setGroups(PropertyUpdate& update, DuplicateGroups grou
         m_totalReclaimable = checkedSum(m_totalReclaimable, group.reclaimableBytes());
     }
     filterGroups();
-    update.announce(&DuplicatesViewModel::groupsChanged);
+    update.announce(&DuplicatesViewModel::progressChanged);
 }
 
 void DuplicatesViewModel::filterGroups()
@@ -195,13 +195,6 @@ void DuplicatesViewModel::forEachEntry(const Visitor& visit) const
     }
 }
 
-void DuplicatesViewModel::forEachShown(const Visitor& visit) const
-{
-    for (const std::uint32_t index : m_filtered) {
-        std::ranges::for_each(groups()[index].entries, visit);
-    }
-}
-
 ScanLine DuplicatesViewModel::scanLine() const
 {
     if (m_hashing) {
@@ -213,8 +206,8 @@ ScanLine DuplicatesViewModel::scanLine() const
 
 QString DuplicatesViewModel::scanReport() const
 {
-    return QStringLiteral("%1 groupe(s) · %2 récupérables")
-        .arg(QString::number(groups().size()), sizeText(totalReclaimable()));
+    return QStringLiteral("%1 · %2 récupérables")
+        .arg(NumberText::plural(groups().size(), QStringLiteral("groupe")), sizeText(totalReclaimable()));
 }
 
 ScanToolViewModel::RemovalPlan DuplicatesViewModel::planRemoval(const std::vector<Entry>& entries) const
@@ -222,9 +215,9 @@ ScanToolViewModel::RemovalPlan DuplicatesViewModel::planRemoval(const std::vecto
     const auto freed = [groups = m_groups](const std::vector<Entry>& done) {
         return remainder(*groups, RemovedPlaces{done}).freed;
     };
-    UrlSet victims;
-    std::ranges::transform(entries, std::inserter(victims, victims.end()), &Entry::url);
-    return {DuplicateRemovalCheck::forGroups(m_groups, std::move(victims)), freed};
+    UrlSet candidates;
+    std::ranges::transform(entries, std::inserter(candidates, candidates.end()), &Entry::url);
+    return {DuplicateRemovalCheck::forGroups(m_groups, std::move(candidates)), freed};
 }
 
 void DuplicatesViewModel::takeOut(PropertyUpdate& update, const std::vector<Entry>& gone)

@@ -21,10 +21,10 @@ using DuplicateGroups = std::shared_ptr<const std::vector<DuplicateGroup>>;
 /// looked at again. Main thread.
 class DuplicatesViewModel : public ScanToolViewModel {
     Q_OBJECT
-    Q_PROPERTY(std::vector<tallyroom::DuplicateGroup> groups READ groups NOTIFY groupsChanged)
+    Q_PROPERTY(std::vector<tallyroom::DuplicateGroup> groups READ groups NOTIFY progressChanged)
     Q_PROPERTY(std::int64_t scanned READ scanned NOTIFY progressChanged)
     Q_PROPERTY(bool isHashing READ isHashing NOTIFY progressChanged)
-    Q_PROPERTY(bool truncated READ truncated NOTIFY truncatedChanged)
+    Q_PROPERTY(bool truncated READ truncated NOTIFY progressChanged)
     Q_PROPERTY(std::int64_t minimumSize READ minimumSize WRITE setMinimumSize NOTIFY minimumSizeChanged)
 
 public:
@@ -78,7 +78,6 @@ public:
 
     [[nodiscard]] std::size_t entryCount() const override;
     void forEachEntry(const Visitor& visit) const override;
-    void forEachShown(const Visitor& visit) const override;
 
     [[nodiscard]] bool hasProgress() const override { return isScanning(); }
 
@@ -86,10 +85,6 @@ public:
     [[nodiscard]] QString scanReport() const override;
 
 Q_SIGNALS:
-    void groupsChanged();
-    /// `scanned`, `isHashing`, or the share of what is hashed.
-    void progressChanged();
-    void truncatedChanged();
     void minimumSizeChanged();
 
 protected:

@@ -3,17 +3,19 @@
 #include "Bridge/AskApart.h"
 #include "FileSystem/WholeFile.h"
 #include "Text/FileUrlText.h"
+#include "Text/PlainText.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QStandardPaths>
-#include <QThreadPool>
 
+#include <chrono>
+#include <expected>
 #include <filesystem>
+#include <future>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -29,30 +31,45 @@ void tellFailure(QWidget* parent, const FileUrl& file, const std::string& reason
 {
     auto* const box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Exporter en CSV"),
                                       QStringLiteral("« %1 » n’a pas pu être écrit.\n\n%2")
-                                          .arg(FileUrlText::display(file), QString::fromStdString(reason)),
+                                          .arg(FileUrlText::display(file), toSentence(reason)),
                                       QMessageBox::Ok, parent);
     box->setTextFormat(Qt::PlainText);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }
 
-/// Makes and writes the text on a thread that the end of the program waits for; `parent` may be gone before
-/// it has ended.
-void writeApart(const QPointer<QWidget>& parent, const Text& text, const FileUrl& file,
-                const Written& written)
+/// How long leaving waits for a file that is being written; a dead mount never answers.
+constexpr std::chrono::seconds leavingPatience{2};
+
+/// A file that is being written for a screen.
+class Writing : public QObject {
+public:
+    using QObject::QObject;
+
+    ~Writing() override { end.wait_for(leavingPatience); }
+
+    std::future<void> end;
+};
+
+/// Makes and writes the text aside; `parent` may be gone before it has ended.
+void writeApart(QWidget* parent, const Text& text, const FileUrl& file, const Written& written)
 {
-    QThreadPool::globalInstance()->start([parent, text, file, written] {
-        const auto outcome = WholeFile::write(file, text());
-        QMetaObject::invokeMethod(qApp, [parent, file, written, outcome] {
-            if (parent == nullptr) {
-                return;
-            }
-            if (outcome) {
-                written(file);
-            } else {
-                tellFailure(parent, file, outcome.error().message());
-            }
-        });
+    using Outcome = std::expected<void, SystemError>;
+    auto* const writing = new Writing(parent);
+    const auto done = std::make_shared<std::promise<void>>();
+    writing->end = done->get_future();
+    const auto write = [text, file, done] {
+        Outcome outcome = WholeFile::write(file, text());
+        done->set_value();
+        return outcome;
+    };
+    askApart<Outcome>(writing, write, [parent, writing, file, written](const Outcome& outcome) {
+        writing->deleteLater();
+        if (outcome) {
+            written(file);
+        } else {
+            tellFailure(parent, file, outcome.error().message());
+        }
     });
 }
 
@@ -85,7 +102,9 @@ void askToReplaceLink(QWidget* parent, const FileUrl& file, const std::string& t
 void exportTo(QWidget* parent, const FileUrl& file, const Text& text, const Written& written)
 {
     const auto write = [parent = QPointer{parent}, text, file, written] {
-        writeApart(parent, text, file, written);
+        if (parent != nullptr) {
+            writeApart(parent, text, file, written);
+        }
     };
     askApart<std::optional<std::string>>(
         parent, [file] { return destination(file); },

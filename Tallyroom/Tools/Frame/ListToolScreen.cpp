@@ -2,6 +2,7 @@
 
 #include "Rows/EntryTable.h"
 #include "Text/CSVExport.h"
+#include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Tools/Frame/ToolHeader.h"
 
@@ -27,13 +28,9 @@ ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& sty
 
 ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table,
                                QWidget* parent)
-    : ToolScreen(tool, style, table, parent), m_list(tool), m_table(table)
+    : ToolScreen(tool, style, table, parent), m_list(tool), m_remark(style.remark), m_table(table)
 {
-    connect(&tool, &ListToolViewModel::entriesChanged, this, [this] { showEntries(); });
-    connect(&tool, &ListToolViewModel::scanCompletedChanged, this, [this] { showProgress(); });
-    connect(&tool, &ListToolViewModel::scanTotalChanged, this, [this] { showProgress(); });
-    connect(&tool, &ListToolViewModel::isDiscoveringChanged, this, [this] { showProgress(); });
-    connect(&tool, &ListToolViewModel::categoryChanged, this, [this] { showFilter(); });
+    connect(&tool, &ListToolViewModel::categoryChanged, this, &ListToolScreen::showFilter);
     if (!style.categories.empty()) {
         addChips(style.categories);
     }
@@ -51,20 +48,30 @@ void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
 QString ListToolScreen::summary() const
 {
     const EntryArrangement& rows = m_table->arrangement();
-    QString text = counted(rows.entries().size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
-                   sizeText(rows.totalBytes());
+    QString text = NumberText::plural(rows.entries().size(), QStringLiteral("élément")) +
+                   QStringLiteral(" · ") + sizeText(rows.totalBytes());
     if (m_list.isFiltering()) {
-        text += QStringLiteral(" · ") + counted(rows.rowCount(), QStringLiteral("affiché")) +
+        text += QStringLiteral(" · ") + NumberText::plural(rows.rowCount(), QStringLiteral("affiché")) +
                 QStringLiteral(" · ") + sizeText(rows.shownBytes());
     }
-    return text;
+    return m_remark ? text + m_remark() : text;
+}
+
+void ListToolScreen::addOption(QWidget* option)
+{
+    header().addOption(option);
+}
+
+void ListToolScreen::showAgain()
+{
+    m_table->viewport()->update();
+    showSummary();
 }
 
 void ListToolScreen::showEntries()
 {
     m_table->setEntries(m_list.entries());
     showChips();
-    ToolScreen::showEntries();
 }
 
 void ListToolScreen::showChips()
@@ -74,13 +81,12 @@ void ListToolScreen::showChips()
     }
 }
 
-void ListToolScreen::showFilter()
+void ListToolScreen::showFiltered()
 {
     m_table->setFilter(m_list.filter());
     if (m_chips != nullptr) {
         m_chips->showChoice(m_list.category());
     }
-    ToolScreen::showFilter();
 }
 
 void ListToolScreen::exportEntries()

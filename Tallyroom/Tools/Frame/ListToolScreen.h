@@ -14,6 +14,8 @@ struct ListToolStyle : ToolScreenStyle {
     EntryTableStyle table;
     /// The categories that the list can be narrowed down to, for tools that know some.
     std::vector<CategoryChips::Chip> categories{};
+    /// What the summary ends with; may be none.
+    std::function<QString()> remark{};
 };
 
 /// The screen of a tool that lists entries in a table. Main thread.
@@ -24,6 +26,12 @@ public:
     /// `tool` must outlive the screen.
     ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, QWidget* parent = nullptr);
 
+    /// Puts a control of the tool's own into the header.
+    void addOption(QWidget* option);
+
+    /// Draws the rows and the summary again: an option has changed what they say.
+    void showAgain();
+
     void exportEntries() override;
 
 protected:
@@ -31,7 +39,7 @@ protected:
 
     [[nodiscard]] QString summary() const override;
     void showEntries() override;
-    void showFilter() override;
+    void showFiltered() override;
 
 private:
     void showChips();
@@ -39,6 +47,7 @@ private:
     ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table, QWidget* parent);
 
     ListToolViewModel& m_list;
+    std::function<QString()> m_remark;
     EntryTable* m_table;
     CategoryChips* m_chips = nullptr; // where the tool knows categories
 };

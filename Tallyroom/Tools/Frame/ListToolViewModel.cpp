@@ -2,16 +2,18 @@
 
 #include "Bridge/AskApart.h"
 #include "Model/CheckedArithmetic.h"
+#include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Text/TextFilter.h"
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
 
 namespace tallyroom {
 
-ListToolViewModel::ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning,
-                                     DeletionRunner& deletions, CategoryOf categoryOf)
+ListToolViewModel::ListToolViewModel(DeletionRunner& deletions, CategoryOf categoryOf,
+                                     FilterSubject filterSubject, ScanBeginning beginning)
     : ScanToolViewModel(deletions), m_filterSubject(filterSubject), m_beginning(beginning),
       m_categoryOf(std::move(categoryOf))
 {}
@@ -83,13 +85,15 @@ double ListToolViewModel::scanFraction() const
 
 QString ListToolViewModel::scanReport() const
 {
-    return QStringLiteral("%1 élément(s) · %2").arg(QString::number(m_entries.size()), sizeText(totalSize()));
+    return NumberText::plural(m_entries.size(), QStringLiteral("élément")) + QStringLiteral(" · ") +
+           sizeText(totalSize());
 }
 
 ScanLine ListToolViewModel::scanLine() const
 {
     if (m_isDiscovering) {
-        return {QStringLiteral("Recherche… %1 trouvé(s)").arg(m_scanTotal), std::nullopt};
+        return {QStringLiteral("Recherche… ") + NumberText::plural(m_scanTotal, QStringLiteral("trouvé")),
+                std::nullopt};
     }
     return {QStringLiteral("Analyse en cours… %1/%2").arg(m_scanCompleted).arg(m_scanTotal), scanFraction()};
 }
@@ -99,29 +103,20 @@ void ListToolViewModel::forEachEntry(const Visitor& visit) const
     std::ranges::for_each(m_entries, visit);
 }
 
-void ListToolViewModel::forEachShown(const Visitor& visit) const
-{
-    const auto isShown = filter();
-    std::ranges::for_each(m_entries, [&](const Entry& entry) {
-        if (!isShown || isShown(entry)) {
-            visit(entry);
-        }
-    });
-}
-
 void ListToolViewModel::startScan(PropertyUpdate& update)
 {
     m_removed.clear();
-    m_taken.clear();
-    m_restored.clear();
+    m_taken = {};
+    m_takenAlong = {};
+    m_restored = {};
     m_unmeasured.clear();
     m_measuring.reset();
     m_unread.reset();
-    update.assign(m_entries, EntryList{}, &ListToolViewModel::entriesChanged);
-    update.assign(m_scanCompleted, 0, &ListToolViewModel::scanCompletedChanged);
-    update.assign(m_scanTotal, 0, &ListToolViewModel::scanTotalChanged);
+    update.assign(m_entries, EntryList{}, &ListToolViewModel::progressChanged);
+    update.assign(m_scanCompleted, 0, &ListToolViewModel::progressChanged);
+    update.assign(m_scanTotal, 0, &ListToolViewModel::progressChanged);
     update.assign(m_isDiscovering, m_beginning == ScanBeginning::discovering,
-                  &ListToolViewModel::isDiscoveringChanged);
+                  &ListToolViewModel::progressChanged);
     m_pump = std::make_unique<StreamPump<ScanProgress>>(
         startStream(), [this](const ScanProgress& record) { receive(record); },
         [this] { endScan(ScanEnd::reached(m_unread)); });
@@ -131,23 +126,23 @@ void ListToolViewModel::dropScan(PropertyUpdate& update)
 {
     m_pump.reset();
     startMeasuring();
-    update.assign(m_isDiscovering, false, &ListToolViewModel::isDiscoveringChanged);
+    update.assign(m_isDiscovering, false, &ListToolViewModel::progressChanged);
 }
 
 void ListToolViewModel::receive(const ScanProgress& record)
 {
     m_unread = record.unread;
     PropertyUpdate update{this};
-    update.assign(m_entries, amended(record.entries), &ListToolViewModel::entriesChanged);
-    update.assign(m_scanCompleted, record.completed, &ListToolViewModel::scanCompletedChanged);
-    update.assign(m_scanTotal, record.total, &ListToolViewModel::scanTotalChanged);
-    update.assign(m_isDiscovering, record.isDiscovering, &ListToolViewModel::isDiscoveringChanged);
+    update.assign(m_entries, amended(record.entries), &ListToolViewModel::progressChanged);
+    update.assign(m_scanCompleted, record.completed, &ListToolViewModel::progressChanged);
+    update.assign(m_scanTotal, record.total, &ListToolViewModel::progressChanged);
+    update.assign(m_isDiscovering, record.isDiscovering, &ListToolViewModel::progressChanged);
 }
 
 /// A record as the disk is now: the scan does not know what was deleted or put back while it ran.
 EntryList ListToolViewModel::amended(const EntryList& found) const
 {
-    const EntryList present = m_removed.without(found);
+    const EntryList present = m_removed.part(found).second;
     return m_restored.empty() ? present : withRestored(present, m_restored);
 }
 
@@ -156,45 +151,43 @@ void ListToolViewModel::takeOut(PropertyUpdate& update, const std::vector<Entry>
     const RemovedPlaces places{gone};
     if (m_pump != nullptr) {
         m_removed.add(gone);
-        std::erase_if(m_restored, [&](const Entry& entry) { return places.covers(entry.url); });
+        m_restored = places.part(m_restored).second;
     }
-    EntryList left = places.without(m_entries);
-    if (left.size() != m_entries.size()) {
-        std::ranges::copy_if(m_entries, std::back_inserter(m_taken),
-                             [&places](const Entry& entry) { return places.covers(entry.url); });
-        update.assign(m_entries, std::move(left), &ListToolViewModel::entriesChanged);
+    const auto [taken, left] = places.part(m_entries);
+    const auto [own, along] = taken.parted([&](const Entry& entry) { return places.contains(entry); });
+    m_taken = m_taken.merged(own);
+    m_takenAlong = m_takenAlong.merged(along);
+    if (!taken.empty()) {
+        update.assign(m_entries, left, &ListToolViewModel::progressChanged);
     }
 }
 
 void ListToolViewModel::putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn)
 {
-    std::vector<Entry> returned;
     const RemovedPlaces places{back};
-    std::erase_if(m_taken, [&](const Entry& entry) {
-        const bool isBack = places.covers(entry.url);
-        if (isBack) {
-            returned.push_back(entry);
-        }
-        return isBack;
+    EntryList returned;
+    EntryList along;
+    std::tie(returned, m_taken) = m_taken.parted([&](const Entry& entry) { return places.contains(entry); });
+    std::tie(along, m_takenAlong) = places.part(m_takenAlong);
+    returned = returned.merged(along);
+    const RemovedPlaces known{returned.toVector()};
+    std::vector<Entry> others;
+    std::ranges::copy_if(back, std::back_inserter(others), [&](const Entry& entry) {
+        return (isOwn || lists(entry)) && !known.contains(entry);
     });
-    UrlSet known;
-    std::ranges::transform(returned, std::inserter(known, known.end()), &Entry::url);
-    std::ranges::copy_if(back, std::back_inserter(returned), [&](const Entry& entry) {
-        return (isOwn || lists(entry)) && !known.contains(entry.url);
-    });
+    returned = returned.merged(EntryList{std::move(others)});
     if (m_pump != nullptr) {
         m_removed.remove(back);
-        m_restored.insert(m_restored.end(), returned.begin(), returned.end());
+        m_restored = m_restored.merged(returned);
     }
-    if (!returned.empty()) {
-        update.assign(m_entries, withRestored(m_entries, returned), &ListToolViewModel::entriesChanged);
-    }
+    update.assign(m_entries, withRestored(m_entries, returned), &ListToolViewModel::progressChanged);
 }
 
 void ListToolViewModel::measureAgain(const UrlSet& folders)
 {
+    EntryPlaces places;
     for (const Entry& entry : m_entries) {
-        if (entry.isDirectory && folders.contains(entry.url)) {
+        if (entry.isDirectory && folders.contains(FileUrl{std::string{places.of(entry)}})) {
             m_unmeasured.insert(entry.url);
         }
     }
@@ -221,15 +214,15 @@ void ListToolViewModel::startMeasuring()
 void ListToolViewModel::showSizes(const Sizes& sizes)
 {
     m_unmeasured.clear();
-    std::vector<Entry> entries = m_entries.toVector();
-    for (Entry& entry : entries) {
-        if (const auto size = sizes.find(entry.url); entry.isDirectory && size != sizes.end()) {
-            entry.sizeBytes = size->second;
-        }
+    const auto [folders, others] = m_entries.parted(
+        [&sizes](const Entry& entry) { return entry.isDirectory && sizes.contains(entry.url); });
+    std::vector<Entry> measured = folders.toVector();
+    for (Entry& folder : measured) {
+        folder.sizeBytes = sizes.at(folder.url);
     }
-    std::ranges::stable_sort(entries, isLarger);
     PropertyUpdate update{this};
-    update.assign(m_entries, EntryList{std::move(entries)}, &ListToolViewModel::entriesChanged);
+    update.assign(m_entries, others.merged(EntryList{std::move(measured)}),
+                  &ListToolViewModel::progressChanged);
 }
 
 } // namespace tallyroom

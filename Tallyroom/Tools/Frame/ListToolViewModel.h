@@ -17,10 +17,10 @@ namespace tallyroom {
 /// and undo. A tool adds `startStream` and what only it knows. Main thread.
 class ListToolViewModel : public ScanToolViewModel {
     Q_OBJECT
-    Q_PROPERTY(tallyroom::EntryList entries READ entries NOTIFY entriesChanged)
-    Q_PROPERTY(std::int64_t scanCompleted READ scanCompleted NOTIFY scanCompletedChanged)
-    Q_PROPERTY(std::int64_t scanTotal READ scanTotal NOTIFY scanTotalChanged)
-    Q_PROPERTY(bool isDiscovering READ isDiscovering NOTIFY isDiscoveringChanged)
+    Q_PROPERTY(tallyroom::EntryList entries READ entries NOTIFY progressChanged)
+    Q_PROPERTY(std::int64_t scanCompleted READ scanCompleted NOTIFY progressChanged)
+    Q_PROPERTY(std::int64_t scanTotal READ scanTotal NOTIFY progressChanged)
+    Q_PROPERTY(bool isDiscovering READ isDiscovering NOTIFY progressChanged)
 
 public:
     /// What the search text is looked for in.
@@ -68,21 +68,17 @@ public:
     [[nodiscard]] std::size_t entryCount() const override { return m_entries.size(); }
 
     void forEachEntry(const Visitor& visit) const override;
-    void forEachShown(const Visitor& visit) const override;
 
     [[nodiscard]] QString scanReport() const override;
 
 Q_SIGNALS:
-    void entriesChanged();
-    void scanCompletedChanged();
-    void scanTotalChanged();
-    void isDiscoveringChanged();
     void categoryChanged();
 
 protected:
     /// `deletions` must outlive the view model; `categoryOf` is for tools that know categories.
-    ListToolViewModel(FilterSubject filterSubject, ScanBeginning beginning, DeletionRunner& deletions,
-                      CategoryOf categoryOf = {});
+    explicit ListToolViewModel(DeletionRunner& deletions, CategoryOf categoryOf = {},
+                               FilterSubject filterSubject = FilterSubject::path,
+                               ScanBeginning beginning = ScanBeginning::discovering);
 
     /// Starts the scan that fills the list; called with a root folder set and no scan running.
     [[nodiscard]] virtual FileScanner::ScanStream startStream() = 0;
@@ -116,10 +112,11 @@ private:
     std::int64_t m_scanTotal = 0;
     bool m_isDiscovering = false;
     std::optional<SystemError> m_unread; // of the running scan
-    std::vector<Entry> m_taken;          // left this list since it began to fill
+    EntryList m_taken;                   // removed since this list began to fill
+    EntryList m_takenAlong;              // lay below a folder that was removed: they come back with it
     // While the list fills:
-    RemovedPlaces m_removed;       // deleted meanwhile: the scan may still report them
-    std::vector<Entry> m_restored; // put back meanwhile: the scan may have passed them by
+    RemovedPlaces m_removed; // deleted meanwhile: the scan may still report them
+    EntryList m_restored;    // put back meanwhile: the scan may have passed them by
     std::unique_ptr<StreamPump<ScanProgress>> m_pump;
     UrlSet m_unmeasured; // listed folders whose size is another one by now
     std::unique_ptr<StreamPump<Sizes>> m_measuring;

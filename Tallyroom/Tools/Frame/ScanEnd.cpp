@@ -1,6 +1,13 @@
 #include "Tools/Frame/ScanEnd.h"
 
+#include "Text/PlainText.h"
+
 namespace tallyroom {
+
+QString ScanEnd::notice() const
+{
+    return kind == Kind::stopped ? QStringLiteral("Analyse interrompue : résultat partiel") : QString{};
+}
 
 QString ScanEnd::emptyText(const QString& none) const
 {
@@ -13,7 +20,7 @@ QString ScanEnd::emptyText(const QString& none) const
     case Kind::unread:
         break;
     }
-    const QString why = QString::fromStdString(cause.message());
+    const QString why = toSentence(cause.message());
     return QStringLiteral("Ce dossier ne peut pas être lu : ") + why.left(1).toLower() + why.mid(1);
 }
 

@@ -28,6 +28,9 @@ struct ScanEnd {
     /// The words for a scan that found nothing; `none` are those for a complete one.
     [[nodiscard]] QString emptyText(const QString& none) const;
 
+    /// The words above a list that is not the whole truth; empty for others.
+    [[nodiscard]] QString notice() const;
+
     friend bool operator==(const ScanEnd&, const ScanEnd&) = default;
 };
 

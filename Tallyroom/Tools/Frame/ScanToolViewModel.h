@@ -69,9 +69,6 @@ public:
     /// Calls `visit` with every entry found, in the order of the list.
     virtual void forEachEntry(const Visitor& visit) const = 0;
 
-    /// The same for the entries that the search text lets through.
-    virtual void forEachShown(const Visitor& visit) const = 0;
-
     /// Whether a running scan has something to say of its progress.
     [[nodiscard]] virtual bool hasProgress() const = 0;
 
@@ -131,6 +128,8 @@ Q_SIGNALS:
     void undoableChanged();
     void removalChanged();
     void searchTextChanged();
+    /// What was found, or how far the scan has come: one signal a record.
+    void progressChanged();
 
 protected:
     /// What a tool adds to a deletion when it begins.

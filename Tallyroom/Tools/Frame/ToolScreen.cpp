@@ -18,6 +18,7 @@
 #include <QClipboard>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QScopedValueRollback>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -28,7 +29,7 @@ namespace tallyroom {
 
 namespace {
 
-constexpr std::chrono::milliseconds patience{150};
+constexpr std::chrono::milliseconds spinnerDelay{150};
 
 } // namespace
 
@@ -40,8 +41,8 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
       m_progress(new ScanProgressBar), m_footer(new QWidget), m_banner(new StatusBanner),
       m_selectionBar(new SelectionBar)
 {
-    m_patience.setSingleShot(true);
-    m_patience.setInterval(patience);
+    m_spinnerDelay.setSingleShot(true);
+    m_spinnerDelay.setInterval(spinnerDelay);
     m_rows->setDeletionEnabled(true);
     m_rows->setAccessibleName(m_style.title);
     m_pages->addList(m_rows);
@@ -60,13 +61,24 @@ bool ToolScreen::event(QEvent* event)
     return QWidget::event(event);
 }
 
+void ToolScreen::showTogether(const std::function<void()>& show)
+{
+    {
+        const QScopedValueRollback guard{m_isPageLater, true};
+        show();
+    }
+    showPage();
+}
+
 void ToolScreen::showEverything()
 {
-    startOver();
-    m_isReportOld = false;
-    showFilter();
-    showEntries();
-    showState();
+    showTogether([this] {
+        resetView();
+        m_isReportOld = false;
+        showFilter();
+        showEntries();
+        showState();
+    });
     showBanner();
 }
 
@@ -107,15 +119,21 @@ void ToolScreen::makeLayout()
 void ToolScreen::connectTool()
 {
     connect(&m_tool, &ScanToolViewModel::stateChanged, this, &ToolScreen::showState);
-    connect(&m_tool, &ScanToolViewModel::searchTextChanged, this, [this] { showFilter(); });
-    connect(&m_tool, &ScanToolViewModel::rootURLChanged, this, [this] { startOver(); });
+    connect(&m_tool, &ScanToolViewModel::progressChanged, this, [this] {
+        showTogether([this] {
+            showEntries();
+            showProgress();
+        });
+    });
+    connect(&m_tool, &ScanToolViewModel::searchTextChanged, this, &ToolScreen::showFilter);
+    connect(&m_tool, &ScanToolViewModel::rootURLChanged, this, [this] { resetView(); });
     connect(&m_tool, &ScanToolViewModel::statusMessageChanged, this, [this] {
         m_isReportOld = false;
         showBanner();
     });
     connect(&m_tool, &ScanToolViewModel::undoableChanged, this, &ToolScreen::showBanner);
     connect(&m_tool, &ScanToolViewModel::removalChanged, this, &ToolScreen::showBanner);
-    connect(&m_patience, &QTimer::timeout, this, &ToolScreen::showPage);
+    connect(&m_spinnerDelay, &QTimer::timeout, this, &ToolScreen::showPage);
     connect(&DesktopRefusals::shared(), &DesktopRefusals::refused, this, [this](const QString& message) {
         if (isVisible()) {
             m_tool.tell(message);
@@ -181,24 +199,22 @@ void ToolScreen::addShortcuts()
 void ToolScreen::showState()
 {
     if (m_tool.isScanning()) {
-        m_patience.start();
+        m_spinnerDelay.start();
     } else {
-        m_patience.stop();
+        m_spinnerDelay.stop();
     }
-    dropVanishedChecks();
-    showProgress();
-    showNotice();
-    showSummary();
+    showTogether([this] {
+        dropVanishedChecks();
+        showProgress();
+        showSummary();
+    });
 }
 
 void ToolScreen::showNotice()
 {
-    if (m_tool.scanEnd().kind == ScanEnd::Kind::stopped) {
-        m_header->showNotice(QStringLiteral("Analyse interrompue : résultat partiel"),
-                             QStringLiteral("Reprendre"));
-    } else {
-        m_header->showNotice(notice());
-    }
+    const QString partial = m_tool.scanEnd().notice();
+    m_header->showNotice(partial.isEmpty() ? notice() : partial,
+                         partial.isEmpty() ? QString{} : QStringLiteral("Reprendre"));
 }
 
 /// What is no longer listed is no longer checked; while a scan fills the list nothing is known to be gone.
@@ -212,8 +228,8 @@ void ToolScreen::dropVanishedChecks()
 void ToolScreen::showRows()
 {
     dropVanishedChecks();
-    showPage();
     showChecked();
+    showPage();
 }
 
 bool ToolScreen::hasList() const
@@ -224,12 +240,15 @@ bool ToolScreen::hasList() const
 
 void ToolScreen::showPage()
 {
+    if (m_isPageLater) {
+        return;
+    }
     const bool hidesEverything = m_tool.isFiltering() && !m_rows->hasRows();
     m_header->showEntryCount(hidesEverything ? 0 : m_tool.entryCount());
     m_header->setVisible(hasList());
-    m_selectionBar->setVisible(hasList());
-    m_pages->showPage(m_patience.isActive(), hidesEverything);
-    const bool isScanning = m_tool.isScanning() && !m_patience.isActive();
+    m_selectionBar->setVisible(m_tool.isScanning() || (hasList() && m_tool.entryCount() > 0));
+    m_pages->showPage(m_spinnerDelay.isActive(), hidesEverything);
+    const bool isScanning = m_tool.isScanning() && !m_spinnerDelay.isActive();
     m_header->showScanning(isScanning);
     m_progress->setVisible(isScanning && m_tool.hasProgress());
     showFooter();
@@ -239,18 +258,14 @@ void ToolScreen::showProgress()
 {
     const ScanLine line = m_tool.scanLine();
     m_progress->setProgress(line.text, line.fraction);
-    showPage();
-}
-
-void ToolScreen::showEntries()
-{
+    showNotice();
     showPage();
 }
 
 void ToolScreen::showFilter()
 {
     m_header->searchField().setText(m_tool.searchText());
-    showPage();
+    showTogether([this] { showFiltered(); });
 }
 
 Selection& ToolScreen::selection() const
@@ -270,25 +285,19 @@ void ToolScreen::showSummary()
     const bool isKnown = m_tool.entryCount() > 0 || m_tool.scanEnd().isComplete();
     QString text = isKnown ? summary() : QString{};
     if (const std::size_t checked = selection().count(); checked > 0) {
-        text += QStringLiteral(" · ") + counted(checked, QStringLiteral("sélectionné"));
+        text += QStringLiteral(" · ") + NumberText::plural(checked, QStringLiteral("sélectionné"));
     }
     m_header->showSummary(text);
 }
 
-QString ToolScreen::counted(std::size_t count, const QString& one)
-{
-    return NumberText::grouped(static_cast<std::int64_t>(count)) + QLatin1Char{' '} + one +
-           (count >= 2 ? QStringLiteral("s") : QString{});
-}
-
-void ToolScreen::startOver()
+void ToolScreen::resetView()
 {
     if (m_title != nullptr && m_tool.rootURL()) {
         m_title->setFolder(FileUrlText::displayFromHome(*m_tool.rootURL()));
     }
     m_isReportOld = true;
     showBanner();
-    m_rows->startOver();
+    m_rows->resetView();
     selection().clear();
 }
 

@@ -69,9 +69,6 @@ protected:
     /// Runs `act` on `keys` while this screen is on show and no text field wants them.
     void addShortcut(const QKeySequence& keys, const std::function<void()>& act);
 
-    /// "11 éléments"
-    [[nodiscard]] static QString counted(std::size_t count, const QString& one);
-
     /// "11 éléments · 86,4 Go": what was found.
     [[nodiscard]] virtual QString summary() const = 0;
 
@@ -93,14 +90,18 @@ protected:
     [[nodiscard]] virtual std::optional<Entry> currentEntry() const;
 
     /// Another folder is about to be shown: checks and place are forgotten.
-    virtual void startOver();
+    virtual void resetView();
 
     // One a property; a tool that shows more of it extends them.
-    virtual void showEntries();
-    virtual void showFilter();
+    virtual void showEntries() = 0;
+
+    /// What the search text and a tool's own filter let through.
+    virtual void showFiltered() { showEntries(); }
+
     /// Other rows are on screen.
     virtual void showRows();
     void showProgress();
+    void showFilter();
     void showPage();
     void showChecked();
     void showSummary();
@@ -113,6 +114,9 @@ private:
     void connectTool();
     void connectWidgets();
     void addShortcuts();
+
+    /// Runs `show`, which may show several things, and chooses the page once.
+    void showTogether(const std::function<void()>& show);
 
     void showEverything();
     void showState();
@@ -127,8 +131,9 @@ private:
 
     ScanToolViewModel& m_tool;
     ToolScreenStyle m_style;
+    bool m_isPageLater = false;
     bool m_isReportOld = false; // about the folder that was shown before
-    QTimer m_patience;          // scans that end at once are not worth a spinner
+    QTimer m_spinnerDelay;      // scans that end at once are not worth a spinner
 
     ToolHeader* m_header;
     QPointer<ToolTitle> m_title; // none where a tool has put something else into its place

@@ -26,16 +26,21 @@ ListToolStyle search(std::string icon, const QString& title, const QString& mess
     return style;
 }
 
+ListToolStyle projects(const std::string& icon, const QString& title, const QString& message)
+{
+    ListToolStyle style = search(icon, title, message);
+    style.table.name = projectName;
+    style.table.symbol = [icon](const Entry&) { return icon; };
+    style.table.columns.push_back(
+        {QStringLiteral("Modifié"), 130,
+         [](const Entry& entry) { return ageText(entry.modifiedAt, std::chrono::system_clock::now()); },
+         modifiedAtSortKey});
+    return style;
+}
+
 std::string projectName(const Entry& entry)
 {
     return std::string{entry.url.parent().lastPathComponent()};
-}
-
-EntryTableColumn ageColumn()
-{
-    return {QStringLiteral("Modifié"), 130,
-            [](const Entry& entry) { return ageText(entry.modifiedAt, std::chrono::system_clock::now()); },
-            modifiedAtSortKey};
 }
 
 } // namespace tallyroom::ToolStyles

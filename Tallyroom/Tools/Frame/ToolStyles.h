@@ -15,11 +15,12 @@ namespace ToolStyles {
 /// The same for a list, with rows of two lines, the path below the name.
 [[nodiscard]] ListToolStyle search(std::string icon, const QString& title, const QString& message);
 
+/// The same for folders of projects, which have the project's name, the tool's icon and a column with the
+/// age.
+[[nodiscard]] ListToolStyle projects(const std::string& icon, const QString& title, const QString& message);
+
 /// The project that a found folder belongs to: the name of the folder around it.
 [[nodiscard]] std::string projectName(const Entry& entry);
-
-/// A column with the age in words, sorted by the date.
-[[nodiscard]] EntryTableColumn ageColumn();
 
 } // namespace ToolStyles
 

@@ -1,4 +1,4 @@
-#include "Settings/PersistedSettings.h"
+#include "Settings/Settings.h"
 
 #include <QFile>
 #include <QIODevice>

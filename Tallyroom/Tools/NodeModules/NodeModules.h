@@ -5,6 +5,8 @@
 
 namespace tallyroom {
 
+class ListToolScreen;
+
 /// The `node_modules` folders below a folder of projects, the old ones told apart. Main thread.
 class NodeModulesViewModel : public ListToolViewModel {
     Q_OBJECT
@@ -45,5 +47,9 @@ struct NodeModulesProgress {
 
     [[nodiscard]] QString text() const;
 };
+
+/// Their screen: the common frame, the age threshold, and the way to delete all old ones in one go.
+/// `tool` must outlive it. Main thread.
+[[nodiscard]] ListToolScreen* makeNodeModulesScreen(NodeModulesViewModel& tool);
 
 } // namespace tallyroom

@@ -1,4 +1,4 @@
-#include "Bridge/StreamPump.h"
+#include "Bridge/FramePace.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <mutex>
+#include <utility>
 
 namespace tallyroom {
 
@@ -32,24 +33,24 @@ QEvent::Type ringType()
 
 } // namespace
 
-/// Shared with the producers and outliving the pace: behind it nobody is at home any more.
+/// Producers share it. It may outlive the pace, and then does nothing.
 struct FramePace::Doorbell {
     std::mutex mutex;
-    QObject* resident = nullptr; // guarded by mutex
-    bool hasRung = false;        // guarded by mutex
+    QObject* owner = nullptr; // guarded by mutex
+    bool hasRung = false;     // guarded by mutex
 
     void ring()
     {
         const std::scoped_lock lock{mutex};
-        if (resident != nullptr && !std::exchange(hasRung, true)) {
-            QCoreApplication::postEvent(resident, new QEvent{ringType()});
+        if (owner != nullptr && !std::exchange(hasRung, true)) {
+            QCoreApplication::postEvent(owner, new QEvent{ringType()});
         }
     }
 
-    void setResident(QObject* object)
+    void setOwner(QObject* object)
     {
         const std::scoped_lock lock{mutex};
-        resident = object;
+        owner = object;
     }
 
     void answer()
@@ -62,12 +63,12 @@ struct FramePace::Doorbell {
 FramePace::FramePace(std::function<void()> onFrame)
     : m_doorbell(std::make_shared<Doorbell>()), m_onFrame(std::move(onFrame))
 {
-    m_doorbell->setResident(this);
+    m_doorbell->setOwner(this);
 }
 
 FramePace::~FramePace()
 {
-    m_doorbell->setResident(nullptr);
+    m_doorbell->setOwner(nullptr);
 }
 
 void FramePace::Retire::operator()(FramePace* pace) const
@@ -76,7 +77,7 @@ void FramePace::Retire::operator()(FramePace* pace) const
         delete pace;
         return;
     }
-    pace->m_doorbell->setResident(nullptr);
+    pace->m_doorbell->setOwner(nullptr);
     pace->deleteLater();
 }
 

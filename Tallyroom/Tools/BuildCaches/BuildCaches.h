@@ -7,6 +7,8 @@
 
 namespace tallyroom {
 
+class ListToolScreen;
+
 /// The folders below a folder of code that build tools can make again. Main thread.
 class BuildCachesViewModel : public ListToolViewModel {
     Q_OBJECT
@@ -22,6 +24,9 @@ public:
     /// Stores another set and scans again for it.
     void setEnabledEcosystems(const std::set<Ecosystem>& ecosystems);
 
+    /// The same with one more, or one less.
+    void enable(Ecosystem ecosystem, bool isOn);
+
 Q_SIGNALS:
     void enabledEcosystemsChanged();
 
@@ -31,5 +36,9 @@ protected:
 private:
     std::set<Ecosystem> m_enabled;
 };
+
+/// Their screen: the common frame and the choice of ecosystems.
+/// `tool` must outlive it. Main thread.
+[[nodiscard]] ListToolScreen* makeBuildCachesScreen(BuildCachesViewModel& tool);
 
 } // namespace tallyroom

@@ -6,6 +6,8 @@
 
 namespace tallyroom {
 
+class ListToolScreen;
+
 /// The largest files anywhere below a folder. Main thread.
 class LargeFilesViewModel : public ListToolViewModel {
     Q_OBJECT
@@ -34,5 +36,9 @@ protected:
 private:
     std::int64_t m_limit;
 };
+
+/// Their screen: the common frame and the choice of how many.
+/// `tool` must outlive it. Main thread.
+[[nodiscard]] ListToolScreen* makeLargeFilesScreen(LargeFilesViewModel& tool);
 
 } // namespace tallyroom

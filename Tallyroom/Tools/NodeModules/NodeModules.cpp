@@ -1,0 +1,136 @@
+#include "Tools/NodeModules/NodeModules.h"
+
+#include "Controls/OptionMenu.h"
+#include "Rows/Selection.h"
+#include "Settings/Settings.h"
+#include "Text/NumberText.h"
+#include "Text/PlainText.h"
+#include "Text/SizeText.h"
+#include "Tools/Frame/ToolStyles.h"
+
+#include <QPushButton>
+
+#include <algorithm>
+#include <iterator>
+
+namespace tallyroom {
+
+namespace {
+
+const QString thresholdKey = QStringLiteral("nm.threshold");
+
+AgeThreshold storedThreshold()
+{
+    const QString text = Settings::text(thresholdKey).value_or(QString{});
+    return AgeThreshold::fromRawValue(text.toStdString()).value_or(AgeThreshold::oneMonth);
+}
+
+QString labelOf(AgeThreshold threshold)
+{
+    return toText(threshold.label());
+}
+
+ListToolStyle nodeModulesStyle(const NodeModulesViewModel& tool)
+{
+    ListToolStyle style = ToolStyles::projects(
+        "shippingbox", QStringLiteral("node_modules"),
+        QStringLiteral("Choisissez un dossier de projets : Tallyroom y cherche les dossiers node_modules et "
+                       "signale ceux qui n’ont plus servi depuis longtemps."));
+    style.emptyMessage = QStringLiteral("Aucun dossier node_modules ici.");
+    style.table.firstColumnTitle = QStringLiteral("Projet");
+    style.table.badges = [&tool](const Entry& entry) -> std::vector<EntryBadge> {
+        if (tool.threshold().isOld(entry.modifiedAt, std::chrono::system_clock::now())) {
+            return {{QStringLiteral("ancien"), Theme::Colour::old}};
+        }
+        return {};
+    };
+    style.remark = [&tool] {
+        const std::vector<Entry> old = tool.oldEntries();
+        return old.empty() ? QString{}
+                           : QStringLiteral(" · %1, %2 à récupérer")
+                                 .arg(NumberText::plural(old.size(), QStringLiteral("ancien")),
+                                      sizeText(totalSize(old)));
+    };
+    return style;
+}
+
+} // namespace
+
+QString NodeModulesProgress::text() const
+{
+    return isDiscovering
+               ? QStringLiteral("Recherche… %1 node_modules trouvés").arg(NumberText::grouped(found))
+               : QStringLiteral("Mesure des tailles… %1/%2")
+                     .arg(NumberText::grouped(sized), NumberText::grouped(found));
+}
+
+NodeModulesViewModel::NodeModulesViewModel(DeletionRunner& deletions)
+    : ListToolViewModel(deletions), m_threshold(storedThreshold())
+{}
+
+void NodeModulesViewModel::setThreshold(AgeThreshold threshold)
+{
+    Settings::write(thresholdKey, toText(threshold.rawValue()));
+    if (assignIfChanged(m_threshold, threshold)) {
+        Q_EMIT thresholdChanged();
+    }
+}
+
+std::vector<Entry> NodeModulesViewModel::oldEntries() const
+{
+    std::vector<Entry> old;
+    std::ranges::copy_if(entries(), std::back_inserter(old),
+                         [this, now = Timestamp{std::chrono::system_clock::now()}](const Entry& entry) {
+                             return m_threshold.isOld(entry.modifiedAt, now);
+                         });
+    return old;
+}
+
+ScanLine NodeModulesViewModel::scanLine() const
+{
+    const NodeModulesProgress progress{isDiscovering(), scanTotal(), scanCompleted(), scanFraction()};
+    return {progress.text(), isDiscovering() ? std::nullopt : std::optional{progress.fraction}};
+}
+
+FileScanner::ScanStream NodeModulesViewModel::startStream()
+{
+    return FileScanner::findNodeModulesStream(*rootURL());
+}
+
+ListToolScreen* makeNodeModulesScreen(NodeModulesViewModel& tool)
+{
+    auto* const thresholds = new OptionMenu(OptionMenu::Choices::one, [&tool] {
+        return QStringLiteral("Ancien après : ") + labelOf(tool.threshold());
+    });
+    for (const AgeThreshold threshold : AgeThreshold::all) {
+        thresholds->addChoice(labelOf(threshold), threshold == tool.threshold(),
+                              [&tool, threshold](bool) { tool.setThreshold(threshold); });
+    }
+    auto* const deleteOld = new QPushButton;
+    Theme::dress(deleteOld, Theme::Button::danger);
+    auto* const screen = new ListToolScreen(tool, nodeModulesStyle(tool));
+    screen->addOption(thresholds);
+    screen->addOption(deleteOld);
+    const auto showOld = [&tool, deleteOld] {
+        const std::size_t old = tool.oldEntries().size();
+        deleteOld->setText(QStringLiteral("Supprimer anciens (%1)").arg(NumberText::grouped(old)));
+        deleteOld->setEnabled(old > 0);
+    };
+    QObject::connect(&tool, &ScanToolViewModel::progressChanged, deleteOld, showOld);
+    QObject::connect(&tool, &NodeModulesViewModel::thresholdChanged, screen, [=] {
+        thresholds->showTitle();
+        showOld();
+        screen->showAgain();
+    });
+    QObject::connect(deleteOld, &QPushButton::clicked, screen, [&tool, screen] {
+        const std::vector<Entry> old = tool.oldEntries();
+        UrlSet urls;
+        std::ranges::transform(old, std::inserter(urls, urls.end()), &Entry::url);
+        screen->selection().setUrls(urls);
+        screen->askDeletion(old, DeleteConfirmation::Default::trash);
+    });
+    showOld();
+    return screen;
+}
+
+} // namespace tallyroom

@@ -1,0 +1,21 @@
+#include "FileSystem/RealPath.h"
+
+#include <climits>
+#include <sys/types.h>
+#include <unistd.h>
+
+namespace tallyroom {
+
+SystemResult<std::string> realPathOf(int folder)
+{
+    std::string path(PATH_MAX, '\0');
+    const std::string descriptor = "/proc/self/fd/" + std::to_string(folder);
+    const ssize_t length = ::readlink(descriptor.c_str(), path.data(), path.size());
+    if (length < 0) {
+        return std::unexpected(SystemError::last());
+    }
+    path.resize(static_cast<std::size_t>(length));
+    return path;
+}
+
+} // namespace tallyroom
