@@ -24,7 +24,7 @@ public:
 
     FolderPresence();
 
-    /// Asks about each of them; `changed` follows when an answer is another one than before.
+    /// Asks about each of them; sends `changed` when an answer differs from the last one.
     void look(const std::vector<FileUrl>& folders);
 
     /// Whether nothing, or no folder, was found there. False while there is no answer.

@@ -108,7 +108,7 @@ void FramePace::timerEvent(QTimerEvent* /*event*/)
 
 void FramePace::runFrame()
 {
-    // Answered before the stream is emptied: what arrives from here on rings again.
+    // Answered before the callback empties the stream: later records ring again.
     m_doorbell->answer();
     const qint64 start = now();
     m_isCalling = true;

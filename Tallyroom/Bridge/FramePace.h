@@ -24,7 +24,7 @@ public:
     explicit FramePace(std::function<void()> onFrame);
     ~FramePace() override;
 
-    /// What producers call: any thread, at any time, also while this object is destroyed or after it.
+    /// Producers call it: from any thread, at any time, also during and after this object’s destruction.
     [[nodiscard]] std::function<void()> wakeUp() const;
 
 protected:

@@ -48,7 +48,7 @@ public:
         }
     }
 
-    /// Sends `changed` with the others: for a property that follows from what was written.
+    /// Sends `changed` with the others: for a property that depends on the written ones.
     template <class Owner>
     void announce(void (Owner::*changed)())
     {

@@ -18,7 +18,7 @@ public:
     /// The choice that Enter takes.
     enum class Default { trash, permanent };
 
-    /// What is to be said before; each may be empty.
+    /// The warning before a deletion; each part may be empty.
     struct Caution {
         QString warning;         ///< stands below the question
         QString acknowledgement; ///< what the user has to tick before anything can be deleted

@@ -30,7 +30,7 @@ struct RemovalProgress {
 /// How a batch ended.
 struct RemovalOutcome {
     FileRemover::RemovalResult result;
-    std::vector<Entry> done;  ///< what was removed or put back, in the order given
+    std::vector<Entry> done;  ///< the removed or restored items, in the order given
     std::size_t notBegun = 0; ///< left as it was because the batch was stopped
 };
 
@@ -39,11 +39,11 @@ struct DiskChange {
     std::vector<Entry> gone;        ///< removed
     std::vector<Entry> back;        ///< put back
     UrlSet folders;                 ///< places that hold less or more than before, up to the root
-    const QObject* asker = nullptr; ///< who asked for it
+    const QObject* asker = nullptr; ///< the tool that asked for it
 };
 
-/// What deletes a batch and what puts one back; the real ones unless a test brings its own. Called on the
-/// runner's thread.
+/// The functions that delete and restore a batch; replaceable in tests. The runner calls them on its own
+/// thread.
 struct RemovalOperations {
     std::function<FileRemover::RemovalResult(std::span<const Entry> entries, bool permanently,
                                              const FileRemover::BatchOptions& options)>
@@ -63,7 +63,7 @@ class DeletionRunner : public QObject {
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
 
 public:
-    /// Who asks, and what to call, on the main thread, as long as it lives.
+    /// The asking object and its callbacks; they run on the main thread as long as it lives.
     struct Listener {
         QObject* context = nullptr;
         std::function<void(const RemovalProgress&)> progressed;
@@ -82,7 +82,7 @@ public:
     [[nodiscard]] bool remove(std::vector<Entry> entries, bool permanently, Listener listener,
                               FileRemover::Screening screening = {});
 
-    /// Starts putting back what was deleted; false when another batch runs, and nothing is done then.
+    /// Starts restoring deleted items; does nothing and returns false when another batch runs.
     [[nodiscard]] bool restore(UndoableDeletion deletion, Listener listener);
 
     /// Ends the running batch after the item in hand.

@@ -25,7 +25,7 @@ struct PendingDeletion {
 
 /// What it takes to undo a deletion.
 struct UndoableDeletion {
-    std::vector<Entry> entries; ///< what was removed
+    std::vector<Entry> entries; ///< the removed items
     std::vector<FileRemover::TrashedItem> trashed;
 
     friend bool operator==(const UndoableDeletion&, const UndoableDeletion&) = default;

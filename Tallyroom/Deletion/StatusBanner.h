@@ -33,7 +33,7 @@ public:
 Q_SIGNALS:
     void undoRequested();
     void stopRequested();
-    /// What is shown changed, or whether anything is.
+    /// The content or the visibility changed.
     void contentChanged();
     void dismissed();
 

@@ -45,7 +45,7 @@ public:
     /// The menu of an entry, as a right click or the menu key opens it.
     [[nodiscard]] std::unique_ptr<QMenu> makeContextMenu(const Entry& entry);
 
-    /// What stays free on the right of the rows, the scroll bar aside.
+    /// The free space to the right of the rows, without the scroll bar.
     [[nodiscard]] int trailingMargin() const;
 
     /// The row under the mouse, -1 for none.

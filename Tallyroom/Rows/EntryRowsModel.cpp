@@ -9,7 +9,7 @@ EntryRowsModel::EntryRowsModel(QObject* parent) : QAbstractTableModel(parent)
 {
     connect(&m_selection, &Selection::changed, this, [this] {
         if (const int rows = rowCount({}); rows > 0) {
-            // The other cells may say what follows from the checks.
+            // Other cells may show text that depends on the checks.
             Q_EMIT dataChanged(index(0, checkColumn), index(rows - 1, columnCount({}) - 1),
                                {Qt::CheckStateRole});
         }

@@ -21,7 +21,7 @@ void EntryTableHeader::showSortOrder(int column, bool isAscending)
 {
     m_sortColumn = column;
     m_isAscending = isAscending;
-    // For assistive tools; what is seen is drawn below.
+    // For assistive tools; `paintSection` draws the visible mark.
     setSortIndicator(column, isAscending ? Qt::AscendingOrder : Qt::DescendingOrder);
     nameChoice();
     viewport()->update();

@@ -15,7 +15,7 @@ class EntryRows;
 /// What the rows of all lists are drawn with. Main thread.
 namespace RowPainting {
 
-/// What a row lies on while nothing is about it.
+/// The row background when neither hovered nor current.
 enum class Ground { striped, plain, section };
 
 /// The ground of a cell, as the row is current, under the mouse, or neither.

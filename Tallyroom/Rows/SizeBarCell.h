@@ -13,7 +13,7 @@ namespace tallyroom {
 /// A size as a bar across its cell, its text on it. Takes no clicks. Main thread.
 struct SizeBarCell {
     std::int64_t sizeBytes = 0;
-    /// The filled part, 0 to 1; what lies outside is drawn as the nearest end.
+    /// The filled part, 0 to 1; values outside are drawn as the nearest end.
     double fraction = 0;
     QColor tint;
 

@@ -19,7 +19,7 @@ public:
     /// The one list of the process, made on first use.
     static RecentFolders& shared();
 
-    /// Reads what is stored under `key`.
+    /// Reads the list stored under `key`.
     explicit RecentFolders(QString key = QStringLiteral("recentFolders"));
 
     /// Standardized locations; whether they still exist is not asked.

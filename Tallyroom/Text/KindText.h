@@ -16,7 +16,7 @@ namespace KindText {
 /// "456 727 fichiers · 82,9 Go"
 [[nodiscard]] QString total(const FolderSummary& summary);
 
-/// "Vidéos, 41,3 Go, 49,8 %, 1 204 fichiers": a kind in one line, for who cannot see it.
+/// "Vidéos, 41,3 Go, 49,8 %, 1 204 fichiers": a kind in one line, as accessible description.
 [[nodiscard]] QString name(const CategorySize& category, double share);
 
 /// The same as markup for the pointer.

@@ -20,7 +20,7 @@ QString toSentence(std::string_view reason)
 
 QString plainToolTip(const QString& text)
 {
-    // Only where it is needed: what is taken as plain text must not be escaped.
+    // Only where needed: the toolkit shows plain text as it is, entities included.
     return Qt::mightBeRichText(text) ? QStringLiteral("<span style='white-space:pre-wrap'>") +
                                            text.toHtmlEscaped() + QStringLiteral("</span>")
                                      : text;

@@ -37,7 +37,7 @@ public:
     /// Checks the copies of the group that need not stay beside `kept`, and no others.
     void checkOthers(const Entry& kept);
 
-    /// What is said of a copy beside its path.
+    /// The badges beside the path of a copy.
     [[nodiscard]] std::vector<EntryBadge> badges(int row) const;
 
     /// "2 × 11,6 Go"

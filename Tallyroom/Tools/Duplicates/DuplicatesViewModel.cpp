@@ -18,7 +18,7 @@ using DuplicateFinder::DuplicateProgress;
 
 namespace {
 
-/// What removed files leave of the groups: what is left alone is a duplicate no more.
+/// The groups without removed files; groups reduced to one file are dropped.
 struct Remainder {
     std::vector<DuplicateGroup> groups;
     std::int64_t freed = 0; ///< bytes

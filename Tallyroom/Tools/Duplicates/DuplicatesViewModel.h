@@ -14,7 +14,7 @@
 
 namespace tallyroom {
 
-/// Groups of identical files, shared by whoever looks at them.
+/// Groups of identical files, shared by view model, table and export.
 using DuplicateGroups = std::shared_ptr<const std::vector<DuplicateGroup>>;
 
 /// Finds files with identical content, and removes the copies that are checked once each of them has been

@@ -73,7 +73,7 @@ void writeApart(QWidget* parent, const Text& text, const FileUrl& file, const Wr
     });
 }
 
-/// Where the link at `file` leads, as it is written there; nothing when it is no link.
+/// The target of the link at `file`, unresolved; nothing when it is no link.
 std::optional<std::string> destination(const FileUrl& file)
 {
     std::error_code error;

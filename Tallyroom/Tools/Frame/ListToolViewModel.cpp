@@ -139,7 +139,7 @@ void ListToolViewModel::receive(const ScanProgress& record)
     update.assign(m_isDiscovering, record.isDiscovering, &ListToolViewModel::progressChanged);
 }
 
-/// A record as the disk is now: the scan does not know what was deleted or put back while it ran.
+/// Corrects a record: the scan does not know about deletions and undos while it runs.
 EntryList ListToolViewModel::amended(const EntryList& found) const
 {
     const EntryList present = m_removed.part(found).second;

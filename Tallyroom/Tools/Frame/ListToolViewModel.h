@@ -23,7 +23,7 @@ class ListToolViewModel : public ScanToolViewModel {
     Q_PROPERTY(bool isDiscovering READ isDiscovering NOTIFY progressChanged)
 
 public:
-    /// What the search text is looked for in.
+    /// The text that the filter searches.
     enum class FilterSubject { name, path };
     /// Whether a scan begins by looking for its work items.
     enum class ScanBeginning { measuring, discovering };
@@ -96,7 +96,7 @@ protected:
 
 private:
     void receive(const ScanProgress& record);
-    /// What folders were found to take up when they were measured again.
+    /// The new sizes of folders that were measured again.
     using Sizes = std::unordered_map<FileUrl, std::int64_t>;
 
     void startMeasuring();
@@ -118,7 +118,7 @@ private:
     RemovedPlaces m_removed; // deleted meanwhile: the scan may still report them
     EntryList m_restored;    // put back meanwhile: the scan may have passed them by
     std::unique_ptr<StreamPump<ScanProgress>> m_pump;
-    UrlSet m_unmeasured; // listed folders whose size is another one by now
+    UrlSet m_unmeasured; // listed folders whose size has changed
     std::unique_ptr<StreamPump<Sizes>> m_measuring;
 };
 

@@ -185,7 +185,7 @@ QString ScanToolViewModel::restoreReport(const RemovalOutcome& outcome) const
     return restoreMessage(outcome.result, outcome.notBegun);
 }
 
-/// The disk is another one than when the list was made, by this tool's doing or another's.
+/// This tool or another one has changed the disk since the scan.
 void ScanToolViewModel::follow(const DiskChange& change)
 {
     if (!m_rootURL) {

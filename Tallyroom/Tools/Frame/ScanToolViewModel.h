@@ -72,12 +72,12 @@ public:
     /// Whether a running scan has something to say of its progress.
     [[nodiscard]] virtual bool hasProgress() const = 0;
 
-    /// What is said of a running scan.
+    /// The progress line of a running scan.
     [[nodiscard]] virtual ScanLine scanLine() const = 0;
 
     void setSearchText(const QString& text);
 
-    /// Whether some of what was found may be hidden.
+    /// Whether a filter may hide entries.
     [[nodiscard]] virtual bool isFiltering() const { return !m_searchText.isEmpty(); }
 
     /// Shows everything again.
@@ -90,7 +90,7 @@ public:
     /// Makes `root` the tool's folder and scans it. By value: the recent folders change under way.
     void open(FileUrl root);
 
-    /// Scans again what is on screen, without what the caches know.
+    /// Scans the folder on screen again, without the caches.
     virtual void refresh();
 
     /// Scans again after a stop; what the caches know comes at once.
@@ -119,7 +119,7 @@ public:
     /// Takes the report off the screen.
     void dismissStatus();
 
-    /// Leaves the error state for what was there before: the list, or the welcome when there is none.
+    /// Leaves the error state for the previous page: the list, or the welcome without one.
     void dismissError();
 
 Q_SIGNALS:
@@ -128,7 +128,7 @@ Q_SIGNALS:
     void undoableChanged();
     void removalChanged();
     void searchTextChanged();
-    /// What was found, or how far the scan has come: one signal a record.
+    /// The list or the progress of the scan changed: one signal a record.
     void progressChanged();
 
 protected:
@@ -144,13 +144,13 @@ protected:
 
     [[nodiscard]] virtual RemovalPlan planRemoval(const std::vector<Entry>& /*entries*/) const { return {}; }
 
-    /// Takes out of the list what was removed, by this tool or another one, and what lies below it.
+    /// Takes removed items, and all that lay below them, out of the list.
     virtual void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) = 0;
 
-    /// Puts into the list what is back. `isOwn`: this tool removed it from the folder that it lists now.
+    /// Puts restored items into the list. `isOwn`: this tool removed them from the folder that it lists now.
     virtual void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) = 0;
 
-    /// What lies in `folders` takes up more or less room than it did.
+    /// The sizes of these folders have changed.
     virtual void measureAgain(const UrlSet& /*folders*/) {}
 
     /// The line that reports an undo.
@@ -159,16 +159,16 @@ protected:
     /// The folder that the entries on screen come from.
     [[nodiscard]] virtual std::optional<FileUrl> listedFolder() const { return rootURL(); }
 
-    /// Forgets what was found and starts the scan; called with a root folder set and no scan running.
+    /// Empties the list and starts the scan; called with a root folder set and no scan running.
     virtual void startScan(PropertyUpdate& update) = 0;
 
     /// Leaves a running scan; nothing of it may arrive any more. Called without one too.
     virtual void dropScan(PropertyUpdate& update) = 0;
 
-    /// A root was chosen and will be scanned: a tool writes here what goes with it.
+    /// A root was chosen: a tool resets the properties that depend on it.
     virtual void rootChosen(PropertyUpdate& /*update*/) {}
 
-    /// The search text is another one: a tool that keeps what it lets through looks again.
+    /// Called when the search text changes.
     virtual void searchTextChosen() {}
 
     /// Replaces the running scan by a new one; does nothing without a root. For changed options.
@@ -181,7 +181,7 @@ protected:
     void endScan(const ScanEnd& end);
 
 private:
-    /// One filling of the list. What was asked for one finds it expired after the next began.
+    /// One filling of the list; a removal that began during it finds it expired after the next scan began.
     struct Filling {};
 
     using Finished = std::function<void(PropertyUpdate& update, const RemovalOutcome& outcome)>;

@@ -92,7 +92,7 @@ void ToolPages::showPage(bool isPatient, bool hidesEverything)
     m_error->setText(QStringLiteral("Ce dossier n’a pas pu être ouvert"), m_tool.state().message);
     const QWidget* const before = currentWidget();
     setCurrentWidget(page(isPatient, hidesEverything));
-    // Whoever has just chosen a folder goes on in its list.
+    // After the choice of a folder the keyboard goes on in its list.
     const bool wasElsewhere = before == m_welcome || before == m_error;
     if (wasElsewhere && currentWidget() != before && isVisible()) {
         list()->setFocus();

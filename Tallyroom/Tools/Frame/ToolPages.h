@@ -10,7 +10,7 @@ namespace tallyroom {
 class MessagePage;
 class ScanningView;
 
-/// The middle of a tool's screen: the list, or what stands in for it before, while and when there is none.
+/// The middle of a tool's screen: the list, or the page in its place before, during and after a scan.
 /// Main thread.
 class ToolPages : public QStackedWidget {
     Q_OBJECT

@@ -217,7 +217,7 @@ void ToolScreen::showNotice()
                          partial.isEmpty() ? QString{} : QStringLiteral("Reprendre"));
 }
 
-/// What is no longer listed is no longer checked; while a scan fills the list nothing is known to be gone.
+/// Forgets the checks of vanished entries; during a scan no entry is known to have vanished.
 void ToolScreen::dropVanishedChecks()
 {
     if (!m_tool.isScanning() && m_rows->isUpToDate()) {

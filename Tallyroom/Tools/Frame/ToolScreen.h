@@ -29,7 +29,7 @@ struct ToolScreenStyle {
     QString searchPlaceholder;
     ToolWelcome::Content welcome;
     QString emptyMessage;    ///< a finished scan that found nothing
-    QString deletionWarning; ///< what is lost beyond the bytes; said before anything is deleted
+    QString deletionWarning; ///< the loss beyond the bytes; shown before a deletion
 };
 
 /// The frame that all tools share that list what they found: header, list, progress, banner, selection bar,
@@ -52,7 +52,7 @@ public:
     virtual void exportEntries() = 0;
 
 protected:
-    /// What is to be said before entries are deleted, beyond how many they are.
+    /// The warning before entries are deleted, beyond their number.
     using Caution = DeleteConfirmation::Caution;
 
     /// `tool` must outlive the screen, which takes `rows` over.
@@ -69,10 +69,10 @@ protected:
     /// Runs `act` on `keys` while this screen is on show and no text field wants them.
     void addShortcut(const QKeySequence& keys, const std::function<void()>& act);
 
-    /// "11 éléments · 86,4 Go": what was found.
+    /// "11 éléments · 86,4 Go"
     [[nodiscard]] virtual QString summary() const = 0;
 
-    /// What has to be known about the list of a scan that came to its end.
+    /// A warning about the list of a completed scan.
     [[nodiscard]] virtual QString notice() const { return {}; }
 
     /// Asks where to, writes what `text` makes off the main thread, and says where it is.

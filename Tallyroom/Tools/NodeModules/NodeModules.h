@@ -38,7 +38,7 @@ private:
     AgeThreshold m_threshold;
 };
 
-/// The line that tells how a search goes on: what was found, then how much of it is measured.
+/// The progress line of a search: the number of folders found, then of those measured.
 struct NodeModulesProgress {
     bool isDiscovering = false;
     std::int64_t found = 0;
