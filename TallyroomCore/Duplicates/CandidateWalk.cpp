@@ -216,9 +216,7 @@ Findings run(const FileUrl& url, std::int64_t minimumSize, const Limits& limits,
 {
     const auto ledger = std::make_shared<Ledger>(limits);
     const std::stop_callback passOn{stop, [&ledger] { ledger->stop().request_stop(); }};
-    std::vector<TreeWalk::Root> roots;
-    roots.push_back({url, std::make_unique<SearchedFolder>()});
-    TreeWalk::start(WorkerPool::shared(), std::move(roots),
+    TreeWalk::start({url, std::make_unique<SearchedFolder>()},
                     std::make_unique<CandidateVisitor>(minimumSize, ledger), ledger->stop().get_token());
     return ledger->wait(onVisited);
 }

@@ -387,4 +387,11 @@ void TreeWalk::start(WorkerPool& pool, std::vector<Root> roots, std::unique_ptr<
     }
 }
 
+void TreeWalk::start(Root root, std::unique_ptr<Visitor> visitor, std::stop_token stop)
+{
+    std::vector<Root> roots;
+    roots.push_back(std::move(root));
+    start(WorkerPool::shared(), std::move(roots), std::move(visitor), std::move(stop));
+}
+
 } // namespace tallyroom

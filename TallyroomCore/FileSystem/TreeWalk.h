@@ -114,7 +114,10 @@ public:
         virtual void visit(Folder& folder, std::span<Child> children) = 0;
 
         /// The record of a child folder that the walk enters.
-        [[nodiscard]] virtual std::unique_ptr<Folder> descendInto(Folder& parent, const Child& child) = 0;
+        [[nodiscard]] virtual std::unique_ptr<Folder> descendInto(Folder& /*parent*/, const Child& /*child*/)
+        {
+            return std::make_unique<Folder>();
+        }
 
         /// Everything below `folder` is done: `whole`, or partly given up after a stop. Children come before
         /// their parents.
@@ -137,6 +140,9 @@ public:
     /// Starts a walk on the pool and returns at once. The pool keeps the visitor until it has finished.
     static void start(WorkerPool& pool, std::vector<Root> roots, std::unique_ptr<Visitor> visitor,
                       std::stop_token stop);
+
+    /// The same from one root, on the process's pool.
+    static void start(Root root, std::unique_ptr<Visitor> visitor, std::stop_token stop);
 
 private:
     class Run;

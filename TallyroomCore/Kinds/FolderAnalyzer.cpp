@@ -91,12 +91,6 @@ public:
         }
     }
 
-    std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
-                                                  const TreeWalk::Child& /*child*/) override
-    {
-        return std::make_unique<TreeWalk::Folder>();
-    }
-
     /// After a stop too: a stream that was cancelled drops the record.
     void finish(bool /*stopped*/) override
     {
@@ -130,9 +124,7 @@ ProgressStream<FolderAnalyzer::Progress> start(const FileUrl& url, std::optional
 {
     auto [sender, stream] = makeProgressStream<FolderAnalyzer::Progress>();
     const std::stop_token cancelled = sender.stopToken();
-    std::vector<TreeWalk::Root> roots;
-    roots.push_back({url.standardized(), std::make_unique<TreeWalk::Folder>()});
-    TreeWalk::start(WorkerPool::shared(), std::move(roots),
+    TreeWalk::start({url.standardized(), std::make_unique<TreeWalk::Folder>()},
                     std::make_unique<AnalysisVisitor>(std::move(sender)),
                     std::move(stop).value_or(cancelled));
     return std::move(stream);

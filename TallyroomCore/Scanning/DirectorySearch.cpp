@@ -47,12 +47,6 @@ public:
         }
     }
 
-    std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
-                                                  const TreeWalk::Child& /*child*/) final
-    {
-        return std::make_unique<TreeWalk::Folder>();
-    }
-
     void add(Matches matches)
     {
         StreamWake wake; // outlives the lock

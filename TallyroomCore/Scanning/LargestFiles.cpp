@@ -54,12 +54,6 @@ public:
         }
     }
 
-    std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& /*parent*/,
-                                                  const TreeWalk::Child& /*child*/) override
-    {
-        return std::make_unique<TreeWalk::Folder>();
-    }
-
     void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
     {
         if (folder.isRoot()) {
@@ -130,9 +124,7 @@ FileScanner::ScanStream FileScanner::findLargestFilesStream(const FileUrl& folde
 {
     auto [sender, stream] = makeProgressStream<ScanProgress>();
     std::stop_token stop = sender.stopToken();
-    std::vector<TreeWalk::Root> roots;
-    roots.push_back({folder.standardized(), std::make_unique<TreeWalk::Folder>()});
-    TreeWalk::start(WorkerPool::shared(), std::move(roots),
+    TreeWalk::start({folder.standardized(), std::make_unique<TreeWalk::Folder>()},
                     std::make_unique<LargestFilesVisitor>(limit, std::move(sender)), std::move(stop));
     return std::move(stream);
 }

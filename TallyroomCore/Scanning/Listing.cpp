@@ -182,9 +182,7 @@ void startListing(const FileUrl& url, std::unique_ptr<ListingVisitor> visitor, s
 {
     auto root = std::make_unique<SizingVisitor::SizedFolder>();
     root->place = SizeCache::shared().place(url);
-    std::vector<TreeWalk::Root> roots;
-    roots.push_back({url, std::move(root)});
-    TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(visitor), std::move(stop));
+    TreeWalk::start({url, std::move(root)}, std::move(visitor), std::move(stop));
 }
 
 } // namespace

@@ -91,10 +91,8 @@ std::int64_t FileScanner::directorySize(const FileUrl& url)
     root->place = SizeCache::shared().place(url);
     std::promise<std::int64_t> promise;
     auto total = promise.get_future();
-    std::vector<TreeWalk::Root> roots;
-    roots.push_back({url.standardized(), std::move(root)});
-    TreeWalk::start(WorkerPool::shared(), std::move(roots),
-                    std::make_unique<SingleSizing>(std::move(promise)), {});
+    TreeWalk::start({url.standardized(), std::move(root)}, std::make_unique<SingleSizing>(std::move(promise)),
+                    {});
     return total.get();
 }
 
