@@ -12,11 +12,11 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QKeySequence>
 #include <QTest>
 #include <QTimer>
 #include <QWindow>
 
-#include <array>
 #include <atomic>
 #include <cstdio>
 #include <random>
@@ -66,33 +66,17 @@ public Q_SLOTS:
     void refuse(const QUrl& /*url*/) {}
 };
 
-constexpr std::array<QKeyCombination, 27> allKeys{Qt::Key_Down,
-                                                  Qt::Key_Up,
-                                                  Qt::Key_Left,
-                                                  Qt::Key_Right,
-                                                  Qt::Key_PageDown,
-                                                  Qt::Key_Home,
-                                                  Qt::Key_End,
-                                                  Qt::Key_Space,
-                                                  Qt::Key_Space,
-                                                  Qt::Key_Return,
-                                                  Qt::Key_Return,
-                                                  Qt::Key_Tab,
-                                                  Qt::Key_Tab,
-                                                  Qt::Key_Escape,
-                                                  Qt::Key_Delete,
-                                                  Qt::Key_Menu,
-                                                  Qt::Key_F5,
-                                                  Qt::Key_A,
-                                                  Qt::Key_Backspace,
-                                                  Qt::SHIFT | Qt::Key_Down,
-                                                  Qt::SHIFT | Qt::Key_Backtab,
-                                                  Qt::SHIFT | Qt::Key_Delete,
-                                                  Qt::ALT | Qt::Key_Up,
-                                                  Qt::CTRL | Qt::Key_A,
-                                                  Qt::CTRL | Qt::Key_C,
-                                                  Qt::CTRL | Qt::Key_F,
-                                                  Qt::CTRL | Qt::Key_Z};
+/// Some more than once, so that they are pressed more often.
+QKeyCombination anyKeys(std::mt19937_64& random)
+{
+    static const QStringList keys =
+        QStringLiteral(
+            "Down Up Left Right PgDown Home End Space Space Return Return Tab Tab Esc Del Menu F5 A "
+            "Backspace Shift+Down Shift+Backtab Shift+Del Alt+Up Ctrl+A Ctrl+C Ctrl+F Ctrl+Z")
+            .split(u' ');
+    const auto which = std::uniform_int_distribution<qsizetype>{0, keys.size() - 1}(random);
+    return QKeySequence{keys.at(which), QKeySequence::PortableText}[0];
+}
 
 class RestlessUser : public QObject {
 public:
@@ -137,7 +121,7 @@ private:
         case 7:
             return push();
         default:
-            return press(allKeys.at(static_cast<std::size_t>(draw(static_cast<int>(allKeys.size()) - 1))));
+            return press(anyKeys(m_random));
         }
     }
 
