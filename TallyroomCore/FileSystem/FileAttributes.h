@@ -35,6 +35,8 @@ struct FileAttributes : FileId {
     std::uint32_t stamp = 0; ///< device, mount, type and birth time, hashed (ItemIdentity)
     std::optional<Timestamp> modifiedAt;
     std::optional<Timestamp> changedAt; ///< of content or attributes (ctime); nobody can set it
+
+    [[nodiscard]] FileId id() const noexcept { return {device, inode}; }
 };
 
 /// Mixes a number into a hash.

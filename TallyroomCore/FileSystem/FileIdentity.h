@@ -16,7 +16,7 @@ struct FileIdentity : FileId {
 
     [[nodiscard]] static FileIdentity of(const FileAttributes& attributes)
     {
-        return {attributes, attributes.links, attributes.modifiedAt, attributes.changedAt};
+        return {attributes.id(), attributes.links, attributes.modifiedAt, attributes.changedAt};
     }
 
     [[nodiscard]] bool isSameFile(const FileId& other) const noexcept

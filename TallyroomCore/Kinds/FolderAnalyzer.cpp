@@ -135,7 +135,7 @@ ProgressStream<FolderAnalyzer::Progress> start(const FileUrl& url, std::optional
 std::future<FolderSummary> FolderAnalyzer::summarize(const FileUrl& url, std::stop_token stop)
 {
     return lastRecord(start(url, std::move(stop)),
-                      [](Progress last) { return last.summary.value_or(FolderSummary{}); });
+                      [](const Progress& last) { return last.summary.value_or(FolderSummary{}); });
 }
 
 ProgressStream<FolderAnalyzer::Progress> FolderAnalyzer::stream(const FileUrl& url)

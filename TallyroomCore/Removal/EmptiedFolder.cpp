@@ -22,7 +22,7 @@ void EmptiedFolder::park()
     access.with([](Access& own) {
         if (own.descriptor) {
             if (const auto attributes = fileAttributes(own.descriptor->get())) {
-                own.id = FileId{*attributes};
+                own.id = attributes->id();
                 own.descriptor.reset();
             }
         }
@@ -35,7 +35,7 @@ SystemResult<EmptiedFolder::SharedDescriptor> EmptiedFolder::reopenAs(FileDescri
     if (!attributes) {
         return std::unexpected(attributes.error());
     }
-    if (access.get().id != FileId{*attributes}) {
+    if (access.get().id != attributes->id()) {
         return std::unexpected(SystemError{ESTALE});
     }
     return keepOpen(std::move(found));

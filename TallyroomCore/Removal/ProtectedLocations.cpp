@@ -70,7 +70,7 @@ void ProtectedLocations::guard(const std::string& home)
     for (FileUrl step{home}; step.path().size() > 1; step = step.parent()) {
         const auto attributes = fileAttributes(step);
         if (attributes && attributes->type == EntryType::link) {
-            m_homeAndAbove.push_back({*attributes, isHome});
+            m_homeAndAbove.push_back({attributes->id(), isHome});
         }
         isHome = false;
     }
@@ -87,7 +87,7 @@ void ProtectedLocations::guard(const std::string& home)
         below = attributes->inode;
         mountBelow = *mount;
         if (find(*attributes) == nullptr) { // another way may have led here, and from here elsewhere
-            m_homeAndAbove.push_back({*attributes, isHome});
+            m_homeAndAbove.push_back({attributes->id(), isHome});
         }
         isHome = false;
         step = FileDescriptor{::openat(step.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC)};
@@ -96,7 +96,7 @@ void ProtectedLocations::guard(const std::string& home)
 
 const ProtectedLocations::Guarded* ProtectedLocations::find(const FileAttributes& attributes) const
 {
-    const auto found = std::ranges::find(m_homeAndAbove, FileId{attributes}, &Guarded::id);
+    const auto found = std::ranges::find(m_homeAndAbove, attributes.id(), &Guarded::id);
     return found == m_homeAndAbove.end() ? nullptr : &*found;
 }
 

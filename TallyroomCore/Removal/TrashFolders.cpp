@@ -51,7 +51,7 @@ Lookup::Lookup()
     }
     for (const auto& known : {fileAttributes(trash->get()), fileAttributes(trash->get(), "files")}) {
         if (known && known->type == EntryType::folder) {
-            m_own.push_back(FileId{*known});
+            m_own.push_back(known->id());
         }
     }
 }
@@ -102,7 +102,7 @@ Lookup::Folder Lookup::below(const Folder& parent, const FileUrl& folder, Links 
 
 bool Lookup::isBin(const FileUrl& folder, const SystemResult<FileAttributes>& attributes) const
 {
-    if (attributes && std::ranges::find(m_own, FileId{*attributes}) != m_own.end()) {
+    if (attributes && std::ranges::find(m_own, attributes->id()) != m_own.end()) {
         return true;
     }
     const FileUrl trash = folder.parent();
