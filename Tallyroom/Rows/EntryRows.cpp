@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -106,6 +107,7 @@ void EntryRows::goTo(int row)
 void EntryRows::resetView()
 {
     makeCurrent(-1);
+    m_staysAtFirst = m_isEntering;
     m_rangeStart.reset();
     verticalScrollBar()->setValue(0);
 }
@@ -128,6 +130,7 @@ QModelIndex EntryRows::moveCursor(CursorAction action, Qt::KeyboardModifiers mod
 void EntryRows::keyPressEvent(QKeyEvent* event)
 {
     const int row = currentRow();
+    m_staysAtFirst = m_staysAtFirst && event->isAutoRepeat();
     const bool isTyping = m_typed.isValid() && m_typed.elapsed() < QApplication::keyboardInputInterval();
     if (event->key() == Qt::Key_Space && isTyping) {
         m_typed.start();
@@ -144,7 +147,8 @@ void EntryRows::keyPressEvent(QKeyEvent* event)
             goToFirstOnScreen(); // rows came after the focus: the first key only says where one is
         } else if (event->key() == Qt::Key_Space) {
             toggle(row, event->modifiers());
-        } else {
+        } else if (!event->isAutoRepeat()) {
+            const QScopedValueRollback entering{m_isEntering, true};
             activateRow(row);
         }
     } else {
@@ -215,6 +219,7 @@ void EntryRows::mousePressEvent(QMouseEvent* event)
 {
     const QModelIndex index = indexAt(event->position().toPoint());
     m_press.reset();
+    m_staysAtFirst = false;
     const std::optional<FileUrl> url =
         index.isValid() && index.column() == EntryRowsModel::checkColumn ? urlAt(index.row()) : std::nullopt;
     if (event->button() == Qt::LeftButton && url) {

@@ -36,7 +36,8 @@ public:
     /// Makes the row of `url` the current one and scrolls to it; false when no row shows it.
     bool setCurrentEntry(const FileUrl& url);
 
-    /// Forgets the current row and goes to the top: another folder is about to be shown.
+    /// Forgets the current row and goes to the top: another folder is about to be shown. For someone who has
+    /// just pressed Enter the first row is the current one from then on, until the next key or click.
     void resetView();
 
     /// Whether rows offer "Mettre à la corbeille". Off at first.
@@ -83,6 +84,9 @@ protected:
     /// Without scrolling.
     void makeCurrent(int row);
 
+    /// Whether the first row is the current one, whichever it is.
+    [[nodiscard]] bool staysAtFirst() const { return m_staysAtFirst; }
+
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -115,6 +119,8 @@ private:
     std::optional<Press> m_press;
     std::optional<FileUrl> m_rangeStart;
     QElapsedTimer m_typed; // since the last letter that was looked for
+    bool m_isEntering = false;
+    bool m_staysAtFirst = false;
     int m_hoveredRow = -1;
 };
 

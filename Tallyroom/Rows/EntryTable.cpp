@@ -105,6 +105,37 @@ std::optional<int> EntryTable::anchorRow() const
     return isOnScreen(row) ? std::optional{row} : std::nullopt;
 }
 
+EntryBookmark EntryTable::bookmark() const
+{
+    EntryBookmark result;
+    if (const auto entry = currentEntry()) {
+        result.current = entry->url;
+    }
+    if (const std::optional<int> row = anchorRow()) {
+        result.anchor = m_model.entry(*row).url;
+        result.anchorTop = rowViewportPosition(*row);
+    }
+    return result;
+}
+
+void EntryTable::goTo(const EntryBookmark& bookmark)
+{
+    executeDelayedItemsLayout();
+    if (bookmark.current) {
+        setCurrentEntry(*bookmark.current);
+    }
+    if (const auto row = bookmark.anchor ? m_model.rowOf(*bookmark.anchor, 0) : std::nullopt) {
+        scrollTo(*row, bookmark.anchorTop);
+    }
+}
+
+/// Scrolls until the top of `row` is at `top` in the viewport.
+void EntryTable::scrollTo(int row, int top)
+{
+    executeDelayedItemsLayout();
+    verticalScrollBar()->setValue(verticalHeader()->sectionPosition(row) - top);
+}
+
 void EntryTable::rememberPlace()
 {
     m_place = {m_model.rows(), {}, anchorRow(), 0};
@@ -126,13 +157,15 @@ int EntryTable::rowAfterChange(int row) const
 void EntryTable::restorePlace()
 {
     const bool isEmpty = m_model.rowCount() == 0;
-    const int current = isEmpty || !m_place.currentRow ? -1 : rowAfterChange(*m_place.currentRow);
+    int current = isEmpty || !m_place.currentRow ? -1 : rowAfterChange(*m_place.currentRow);
+    if (staysAtFirst() && !isEmpty) {
+        current = 0;
+    }
     makeCurrent(current);
     if (m_place.anchorRow && !isEmpty) {
         const int row =
             m_place.anchorRow == m_place.currentRow ? current : rowAfterChange(*m_place.anchorRow);
-        executeDelayedItemsLayout();
-        verticalScrollBar()->setValue(verticalHeader()->sectionPosition(row) - m_place.anchorTop);
+        scrollTo(row, m_place.anchorTop);
     }
     m_place = {};
 }

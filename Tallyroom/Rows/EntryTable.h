@@ -9,6 +9,13 @@ namespace tallyroom {
 
 class EntryTableHeader;
 
+/// Where the reader of a list is, by location: good for the same list when it comes again.
+struct EntryBookmark {
+    std::optional<FileUrl> current; ///< the row that the keyboard is on
+    std::optional<FileUrl> anchor;  ///< a row on screen; none at the top of the list
+    int anchorTop = 0;              ///< its top in the viewport
+};
+
 /// A table of entries to check, sort and enter; copies none of them. While a scan fills the list, the row
 /// that the reader has scrolled to keeps its place, and checks stay with their entries. Lists too long to be
 /// filtered or sorted within one turn are arranged on a thread of their own; the rows then follow a moment
@@ -32,6 +39,11 @@ public:
     /// The rows on screen, from the top; after a change of a long list those before it, until `rowsChanged`.
     [[nodiscard]] const EntryArrangement& arrangement() const { return m_model.rows(); }
 
+    [[nodiscard]] EntryBookmark bookmark() const;
+
+    /// Goes where the bookmark says, as far as its rows are there.
+    void goTo(const EntryBookmark& bookmark);
+
 protected:
     void rememberPlace() override;
     void restorePlace() override;
@@ -48,6 +60,8 @@ private:
 
     EntryTable(EntryTableModel* model, QWidget* parent);
 
+    using QTableView::scrollTo;
+    void scrollTo(int row, int top);
     void layOutColumns();
     void showSortOrder();
     void sortBy(int column);

@@ -94,14 +94,65 @@ TEST_F(DiskUsageViewTest, KeysMoveThroughFolders)
     EXPECT_EQ(current(), "/r");
 }
 
-TEST_F(DiskUsageViewTest, GoingBackFindsTheFolderThatWasLeft)
+TEST_F(DiskUsageViewTest, TheWayBackLeadsToTheRowThatWasLeftWhereItWas)
 {
-    scene.navigator->activate(folderEntry("/r/folder", 30));
+    std::vector<Entry> folders;
+    for (int number = 100; number > 0; --number) {
+        folders.push_back(folderEntry("/many/" + std::to_string(number), number));
+    }
+    scene.openLoaded("/many", folders);
+    const auto placeOf = [&] { return table().visualRect(table().currentIndex()).top(); };
+
+    struct Case {
+        const char* entered;
+        std::function<void()> goBack;
+    };
+
+    const std::vector<Case> cases{{"/many/100", [&] { press(Qt::Key_Backspace); }},
+                                  {"/many/30", [&] { press(Qt::Key_Left, Qt::AltModifier); }},
+                                  {"/many/60", [&] { press(Qt::Key_Up, Qt::AltModifier); }}};
+    for (const Case& one : cases) {
+        const std::string path = one.entered;
+        ASSERT_TRUE(table().setCurrentEntry(FileUrl{path}));
+        const int place = placeOf();
+        press(Qt::Key_Return);
+        scene.finishListing({fileEntry(path + "/x", 2), fileEntry(path + "/y", 1)});
+        scene.navigator->setSearchText(QStringLiteral("y"));
+        one.goBack();
+        scene.receive({folders.begin(), folders.begin() + 20}); // the row may come later than the first ones
+        scene.finishListing(folders);
+        ASSERT_TRUE(table().currentEntry()) << path;
+        EXPECT_EQ(table().currentEntry()->url, FileUrl{path});
+        EXPECT_EQ(placeOf(), place) << path;
+    }
+    scene.navigator->activate(folderEntry("/many/7", 7)); // its row was not the current one
     scene.finishListing({});
-    scene.navigator->goBack();
-    scene.finishListing({fileEntry("/r/b", 50), folderEntry("/r/folder", 30)});
-    ASSERT_TRUE(table().currentEntry());
-    EXPECT_EQ(table().currentEntry()->name, "folder");
+    scene.navigator->goToRoot();
+    scene.finishListing(folders);
+    EXPECT_EQ(table().currentEntry()->url, FileUrl{"/many/60"});
+}
+
+TEST_F(DiskUsageViewTest, EachPressOfEnterGoesDownOneLevelInTheTableAndInTheMap)
+{
+    for (const char* const list : {"Tableau", "Treemap"}) {
+        button(QString::fromUtf8(list))->click();
+        scene.openLoaded("/r", {folderEntry("/r/folder", 30), fileEntry("/r/b", 20)});
+        search().setFocus();
+        press(Qt::Key_Down);
+        press(Qt::Key_Home);
+        press(Qt::Key_Return);
+        scene.receive({fileEntry("/r/folder/small", 1)});
+        scene.finishListing({folderEntry("/r/folder/deep", 5), fileEntry("/r/folder/small", 1)});
+        QKeyEvent held{QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, {}, true};
+        QApplication::sendEvent(view.focusWidget(), &held);
+        EXPECT_EQ(current(), QStringLiteral("/r/folder")) << "a key that is held down, " << list;
+        const auto* const map = view.findChild<TreemapView*>();
+        EXPECT_TRUE(!map->isVisible() || waitUntil(map, &TreemapView::currentChanged, [map] {
+            return map->currentEntry() && map->currentEntry()->name == "deep";
+        }));
+        press(Qt::Key_Return);
+        EXPECT_EQ(current(), QStringLiteral("/r/folder/deep")) << list;
+    }
 }
 
 TEST_F(DiskUsageViewTest, SortingByAClickOnATitleAimsNoDeletion)

@@ -1,6 +1,5 @@
 #include "Tools/DiskUsage/DiskUsageView.h"
 
-#include "Rows/EntryTable.h"
 #include "Rows/Selection.h"
 #include "Settings/Settings.h"
 #include "Text/FileUrlText.h"
@@ -16,6 +15,9 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
 
 namespace tallyroom {
 
@@ -60,10 +62,8 @@ DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* paren
     addList(frame);
     connectTreemap();
     addNavigationShortcuts();
-    connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, [this] {
-        m_navigator.clearFilter(); // it was typed for the names of another folder
-        resetView();
-    });
+    connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, &DiskUsageView::changeFolder);
+    connect(&m_navigator, &FolderNavigatorViewModel::stateChanged, this, &DiskUsageView::forgetPlace);
     connect(&m_navigator, &FolderNavigatorViewModel::canGoBackChanged, m_back,
             [this] { m_back->setEnabled(m_navigator.canGoBack()); });
     showTreemap(Settings::flag(treemapKey, false));
@@ -137,6 +137,10 @@ bool DiskUsageView::eventFilter(QObject* watched, QEvent* event)
         m_navigator.goBack();
         return true;
     }
+    static constexpr std::array ownMoves{QEvent::KeyPress, QEvent::MouseButtonPress, QEvent::Wheel};
+    if (std::ranges::find(ownMoves, event->type()) != ownMoves.end()) {
+        m_return.reset();
+    }
     return ListToolScreen::eventFilter(watched, event);
 }
 
@@ -169,26 +173,61 @@ std::optional<Entry> DiskUsageView::currentEntry() const
 void DiskUsageView::resetView()
 {
     ListToolScreen::resetView();
+    m_treemap->startOver();
     showPlace();
 }
 
 void DiskUsageView::showPlace()
 {
     m_breadcrumb->setItems(m_navigator.breadcrumb());
-    const std::optional<FileUrl>& folder = m_navigator.currentURL();
-    m_cameFrom.reset();
-    if (folder && m_shownFolder && *m_shownFolder != *folder && m_shownFolder->isInside(*folder)) {
-        const std::vector<std::string> components = m_shownFolder->pathComponents();
-        m_cameFrom = folder->appending(components[folder->pathComponents().size()]);
-    }
-    m_shownFolder = folder;
+    m_shownFolder = m_navigator.currentURL();
 }
 
-/// On the way back the row of the folder that was left is the current one.
-void DiskUsageView::returnToChild()
+/// On the way back the reader finds the row that he left, and the rows around it where they were.
+void DiskUsageView::changeFolder()
 {
-    if (m_cameFrom && table().setCurrentEntry(*m_cameFrom)) {
-        m_cameFrom.reset();
+    const std::optional<FileUrl> left = m_shownFolder;
+    if (left) {
+        EntryBookmark place = table().bookmark();
+        if (const auto current = currentEntry()) {
+            place.current = current->url; // the map's, where it is shown
+        }
+        m_bookmarks.insert_or_assign(*left, std::move(place));
+    }
+    m_navigator.clearFilter(); // it was typed for the names of another folder
+    resetView();
+    m_return.reset();
+    if (m_shownFolder) {
+        if (const auto known = m_bookmarks.find(*m_shownFolder); known != m_bookmarks.end()) {
+            m_return = known->second;
+        } else if (left && left->isInside(*m_shownFolder)) {
+            const std::vector<std::string> components = left->pathComponents();
+            m_return.emplace().current =
+                m_shownFolder->appending(components[m_shownFolder->pathComponents().size()]);
+        }
+    }
+    std::erase_if(m_bookmarks, [&history = m_navigator.history()](const auto& one) {
+        return std::ranges::find(history, one.first) == history.end();
+    });
+}
+
+void DiskUsageView::returnToPlace()
+{
+    if (!m_return) {
+        return;
+    }
+    table().goTo(*m_return);
+    if (m_return->current) {
+        m_treemap->setCurrentEntry(*m_return->current);
+    }
+    forgetPlace();
+}
+
+/// Once all rows are there the place is the reader's own affair.
+void DiskUsageView::forgetPlace()
+{
+    if (!m_navigator.isScanning() && table().isUpToDate()) {
+        m_return.reset();
     }
 }
 
@@ -203,8 +242,8 @@ void DiskUsageView::showTreemap(bool isShown)
 void DiskUsageView::showRows()
 {
     ListToolScreen::showRows();
-    returnToChild();
     showTiles();
+    returnToPlace();
 }
 
 /// A hidden map takes up the rows when it is shown.

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "Rows/EntryTable.h"
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
 #include "Tools/Frame/ListToolScreen.h"
 
+#include <map>
 #include <optional>
 
 class QAbstractButton;
@@ -38,9 +40,11 @@ private:
     void connectTreemap();
     void addNavigationShortcuts();
     void showPlace();
+    void changeFolder();
     void showTreemap(bool isShown);
     void showTiles();
-    void returnToChild();
+    void returnToPlace();
+    void forgetPlace();
 
     FolderNavigatorViewModel& m_navigator;
     QPushButton* m_back;
@@ -50,7 +54,8 @@ private:
     TreemapView* m_treemap;
     bool m_isTreemapShown = false;
     std::optional<FileUrl> m_shownFolder;
-    std::optional<FileUrl> m_cameFrom; // the child that the way back left, until its row is there
+    std::map<FileUrl, EntryBookmark> m_bookmarks; // of the folders that the way back leads through
+    std::optional<EntryBookmark> m_return;        // where the reader was, until the rows are all there
 };
 
 } // namespace tallyroom

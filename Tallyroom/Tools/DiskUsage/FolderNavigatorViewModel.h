@@ -39,6 +39,9 @@ public:
 
     [[nodiscard]] bool canGoBack() const { return !m_history.empty(); }
 
+    /// The folders that the way back leads through, the next one last.
+    [[nodiscard]] const std::vector<FileUrl>& history() const { return m_history; }
+
     /// From the root to the current folder; empty before one is open. The current folder is taken to lie
     /// under the root.
     [[nodiscard]] std::vector<BreadcrumbItem> breadcrumb() const;

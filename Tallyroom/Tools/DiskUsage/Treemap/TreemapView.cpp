@@ -9,6 +9,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QToolTip>
 
 #include <algorithm>
@@ -118,6 +119,24 @@ std::optional<Entry> TreemapView::currentEntry() const
 void TreemapView::setCurrentTile(std::size_t tile)
 {
     setCurrent(tile, centre(tile));
+}
+
+void TreemapView::setCurrentEntry(const FileUrl& url)
+{
+    const bool isListed =
+        std::ranges::any_of(m_entries, [&](const Entry& entry) { return entry.url == url; });
+    if (isListed && m_current != url) {
+        m_current = url;
+        keepCurrent();
+        update();
+        Q_EMIT currentChanged();
+    }
+}
+
+void TreemapView::startOver()
+{
+    setCurrent(std::nullopt, {});
+    m_staysAtLargest = m_isEntering;
 }
 
 QSize TreemapView::sizeHint() const
@@ -231,6 +250,9 @@ void TreemapView::setCurrent(std::optional<std::size_t> tile, const QPoint& anch
 
 void TreemapView::keepCurrent()
 {
+    if (m_staysAtLargest && !m_scene.tiles().empty()) {
+        setCurrentTile(0);
+    }
     if (!m_current) {
         return;
     }
@@ -294,6 +316,7 @@ void TreemapView::mousePressEvent(QMouseEvent* event)
         return;
     }
     m_pressed.reset();
+    m_staysAtLargest = false;
     if (const auto tile = tileAt(event->position())) {
         setCurrentTile(*tile);
         if (event->button() == Qt::LeftButton) {
@@ -358,6 +381,7 @@ void TreemapView::keyPressEvent(QKeyEvent* event)
     const int key = event->key();
     const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     const auto direction = directionOf(key);
+    m_staysAtLargest = m_staysAtLargest && event->isAutoRepeat();
     if (isPlain && direction) {
         move(*direction);
     } else if (isPlain && (key == Qt::Key_Home || key == Qt::Key_End) && !m_scene.tiles().empty()) {
@@ -366,6 +390,7 @@ void TreemapView::keyPressEvent(QKeyEvent* event)
         Q_EMIT selectionToggled(FileUrl{m_scene.entry(*m_currentTile).url});
     } else if (isPlain && (key == Qt::Key_Return || key == Qt::Key_Enter) && m_currentTile &&
                !event->isAutoRepeat()) {
+        const QScopedValueRollback entering{m_isEntering, true};
         Q_EMIT activated(Entry{m_scene.entry(*m_currentTile)});
     } else {
         QWidget::keyPressEvent(event);

@@ -46,6 +46,13 @@ public:
     /// Moves the keyboard's place to the tile.
     void setCurrentTile(std::size_t tile);
 
+    /// The same for an entry, whose tile need not be there yet.
+    void setCurrentEntry(const FileUrl& url);
+
+    /// Forgets the current tile: another folder is about to be shown. For someone who has just pressed Enter
+    /// the largest tile is the current one from then on, until the next key or click.
+    void startOver();
+
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
 
@@ -103,7 +110,9 @@ private:
 
     std::optional<FileUrl> m_current;
     std::optional<std::size_t> m_currentTile; // where m_current is drawn in m_scene, if it is
-    QPoint m_anchor;                          // device pixels; where the arrow keys move from
+    bool m_isEntering = false;
+    bool m_staysAtLargest = false;
+    QPoint m_anchor; // device pixels; where the arrow keys move from
     std::optional<QPointF> m_pointer;
     std::optional<std::size_t> m_hoveredTile; // what is under m_pointer in m_scene
     std::optional<Press> m_pressed;
