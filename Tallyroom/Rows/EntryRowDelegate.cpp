@@ -5,6 +5,7 @@
 #include "Rows/RowPainting.h"
 #include "Rows/SizeBarCell.h"
 #include "Text/SizeProportion.h"
+#include "Theme/FileKindPresentation.h"
 #include "Theme/SymbolIcon.h"
 
 #include <QPainter>
@@ -46,7 +47,7 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
 
 QColor EntryRowDelegate::tint(const Entry& entry) const
 {
-    return m_model.style().tint ? m_model.style().tint(entry) : Theme::shared().tint(FileKind::of(entry));
+    return m_model.style().tint ? m_model.style().tint(entry) : Theme::shared().tint(drawnKind(entry));
 }
 
 void EntryRowDelegate::paintName(QPainter& painter, QRect cell, const Entry& entry) const
@@ -54,7 +55,7 @@ void EntryRowDelegate::paintName(QPainter& painter, QRect cell, const Entry& ent
     const EntryTableStyle& style = m_model.style();
     const Theme& theme = Theme::shared();
     const std::string symbol =
-        style.symbol ? style.symbol(entry) : std::string{FileKind::of(entry).symbolName()};
+        style.symbol ? style.symbol(entry) : symbolName(entry);
     SymbolIcon::paint(painter, {cell.left(), cell.top(), Theme::iconSize, cell.height()}, symbol,
                       tint(entry));
     cell.adjust(Theme::iconSize + Theme::gap + 2, 0, -Theme::gap, 0);

@@ -137,7 +137,7 @@ QString EntryTableModel::accessibleText(int row, int column) const
         return text(entry, column);
     }
     // The name cell is the current one: it speaks for the whole row.
-    QStringList parts{nameText(entry), displayName(FileKind::of(entry))};
+    QStringList parts{nameText(entry), kindName(entry)};
     if (m_style.badges) {
         for (const EntryBadge& badge : m_style.badges(entry)) {
             parts += badge.text;

@@ -8,4 +8,35 @@ QString displayName(FileKind kind)
     return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
 }
 
+FileKind drawnKind(const Entry& entry)
+{
+    return entry.form == EntryForm::ordinary ? FileKind::of(entry) : FileKind{FileKind::other};
+}
+
+QString kindName(const Entry& entry)
+{
+    switch (entry.form) {
+    case EntryForm::ordinary:
+        return displayName(FileKind::of(entry));
+    case EntryForm::link:
+        return QStringLiteral("Lien");
+    case EntryForm::special:
+        return QStringLiteral("Fichier spécial");
+    }
+    return {};
+}
+
+std::string symbolName(const Entry& entry)
+{
+    switch (entry.form) {
+    case EntryForm::ordinary:
+        return std::string{FileKind::of(entry).symbolName()};
+    case EntryForm::link:
+        return "link";
+    case EntryForm::special:
+        return "powerplug";
+    }
+    return {};
+}
+
 } // namespace tallyroom

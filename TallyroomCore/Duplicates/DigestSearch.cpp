@@ -324,7 +324,7 @@ private:
             const Content& content = m_contents[number];
             for (std::uint32_t path = 0; path < content.paths; ++path) {
                 const Candidate& way = m_findings.candidates[content.firstPath + path];
-                Entry entry{urlOf(way), way.name, way.size, false, {}, content.item};
+                Entry entry{urlOf(way), way.name, way.size, false, EntryForm::ordinary, {}, content.item};
                 if (content.paths == 1 || leadsTo(entry.url, content.identity)) {
                     copies.push_back({std::move(entry), content.identity});
                 }

@@ -81,6 +81,15 @@ public:
         bool descend = false;                       ///< the visitor's answer: walk into this folder
 
         [[nodiscard]] bool isFolder() const noexcept { return type == EntryType::folder; }
+
+        [[nodiscard]] EntryForm form() const noexcept
+        {
+            if (type == EntryType::link) {
+                return EntryForm::link;
+            }
+            const bool isSpecial = type == EntryType::file && attributes != nullptr && !attributes->isRegular;
+            return isSpecial ? EntryForm::special : EntryForm::ordinary;
+        }
     };
 
     /// Whose attributes are read before the visit. Types are always known.

@@ -16,6 +16,13 @@ namespace tallyroom {
 /// A moment as file systems keep it: nanoseconds since 1970-01-01T00:00:00Z.
 using Timestamp = std::chrono::sys_time<std::chrono::nanoseconds>;
 
+/// What an entry is besides a folder or a file with content.
+enum class EntryForm : unsigned char {
+    ordinary,
+    link,
+    special ///< a FIFO, a socket or a device
+};
+
 /// One file or folder, as every list, bar and tile shows it. A plain value.
 struct Entry {
     /// Where the item is; also its identity in lists.
@@ -26,8 +33,10 @@ struct Entry {
     std::int64_t sizeBytes = 0;
     /// True for a folder, false for everything else, links to folders included.
     bool isDirectory = false;
+    /// Chooses icon and words only, and is no part of equality.
+    EntryForm form = EntryForm::ordinary;
     /// When the content last changed; absent when the file system did not say.
-    std::optional<Timestamp> modifiedAt;
+    std::optional<Timestamp> modifiedAt{};
     /// Which item the scan saw there. Not a part of equality: a newer scan of the same item is no change.
     ItemIdentity identity{};
 

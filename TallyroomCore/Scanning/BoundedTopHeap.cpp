@@ -57,6 +57,7 @@ void BoundedTopHeap::offer(const FileUrl& folder, std::span<const Candidate> fil
                   std::string{file.name},
                   file.sizeBytes,
                   false,
+                  file.form,
                   {},
                   file.identity});
         }

@@ -20,6 +20,7 @@ public:
     struct Candidate {
         std::string_view name;
         std::int64_t sizeBytes = 0;
+        EntryForm form = EntryForm::ordinary;
         ItemIdentity identity{};
     };
 

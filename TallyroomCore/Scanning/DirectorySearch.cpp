@@ -162,8 +162,8 @@ private:
     {
         const Match& match = m_matches[index];
         return {index,
-                {match.url, std::string{match.url.lastPathComponent()}, total, true, match.modifiedAt,
-                 match.identity}};
+                {match.url, std::string{match.url.lastPathComponent()}, total, true, EntryForm::ordinary,
+                 match.modifiedAt, match.identity}};
     }
 
     const Matches m_matches;

@@ -41,7 +41,7 @@ public:
                 const std::int64_t size = child.attributes != nullptr ? child.attributes->allocatedBytes : 0;
                 ++files;
                 if (m_heap.mayTake(size)) {
-                    candidates.push_back({child.name, size, identity(folder, child)});
+                    candidates.push_back({child.name, size, child.form(), identity(folder, child)});
                 }
             }
         }

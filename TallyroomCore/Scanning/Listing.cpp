@@ -80,8 +80,8 @@ protected:
         const auto& listed = static_cast<ListedFolder&>(folder);
         std::vector<IndexedEntry> done;
         done.push_back({listed.index,
-                        {m_url.appending(listed.name()), listed.name(), total, true, listed.modifiedAt,
-                         listed.identity}});
+                        {m_url.appending(listed.name()), listed.name(), total, true, EntryForm::ordinary,
+                         listed.modifiedAt, listed.identity}});
         deliver(std::move(done));
     }
 
@@ -101,7 +101,7 @@ private:
     [[nodiscard]] Entry entry(const TreeWalk::Child& child, std::int64_t bytes,
                               const ScanRoot& scanRoot) const
     {
-        return {m_url.appending(child.name), std::string{child.name},  bytes, child.isFolder(),
+        return {m_url.appending(child.name), std::string{child.name},  bytes, child.isFolder(), child.form(),
                 modifiedAt(child),           identity(child, scanRoot)};
     }
 

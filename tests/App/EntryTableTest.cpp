@@ -27,12 +27,12 @@ using testing::UnorderedElementsAre;
 
 Entry file(const std::string& name, std::int64_t size)
 {
-    return {FileUrl{"/tri/" + name}, name, size, false, std::nullopt};
+    return {FileUrl{"/tri/" + name}, name, size, false};
 }
 
 Entry folder(const std::string& name, std::int64_t size)
 {
-    return {FileUrl{"/tri/" + name}, name, size, true, std::nullopt};
+    return {FileUrl{"/tri/" + name}, name, size, true};
 }
 
 /// A table on screen, 400 high, with what a reader does to it.

@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
+#include <map>
 #include <random>
 
 namespace tallyroom {
@@ -58,6 +59,25 @@ TEST_F(FileScannerTest, AFolderWeighsWhatIsInItAndNotWhatItsLinksPointTo)
     EXPECT_TRUE(entries[0].isDirectory);
     EXPECT_FALSE(entries[3].isDirectory) << "a link to a folder is an item of its own";
     EXPECT_EQ(entries[0].modifiedAt->time_since_epoch(), std::chrono::seconds{1'000'000});
+}
+
+TEST_F(FileScannerTest, LinksAndSpecialFilesAreToldFromFiles)
+{
+    const TemporaryTree tree{folder("folder"),        file("file", 1), link("link", "folder"),
+                             link("lost", "nowhere"), fifo("fifo"),    socket("socket")};
+    using enum EntryForm;
+    const std::map<std::string, EntryForm> wanted{{"folder", ordinary}, {"file", ordinary},
+                                                  {"link", link},       {"lost", link},
+                                                  {"fifo", special},    {"socket", special}};
+    std::map<std::string, EntryForm> listed;
+    for (const Entry& entry : FileScanner::directEntries(tree.url(), false).get()) {
+        listed[entry.name] = entry.form;
+    }
+    EXPECT_EQ(listed, wanted);
+    for (const Entry& entry : FileScanner::findLargestFiles(tree.url(), 10).get()) {
+        EXPECT_EQ(entry.form, wanted.at(entry.name)) << entry.name;
+    }
+    EXPECT_LE(sizeof(Entry), 112U) << "a listing of a million entries is kept whole";
 }
 
 TEST_F(FileScannerTest, ACachedListingIsGivenAgainUntilItIsRefreshedOrInvalidated)

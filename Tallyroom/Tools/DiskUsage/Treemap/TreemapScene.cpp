@@ -1,5 +1,6 @@
 #include "Tools/DiskUsage/Treemap/TreemapScene.h"
 
+#include "Theme/FileKindPresentation.h"
 #include "Treemap/TreemapLayout.h"
 
 #include <algorithm>
@@ -111,7 +112,7 @@ void TreemapScene::findKinds()
         __builtin_prefetch(&entry(std::min(tile + far, count - 1)));
         const std::string& path = entry(std::min(tile + near, count - 1)).url.path();
         __builtin_prefetch(path.data() + path.size());
-        m_tiles[tile].kind = FileKind::of(entry(tile));
+        m_tiles[tile].kind = drawnKind(entry(tile));
     }
 }
 
