@@ -113,30 +113,35 @@ void TreemapView::showChecks(std::optional<std::uint32_t> position)
 
 std::optional<Entry> TreemapView::currentEntry() const
 {
-    return m_currentTile ? std::optional{m_scene.entry(*m_currentTile)} : std::nullopt;
+    const auto tile = currentTile();
+    return tile ? std::optional{m_scene.entry(*tile)} : std::nullopt;
 }
 
 void TreemapView::setCurrentTile(std::size_t tile)
 {
-    setCurrent(tile, centre(tile));
+    announceCurrent(m_cursor.set(m_scene, tile));
 }
 
 void TreemapView::setCurrentEntry(const FileUrl& url)
 {
-    const bool isListed =
-        std::ranges::any_of(m_entries, [&](const Entry& entry) { return entry.url == url; });
-    if (isListed && m_current != url) {
-        m_current = url;
-        keepCurrent();
-        update();
-        Q_EMIT currentChanged();
-    }
+    announceCurrent(m_cursor.set(m_scene, m_entries, url));
 }
 
 void TreemapView::startOver()
 {
-    setCurrent(std::nullopt, {});
-    m_staysAtLargest = m_isEntering;
+    announceCurrent(m_cursor.clear());
+    if (m_isEntering) {
+        m_cursor.stayAtLargest();
+    }
+}
+
+void TreemapView::announceCurrent(bool isAnother)
+{
+    if (isAnother) {
+        update();
+        TreemapAccessible::announceFocus(*this);
+        Q_EMIT currentChanged();
+    }
 }
 
 QSize TreemapView::sizeHint() const
@@ -162,7 +167,7 @@ void TreemapView::layOut()
                            QRectF{area.topLeft() * scale, area.size() * scale}.toAlignedRect(), scale};
     m_map = {};
     m_hoveredTile = m_pointer ? tileAt(*m_pointer) : std::nullopt;
-    keepCurrent();
+    announceCurrent(m_cursor.follow(m_scene, m_entries));
     TreemapAccessible::announceTiles(*this);
     update();
 }
@@ -206,8 +211,8 @@ void TreemapView::paintEvent(QPaintEvent* /*event*/)
         const bool allFiltered = m_visible.empty() && !m_entries.empty();
         m_painter->paintMessage(painter, rect(), TreemapText::noTiles(m_scene.crumbs().count, allFiltered));
     }
-    if (hasFocus() && m_currentTile) {
-        m_painter->paintRing(painter, tileRect(*m_currentTile));
+    if (hasFocus() && currentTile()) {
+        m_painter->paintRing(painter, tileRect(*currentTile()));
     }
 }
 
@@ -232,42 +237,6 @@ void TreemapView::showEvent(QShowEvent* event)
     QWidget::showEvent(event);
 }
 
-// Where the keyboard and the pointer are
-
-void TreemapView::setCurrent(std::optional<std::size_t> tile, const QPoint& anchor)
-{
-    m_anchor = anchor;
-    const auto url = tile ? std::optional{m_scene.entry(*tile).url} : std::nullopt;
-    m_currentTile = tile;
-    if (url == m_current) {
-        return;
-    }
-    m_current = url;
-    update();
-    TreemapAccessible::announceFocus(*this);
-    Q_EMIT currentChanged();
-}
-
-void TreemapView::keepCurrent()
-{
-    if (m_staysAtLargest && !m_scene.tiles().empty()) {
-        setCurrentTile(0);
-    }
-    if (!m_current) {
-        return;
-    }
-    m_currentTile = m_scene.find(*m_current);
-    if (m_currentTile) {
-        m_anchor = centre(*m_currentTile);
-        return;
-    }
-    const auto isCurrent = [this](const Entry& entry) { return entry.url == *m_current; };
-    if (std::ranges::none_of(m_entries, isCurrent)) {
-        // Gone, deleted perhaps: what has taken its place comes next.
-        setCurrent(m_scene.tileAt(m_anchor), m_anchor);
-    }
-}
-
 void TreemapView::hover(std::optional<std::size_t> tile)
 {
     if (tile == m_hoveredTile) {
@@ -281,30 +250,10 @@ void TreemapView::hover(std::optional<std::size_t> tile)
     }
 }
 
-QPoint TreemapView::centre(std::size_t tile) const
-{
-    return m_scene.painted(tile).center();
-}
-
 std::optional<std::size_t> TreemapView::tileAt(const QPointF& position) const
 {
     const QPointF pixel = position * devicePixelRatioF();
     return m_scene.tileAt({static_cast<int>(std::floor(pixel.x())), static_cast<int>(std::floor(pixel.y()))});
-}
-
-void TreemapView::move(TreemapScene::Direction direction)
-{
-    if (!m_currentTile) {
-        if (!m_scene.tiles().empty()) {
-            setCurrentTile(0);
-        }
-        return;
-    }
-    const auto next = m_scene.neighbour(*m_currentTile, direction, m_anchor);
-    if (!next) {
-        return;
-    }
-    setCurrent(next, m_scene.anchorWithin(*next, direction, m_anchor));
 }
 
 // What the user does
@@ -316,7 +265,7 @@ void TreemapView::mousePressEvent(QMouseEvent* event)
         return;
     }
     m_pressed.reset();
-    m_staysAtLargest = false;
+    m_cursor.letGo();
     if (const auto tile = tileAt(event->position())) {
         setCurrentTile(*tile);
         if (event->button() == Qt::LeftButton) {
@@ -354,7 +303,7 @@ void TreemapView::mouseDoubleClickEvent(QMouseEvent* event)
     // The tile of the first click is meant: another one may have come under the pointer since. And two quick
     // clicks on a box are two clicks.
     const auto tile = tileAt(event->position());
-    const bool isTheSame = tile && tile == m_currentTile;
+    const bool isTheSame = tile && tile == currentTile();
     const bool checks = event->modifiers().testFlag(Qt::ControlModifier) || isOnCheckBox(event->position());
     if (event->button() != Qt::LeftButton || !isTheSame || checks) {
         mousePressEvent(event);
@@ -381,17 +330,19 @@ void TreemapView::keyPressEvent(QKeyEvent* event)
     const int key = event->key();
     const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     const auto direction = directionOf(key);
-    m_staysAtLargest = m_staysAtLargest && event->isAutoRepeat();
+    if (!event->isAutoRepeat()) {
+        m_cursor.letGo();
+    }
     if (isPlain && direction) {
-        move(*direction);
+        announceCurrent(m_cursor.move(m_scene, *direction));
     } else if (isPlain && (key == Qt::Key_Home || key == Qt::Key_End) && !m_scene.tiles().empty()) {
         setCurrentTile(key == Qt::Key_Home ? 0 : m_scene.tiles().size() - 1);
-    } else if (isPlain && key == Qt::Key_Space && m_currentTile && !event->isAutoRepeat()) {
-        Q_EMIT selectionToggled(FileUrl{m_scene.entry(*m_currentTile).url});
-    } else if (isPlain && (key == Qt::Key_Return || key == Qt::Key_Enter) && m_currentTile &&
+    } else if (isPlain && key == Qt::Key_Space && currentTile() && !event->isAutoRepeat()) {
+        Q_EMIT selectionToggled(FileUrl{m_scene.entry(*currentTile()).url});
+    } else if (isPlain && (key == Qt::Key_Return || key == Qt::Key_Enter) && currentTile() &&
                !event->isAutoRepeat()) {
         const QScopedValueRollback entering{m_isEntering, true};
-        Q_EMIT activated(Entry{m_scene.entry(*m_currentTile)});
+        Q_EMIT activated(Entry{m_scene.entry(*currentTile())});
     } else {
         QWidget::keyPressEvent(event);
     }
@@ -400,7 +351,7 @@ void TreemapView::keyPressEvent(QKeyEvent* event)
 void TreemapView::contextMenuEvent(QContextMenuEvent* event)
 {
     const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
-    const auto tile = byKey ? m_currentTile : tileAt(event->pos());
+    const auto tile = byKey ? currentTile() : tileAt(event->pos());
     if (!tile) {
         event->ignore();
         return;
@@ -411,7 +362,7 @@ void TreemapView::contextMenuEvent(QContextMenuEvent* event)
 
 void TreemapView::focusInEvent(QFocusEvent* event)
 {
-    if (event->reason() != Qt::MouseFocusReason && !m_current && !m_scene.tiles().empty()) {
+    if (event->reason() != Qt::MouseFocusReason && !m_cursor.hasEntry() && !m_scene.tiles().empty()) {
         setCurrentTile(0);
     }
     update();

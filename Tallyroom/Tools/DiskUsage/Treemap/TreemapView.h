@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Rows/Selection.h"
+#include "Tools/DiskUsage/Treemap/TreemapCursor.h"
 #include "Tools/DiskUsage/Treemap/TreemapPainter.h"
-#include "Tools/DiskUsage/Treemap/TreemapScene.h"
 
 #include <QTimer>
 #include <QWidget>
@@ -13,9 +13,8 @@ namespace tallyroom {
 
 /// The children of a folder as tiles, areas in proportion to sizes, colours by kind. A click makes a tile the
 /// current one; with Ctrl, or on the tile's box, it checks; a double click enters or reveals. The keys do the
-/// same. Holds no truth: it says what was asked for, and the owner
-/// comes back with the new selection or list. What is checked and current is known by location and survives
-/// any change of the list. Main thread.
+/// same. Holds no truth: it says what was asked for, and the owner comes back with the new selection or list.
+/// Main thread.
 class TreemapView : public QWidget {
     Q_OBJECT
 
@@ -39,7 +38,7 @@ public:
     /// Where a tile is painted, in the view's coordinates.
     [[nodiscard]] QRectF tileRect(std::size_t tile) const;
 
-    [[nodiscard]] std::optional<std::size_t> currentTile() const noexcept { return m_currentTile; }
+    [[nodiscard]] std::optional<std::size_t> currentTile() const noexcept { return m_cursor.tile(); }
 
     [[nodiscard]] bool isChecked(std::size_t tile) const;
 
@@ -89,11 +88,8 @@ private:
     void paintMap();
     void refreshTile(std::size_t tile);
     void showChecks(std::optional<std::uint32_t> position);
-    void setCurrent(std::optional<std::size_t> tile, const QPoint& anchor);
-    void keepCurrent();
+    void announceCurrent(bool isAnother);
     void hover(std::optional<std::size_t> tile);
-    void move(TreemapScene::Direction direction);
-    [[nodiscard]] QPoint centre(std::size_t tile) const;
     [[nodiscard]] std::optional<std::size_t> tileAt(const QPointF& position) const;
     [[nodiscard]] bool isOnCheckBox(const QPointF& position) const;
     [[nodiscard]] QString toolTipAt(const QPointF& position) const;
@@ -108,11 +104,8 @@ private:
     bool m_isStale = false;                  // a newer list waits for the burst's end, or for being shown
     QTimer m_burst;
 
-    std::optional<FileUrl> m_current;
-    std::optional<std::size_t> m_currentTile; // where m_current is drawn in m_scene, if it is
-    bool m_isEntering = false;
-    bool m_staysAtLargest = false;
-    QPoint m_anchor; // device pixels; where the arrow keys move from
+    TreemapCursor m_cursor;
+    bool m_isEntering = false; // by the key
     std::optional<QPointF> m_pointer;
     std::optional<std::size_t> m_hoveredTile; // what is under m_pointer in m_scene
     std::optional<Press> m_pressed;
