@@ -1,12 +1,10 @@
 #include "Controls/ScanProgressBar.h"
 
-#include "Controls/Capsule.h"
 #include "Controls/Spinner.h"
 #include "Theme/Theme.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPainter>
 #include <QProgressBar>
 #include <QVBoxLayout>
 
@@ -18,26 +16,6 @@ namespace {
 
 constexpr int steps = 10'000;
 
-/// A progress bar drawn as one capsule on another.
-class CapsuleProgress : public QProgressBar {
-public:
-    explicit CapsuleProgress(QWidget* parent) : QProgressBar(parent)
-    {
-        setRange(0, steps);
-        setTextVisible(false);
-        setFixedHeight(Theme::progressHeight);
-    }
-
-protected:
-    void paintEvent(QPaintEvent* /*event*/) override
-    {
-        const Theme& theme = Theme::shared();
-        QPainter painter{this};
-        paintCapsule(painter, QRectF{rect()}, static_cast<double>(value()) / steps,
-                     theme.colour(Theme::Colour::line), theme.colour(Theme::Colour::accent));
-    }
-};
-
 QLabel* secondaryLabel(QWidget* parent)
 {
     auto* const label = new QLabel{parent};
@@ -48,7 +26,7 @@ QLabel* secondaryLabel(QWidget* parent)
 } // namespace
 
 ScanProgressBar::ScanProgressBar(QWidget* parent)
-    : QWidget(parent), m_bar(new CapsuleProgress{this}), m_spinner(new Spinner{Theme::iconSize, this}),
+    : QWidget(parent), m_bar(new QProgressBar{this}), m_spinner(new Spinner{Theme::iconSize, this}),
       m_counts(secondaryLabel(this)), m_percentage(secondaryLabel(this))
 {
     auto* const line = new QHBoxLayout;
@@ -62,6 +40,8 @@ ScanProgressBar::ScanProgressBar(QWidget* parent)
     layout->setSpacing(Theme::gap / 2);
     layout->addWidget(m_bar);
     layout->addLayout(line);
+    m_bar->setRange(0, steps);
+    m_bar->setTextVisible(false);
     m_bar->setAccessibleName(QStringLiteral("Analyse en cours"));
     setProgress(0, 0, 0);
 }

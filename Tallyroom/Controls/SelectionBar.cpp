@@ -9,51 +9,49 @@
 #include <QPushButton>
 
 #include <algorithm>
+#include <utility>
 
 namespace tallyroom {
 
 namespace {
 
 const QString hint = QStringLiteral("Cochez les éléments à supprimer");
+const QString selectAllText = QStringLiteral("Tout sélectionner");
+const QString clearText = QStringLiteral("Tout désélectionner");
 
 } // namespace
 
 SelectionBar::SelectionBar(QWidget* parent)
     : QWidget(parent), m_symbol(new QLabel{this}), m_count(new QLabel{this}), m_size(new QLabel{this}),
-      m_selectAll(new QPushButton{QStringLiteral("Tout sélectionner"), this}),
-      m_clear(new QPushButton{QStringLiteral("Tout désélectionner"), this}),
+      m_selectAll(new QPushButton{this}), m_clear(new QPushButton{this}),
       m_delete(new QPushButton{QStringLiteral("Supprimer…"), this})
 {
     Theme::dress(this, Theme::Surface::bar);
     Theme::dress(m_size, Theme::Text::secondary);
     setUpButtons();
-    auto* const summary = new QHBoxLayout;
-    summary->addWidget(m_symbol);
-    summary->addWidget(m_count);
-    summary->addWidget(m_size);
-    summary->addStretch(1);
-    auto* const buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(m_selectAll);
-    buttons->addWidget(m_clear);
-    buttons->addWidget(m_delete);
-    for (QHBoxLayout* const line : {summary, buttons}) {
-        line->setSpacing(Theme::gap);
-    }
-    m_lines = new QBoxLayout{QBoxLayout::LeftToRight, this};
-    m_lines->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
-    m_lines->setSpacing(Theme::gap);
-    m_lines->addLayout(summary, 1);
-    m_lines->addLayout(buttons);
+    auto* const line = new QHBoxLayout{this};
+    line->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
+    line->setSpacing(Theme::gap);
+    line->addWidget(m_symbol);
+    line->addWidget(m_count);
+    line->addWidget(m_size);
+    line->addStretch(1);
+    line->addWidget(m_selectAll);
+    line->addWidget(m_clear);
+    line->addWidget(m_delete);
     setMinimumHeight(Theme::selectionBarHeight);
-    connect(&Theme::shared(), &Theme::changed, this, &SelectionBar::showSymbol);
+    connect(&Theme::shared(), &Theme::changed, this, [this] {
+        showSymbol();
+        measure();
+    });
     setSelection(0, 0);
+    measure();
 }
 
 void SelectionBar::setUpButtons()
 {
-    Theme::dress(m_selectAll, Theme::Button::plain);
-    Theme::dress(m_clear, Theme::Button::plain);
+    m_selectAll->setAccessibleName(selectAllText);
+    m_clear->setAccessibleName(clearText);
     Theme::dress(m_delete, Theme::Button::danger);
     m_delete->setIcon(SymbolIcon::icon("trash", Theme::Colour::danger));
     connect(m_selectAll, &QPushButton::clicked, this, [this] { Q_EMIT selectAllRequested(); });
@@ -75,15 +73,6 @@ void SelectionBar::setSelection(std::int64_t count, std::int64_t bytes)
     Theme::dress(m_count, m_isEmpty ? Theme::Text::secondary : Theme::Text::strong);
     m_delete->setEnabled(count >= 1);
     showSymbol();
-    fold();
-}
-
-QSize SelectionBar::minimumSizeHint() const
-{
-    // The buttons in one line are what the bar cannot do without.
-    const int buttons = m_selectAll->sizeHint().width() + m_clear->sizeHint().width() +
-                        m_delete->sizeHint().width() + 2 * Theme::gap;
-    return {buttons + 2 * Theme::margin, m_lines->minimumSize().height()};
 }
 
 void SelectionBar::resizeEvent(QResizeEvent* event)
@@ -92,15 +81,37 @@ void SelectionBar::resizeEvent(QResizeEvent* event)
     fold();
 }
 
+/// How wide the bar is with words on all buttons and as long a sum as is usual: no check changes the buttons.
+void SelectionBar::measure()
+{
+    showWords(true);
+    const QFontMetrics body{Theme::shared().body()};
+    const int sum = QFontMetrics{Theme::shared().strong()}.horizontalAdvance(
+                        QStringLiteral("000\u202f000 sélectionnés")) +
+                    Theme::gap + body.horizontalAdvance(QStringLiteral("· 000,0 Go"));
+    m_widthWithWords = 2 * Theme::margin + Theme::iconSize + std::max(body.horizontalAdvance(hint), sum) +
+                       m_selectAll->sizeHint().width() + m_clear->sizeHint().width() +
+                       m_delete->sizeHint().width() + 6 * Theme::gap;
+    fold();
+}
+
 void SelectionBar::fold()
 {
-    // The hint counts while something is checked too: the first check must not move the rows above.
-    const int hintWidth = QFontMetrics{Theme::shared().body()}.horizontalAdvance(hint);
-    const int sum = m_count->sizeHint().width() + m_size->sizeHint().width();
-    const int text = m_isEmpty ? hintWidth : std::max(hintWidth, sum);
-    const int summary = m_symbol->sizeHint().width() + text + 3 * Theme::gap;
-    const bool isNarrow = width() < minimumSizeHint().width() + summary;
-    m_lines->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    showWords(width() >= m_widthWithWords);
+}
+
+void SelectionBar::showWords(bool areShown)
+{
+    if (m_clear->text().isEmpty() != areShown) {
+        return;
+    }
+    for (const auto& [button, symbol] : {std::pair{m_selectAll, "checklist"}, std::pair{m_clear, "xmark"}}) {
+        const QString words = button->accessibleName();
+        button->setText(areShown ? words : QString{});
+        button->setIcon(areShown ? QIcon{} : SymbolIcon::icon(symbol));
+        button->setToolTip(areShown ? QString{} : words);
+        Theme::dress(button, areShown ? Theme::Button::plain : Theme::Button::icon);
+    }
 }
 
 void SelectionBar::showSymbol()

@@ -4,13 +4,13 @@
 
 #include <cstdint>
 
-class QBoxLayout;
 class QLabel;
 class QPushButton;
 
 namespace tallyroom {
 
-/// The line under a list: what is checked, and what can be done with it. Main thread.
+/// The line under a list: what is checked, and what can be done with it. Where the room is small two of the
+/// buttons are icons: the line stays one. Main thread.
 class SelectionBar : public QWidget {
     Q_OBJECT
 
@@ -18,9 +18,6 @@ public:
     explicit SelectionBar(QWidget* parent = nullptr);
 
     void setSelection(std::int64_t count, std::int64_t bytes);
-
-    /// Narrow bars put the buttons on a line of their own.
-    [[nodiscard]] QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
     void selectAllRequested();
@@ -32,11 +29,13 @@ protected:
 
 private:
     void setUpButtons();
+    void measure();
     void fold();
+    void showWords(bool areShown);
     void showSymbol();
 
     bool m_isEmpty = true;
-    QBoxLayout* m_lines = nullptr;
+    int m_widthWithWords = 0;
     QLabel* m_symbol;
     QLabel* m_count;
     QLabel* m_size;

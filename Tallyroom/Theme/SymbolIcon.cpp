@@ -56,21 +56,22 @@ public:
 
     SymbolIconEngine(std::string name, Ink ink) : m_name(std::move(name)), m_ink(ink) {}
 
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State /*state*/) override
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override
     {
         const int side = std::min(rect.width(), rect.height());
-        SymbolIcon::paint(*painter, {rect.x(), rect.y(), side, rect.height()}, m_name, ink(mode), side);
+        SymbolIcon::paint(*painter, {rect.x(), rect.y(), side, rect.height()}, m_name, ink(mode, state),
+                          side);
     }
 
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/) override
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
     {
-        return scaledPixmap(size, mode, QIcon::Off, 1);
+        return scaledPixmap(size, mode, state, 1);
     }
 
-    QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/, qreal scale) override
+    QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state, qreal scale) override
     {
         const int side = static_cast<int>(std::lround(std::min(size.width(), size.height()) / scale));
-        QPixmap symbol = SymbolIcon::pixmap(m_name, ink(mode), side, scale);
+        QPixmap symbol = SymbolIcon::pixmap(m_name, ink(mode, state), side, scale);
         if (size.width() <= size.height()) {
             return symbol;
         }
@@ -85,11 +86,14 @@ public:
     [[nodiscard]] QIconEngine* clone() const override { return new SymbolIconEngine{m_name, m_ink}; }
 
 private:
-    [[nodiscard]] QColor ink(QIcon::Mode mode) const
+    [[nodiscard]] QColor ink(QIcon::Mode mode, QIcon::State state) const
     {
         const Theme& theme = Theme::shared();
         if (mode == QIcon::Disabled) {
             return theme.wash(theme.colour(Theme::Colour::secondary), 0.65);
+        }
+        if (state == QIcon::On) {
+            return theme.colour(Theme::Colour::accent);
         }
         const auto* const role = std::get_if<Theme::Colour>(&m_ink);
         return role != nullptr ? theme.colour(*role) : std::get<QColor>(m_ink);

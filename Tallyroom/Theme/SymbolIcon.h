@@ -21,7 +21,8 @@ namespace SymbolIcon {
 void paint(QPainter& painter, const QRect& rect, std::string_view name, const QColor& colour,
            int size = Theme::iconSize);
 
-/// An icon in the theme's colour for `role` at the time of painting, paler when disabled.
+/// An icon in the theme's colour for `role` at the time of painting, paler when disabled,
+/// the accent on a checked button.
 [[nodiscard]] QIcon icon(std::string_view name, Theme::Colour role = Theme::Colour::text);
 
 /// An icon in one fixed colour.

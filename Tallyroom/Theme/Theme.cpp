@@ -9,6 +9,7 @@
 #include <QFontInfo>
 #include <QLabel>
 #include <QPointer>
+#include <QPushButton>
 #include <QScopedValueRollback>
 #include <QStyle>
 
@@ -264,9 +265,12 @@ QFont Theme::small() const
 
 void Theme::dress(QAbstractButton* button, Button look)
 {
-    static constexpr std::array names{"plain", "icon", "primary", "prominent", "danger",
-                                      "quiet", "row",  "card",    "chip"};
+    static constexpr std::array names{"plain", "icon", "primary", "prominent", "danger", "quiet",
+                                      "row",   "card", "chip",    "first",     "last"};
     setLook(button, "tallyButton", QString::fromLatin1(names.at(static_cast<std::size_t>(look))));
+    if (auto* const push = qobject_cast<QPushButton*>(button)) {
+        push->setAutoDefault(true); // Enter presses it as Space does
+    }
     // Styles leave too little air between icon and text: the icon brings its own.
     button->setIconSize({button->text().isEmpty() ? iconSize : iconSize + gap / 2, iconSize});
 }

@@ -36,8 +36,9 @@ public:
     /// How a button looks: `plain` has a line around it, `icon` is a plain square, `primary` is the one
     /// action of a screen, `prominent` the same where there is little else, `danger` deletes, `quiet` is bare
     /// until the mouse is over it, `row` is a row that acts, `card` a whole card that does, `chip` is a small
-    /// one of several to choose from.
-    enum class Button { plain, icon, primary, prominent, danger, quiet, row, card, chip };
+    /// one of several to choose from, `first` and `last` are the ends of a row of icons of which one is
+    /// chosen.
+    enum class Button { plain, icon, primary, prominent, danger, quiet, row, card, chip, first, last };
     enum class Text { body, strong, title, heading, section, secondary, small };
     /// The ground under a part of the window.
     enum class Surface { window, side, bar, card, banner, alert };

@@ -58,6 +58,10 @@ QPushButton[tallyButton="danger"]:disabled { background: @control; color: @disab
 *[tallyButton="card"]:hover { background: @hover; }
 *[tallyButton="card"]:focus { border: 2px solid @accent; }
 
+*[tallyButton="first"], *[tallyButton="last"] { min-width: @segmentWidth; padding: 0; }
+*[tallyButton="first"] { border-top-right-radius: 0; border-bottom-right-radius: 0; }
+*[tallyButton="last"] { border-top-left-radius: 0; border-bottom-left-radius: 0; margin-left: -1px; }
+
 *[tallyButton="chip"] { min-height: @chipInner; border-radius: @chipRadius; padding: 0 10px; }
 
 QLineEdit {
@@ -77,6 +81,9 @@ QComboBox QAbstractItemView {
     background: @card; color: @text; border: 1px solid @line; outline: none; padding: 4px;
     selection-background-color: @accentWash; selection-color: @text;
 }
+
+QProgressBar { background: @line; border: none; border-radius: @progressRadius; max-height: @progressHeight; min-height: @progressHeight; }
+QProgressBar::chunk { background: @accent; border-radius: @progressRadius; }
 
 QPushButton::menu-indicator { image: none; width: 0; }
 QMenu { background: @card; color: @text; border: 1px solid @line; padding: 4px; }
@@ -119,6 +126,9 @@ QString themeStyleSheet(const Theme& theme)
     // Longest names first, so that no name is taken for the beginning of another.
     const std::vector<std::pair<QString, QString>> values{
         {QStringLiteral("@prominentInner"), pixels(Theme::prominentHeight - 2)},
+        {QStringLiteral("@progressHeight"), pixels(Theme::progressHeight)},
+        {QStringLiteral("@progressRadius"), pixels(Theme::progressHeight / 2)},
+        {QStringLiteral("@segmentWidth"), pixels(Theme::controlHeight + Theme::gap / 4)},
         {QStringLiteral("@controlRadius"), pixels(Theme::controlRadius)},
         {QStringLiteral("@controlInner"), pixels(Theme::controlHeight - 2)},
         {QStringLiteral("@chipInner"), pixels(Theme::chipHeight - 2)},

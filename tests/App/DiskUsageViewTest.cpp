@@ -155,6 +155,37 @@ TEST_F(DiskUsageViewTest, EachPressOfEnterGoesDownOneLevelInTheTableAndInTheMap)
     }
 }
 
+TEST_F(DiskUsageViewTest, TheWayShrinksAfterTheFilterAndNothingMovesWhileAScanRuns)
+{
+    scene.navigator->activate(folderEntry("/r/a folder of some length", 30));
+    scene.finishListing({folderEntry("/r/a folder of some length/and another one in it", 10)});
+    scene.navigator->activate(folderEntry("/r/a folder of some length/and another one in it", 10));
+    const auto placesOf = [&] {
+        view.ensurePolished();
+        QApplication::sendPostedEvents();
+        QStringList places;
+        for (const QWidget* const part : view.findChildren<QWidget*>()) {
+            const bool isHead = part->isVisible() && part->mapTo(&view, QPoint{}).y() < Theme::controlHeight;
+            const QRect place{part->mapTo(&view, QPoint{}), part->size()};
+            if (isHead && qobject_cast<const QPushButton*>(part) == nullptr) {
+                places << QStringLiteral("%1 %2").arg(place.x()).arg(place.width());
+            }
+        }
+        return places;
+    };
+    const auto* const way = view.findChild<Breadcrumb*>();
+    for (const int width : {684, 800, 1100}) {
+        view.resize(width, 600);
+        scene.receive({fileEntry("/r/a folder of some length/and another one in it/x", 1)});
+        const QStringList whileScanning = placesOf();
+        EXPECT_TRUE(search().width() <= 130 || way->width() >= way->sizeHint().width()) << width;
+        EXPECT_GE(way->width(), way->minimumSizeHint().width()) << width;
+        scene.finishListing({fileEntry("/r/a folder of some length/and another one in it/x", 1)});
+        EXPECT_EQ(placesOf(), whileScanning) << width;
+        scene.navigator->refreshCurrent();
+    }
+}
+
 TEST_F(DiskUsageViewTest, SortingByAClickOnATitleAimsNoDeletion)
 {
     view.setFocus();
@@ -284,8 +315,10 @@ TEST_F(DiskUsageViewTest, TheBannerTakesADeletionBackOnceAndNotWhileAnotherRuns)
     scene.navigator->deleteSelected({FileUrl{"/r/c"}}, false);
     EXPECT_EQ(button("Annuler la suppression"), nullptr);
     scene.letRemove();
+    button("Annuler la suppression")->setFocus();
     button("Annuler la suppression")->click();
     ASSERT_TRUE(scene.waitForRemoval());
+    EXPECT_TRUE(table().hasFocus()) << "the button is gone, and the keyboard with it";
     EXPECT_THAT(scene.listedNames(), ElementsAre("folder", "c"));
     EXPECT_EQ(button("Annuler la suppression"), nullptr);
     button("Fermer le message")->click();

@@ -5,6 +5,7 @@
 #include <QAbstractButton>
 #include <QMenu>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -325,6 +326,11 @@ TEST(Breadcrumb, ShowsTheFolderAndItsParentAndTheRestInAMenu)
         EXPECT_EQ(shown.join(u'|').toStdString(), one.shown.join(u'|').toStdString()) << one.width;
         EXPECT_EQ(menu.join(u'|').toStdString(), one.menu.join(u'|').toStdString()) << one.width;
     }
+    const QSignalSpy chosen{&breadcrumb, &Breadcrumb::selected};
+    const auto steps = breadcrumb.findChildren<QAbstractButton*>();
+    QTest::keyClick(*std::ranges::find(steps, QStringLiteral("five"), &QAbstractButton::text),
+                    Qt::Key_Return);
+    EXPECT_EQ(chosen.count(), 1) << "Enter presses a step";
 }
 
 } // namespace

@@ -2,8 +2,10 @@
 
 #include "Controls/ScanProgressBar.h"
 #include "Controls/SelectionCheckbox.h"
+#include "Theme/Theme.h"
 
 #include <QLabel>
+#include <QLayout>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -42,33 +44,28 @@ TEST(SelectionBar, GroupsDigitsAndOffersToDeleteWhatIsChecked)
     EXPECT_FALSE(buttonsOf(bar).back()->isEnabled());
 }
 
-TEST(SelectionBar, NothingIsClippedInANarrowWindow)
-{
-    SelectionBar bar;
-    bar.setSelection(300'000, 9'223'372'036'854'775'807);
-    bar.resize(480, bar.sizeHint().height());
-    bar.show();
-    bar.resize(480, bar.sizeHint().height());
-    for (const QPushButton* const button : buttonsOf(bar)) {
-        EXPECT_GE(button->width(), button->sizeHint().width()) << button->text().toStdString();
-        EXPECT_TRUE(bar.rect().contains(button->geometry())) << button->text().toStdString();
-    }
-    for (const QLabel* const label : bar.findChildren<QLabel*>()) {
-        EXPECT_GE(label->width(), label->sizeHint().width()) << label->text().toStdString();
-    }
-}
-
-TEST(SelectionBar, TheFirstCheckKeepsItsHeight)
+TEST(SelectionBar, IsOneLineWithNothingCutInAnyWindow)
 {
     SelectionBar bar;
     bar.show();
-    for (int width = 500; width < 900; width += 10) {
-        bar.setSelection(0, 0);
-        bar.resize(width, 0);
-        const int height = bar.sizeHint().height();
-        bar.setSelection(1, 1500);
-        EXPECT_EQ(bar.sizeHint().height(), height) << width;
+    QStringList words;
+    for (const int width : {500, 644, 684, 900, 1700}) {
+        bar.resize(width, bar.sizeHint().height());
+        for (const std::int64_t count : {0, 1, 300'000}) {
+            bar.setSelection(count, count * 1'000'000);
+            bar.layout()->activate();
+            EXPECT_EQ(bar.sizeHint().height(), Theme::selectionBarHeight) << width;
+            for (const QWidget* const part : bar.findChildren<QWidget*>()) {
+                const QString name = part->accessibleName();
+                EXPECT_GE(part->width(), part->isVisible() ? part->sizeHint().width() : 0) << width;
+                EXPECT_TRUE(bar.rect().contains(part->geometry())) << width << name.toStdString();
+            }
+            words += buttonsOf(bar).front()->text();
+        }
     }
+    const QString all = QStringLiteral("Tout sélectionner");
+    EXPECT_EQ(words.mid(0, 3), (QStringList{{}, {}, {}})) << "icons, whatever is checked";
+    EXPECT_EQ(words.mid(12), (QStringList{all, all, all}));
 }
 
 TEST(ScanProgressBar, CutsThePercentageAndGroupsNoDigits)

@@ -1,12 +1,16 @@
 #include "Theme/Theme.h"
 
+#include "Theme/FileKindPresentation.h"
 #include "Theme/SymbolIcon.h"
 
 #include <QApplication>
+#include <QPushButton>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <set>
 
 namespace tallyroom {
 
@@ -127,6 +131,10 @@ TEST_F(ThemeTest, EveryKindAndEveryButtonHasItsSymbolAtEveryScale)
     for (const FileKind kind : FileKind::all) {
         names.emplace_back(kind.symbolName());
     }
+    for (const EntryForm form : {EntryForm::link, EntryForm::special}) {
+        names.push_back(symbolName(Entry{.name = "a.jpg", .form = form}));
+    }
+    EXPECT_EQ(std::set(names.begin(), names.end()).size(), names.size()) << "no two look the same";
     for (const std::string& name : names) {
         for (const qreal scale : {1.0, 1.25, 2.0}) {
             const QPixmap symbol = SymbolIcon::pixmap(name, Qt::red, Theme::iconSize, scale);
@@ -140,6 +148,21 @@ TEST_F(ThemeTest, EveryKindAndEveryButtonHasItsSymbolAtEveryScale)
             }
             EXPECT_GT(inked, 10) << name << " is drawn";
         }
+    }
+}
+
+TEST_F(ThemeTest, EnterPressesEveryButtonAsSpaceDoes)
+{
+    using enum Theme::Button;
+    for (const Theme::Button look :
+         {plain, icon, primary, prominent, danger, quiet, row, card, chip, first, last}) {
+        QPushButton button;
+        Theme::dress(&button, look);
+        const QSignalSpy clicks{&button, &QPushButton::clicked};
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+            QTest::keyClick(&button, key);
+        }
+        EXPECT_EQ(clicks.count(), 3) << static_cast<int>(look);
     }
 }
 

@@ -59,7 +59,6 @@ int heightOf(const QFont& font)
 VolumeCard::VolumeCard(QWidget* parent) : QPushButton(parent)
 {
     Theme::dress(this, Theme::Button::card);
-    setAutoDefault(true); // Enter presses it as Space does
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 

@@ -6,6 +6,7 @@
 #include "Theme/Theme.h"
 
 #include <QAbstractButton>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 
@@ -16,7 +17,7 @@ namespace tallyroom {
 namespace {
 
 constexpr int chevronWidth = Theme::gap * 2;
-constexpr int mostNeeded = Theme::gap * 35; // the rest of long names is cut
+constexpr int mostNeeded = Theme::gap * 22; // long names are cut before the header takes another row
 
 /// One step: its name, quiet until the mouse is over it, semibold where one is.
 class BreadcrumbStep : public QAbstractButton {
@@ -38,6 +39,15 @@ public:
     }
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+            click();
+        } else {
+            QAbstractButton::keyPressEvent(event);
+        }
+    }
+
     void paintEvent(QPaintEvent* /*event*/) override
     {
         const Theme& theme = Theme::shared();
@@ -71,7 +81,7 @@ Breadcrumb::Breadcrumb(QWidget* parent)
     : QWidget(parent), m_hiddenSteps(new BreadcrumbStep(QStringLiteral("…"), false, this))
 {
     setAccessibleName(QStringLiteral("Chemin"));
-    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     m_hiddenSteps->setAccessibleName(QStringLiteral("Dossiers intermédiaires"));
     auto* const menu = new QMenu(m_hiddenSteps);
     connect(m_hiddenSteps, &QAbstractButton::clicked, menu, [this, menu] {

@@ -5,7 +5,6 @@
 #include "Text/FileUrlText.h"
 #include "Theme/SymbolIcon.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
-#include "Tools/DiskUsage/ListChoice.h"
 #include "Tools/DiskUsage/Treemap/TreemapView.h"
 #include "Tools/Frame/ToolHeader.h"
 
@@ -43,13 +42,24 @@ ListToolStyle explorerStyle()
     return style;
 }
 
+QPushButton* listButton(std::string_view symbol, const QString& name, Theme::Button look)
+{
+    auto* const button = new QPushButton;
+    button->setCheckable(true);
+    button->setIcon(SymbolIcon::icon(symbol));
+    button->setAccessibleName(name);
+    button->setToolTip(QStringLiteral("Basculer entre tableau et treemap"));
+    Theme::dress(button, look);
+    return button;
+}
+
 } // namespace
 
 DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* parent)
     : ListToolScreen(navigator, explorerStyle(), parent), m_navigator(navigator), m_back(new QPushButton),
       m_breadcrumb(new Breadcrumb),
-      m_tableButton(new ListChoice(ListChoice::Half::left, "list.bullet", QStringLiteral("Tableau"))),
-      m_treemapButton(new ListChoice(ListChoice::Half::right, "square.grid.2x2", QStringLiteral("Treemap"))),
+      m_tableButton(listButton("list.bullet", QStringLiteral("Tableau"), Theme::Button::first)),
+      m_treemapButton(listButton("square.grid.2x2", QStringLiteral("Treemap"), Theme::Button::last)),
       m_treemap(new TreemapView(selection()))
 {
     header().setLeading(makeWayBack());
@@ -80,6 +90,7 @@ QWidget* DiskUsageView::makeWayBack()
     connect(m_breadcrumb, &Breadcrumb::selected, &m_navigator,
             &FolderNavigatorViewModel::navigateViaBreadcrumb);
     auto* const way = new QWidget;
+    way->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // the header shares the room out
     auto* const row = new QHBoxLayout(way);
     row->setContentsMargins({});
     row->setSpacing(Theme::gap);
@@ -95,8 +106,7 @@ QWidget* DiskUsageView::makeListChoice()
     row->setContentsMargins({});
     row->setSpacing(0);
     auto* const group = new QButtonGroup(choice);
-    for (QAbstractButton* const button : {m_tableButton, m_treemapButton}) {
-        button->setToolTip(QStringLiteral("Basculer entre tableau et treemap"));
+    for (QPushButton* const button : {m_tableButton, m_treemapButton}) {
         group->addButton(button);
         row->addWidget(button);
     }

@@ -7,7 +7,6 @@
 #include <map>
 #include <optional>
 
-class QAbstractButton;
 class QPushButton;
 
 namespace tallyroom {
@@ -49,8 +48,8 @@ private:
     FolderNavigatorViewModel& m_navigator;
     QPushButton* m_back;
     Breadcrumb* m_breadcrumb;
-    QAbstractButton* m_tableButton;
-    QAbstractButton* m_treemapButton;
+    QPushButton* m_tableButton;
+    QPushButton* m_treemapButton;
     TreemapView* m_treemap;
     bool m_isTreemapShown = false;
     std::optional<FileUrl> m_shownFolder;

@@ -30,8 +30,8 @@ constexpr int summaryHeight = 20; // of a line, whatever signs it needs from oth
 ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     : QWidget(parent), m_row(new QBoxLayout(QBoxLayout::LeftToRight)), m_controls(new QHBoxLayout),
       m_options(new FlowLayout), m_search(new SearchField(searchPlaceholder)), m_folder(new FolderButton),
-      m_refresh(new QPushButton), m_stop(new QPushButton(QStringLiteral("Arrêter"))),
-      m_export(new ExportButton), m_summary(new QLabel), m_notice(new NoticeLine), m_actions(new QHBoxLayout)
+      m_refresh(new QPushButton), m_stop(new QPushButton), m_export(new ExportButton), m_summary(new QLabel),
+      m_notice(new NoticeLine), m_actions(new QHBoxLayout)
 {
     m_search->setMaximumWidth(searchWidth);
     m_search->setMinimumWidth(smallestSearchWidth);
@@ -40,8 +40,11 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     m_refresh->setIcon(SymbolIcon::icon("arrow.clockwise"));
     m_refresh->setAccessibleName(QStringLiteral("Rafraîchir"));
     m_refresh->setToolTip(QStringLiteral("Recalculer les tailles (ignore le cache)"));
-    Theme::dress(m_stop, Theme::Button::plain);
+    // As wide as the button whose place it takes: nothing moves when a scan begins or ends.
+    Theme::dress(m_stop, Theme::Button::icon);
     m_stop->setIcon(SymbolIcon::icon("stop.fill"));
+    m_stop->setAccessibleName(QStringLiteral("Arrêter"));
+    m_stop->setToolTip(QStringLiteral("Arrêter l’analyse (Échap)"));
     Theme::dress(m_summary, Theme::Text::secondary);
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
     m_summary->setWordWrap(true);
@@ -123,7 +126,7 @@ void ToolHeader::showEntryCount(std::size_t count)
 bool ToolHeader::event(QEvent* event)
 {
     const bool isHandled = QWidget::event(event);
-    // An option that says something longer wants more room, and "Arrêter" more than the button it replaces.
+    // An option that says something longer wants more room.
     if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
         fold();
     }

@@ -70,6 +70,18 @@ void ToolScreen::showTogether(const std::function<void()>& show)
     showPage();
 }
 
+/// A button that hides while it has the keyboard hands it to the list; the toolkit would choose any part of the
+/// window.
+bool ToolScreen::focusNextPrevChild(bool next)
+{
+    const QWidget* const focused = focusWidget();
+    if (hasList() && focused != nullptr && isAncestorOf(focused) && !focused->isVisibleTo(this)) {
+        m_pages->list()->setFocus(Qt::OtherFocusReason);
+        return true;
+    }
+    return QWidget::focusNextPrevChild(next);
+}
+
 void ToolScreen::showEverything()
 {
     showTogether([this] {

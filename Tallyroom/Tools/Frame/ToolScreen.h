@@ -108,6 +108,7 @@ protected:
     void showNotice();
 
     bool event(QEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
     void makeLayout();

@@ -35,7 +35,9 @@ QSize ToolTitle::sizeHint() const
 {
     const QFontMetrics title{Theme::shared().title()};
     const QFontMetrics folder{Theme::shared().body()};
-    return {title.horizontalAdvance(m_title) + folder.horizontalAdvance(QStringLiteral(" · ") + m_folder),
+    // A little more than the letters take, so that rounding cuts no name short.
+    return {title.horizontalAdvance(m_title) + folder.horizontalAdvance(QStringLiteral(" · ") + m_folder) +
+                Theme::gap / 4,
             Theme::controlHeight};
 }
 
