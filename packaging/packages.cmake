@@ -34,7 +34,7 @@ set(CPACK_DEBIAN_APPLICATION_PACKAGE_NAME tallyroom)
 set(CPACK_DEBIAN_APPLICATION_PACKAGE_SECTION utils)
 # The toolkit's own words in French; a window on Wayland; dialogs like the desktop's.
 set(CPACK_DEBIAN_APPLICATION_PACKAGE_DEPENDS "qt6-translations-l10n")
-set(CPACK_DEBIAN_APPLICATION_PACKAGE_RECOMMENDS "qt6-wayland, qt6-gtk-platformtheme")
+set(CPACK_DEBIAN_APPLICATION_PACKAGE_RECOMMENDS "qt6-wayland, qt6-gtk-platformtheme, xdg-utils")
 set(CPACK_DEBIAN_APPLICATION_PACKAGE_SUGGESTS "tallyroom-cli")
 set(CPACK_DEBIAN_APPLICATION_DESCRIPTION
 "see what fills your disks and reclaim the space

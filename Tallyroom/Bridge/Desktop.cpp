@@ -123,6 +123,8 @@ void showChooser(QWidget* parent, const FileUrl& start,
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
+    // The columns of the toolkit cut the dates, and are partly in English.
+    dialog->setViewMode(QFileDialog::List);
     dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Choisir"));
     dialog->setDirectory(FileUrlText::toFileName(start));
     // Not urlsSelected: the toolkit's own dialog never sends it for folders.

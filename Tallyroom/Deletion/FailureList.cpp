@@ -20,6 +20,7 @@ FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failure
     setWindowTitle(title);
     auto* const heading = new QLabel(title);
     Theme::dress(heading, Theme::Text::title);
+    heading->setMinimumHeight(Theme::headerHeight); // the accent of a capital reaches above the line
     auto* const list = new QPlainTextEdit;
     list->setReadOnly(true);
     list->setTabChangesFocus(true);
