@@ -10,7 +10,10 @@
 #include "Rows/EntryTableModel.h"
 #include "Settings/Settings.h"
 #include "Theme/Theme.h"
+#include "Tools/DiskUsage/Breadcrumb.h"
 #include "Tools/DiskUsage/Treemap/TreemapView.h"
+#include "Tools/Frame/ToolHeader.h"
+#include "Tools/Frame/ToolTitle.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -21,6 +24,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -464,6 +468,26 @@ TEST_F(DiskUsageViewTest, AnExportIsNamedAfterItsFolder)
         ASSERT_NE(panel, nullptr);
         EXPECT_TRUE(panel->selectedFiles().value(0).endsWith(QString::fromUtf8(name)));
         delete panel;
+    }
+}
+
+TEST(ToolHeader, OptionsStandSideBySideAtEveryWidth)
+{
+    ToolHeader header{QStringLiteral("Filtrer")};
+    header.setLeading(new ToolTitle{QStringLiteral("node_modules")});
+    std::array<QPushButton*, 2> options{};
+    for (QPushButton*& option : options) {
+        option = new QPushButton{QStringLiteral("Option (0)")};
+        header.addOption(option);
+    }
+    header.show();
+    for (const int width : {684, 780, 984, 1400, 780, 600}) {
+        header.resize(width, header.heightForWidth(width));
+        options.back()->setText(QStringLiteral("A longer option (%1)").arg(width));
+        QApplication::sendPostedEvents();
+        EXPECT_EQ(options[0]->y(), options[1]->y()) << width;
+        EXPECT_LT(options[0]->geometry().right(), options[1]->x()) << width;
+        EXPECT_GE(options[1]->width(), options[1]->sizeHint().width()) << width;
     }
 }
 

@@ -132,7 +132,7 @@ TEST_F(ThemeTest, EveryKindAndEveryButtonHasItsSymbolAtEveryScale)
         names.emplace_back(kind.symbolName());
     }
     for (const EntryForm form : {EntryForm::link, EntryForm::special}) {
-        names.push_back(symbolName(Entry{.name = "a.jpg", .form = form}));
+        names.push_back(symbolName(Entry{FileUrl{"/a.jpg"}, "a.jpg", 0, false, form}));
     }
     EXPECT_EQ(std::set(names.begin(), names.end()).size(), names.size()) << "no two look the same";
     for (const std::string& name : names) {

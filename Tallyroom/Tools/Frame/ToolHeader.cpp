@@ -35,7 +35,7 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
 {
     m_search->setMaximumWidth(searchWidth);
     m_search->setMinimumWidth(smallestSearchWidth);
-    m_search->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    m_search->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     Theme::dress(m_refresh, Theme::Button::icon);
     m_refresh->setIcon(SymbolIcon::icon("arrow.clockwise"));
     m_refresh->setAccessibleName(QStringLiteral("Rafraîchir"));
