@@ -54,8 +54,7 @@ void EntryRowDelegate::paintName(QPainter& painter, QRect cell, const Entry& ent
 {
     const EntryTableStyle& style = m_model.style();
     const Theme& theme = Theme::shared();
-    const std::string symbol =
-        style.symbol ? style.symbol(entry) : symbolName(entry);
+    const std::string symbol = style.symbol ? style.symbol(entry) : symbolName(entry);
     SymbolIcon::paint(painter, {cell.left(), cell.top(), Theme::iconSize, cell.height()}, symbol,
                       tint(entry));
     cell.adjust(Theme::iconSize + Theme::gap + 2, 0, -Theme::gap, 0);

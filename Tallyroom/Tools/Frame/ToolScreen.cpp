@@ -70,8 +70,8 @@ void ToolScreen::showTogether(const std::function<void()>& show)
     showPage();
 }
 
-/// A button that hides while it has the keyboard hands it to the list; the toolkit would choose any part of the
-/// window.
+/// A button that hides while it has the keyboard hands it to the list; the toolkit would choose any part of
+/// the window.
 bool ToolScreen::focusNextPrevChild(bool next)
 {
     const QWidget* const focused = focusWidget();
