@@ -1,6 +1,6 @@
 // A mount table with any content, as containers, odd file systems and long paths make them.
-#include "Require.h"
 #include "FileSystem/MountTable.h"
+#include "Require.h"
 
 #include <algorithm>
 #include <sys/mman.h>

@@ -3,7 +3,6 @@
 #include "Controls/CheckBox.h"
 #include "Model/UrlSet.h"
 
-
 namespace tallyroom {
 
 /// A check box that is on exactly when the selection that it was last shown holds its location; a click
