@@ -12,6 +12,7 @@
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTimer>
 #include <QUrl>
 #include <QVariantMap>
@@ -47,8 +48,13 @@ QString describe(const SystemError& error)
 /// starts, and outlive this one: it is thrown away when it ends, and not before.
 void openWithDesktop(const FileUrl& url, const QString& refusal)
 {
-    auto* const starter = new QProcess;
     const auto refuse = [refusal] { Q_EMIT DesktopRefusals::shared().refused(refusal); };
+    const QString program = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+    if (program.isEmpty()) { // Qt 6.4 leaks a pipe for each process that cannot be started
+        refuse();
+        return;
+    }
+    auto* const starter = new QProcess;
     QObject::connect(starter, &QProcess::errorOccurred, starter, [=](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
             refuse();
@@ -64,7 +70,7 @@ void openWithDesktop(const FileUrl& url, const QString& refusal)
     });
     starter->setStandardOutputFile(QProcess::nullDevice());
     starter->setStandardErrorFile(QProcess::nullDevice());
-    starter->start(QStringLiteral("xdg-open"), {QString::fromStdString(url.percentEncoded())});
+    starter->start(program, {QString::fromStdString(url.percentEncoded())});
 }
 
 FolderChoice choiceOf(const FileUrl& url)

@@ -51,7 +51,13 @@ void Soak::waitForDescriptors(std::ptrdiff_t before)
     while (openDescriptors() > before && std::chrono::steady_clock::now() < limit) {
         std::this_thread::yield();
     }
-    require(openDescriptors() <= before, "dropped scans close what they opened");
+    if (openDescriptors() > before) {
+        for (const auto& descriptor : std::filesystem::directory_iterator{"/proc/self/fd"}) {
+            std::error_code gone;
+            std::fprintf(stderr, "%s\n", std::filesystem::read_symlink(descriptor.path(), gone).c_str());
+        }
+        require(false, "dropped scans close what they opened");
+    }
 }
 
 } // namespace tallyroom

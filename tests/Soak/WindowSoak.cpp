@@ -10,7 +10,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QDesktopServices>
 #include <QFileDialog>
 #include <QKeySequence>
 #include <QTest>
@@ -48,23 +47,6 @@ RemovalOperations confinedTo(const FileUrl& folder, std::atomic<int>& removed)
     };
     return operations;
 }
-
-/// Nothing is opened in other programs.
-class NoOtherPrograms : public QObject {
-    Q_OBJECT
-
-public:
-    NoOtherPrograms() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "refuse"); }
-
-    NoOtherPrograms(const NoOtherPrograms&) = delete;
-    NoOtherPrograms& operator=(const NoOtherPrograms&) = delete;
-
-    ~NoOtherPrograms() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-
-public Q_SLOTS:
-
-    void refuse(const QUrl& /*url*/) {}
-};
 
 /// Some more than once, so that they are pressed more often.
 QKeyCombination anyKeys(std::mt19937_64& random)
@@ -223,7 +205,6 @@ void soak(const Soak::Run& run, const TemporaryTree& tree)
     int acts = 0;
     {
         const TreeChurn churn{{changing, tree.path("outside"), tree.path("forbidden")}, run.seed};
-        const NoOtherPrograms guard;
         ContentView window{confinedTo(FileUrl{changing.string()}, removed)};
         window.show();
         RestlessUser user{window, changing, run.seed + 1};
@@ -251,11 +232,10 @@ int main(int argc, char** argv)
     qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(tree.path("home/config")));
     qputenv("XDG_DATA_HOME", QByteArray::fromStdString(tree.path("home/data")));
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    qputenv("PATH", QByteArray::fromStdString(tree.path("home"))); // no other program is started
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application{argc, argv};
     QApplication::setQuitOnLastWindowClosed(false);
     tallyroom::soak(run, tree);
     tallyroom::Settings::store().sync(); // while its folder is there
 }
-
-#include "WindowSoak.moc"
