@@ -25,12 +25,12 @@ namespace {
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
-Entry file(const std::string& name, std::int64_t size)
+Entry fileRow(const std::string& name, std::int64_t size)
 {
     return {FileUrl{"/tri/" + name}, name, size, false};
 }
 
-Entry folder(const std::string& name, std::int64_t size)
+Entry folderRow(const std::string& name, std::int64_t size)
 {
     return {FileUrl{"/tri/" + name}, name, size, true};
 }
@@ -52,7 +52,8 @@ protected:
     void fill(int count, std::int64_t sizeStep = 1)
     {
         for (int serial = 0; serial < count; ++serial) {
-            found.append(file("f" + std::to_string(nextSerial++), (serial * 7919LL % count + 1) * sizeStep));
+            found.append(
+                fileRow("f" + std::to_string(nextSerial++), (serial * 7919LL % count + 1) * sizeStep));
         }
         table->setEntries(found.snapshot());
         view->doItemsLayout(); // as the next frame would
@@ -155,11 +156,11 @@ TEST_F(EntryTableTest, AListThatWasNotTouchedShowsItsHeaviestRowsAndHasNoCurrent
 
 TEST_F(EntryTableTest, TheNeighbourBecomesCurrentWhenTheCurrentEntryGoes)
 {
-    table->setEntries({file("a", 3), file("b", 2), file("c", 1)});
+    table->setEntries({fileRow("a", 3), fileRow("b", 2), fileRow("c", 1)});
     table->setCurrentEntry(FileUrl{"/tri/b"});
-    table->setEntries({file("a", 3), file("c", 1)});
+    table->setEntries({fileRow("a", 3), fileRow("c", 1)});
     EXPECT_EQ(table->currentEntry()->name, "c");
-    table->setEntries({file("a", 3)});
+    table->setEntries({fileRow("a", 3)});
     EXPECT_EQ(table->currentEntry()->name, "a");
     table->setEntries({});
     EXPECT_EQ(table->currentEntry(), std::nullopt);
@@ -167,7 +168,8 @@ TEST_F(EntryTableTest, TheNeighbourBecomesCurrentWhenTheCurrentEntryGoes)
 
 TEST_F(EntryTableTest, BoxesCheckWhatWasPressedAndRangesBeginAtTheLastOne)
 {
-    table->setEntries({file("a", 9), file("b", 8), file("c", 7), file("d", 6), file("e", 5), file("f", 4)});
+    table->setEntries({fileRow("a", 9), fileRow("b", 8), fileRow("c", 7), fileRow("d", 6), fileRow("e", 5),
+                       fileRow("f", 4)});
     const QSignalSpy opened{table.get(), &EntryTable::activated};
     const auto checked = [this] {
         std::string names;
@@ -201,7 +203,8 @@ TEST_F(EntryTableTest, BoxesCheckWhatWasPressedAndRangesBeginAtTheLastOne)
     QTest::mouseRelease(view->viewport(), Qt::LeftButton, {}, box - QPoint{0, 100});
     EXPECT_EQ(checked(), "b") << "dragged away, so given up";
     QTest::mousePress(view->viewport(), Qt::LeftButton, {}, box);
-    table->setEntries({file("a", 9), file("new", 8), file("b", 8), file("e", 5), file("g", 5), file("f", 4)});
+    table->setEntries({fileRow("a", 9), fileRow("new", 8), fileRow("b", 8), fileRow("e", 5), fileRow("g", 5),
+                       fileRow("f", 4)});
     QTest::mouseRelease(view->viewport(), Qt::LeftButton, {}, box);
     table->setFilter([](const Entry& entry) { return entry.sizeBytes < 8; });
     EXPECT_EQ(table->arrangement().largestSize(), 5) << "bars are measured against what is shown";
@@ -213,7 +216,7 @@ TEST_F(EntryTableTest, NamesThatLookAlikeActOnTheirOwnFile)
     const std::vector<std::string> names{"\xff", "\xfe", "\xef\xbf\xbd", "a\nb", "a b", "\\xFF"};
     std::vector<Entry> entries;
     std::ranges::transform(names, std::back_inserter(entries),
-                           [](const auto& name) { return file(name, 1); });
+                           [](const auto& name) { return fileRow(name, 1); });
     table->setEntries(EntryList{entries});
     std::vector<std::string> acted;
     QObject::connect(table.get(), &EntryTable::copyPathRequested, table.get(),
@@ -235,8 +238,8 @@ TEST_F(EntryTableTest, NamesThatLookAlikeActOnTheirOwnFile)
 
 TEST_F(EntryTableTest, TitlesSortAndSayTheOrder)
 {
-    table->setEntries({file("photo10.jpg", 40), file("Photo9.jpg", 30), file("école", 20), file("zèbre", 10),
-                       file("Eclair", 5), file("photo010.jpg", 4)});
+    table->setEntries({fileRow("photo10.jpg", 40), fileRow("Photo9.jpg", 30), fileRow("école", 20),
+                       fileRow("zèbre", 10), fileRow("Eclair", 5), fileRow("photo010.jpg", 4)});
     const std::vector<std::string> bySize = names();
     clickTitle(1);
     EXPECT_EQ(table->sortOrder(), (EntrySortOrder{EntrySortOrder::Key::name, 0, true}));
@@ -254,7 +257,7 @@ TEST_F(EntryTableTest, TitlesSortAndSayTheOrder)
 
 TEST_F(EntryTableTest, TitlesSortByTheKeyboardAndSayWhatTheyDo)
 {
-    table->setEntries({file("b", 1), file("a", 2), file("c", 3)});
+    table->setEntries({fileRow("b", 1), fileRow("a", 2), fileRow("c", 3)});
     activate(*table);
     QHeaderView* const header = view->horizontalHeader();
     header->setFocus(Qt::TabFocusReason);
@@ -280,7 +283,8 @@ TEST_F(EntryTableTest, AToolsOwnColumnSortsByItsKeyAndGivesWayWhereRoomIsShort)
           .columns = {{QStringLiteral("Modifié"), 130, text, key},
                       {QStringLiteral("Note"), 60, text, nullptr}}});
     table->resize(900, 400);
-    table->setEntries({file("z", 7), file("b10", 5), file("É", 5), file("b9", 5), file("a", 1)});
+    table->setEntries(
+        {fileRow("z", 7), fileRow("b10", 5), fileRow("É", 5), fileRow("b9", 5), fileRow("a", 1)});
     EXPECT_THAT(names(), ElementsAre("z", "b9", "b10", "É", "a")) << "equal sizes by name";
     clickTitle(4);
     EXPECT_THAT(names(), ElementsAre("a", "b9", "b10", "É", "z"));
@@ -323,7 +327,7 @@ TEST_F(EntryTableTest, ALongListIsArrangedAsideAndTheLastWishCounts)
 
 TEST_F(EntryTableTest, KeysMoveActivateAndCheck)
 {
-    table->setEntries({folder("a", 30), file("b", 20), file("c", 10)});
+    table->setEntries({folderRow("a", 30), fileRow("b", 20), fileRow("c", 10)});
     std::vector<std::string> activated;
     QObject::connect(table.get(), &EntryTable::activated, table.get(),
                      [&activated](const Entry& entry) { activated.push_back(entry.name); });
@@ -346,7 +350,7 @@ TEST_F(EntryTableTest, ASpaceWithinATypedNameIsLookedForAndChecksNothing)
 {
     const int interval = QApplication::keyboardInputInterval();
     QApplication::setKeyboardInputInterval(60'000);
-    table->setEntries({file("ab", 3), file("a c", 2), file("d", 1)});
+    table->setEntries({fileRow("ab", 3), fileRow("a c", 2), fileRow("d", 1)});
     press(Qt::Key_Down);
     QTest::keyClicks(view, QStringLiteral("a c"));
     EXPECT_EQ(table->currentEntry()->name, "a c");
@@ -362,7 +366,7 @@ TEST_F(EntryTableTest, ALongListThatIsScannedAgainHasItsChecksAgain)
     constexpr std::size_t count = 12'000;
     std::vector<Entry> entries;
     for (std::size_t serial = 0; serial < count; ++serial) {
-        entries.push_back(file("f" + std::to_string(serial), static_cast<std::int64_t>(serial)));
+        entries.push_back(fileRow("f" + std::to_string(serial), static_cast<std::int64_t>(serial)));
     }
     QSignalSpy changed{table.get(), &EntryTable::rowsChanged};
     const auto show = [&](std::vector<Entry> shown) {
@@ -375,7 +379,7 @@ TEST_F(EntryTableTest, ALongListThatIsScannedAgainHasItsChecksAgain)
     table->selection().setAll();
     table->selection().toggle(FileUrl{"/tri/f7"});
     show({});
-    entries.push_back(file("new", 1));
+    entries.push_back(fileRow("new", 1));
     show(entries);
     EXPECT_EQ(table->selection().count(), count - 1);
     table->selection().toggle(FileUrl{"/tri/f8"});
@@ -398,19 +402,19 @@ TEST_F(EntryTableTest, TheContextMenuOffersWhatTheRowCanDo)
     const QString enter = QStringLiteral("Entrer");
     const QString reveal = QStringLiteral("Révéler dans le gestionnaire de fichiers");
     const QString trash = QStringLiteral("Mettre à la corbeille");
-    EXPECT_THAT(texts(file("f", 1)), ElementsAre(reveal));
-    EXPECT_THAT(texts(folder("d", 1)), ElementsAre(enter, reveal));
+    EXPECT_THAT(texts(fileRow("f", 1)), ElementsAre(reveal));
+    EXPECT_THAT(texts(folderRow("d", 1)), ElementsAre(enter, reveal));
     table->setDeletionEnabled(true);
-    EXPECT_THAT(texts(folder("d", 1)), ElementsAre(enter, reveal, QStringLiteral("-"), trash));
+    EXPECT_THAT(texts(folderRow("d", 1)), ElementsAre(enter, reveal, QStringLiteral("-"), trash));
 
     std::vector<std::string> deleted;
     QObject::connect(table.get(), &EntryTable::deleteRequested, table.get(),
                      [&deleted](const Entry& entry) { deleted.push_back(entry.url.path()); });
-    const auto menu = table->makeContextMenu(file("\xff", 1));
+    const auto menu = table->makeContextMenu(fileRow("\xff", 1));
     menu->actions().back()->trigger();
     EXPECT_THAT(deleted, ElementsAre("/tri/\xff"));
 
-    table->setEntries({file("a", 2), file("b", 1)});
+    table->setEntries({fileRow("a", 2), fileRow("b", 1)});
     ASSERT_TRUE(table->setCurrentEntry(FileUrl{"/tri/b"}));
     QTimer::singleShot(0, table.get(), [] {
         auto* const open = qobject_cast<QMenu*>(QApplication::activePopupWidget());
@@ -427,7 +431,7 @@ TEST_F(EntryTableTest, AssistiveToolsReadTheRowAndSwitchItsBox)
     open({.firstColumnTitle = QStringLiteral("Nom"), .badges = [](const Entry&) {
               return std::vector{EntryBadge{QStringLiteral("ancien"), Theme::Colour::old}};
           }});
-    table->setEntries({file("photo.jpg", 1500)});
+    table->setEntries({fileRow("photo.jpg", 1500)});
     QAbstractItemModel* const model = view->model();
     const auto spoken = [model] { return model->index(0, 1).data(Qt::AccessibleTextRole).toString(); };
     EXPECT_EQ(spoken(), QStringLiteral("photo.jpg, Images, ancien, 1,5 Ko, non coché"));
