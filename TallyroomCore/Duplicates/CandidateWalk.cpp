@@ -96,8 +96,17 @@ private:
         std::vector<std::int64_t> sizes(m_tracked.size());
         std::ranges::transform(m_tracked, sizes.begin(), &Candidate::size);
         std::ranges::sort(sizes);
+        std::size_t repeated = 0; // as many sizes are moved to the front, each once
+        for (auto first = sizes.begin(); first != sizes.end();) {
+            const auto last = std::find_if(first, sizes.end(), [first](auto size) { return size != *first; });
+            if (last - first > 1) {
+                sizes[repeated++] = *first;
+            }
+            first = last;
+        }
+        sizes.resize(repeated);
         std::erase_if(m_tracked, [&sizes](const Candidate& file) {
-            return std::ranges::equal_range(sizes, file.size).size() < 2;
+            return !std::ranges::binary_search(sizes, file.size);
         });
         m_tracked.shrink_to_fit();
     }

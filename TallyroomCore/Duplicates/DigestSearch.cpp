@@ -41,7 +41,9 @@ class Search {
 public:
     Search(CandidateWalk::Findings findings, std::stop_token stop,
            const std::function<void(Progress)>& onProgress)
-        : m_findings(std::move(findings)), m_stop(std::move(stop)), m_onProgress(onProgress)
+        : m_findings(std::move(findings)), m_stop(std::move(stop)), m_onProgress(onProgress),
+          m_trash(m_findings.root == nullptr ? TrashFolders::Lookup{} : TrashFolders::Lookup{*m_findings.root}),
+          m_isTrashed(m_findings.folders.size())
     {
         gatherContents();
     }
@@ -317,6 +319,7 @@ private:
         struct Copy {
             Entry entry;
             FileIdentity identity;
+            bool isInTrash = false;
         };
 
         std::vector<Copy> copies;
@@ -326,7 +329,8 @@ private:
                 const Candidate& way = m_findings.candidates[content.firstPath + path];
                 Entry entry{urlOf(way), way.name, way.size, false, EntryForm::ordinary, {}, content.item};
                 if (content.paths == 1 || leadsTo(entry.url, content.identity)) {
-                    copies.push_back({std::move(entry), content.identity});
+                    const bool isTrashed = isInTrash(way.folder, entry.url);
+                    copies.push_back({std::move(entry), content.identity, isTrashed});
                 }
             }
         }
@@ -336,9 +340,19 @@ private:
         for (Copy& copy : copies) {
             group.entries.push_back(std::move(copy.entry));
             group.identities.push_back(copy.identity);
-            group.inTrash.push_back(m_trash.contains(group.entries.back().url));
+            group.inTrash.push_back(copy.isInTrash);
         }
         return group;
+    }
+
+    /// One question a folder, and no look-up by name for the other files in it.
+    bool isInTrash(std::uint32_t folder, const FileUrl& file)
+    {
+        std::optional<bool>& known = m_isTrashed[folder];
+        if (!known) {
+            known = m_trash.contains(file);
+        }
+        return *known;
     }
 
     static bool leadsTo(const FileUrl& url, const FileIdentity& file)
@@ -353,6 +367,7 @@ private:
     std::vector<Content> m_contents; // in the order of the disk; a worker writes those of its batch
     std::vector<DuplicateGroup> m_groups;
     TrashFolders::Lookup m_trash;
+    std::vector<std::optional<bool>> m_isTrashed; // the folders, by their numbers
     Progress m_progress;
 };
 

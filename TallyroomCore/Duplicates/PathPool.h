@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -14,6 +15,9 @@ public:
 
     /// Adds a folder below one that is known; `parent` is `none` for the root, whose name is its path.
     std::uint32_t add(std::uint32_t parent, std::string name);
+
+    /// As many as were added; their numbers count up from 0.
+    [[nodiscard]] std::size_t size() const noexcept { return m_folders.size(); }
 
     /// The path of an item in a folder.
     [[nodiscard]] std::string path(std::uint32_t folder, const std::string& name) const;

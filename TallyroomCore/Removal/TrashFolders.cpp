@@ -3,7 +3,8 @@
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FolderReader.h"
 #include "FileSystem/HomeFolder.h"
-#include "Removal/ItemPlace.h"
+#include "FileSystem/MountTable.h"
+#include "FileSystem/RealPath.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -30,6 +31,18 @@ bool isNamedAsTrash(const FileUrl& folder)
            (isUserNumber(name) && folder.parent().lastPathComponent() == ".Trash");
 }
 
+/// "files" with "info" beside it, in a folder that is named as a trash.
+bool isFormedAsTrash(const FileUrl& folder)
+{
+    if (folder.lastPathComponent() != "files") {
+        return false;
+    }
+    const FileUrl trash = folder.parent();
+    const auto records = isNamedAsTrash(trash) ? fileAttributes(trash.appending("info"))
+                                               : std::unexpected(SystemError{ENOENT});
+    return records && records->type == EntryType::folder;
+}
+
 } // namespace
 
 FileUrl home()
@@ -49,23 +62,31 @@ Lookup::Lookup()
     if (!trash) {
         return;
     }
-    for (const auto& known : {fileAttributes(trash->get()), fileAttributes(trash->get(), "files")}) {
-        if (known && known->type == EntryType::folder) {
+    const auto files = openFolder(own.appending("files"), FolderAccess::throughOnly);
+    for (const int folder : {trash->get(), files ? files->get() : -1}) {
+        const auto known = fileAttributes(folder);
+        const auto path = realPathOf(folder);
+        if (known && path) {
             m_own.push_back(known->id());
+            m_ownNames.emplace(FileUrl{*path}.lastPathComponent());
         }
     }
 }
 
+Lookup::Lookup(const ScanRoot& root) : Lookup()
+{
+    for (const Mount& mount : MountTable::read()) {
+        m_mountPoints.insert(mount.mountPoint);
+    }
+    Folder found = find(root.place, Links::notFollowed);
+    found.isScanned = true;
+    m_folders.insert_or_assign(root.url.path(), found);
+    m_folders.insert_or_assign(root.place.path(), std::move(found));
+}
+
 bool Lookup::contains(const FileUrl& url)
 {
-    const std::string_view path = url.path();
-    const std::string_view folder = path.substr(0, std::min(path.rfind('/'), path.size()));
-    if (const auto known = m_asked.find(folder); known != m_asked.end()) {
-        return known->second;
-    }
-    const bool isTrashed = find(url.standardized().parent(), Links::followed).isTrashed;
-    m_asked.emplace(folder, isTrashed);
-    return isTrashed;
+    return find(url.standardized().parent(), Links::followed).isTrashed;
 }
 
 Lookup::Folder Lookup::find(const FileUrl& folder, Links links)
@@ -88,29 +109,31 @@ Lookup::Folder Lookup::find(const FileUrl& folder, Links links)
 
 Lookup::Folder Lookup::below(const Folder& parent, const FileUrl& folder, Links links)
 {
-    const FileUrl place = parent.realPlace.appending(folder.lastPathComponent());
-    const auto attributes = fileAttributes(place);
-    if (links == Links::followed && attributes && attributes->type == EntryType::link) {
-        const auto target = openFolder(place, FolderAccess::throughOnly);
-        if (const auto path = target ? realPathOf(target->get()) : std::unexpected(target.error())) {
-            return find(FileUrl{*path}, Links::notFollowed);
+    Folder found{parent.realPlace.appending(folder.lastPathComponent()), parent.isTrashed, parent.isScanned};
+    if (!found.isScanned || mayBeOwn(found.realPlace)) {
+        const auto attributes = fileAttributes(found.realPlace);
+        if (links == Links::followed && attributes && attributes->type == EntryType::link) {
+            const auto target = openFolder(found.realPlace, FolderAccess::throughOnly);
+            if (const auto path = target ? realPathOf(target->get()) : std::unexpected(target.error())) {
+                return find(FileUrl{*path}, Links::notFollowed);
+            }
         }
+        found.isTrashed = found.isTrashed || (attributes && isOwn(*attributes));
     }
     // An item that is gone is judged by its path.
-    return {place, parent.isTrashed || isBin(place, attributes)};
+    found.isTrashed = found.isTrashed || isFormedAsTrash(found.realPlace);
+    return found;
 }
 
-bool Lookup::isBin(const FileUrl& folder, const SystemResult<FileAttributes>& attributes) const
+bool Lookup::mayBeOwn(const FileUrl& folder) const
 {
-    if (attributes && std::ranges::find(m_own, attributes->id()) != m_own.end()) {
-        return true;
-    }
-    const FileUrl trash = folder.parent();
-    if (folder.lastPathComponent() != "files" || !isNamedAsTrash(trash)) {
-        return false;
-    }
-    const auto records = fileAttributes(trash.appending("info"));
-    return records && records->type == EntryType::folder;
+    return m_ownNames.contains(std::string{folder.lastPathComponent()}) ||
+           m_mountPoints.contains(folder.path());
+}
+
+bool Lookup::isOwn(const FileAttributes& attributes) const
+{
+    return std::ranges::find(m_own, attributes.id()) != m_own.end();
 }
 
 } // namespace tallyroom::TrashFolders

@@ -1,15 +1,12 @@
 #pragma once
 
 #include "FileSystem/FileAttributes.h"
-#include "FileSystem/SystemError.h"
+#include "FileSystem/ScanRoots.h"
 #include "Model/FileUrl.h"
 
-#include <cstdint>
-#include <functional>
 #include <string>
-#include <string_view>
 #include <unordered_map>
-#include <utility>
+#include <unordered_set>
 #include <vector>
 
 namespace tallyroom {
@@ -29,32 +26,30 @@ class Lookup {
 public:
     Lookup();
 
+    /// For items that a scan of this root found: below it a scan follows no link, so that only folders that
+    /// may be the person's own trash are asked about, those of its names and those that are mounts.
+    explicit Lookup(const ScanRoot& root);
+
     [[nodiscard]] bool contains(const FileUrl& url);
 
 private:
-    struct PathHash {
-        using is_transparent = void;
-
-        std::size_t operator()(std::string_view path) const noexcept
-        {
-            return std::hash<std::string_view>{}(path);
-        }
-    };
-
     struct Folder {
         FileUrl realPlace; ///< the path without links
         bool isTrashed = false;
+        bool isScanned = false; ///< no link can lie below
     };
 
     enum class Links { followed, notFollowed };
 
     Folder find(const FileUrl& folder, Links links);
     Folder below(const Folder& parent, const FileUrl& folder, Links links);
-    [[nodiscard]] bool isBin(const FileUrl& folder, const SystemResult<FileAttributes>& attributes) const;
+    [[nodiscard]] bool mayBeOwn(const FileUrl& folder) const;
+    [[nodiscard]] bool isOwn(const FileAttributes& attributes) const;
 
     std::vector<FileId> m_own;
+    std::unordered_set<std::string> m_ownNames;        // without links
+    std::unordered_set<std::string> m_mountPoints;     // asked for a scan only
     std::unordered_map<std::string, Folder> m_folders; // by their paths, with or without links
-    std::unordered_map<std::string, bool, PathHash, std::equal_to<>> m_asked; // as they were asked for
 };
 
 } // namespace TrashFolders
