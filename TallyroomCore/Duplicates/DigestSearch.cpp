@@ -42,7 +42,8 @@ public:
     Search(CandidateWalk::Findings findings, std::stop_token stop,
            const std::function<void(Progress)>& onProgress)
         : m_findings(std::move(findings)), m_stop(std::move(stop)), m_onProgress(onProgress),
-          m_trash(m_findings.root == nullptr ? TrashFolders::Lookup{} : TrashFolders::Lookup{*m_findings.root}),
+          m_trash(m_findings.root == nullptr ? TrashFolders::Lookup{}
+                                             : TrashFolders::Lookup{*m_findings.root}),
           m_isTrashed(m_findings.folders.size())
     {
         gatherContents();
@@ -327,7 +328,8 @@ private:
             const Content& content = m_contents[number];
             for (std::uint32_t path = 0; path < content.paths; ++path) {
                 const Candidate& way = m_findings.candidates[content.firstPath + path];
-                Entry entry{urlOf(way), way.name, way.size, false, EntryForm::ordinary, {}, content.item};
+                Entry entry{
+                    .url = urlOf(way), .name = way.name, .sizeBytes = way.size, .identity = content.item};
                 if (content.paths == 1 || leadsTo(entry.url, content.identity)) {
                     const bool isTrashed = isInTrash(way.folder, entry.url);
                     copies.push_back({std::move(entry), content.identity, isTrashed});

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <tuple>
+#include <utility>
 
 namespace tallyroom {
 
@@ -23,22 +24,36 @@ enum class EntryForm : unsigned char {
     special ///< a FIFO, a socket or a device
 };
 
+/// What a search found out about an entry besides its size; a set of bits.
+enum class EntryMark : unsigned char {
+    toVerify = 1,    ///< a cache that nothing proves to be one
+    inUse = 2,       ///< a cache that a running process holds open, or that was written to just now
+    application = 4, ///< a part of an installed program
+};
+
 /// One file or folder, as every list, bar and tile shows it. A plain value.
 struct Entry {
     /// Where the item is; also its identity in lists.
-    FileUrl url;
+    FileUrl url{};
     /// The name as its folder knows it, in bytes.
-    std::string name;
+    std::string name{};
     /// Space used on disk in bytes; for a folder, of everything below it.
     std::int64_t sizeBytes = 0;
     /// True for a folder, false for everything else, links to folders included.
     bool isDirectory = false;
     /// Chooses icon and words only, and is no part of equality.
     EntryForm form = EntryForm::ordinary;
+    /// A set of `EntryMark`. No part of equality.
+    std::uint8_t marks = 0;
+    /// How many folders could not be listed, and items not examined, at it and below it: then its size is a
+    /// lower bound. Stays at its largest value rather than wrap. No part of equality.
+    std::uint32_t unread = 0;
     /// When the content last changed; absent when the file system did not say.
     std::optional<Timestamp> modifiedAt{};
     /// Which item the scan saw there. Not a part of equality: a newer scan of the same item is no change.
     ItemIdentity identity{};
+
+    [[nodiscard]] bool has(EntryMark mark) const noexcept { return (marks & std::to_underlying(mark)) != 0; }
 
     [[nodiscard]] const FileUrl& id() const noexcept { return url; }
 

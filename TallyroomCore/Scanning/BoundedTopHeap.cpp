@@ -53,13 +53,11 @@ void BoundedTopHeap::offer(const FileUrl& folder, std::span<const Candidate> fil
     const std::scoped_lock lock{m_mutex};
     for (const Candidate& file : files) {
         if (takes(start, file.name, file.sizeBytes)) {
-            take({FileUrl{start + std::string{file.name}},
-                  std::string{file.name},
-                  file.sizeBytes,
-                  false,
-                  file.form,
-                  {},
-                  file.identity});
+            take({.url = FileUrl{start + std::string{file.name}},
+                  .name = std::string{file.name},
+                  .sizeBytes = file.sizeBytes,
+                  .form = file.form,
+                  .identity = file.identity});
         }
     }
 }

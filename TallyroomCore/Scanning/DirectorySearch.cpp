@@ -162,8 +162,12 @@ private:
     {
         const Match& match = m_matches[index];
         return {index,
-                {match.url, std::string{match.url.lastPathComponent()}, total, true, EntryForm::ordinary,
-                 match.modifiedAt, match.identity}};
+                {.url = match.url,
+                 .name = std::string{match.url.lastPathComponent()},
+                 .sizeBytes = total,
+                 .isDirectory = true,
+                 .modifiedAt = match.modifiedAt,
+                 .identity = match.identity}};
     }
 
     const Matches m_matches;

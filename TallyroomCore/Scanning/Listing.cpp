@@ -80,8 +80,12 @@ protected:
         const auto& listed = static_cast<ListedFolder&>(folder);
         std::vector<IndexedEntry> done;
         done.push_back({listed.index,
-                        {m_url.appending(listed.name()), listed.name(), total, true, EntryForm::ordinary,
-                         listed.modifiedAt, listed.identity}});
+                        {.url = m_url.appending(listed.name()),
+                         .name = listed.name(),
+                         .sizeBytes = total,
+                         .isDirectory = true,
+                         .modifiedAt = listed.modifiedAt,
+                         .identity = listed.identity}});
         deliver(std::move(done));
     }
 
@@ -101,8 +105,13 @@ private:
     [[nodiscard]] Entry entry(const TreeWalk::Child& child, std::int64_t bytes,
                               const ScanRoot& scanRoot) const
     {
-        return {m_url.appending(child.name), std::string{child.name},  bytes, child.isFolder(), child.form(),
-                modifiedAt(child),           identity(child, scanRoot)};
+        return {.url = m_url.appending(child.name),
+                .name = std::string{child.name},
+                .sizeBytes = bytes,
+                .isDirectory = child.isFolder(),
+                .form = child.form(),
+                .modifiedAt = modifiedAt(child),
+                .identity = identity(child, scanRoot)};
     }
 
     const FileUrl m_url;

@@ -133,8 +133,9 @@ TEST(CSVExport, QuotesExactlyWhatNeedsItAndKeepsEveryByte)
         EXPECT_EQ(CSVExport::escape(field), text);
     }
     const Timestamp moment = std::chrono::sys_days{std::chrono::May / 1 / 2024} + 12h + 34min + 56s + 999ms;
-    const std::vector entries{Entry{FileUrl{"/p/a,b.txt"}, "a,b.txt", 1500, false, {}, moment},
-                              Entry{FileUrl{"/p/d"}, "d", -1, true, {}}};
+    const std::vector entries{
+        Entry{.url = FileUrl{"/p/a,b.txt"}, .name = "a,b.txt", .sizeBytes = 1500, .modifiedAt = moment},
+        Entry{FileUrl{"/p/d"}, "d", -1, true, {}}};
     const std::string& comma = SizeFormatter::decimalSeparator();
     const std::string size = comma == "," ? "\"1,5 Ko\"" : "1" + comma + "5 Ko";
     EXPECT_EQ(CSVExport::string(entries), "Nom,Chemin,Taille (octets),Taille,Type,Modifié\n"
