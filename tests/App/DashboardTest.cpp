@@ -1,82 +1,180 @@
-#include "App/DashboardScene.h"
+#include "App/EventWait.h"
+#include "App/ScreenWords.h"
 #include "Settings/RecentFolders.h"
+#include "Settings/Settings.h"
+#include "Text/VolumeText.h"
+#include "Theme/Theme.h"
+#include "Tools/Dashboard/DashboardView.h"
+#include "Tools/Dashboard/DashboardViewModel.h"
+#include "Tools/Dashboard/KindBar.h"
+#include "Tools/Dashboard/KindRow.h"
+#include "Tools/Dashboard/VolumeCard.h"
+#include "Tools/Dashboard/VolumeGrid.h"
 
+#include <QApplication>
+#include <QScrollBar>
 #include <QSignalSpy>
+#include <QTest>
 
+#include <algorithm>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tallyroom {
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Phase = AnalysisState::Phase;
+using testing::Not;
+using Progress = FolderAnalyzer::Progress;
 
-class DashboardTest : public testing::Test {
-protected:
-    /// Sends a report that is not the last one, and waits until it is shown.
-    bool reportPartly(std::vector<VolumeUsage> list, std::int64_t unanswered)
+constexpr std::int64_t gigabyte = 1'000'000'000;
+
+/// Streams that the test feeds by hand; the newest is the last one.
+template <class Record>
+struct HandFedStreams {
+    [[nodiscard]] ProgressStream<Record> begin()
     {
-        const QSignalSpy changes{&dashboard, &DashboardViewModel::volumesChanged};
-        scene.volumes.send({std::move(list), std::nullopt, unanswered});
-        return waitUntil(&dashboard, &DashboardViewModel::volumesChanged, [&] { return !changes.isEmpty(); });
+        auto [sender, stream] = makeProgressStream<Record>();
+        senders.push_back(std::make_unique<ProgressSender<Record>>(std::move(sender)));
+        return std::move(stream);
     }
 
-    bool count(std::int64_t files)
+    void send(Record record) { senders.back()->send(std::move(record)); }
+
+    void end() { senders.back().reset(); }
+
+    [[nodiscard]] bool isCancelled(std::size_t stream) const
     {
-        scene.analyses.send({files, {}, FolderAnalyzer::Progress::Phase::scanning});
+        return senders[stream]->stopToken().stop_requested();
+    }
+
+    std::vector<std::unique_ptr<ProgressSender<Record>>> senders;
+};
+
+VolumeUsage volume(const std::string& mountPoint, std::int64_t total, std::int64_t available,
+                   bool isInternal = true)
+{
+    const FileUrl url{mountPoint};
+    return {std::string{url.lastPathComponent()}, url, total, available, isInternal};
+}
+
+/// A dashboard without disks: volumes and breakdowns come when the test sends them.
+class DashboardTest : public testing::Test {
+protected:
+    DashboardTest()
+    {
+        Theme::shared().apply();
+        view.resize(900, 600);
+        view.show();
+        activate(view);
+    }
+
+    bool refreshed()
+    {
+        return waitUntil(&dashboard, &DashboardViewModel::isRefreshingChanged,
+                         [this] { return !dashboard.isRefreshing(); });
+    }
+
+    /// Sends a report, the first volume as the main one, and waits until it is shown.
+    bool report(std::vector<VolumeUsage> list, std::int64_t unanswered = 0)
+    {
+        const auto main = list.empty() ? std::nullopt : std::optional{list.front()};
+        readings.send({std::move(list), main, unanswered});
+        readings.end();
+        return refreshed();
+    }
+
+    /// Sends a record of the newest breakdown and waits until its count is shown.
+    bool count(std::int64_t files, const std::optional<FolderSummary>& summary = {})
+    {
+        analyses.send({files, summary, summary ? Progress::Phase::done : Progress::Phase::scanning});
         return waitUntil(&dashboard, &DashboardViewModel::analysisScannedChanged,
                          [&] { return dashboard.analysisScanned() == files; });
     }
 
-    DashboardScene scene;
-    DashboardViewModel& dashboard = scene.dashboard;
-    const VolumeUsage root = DashboardScene::volume("/", 500, 100);
-    const VolumeUsage large = DashboardScene::volume("/mnt/large", 900, 100);
-    const VolumeUsage key = DashboardScene::volume("/media/key", 50, 1, false);
+    /// Ends the newest breakdown with these kinds, and waits until it is shown.
+    bool finish(std::vector<CategorySize> categories)
+    {
+        FolderSummary summary;
+        for (const CategorySize& category : categories) {
+            summary.totalBytes += category.totalBytes;
+            summary.totalFiles += category.fileCount;
+        }
+        summary.categories = std::move(categories);
+        analyses.send({summary.totalFiles, summary, Progress::Phase::done});
+        analyses.end();
+        return waitUntil(&dashboard, &FolderTool::stateChanged,
+                         [this] { return dashboard.analysisState().phase == AnalysisState::Phase::loaded; });
+    }
+
+    static std::vector<VolumeUsage> volumes(int count)
+    {
+        std::vector<VolumeUsage> result;
+        for (int serial = 1; serial <= count; ++serial) {
+            result.push_back(volume("/mnt/" + std::to_string(serial), 100 * gigabyte, serial * gigabyte));
+        }
+        return result;
+    }
+
+    [[nodiscard]] std::vector<VolumeCard*> cards() const { return view.findChild<VolumeGrid*>()->cards(); }
+
+    [[nodiscard]] QStringList texts() const { return visibleTexts(view); }
+
+    [[nodiscard]] QAbstractButton* button(const QString& text) const { return visibleButton(view, text); }
+
+    void press(Qt::Key pressed) { QTest::keyClick(view.focusWidget(), pressed); }
+
+    HandFedStreams<VolumeReport> readings;
+    HandFedStreams<Progress> analyses;
+    DashboardViewModel dashboard{
+        {[this] { return readings.begin(); }, [this](const FileUrl&) { return analyses.begin(); }}};
+    DashboardView view{dashboard};
+    const VolumeUsage root = volume("/", 500, 100);
+    const VolumeUsage large = volume("/mnt/large", 900, 100);
+    const VolumeUsage key = volume("/media/key", 50, 1, false);
     const CategorySize videos{FileKind::video, 30, 2};
     const CategorySize code{FileKind::code, 10, 5};
 };
 
 TEST_F(DashboardTest, AVolumeThatHasYetToAnswerAgainStaysUntilTheReadingEnds)
 {
-    ASSERT_TRUE(scene.report({large, root, key}));
+    ASSERT_TRUE(report({large, root, key}));
     dashboard.refresh();
     EXPECT_THAT(dashboard.volumes(), ElementsAre(large, root, key));
-    const VolumeUsage fuller = DashboardScene::volume("/", 500, 50);
-    ASSERT_TRUE(reportPartly({fuller}, 2));
-    EXPECT_THAT(dashboard.volumes(), ElementsAre(large, fuller, key));
+    const VolumeUsage fuller = volume("/", 500, 50);
+    readings.send({{fuller}, std::nullopt, 2});
+    ASSERT_TRUE(waitUntil(&dashboard, &DashboardViewModel::volumesChanged, [&] {
+        return dashboard.volumes() == std::vector{large, fuller, key};
+    }));
     EXPECT_EQ(dashboard.mainVolume(), large);
-    scene.volumes.end();
-    ASSERT_TRUE(waitUntil(&dashboard, &DashboardViewModel::isRefreshingChanged,
-                          [&] { return !dashboard.isRefreshing(); }));
+    readings.end();
+    ASSERT_TRUE(refreshed());
     EXPECT_THAT(dashboard.volumes(), ElementsAre(fuller));
     EXPECT_EQ(dashboard.mainVolume(), std::nullopt);
     EXPECT_EQ(dashboard.unansweredVolumes(), 2);
     dashboard.refresh();
-    scene.volumes.end();
-    ASSERT_TRUE(waitUntil(&dashboard, &DashboardViewModel::isRefreshingChanged,
-                          [&] { return !dashboard.isRefreshing(); }));
+    readings.end();
+    ASSERT_TRUE(refreshed());
     EXPECT_THAT(dashboard.volumes(), IsEmpty()) << "none has answered this time";
 }
 
 TEST_F(DashboardTest, ANewerReadingReplacesTheOneUnderWayAndLeavesTheBreakdownAlone)
 {
     dashboard.analyze(FileUrl{"/r"});
-    ASSERT_TRUE(scene.finish({videos, code}));
+    ASSERT_TRUE(finish({videos, code}));
     const QSignalSpy states{&dashboard, &FolderTool::stateChanged};
     dashboard.refresh();
-    EXPECT_TRUE(scene.volumes.isCancelled(0));
-    scene.volumes.sendFrom(0, {{key}, key, 0});
-    ASSERT_TRUE(scene.report({root}));
+    EXPECT_TRUE(readings.isCancelled(0));
+    readings.senders[0]->send({{key}, key, 0});
+    ASSERT_TRUE(report({root}));
     EXPECT_THAT(dashboard.volumes(), ElementsAre(root));
     EXPECT_TRUE(states.isEmpty());
     EXPECT_EQ(dashboard.summary()->totalBytes, 40);
 }
 
-TEST_F(DashboardTest, AnAnalysisCountsThenTellsItsKindsOnce)
+TEST_F(DashboardTest, AnAnalysisCountsThenTellsItsKindsOnceAndReplacesTheOneBefore)
 {
     dashboard.handleImport(std::vector{FileUrl{"/home/moi/Proj\xff"}, FileUrl{"/other"}});
     EXPECT_EQ(dashboard.analyzedFolder(), QStringLiteral("Proj\\xFF"));
@@ -84,48 +182,188 @@ TEST_F(DashboardTest, AnAnalysisCountsThenTellsItsKindsOnce)
     EXPECT_TRUE(dashboard.isScanning());
     ASSERT_TRUE(count(4096));
     EXPECT_EQ(dashboard.summary(), std::nullopt);
-    ASSERT_TRUE(scene.finish({videos, code}));
+    ASSERT_TRUE(finish({videos, code}));
     EXPECT_EQ(dashboard.analysisScanned(), 7);
     EXPECT_EQ(dashboard.scanReport(), QStringLiteral("7 fichiers · 40 o"));
     EXPECT_DOUBLE_EQ(dashboard.fraction(videos), 0.75);
+
+    dashboard.analyze(FileUrl{"/former"});
+    dashboard.analyze(FileUrl{"/r"});
+    EXPECT_TRUE(analyses.isCancelled(1));
+    EXPECT_EQ(dashboard.summary(), std::nullopt);
+    analyses.senders[1]->send({9, FolderSummary{{videos}, 10, 5}, Progress::Phase::done});
+    ASSERT_TRUE(finish({{FileKind::code, 0, 3}}));
+    EXPECT_EQ(dashboard.scanReport(), QStringLiteral("3 fichiers · 0 o"));
+    EXPECT_EQ(dashboard.fraction(videos), 0) << "nothing has no shares";
 }
 
 TEST_F(DashboardTest, AnAnalysisStoppedBetweenItsSummaryAndItsEndIsLoaded)
 {
     dashboard.analyze(FileUrl{"/r"});
-    scene.analyses.send({2, FolderSummary{{videos}, 30, 2}, FolderAnalyzer::Progress::Phase::done});
-    ASSERT_TRUE(waitUntil(&dashboard, &DashboardViewModel::summaryChanged,
-                          [&] { return dashboard.summary().has_value(); }));
+    ASSERT_TRUE(count(2, FolderSummary{{videos}, 30, 2}));
     dashboard.cancelAnalysis();
-    EXPECT_EQ(dashboard.analysisState().phase, Phase::loaded);
+    EXPECT_EQ(dashboard.analysisState().phase, AnalysisState::Phase::loaded);
     EXPECT_EQ(dashboard.summary()->totalBytes, 30);
 }
 
-TEST_F(DashboardTest, ASecondAnalysisReplacesTheFirstAndItsLateRecords)
+TEST_F(DashboardTest, CardsFollowTheReportTheMainOneFirst)
 {
-    dashboard.analyze(FileUrl{"/first"});
-    scene.analyses.send({8192, {}, FolderAnalyzer::Progress::Phase::scanning});
-    dashboard.analyze(FileUrl{"/second"});
-    EXPECT_TRUE(scene.analyses.isCancelled(0));
-    scene.analyses.sendFrom(0, {9, FolderSummary{{code}, 10, 5}, FolderAnalyzer::Progress::Phase::done});
-    std::vector<std::int64_t> counts;
-    QObject observer;
-    QObject::connect(&dashboard, &DashboardViewModel::analysisScannedChanged, &observer,
-                     [&] { counts.push_back(dashboard.analysisScanned()); });
-    ASSERT_TRUE(scene.finish({videos}));
-    EXPECT_THAT(counts, ElementsAre(2));
-    EXPECT_EQ(dashboard.summary()->categories, std::vector{videos});
-    EXPECT_EQ(dashboard.analyzedFolder(), QStringLiteral("second"));
+    const QWidget* const place = view.findChild<VolumeGrid*>()->parentWidget();
+    const int heightBefore = place->height();
+    const VolumeUsage system{"Système", FileUrl{"/"}, 512'100'000'000, 180'400'000'000, true};
+    readings.send({{large, system, key}, system, 0});
+    readings.end();
+    ASSERT_TRUE(refreshed());
+    ASSERT_EQ(cards().size(), 3U);
+    EXPECT_EQ(cards()[0]->accessibleName(),
+              QStringLiteral("Système, /, 331,7 Go utilisés sur 512,1 Go, 180,4 Go disponibles"));
+    EXPECT_EQ(cards()[1]->usage(), large);
+    EXPECT_TRUE(cards()[2]->accessibleDescription().contains(QStringLiteral("presque plein")));
+    EXPECT_GT(cards()[0]->width(), cards()[1]->width() * 6 / 5);
+    EXPECT_EQ(place->height(), heightBefore) << "nothing below moves when the volumes arrive";
+
+    // The keyboard goes through them in the order of the screen, and stays on one when another goes.
+    button(QStringLiteral("Recharger"))->setFocus();
+    press(Qt::Key_Tab);
+    EXPECT_EQ(view.focusWidget(), cards()[0]);
+    press(Qt::Key_Tab);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(view.focusWidget(), cards()[2]);
+    press(Qt::Key_F5);
+    ASSERT_TRUE(report({system, key}));
+    ASSERT_EQ(cards().size(), 2U);
+    EXPECT_EQ(view.focusWidget(), cards()[1]);
+    EXPECT_EQ(cards()[1]->usage(), key);
 }
 
-TEST_F(DashboardTest, AKindHasNoShareOfNothing)
+TEST_F(DashboardTest, PressingACardAsksForItsVolumeInTheExplorer)
 {
-    EXPECT_EQ(dashboard.fraction(videos), 0);
+    ASSERT_TRUE(report(volumes(3)));
+    std::vector<FileUrl> asked;
+    QObject::connect(&dashboard, &DashboardViewModel::explorationRequested, &view,
+                     [&asked](const FileUrl& url) { asked.push_back(url); });
+    QTest::mouseClick(cards()[1], Qt::LeftButton);
+    cards()[2]->setFocus();
+    press(Qt::Key_Return);
+    press(Qt::Key_Space);
+    EXPECT_THAT(asked, ElementsAre(FileUrl{"/mnt/2"}, FileUrl{"/mnt/3"}, FileUrl{"/mnt/3"}));
+}
+
+TEST_F(DashboardTest, VolumesThatAreNotThereAreSpokenOf)
+{
+    ASSERT_TRUE(report({}, 0));
+    EXPECT_THAT(texts(), Contains(QStringLiteral("Aucun volume n’a pu être lu.")));
+    dashboard.refresh();
+    ASSERT_TRUE(report(volumes(1), 2));
+    EXPECT_THAT(texts(), Contains(QStringLiteral("2 volumes ne répondent pas.")));
+    EXPECT_THAT(texts(), Not(Contains(QStringLiteral("Aucun volume n’a pu être lu."))));
+}
+
+TEST_F(DashboardTest, CardsWrapWithoutOverlapAndThePageScrolls)
+{
     dashboard.analyze(FileUrl{"/r"});
-    ASSERT_TRUE(scene.finish({{FileKind::code, 0, 3}}));
-    EXPECT_EQ(dashboard.fraction(videos), 0);
+    ASSERT_TRUE(finish({{FileKind::video, 30, 2}, {FileKind::code, 10, 5}}));
+    // The narrowest place for the screen is the smallest window without the sidebar.
+    for (const auto& [count, width] :
+         {std::pair{1, 484}, {2, 484}, {8, 484}, {8, 700}, {8, 1200}, {3, 1000}}) {
+        view.resize(width, 450);
+        dashboard.refresh();
+        ASSERT_TRUE(report(volumes(count)));
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+        QApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        const QWidget* const page = view.widget();
+        EXPECT_LE(page->width(), view.viewport()->width());
+        EXPECT_EQ(view.verticalScrollBar()->maximum(),
+                  std::max(0, page->height() - view.viewport()->height()));
+        QRegion covered;
+        for (const VolumeCard* const card : cards()) {
+            const QRect place{card->mapTo(page, QPoint{}), card->size()};
+            EXPECT_TRUE(page->rect().contains(place)) << count << " at " << width;
+            EXPECT_FALSE(covered.intersects(place)) << count << " at " << width;
+            EXPECT_GE(place.width(), Theme::cardMinimumWidth);
+            covered += place;
+        }
+        EXPECT_TRUE(count < 8 || width < 1200 || cards()[0]->width() > cards()[1]->width() * 6 / 5);
+        const auto* const bar = view.findChild<KindBar*>();
+        EXPECT_GT(bar->mapTo(page, QPoint{}).y(), covered.boundingRect().bottom());
+    }
+    view.resize(484, 450);
+    EXPECT_GT(view.verticalScrollBar()->maximum(), 0);
+}
+
+TEST_F(DashboardTest, TheKindsAreListedLargestFirstWithSharesThatAddUp)
+{
     dashboard.analyze(FileUrl{"/r"});
-    EXPECT_EQ(dashboard.summary(), std::nullopt);
+    ASSERT_TRUE(finish({{FileKind::video, 413 * gigabyte, 1204},
+                        {FileKind::archive, 128 * gigabyte, 310},
+                        {FileKind::code, 1, 412'908},
+                        {FileKind::spreadsheet, 0, 1}}));
+    const auto rows = view.findChildren<KindRow*>();
+    ASSERT_EQ(rows.size(), 4);
+    double sum = 0;
+    for (const KindRow* const row : rows) {
+        sum += row->content().kind.share;
+        EXPECT_EQ(row->content().largest, 413 * gigabyte);
+    }
+    EXPECT_DOUBLE_EQ(sum, 1);
+    EXPECT_EQ(rows[1]->accessibleName(), QStringLiteral("Archives, 128 Go, 23,7 %, 310 fichiers"));
+    EXPECT_TRUE(rows[2]->accessibleName().contains(QStringLiteral("< 0,1 %")));
+    EXPECT_TRUE(rows[3]->accessibleName().endsWith(QStringLiteral("0 %, 1 fichier")));
+    EXPECT_EQ(view.findChild<KindBar*>()->accessibleDescription(),
+              QStringLiteral("Vidéos 76,3 %, Archives 23,7 %, Code < 0,1 %"));
+}
+
+TEST_F(DashboardTest, ThePointerFindsEachKindUnderItsPartOfTheBar)
+{
+    KindBar bar;
+    bar.resize(400, Theme::shareBarHeight);
+    bar.setKinds({{{FileKind::video, 3, 1}, 0.75}, {{FileKind::code, 1, 1}, 0.25}});
+    const QImage image = bar.grab().toImage();
+    const int middle = image.height() / 2;
+    const Theme& theme = Theme::shared();
+    EXPECT_EQ(image.pixelColor(20, middle), theme.tint(FileKind::video));
+    EXPECT_EQ(image.pixelColor(290, middle), theme.tint(FileKind::video));
+    EXPECT_EQ(image.pixelColor(310, middle), theme.tint(FileKind::code));
+    EXPECT_EQ(image.pixelColor(399, middle), theme.tint(FileKind::code)) << "the bar is full";
+}
+
+TEST_F(DashboardTest, EveryPhaseOfTheBreakdownHasItsWordsAndItsWayOn)
+{
+    Settings::store().clear();
+    RecentFolders::shared().add(FileUrl{"/"});
+    dashboard.handleImport(std::unexpected(QStringLiteral("refusé.")));
+    dashboard.handleImport(FolderChoice{});
+    EXPECT_EQ(analyses.senders.size(), 0U);
+    EXPECT_THAT(texts(), Contains(QStringLiteral("Sélection impossible : refusé.")));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return texts().contains(QStringLiteral("Récents")); }));
+    EXPECT_NE(button(QStringLiteral("Choisir un dossier…")), nullptr);
+
+    dashboard.analyze(FileUrl{"/r"});
+    ASSERT_TRUE(count(12'345));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return button(QStringLiteral("Arrêter")) != nullptr; }));
+    EXPECT_THAT(texts(), Contains(QStringLiteral("Analyse… 12\u202f345 fichiers")));
+    EXPECT_THAT(texts(), Not(Contains(QStringLiteral("Récents"))));
+    button(QStringLiteral("Arrêter"))->click();
+    EXPECT_TRUE(analyses.isCancelled(0));
+    EXPECT_THAT(texts(), Contains(QStringLiteral("Récents")));
+
+    dashboard.analyze(FileUrl{"/r"});
+    button(QStringLiteral("Recharger"))->setFocus();
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(analyses.isCancelled(1));
+    dashboard.analyze(FileUrl{"/r"});
+    ASSERT_TRUE(finish({}));
+    EXPECT_THAT(texts(), Contains(QStringLiteral("Aucun fichier dans ce dossier.")));
+}
+
+TEST(VolumeText, IsRedFromNineTenthsOnAndSaysHowManyAreSilent)
+{
+    EXPECT_EQ(VolumeText::fill(volume("/", 1000, 101)), QStringLiteral("90 %"));
+    EXPECT_EQ(VolumeText::fill(volume("/", 1000, 100)), QStringLiteral("presque plein"));
+    EXPECT_EQ(VolumeText::fill(volume("/", 1000, 0)), QStringLiteral("plein"));
+    EXPECT_EQ(VolumeText::unanswered(0, true), QString{});
+    EXPECT_EQ(VolumeText::unanswered(1, false), QStringLiteral("1 volume ne répond pas."));
+    EXPECT_TRUE(VolumeText::toolTip(volume("/<b>", 1, 1)).contains(QStringLiteral("/&lt;b&gt;")));
 }
 
 } // namespace

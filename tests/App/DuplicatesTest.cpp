@@ -1,8 +1,28 @@
-#include "App/DuplicatesScene.h"
+#include "App/EventWait.h"
+#include "App/ScreenWords.h"
+#include "Controls/OptionMenu.h"
+#include "Deletion/DeleteConfirmation.h"
+#include "Deletion/FailureList.h"
+#include "Duplicates/DuplicateExport.h"
+#include "Rows/EntryRows.h"
+#include "Rows/Selection.h"
+#include "Scanning/FileScanner.h"
+#include "Settings/Settings.h"
+#include "Support/Isolation.h"
+#include "Support/ListWords.h"
+#include "Text/SizeText.h"
 #include "Tools/Duplicates/DuplicateTableModel.h"
+#include "Tools/Duplicates/DuplicatesView.h"
 
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QRegularExpression>
 #include <QSignalSpy>
+#include <QTest>
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace tallyroom {
@@ -10,11 +30,114 @@ namespace tallyroom {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
+
+/// A tool on a tree of three groups, the most wasteful first: a big pair, three medium files of which two are
+/// one file, and a small pair.
+class DuplicatesTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        Settings::store().clear();
+        FileScanner::clearCache();
+        tool = std::make_unique<DuplicatesViewModel>(m_deletions);
+        tool->setMinimumSize(1);
+        scan();
+    }
+
+    void scan()
+    {
+        tool->open(tree.url());
+        waitForScan();
+    }
+
+    void waitForScan() const
+    {
+        ASSERT_TRUE(waitUntil(tool.get(), &FolderTool::stateChanged, [this] { return !tool->isScanning(); }));
+    }
+
+    /// "a,b" for each group.
+    [[nodiscard]] std::vector<std::string> listed() const
+    {
+        std::vector<std::string> groups;
+        for (const DuplicateGroup& group : tool->groups()) {
+            std::string names;
+            for (const std::string& name : below(tree, group.entries)) {
+                names += (names.empty() ? "" : ",") + name;
+            }
+            groups.push_back(names);
+        }
+        return groups;
+    }
+
+    UrlSet urls(std::initializer_list<std::string_view> names) const
+    {
+        UrlSet set;
+        for (const std::string_view name : names) {
+            set.insert(tree.url(name));
+        }
+        return set;
+    }
+
+    void waitForRemoval()
+    {
+        ASSERT_TRUE(
+            waitUntil(tool.get(), &ScanToolViewModel::removalChanged, [this] { return !tool->removal(); }));
+    }
+
+    void remove(std::initializer_list<std::string_view> names, bool permanently = false)
+    {
+        tool->deleteSelected(urls(names), permanently);
+        waitForRemoval();
+    }
+
+    TemporaryTree m_trash;
+    ScopedVariable m_dataHome{"XDG_DATA_HOME", m_trash.path()};
+    DeletionRunner m_deletions;
+    const std::string big = std::string(1'000, 'b');
+    TemporaryTree tree{file("a/big", big),
+                       file("b/big", big),
+                       file("c/medium", std::string(300, 'm')),
+                       file("d/small", "s"),
+                       file("e/small", "s"),
+                       file("lonely", "l..."),
+                       file("x/medium", std::string(300, 'm')),
+                       hardLink("x/medium link", "x/medium")};
+    std::unique_ptr<DuplicatesViewModel> tool;
+};
+
+/// The screen on the tool's three groups.
+class DuplicatesScreenTest : public DuplicatesTest {
+protected:
+    void SetUp() override
+    {
+        DuplicatesTest::SetUp();
+        view = std::make_unique<DuplicatesView>(*tool);
+        view->resize(1'000, 700);
+        view->show();
+    }
+
+    [[nodiscard]] EntryRows& rows() const { return *view->findChild<EntryRows*>(); }
+
+    [[nodiscard]] std::string spoken(int row, int column = DuplicateTableModel::nameColumn) const
+    {
+        return rows().model()->index(row, column).data(Qt::AccessibleTextRole).toString().toStdString();
+    }
+
+    [[nodiscard]] DeleteConfirmation* ask(std::initializer_list<std::string_view> names) const
+    {
+        view->selection().setUrls(urls(names));
+        view->askDeletion(view->selection().checkedEntries(), DeleteConfirmation::Default::trash);
+        return view->findChild<DeleteConfirmation*>();
+    }
+
+    std::unique_ptr<DuplicatesView> view;
+};
 
 TEST_F(DuplicatesTest, ListsGroupsByWasteAndCountsHardLinksAsNoGain)
 {
-    scan();
     EXPECT_THAT(listed(), ElementsAre("a/big,b/big", "c/medium,x/medium,x/medium link", "d/small,e/small"));
     EXPECT_EQ(tool->totalWasted(), 1'000 + 600 + 1);
     EXPECT_EQ(tool->totalReclaimable(), 1'000 + 300 + 1);
@@ -25,7 +148,6 @@ TEST_F(DuplicatesTest, ListsGroupsByWasteAndCountsHardLinksAsNoGain)
 
 TEST_F(DuplicatesTest, TheFilterKeepsGroupsWholeAndChecksCopiesThatItDoesNotMatch)
 {
-    scan();
     tool->setSearchText(QStringLiteral("B/BIG"));
     EXPECT_THAT(tool->filteredGroups(), ElementsAre(0));
     EXPECT_EQ(tool->redundantURLs(), urls({"b/big"}));
@@ -38,24 +160,23 @@ TEST_F(DuplicatesTest, TheFilterKeepsGroupsWholeAndChecksCopiesThatItDoesNotMatc
 
 TEST_F(DuplicatesTest, WhatWasTrashedComesBackWithItsGroups)
 {
-    scan();
     const std::vector<DuplicateGroup> before = tool->groups();
     remove({"b/big", "x/medium", "d/small"});
     EXPECT_THAT(listed(), ElementsAre("c/medium,x/medium link"));
     EXPECT_EQ(tool->statusMessage(), QStringLiteral("3 élément(s) · 1 Ko mis à la corbeille."));
-    EXPECT_FALSE(exists("b/big"));
+    EXPECT_FALSE(tree.exists("b/big"));
     ASSERT_TRUE(tool->canUndo());
 
     tool->undoDeletion();
     waitForRemoval();
     EXPECT_EQ(tool->groups(), before);
     EXPECT_EQ(tool->statusMessage(), QStringLiteral("Suppression annulée."));
-    EXPECT_TRUE(exists("b/big") && exists("x/medium") && exists("d/small"));
+    EXPECT_TRUE(tree.exists("b/big") && tree.exists("x/medium") && tree.exists("d/small"));
     EXPECT_FALSE(tool->canUndo());
     // What came back is known as the very file that was digested: it may go again.
     remove({"b/big", "e/small"});
     EXPECT_THAT(tool->failures(), IsEmpty());
-    write("b/big", "occupied");
+    tree.add(file("b/big", "occupied"));
     tool->undoDeletion();
     waitForRemoval();
     EXPECT_EQ(tool->statusMessage(), QStringLiteral("Restauration partielle : 1 en échec."));
@@ -64,19 +185,17 @@ TEST_F(DuplicatesTest, WhatWasTrashedComesBackWithItsGroups)
 
 TEST_F(DuplicatesTest, APermanentRemovalEndsTheUndoOfTheOneBefore)
 {
-    scan();
     remove({"b/big"});
     remove({"e/small"}, true);
     EXPECT_FALSE(tool->canUndo());
     EXPECT_THAT(listed(), ElementsAre("c/medium,x/medium,x/medium link"));
-    write("b/big", big);
+    tree.add(file("b/big", big));
     scan();
     EXPECT_THAT(listed(), testing::Contains("a/big,b/big")) << "it is there again";
 }
 
 TEST_F(DuplicatesTest, ARemovalThatEndsDuringTheNextScanLeavesNothingGoneInItsList)
 {
-    scan();
     tool->deleteSelected(urls({"b/big"}), false);
     tool->refresh();
     waitForRemoval();
@@ -135,7 +254,6 @@ TEST_F(DuplicatesTest, WhatIsSaidOfLinksAndOfTheTrashIsWhatIsChecked)
 
 TEST_F(DuplicatesTest, StoppingKeepsTheToolUsableAndAScanForgetsTheUndo)
 {
-    scan();
     remove({"b/big"});
     tool->refresh();
     EXPECT_TRUE(tool->isScanning());
@@ -146,7 +264,127 @@ TEST_F(DuplicatesTest, StoppingKeepsTheToolUsableAndAScanForgetsTheUndo)
     EXPECT_FALSE(tool->isHashing());
     tool->deleteSelected(urls({"a/big"}), true); // no longer listed
     EXPECT_FALSE(tool->removal().has_value());
-    EXPECT_TRUE(exists("a/big"));
+    EXPECT_TRUE(tree.exists("a/big"));
+}
+
+TEST_F(DuplicatesScreenTest, ChecksAllCopiesButTheFirstAndSaysWhichAreKept)
+{
+    ASSERT_EQ(rows().model()->rowCount(), 3 + 7);
+    EXPECT_THAT(spoken(0), HasSubstr("2 × 1 Ko"));
+    QTest::mouseClick(visibleButton(*view, QStringLiteral("Cocher les doublons (garder 1 par groupe)")),
+                      Qt::LeftButton);
+    EXPECT_EQ(view->selection().urls(), tool->redundantURLs());
+    EXPECT_THAT(spoken(1), HasSubstr("conservé"));
+    EXPECT_THAT(spoken(1, DuplicateTableModel::checkColumn), testing::StartsWith("Cocher /"));
+    EXPECT_THAT(spoken(2), Not(HasSubstr("conservé")));
+    EXPECT_THAT(spoken(5), Not(HasSubstr("lien physique")));
+    EXPECT_THAT(spoken(6), HasSubstr("lien physique, rien à récupérer"));
+
+    view->selection().clear();
+    rows().setFocus();
+    const auto press = [this](std::initializer_list<Qt::Key> keys) {
+        std::ranges::for_each(keys, [this](Qt::Key key) { QTest::keyClick(&rows(), key); });
+        return view->selection().urls();
+    };
+    EXPECT_EQ(press({Qt::Key_Down, Qt::Key_Space}), urls({"b/big"}))
+        << "a group's row stands for its redundant ones";
+    EXPECT_EQ(press({Qt::Key_Space, Qt::Key_Down, Qt::Key_Space}), urls({"a/big"}));
+}
+
+TEST_F(DuplicatesScreenTest, TheHeaderTellsWhatComesFreeAndWhetherTheListIsWhole)
+{
+    const auto told = [this](const QString& beginning) {
+        const QStringList texts =
+            visibleTexts(*view).filter(QRegularExpression{QStringLiteral("^") + beginning});
+        return texts.isEmpty() ? QString{} : texts.front();
+    };
+    const QString expected =
+        QStringLiteral("3 groupes · %1 récupérables (%2 en double, liens physiques compris)")
+            .arg(sizeText(1'301), sizeText(1'601));
+    EXPECT_EQ(told(QStringLiteral("3 groupes")), expected);
+    scan();
+    EXPECT_EQ(told(QStringLiteral("3 groupes")), expected) << "not the sum of both searches";
+    EXPECT_EQ(told(QStringLiteral("Liste incomplète")), QString{});
+
+    for (std::int64_t i = 0; i < DuplicateFinder::defaultMaxTrackedFiles; ++i) {
+        tree.add(hardLink("links/" + std::to_string(i), "lonely"));
+    }
+    scan();
+    EXPECT_NE(told(QStringLiteral("Liste incomplète")), QString{});
+}
+
+TEST_F(DuplicatesScreenTest, AnotherMinimumSizeIsStoredOfferedAndScansAgainTheSameOneDoesNot)
+{
+    const QSignalSpy states{tool.get(), &FolderTool::stateChanged};
+    tool->setMinimumSize(1);
+    EXPECT_TRUE(states.isEmpty());
+    tool->setMinimumSize(300);
+    waitForScan();
+    EXPECT_THAT(listed(), ElementsAre("a/big,b/big", "c/medium,x/medium,x/medium link"));
+    DuplicatesViewModel restarted{m_deletions};
+    EXPECT_EQ(restarted.minimumSize(), 300);
+    const DuplicatesView own{restarted};
+    const QList<QAction*> sizes = own.findChild<OptionMenu*>()->menu()->actions();
+    EXPECT_TRUE(std::ranges::any_of(sizes, [](const QAction* one) { return one->text() == sizeText(300); }));
+}
+
+TEST_F(DuplicatesScreenTest, LosingEveryCopyIsAskedOnceMore)
+{
+    DeleteConfirmation* dialog = ask({"b/big", "d/small"});
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->findChild<QCheckBox*>(), nullptr);
+    EXPECT_TRUE(visibleButton(*dialog, QStringLiteral("Mettre à la corbeille"))->isEnabled());
+    delete dialog;
+
+    dialog = ask({"a/big", "b/big", "d/small"});
+    auto* const word = dialog->findChild<QCheckBox*>();
+    ASSERT_NE(word, nullptr);
+    EXPECT_EQ(word->text(), QStringLiteral("Supprimer aussi la dernière copie de 1 groupe"));
+    QAbstractButton* const trash = visibleButton(*dialog, QStringLiteral("Mettre à la corbeille"));
+    EXPECT_FALSE(trash->isEnabled());
+    activate(*dialog);
+    word->setFocus();
+    QTest::keyClick(word, Qt::Key_Space);
+    QTest::keyClick(word, Qt::Key_Return); // is "Annuler" here, whatever is ticked
+    EXPECT_FALSE(tool->removal().has_value() || dialog->isVisible());
+    EXPECT_TRUE(trash->isEnabled());
+    trash->click();
+    waitForRemoval();
+    EXPECT_FALSE(tree.exists("a/big") || tree.exists("b/big") || tree.exists("d/small"));
+}
+
+TEST_F(DuplicatesScreenTest, WhatIsNotCertainStaysAndTheReasonsAreAClickAway)
+{
+    tree.add(file("a/big", "grown since " + big)); // the copy to keep
+    tree.add(file("e/small", "S"));
+    remove({"b/big", "e/small", "x/medium"});
+    EXPECT_TRUE(tree.exists("b/big") && tree.exists("e/small"));
+    EXPECT_FALSE(tree.exists("x/medium"));
+    EXPECT_EQ(tool->statusMessage(), QStringLiteral("1 mis à la corbeille, 2 en échec."));
+    visibleButton(*view, QStringLiteral("Détails…"))->click();
+    const QString reasons = view->findChild<FailureList*>()->findChild<QPlainTextEdit*>()->toPlainText();
+    const QRegularExpression both{
+        QStringLiteral(
+            "b/big.*La copie à garder a changé ou n’existe plus.*e/small.*Ce fichier a changé depuis "
+            "l’analyse"),
+        QRegularExpression::DotMatchesEverythingOption};
+    EXPECT_TRUE(reasons.contains(both)) << reasons.toStdString();
+    tool->dismissStatus();
+    EXPECT_THAT(tool->failures(), IsEmpty());
+}
+
+TEST_F(DuplicatesScreenTest, ExportsTheGroupsThatTheFilterShows)
+{
+    tool->setSearchText(QStringLiteral("small"));
+    view->exportEntries();
+    Q_EMIT view->findChild<QFileDialog*>()->fileSelected(QString::fromStdString(m_trash.path("list.csv")));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return m_trash.exists("list.csv"); }, 20'000));
+    const DuplicateGroup& group = tool->groups()[2];
+    std::string expected = DuplicateExport::header();
+    for (const Entry& entry : group.entries) {
+        expected += "\n" + DuplicateExport::line(group, entry);
+    }
+    EXPECT_EQ(m_trash.content("list.csv"), expected);
 }
 
 } // namespace

@@ -1,49 +1,10 @@
 #include "App/NavigatorScene.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
 
 namespace tallyroom {
 
 namespace {
-
-std::string describe(const QVariant& value)
-{
-    if (value.metaType() == QMetaType::fromType<ToolState>()) {
-        const auto state = value.value<ToolState>();
-        switch (state.phase) {
-        case ToolState::Phase::idle:
-            return "idle";
-        case ToolState::Phase::scanning:
-            return "scanning";
-        case ToolState::Phase::loaded:
-            return "loaded";
-        case ToolState::Phase::error:
-            return "error: " + state.message.toStdString();
-        }
-    }
-    if (value.metaType() == QMetaType::fromType<EntryList>()) {
-        std::string names;
-        for (const Entry& entry : value.value<EntryList>()) {
-            names += (names.empty() ? "" : " ") + entry.name;
-        }
-        return names;
-    }
-    if (value.metaType() == QMetaType::fromType<std::optional<FileUrl>>()) {
-        return value.value<std::optional<FileUrl>>().value_or(FileUrl{"none"}).path();
-    }
-    if (value.metaType() == QMetaType::fromType<std::optional<QString>>()) {
-        return value.value<std::optional<QString>>().value_or(QStringLiteral("none")).toStdString();
-    }
-    if (value.metaType() == QMetaType::fromType<std::optional<UndoableDeletion>>()) {
-        return value.value<std::optional<UndoableDeletion>>() ? "offered" : "none";
-    }
-    if (value.metaType() == QMetaType::fromType<std::optional<RemovalProgress>>()) {
-        const auto progress = value.value<std::optional<RemovalProgress>>();
-        return progress ? "running" : "none";
-    }
-    return value.toString().toStdString();
-}
 
 Entry entryAt(const std::string& path, std::int64_t size, bool isDirectory)
 {
@@ -62,9 +23,7 @@ NavigatorScene::NavigatorScene()
             if (options.stop.stop_requested()) {
                 break;
             }
-            if (mayRemove.valid()) {
-                mayRemove.wait();
-            }
+            awaitGate();
             if (undeletable.contains(entry.url)) {
                 result.failures.push_back({entry.url, "refused"});
                 continue;
@@ -78,9 +37,7 @@ NavigatorScene::NavigatorScene()
     };
     const auto restore = [this](std::span<const FileRemover::TrashedItem> items,
                                 const FileRemover::BatchOptions& /*options*/) {
-        if (mayRemove.valid()) {
-            mayRemove.wait();
-        }
+        awaitGate();
         FileRemover::RemovalResult result;
         std::ranges::transform(items, std::back_inserter(result.removed),
                                &FileRemover::TrashedItem::original);
@@ -151,11 +108,6 @@ std::vector<std::string> NavigatorScene::listedNames() const
     std::vector<std::string> names;
     std::ranges::transform(navigator->entries(), std::back_inserter(names), &Entry::name);
     return names;
-}
-
-PropertyLog NavigatorScene::log()
-{
-    return PropertyLog{navigator.get(), describe};
 }
 
 Entry fileEntry(const std::string& path, std::int64_t size)

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "App/EventWait.h"
-#include "Support/PropertyLog.h"
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
 
 #include <future>
@@ -58,9 +57,14 @@ public:
 
     [[nodiscard]] bool waitForRemoval();
 
-    [[nodiscard]] std::vector<std::string> listedNames() const;
+    void awaitGate() const
+    {
+        if (mayRemove.valid()) {
+            mayRemove.wait();
+        }
+    }
 
-    [[nodiscard]] PropertyLog log();
+    [[nodiscard]] std::vector<std::string> listedNames() const;
 
     std::vector<std::unique_ptr<HandFedListing>> listings;
     std::vector<FileUrl> invalidated;

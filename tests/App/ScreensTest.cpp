@@ -271,6 +271,11 @@ TEST_F(Screens, TheDashboardIsReadAgainByItsButtonAndChoosesAFolderByKey)
     window->selectTool(QStringLiteral("git-repos"));
     press(Qt::Key_O, Qt::ControlModifier);
     EXPECT_TRUE(chooserOpens());
+    tool.explore(trash.url());
+    EXPECT_EQ(window->selectedToolID(), QStringLiteral("disk-usage"));
+    FolderNavigatorViewModel& explorer = store().diskUsage;
+    EXPECT_TRUE(waitUntil(&explorer, &ScanToolViewModel::rootURLChanged,
+                          [&] { return explorer.rootURL() == trash.url(); }));
 }
 
 TEST_F(Screens, AFolderThatWasFoundIsEnteredInTheExplorer)

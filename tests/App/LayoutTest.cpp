@@ -1,16 +1,67 @@
+#include "Controls/SelectionBar.h"
+#include "Theme/Theme.h"
+#include "Tools/Frame/ToolHeader.h"
+#include "Tools/Frame/ToolTitle.h"
 #include "Welcome/ToolWelcome.h"
 
+#include <QApplication>
 #include <QLabel>
+#include <QLayout>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
 
+#include <algorithm>
+#include <array>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tallyroom {
 
 namespace {
+
+TEST(ToolHeader, OptionsStandSideBySideAtEveryWidth)
+{
+    ToolHeader header{QStringLiteral("Filtrer")};
+    header.setLeading(new ToolTitle{QStringLiteral("node_modules")});
+    std::array<QPushButton*, 2> options{};
+    for (QPushButton*& option : options) {
+        option = new QPushButton{QStringLiteral("Option (0)")};
+        header.addOption(option);
+    }
+    header.show();
+    for (const int width : {684, 780, 984, 1400, 780, 600}) {
+        header.resize(width, header.heightForWidth(width));
+        options.back()->setText(QStringLiteral("A longer option (%1)").arg(width));
+        QApplication::sendPostedEvents();
+        EXPECT_EQ(options[0]->y(), options[1]->y()) << width;
+        EXPECT_LT(options[0]->geometry().right(), options[1]->x()) << width;
+        EXPECT_GE(options[1]->width(), options[1]->sizeHint().width()) << width;
+    }
+}
+
+TEST(SelectionBar, IsOneLineWithNothingCutInAnyWindow)
+{
+    SelectionBar bar;
+    bar.show();
+    QStringList words;
+    for (const int width : {500, 644, 684, 900, 1700}) {
+        bar.resize(width, bar.sizeHint().height());
+        for (const std::int64_t count : {0, 1, 300'000}) {
+            bar.setSelection(count, count * 1'000'000);
+            bar.layout()->activate();
+            EXPECT_EQ(bar.height(), Theme::selectionBarHeight) << width;
+            for (const QWidget* const part : bar.findChildren<QWidget*>()) {
+                const QString name = part->accessibleName();
+                EXPECT_GE(part->width(), part->isVisible() ? part->sizeHint().width() : 0) << width;
+                EXPECT_TRUE(bar.rect().contains(part->geometry())) << width << name.toStdString();
+            }
+            words += bar.findChildren<QPushButton*>().front()->text();
+        }
+    }
+    const QString all = QStringLiteral("Tout sélectionner");
+    EXPECT_EQ(words.mid(0, 3), (QStringList{{}, {}, {}})) << "icons, whatever is checked";
+    EXPECT_EQ(words.mid(12), (QStringList{all, all, all}));
+}
 
 ToolWelcome::Content content()
 {
@@ -21,15 +72,6 @@ ToolWelcome::Content content()
             .hint = QStringLiteral("Rien n’est modifié pendant l’analyse, et rien ne quitte cette machine."),
             .actionTitle = QStringLiteral("Choisir un dossier…"),
             .accent = {}};
-}
-
-std::vector<FileUrl> folders(int count)
-{
-    std::vector<FileUrl> result;
-    for (int serial = 1; serial <= count; ++serial) {
-        result.emplace_back("/home/moi/dossier" + std::to_string(serial));
-    }
-    return result;
 }
 
 /// The buttons that can be pressed, the action first.
@@ -44,34 +86,31 @@ std::vector<QPushButton*> shownButtons(const ToolWelcome& welcome)
     return result;
 }
 
-bool showsRecents(const ToolWelcome& welcome)
-{
-    const auto labels = welcome.findChildren<QLabel*>();
-    return std::ranges::any_of(labels, [&welcome](const QLabel* label) {
-        return label->text() == QStringLiteral("Récents") && label->isVisibleTo(&welcome);
-    });
-}
-
 TEST(ToolWelcome, ListsTheFiveMostRecentFoldersAndNoSectionWithoutAny)
 {
     ToolWelcome welcome{content()};
-    EXPECT_FALSE(showsRecents(welcome));
+    const auto showsRecents = [&welcome] {
+        const auto labels = welcome.findChildren<QLabel*>();
+        const auto title = std::ranges::find(labels, QStringLiteral("Récents"), &QLabel::text);
+        return title != labels.end() && (*title)->isVisibleTo(&welcome);
+    };
+    EXPECT_FALSE(showsRecents());
     EXPECT_EQ(shownButtons(welcome).size(), 1U);
+    const FileUrl odd{"/home/moi/\xff<b>\n"};
     std::vector<FileUrl> opened;
     // Opening a folder changes the list that its button stands in.
     QObject::connect(&welcome, &ToolWelcome::recentRequested, &welcome, [&](const FileUrl& location) {
         opened.push_back(location);
-        welcome.setRecents(folders(2));
+        welcome.setRecents({odd});
     });
-    welcome.setRecents(folders(8));
-    EXPECT_TRUE(showsRecents(welcome));
+    welcome.setRecents({FileUrl{"/1"}, FileUrl{"/2"}, FileUrl{"/3"}, FileUrl{"/4"}, FileUrl{"/5"},
+                        FileUrl{"/6"}, FileUrl{"/7"}});
+    EXPECT_TRUE(showsRecents());
     const auto buttons = shownButtons(welcome);
     ASSERT_EQ(buttons.size(), 6U);
     QTest::mouseClick(buttons.back(), Qt::LeftButton);
-    EXPECT_THAT(opened, testing::ElementsAre(FileUrl{"/home/moi/dossier5"}));
-    EXPECT_EQ(shownButtons(welcome).size(), 3U);
-    const FileUrl odd{"/home/moi/\xff<b>\n"};
-    welcome.setRecents({odd});
+    EXPECT_THAT(opened, testing::ElementsAre(FileUrl{"/5"}));
+    ASSERT_EQ(shownButtons(welcome).size(), 2U);
     QPushButton* const button = shownButtons(welcome).back();
     EXPECT_FALSE(button->toolTip().contains(QStringLiteral("<b>"))) << "a name is no markup";
     button->setFocus();
@@ -80,7 +119,7 @@ TEST(ToolWelcome, ListsTheFiveMostRecentFoldersAndNoSectionWithoutAny)
     button->click();
     EXPECT_EQ(opened.back(), odd);
     welcome.setRecents({});
-    EXPECT_FALSE(showsRecents(welcome));
+    EXPECT_FALSE(showsRecents());
 }
 
 TEST(ToolWelcome, InASmallWindowEverythingCanBeScrolledTo)
