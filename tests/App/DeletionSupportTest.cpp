@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <latch>
 #include <thread>
 
@@ -50,6 +49,13 @@ TEST(DeletionSupport, AFolderTakesAlongWhatLiesBelowItAndNotItsNeighbours)
     EXPECT_TRUE(places.covers(fileEntry("/r/file", 0)));
 }
 
+/// Listens for the life of `context`.
+DeletionRunner::Listener listening(QObject& context, std::function<void(const RemovalOutcome&)> finished)
+{
+    return {
+        .context = &context, .progressed = [](const RemovalProgress&) {}, .finished = std::move(finished)};
+}
+
 /// Removes what it is told, somewhere else.
 RemovalOperations obedient()
 {
@@ -84,10 +90,7 @@ TEST(DeletionRunner, LeavingWaitsForTheItemInHandAndStartsNoOther)
         return RemovalResult{};
     };
     auto runner = std::make_unique<DeletionRunner>(RemovalOperations{remove, {}});
-    ASSERT_TRUE(runner->remove({fileEntry("/a", 1), fileEntry("/b", 1)}, true,
-                               {.context = &context,
-                                .progressed = [](const RemovalProgress&) {},
-                                .finished = [&](const RemovalOutcome&) { wasCalled = true; }}));
+    ASSERT_TRUE(runner->remove(three, true, listening(context, [&](const auto&) { wasCalled = true; })));
     isInHand.wait();
     runner.reset();
     EXPECT_THAT(done, ElementsAre(a)) << "left half removed, or not stopped";
@@ -106,10 +109,7 @@ TEST(DeletionRunner, LeavingDoesNotWaitForWhatNeverAnswers)
                               return RemovalResult{};
                           },
                           {}});
-    ASSERT_TRUE(runner->remove({fileEntry("/a", 1)}, true,
-                               {.context = &context,
-                                .progressed = [](const RemovalProgress&) {},
-                                .finished = [](const RemovalOutcome&) { FAIL() << "told to nobody"; }}));
+    ASSERT_TRUE(runner->remove(three, true, listening(context, [](const auto&) { FAIL(); })));
     runner.reset();
     mayAnswer->count_down();
     hasAnswered->wait();
@@ -126,13 +126,10 @@ TEST(DeletionRunner, RefusesASecondBatchAndReportsTheFirstOnTheMainThread)
         EXPECT_FALSE(reported) << "the lists are to follow before the report is made";
         told = change.gone;
     });
-    const DeletionRunner::Listener listener{.context = &context,
-                                            .progressed = [](const RemovalProgress&) {},
-                                            .finished =
-                                                [&](const RemovalOutcome& outcome) {
-                                                    reported = outcome;
-                                                    thread = std::this_thread::get_id();
-                                                }};
+    const auto listener = listening(context, [&](const RemovalOutcome& outcome) {
+        reported = outcome;
+        thread = std::this_thread::get_id();
+    });
     ASSERT_TRUE(runner.remove(three, false, listener));
     EXPECT_FALSE(runner.remove(three, false, listener));
     EXPECT_FALSE(runner.restore({}, listener));

@@ -3,7 +3,8 @@
 #include "Deletion/DeleteConfirmation.h"
 #include "Rows/EntryTable.h"
 #include "Settings/Settings.h"
-#include "Support/TemporaryTree.h"
+#include "Support/Isolation.h"
+#include "Support/ListWords.h"
 #include "Text/AgeText.h"
 #include "Tools/BuildCaches/BuildCaches.h"
 #include "Tools/Frame/ListToolScreen.h"
@@ -11,14 +12,9 @@
 #include "Tools/LargeFiles/LargeFiles.h"
 #include "Tools/NodeModules/NodeModules.h"
 
-#include <QAbstractItemView>
-#include <QLabel>
-#include <QPushButton>
 #include <QSignalSpy>
 
-#include <algorithm>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tallyroom {
 
@@ -32,12 +28,7 @@ protected:
     {
         Settings::store().clear();
         FileScanner::clearCache();
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString(m_trash.path()));
     }
-
-    void TearDown() override { qunsetenv("XDG_DATA_HOME"); }
-
-    static void write(const QString& name, const QVariant& value) { Settings::write(name, value); }
 
     /// Opens a folder and waits for the end of its scan.
     static void scan(ListToolViewModel& tool, const FileUrl& folder)
@@ -51,16 +42,8 @@ protected:
         return waitUntil(&tool, &FolderTool::stateChanged, [&tool] { return !tool.isScanning(); });
     }
 
-    static std::vector<std::string> paths(const TemporaryTree& tree, const EntryList& entries)
-    {
-        std::vector<std::string> result;
-        for (const Entry& entry : entries) {
-            result.push_back(entry.url.path().substr(tree.path().size() + 1));
-        }
-        return result;
-    }
-
     TemporaryTree m_trash;
+    ScopedVariable m_dataHome{"XDG_DATA_HOME", m_trash.path()};
     DeletionRunner m_deletions;
 };
 
@@ -72,7 +55,7 @@ TEST_F(SearchToolsTest, AnotherLimitIsKeptAndScansAgainTheSameDoesNeither)
     tool.setLimit(2);
     EXPECT_EQ(tool.state(), ToolState::idle()) << "without a folder a limit is only stored";
     scan(tool, tree.url());
-    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("Sub/a", "Sub/b"));
+    EXPECT_THAT(below(tree, tool.entries()), ElementsAre("Sub/a", "Sub/b"));
     EXPECT_FALSE(tool.isDiscovering());
 
     const QSignalSpy states{&tool, &FolderTool::stateChanged};
@@ -81,11 +64,11 @@ TEST_F(SearchToolsTest, AnotherLimitIsKeptAndScansAgainTheSameDoesNeither)
     tool.setLimit(3);
     EXPECT_TRUE(tool.isScanning());
     EXPECT_TRUE(finished(tool));
-    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("Sub/a", "Sub/b", "c"));
+    EXPECT_THAT(below(tree, tool.entries()), ElementsAre("Sub/a", "Sub/b", "c"));
     EXPECT_EQ(LargeFilesViewModel{m_deletions}.limit(), 3) << "a restart";
 
     tool.setSearchText(QStringLiteral("sUB"));
-    EXPECT_THAT(paths(tree, tool.filteredEntries()), ElementsAre("Sub/a", "Sub/b"));
+    EXPECT_THAT(below(tree, tool.filteredEntries()), ElementsAre("Sub/a", "Sub/b"));
 }
 
 TEST_F(SearchToolsTest, AStoredThresholdIsTakenWhenItIsKnownAndNeverScans)
@@ -93,14 +76,14 @@ TEST_F(SearchToolsTest, AStoredThresholdIsTakenWhenItIsKnownAndNeverScans)
     for (const auto& [stored, threshold] : {std::pair{QStringLiteral("oneYear"), AgeThreshold::oneYear},
                                             {QStringLiteral("OneYear"), AgeThreshold::oneMonth},
                                             {QStringLiteral("2"), AgeThreshold::oneMonth}}) {
-        write(QStringLiteral("nm.threshold"), stored);
+        Settings::write(QStringLiteral("nm.threshold"), stored);
         EXPECT_EQ(NodeModulesViewModel{m_deletions}.threshold(), threshold) << stored.toStdString();
     }
     const TemporaryTree tree{file("new/node_modules/x", 5000), file("old/node_modules/x", 9000),
                              folder("old/node_modules").modifiedAt(1'600'000'000)};
     NodeModulesViewModel tool{m_deletions};
     scan(tool, tree.url());
-    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("old/node_modules", "new/node_modules"));
+    EXPECT_THAT(below(tree, tool.entries()), ElementsAre("old/node_modules", "new/node_modules"));
     EXPECT_EQ(tool.oldEntries(), std::vector{tool.entries()[0]});
 
     const QSignalSpy states{&tool, &FolderTool::stateChanged};
@@ -114,19 +97,20 @@ TEST_F(SearchToolsTest, EcosystemsAreLoadedWithWhatIsKnownAndAllWhenNothingIs)
 {
     const std::set<Ecosystem> all{Ecosystem::all.begin(), Ecosystem::all.end()};
     EXPECT_EQ(BuildCachesViewModel{m_deletions}.enabledEcosystems(), all);
-    write(QStringLiteral("bc.ecosystems"), QStringList{QStringLiteral("rust"), QStringLiteral("cobol")});
+    Settings::write(QStringLiteral("bc.ecosystems"),
+                    QStringList{QStringLiteral("rust"), QStringLiteral("cobol")});
     const TemporaryTree tree{file("p/target/x", 5000), file("p/dist/node_modules/x", 9000)};
     BuildCachesViewModel tool{m_deletions};
     EXPECT_EQ(tool.enabledEcosystems(), std::set<Ecosystem>{Ecosystem::rust});
     scan(tool, tree.url());
-    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("p/target"));
+    EXPECT_THAT(below(tree, tool.entries()), ElementsAre("p/target"));
 
     const QSignalSpy states{&tool, &FolderTool::stateChanged};
     tool.setEnabledEcosystems({Ecosystem::rust});
     EXPECT_TRUE(states.isEmpty());
     tool.setEnabledEcosystems({Ecosystem::rust, Ecosystem::javascript});
     EXPECT_TRUE(finished(tool));
-    EXPECT_THAT(paths(tree, tool.entries()), ElementsAre("p/dist", "p/target"));
+    EXPECT_THAT(below(tree, tool.entries()), ElementsAre("p/dist", "p/target"));
     tool.setEnabledEcosystems({});
     EXPECT_TRUE(finished(tool));
     EXPECT_EQ(tool.state(), ToolState::loaded());
@@ -159,11 +143,9 @@ TEST_F(SearchToolsTest, AHistoryGoesWithAWarning)
     const TemporaryTree tree{file("one/.git/objects", 90'000)};
     GitReposViewModel tool{m_deletions};
     const std::unique_ptr<ListToolScreen> screen{makeGitReposScreen(tool)};
-    ListToolScreen& view = *screen;
-    view.show();
     scan(tool, tree.url());
-    view.askDeletion({tool.entries()[0]}, DeleteConfirmation::Default::trash);
-    EXPECT_TRUE(view.findChild<DeleteConfirmation*>()->accessibleDescription().contains(
+    screen->askDeletion({tool.entries()[0]}, DeleteConfirmation::Default::trash);
+    EXPECT_TRUE(screen->findChild<DeleteConfirmation*>()->accessibleDescription().contains(
         QStringLiteral("historique")));
 }
 

@@ -9,7 +9,6 @@
 #include <QTest>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <set>
 
 namespace tallyroom {

@@ -8,9 +8,7 @@
 #include <QLabel>
 #include <QListWidget>
 
-#include <algorithm>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tallyroom {
 

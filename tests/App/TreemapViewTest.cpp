@@ -13,7 +13,6 @@
 #include <QToolTip>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <numeric>
 
 namespace tallyroom {

@@ -5,9 +5,7 @@
 #include "Support/TemporaryTree.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <latch>
-#include <numeric>
 #include <stdexcept>
 #include <string_view>
 

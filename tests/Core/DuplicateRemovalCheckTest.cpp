@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/stat.h>

@@ -5,7 +5,6 @@
 #include "Support/TemporaryTree.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 namespace tallyroom {

@@ -10,7 +10,6 @@
 #include "Support/ListWords.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 #include <map>
 #include <random>

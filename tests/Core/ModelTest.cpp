@@ -8,7 +8,6 @@
 #include "Text/Utf8.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 
 namespace tallyroom {

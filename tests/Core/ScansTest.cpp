@@ -8,7 +8,6 @@
 #include <climits>
 #include <functional>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <set>

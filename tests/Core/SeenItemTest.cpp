@@ -13,7 +13,6 @@
 #include <fcntl.h>
 #include <functional>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <iterator>
 #include <linux/filter.h>
 #include <linux/seccomp.h>

@@ -3,7 +3,6 @@
 #include "Concurrency/ProgressStream.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <thread>
 
 namespace tallyroom {

@@ -9,7 +9,6 @@
 #include <ctime>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <memory>
 #include <sys/stat.h>
 #include <tuple>

@@ -11,7 +11,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <string_view>
 #include <sys/resource.h>
 #include <sys/stat.h>

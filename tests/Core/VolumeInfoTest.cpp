@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <latch>
 #include <map>
 #include <sys/stat.h>

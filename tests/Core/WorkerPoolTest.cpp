@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <functional>
 #include <future>
 #include <gtest/gtest.h>
 #include <latch>

@@ -18,7 +18,6 @@
 #include <iterator>
 #include <limits>
 #include <mutex>
-#include <optional>
 #include <random>
 #include <set>
 #include <string>

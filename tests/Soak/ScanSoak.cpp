@@ -10,8 +10,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <random>
 #include <stop_token>
-#include <string>
 #include <thread>
 
 namespace tallyroom {
