@@ -85,6 +85,7 @@ ExitCode runDuplicates(const DuplicatesOptions& options, const Interruption& int
         Terminal::complain(
             "trop de fichiers, la recherche s'est arrêtée avant la fin : des doublons peuvent manquer.");
     }
+    ScanCommand::tellUnread(found.unreadPlaces);
     return ScanCommand::print(
         options.scan.format, interruption, [&](OutputWriter& writer) { addTable(found.groups, writer); },
         [&](OutputWriter& writer) { addCsv(found.groups, writer); },

@@ -45,8 +45,12 @@ JsonLine jsonLine(const Entry& entry, std::string_view group)
         .text("url", entry.url.percentEncoded())
         .number("sizeBytes", entry.sizeBytes)
         .truth("isDirectory", entry.isDirectory);
-    return entry.modifiedAt ? line.text("modifiedAt", CSVExport::internetDateTime(*entry.modifiedAt))
-                            : line.null("modifiedAt");
+    if (entry.modifiedAt) {
+        line.text("modifiedAt", CSVExport::internetDateTime(*entry.modifiedAt));
+    } else {
+        line.null("modifiedAt");
+    }
+    return entry.unread > 0 ? line.number("unreadable", entry.unread) : line;
 }
 
 void addTable(const EntryList& entries, const TableStyle& style, OutputWriter& writer)

@@ -19,8 +19,9 @@ struct TableStyle {
 /// Lists as the command line prints them.
 namespace EntryPrinter {
 
-/// One object with name, path, url, sizeBytes, isDirectory and modifiedAt. `url` is percent-encoded and loses
-/// no byte. `group`, where there is one, comes first.
+/// One object with name, path, url, sizeBytes, isDirectory and modifiedAt, and unreadable where something at
+/// or below the entry could not be read. `url` is percent-encoded and loses no byte. `group`, where there is
+/// one, comes first.
 [[nodiscard]] JsonLine jsonLine(const Entry& entry, std::string_view group = {});
 
 /// A line an entry (size, bar where the width allows, name), and a last one with the total.

@@ -74,16 +74,18 @@ ExitCode runKinds(const ScanOptions& options, const Interruption& interruption)
     if (!url) {
         return ExitCode::failure;
     }
-    const auto summary =
-        ScanCommand::follow(FolderAnalyzer::stream(*url), options.quiet, interruption, progressText).summary;
-    if (!summary) {
+    const FolderAnalyzer::Progress found =
+        ScanCommand::follow(FolderAnalyzer::stream(*url), options.quiet, interruption, progressText);
+    if (!found.summary) {
         Terminal::complain("analyse interrompue.");
         return ExitCode::interrupted;
     }
+    ScanCommand::tellUnread(found.unreadPlaces);
+    const FolderSummary& summary = *found.summary;
     return ScanCommand::print(
-        options.format, interruption, [&](OutputWriter& writer) { addTable(*summary, writer); },
-        [&](OutputWriter& writer) { addCsv(*summary, writer); },
-        [&](OutputWriter& writer) { addJson(*summary, writer); });
+        options.format, interruption, [&](OutputWriter& writer) { addTable(summary, writer); },
+        [&](OutputWriter& writer) { addCsv(summary, writer); },
+        [&](OutputWriter& writer) { addJson(summary, writer); });
 }
 
 } // namespace tallyroom

@@ -59,6 +59,15 @@ std::optional<FileUrl> ScanCommand::folder(const std::string& argument)
     return std::nullopt;
 }
 
+void ScanCommand::tellUnread(const SharedUnreadPlaces& places)
+{
+    if (places != nullptr) {
+        const std::string plural = places->count > 1 ? "s" : "";
+        Terminal::complain(std::to_string(places->count) + (places->hasItems ? " élément" : " dossier") +
+                           plural + " illisible" + plural + " : total incomplet");
+    }
+}
+
 ExitCode ScanCommand::end(bool isWritten, const Interruption& interruption)
 {
     if (!isWritten) {
@@ -85,6 +94,7 @@ ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interr
     if (interruption.hasCome()) {
         Terminal::complain("analyse interrompue, la liste est incomplète.");
     }
+    ScanCommand::tellUnread(found.unreadPlaces);
     const bool showsPaths = shown == Shown::paths;
     const EntryList entries = showsPaths ? rankedByPath(found.entries) : found.entries;
     const TableStyle style{Terminal::columns(), Terminal::showsColours(), showsPaths};

@@ -42,6 +42,9 @@ template <class Record>
     return newest;
 }
 
+/// Says on standard error that the scan could not read everything; nothing when it could.
+void tellUnread(const SharedUnreadPlaces& places);
+
 /// The exit code of a command that printed its result, or failed to and left the reason in errno.
 [[nodiscard]] ExitCode end(bool isWritten, const Interruption& interruption);
 

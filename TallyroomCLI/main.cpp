@@ -214,6 +214,9 @@ int run(int argc, char** argv)
     translateLabels(app);
     app.set_help_flag("-h,--help", "Afficher cette aide");
     app.set_version_flag("--version", "tallyroom-cli " TALLYROOM_VERSION, "Afficher la version");
+    app.footer(
+        "Ce qui ne peut pas être lu compte pour vide ; une ligne sur la sortie d'erreur dit combien de "
+        "dossiers.");
     app.require_subcommand(1);
     const Commands commands{app, interruption};
 

@@ -1,7 +1,7 @@
 #include "Duplicates/CandidateWalk.h"
 
+#include "FileSystem/AttentiveVisitor.h"
 #include "FileSystem/PrunedFolders.h"
-#include "FileSystem/TreeWalk.h"
 #include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
@@ -54,15 +54,12 @@ public:
         visit(filesAfter);
     }
 
-    void unreadable(const SystemError& error)
+    /// The walk is over; what it could not read.
+    void finish(const std::optional<SystemError>& unread, SharedUnreadPlaces places)
     {
         const std::scoped_lock lock{m_mutex};
-        m_unread = error;
-    }
-
-    void finish()
-    {
-        const std::scoped_lock lock{m_mutex};
+        m_unread = unread;
+        m_unreadPlaces = std::move(places);
         m_isFinished = true;
         m_changed.notify_all();
     }
@@ -86,7 +83,8 @@ public:
             told = next;
         }
         dropUniqueSizes();
-        return {std::move(m_tracked), std::move(m_folders), m_visited, m_truncated, m_root, m_unread};
+        return {std::move(m_tracked),     std::move(m_folders), m_visited, m_truncated, m_root, m_unread,
+                std::move(m_unreadPlaces)};
     }
 
 private:
@@ -162,9 +160,10 @@ private:
     bool m_isFinished = false;           // guarded by m_mutex
     const ScanRoot* m_root = nullptr;    // guarded by m_mutex
     std::optional<SystemError> m_unread; // guarded by m_mutex
+    SharedUnreadPlaces m_unreadPlaces;   // guarded by m_mutex
 };
 
-class CandidateVisitor final : public TreeWalk::Visitor {
+class CandidateVisitor final : public AttentiveVisitor {
 public:
     CandidateVisitor(std::int64_t minimumSize, std::shared_ptr<Ledger> ledger)
         : m_minimumSize(std::max<std::int64_t>(minimumSize, 1)), m_ledger(std::move(ledger))
@@ -177,6 +176,7 @@ public:
 
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
     {
+        noteUnread(folder, children);
         std::vector<Met> met;
         std::int64_t files = 0;
         for (TreeWalk::Child& child : children) {
@@ -198,14 +198,7 @@ public:
         return std::make_unique<SearchedFolder>();
     }
 
-    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
-    {
-        if (folder.isRoot()) {
-            m_ledger->unreadable(error);
-        }
-    }
-
-    void finish(bool /*stopped*/) override { m_ledger->finish(); }
+    void finish(bool /*stopped*/) override { m_ledger->finish(unreadRoot(), unreadPlaces()); }
 
 private:
     static Candidate candidate(const TreeWalk::Child& child)

@@ -3,7 +3,7 @@
 #include "Duplicates/PathPool.h"
 #include "FileSystem/FileIdentity.h"
 #include "FileSystem/ScanRoots.h"
-#include "FileSystem/SystemError.h"
+#include "FileSystem/UnreadPlaces.h"
 
 #include <cstdint>
 #include <functional>
@@ -38,6 +38,7 @@ struct Findings {
     bool truncated = false;
     const ScanRoot* root = nullptr;    ///< of the walk; none without candidates
     std::optional<SystemError> unread; ///< why the folder itself cannot be read
+    SharedUnreadPlaces unreadPlaces;   ///< null when all was read
 };
 
 /// How many files are visited between two calls of `onVisited`.

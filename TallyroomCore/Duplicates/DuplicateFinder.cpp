@@ -108,6 +108,7 @@ Result computeGroups(const FileUrl& url, std::int64_t minimumSize, const Limits&
     record.phase = Phase::hashing;
     const bool truncated = findings.truncated;
     const std::optional<SystemError> unread = findings.unread;
+    SharedUnreadPlaces unreadPlaces = findings.unreadPlaces;
     auto groups = DigestSearch::run(std::move(findings), stop, [&](DigestSearch::Progress progress) {
         record.hashedBytes = progress.done;
         record.bytesToHash = progress.total;
@@ -116,7 +117,7 @@ Result computeGroups(const FileUrl& url, std::int64_t minimumSize, const Limits&
     if (stop.stop_requested()) {
         return {};
     }
-    return {std::move(groups), truncated, unread};
+    return {std::move(groups), truncated, unread, std::move(unreadPlaces)};
 }
 
 ProgressStream<DuplicateProgress> stream(const FileUrl& url, std::int64_t minimumSize)
@@ -126,7 +127,7 @@ ProgressStream<DuplicateProgress> stream(const FileUrl& url, std::int64_t minimu
     Conductors::shared().start(
         cancelled, [url, minimumSize, sender = std::move(sender)](const std::stop_token& stop) {
             Locked<DuplicateProgress> last;
-            auto [groups, truncated, unread] =
+            auto [groups, truncated, unread, unreadPlaces] =
                 computeGroups(url, minimumSize, {}, stop, [&](const DuplicateProgress& record) {
                     last.set(record);
                     sender.send(record);
@@ -139,6 +140,7 @@ ProgressStream<DuplicateProgress> stream(const FileUrl& url, std::int64_t minimu
             final.phase = Phase::done;
             final.truncated = truncated;
             final.unread = unread;
+            final.unreadPlaces = std::move(unreadPlaces);
             final.hashedBytes = final.bytesToHash;
             sender.send(std::move(final));
         });

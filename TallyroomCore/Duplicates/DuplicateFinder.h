@@ -2,7 +2,7 @@
 
 #include "Concurrency/ProgressStream.h"
 #include "Duplicates/DuplicateGroup.h"
-#include "FileSystem/SystemError.h"
+#include "FileSystem/UnreadPlaces.h"
 
 #include <cstdint>
 #include <functional>
@@ -17,7 +17,8 @@ namespace tallyroom {
 /// Finds files with identical content. Files are compared by SHA-256 digests of their first 64 KiB, their
 /// last 64 KiB and all of their bytes, and read only when another file has exactly the same size. Hidden
 /// files count, empty files and links do not, and the contents of .git, .hg and .svn folders are left out.
-/// Nothing here reports an error: what cannot be read, or changes meanwhile, is left out. Without state.
+/// Nothing here reports an error: what cannot be read, or changes meanwhile, is left out; folders that cannot
+/// be listed are told at the end. Without state.
 namespace DuplicateFinder {
 
 /// The most files that are kept as candidates.
@@ -42,6 +43,8 @@ struct DuplicateProgress {
     std::int64_t bytesToHash = 0;
     /// Why the searched folder itself cannot be read; known at the end only. Not a part of equality.
     std::optional<SystemError> unread = {};
+    /// What could not be read; null when all was, and but for the last record. Not a part of equality.
+    SharedUnreadPlaces unreadPlaces = {};
 
     friend bool operator==(const DuplicateProgress& left, const DuplicateProgress& right)
     {
@@ -63,6 +66,7 @@ struct Result {
     std::vector<DuplicateGroup> groups;
     bool truncated = false;
     std::optional<SystemError> unread = {}; ///< why the folder itself cannot be read
+    SharedUnreadPlaces unreadPlaces = {};   ///< null when all was read
 };
 
 /// The files of at least `minimumSize` bytes under a folder, searched in the background. A record every 4096

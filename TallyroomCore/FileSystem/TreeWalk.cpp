@@ -4,6 +4,7 @@
 #include "FileSystem/LookTime.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 #include <ranges>
 #include <sys/resource.h>
@@ -30,6 +31,13 @@ int openFolderLimit()
         return 1024;
     }
     return static_cast<int>(std::clamp<rlim_t>(limit.rlim_cur / 8, 32, 1024));
+}
+
+/// Whether a name leads to nothing, or to something else, since it was read: that is no refusal. ESRCH: the
+/// folder of a process that has ended.
+bool isGone(int error)
+{
+    return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ESRCH;
 }
 
 } // namespace
@@ -87,11 +95,15 @@ private:
     struct Names {
         NameBuffer buffer;
         std::vector<ListedName> parsed;
+        int failure = 0; ///< why there are no more
 
         bool read(int folder)
         {
             parsed.clear();
-            return buffer.read(folder);
+            errno = 0;
+            const bool some = buffer.read(folder);
+            failure = some ? 0 : errno;
+            return some;
         }
 
         void parse()
@@ -169,7 +181,7 @@ private:
     {
         SystemResult<FileDescriptor> opened = open(desk, folder);
         if (!opened) {
-            m_visitor->unreadable(folder, opened.error());
+            tellUnreadable(folder, opened.error().code);
             if (m_visitor->wish(folder).countFirst) {
                 m_visitor->counted(folder, 0);
             }
@@ -185,8 +197,10 @@ private:
         }
         std::size_t index = 0;
         bool some = desk.current->read(folder.m_descriptor.get());
+        int failure = desk.current->failure;
         while (some) {
             const bool more = desk.next->read(folder.m_descriptor.get());
+            failure = desk.next->failure;
             const std::size_t count = more ? desk.current->buffer.count() : 0;
             bool isShared = more && !isStopped() && hasRoomForPieces();
             if (isShared) {
@@ -202,6 +216,14 @@ private:
             std::swap(desk.current, desk.next);
             some = more && !isStopped();
         }
+        tellUnreadable(folder, failure);
+    }
+
+    void tellUnreadable(Folder& folder, int failure)
+    {
+        if (failure != 0 && (folder.isRoot() || !isGone(failure))) {
+            m_visitor->unreadable(folder, {failure});
+        }
     }
 
     void enterCounted(unsigned worker, Folder& folder)
@@ -215,6 +237,7 @@ private:
             items.push_back(itemOf(folder, {std::exchange(names, std::make_shared<Names>()), count}));
             count += more;
         }
+        tellUnreadable(folder, names->failure);
         m_visitor->counted(folder, count);
         put(worker, items);
     }
@@ -282,12 +305,15 @@ private:
                 return i;
             }
             const ListedName& name = piece.names->parsed[i];
-            Child& child = desk.children.emplace_back(name.view(), name.type, nullptr, piece.firstIndex + i);
+            Child& child =
+                desk.children.emplace_back(name.view(), name.type, nullptr, 0, piece.firstIndex + i);
             if (needsAttributes(wanted, name.type)) {
                 if (const auto read = fileAttributes(folder.m_descriptor.get(), name.name)) {
                     desk.attributes[count] = *read;
                     child.attributes = &desk.attributes[count];
                     child.type = read->type;
+                } else if (!isGone(read.error().code)) {
+                    child.failure = read.error().code;
                 }
                 if (++looks % looksBetweenTimes == 0 && time.isOver()) {
                     return i + 1;

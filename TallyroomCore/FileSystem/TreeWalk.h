@@ -76,6 +76,7 @@ public:
         std::string_view name; ///< zero-terminated; good during the visit only
         EntryType type = EntryType::unknown;
         const FileAttributes* attributes = nullptr; ///< none when not asked for, or not readable
+        int failure = 0;                            ///< errno: why not readable; 0 for what is gone
         std::size_t index = 0;                      ///< its place in the listing, for folders counted first
         std::uint64_t mark = 0;                     ///< the visitor's own, from `visit` to `descendInto`
         bool descend = false;                       ///< the visitor's answer: walk into this folder
@@ -112,7 +113,9 @@ public:
 
         [[nodiscard]] virtual Wish wish(const Folder& folder) const = 0;
 
-        /// A folder cannot be opened, and counts as empty. Before `counted`, on one thread.
+        /// A folder cannot be opened, and counts as empty: before `counted`. Or its names cannot be read to
+        /// the end: after their visits, or at once with them. On one thread. Not called for a folder below
+        /// the root that went, or was replaced, since its name was read.
         virtual void unreadable(Folder& /*folder*/, const SystemError& /*error*/) {}
 
         /// All names of a folder were read; before its first visit, on one thread.

@@ -1,8 +1,8 @@
 #include "Kinds/FolderAnalyzer.h"
 
 #include "Concurrency/LastRecord.h"
+#include "FileSystem/AttentiveVisitor.h"
 #include "FileSystem/PrunedFolders.h"
-#include "FileSystem/TreeWalk.h"
 #include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
@@ -60,7 +60,7 @@ private:
 };
 
 /// Counts the files of a tree: a record at every multiple of the cadence, and the summary at the end.
-class AnalysisVisitor final : public TreeWalk::Visitor {
+class AnalysisVisitor final : public AttentiveVisitor {
 public:
     explicit AnalysisVisitor(ProgressSender<FolderAnalyzer::Progress> sender) : m_sender(std::move(sender)) {}
 
@@ -69,15 +69,9 @@ public:
         return {TreeWalk::Attributes::files, false};
     }
 
-    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
     {
-        if (folder.isRoot()) {
-            m_unread = error;
-        }
-    }
-
-    void visit(TreeWalk::Folder& /*folder*/, std::span<TreeWalk::Child> children) override
-    {
+        noteUnread(folder, children);
         Tally batch;
         for (TreeWalk::Child& child : children) {
             if (child.isFolder()) {
@@ -94,7 +88,8 @@ public:
     /// After a stop too: a stream that was cancelled drops the record.
     void finish(bool /*stopped*/) override
     {
-        m_sender->send({m_tally.files(), m_tally.summary(), FolderAnalyzer::Progress::Phase::done, m_unread});
+        m_sender->send({m_tally.files(), m_tally.summary(), FolderAnalyzer::Progress::Phase::done,
+                        unreadRoot(), unreadPlaces()});
         m_sender.reset();
     }
 
@@ -114,7 +109,6 @@ private:
     }
 
     std::optional<ProgressSender<FolderAnalyzer::Progress>> m_sender;
-    std::optional<SystemError> m_unread;
     std::mutex m_mutex;
     Tally m_tally; // guarded by m_mutex until finish
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
-#include "FileSystem/SystemError.h"
+#include "FileSystem/UnreadPlaces.h"
 #include "Model/FileKind.h"
 #include "Model/FileUrl.h"
 
@@ -37,8 +37,8 @@ struct FolderSummary {
 ///
 /// Everything that is neither a folder nor a symbolic link is a file, FIFOs, sockets and devices too, and
 /// each of its names counts. Links are neither counted nor followed; folders called ".git", ".hg" and ".svn"
-/// are not entered, except the analysed folder itself. What cannot be read is passed over; a folder that
-/// cannot be opened gives the empty summary.
+/// are not entered, except the analysed folder itself. What cannot be read is passed over, and told with the
+/// summary; a folder that cannot be opened gives the empty one.
 ///
 /// Any thread; the walk runs on the shared pool, one pass, O(files), no memory a file.
 namespace FolderAnalyzer {
@@ -51,6 +51,8 @@ struct Progress {
     Phase phase = Phase::scanning;
     /// Why the folder itself cannot be read; in the last record only. Not a part of equality.
     std::optional<SystemError> unread = {};
+    /// What could not be read; null when all was, and but for the last record. Not a part of equality.
+    SharedUnreadPlaces unreadPlaces = {};
 
     friend bool operator==(const Progress& left, const Progress& right)
     {

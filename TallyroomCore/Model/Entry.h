@@ -29,6 +29,8 @@ enum class EntryMark : unsigned char {
     toVerify = 1,    ///< a cache that nothing proves to be one
     inUse = 2,       ///< a cache that a running process holds open, or that was written to just now
     application = 4, ///< a part of an installed program
+    unreadable = 8,  ///< a folder that cannot be listed, an item that cannot be examined: its size is unknown
+    unreadItems = 16 ///< not all that is unread below it are folders
 };
 
 /// One file or folder, as every list, bar and tile shows it. A plain value.
@@ -54,6 +56,12 @@ struct Entry {
     ItemIdentity identity{};
 
     [[nodiscard]] bool has(EntryMark mark) const noexcept { return (marks & std::to_underlying(mark)) != 0; }
+
+    void set(EntryMark mark, bool isSet) noexcept
+    {
+        const unsigned others = marks & ~static_cast<unsigned>(std::to_underlying(mark));
+        marks = static_cast<std::uint8_t>(isSet ? others | std::to_underlying(mark) : others);
+    }
 
     [[nodiscard]] const FileUrl& id() const noexcept { return url; }
 

@@ -1,4 +1,5 @@
 #include "Concurrency/LastRecord.h"
+#include "FileSystem/AttentiveVisitor.h"
 #include "FileSystem/PrunedFolders.h"
 #include "Scanning/FileScanner.h"
 #include "Scanning/Sizing.h"
@@ -20,7 +21,7 @@ struct Match {
 using Matches = std::vector<Match>;
 
 /// Finds the folders of given names. Reads only names, and the attributes of matches.
-class MatchFinder : public TreeWalk::Visitor {
+class MatchFinder : public AttentiveVisitor {
 public:
     explicit MatchFinder(FolderNames names) : m_names(std::move(names)) {}
 
@@ -31,6 +32,7 @@ public:
 
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) final
     {
+        noteUnread(folder, children);
         Matches matches;
         for (TreeWalk::Child& child : children) {
             if (!child.isFolder()) {
@@ -115,10 +117,13 @@ public:
         : SizingVisitor(SizeCache::shared()), m_matches(std::move(matches)), m_entries(std::move(entries))
     {}
 
-    static void start(Matches matches, std::unique_ptr<StreamedEntries> entries)
+    /// `passedBy` is what the search before could not read.
+    static void start(Matches matches, SharedUnreadPlaces passedBy, std::unique_ptr<StreamedEntries> entries)
     {
         std::stop_token stop = entries->sender().stopToken();
         auto sizing = std::make_unique<MatchSizing>(std::move(matches), std::move(entries));
+        sizing->m_entries->setUnreadPlaces(
+            [&found = sizing->m_matches, passedBy = std::move(passedBy)] { return unread(found, passedBy); });
         auto roots = sizing->deliverKnown();
         TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(sizing), std::move(stop));
     }
@@ -126,11 +131,11 @@ public:
     void finish(bool /*stopped*/) override { m_entries->end(); }
 
 protected:
-    void measured(SizedFolder& folder, std::int64_t total) override
+    void measured(SizedFolder& folder, const FolderSize& size) override
     {
         if (folder.isRoot()) {
             std::vector<IndexedEntry> done;
-            done.push_back(entry(static_cast<MatchedFolder&>(folder).index, total));
+            done.push_back(entry(static_cast<MatchedFolder&>(folder).index, size));
             m_entries->append(std::move(done));
         }
     }
@@ -144,8 +149,8 @@ private:
         std::vector<TreeWalk::Root> roots;
         for (std::size_t index = 0; index < m_matches.size(); ++index) {
             const FileUrl& url = m_matches[index].url;
-            if (const auto total = cache().find(url)) {
-                known.push_back(entry(index, *total));
+            if (const auto size = cache().find(url)) {
+                known.push_back(entry(index, *size));
                 continue;
             }
             auto folder = std::make_unique<MatchedFolder>();
@@ -158,16 +163,26 @@ private:
         return roots;
     }
 
-    [[nodiscard]] IndexedEntry entry(std::size_t index, std::int64_t total) const
+    /// What the search passed by, and what lies below its matches.
+    static SharedUnreadPlaces unread(const Matches& matches, const SharedUnreadPlaces& passedBy)
+    {
+        UnreadPlaces all = passedBy != nullptr ? *passedBy : UnreadPlaces{};
+        for (const Match& match : matches) {
+            all.add(SizeCache::shared().unreadPlaces(match.url));
+        }
+        return all.count > 0 ? std::make_shared<const UnreadPlaces>(std::move(all)) : nullptr;
+    }
+
+    [[nodiscard]] IndexedEntry entry(std::size_t index, const FolderSize& size) const
     {
         const Match& match = m_matches[index];
-        return {index,
-                {.url = match.url,
-                 .name = std::string{match.url.lastPathComponent()},
-                 .sizeBytes = total,
-                 .isDirectory = true,
-                 .modifiedAt = match.modifiedAt,
-                 .identity = match.identity}};
+        Entry entry{.url = match.url,
+                    .name = std::string{match.url.lastPathComponent()},
+                    .isDirectory = true,
+                    .modifiedAt = match.modifiedAt,
+                    .identity = match.identity};
+        size.applyTo(entry);
+        return {index, std::move(entry)};
     }
 
     const Matches m_matches;
@@ -181,19 +196,15 @@ public:
         : MatchFinder(std::move(names)), m_entries(std::move(entries))
     {}
 
-    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
-    {
-        if (folder.isRoot()) {
-            m_entries->unreadable(error);
-        }
-    }
-
     void finish(bool stopped) override
     {
         if (stopped) {
             m_entries->end();
         } else {
-            MatchSizing::start(takeMatches(), std::move(m_entries));
+            if (unreadRoot()) {
+                m_entries->unreadable(*unreadRoot());
+            }
+            MatchSizing::start(takeMatches(), unreadPlaces(), std::move(m_entries));
         }
     }
 

@@ -2,6 +2,7 @@
 
 #include "Concurrency/ProgressStream.h"
 #include "Model/FolderNames.h"
+#include "Scanning/FolderSize.h"
 #include "Scanning/ScanProgress.h"
 
 #include <cstdint>
@@ -10,8 +11,9 @@
 
 namespace tallyroom {
 
-/// The scanning engine: measures, lists, searches, ranks. Nothing here reports an error: what cannot be read
-/// has size 0, what cannot be listed is empty, a date that cannot be read is absent. Links are never
+/// The scanning engine: measures, lists, searches, ranks. No error ends a scan: what cannot be read has size
+/// 0, what cannot be listed is empty, a date that cannot be read is absent; entries count what is unread
+/// below them, and the last record of a stream tells all of it. Links are never
 /// followed. Sizes are space used on disk (st_blocks × 512), else the logical size, else 0. All operations
 /// may be called from any thread but a pool worker's; the blocking ones wait for the process's WorkerPool.
 namespace FileScanner {
@@ -22,6 +24,9 @@ using ScanStream = ProgressStream<ScanProgress>;
 /// count once a link, mount points are crossed, the folder's own blocks are not added. Every folder met is
 /// kept in SizeCache. Blocks the caller.
 [[nodiscard]] std::int64_t directorySize(const FileUrl& url);
+
+/// The same with what could not be read.
+[[nodiscard]] FolderSize measure(const FileUrl& url);
 
 /// The folder's direct children, each with its total, largest first, equal sizes in the order of the
 /// listing. With `useCache` a listing that ScanCache knows is returned at once; a fresh one is always kept.

@@ -1,5 +1,6 @@
 #include "Concurrency/LastRecord.h"
 #include "Concurrency/Thread.h"
+#include "FileSystem/AttentiveVisitor.h"
 #include "FileSystem/PrunedFolders.h"
 #include "Scanning/BoundedTopHeap.h"
 #include "Scanning/FileScanner.h"
@@ -16,7 +17,7 @@ namespace {
 
 /// Offers every file below a folder to a heap and counts them. Shows the first files at once, and then the
 /// ranking so far some eight times a second, by a clock: a disk that answers slowly is no reason for silence.
-class LargestFilesVisitor final : public TreeWalk::Visitor {
+class LargestFilesVisitor final : public AttentiveVisitor {
 public:
     LargestFilesVisitor(std::int64_t limit, ProgressSender<ScanProgress> sender)
         : m_heap(limit), m_sender(std::move(sender)),
@@ -30,6 +31,7 @@ public:
 
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
     {
+        noteUnread(folder, children);
         thread_local std::vector<BoundedTopHeap::Candidate> candidates;
         candidates.clear();
         std::int64_t files = 0;
@@ -51,13 +53,6 @@ public:
         addChecked(m_seen, files);
         if (files > 0 && !m_hasSeen.load(std::memory_order_relaxed) && !m_hasSeen.exchange(true)) {
             report(true);
-        }
-    }
-
-    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
-    {
-        if (folder.isRoot()) {
-            m_unread = error;
         }
     }
 
@@ -99,8 +94,12 @@ private:
         StreamWake wake; // outlives the lock
         const std::scoped_lock lock{m_order};
         const std::int64_t files = m_seen.load(std::memory_order_relaxed);
-        auto unread = isDiscovering ? std::nullopt : m_unread; // known when the walk has ended
-        wake = m_sender->enqueue({{m_heap.sortedSnapshot(), files, files, isDiscovering, unread}});
+        ScanProgress record{m_heap.sortedSnapshot(), files, files, isDiscovering};
+        if (!isDiscovering) {
+            record.unread = unreadRoot();
+            record.unreadPlaces = unreadPlaces();
+        }
+        wake = m_sender->enqueue({std::move(record)});
     }
 
     BoundedTopHeap m_heap;
@@ -108,7 +107,6 @@ private:
     std::atomic<bool> m_hasSeen = false;
     std::mutex m_order; ///< of records: counts never go back
     std::optional<ProgressSender<ScanProgress>> m_sender;
-    std::optional<SystemError> m_unread;
     std::jthread m_reporter; // last: it uses the others
 };
 

@@ -4,6 +4,8 @@
 #include "Scanning/Sizing.h"
 #include "Scanning/StreamedEntries.h"
 
+#include <algorithm>
+
 namespace tallyroom {
 
 namespace {
@@ -28,6 +30,14 @@ public:
                                : SizingVisitor::wish(folder);
     }
 
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
+    {
+        SizingVisitor::unreadable(folder, error);
+        if (folder.isRoot()) {
+            m_unread = error;
+        }
+    }
+
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) final
     {
         if (!folder.isRoot()) {
@@ -37,19 +47,18 @@ public:
         auto& root = static_cast<SizedFolder&>(folder);
         std::vector<IndexedEntry> done;
         done.reserve(children.size());
-        std::int64_t total = 0;
         const ScanRoot& scanRoot = folder.scanRoot();
-        const auto finished = [&](const TreeWalk::Child& child, std::int64_t bytes) {
-            total = checkedSum(total, bytes);
-            done.push_back({child.index, entry(child, bytes, scanRoot)});
+        const auto finished = [&](const TreeWalk::Child& child, const FolderSize& size) {
+            root.add(size);
+            done.push_back({child.index, entry(child, size, scanRoot)});
         };
         for (const TreeWalk::Child& child : children) {
             if (!child.isFolder()) {
-                finished(child, child.attributes != nullptr ? child.attributes->allocatedBytes : 0);
+                finished(child, sizeOf(child));
             }
         }
         lookUpFolders(root, children, finished);
-        addChecked(root.total, total);
+        keepUnread(root, children);
         deliver(std::move(done));
     }
 
@@ -72,24 +81,35 @@ protected:
     /// Children that are done, in the order of the listing within one call. Any worker.
     virtual void deliver(std::vector<IndexedEntry> entries) = 0;
 
-    void measured(SizedFolder& folder, std::int64_t total) final
+    void measured(SizedFolder& folder, const FolderSize& size) final
     {
         if (folder.parent() == nullptr || !folder.parent()->isRoot()) {
             return;
         }
         const auto& listed = static_cast<ListedFolder&>(folder);
+        Entry entry{.url = m_url.appending(listed.name()),
+                    .name = listed.name(),
+                    .isDirectory = true,
+                    .modifiedAt = listed.modifiedAt,
+                    .identity = listed.identity};
+        size.applyTo(entry);
         std::vector<IndexedEntry> done;
-        done.push_back({listed.index,
-                        {.url = m_url.appending(listed.name()),
-                         .name = listed.name(),
-                         .sizeBytes = total,
-                         .isDirectory = true,
-                         .modifiedAt = listed.modifiedAt,
-                         .identity = listed.identity}});
+        done.push_back({listed.index, std::move(entry)});
         deliver(std::move(done));
     }
 
-    void keep(const EntryList& entries) const { ScanCache::shared().store(m_url, entries, m_epoch); }
+    /// What could not be read, when all children are done.
+    [[nodiscard]] SharedUnreadPlaces unreadPlaces() const
+    {
+        UnreadPlaces places = cache().unreadPlaces(m_url);
+        // The store may not have heard of the folder itself.
+        if (m_unread && std::ranges::find(places.places, m_url, &UnreadPlace::url) == places.places.end()) {
+            places.add({1, false, {{m_url, *m_unread}}});
+        }
+        return places.count > 0 ? std::make_shared<const UnreadPlaces>(std::move(places)) : nullptr;
+    }
+
+    void keep(const Listing& listing) const { ScanCache::shared().store(m_url, listing, m_epoch); }
 
 private:
     static std::optional<Timestamp> modifiedAt(const TreeWalk::Child& child)
@@ -102,20 +122,31 @@ private:
         return child.attributes != nullptr ? scanRoot.identify(*child.attributes) : ItemIdentity{};
     }
 
-    [[nodiscard]] Entry entry(const TreeWalk::Child& child, std::int64_t bytes,
+    /// Of a child that is no folder.
+    static FolderSize sizeOf(const TreeWalk::Child& child)
+    {
+        return {.bytes = child.attributes != nullptr ? child.attributes->allocatedBytes : 0,
+                .unread = child.failure != 0 ? 1 : 0,
+                .hasUnreadItems = child.failure != 0,
+                .isUnreadable = child.failure != 0};
+    }
+
+    [[nodiscard]] Entry entry(const TreeWalk::Child& child, const FolderSize& size,
                               const ScanRoot& scanRoot) const
     {
-        return {.url = m_url.appending(child.name),
-                .name = std::string{child.name},
-                .sizeBytes = bytes,
-                .isDirectory = child.isFolder(),
-                .form = child.form(),
-                .modifiedAt = modifiedAt(child),
-                .identity = identity(child, scanRoot)};
+        Entry entry{.url = m_url.appending(child.name),
+                    .name = std::string{child.name},
+                    .isDirectory = child.isFolder(),
+                    .form = child.form(),
+                    .modifiedAt = modifiedAt(child),
+                    .identity = identity(child, scanRoot)};
+        size.applyTo(entry);
+        return entry;
     }
 
     const FileUrl m_url;
     const std::uint64_t m_epoch;
+    std::optional<SystemError> m_unread;
 };
 
 /// Sends a record after every child.
@@ -123,10 +154,13 @@ class StreamedListing final : public ListingVisitor {
 public:
     StreamedListing(const FileUrl& url, ProgressSender<ScanProgress> sender)
         : ListingVisitor(url), m_entries(std::move(sender))
-    {}
+    {
+        m_entries.setUnreadPlaces([this] { return unreadPlaces(); });
+    }
 
     void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
     {
+        ListingVisitor::unreadable(folder, error);
         if (folder.isRoot()) {
             m_entries.unreadable(error);
         }
@@ -141,7 +175,7 @@ public:
     void finish(bool stopped) override
     {
         if (!stopped && !m_isEmpty) {
-            keep(m_entries.entries());
+            keep(m_entries.listing());
         }
         m_entries.end();
     }
@@ -170,7 +204,7 @@ public:
             builder.append(std::move(entry));
         }
         const EntryList entries = builder.snapshot();
-        keep(entries);
+        keep({entries, unreadPlaces()});
         m_result.set_value(entries);
     }
 
@@ -201,7 +235,7 @@ std::future<EntryList> FileScanner::directEntries(const FileUrl& url, bool useCa
     std::promise<EntryList> promise;
     auto result = promise.get_future();
     if (auto known = useCache ? ScanCache::shared().find(url) : std::nullopt) {
-        promise.set_value(std::move(*known));
+        promise.set_value(std::move(known->entries));
         return result;
     }
     startListing(url, std::make_unique<WholeListing>(url, std::move(promise)), {});
@@ -212,8 +246,8 @@ FileScanner::ScanStream FileScanner::directEntriesStream(const FileUrl& url, boo
 {
     auto [sender, stream] = makeProgressStream<ScanProgress>();
     if (auto known = useCache ? ScanCache::shared().find(url) : std::nullopt) {
-        const auto length = static_cast<std::int64_t>(known->size());
-        sender.send({std::move(*known), length, length, false});
+        const auto length = static_cast<std::int64_t>(known->entries.size());
+        sender.send({std::move(known->entries), length, length, false, {}, std::move(known->unreadPlaces)});
         return std::move(stream);
     }
     std::stop_token stop = sender.stopToken();

@@ -8,7 +8,7 @@ ScanCache& ScanCache::shared()
     return cache;
 }
 
-std::optional<EntryList> ScanCache::find(const FileUrl& url)
+std::optional<Listing> ScanCache::find(const FileUrl& url)
 {
     const std::string key = url.standardized().path();
     const std::scoped_lock lock{m_mutex};
@@ -17,10 +17,10 @@ std::optional<EntryList> ScanCache::find(const FileUrl& url)
         return std::nullopt;
     }
     m_order.splice(m_order.end(), m_order, found->second);
-    return found->second->entries;
+    return found->second->listing;
 }
 
-void ScanCache::store(const FileUrl& url, const EntryList& entries, std::uint64_t epoch)
+void ScanCache::store(const FileUrl& url, const Listing& listing, std::uint64_t epoch)
 {
     Order dropped; // destroyed after the lock
     const std::string key = url.standardized().path();
@@ -32,7 +32,7 @@ void ScanCache::store(const FileUrl& url, const EntryList& entries, std::uint64_
         dropped.splice(dropped.end(), m_order, found->second);
         m_store.erase(found);
     }
-    m_order.push_back({key, entries});
+    m_order.push_back({key, listing});
     m_store.emplace(key, std::prev(m_order.end()));
     if (m_order.size() > capacity) {
         m_store.erase(m_order.front().key);

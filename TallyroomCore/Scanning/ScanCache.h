@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileSystem/UnreadPlaces.h"
 #include "Model/EntryList.h"
 
 #include <cstdint>
@@ -11,6 +12,12 @@
 
 namespace tallyroom {
 
+/// A folder's children and what could not be read below it.
+struct Listing {
+    EntryList entries;
+    SharedUnreadPlaces unreadPlaces = {};
+};
+
 /// The listings of the folders used most recently, by standardized path. Operations take turns; any thread.
 class ScanCache {
 public:
@@ -21,11 +28,11 @@ public:
     static ScanCache& shared();
 
     /// The folder's listing; the folder becomes the most recent one.
-    [[nodiscard]] std::optional<EntryList> find(const FileUrl& url);
+    [[nodiscard]] std::optional<Listing> find(const FileUrl& url);
 
     /// Keeps a listing and drops the least recent one over the capacity, unless something was invalidated
     /// since `epoch` was read.
-    void store(const FileUrl& url, const EntryList& entries, std::uint64_t epoch);
+    void store(const FileUrl& url, const Listing& listing, std::uint64_t epoch);
 
     /// The number to hand to `store`, read before the listing starts.
     [[nodiscard]] std::uint64_t epoch() const;
@@ -39,7 +46,7 @@ public:
 private:
     struct Kept {
         std::string key;
-        EntryList entries;
+        Listing listing;
     };
 
     using Order = std::list<Kept>; // least recently used first

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileSystem/SystemError.h"
+#include "FileSystem/UnreadPlaces.h"
 #include "Model/EntryList.h"
 
 #include <cstdint>
@@ -22,6 +22,9 @@ struct ScanProgress {
     /// Why the scanned folder itself cannot be read: then nothing is known of what it holds. In the last
     /// record only. Not a part of equality.
     std::optional<SystemError> unread = {};
+    /// What could not be read, the scanned folder included; null when all was, and but for the last record.
+    /// Not a part of equality.
+    SharedUnreadPlaces unreadPlaces = {};
 
     /// completed / total; 0 when total is below 1.
     [[nodiscard]] double fraction() const noexcept

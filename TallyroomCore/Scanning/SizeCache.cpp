@@ -1,7 +1,10 @@
 #include "Scanning/SizeCache.h"
 
+#include <algorithm>
 #include <functional>
 #include <limits>
+#include <ranges>
+#include <utility>
 
 namespace tallyroom {
 
@@ -48,20 +51,33 @@ SizeCache::Store SizeCache::emptyStore()
     return store;
 }
 
-std::optional<std::int64_t> SizeCache::find(const FileUrl& url) const
+std::optional<FolderSize> SizeCache::find(const FileUrl& url) const
 {
     const FileUrl key = url.standardized();
     const std::scoped_lock lock{m_mutex};
     const auto record = known(key);
-    if (!record || m_store.records[*record].total == unknown) {
-        return std::nullopt;
-    }
-    return m_store.records[*record].total;
+    return record ? sizeAt(*record) : std::nullopt;
 }
 
-void SizeCache::set(std::int64_t total, const FileUrl& url)
+std::optional<FolderSize> SizeCache::sizeAt(std::uint32_t record) const
 {
-    store(place(url), total);
+    const Record& known = m_store.records[record];
+    if (known.total == unknown) {
+        return std::nullopt;
+    }
+    FolderSize size{.bytes = known.total};
+    if (known.hasRemark) {
+        const Remark& remark = m_store.remarks.at(record);
+        size.unread = remark.unread;
+        size.hasUnreadItems = remark.hasUnreadItems;
+        size.isUnreadable = remark.isUnreadable;
+    }
+    return size;
+}
+
+void SizeCache::set(const FolderSize& size, const FileUrl& url)
+{
+    store(place(url), size);
 }
 
 SizeCache::Place SizeCache::place(const FileUrl& url)
@@ -84,18 +100,81 @@ void SizeCache::lookUp(Place parent, std::span<Child> children)
     }
     for (Child& wanted : children) {
         wanted.place = {m_epoch, child(parent.record, wanted.name)};
-        if (const std::int64_t total = m_store.records[wanted.place.record].total; total != unknown) {
-            wanted.total = total;
-        }
+        wanted.size = sizeAt(wanted.place.record);
     }
 }
 
-void SizeCache::store(Place place, std::int64_t total)
+void SizeCache::store(Place place, const FolderSize& size, const std::optional<SystemError>& cause)
 {
     const std::scoped_lock lock{m_mutex};
-    if (place.epoch == m_epoch) {
-        m_store.records[place.record].total = total;
+    if (place.epoch != m_epoch) {
+        return;
     }
+    Record& record = m_store.records[place.record];
+    record.total = size.bytes;
+    if (size.unread == 0 && record.hasRemark) {
+        m_store.remarks.erase(place.record); // an earlier walk was refused
+    }
+    record.hasRemark = size.unread > 0;
+    if (record.hasRemark) {
+        m_store.remarks[place.record] = {.unread = size.unread,
+                                         .cause = cause ? cause->code : 0,
+                                         .hasUnreadItems = size.hasUnreadItems,
+                                         .isUnreadable = size.isUnreadable};
+    }
+}
+
+void SizeCache::noteUnread(Place folder, std::span<const UnreadItem> items)
+{
+    const std::scoped_lock lock{m_mutex};
+    if (folder.epoch != m_epoch) {
+        return;
+    }
+    for (const UnreadItem& item : items) {
+        const std::uint32_t number = child(folder.record, item.name);
+        m_store.records[number].hasRemark = true;
+        m_store.remarks[number] = {.cause = item.error.code, .isItem = true};
+    }
+}
+
+UnreadPlaces SizeCache::unreadPlaces(const FileUrl& url) const
+{
+    const FileUrl key = url.standardized();
+    UnreadPlaces found;
+    const std::scoped_lock lock{m_mutex};
+    const auto folder = known(key);
+    if (!folder) {
+        return found;
+    }
+    for (const auto& [record, remark] : m_store.remarks) {
+        if (remark.cause != 0 && isBelow(record, *folder)) {
+            ++found.count;
+            found.hasItems = found.hasItems || remark.isItem;
+            found.places.push_back({urlOf(record), {remark.cause}, !remark.isItem});
+        }
+    }
+    found.keepFirst();
+    return found;
+}
+
+bool SizeCache::isBelow(std::uint32_t record, std::uint32_t folder) const
+{
+    while (record != folder && record != 0) {
+        record = m_store.records[record].parent;
+    }
+    return record == folder;
+}
+
+FileUrl SizeCache::urlOf(std::uint32_t record) const
+{
+    std::vector<std::string_view> names;
+    for (; record != 0; record = m_store.records[record].parent) {
+        const Record& step = m_store.records[record];
+        names.emplace_back(m_store.names.data() + step.nameOffset, step.nameLength);
+    }
+    std::string path = names.empty() ? "/" : "";
+    std::ranges::for_each(std::views::reverse(names), [&](auto name) { path.append("/").append(name); });
+    return FileUrl{std::move(path)};
 }
 
 void SizeCache::clear()
@@ -110,7 +189,8 @@ std::size_t SizeCache::memory() const
 {
     const std::scoped_lock lock{m_mutex};
     return m_store.records.capacity() * sizeof(Record) + m_store.names.capacity() +
-           m_store.slots.capacity() * sizeof(std::uint32_t);
+           m_store.slots.capacity() * sizeof(std::uint32_t) + m_store.remarks.bucket_count() * sizeof(void*) +
+           m_store.remarks.size() * (sizeof(std::pair<const std::uint32_t, Remark>) + sizeof(void*));
 }
 
 std::optional<std::uint32_t> SizeCache::known(const FileUrl& url) const

@@ -1,18 +1,21 @@
 #pragma once
 
-#include "Model/FileUrl.h"
+#include "FileSystem/UnreadPlaces.h"
+#include "Scanning/FolderSize.h"
 
 #include <cstdint>
 #include <mutex>
 #include <optional>
 #include <span>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace tallyroom {
 
-/// The totals of all folders measured so far, by their standardized path. A folder keeps its total until the
-/// whole store is emptied. Paths share their beginnings: a folder costs some 60 bytes, however deep it lies.
+/// The totals of all folders measured so far, by their standardized path, and what could not be read. A
+/// folder keeps its total until the whole store is emptied. Paths share their beginnings: a folder costs some
+/// 60 bytes, however deep it lies.
 /// Any thread; the one lock is held for one short step and never across file-system access.
 class SizeCache {
 public:
@@ -26,7 +29,13 @@ public:
     struct Child {
         std::string_view name;
         Place place;
-        std::optional<std::int64_t> total;
+        std::optional<FolderSize> size;
+    };
+
+    /// An item of a folder that could not be examined.
+    struct UnreadItem {
+        std::string_view name;
+        SystemError error;
     };
 
     /// The one of the process, never destroyed: workers may outlive main().
@@ -35,10 +44,10 @@ public:
     SizeCache();
 
     /// The total that is known for a folder.
-    [[nodiscard]] std::optional<std::int64_t> find(const FileUrl& url) const;
+    [[nodiscard]] std::optional<FolderSize> find(const FileUrl& url) const;
 
     /// Keeps a folder's total.
-    void set(std::int64_t total, const FileUrl& url);
+    void set(const FolderSize& size, const FileUrl& url);
 
     /// The record of a folder, made when there is none.
     [[nodiscard]] Place place(const FileUrl& url);
@@ -47,8 +56,16 @@ public:
     /// since `parent` was looked up, nothing is known and nothing will be kept.
     void lookUp(Place parent, std::span<Child> children);
 
-    /// Keeps a total, unless the store was emptied since the place was looked up.
-    void store(Place place, std::int64_t total);
+    /// Keeps a total, unless the store was emptied since the place was looked up. `cause` is why the folder
+    /// could not be listed, or not to its end.
+    void store(Place place, const FolderSize& size, const std::optional<SystemError>& cause = {});
+
+    /// Keeps which items of a folder could not be examined. They count in the folder's total.
+    void noteUnread(Place folder, std::span<const UnreadItem> items);
+
+    /// What could not be read in a folder that was measured and below it, as far as the store knows: it is
+    /// empty after `clear`. Linear in all that is unread.
+    [[nodiscard]] UnreadPlaces unreadPlaces(const FileUrl& url) const;
 
     /// Forgets everything, totals that are being measured included.
     void clear();
@@ -64,17 +81,31 @@ private:
         std::uint32_t nameOffset = 0;
         std::uint32_t hash = 0;
         std::uint16_t nameLength = 0;
+        bool hasRemark = false; ///< in what would be padding
+    };
+
+    /// What few records need: those with something unread.
+    struct Remark {
+        std::int64_t unread = 0;
+        int cause = 0; ///< errno: why this very item could not be read
+        bool hasUnreadItems = false;
+        bool isUnreadable = false;
+        bool isItem = false; ///< no folder
     };
 
     struct Store {
         std::vector<Record> records;
         std::vector<char> names;
         std::vector<std::uint32_t> slots; ///< record numbers by hash, 0 for a free slot
+        std::unordered_map<std::uint32_t, Remark> remarks;
     };
 
     static constexpr std::int64_t unknown = -1;
 
     static Store emptyStore();
+    [[nodiscard]] std::optional<FolderSize> sizeAt(std::uint32_t record) const;
+    [[nodiscard]] bool isBelow(std::uint32_t record, std::uint32_t folder) const;
+    [[nodiscard]] FileUrl urlOf(std::uint32_t record) const;
     [[nodiscard]] std::optional<std::uint32_t> known(const FileUrl& url) const;
     [[nodiscard]] std::size_t slotOf(std::uint32_t parent, std::string_view name, std::uint32_t hash) const;
     std::uint32_t child(std::uint32_t parent, std::string_view name);

@@ -13,6 +13,47 @@ void addChecked(std::atomic<std::int64_t>& total, std::int64_t bytes)
     std::ignore = checkedSum(total.fetch_add(bytes, std::memory_order_relaxed), bytes);
 }
 
+FolderSize SizingVisitor::SizedFolder::size() const
+{
+    const std::int64_t bytes = total.load();
+    return {.bytes = bytes,
+            .unread = unread.load(),
+            .hasUnreadItems = hasUnreadItems.load(),
+            .isUnreadable = cause.has_value() && bytes == 0};
+}
+
+void SizingVisitor::SizedFolder::add(const FolderSize& child)
+{
+    addChecked(total, child.bytes);
+    if (child.unread > 0) {
+        unread.fetch_add(child.unread, std::memory_order_relaxed);
+    }
+    if (child.hasUnreadItems) {
+        hasUnreadItems = true;
+    }
+}
+
+void SizingVisitor::unreadable(TreeWalk::Folder& folder, const SystemError& error)
+{
+    auto& sized = static_cast<SizedFolder&>(folder);
+    sized.cause = error;
+    sized.unread.fetch_add(1, std::memory_order_relaxed);
+}
+
+std::int64_t SizingVisitor::keepUnread(const SizedFolder& folder, std::span<const TreeWalk::Child> children)
+{
+    std::vector<SizeCache::UnreadItem> items;
+    for (const TreeWalk::Child& child : children) {
+        if (child.failure != 0 && !child.isFolder()) {
+            items.push_back({child.name, {child.failure}});
+        }
+    }
+    if (!items.empty()) {
+        m_cache.noteUnread(folder.place, items);
+    }
+    return std::ssize(items);
+}
+
 void SizingVisitor::visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children)
 {
     auto& sized = static_cast<SizedFolder&>(folder);
@@ -22,9 +63,12 @@ void SizingVisitor::visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> c
             total = checkedSum(total, child.attributes->allocatedBytes);
         }
     }
-    lookUpFolders(sized, children,
-                  [&total](const TreeWalk::Child&, std::int64_t known) { total = checkedSum(total, known); });
     addChecked(sized.total, total);
+    lookUpFolders(sized, children,
+                  [&sized](const TreeWalk::Child&, const FolderSize& known) { sized.add(known); });
+    if (const std::int64_t unread = keepUnread(sized, children); unread > 0) {
+        sized.add({.unread = unread, .hasUnreadItems = true});
+    }
 }
 
 std::unique_ptr<TreeWalk::Folder> SizingVisitor::descendInto(TreeWalk::Folder& parent,
@@ -41,12 +85,12 @@ void SizingVisitor::leave(TreeWalk::Folder& folder, bool whole)
     if (!whole) {
         return;
     }
-    const std::int64_t total = sized.total.load();
-    m_cache.store(sized.place, total);
+    const FolderSize size = sized.size();
+    m_cache.store(sized.place, size, sized.cause);
     if (auto* const parent = static_cast<SizedFolder*>(sized.parent())) {
-        addChecked(parent->total, total);
+        parent->add(size);
     }
-    measured(sized, total);
+    measured(sized, size);
 }
 
 namespace {
@@ -54,42 +98,47 @@ namespace {
 /// Measures one folder for a caller that waits.
 class SingleSizing final : public SizingVisitor {
 public:
-    explicit SingleSizing(std::promise<std::int64_t> result)
+    explicit SingleSizing(std::promise<FolderSize> result)
         : SizingVisitor(SizeCache::shared()), m_result(std::move(result))
     {}
 
-    void finish(bool /*stopped*/) override { m_result.set_value(m_total); }
+    void finish(bool /*stopped*/) override { m_result.set_value(m_size); }
 
 protected:
-    void measured(SizedFolder& folder, std::int64_t total) override
+    void measured(SizedFolder& folder, const FolderSize& size) override
     {
         if (folder.isRoot()) {
-            m_total = total;
+            m_size = size;
         }
     }
 
 private:
-    std::promise<std::int64_t> m_result;
-    std::int64_t m_total = 0;
+    std::promise<FolderSize> m_result;
+    FolderSize m_size;
 };
 
 } // namespace
 
 std::int64_t FileScanner::directorySize(const FileUrl& url)
 {
+    return measure(url).bytes;
+}
+
+FolderSize FileScanner::measure(const FileUrl& url)
+{
     const auto attributes = fileAttributes(url);
     if (!attributes) {
-        return 0;
+        return {};
     }
     if (attributes->type != EntryType::folder) {
-        return attributes->allocatedBytes;
+        return {.bytes = attributes->allocatedBytes};
     }
     if (const auto known = SizeCache::shared().find(url)) {
         return *known;
     }
     auto root = std::make_unique<SizingVisitor::SizedFolder>();
     root->place = SizeCache::shared().place(url);
-    std::promise<std::int64_t> promise;
+    std::promise<FolderSize> promise;
     auto total = promise.get_future();
     TreeWalk::start({url.standardized(), std::move(root)}, std::make_unique<SingleSizing>(std::move(promise)),
                     {});

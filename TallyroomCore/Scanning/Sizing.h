@@ -13,7 +13,15 @@ public:
     /// A folder that is being summed.
     struct SizedFolder : TreeWalk::Folder {
         std::atomic<std::int64_t> total = 0;
+        std::atomic<std::int64_t> unread = 0;
+        std::atomic<bool> hasUnreadItems = false;
+        std::optional<SystemError> cause; ///< why it could not be listed
         SizeCache::Place place;
+
+        [[nodiscard]] FolderSize size() const;
+
+        /// Takes in what is known of a folder in it. Any thread; an overflow ends the process.
+        void add(const FolderSize& child);
     };
 
     /// `cache` knows totals and takes new ones.
@@ -24,6 +32,7 @@ public:
         return {TreeWalk::Attributes::filesAndLinks, false};
     }
 
+    void unreadable(TreeWalk::Folder& folder, const SystemError& error) override;
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override;
     std::unique_ptr<TreeWalk::Folder> descendInto(TreeWalk::Folder& parent,
                                                   const TreeWalk::Child& child) override;
@@ -31,12 +40,15 @@ public:
 
 protected:
     /// Looks up the totals of those children that are folders: a folder without one is to be entered, and
-    /// its place is its mark. Calls `know(child, total)` for the others.
+    /// its place is its mark. Calls `know(child, size)` for the others.
     template <class Know>
     void lookUpFolders(const SizedFolder& folder, std::span<TreeWalk::Child> children, Know know);
 
+    /// Keeps which children could not be examined, and returns how many there are.
+    std::int64_t keepUnread(const SizedFolder& folder, std::span<const TreeWalk::Child> children);
+
     /// A folder's total is complete.
-    virtual void measured(SizedFolder& folder, std::int64_t total) = 0;
+    virtual void measured(SizedFolder& folder, const FolderSize& size) = 0;
 
     [[nodiscard]] SizeCache& cache() const noexcept { return m_cache; }
 
@@ -66,8 +78,8 @@ void SizingVisitor::lookUpFolders(const SizedFolder& folder, std::span<TreeWalk:
         if (!child.isFolder()) {
             continue;
         }
-        if (answer->total) {
-            know(child, *answer->total);
+        if (answer->size) {
+            know(child, *answer->size);
         } else {
             child.descend = true;
             child.mark = answer->place.record;

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
+#include "Scanning/ScanCache.h"
 #include "Scanning/ScanProgress.h"
 
 #include <cstddef>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -22,7 +24,10 @@ class StreamedEntries {
 public:
     explicit StreamedEntries(ProgressSender<ScanProgress> sender) : m_sender(std::move(sender)) {}
 
-    /// The scanned folder cannot be read; before `expect(0)`, whose record says so.
+    /// Asked for what could not be read, once, when all entries are done.
+    void setUnreadPlaces(std::function<SharedUnreadPlaces()> places) { m_unreadPlaces = std::move(places); }
+
+    /// The scanned folder cannot be read, or not to its end; before `expect`. The last record says so.
     void unreadable(const SystemError& error) { m_unread = error; }
 
     /// How many there will be. When there are none, one empty record says so.
@@ -31,7 +36,8 @@ public:
     /// Sends a record for each, in this order.
     void append(std::vector<IndexedEntry> entries);
 
-    [[nodiscard]] EntryList entries() const { return m_entries.snapshot(); }
+    /// All entries, after the last one.
+    [[nodiscard]] Listing listing() const { return {m_entries.snapshot(), m_told}; }
 
     [[nodiscard]] const ProgressSender<ScanProgress>& sender() const { return *m_sender; }
 
@@ -42,6 +48,8 @@ private:
     std::optional<ProgressSender<ScanProgress>> m_sender;
     std::int64_t m_total = 0;
     std::optional<SystemError> m_unread;
+    std::function<SharedUnreadPlaces()> m_unreadPlaces = [] { return nullptr; };
+    SharedUnreadPlaces m_told; ///< in the last record
     std::mutex m_mutex;
     EntryList::Builder m_entries; ///< guarded by m_mutex while workers append
 };

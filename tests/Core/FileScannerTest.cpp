@@ -160,8 +160,8 @@ TEST(ScanCache, ForgetsTheFolderThatWasUsedLeastRecently)
     cache.remove(url(2));
     EXPECT_FALSE(cache.find(url(2)).has_value());
     EXPECT_TRUE(cache.find(url(3)).has_value());
-    cache.store(url(3), {Entry{}}, cache.epoch());
-    EXPECT_EQ(cache.find(url(3))->size(), 1U) << "what was listed last";
+    cache.store(url(3), {{Entry{}}}, cache.epoch());
+    EXPECT_EQ(cache.find(url(3))->entries.size(), 1U) << "what was listed last";
 }
 
 TEST(Caches, WhatWasMeasuredBeforeAnInvalidationIsNotKeptAfterIt)
@@ -173,12 +173,12 @@ TEST(Caches, WhatWasMeasuredBeforeAnInvalidationIsNotKeptAfterIt)
     EXPECT_EQ(newPlace.record, place.record) << "numbers are given again";
     std::array<SizeCache::Child, 1> children{{{"c", {}, {}}}};
     sizes.lookUp(place, children);
-    sizes.store(children[0].place, 5);
-    sizes.store(place, 10);
+    sizes.store(children[0].place, {5});
+    sizes.store(place, {10});
     EXPECT_EQ(sizes.find(FileUrl{"/a/b"}), std::nullopt);
     EXPECT_EQ(sizes.find(FileUrl{"/x/y"}), std::nullopt);
-    sizes.set(20, FileUrl{"/a/b/"});
-    EXPECT_EQ(sizes.find(FileUrl{"/a//b"}), 20);
+    sizes.set({20}, FileUrl{"/a/b/"});
+    EXPECT_EQ(sizes.find(FileUrl{"/a//b"})->bytes, 20);
     EXPECT_EQ(sizes.find(FileUrl{"/a"}), std::nullopt) << "an ancestor's total is not known by its child's";
 
     ScanCache listings;
@@ -192,10 +192,10 @@ TEST(SizeCache, TellsManyFoldersApart)
 {
     SizeCache cache;
     for (int i = 0; i < 20'000; ++i) {
-        cache.set(i, FileUrl{"/r/" + std::to_string(i % 100) + "/" + std::to_string(i)});
+        cache.set({i}, FileUrl{"/r/" + std::to_string(i % 100) + "/" + std::to_string(i)});
     }
     for (int i = 0; i < 20'000; ++i) {
-        ASSERT_EQ(cache.find(FileUrl{"/r/" + std::to_string(i % 100) + "/" + std::to_string(i)}), i);
+        ASSERT_EQ(cache.find(FileUrl{"/r/" + std::to_string(i % 100) + "/" + std::to_string(i)})->bytes, i);
     }
     EXPECT_LT(cache.memory() / 20'000, 150U);
     EXPECT_EQ(cache.find(FileUrl{"/r/0/1"}), std::nullopt);

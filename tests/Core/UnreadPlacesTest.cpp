@@ -1,0 +1,185 @@
+#include "Duplicates/DuplicateFinder.h"
+#include "Kinds/FolderAnalyzer.h"
+#include "Scanning/FileScanner.h"
+#include "Scanning/SizeCache.h"
+#include "Support/AllRecords.h"
+#include "Support/Interception.h"
+#include "Support/Isolation.h"
+#include "Support/ListWords.h"
+
+#include <cerrno>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Lines = std::vector<std::string>;
+
+/// "path code", those of items after an "item ".
+Lines told(const TemporaryTree& tree, const SharedUnreadPlaces& unread)
+{
+    Lines lines;
+    if (unread != nullptr) {
+        EXPECT_EQ(unread->count, std::ssize(unread->places));
+        for (const UnreadPlace& place : unread->places) {
+            const std::string path = place.url == tree.url() ? "." : below(tree, std::vector{place})[0];
+            lines.push_back((place.isFolder ? "" : "item ") + path + " " + std::to_string(place.error.code));
+        }
+    }
+    return lines;
+}
+
+/// "path unread" of those entries that have something unread, with a "!" for those that are so themselves.
+Lines counted(const TemporaryTree& tree, const EntryList& entries)
+{
+    Lines lines;
+    for (const Entry& entry : entries) {
+        if (entry.unread > 0) {
+            lines.push_back(below(tree, std::vector{entry})[0] + " " + std::to_string(entry.unread) +
+                            (entry.has(EntryMark::unreadable) ? "!" : ""));
+        }
+    }
+    std::ranges::sort(lines);
+    return lines;
+}
+
+/// A tree with closed folders, and one whose files can be named and not examined, for a person who is not
+/// root.
+TemporaryTree closedTree()
+{
+    return {file("a/b/file", 4096),
+            folder("a/b/shut").withMode(0),
+            folder("a/shut").withMode(0),
+            file("a/names/one", 4096),
+            file("a/names/two", 4096),
+            folder("a/names").withMode(0444),
+            file("m/node_modules/x/f"),
+            folder("m/node_modules/x/shut").withMode(0),
+            folder("whole"),
+            folder("z").withMode(0)};
+}
+
+const std::string denied = " " + std::to_string(EACCES);
+
+class UnreadPlacesTest : public testing::Test {
+protected:
+    void SetUp() override { FileScanner::clearCache(); }
+
+    template <class Check>
+    static void asPerson(Check check)
+    {
+        const int outcome = asUnprivilegedUser([&check] {
+            check();
+            return 0;
+        });
+        if (outcome == -1) {
+            GTEST_SKIP() << "privileges cannot be given up here";
+        }
+    }
+};
+
+TEST_F(UnreadPlacesTest, AClosedFolderIsCountedInEachFolderAboveItFromTheCacheToo)
+{
+    const TemporaryTree tree = closedTree();
+    ::chmod(tree.path().c_str(), 0755);
+    asPerson([&tree] {
+        const Lines all{"a/b/shut" + denied, "item a/names/one" + denied,      "item a/names/two" + denied,
+                        "a/shut" + denied,   "m/node_modules/x/shut" + denied, "z" + denied};
+        const Lines rows{"a 4", "m 1", "z 1!"};
+        const auto last = [&tree](const std::string& path, bool useCache) {
+            return allRecords(FileScanner::directEntriesStream(tree.url(path), useCache)).back();
+        };
+        for (const bool useCache : {false, true, false}) { // walked, listed before, summed before
+            const ScanProgress record = last("", useCache);
+            EXPECT_EQ(counted(tree, record.entries), rows);
+            EXPECT_EQ(told(tree, record.unreadPlaces), all);
+        }
+        const ScanProgress inner = last("a", true);
+        EXPECT_THAT(counted(tree, inner.entries), ElementsAre("a/b 1", "a/names 2", "a/shut 1!"));
+        EXPECT_EQ(told(tree, inner.unreadPlaces), Lines(all.begin(), all.begin() + 4));
+        EXPECT_THAT(told(tree, last("z", true).unreadPlaces), ElementsAre("z" + denied));
+        EXPECT_THAT(told(tree, last("whole", true).unreadPlaces), IsEmpty());
+        EXPECT_EQ(counted(tree, FileScanner::directEntries(tree.url(), false).get()), rows);
+        const FolderSize size = FileScanner::measure(tree.url("a"));
+        EXPECT_EQ(size.unread, 4);
+        EXPECT_TRUE(size.hasUnreadItems);
+    });
+}
+
+TEST_F(UnreadPlacesTest, EverySearchTellsWhatItPassedBy)
+{
+    const TemporaryTree tree = closedTree();
+    ::chmod(tree.path().c_str(), 0755);
+    asPerson([&tree] {
+        const Lines items{"a/b/shut" + denied, "item a/names/one" + denied,      "item a/names/two" + denied,
+                          "a/shut" + denied,   "m/node_modules/x/shut" + denied, "z" + denied};
+        EXPECT_EQ(
+            told(tree, allRecords(FileScanner::findLargestFilesStream(tree.url(), 3)).back().unreadPlaces),
+            items);
+        EXPECT_EQ(told(tree, allRecords(FolderAnalyzer::stream(tree.url())).back().unreadPlaces), items);
+        EXPECT_EQ(told(tree, allRecords(DuplicateFinder::stream(tree.url(), 1)).back().unreadPlaces), items);
+        const ScanProgress found = allRecords(FileScanner::findNodeModulesStream(tree.url())).back();
+        EXPECT_THAT(counted(tree, found.entries), ElementsAre("m/node_modules 1"));
+        EXPECT_THAT(told(tree, found.unreadPlaces),
+                    ElementsAre("a/b/shut" + denied, "a/shut" + denied, "m/node_modules/x/shut" + denied,
+                                "z" + denied));
+        const ScanProgress none = allRecords(FileScanner::findNodeModulesStream(tree.url("z"))).back();
+        EXPECT_THAT(told(tree, none.unreadPlaces), ElementsAre("z" + denied));
+        EXPECT_EQ(none.unread, SystemError{EACCES});
+    });
+}
+
+TEST_F(UnreadPlacesTest, WhatIsGoneWasNotRefused)
+{
+    const TemporaryTree tree{file("a/going", 4096), file("a/stays", 4096), file("a/broken", 4096)};
+    const Interception watch{[](const InterceptedCall& call) {
+        const std::string name = call.kind == InterceptedCall::Kind::statx ? call.name : "";
+        return name == "going" ? ENOENT : name == "broken" ? EIO : 0;
+    }};
+    const ScanProgress record = allRecords(FileScanner::directEntriesStream(tree.url(), false)).back();
+    EXPECT_THAT(counted(tree, record.entries), ElementsAre("a 1"));
+    EXPECT_THAT(told(tree, record.unreadPlaces), ElementsAre("item a/broken " + std::to_string(EIO)));
+    EXPECT_EQ(record.entries[0].sizeBytes, allocated(tree.path("a/stays")));
+}
+
+TEST_F(UnreadPlacesTest, TheListIsBoundedAndTheCountIsNot)
+{
+    UnreadLedger ledger;
+    constexpr int many = 5000;
+    for (int number = many; number > 0; --number) {
+        ledger.add({FileUrl{"/" + std::to_string(10'000 + number)}, {EACCES}});
+    }
+    const SharedUnreadPlaces places = ledger.places();
+    EXPECT_EQ(places->count, many);
+    ASSERT_EQ(places->places.size(), UnreadPlaces::limit);
+    EXPECT_EQ(places->places.front().url, FileUrl{"/10001"});
+    EXPECT_EQ(places->places.back().url, FileUrl{"/11000"});
+}
+
+TEST_F(UnreadPlacesTest, WhatTheStoreRemembersCostsOthersNothing)
+{
+    SizeCache cache;
+    const std::size_t before = [] {
+        SizeCache plain;
+        for (int i = 0; i < 20'000; ++i) {
+            plain.set({i}, FileUrl{"/r/" + std::to_string(i)});
+        }
+        return plain.memory();
+    }();
+    for (int i = 0; i < 20'000; ++i) {
+        cache.set({.bytes = i, .unread = i % 1000 == 0 ? 3 : 0}, FileUrl{"/r/" + std::to_string(i)});
+    }
+    EXPECT_LT(cache.memory() - before, 20U * 200U);
+    EXPECT_EQ(cache.find(FileUrl{"/r/3000"})->unread, 3);
+    cache.set({.bytes = 1}, FileUrl{"/r/3000"}); // readable by now
+    EXPECT_EQ(cache.find(FileUrl{"/r/3000"})->unread, 0);
+}
+
+} // namespace
+
+} // namespace tallyroom
