@@ -32,23 +32,27 @@ SystemResult<void> WholeFile::write(const FileUrl& url, std::string_view content
     if (!folder) {
         return std::unexpected(folder.error());
     }
-    const std::string name{url.lastPathComponent()};
-    const std::optional<mode_t> mode = formerMode(folder->get(), name);
-    if (mode && ::faccessat(folder->get(), name.c_str(), W_OK, AT_EACCESS) != 0) {
+    return write(folder->get(), std::string{url.lastPathComponent()}, content);
+}
+
+SystemResult<void> WholeFile::write(int folder, const std::string& name, std::string_view content)
+{
+    const std::optional<mode_t> mode = formerMode(folder, name);
+    if (mode && ::faccessat(folder, name.c_str(), W_OK, AT_EACCESS) != 0) {
         return std::unexpected(SystemError::last());
     }
     const std::string draft = ".tallyroom-" + std::to_string(std::random_device{}()) + ".part";
     const auto file =
-        openAt(folder->get(), draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        openAt(folder, draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
     if (!file) {
         return std::unexpected(file.error());
     }
     const bool isWritten = (!mode || ::fchmod(file->get(), *mode) == 0) && writeFully(file->get(), content) &&
                            ::fsync(file->get()) == 0 &&
-                           ::renameat(folder->get(), draft.c_str(), folder->get(), name.c_str()) == 0;
+                           ::renameat(folder, draft.c_str(), folder, name.c_str()) == 0;
     if (!isWritten) {
         const SystemError error = SystemError::last();
-        ::unlinkat(folder->get(), draft.c_str(), 0);
+        ::unlinkat(folder, draft.c_str(), 0);
         return std::unexpected(error);
     }
     return {};

@@ -3,6 +3,7 @@
 #include "FileSystem/SystemError.h"
 #include "Model/FileUrl.h"
 
+#include <string>
 #include <string_view>
 
 namespace tallyroom {
@@ -14,6 +15,9 @@ namespace WholeFile {
 /// link itself and not what it leads to; a regular file that may not be written stays, and one that may keeps
 /// its permissions.
 [[nodiscard]] SystemResult<void> write(const FileUrl& url, std::string_view content);
+
+/// The same for `name` in an open folder.
+[[nodiscard]] SystemResult<void> write(int folder, const std::string& name, std::string_view content);
 
 } // namespace WholeFile
 

@@ -132,18 +132,18 @@ public:
     /// Moves an item back out of the trash.
     std::expected<void, Trash::Refusal> restore(const FileRemover::TrashedItem& item)
     {
-        return Trash::putBack(
+        return m_trash.putBack(
             {item.inTrash, item.original, {item.item, volumes()}, {item.folder, volumes()}});
     }
 
 private:
     /// Removes the item of a place under the name that it has now.
-    static Removed deleteAs(const std::string& name, const ItemPlace& place, const Wanted& wanted,
-                            const std::stop_token& stop, RemovalFailure& failure)
+    Removed deleteAs(const std::string& name, const ItemPlace& place, const Wanted& wanted,
+                     const std::stop_token& stop, RemovalFailure& failure)
     {
         const auto outcome = TreeRemoval::removeItem(place.parent.get(), name, place.meant, stop);
         if (outcome.isGone()) {
-            Trash::forget(place);
+            m_trash.forget(place);
             return Removed::yes;
         }
         if (outcome.removed == 0 && outcome.isStopped) {

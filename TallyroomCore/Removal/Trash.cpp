@@ -3,6 +3,7 @@
 #include "FileSystem/FolderReader.h"
 #include "Removal/TrashFolders.h"
 #include "Removal/TrashRecord.h"
+#include "Removal/TrashSizes.h"
 
 #include <algorithm>
 #include <array>
@@ -36,26 +37,15 @@ SystemResult<FileDescriptor> openOrMakeFolder(int parent, const std::string& nam
     return openAt(parent, name.c_str(), folderFlags | extraFlags);
 }
 
-/// The same, refused with EPERM unless it is the person's own and no link: others could put one there.
-SystemResult<FileDescriptor> openOwnFolder(int parent, const std::string& name)
+/// The same for a trash folder on a volume, which others can write to: it has to be the person's own.
+SystemResult<FileDescriptor> openOrMakeOwnFolder(int parent, const std::string& name)
 {
-    auto folder = openOrMakeFolder(parent, name, O_NOFOLLOW);
-    struct stat status = {};
-    if (folder && (::fstat(folder->get(), &status) != 0 || status.st_uid != ::getuid())) {
-        return std::unexpected(SystemError{EPERM});
+    auto folder = TrashFolders::openOwn(parent, name);
+    if (folder || folder.error().code != ENOENT) {
+        return folder;
     }
-    return folder;
-}
-
-/// The folder of the trash that an administrator has made for everybody: ".Trash", sticky, no link.
-SystemResult<FileDescriptor> openSharedTrash(int topFolder)
-{
-    auto folder = openAt(topFolder, ".Trash", folderFlags | O_NOFOLLOW);
-    struct stat status = {};
-    if (folder && (::fstat(folder->get(), &status) != 0 || (status.st_mode & S_ISVTX) == 0)) {
-        return std::unexpected(SystemError{EPERM});
-    }
-    return folder;
+    const auto made = openOrMakeFolder(parent, name, O_NOFOLLOW);
+    return made ? TrashFolders::openOwn(parent, name) : std::unexpected(made.error());
 }
 
 /// Climbs to the highest folder of a mount.
@@ -172,6 +162,7 @@ std::expected<void, Trash::Refusal> Trash::putBack(const Return& wanted)
     if (records) {
         ::unlinkat(records->get(), record.c_str(), 0);
     }
+    noteDeparture(from->parent.get());
     return {};
 }
 
@@ -182,6 +173,24 @@ void Trash::forget(const ItemPlace& place)
     const std::string record = std::string{place.name}.append(TrashRecord::suffix);
     if (path && path->ends_with("/files") && records && TrashRecord::isRecord(records->get(), record)) {
         ::unlinkat(records->get(), record.c_str(), 0);
+        noteDeparture(place.parent.get());
+    }
+}
+
+Trash::~Trash()
+{
+    for (const auto& [path, trash] : m_left) {
+        TrashSizes::dropGone(trash.get());
+    }
+}
+
+void Trash::noteDeparture(int files)
+{
+    const auto path = realPathOf(files);
+    if (path && path->ends_with("/files") && !m_left.contains(*path)) {
+        if (auto trash = openAt(files, "..", folderFlags)) {
+            m_left.emplace(*path, std::move(*trash));
+        }
     }
 }
 
@@ -311,14 +320,14 @@ SystemResult<Trash::Bin> Trash::openVolumeBin(const ItemPlace& place, std::uint6
         return std::unexpected(topPath.error());
     }
     const std::string user = std::to_string(::getuid());
-    if (const auto shared = openSharedTrash(top->get())) {
-        if (auto own = openOwnFolder(shared->get(), user)) {
+    if (const auto shared = TrashFolders::openShared(top->get())) {
+        if (auto own = openOrMakeOwnFolder(shared->get(), user)) {
             if (auto bin = openBin(std::move(*own), *topPath)) {
                 return bin;
             }
         }
     }
-    auto own = openOwnFolder(top->get(), ".Trash-" + user);
+    auto own = openOrMakeOwnFolder(top->get(), ".Trash-" + user);
     if (!own) {
         return std::unexpected(own.error());
     }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <expected>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -20,6 +21,13 @@ namespace tallyroom {
 /// thread; any number may work at once, in other processes too.
 class Trash {
 public:
+    Trash() = default;
+    Trash(const Trash&) = delete;
+    Trash& operator=(const Trash&) = delete;
+
+    /// Takes the folders that have left a trash out of its table of sizes, once for the whole batch.
+    ~Trash();
+
     /// Why an item stayed where it was: a failed system call, or the trash's own objection.
     struct Refusal {
         Refusal(SystemError error) : code(error.code), message(error.message()) {} // NOLINT: meant to convert
@@ -54,10 +62,10 @@ public:
     /// Moves an item of a trash back and removes its record. Never overwrites (EEXIST), makes no folder
     /// (ENOENT). Refuses another item that has got the name, and another folder at the place (ESTALE). Where
     /// nobody knows which item is meant, its record has to say that it came from there.
-    [[nodiscard]] static std::expected<void, Refusal> putBack(const Return& wanted);
+    [[nodiscard]] std::expected<void, Refusal> putBack(const Return& wanted);
 
     /// Removes the record of an item that was removed for good from a trash; does nothing for other items.
-    static void forget(const ItemPlace& place);
+    void forget(const ItemPlace& place);
 
 private:
     /// An open trash folder.
@@ -73,13 +81,15 @@ private:
     [[nodiscard]] static SystemResult<Bin> openVolumeBin(const ItemPlace& place, std::uint64_t mount);
     [[nodiscard]] static Result store(const Bin& bin, const ItemPlace& place, const std::string& realPath);
     void findHomeBin();
+    void noteDeparture(int files);
     [[nodiscard]] SystemResult<Bin> openHomeBin(const FileUrl& trash);
     [[nodiscard]] SystemResult<const Bin*> volumeBin(const ItemPlace& place, std::uint64_t mount);
 
     std::optional<SystemResult<Bin>> m_home; ///< none before it was looked for
     /// The mount where the home trash is or would be made; none when unknown.
     std::optional<std::uint64_t> m_homeMount;
-    std::optional<Bin> m_volume; ///< the one used last
+    std::optional<Bin> m_volume;                  ///< the one used last
+    std::map<std::string, FileDescriptor> m_left; ///< trash folders that items went out of, by path
 };
 
 } // namespace tallyroom

@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tallyroom::TrashFolders {
@@ -52,6 +54,26 @@ FileUrl home()
     }
     const FileUrl home = HomeFolder::current();
     return home.isEmpty() ? home : FileUrl{home.path() + "/.local/share/Trash"};
+}
+
+SystemResult<FileDescriptor> openOwn(int parent, const std::string& name)
+{
+    auto folder = openAt(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    struct stat status = {};
+    if (folder && (::fstat(folder->get(), &status) != 0 || status.st_uid != ::getuid())) {
+        return std::unexpected(SystemError{EPERM});
+    }
+    return folder;
+}
+
+SystemResult<FileDescriptor> openShared(int topFolder)
+{
+    auto folder = openAt(topFolder, ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    struct stat status = {};
+    if (folder && (::fstat(folder->get(), &status) != 0 || (status.st_mode & S_ISVTX) == 0)) {
+        return std::unexpected(SystemError{EPERM});
+    }
+    return folder;
 }
 
 Lookup::Lookup()

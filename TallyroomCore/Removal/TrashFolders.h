@@ -1,7 +1,9 @@
 #pragma once
 
 #include "FileSystem/FileAttributes.h"
+#include "FileSystem/FileDescriptor.h"
 #include "FileSystem/ScanRoots.h"
+#include "FileSystem/SystemError.h"
 #include "Model/FileUrl.h"
 
 #include <string>
@@ -17,6 +19,14 @@ namespace TrashFolders {
 /// The person's own, "$XDG_DATA_HOME/Trash", by the XDG Base Directory specification: a relative value counts
 /// as unset. Empty for a user without a home.
 [[nodiscard]] FileUrl home();
+
+/// Opens the folder `name` of a trash, or the trash itself: EPERM for somebody else's, ELOOP or ENOTDIR for a
+/// link, since others could have put it there.
+[[nodiscard]] SystemResult<FileDescriptor> openOwn(int parent, const std::string& name);
+
+/// Opens the folder of the trash that an administrator has made for everybody on a volume: ".Trash"; EPERM
+/// unless it is sticky, and no link.
+[[nodiscard]] SystemResult<FileDescriptor> openShared(int topFolder);
 
 /// Tells which items lie in a trash: in the person's own, by device and inode, however the path is spelt; or
 /// in that of any volume and user, by its form: "files" with "info" beside it in a "Trash", ".Trash-1000" or

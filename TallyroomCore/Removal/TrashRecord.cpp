@@ -50,6 +50,18 @@ std::string textOf(int records, const std::string& name)
     return content ? std::move(*content) : std::string{};
 }
 
+/// The path in a record's text, percent-encoded; empty when there is none.
+std::string encodedPath(const std::string& content)
+{
+    constexpr std::string_view key = "\nPath=";
+    const std::size_t start = content.find(key);
+    if (start == std::string::npos) {
+        return {};
+    }
+    const std::size_t value = start + key.size();
+    return content.substr(value, content.find('\n', value) - value);
+}
+
 } // namespace
 
 std::string itemName(const std::string& name, unsigned tried, std::size_t longest)
@@ -100,17 +112,19 @@ bool isRecord(int records, const std::string& name)
     return textOf(records, name).starts_with(heading);
 }
 
+std::optional<std::string> origin(int records, const std::string& name)
+{
+    const std::string told = encodedPath(textOf(records, name));
+    return told.empty() ? std::nullopt : std::optional{percentDecodedPath(told)};
+}
+
 bool tellsPlace(int records, const std::string& name, const ItemPlace& place)
 {
-    const std::string content = textOf(records, name);
+    const std::string told = encodedPath(textOf(records, name));
     const auto path = place.realPath();
-    constexpr std::string_view key = "\nPath=";
-    const std::size_t start = content.find(key);
-    if (start == std::string::npos || !path) {
+    if (told.empty() || !path) {
         return false;
     }
-    const std::size_t value = start + key.size();
-    const std::string told = content.substr(value, content.find('\n', value) - value);
     const std::string encoded = percentEncodedPath(*path);
     return told == encoded || (!told.starts_with('/') && encoded.ends_with("/" + told));
 }

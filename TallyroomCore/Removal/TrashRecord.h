@@ -5,6 +5,7 @@
 #include "Removal/ItemPlace.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,9 @@ inline constexpr std::string_view suffix = ".trashinfo";
 
 /// True when `name` is a record.
 [[nodiscard]] bool isRecord(int records, const std::string& name);
+
+/// The path that the record `name` tells, absolute or relative to the volume; nothing when it tells none.
+[[nodiscard]] std::optional<std::string> origin(int records, const std::string& name);
 
 /// True when the record `name` names the place as its item's origin: by its whole path, or by the end of it,
 /// since a volume's trash keeps paths relative to the volume.
