@@ -19,6 +19,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -29,6 +30,7 @@ namespace tallyroom {
 namespace {
 
 constexpr std::size_t deletedCount = 10'000; // "file-00…"
+constexpr std::chrono::seconds limit{30};
 
 void fill(const QString& folder, std::size_t count)
 {
@@ -50,7 +52,8 @@ public:
         fill(m_folder.path(), count);
         m_view.resize(1180, 760);
         m_view.show();
-        run([this] { m_navigator.open(FileUrl{m_folder.path().toStdString()}); },
+        run(
+            "open", [this] { m_navigator.open(FileUrl{m_folder.path().toStdString()}); },
             [this] { return !m_navigator.isScanning() && rows() == m_count; });
     }
 
@@ -67,7 +70,9 @@ public:
                 m_table.setSortOrder({EntrySortOrder::Key::name, 0, true});
             },
             [this] { return m_table.arrangement().entry(0).name == "file-000000"; });
-        m_table.setSortOrder({});
+        run(
+            "sort-by-size", [this] { m_table.setSortOrder({}); },
+            [this] { return m_table.arrangement().entry(0).name != "file-000000"; });
         measure(
             "check-all", [this] { press("Tout sélectionner"); }, [this] { return checked() == m_count; });
         measure(
@@ -96,9 +101,15 @@ private:
     using Act = std::function<void()>;
     using Condition = std::function<bool()>;
 
-    void run(const Act& act, const Condition& isDone)
+    /// Acts, and waits until it is seen to be done. Nobody waits for ever for what never comes.
+    void run(const char* action, const Act& act, const Condition& isDone)
     {
         QEventLoop loop;
+        QTimer::singleShot(limit, &loop, [this, action] {
+            std::fprintf(stderr, "%s: not done after %lld s; %zu rows, %zu checked\n", action,
+                         static_cast<long long>(limit.count()), rows(), checked());
+            std::_Exit(1); // a thread may be in the way of leaving
+        });
         QTimer look;
         look.setInterval(1);
         QObject::connect(&look, &QTimer::timeout, &loop, [&] {
@@ -119,7 +130,7 @@ private:
     void measure(const char* action, const Act& act, const Condition& isDone)
     {
         const TurnWatch watch;
-        run(act, isDone);
+        run(action, act, isDone);
         std::printf("%s,%.1f\n", action, watch.longestMilliseconds());
         std::fflush(stdout);
         std::fprintf(stderr, "%s: on screen after %lld ms\n", action,
@@ -128,9 +139,13 @@ private:
 
     void measureDeletion()
     {
-        run([this] { press("Tout désélectionner"); }, [this] { return checked() == 0; });
-        run([this] { filter("file-00"); }, [this] { return rows() == deletedCount; });
-        run([this] { press("Tout sélectionner"); }, [this] { return checked() == deletedCount; });
+        run(
+            "uncheck-all", [this] { press("Tout désélectionner"); }, [this] { return checked() == 0; });
+        run(
+            "filter-deleted", [this] { filter("file-00"); }, [this] { return rows() == deletedCount; });
+        run(
+            "check-deleted", [this] { press("Tout sélectionner"); },
+            [this] { return checked() == deletedCount; });
         unfilter();
         measure(
             "delete-10000",
@@ -165,7 +180,8 @@ private:
 
     void unfilter()
     {
-        run([this] { filter(""); }, [this] { return rows() == m_count; });
+        run(
+            "unfilter", [this] { filter(""); }, [this] { return rows() == m_count; });
     }
 
     void press(const char* button)
