@@ -31,6 +31,9 @@ struct UndoableDeletion {
     friend bool operator==(const UndoableDeletion&, const UndoableDeletion&) = default;
 };
 
+/// Whether a message says what was done, or what could not be done.
+enum class ReportTone { done, failed };
+
 /// Puts `restored` into `entries`, larger first, equal sizes after those already there. What is listed
 /// already is not listed twice.
 [[nodiscard]] EntryList withRestored(const EntryList& entries, const EntryList& restored);

@@ -66,10 +66,11 @@ StatusBanner::StatusBanner(QWidget* parent)
     showContent();
 }
 
-void StatusBanner::showMessage(const std::optional<QString>& message,
+void StatusBanner::showMessage(const std::optional<QString>& message, ReportTone tone,
                                const std::vector<FileRemover::RemovalFailure>& failures)
 {
     m_message = message;
+    m_tone = tone;
     m_failures = failures;
     showSymbol();
     showContent();
@@ -117,7 +118,7 @@ void StatusBanner::tellFailures()
 
 void StatusBanner::showSymbol()
 {
-    const bool hasFailed = !m_failures.empty();
+    const bool hasFailed = m_tone == ReportTone::failed;
     const QColor colour = Theme::shared().colour(hasFailed ? Theme::Colour::danger : Theme::Colour::done);
     Theme::dress(this, hasFailed ? Theme::Surface::alert : Theme::Surface::banner);
     const char* const symbol = hasFailed ? "exclamationmark.triangle" : "checkmark.circle.fill";

@@ -25,7 +25,7 @@ public:
     explicit StatusBanner(QWidget* parent = nullptr);
 
     /// `failures` are what the message says went wrong; the reasons are a click away.
-    void showMessage(const std::optional<QString>& message,
+    void showMessage(const std::optional<QString>& message, ReportTone tone = ReportTone::done,
                      const std::vector<FileRemover::RemovalFailure>& failures = {});
     void showUndo(bool isOffered);
     void showRemoval(const std::optional<RemovalProgress>& progress);
@@ -43,6 +43,7 @@ private:
     void tellFailures();
 
     std::optional<QString> m_message;
+    ReportTone m_tone = ReportTone::done;
     std::vector<FileRemover::RemovalFailure> m_failures;
     std::optional<RemovalProgress> m_progress;
     bool m_isUndoOffered = false;

@@ -322,7 +322,7 @@ TEST_F(WindowFlowTest, NamesThatLookLikeMarkupAreShownLetterByLetter)
         ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged, [&] { return !tool.isScanning(); }));
         texts += guessedTexts(*window);
     }
-    store().diskUsage.tell(QString::fromStdString(image));
+    store().diskUsage.tell(QString::fromStdString(image), ReportTone::done);
     texts += guessedTexts(*window);
     int found = 0;
     for (const QString& text : texts) {

@@ -208,7 +208,8 @@ void ScanToolViewModel::beginRemoval(bool isAccepted, const RemovalProgress& pro
     if (isAccepted) {
         showRemoval(progress);
     } else {
-        tell(QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera terminée."));
+        tell(QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera terminée."),
+             ReportTone::failed);
     }
 }
 
@@ -236,24 +237,26 @@ void ScanToolViewModel::report(PropertyUpdate& update, const QString& message,
     if (assignIfChanged(m_failures, result.failures)) {
         m_statusMessage.reset(); // the same words about other items are news
     }
+    m_statusTone = result.allSucceeded() ? ReportTone::done : ReportTone::failed;
     update.assign(m_statusMessage, std::optional{message}, &ScanToolViewModel::statusMessageChanged);
     update.assign(m_removal, std::nullopt, &ScanToolViewModel::removalChanged);
 }
 
-void ScanToolViewModel::tell(const QString& message)
+void ScanToolViewModel::tell(const QString& message, ReportTone tone)
 {
     m_failures.clear();
-    showStatus(message);
+    showStatus(message, tone);
 }
 
 void ScanToolViewModel::dismissStatus()
 {
     m_failures.clear();
-    showStatus(std::nullopt);
+    showStatus(std::nullopt, ReportTone::done);
 }
 
-void ScanToolViewModel::showStatus(const std::optional<QString>& message)
+void ScanToolViewModel::showStatus(const std::optional<QString>& message, ReportTone tone)
 {
+    m_statusTone = tone;
     if (assignIfChanged(m_statusMessage, message)) {
         Q_EMIT statusMessageChanged();
     }

@@ -50,6 +50,9 @@ public:
     /// The report of the last deletion or undo.
     [[nodiscard]] const std::optional<QString>& statusMessage() const { return m_statusMessage; }
 
+    /// Whether that report is of a failure; changes with `statusMessage` only.
+    [[nodiscard]] ReportTone statusTone() const { return m_statusTone; }
+
     /// What the last deletion or undo left as it was, and why; changes with `statusMessage` only.
     [[nodiscard]] const Failures& failures() const { return m_failures; }
 
@@ -114,7 +117,7 @@ public:
     void stopRemoval();
 
     /// Puts something else than a removal's report into its place.
-    void tell(const QString& message);
+    void tell(const QString& message, ReportTone tone);
 
     /// Takes the report off the screen.
     void dismissStatus();
@@ -191,13 +194,14 @@ private:
     void follow(const DiskChange& change);
     void report(PropertyUpdate& update, const QString& message, const FileRemover::RemovalResult& result);
     void showRemoval(const std::optional<RemovalProgress>& progress);
-    void showStatus(const std::optional<QString>& message);
+    void showStatus(const std::optional<QString>& message, ReportTone tone);
 
     DeletionRunner& m_deletions;
     ToolState m_state;
     ScanEnd m_scanEnd;
     std::optional<FileUrl> m_rootURL;
     std::optional<QString> m_statusMessage;
+    ReportTone m_statusTone = ReportTone::done;
     Failures m_failures;
     std::optional<RemovalProgress> m_removal;
     std::optional<UndoableDeletion> m_undoable;

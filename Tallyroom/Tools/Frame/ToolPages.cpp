@@ -62,6 +62,15 @@ void ToolPages::showList(QWidget* list)
     }
 }
 
+bool ToolPages::takeKeyboard()
+{
+    QWidget* const target = currentWidget() == m_lists ? list() : currentWidget()->findChild<QPushButton*>();
+    if (target != nullptr) {
+        target->setFocus(Qt::OtherFocusReason);
+    }
+    return target != nullptr;
+}
+
 QWidget* ToolPages::page(bool isPatient, bool hidesEverything) const
 {
     const bool isEmpty = m_tool.entryCount() == 0;

@@ -28,6 +28,9 @@ public:
     /// The view of the list that is shown when there is something to list.
     [[nodiscard]] QWidget* list() const { return m_lists->currentWidget(); }
 
+    /// Gives the list the keyboard, or the first button of the page in its place; false where neither is.
+    bool takeKeyboard();
+
     /// Chooses the page. `isPatient`: the scan began a moment ago and is not worth a word yet.
     /// `hidesEverything`: the filter lets no entry through.
     void showPage(bool isPatient, bool hidesEverything);

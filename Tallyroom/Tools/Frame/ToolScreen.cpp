@@ -70,13 +70,14 @@ void ToolScreen::showTogether(const std::function<void()>& show)
     showPage();
 }
 
-/// A button that hides while it has the keyboard hands it to the list; the toolkit would choose any part of
-/// the window.
+/// A button that hides or is disabled while it has the keyboard hands it to the list; the toolkit would
+/// choose any part of the window.
 bool ToolScreen::focusNextPrevChild(bool next)
 {
     const QWidget* const focused = focusWidget();
-    if (hasList() && focused != nullptr && isAncestorOf(focused) && !focused->isVisibleTo(this)) {
-        m_pages->list()->setFocus(Qt::OtherFocusReason);
+    const bool isLost = focused != nullptr && isAncestorOf(focused) &&
+                        !(focused->isVisibleTo(this) && focused->isEnabledTo(this));
+    if (hasList() && isLost && m_pages->takeKeyboard()) {
         return true;
     }
     return QWidget::focusNextPrevChild(next);
@@ -99,7 +100,7 @@ void ToolScreen::showBanner()
     if (m_isReportOld) {
         m_banner->showMessage(std::nullopt);
     } else {
-        m_banner->showMessage(m_tool.statusMessage(), m_tool.failures());
+        m_banner->showMessage(m_tool.statusMessage(), m_tool.statusTone(), m_tool.failures());
     }
     m_banner->showUndo(m_tool.canUndo());
     m_banner->showRemoval(m_tool.removal());
@@ -148,7 +149,7 @@ void ToolScreen::connectTool()
     connect(&m_spinnerDelay, &QTimer::timeout, this, &ToolScreen::showPage);
     connect(&DesktopRefusals::shared(), &DesktopRefusals::refused, this, [this](const QString& message) {
         if (isVisible()) {
-            m_tool.tell(message);
+            m_tool.tell(message, ReportTone::failed);
         }
     });
 }
@@ -358,7 +359,8 @@ ToolScreen::Caution ToolScreen::caution(const std::vector<Entry>& /*entries*/) c
 void ToolScreen::exportText(std::function<std::string()> text)
 {
     exportAsCSV(this, std::move(text), exportName(), [this](const FileUrl& file) {
-        m_tool.tell(QStringLiteral("Liste exportée dans « %1 ».").arg(FileUrlText::displayFromHome(file)));
+        m_tool.tell(QStringLiteral("Liste exportée dans « %1 ».").arg(FileUrlText::displayFromHome(file)),
+                    ReportTone::done);
     });
 }
 
