@@ -1,12 +1,9 @@
 #include "FileSystem/Digest.h"
 
-#include "Concurrency/ParallelFor.h"
 #include "Duplicates/BatchDigester.h"
 #include "Support/TemporaryTree.h"
 
 #include <gmock/gmock.h>
-#include <latch>
-#include <stdexcept>
 #include <string_view>
 
 namespace tallyroom {
@@ -18,17 +15,6 @@ using testing::ElementsAre;
 std::span<const std::byte> bytesOf(std::string_view text)
 {
     return std::as_bytes(std::span{text});
-}
-
-TEST(Digest, GivesThePublishedDigestsOneAfterAnother)
-{
-    Digester digester;
-    EXPECT_EQ(digester.digest(bytesOf("")).text(),
-              "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-    EXPECT_EQ(digester.digest(bytesOf("abc")).text(),
-              "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    EXPECT_EQ(digester.digest(bytesOf(std::string(1'000'000, 'a'))).text(),
-              "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 
 TEST(BatchDigester, SharesDigestsAmongEqualFilesOnly)
@@ -102,59 +88,6 @@ TEST(BatchDigester, WhatChangesWhileItIsReadIsReadAgain)
         EXPECT_THAT(digester.digest(2, span, open, {}, readBytes), ElementsAre(digestOf('x'), digestOf('0')));
         changes = 100;
         EXPECT_THAT(digester.digest(2, span, open, {}, readBytes), ElementsAre(digestOf('x'), std::nullopt));
-    }
-}
-
-TEST(ParallelFor, TakesEveryNumberOnceWithinItsLanes)
-{
-    WorkerPool pool{8};
-    std::vector<std::atomic<int>> calls(5000);
-    std::atomic<int> inside = 0;
-    std::atomic<int> most = 0;
-    std::latch mayLeave{3};
-    const ParallelForOptions options{.lanes = 3, .stop = {}, .whileWaiting = [&] {
-                                         mayLeave.try_wait() ? void() : mayLeave.count_down();
-                                     }};
-    parallelFor(
-        pool, calls.size(),
-        [&](std::size_t number, unsigned worker) {
-            EXPECT_LT(worker, 8U);
-            const int now = ++inside;
-            for (int seen = most; seen < now && !most.compare_exchange_weak(seen, now);) {
-            }
-            mayLeave.wait(); // so that others can come in
-            --inside;
-            ++calls[number];
-        },
-        options);
-    EXPECT_TRUE(std::ranges::all_of(calls, [](const auto& count) { return count == 1; }));
-    EXPECT_LE(most, 3);
-}
-
-TEST(ParallelFor, AStopOrAnExceptionLeavesNoWorkerBehind)
-{
-    WorkerPool pool{4};
-    for (int round = 0; round < 50; ++round) {
-        std::stop_source stop;
-        std::atomic<int> begun = 0;
-        std::atomic<int> ended = 0;
-        const ParallelForOptions options{.lanes = 4, .stop = stop.get_token(), .whileWaiting = {}};
-        const auto failing = [&](std::size_t, unsigned) {
-            if (++begun % 100 == 0) {
-                throw std::runtime_error("broken");
-            }
-        };
-        EXPECT_THROW(parallelFor(pool, 1000, failing, options), std::runtime_error);
-        begun = 0;
-        const auto stopping = [&](std::size_t, unsigned) {
-            if (++begun == 10) {
-                stop.request_stop();
-            }
-            ++ended;
-        };
-        parallelFor(pool, 1000, stopping, options);
-        EXPECT_EQ(ended, begun);
-        EXPECT_LT(begun, 1000);
     }
 }
 

@@ -3,7 +3,7 @@
 #include "Duplicates/DuplicateFinder.h"
 #include "Removal/FileRemover.h"
 #include "Support/Isolation.h"
-#include "Support/TemporaryTree.h"
+#include "Support/ListWords.h"
 
 #include <array>
 #include <cstdio>
@@ -51,12 +51,7 @@ Names removeIn(const TemporaryTree& tree, const Groups& groups, const Names& vic
                              [&urls](const Entry& entry) { return urls.contains(entry.url); });
     }
     options.screening = DuplicateRemovalCheck::forGroups(groups, urls);
-    const auto result = FileRemover::remove(entries, permanently, options);
-    Names refused;
-    for (const auto& failure : result.failures) {
-        refused.push_back(failure.url.path().substr(tree.path().size() + 1) + ": " + failure.message);
-    }
-    return refused;
+    return told(tree, FileRemover::remove(entries, permanently, options).failures);
 }
 
 /// Writes another byte through memory: on a tmpfs this moves no time at all.

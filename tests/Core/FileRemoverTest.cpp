@@ -2,7 +2,7 @@
 
 #include "Support/Interception.h"
 #include "Support/Isolation.h"
-#include "Support/TemporaryTree.h"
+#include "Support/ListWords.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -126,8 +126,8 @@ TEST_F(FileRemoverTest, WhatAMountShowsStaysAtItsOtherPlacesToo)
                                                               {"store", holdsHome},
                                                               {"disk/album", isShown},
                                                               {"disk", isShown}}) {
-            EXPECT_THAT(remove({tree.url(name)}, permanently).failures,
-                        ElementsAre(FileRemover::RemovalFailure{tree.url(name), words}));
+            EXPECT_THAT(told(tree, remove({tree.url(name)}, permanently).failures),
+                        ElementsAre(name + ": " + words));
         }
         EXPECT_EQ(tree.content("store/homes/real/photo"), "p");
         EXPECT_EQ(tree.content("disk/album/photo"), "p");
@@ -144,13 +144,11 @@ TEST_F(FileRemoverTest, WhatGoesInPartSaysWhatIsLeftAndWhatIsFreed)
         return call.kind == InterceptedCall::Kind::unlink && isLocked ? EPERM : 0;
     }};
     const auto result = remove({tree.url("out"), tree.url("whole/locked")}, true);
-    EXPECT_THAT(
-        result.failures,
-        ElementsAre(FileRemover::RemovalFailure{tree.url("out"),
-                                                "En partie supprimé : il reste « a/locked 2 » (Opération "
-                                                "non permise) et 2 autres.",
-                                                16_KiB},
-                    FileRemover::RemovalFailure{tree.url("whole/locked"), "Opération non permise."}));
+    EXPECT_THAT(told(tree, result.failures),
+                ElementsAre("out: En partie supprimé : il reste « a/locked 2 » (Opération non permise) et 2 "
+                            "autres.",
+                            "whole/locked: Opération non permise."));
+    EXPECT_EQ(result.failures.front().freedBytes, 16_KiB);
     EXPECT_THAT(tree.names("out"), ElementsAre("a", "b", "locked"));
     EXPECT_THAT(tree.names("out/b"), ElementsAre("locked 1"));
 }
@@ -164,10 +162,9 @@ TEST_F(FileRemoverTest, EveryItemIsTriedOnceInTheOrderGiven)
         progress.clear();
         const auto result = remove(urls, permanently);
         EXPECT_THAT(result.removed, ElementsAre(urls[0], urls[3], urls[5]));
-        EXPECT_THAT(result.failures,
-                    ElementsAre(FileRemover::RemovalFailure{urls[1], "Cet élément n'existe plus."},
-                                FileRemover::RemovalFailure{urls[2], "Cet élément n'existe plus."},
-                                FileRemover::RemovalFailure{urls[4], "Ce n'est pas un dossier."}));
+        EXPECT_THAT(told(tree, result.failures),
+                    ElementsAre("missing/x: Cet élément n'existe plus.", "b: Cet élément n'existe plus.",
+                                "dir/file/x: Ce n'est pas un dossier."));
         EXPECT_EQ(result.canUndo(), !permanently);
         EXPECT_THAT(result.trashed, SizeIs(permanently ? 0 : 3));
         EXPECT_THAT(progress,

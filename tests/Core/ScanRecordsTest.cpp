@@ -3,6 +3,7 @@
 #include "Scanning/FileScanner.h"
 #include "Support/AllRecords.h"
 #include "Support/Interception.h"
+#include "Support/ListWords.h"
 #include "Support/TemporaryTree.h"
 
 #include <functional>

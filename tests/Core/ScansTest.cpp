@@ -8,7 +8,6 @@
 #include <climits>
 #include <functional>
 #include <gmock/gmock.h>
-#include <map>
 #include <memory>
 #include <set>
 
@@ -22,107 +21,23 @@ using testing::IsEmpty;
 
 using Lines = std::vector<std::string>;
 
-/// A tree whose every file is known: folders "m" are what searches look for, extensions are "png" or none,
-/// and files of one size are of one content.
-struct Scene {
-    TemporaryTree tree;
-    std::map<std::string, std::int64_t> sizes; ///< by path
+constexpr std::size_t limit = 1000;
 
-    void add(const std::string& path, std::int64_t size)
-    {
-        tree.add(file(path, size));
-        sizes[path] = size;
-    }
-};
-
-/// The bytes that a file of this size occupies here.
-std::int64_t onDisk(std::int64_t size)
+/// Equal sizes by path: streams tell first what was done first.
+Lines ranked(const EntryList& entries, const TemporaryTree& tree)
 {
-    static std::map<std::int64_t, std::int64_t> known;
-    if (!known.contains(size)) {
-        const TemporaryTree probe{file("probe", size)};
-        known[size] = allocated(probe.path("probe"));
-    }
-    return known[size];
-}
-
-/// "path size", larger first, equal sizes by path.
-Lines ranked(const std::map<std::string, std::int64_t>& sizes)
-{
+    EXPECT_TRUE(std::ranges::is_sorted(entries, std::greater{}, &Entry::sizeBytes));
+    const Lines paths = below(tree, entries);
     std::set<std::pair<std::int64_t, std::string>> order;
-    for (const auto& [path, size] : sizes) {
-        order.emplace(-size, path);
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        EXPECT_EQ(entries[i].name, entries[i].url.lastPathComponent());
+        EXPECT_TRUE(order.emplace(-entries[i].sizeBytes, paths[i]).second) << paths[i];
     }
     Lines lines;
     for (const auto& [size, path] : order) {
         lines.push_back(path + " " + std::to_string(-size));
     }
     return lines;
-}
-
-/// The folders that `folderOf` names for the files, with their sizes; an empty name counts nowhere.
-Lines rankedFolders(const Scene& scene, const std::function<std::string(const std::string& path)>& folderOf)
-{
-    std::map<std::string, std::int64_t> sums;
-    for (const auto& [path, size] : scene.sizes) {
-        if (const std::string folderPath = folderOf(path); !folderPath.empty()) {
-            sums[folderPath] += onDisk(size);
-        }
-    }
-    return ranked(sums);
-}
-
-Lines expectedListing(const Scene& scene)
-{
-    return rankedFolders(scene, [](const std::string& path) { return path.substr(0, path.find('/')); });
-}
-
-Lines expectedMatches(const Scene& scene)
-{
-    return rankedFolders(scene, [](const std::string& path) {
-        const std::size_t match = path.find("/m/");
-        return match == std::string::npos ? std::string{} : path.substr(0, match + 2);
-    });
-}
-
-constexpr std::size_t limit = 1000;
-
-Lines expectedRanking(const Scene& scene)
-{
-    Lines lines = rankedFolders(scene, std::identity{});
-    lines.resize(std::min(lines.size(), limit));
-    return lines;
-}
-
-Lines expectedKinds(const Scene& scene)
-{
-    std::map<std::string, std::int64_t> bytes;
-    std::map<std::string, std::int64_t> files;
-    for (const auto& [path, size] : scene.sizes) {
-        const std::string kind = path.ends_with(".png") ? "image" : "other";
-        bytes[kind] += onDisk(size);
-        ++files[kind];
-    }
-    Lines lines = ranked(bytes);
-    for (std::string& line : lines) {
-        line += " in " + std::to_string(files[line.substr(0, line.find(' '))]);
-    }
-    return lines;
-}
-
-Lines expectedDuplicates(const Scene& scene)
-{
-    std::map<std::int64_t, Lines> groups;
-    for (const auto& [path, size] : scene.sizes) {
-        groups[size].push_back(path);
-    }
-    std::map<std::string, std::int64_t> waste;
-    for (const auto& [size, paths] : groups) {
-        if (size > 0 && paths.size() > 1) {
-            waste[testing::PrintToString(paths)] = size * static_cast<std::int64_t>(paths.size() - 1);
-        }
-    }
-    return ranked(waste);
 }
 
 /// The result in a record; only the last one has it.
@@ -133,22 +48,15 @@ Result resultOf(const ScanProgress& record, const TemporaryTree& tree)
     if (record.isDiscovering || record.completed < record.total) {
         return std::nullopt;
     }
-    EXPECT_TRUE(std::ranges::is_sorted(record.entries, std::greater{}, &Entry::sizeBytes));
-    std::map<std::string, std::int64_t> sizes; // of equal sizes streams tell first what was done first
-    const Lines paths = below(tree, record.entries);
-    for (std::size_t i = 0; i < paths.size(); ++i) {
-        EXPECT_EQ(record.entries[i].name, record.entries[i].url.lastPathComponent());
-        EXPECT_TRUE(sizes.emplace(paths[i], record.entries[i].sizeBytes).second) << paths[i];
-    }
-    return ranked(sizes);
+    return ranked(record.entries, tree);
 }
 
 Lines linesOf(const FolderSummary& summary)
 {
     Lines lines;
     for (const CategorySize& category : summary.categories) {
-        lines.push_back(std::string{category.kind.rawValue()} + " " + std::to_string(category.totalBytes) +
-                        " in " + std::to_string(category.fileCount));
+        lines.push_back(std::to_string(category.fileCount) + " of " + std::string{category.kind.rawValue()} +
+                        " " + std::to_string(category.totalBytes));
     }
     return lines;
 }
@@ -199,7 +107,6 @@ struct Scan {
     const char* name;
     std::function<RunningScan(const TemporaryTree&, const FileUrl&)> start;
     std::function<Lines(const TemporaryTree&, const FileUrl&)> whole; ///< in one piece
-    Lines (*expected)(const Scene&);
 };
 
 template <typename Start>
@@ -228,55 +135,64 @@ const std::vector<Scan>& scans()
     static const std::vector<Scan> all{
         {"listing", starting([](const FileUrl& url) { return FileScanner::directEntriesStream(url, false); }),
          [](const TemporaryTree& tree, const FileUrl& url) { // equal sizes as the folder has them
-             return *resultOf(ScanProgress{FileScanner::directEntries(url, false).get()}, tree);
-         },
-         expectedListing},
+             return ranked(FileScanner::directEntries(url, false).get(), tree);
+         }},
         {"largest files",
          starting([](const FileUrl& url) { return FileScanner::findLargestFilesStream(url, limit); }),
-         finding([](const FileUrl& url) { return FileScanner::findLargestFiles(url, limit); }),
-         expectedRanking},
+         finding([](const FileUrl& url) { return FileScanner::findLargestFiles(url, limit); })},
         {"search",
          starting([](const FileUrl& url) { return FileScanner::findDirectoriesStream({"m"}, url); }),
-         finding([](const FileUrl& url) { return FileScanner::findDirectories({"m"}, url); }),
-         expectedMatches},
+         finding([](const FileUrl& url) { return FileScanner::findDirectories({"m"}, url); })},
         {"kinds", starting([](const FileUrl& url) { return FolderAnalyzer::stream(url); }),
          [](const TemporaryTree&, const FileUrl& url) {
              return linesOf(FolderAnalyzer::summarize(url).get());
-         },
-         expectedKinds},
+         }},
         {"duplicates", starting([](const FileUrl& url) { return DuplicateFinder::stream(url, 1); }),
          [](const TemporaryTree& tree, const FileUrl& url) {
              return linesOf(DuplicateFinder::find(url, 1).get(), tree);
-         },
-         expectedDuplicates}};
+         }}};
     return all;
 }
 
-void expectAllScansTell(const Scene& scene)
+/// How many lines a scan tells, and the sum of what they end with: sizes, or what duplicates waste.
+using Outline = std::pair<std::size_t, std::int64_t>;
+
+void expectAllScansTell(const TemporaryTree& tree, const std::vector<Outline>& outlines)
 {
-    for (const Scan& scan : scans()) {
+    for (std::size_t i = 0; i < scans().size(); ++i) {
+        const Scan& scan = scans()[i];
         SCOPED_TRACE(scan.name);
         FileScanner::clearCache();
-        const Lines expected = scan.expected(scene);
-        EXPECT_EQ(scan.start(scene.tree, scene.tree.url()).end(), expected);
+        const Lines told = scan.start(tree, tree.url()).end().value_or(Lines{});
+        Outline outline{told.size(), 0};
+        for (const std::string& line : told) {
+            outline.second += std::stoll(line.substr(line.rfind(' ') + 1));
+        }
+        EXPECT_EQ(outline, outlines[i]);
         FileScanner::clearCache();
-        EXPECT_EQ(scan.whole(scene.tree, scene.tree.url()), expected);
+        EXPECT_EQ(scan.whole(tree, tree.url()), told);
     }
 }
 
 TEST(Scans, NamesThatAreNoTextAndPathsOfAnyLengthAreFound)
 {
-    Scene scene;
+    TemporaryTree scene;
     const std::string longName(255, 'n');
     const std::string beyondPathMax = chain(longName, 40);
     const std::string levels = chain("d", 300);
     for (const std::string& name : {std::string{"line\nfeed"}, std::string{"\xff\xfe"}, std::string{"-rf"},
                                     longName, beyondPathMax, levels}) {
-        scene.add(name + "/m/a.png", 8192);
-        scene.add(name + "/m/more/\xff", 4096);
+        scene.add({file(name + "/m/a.png", 8192), file(name + "/m/more/\xff", 4096)});
     }
-    scene.add("-rf2", 4096);
-    expectAllScansTell(scene);
+    scene.add(file("-rf2", 4096));
+    const std::int64_t large = allocated(scene.path("-rf/m/a.png"));
+    const std::int64_t small = allocated(scene.path("-rf2"));
+    const std::int64_t matches = 6 * (large + small);
+    expectAllScansTell(scene, {{6, matches + small}, // the longest chain lies in the folder of its first name
+                               {13, matches + small},
+                               {6, matches},
+                               {2, matches + small},
+                               {2, 5 * 8192 + 6 * 4096}});
     for (std::size_t length = PATH_MAX - 1; length <= PATH_MAX + 1; ++length) {
         TemporaryTree tree;
         std::string place = chain(longName, (length - tree.path().size()) / 256 - 1);
@@ -284,26 +200,22 @@ TEST(Scans, NamesThatAreNoTextAndPathsOfAnyLengthAreFound)
         place += "/" + std::string(rest / 2, 'a') + "/" + std::string(rest - rest / 2, 'b');
         ASSERT_EQ(tree.path(place).size(), length);
         tree.add(file(place + "/f", 4096));
-        EXPECT_EQ(FileScanner::directorySize(tree.url(place)), onDisk(4096)) << length;
+        EXPECT_EQ(FileScanner::directorySize(tree.url(place)), small) << length;
     }
 }
 
 TEST(Scans, AFolderOfThousandsLosesNothing)
 {
-    Scene scene;
     // Longer than a buffer of names, and more buffers than may wait at a time.
     constexpr int count = 9000;
-    const std::string beginning = std::string(230, 'n');
-    scene.tree.addEmptyFiles("wide/m", beginning, count);
-    for (int number = 0; number < count; ++number) {
-        scene.sizes["wide/m/" + beginning + std::to_string(number)] = 0;
-    }
-    scene.add("wide/m/one", 8192);
-    scene.add("wide/m/two.png", 8192);
-    scene.add("beside", 4096);
-    expectAllScansTell(scene);
-    EXPECT_EQ(allRecords(FileScanner::directEntriesStream(scene.tree.url("wide/m"), false)).size(),
-              count + 2U);
+    TemporaryTree scene{file("wide/m/one", 8192), file("wide/m/two.png", 8192), file("beside", 4096)};
+    scene.addEmptyFiles("wide/m", std::string(230, 'n'), count);
+    const std::int64_t matches = 2 * allocated(scene.path("wide/m/one"));
+    const std::int64_t all = matches + allocated(scene.path("beside"));
+    expectAllScansTell(scene, {{2, all}, {limit, all}, {1, matches}, {2, all}, {1, 8192}});
+    const auto kinds = FolderAnalyzer::summarize(scene.url()).get();
+    EXPECT_EQ(kinds.totalFiles, count + 3);
+    EXPECT_EQ(allRecords(FileScanner::directEntriesStream(scene.url("wide/m"), false)).size(), count + 2U);
 }
 
 TEST(Scans, WhatHoldsNothingGivesAnEmptyResultThatSaysWhatIsNotRead)
@@ -321,24 +233,24 @@ TEST(Scans, WhatHoldsNothingGivesAnEmptyResultThatSaysWhatIsNotRead)
     }
 }
 
-/// Two hundred folders of folders.
-std::unique_ptr<Scene> manyFolders()
+/// So many folders of folders.
+void addFolders(TemporaryTree& tree, int count)
 {
-    auto scene = std::make_unique<Scene>();
-    for (int i = 0; i < 200; ++i) {
-        scene->add("f" + std::to_string(i) + "/m/deep/er" + (i % 2 == 0 ? ".png" : ""), 4096 * (i % 10));
+    for (int i = 0; i < count; ++i) {
+        tree.add(file("f" + std::to_string(i) + "/m/deep/er" + (i % 2 == 0 ? ".png" : ""), 4096 * (i % 10)));
     }
-    return scene;
 }
 
 TEST(Scans, ACancelledScanEndsAndLeavesNothingWrongBehind)
 {
-    const auto scene = manyFolders();
+    TemporaryTree tree;
+    addFolders(tree, 200);
+    const Lines expected = scans().front().whole(tree, tree.url());
     for (const Scan& scan : scans()) {
         SCOPED_TRACE(scan.name);
         for (const int taken : {0, 1, 20, 199, 250}) {
             FileScanner::clearCache();
-            const auto run = scan.start(scene->tree, scene->tree.url());
+            const auto run = scan.start(tree, tree.url());
             bool hasEnded = false;
             for (int i = 0; i < taken && !hasEnded; ++i) {
                 hasEnded = !run.next();
@@ -346,29 +258,27 @@ TEST(Scans, ACancelledScanEndsAndLeavesNothingWrongBehind)
             run.cancel();
             static_cast<void>(run.end()); // comes, and tells a result only if the scan was quicker
             // A listing cut short would be taken for the folder's, a total cut short for its size.
-            const auto listed = FileScanner::directEntries(scene->tree.url(), true).get();
-            EXPECT_EQ(*resultOf(ScanProgress{listed}, scene->tree), expectedListing(*scene)) << taken;
+            EXPECT_EQ(ranked(FileScanner::directEntries(tree.url(), true).get(), tree), expected) << taken;
         }
     }
 }
 
 TEST(Scans, ScansAtOnceDoNotMix)
 {
-    const auto one = manyFolders();
-    Scene two;
-    for (int i = 0; i < 60; ++i) {
-        two.add("g" + std::to_string(i % 7) + "/m/h" + std::to_string(i), 4096 * (i % 5));
-    }
+    TemporaryTree one;
+    addFolders(one, 200);
+    TemporaryTree two;
+    addFolders(two, 60);
     for (int round = 0; round < 2; ++round) {
         FileScanner::clearCache();
-        std::vector<std::pair<RunningScan, Lines>> runs;
+        std::vector<std::tuple<RunningScan, const Scan*, const TemporaryTree*>> runs;
         for (const Scan& scan : scans()) {
-            for (const Scene* const scene : {one.get(), &two, one.get()}) {
-                runs.emplace_back(scan.start(scene->tree, scene->tree.url()), scan.expected(*scene));
+            for (const TemporaryTree* const tree : {&one, &two, &one}) {
+                runs.emplace_back(scan.start(*tree, tree->url()), &scan, tree);
             }
         }
-        for (const auto& [run, expected] : runs) {
-            EXPECT_EQ(run.end(), expected);
+        for (const auto& [run, scan, tree] : runs) {
+            EXPECT_EQ(run.end(), scan->whole(*tree, tree->url()));
         }
     }
 }

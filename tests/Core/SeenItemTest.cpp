@@ -3,7 +3,7 @@
 #include "Scanning/FileScanner.h"
 #include "Support/Interception.h"
 #include "Support/Isolation.h"
-#include "Support/TemporaryTree.h"
+#include "Support/ListWords.h"
 
 #include <algorithm>
 #include <array>
@@ -18,7 +18,6 @@
 #include <linux/seccomp.h>
 #include <optional>
 #include <stop_token>
-#include <string_view>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -34,7 +33,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const std::string changedSinceTheScan = "Cet élément a changé depuis l'analyse.";
+const std::string changedSinceTheScan = ": Cet élément a changé depuis l'analyse.";
 
 /// Answers openat2(2) of this thread, and of those it starts, as an old kernel does; false where that cannot
 /// be had.
@@ -70,8 +69,12 @@ protected:
     /// The folders of a name that a search tells.
     std::vector<Entry> found(const std::string& name, const std::string& folder) const
     {
-        const EntryList entries = FileScanner::findDirectories({name}, tree.url(folder)).get();
-        return {entries.begin(), entries.end()};
+        return FileScanner::findDirectories({name}, tree.url(folder)).get().toVector();
+    }
+
+    std::vector<std::string> failures(const std::vector<Entry>& entries, bool permanently) const
+    {
+        return told(tree, FileRemover::remove(entries, permanently, {}).failures);
     }
 
     TemporaryTree tree{file("home/me/Documents/thesis", "t"), folder("data")};
@@ -138,13 +141,10 @@ TEST_F(SeenItemTest, WhatAnyScanFoundGoesAndNothingBesideIt)
         tree.add(link(permanently ? "way" : "route", "work"));
         std::vector<Entry> entries{listed("work", "a"), listed(permanently ? "way" : "route", "b"),
                                    listed("work/", "c"), listed("work/.", "d")};
-        for (const char* const searched : {"p", "q/node_modules"}) {
-            for (const Entry& entry : FileScanner::findNodeModules(tree.url(searched)).get()) {
-                entries.push_back(entry);
-            }
-        }
-        for (const Entry& entry : FileScanner::findLargestFiles(tree.url("far"), 1).get()) {
-            entries.push_back(entry);
+        for (const EntryList& found : {FileScanner::findNodeModules(tree.url("p")).get(),
+                                       FileScanner::findNodeModules(tree.url("q/node_modules")).get(),
+                                       FileScanner::findLargestFiles(tree.url("far"), 1).get()}) {
+            std::ranges::copy(found, std::back_inserter(entries));
         }
         ASSERT_THAT(entries, SizeIs(7));
         tree.add({file("work/b/later", "b"), file("p/node_modules/later", "l")}); // a folder may be filled
@@ -208,9 +208,8 @@ TEST_F(SeenItemTest, WhatHasTakenItsPlaceStays)
             change.make();
             const std::string before = tree.content(change.precious);
             EXPECT_FALSE(before.empty());
-            EXPECT_THAT(FileRemover::remove(entries, permanently, {}).failures,
-                        ElementsAre(FileRemover::RemovalFailure{tree.url("shared/proj/Documents"),
-                                                                changedSinceTheScan}));
+            EXPECT_THAT(failures(entries, permanently),
+                        ElementsAre("shared/proj/Documents" + changedSinceTheScan));
             EXPECT_EQ(tree.content(change.precious), before);
             EXPECT_THAT(tree.names("data/Trash/files"), IsEmpty());
             std::ignore =
@@ -219,9 +218,8 @@ TEST_F(SeenItemTest, WhatHasTakenItsPlaceStays)
                                     true);
         }
     }
-    EXPECT_THAT(
-        FileRemover::remove(std::vector{Entry{tree.url("data"), "data", 0, true, {}}}, true, {}).failures,
-        ElementsAre(FileRemover::RemovalFailure{tree.url("data"), changedSinceTheScan}))
+    EXPECT_THAT(failures({Entry{tree.url("data"), "data", 0, true}}, true),
+                ElementsAre("data" + changedSinceTheScan))
         << "no scan saw it";
 }
 
@@ -242,8 +240,7 @@ TEST_F(SeenItemTest, AnotherVolumeAtThePlaceStays)
         const auto second = TemporaryMount::memory(tree.path("media/stick"));
         tree.add(file("media/stick/DCIM/1.jpg", "second"));
         for (const bool permanently : {false, true}) {
-            EXPECT_THAT(FileRemover::remove(photos, permanently, {}).failures,
-                        ElementsAre(FileRemover::RemovalFailure{photos.front().url, changedSinceTheScan}));
+            EXPECT_THAT(failures(photos, permanently), ElementsAre("media/stick/DCIM" + changedSinceTheScan));
             EXPECT_EQ(tree.content("media/stick/DCIM/1.jpg"), "second");
         }
     }
@@ -253,29 +250,23 @@ TEST_F(SeenItemTest, WhatComesIntoItsPlaceAtTheLastMomentIsPutBack)
 {
     using Kind = InterceptedCall::Kind;
 
-    struct Moment {
-        Kind kind;
-        bool permanently;
-        int which; ///< the first call of the kind, or a later one
-    };
-
-    for (const Moment moment :
-         {Moment{Kind::rename, false, 1}, Moment{Kind::statx, false, 1}, Moment{Kind::statx, false, 2},
-          Moment{Kind::statx, true, 1}, Moment{Kind::statx, true, 2}}) {
+    for (const auto& [kind, permanently, which] : std::vector<std::tuple<Kind, bool, int>>{
+             {Kind::rename, false, 1}, // the first call of the kind, or a later one
+             {Kind::statx, false, 1},
+             {Kind::statx, false, 2},
+             {Kind::statx, true, 1},
+             {Kind::statx, true, 2}}) {
         tree.add({file("work/doc/text", "old"), file("work/other/text", "precious")});
         const std::vector entries{listed("work", "doc")};
         int seen = 0;
-        std::optional<Interception> intruder;
-        intruder.emplace([&](const InterceptedCall& call) {
-            if (call.kind == moment.kind && std::string_view{call.name} == "doc" && ++seen == moment.which) {
-                tree.exchange("work/doc", "work/other");
-            }
-            return 0;
-        });
-        const auto result = FileRemover::remove(entries, moment.permanently, {});
-        intruder.reset();
-        EXPECT_THAT(result.failures,
-                    ElementsAre(FileRemover::RemovalFailure{tree.url("work/doc"), changedSinceTheScan}));
+        {
+            const auto intruder = Interception::at(kind, "doc", [&, which = which] {
+                if (++seen == which) {
+                    tree.exchange("work/doc", "work/other");
+                }
+            });
+            EXPECT_THAT(failures(entries, permanently), ElementsAre("work/doc" + changedSinceTheScan));
+        }
         EXPECT_EQ(tree.content("work/doc/text"), "precious");
         EXPECT_EQ(tree.content("work/other/text"), "old");
         EXPECT_THAT(tree.names("data/Trash/files"), IsEmpty());
@@ -286,12 +277,11 @@ TEST_F(SeenItemTest, WhatComesIntoItsPlaceAtTheLastMomentIsPutBack)
     const auto trashed = FileRemover::remove(std::vector{listed("work", "doc")}, false, {}).trashed;
     ASSERT_THAT(trashed, SizeIs(1));
     {
-        const Interception intruder{[&](const InterceptedCall& call) {
-            if (call.kind == Kind::rename && tree.content("data/Trash/files/doc") == "mine") {
+        const auto intruder = Interception::at(Kind::rename, "doc", [&] {
+            if (tree.content("data/Trash/files/doc") == "mine") {
                 tree.exchange("data/Trash/files/doc", "data/stranger");
             }
-            return 0;
-        }};
+        });
         EXPECT_THAT(FileRemover::restore(trashed).removed, IsEmpty());
     }
     EXPECT_THAT(tree.names("work"), IsEmpty());
@@ -318,9 +308,9 @@ TEST_F(SeenItemTest, AStopLeavesTheRestAndSaysWhatWent)
         FileRemover::remove(entries, true, {.progress = {}, .stop = stop.get_token(), .screening = {}});
     person.reset();
     EXPECT_THAT(result.removed, ElementsAre(tree.url("work/first")));
-    EXPECT_THAT(result.failures,
-                ElementsAre(FileRemover::RemovalFailure{
-                    tree.url("work/large"), "Suppression arrêtée, en partie supprimé.", 400_KiB}));
+    EXPECT_THAT(told(tree, result.failures),
+                ElementsAre("work/large: Suppression arrêtée, en partie supprimé."));
+    EXPECT_EQ(result.failures.front().freedBytes, 400_KiB);
     EXPECT_THAT(tree.names("work/large"), SizeIs(500));
     EXPECT_TRUE(tree.exists("work/last"));
 
@@ -348,10 +338,8 @@ TEST_F(SeenItemTest, AKernelThatGrantsNoOpenat2RemovesTheSameAndNoMore)
         if (!refuseOpenat2InThisThread()) {
             return;
         }
-        const auto result = FileRemover::remove(entries, true, {});
-        EXPECT_THAT(result.failures,
-                    ElementsAre(FileRemover::RemovalFailure{entries[0].url, changedSinceTheScan}));
-        EXPECT_THAT(result.removed, ElementsAre(entries[1].url));
+        EXPECT_THAT(failures(entries, true), ElementsAre("work/a/b/c/doc" + changedSinceTheScan));
+        EXPECT_THAT(tree.names("work/a/b/other"), IsEmpty());
     }}.join();
     EXPECT_EQ(tree.content("work/a/b/d/doc/text"), "x");
 }
@@ -369,17 +357,16 @@ TEST(VolumeMarks, TellItemsApartWhereInodeNumbersDoNotLast)
     file.stamp = 1;
     file.logicalBytes = 100;
     file.modifiedAt = Timestamp{std::chrono::seconds{1000}};
+    FileAttributes renumbered = file;
+    renumbered.inode = 11;
+    FileAttributes rewritten = file;
+    rewritten.modifiedAt = Timestamp{std::chrono::seconds{1001}};
+    FileAttributes grown = file;
+    grown.logicalBytes = 101;
     FileAttributes folder = file;
     folder.type = EntryType::folder;
-    const auto changed = [](FileAttributes attributes, auto change) {
-        change(attributes);
-        return attributes;
-    };
-    const auto renumbered = [](FileAttributes& one) { one.inode = 11; };
-    const auto rewritten = [](FileAttributes& one) {
-        one.modifiedAt = Timestamp{std::chrono::seconds{1001}};
-    };
-    const auto grown = [](FileAttributes& one) { one.logicalBytes = 101; };
+    FileAttributes filled = rewritten;
+    filled.type = EntryType::folder;
     for (const std::string type : {"vfat", "exfat", "fuse.sshfs", "cifs", "ext4", "btrfs"}) {
         SCOPED_TRACE(type);
         const bool lasts = type == "ext4" || type == "btrfs";
@@ -387,10 +374,10 @@ TEST(VolumeMarks, TellItemsApartWhereInodeNumbersDoNotLast)
         const auto isSame = [&volume](const FileAttributes& one, const FileAttributes& other) {
             return volume.identify(one).isSameItem(volume.identify(other));
         };
-        EXPECT_EQ(isSame(file, changed(file, renumbered)), !lasts);
-        EXPECT_EQ(isSame(file, changed(file, rewritten)), lasts);
-        EXPECT_EQ(isSame(file, changed(file, grown)), lasts);
-        EXPECT_TRUE(isSame(folder, changed(folder, rewritten)));
+        EXPECT_EQ(isSame(file, renumbered), !lasts);
+        EXPECT_EQ(isSame(file, rewritten), lasts);
+        EXPECT_EQ(isSame(file, grown), lasts);
+        EXPECT_TRUE(isSame(folder, filled));
         EXPECT_FALSE(volume.identify(folder).isSameItem(marks(type, "/dev/sdc1").identify(folder)));
     }
 }

@@ -1,9 +1,6 @@
 #include "Model/SnapshotList.h"
 
-#include "Concurrency/ProgressStream.h"
-
 #include <gmock/gmock.h>
-#include <thread>
 
 namespace tallyroom {
 
@@ -41,26 +38,6 @@ TEST(SnapshotList, EveryPrefixReadsRankedAndStableInWhateverOrderTheyAreRead)
         EXPECT_TRUE(prefixes[index].isSameSnapshot(Items{prefixes[index]}));
         EXPECT_FALSE(prefixes[index].isSameSnapshot(prefixes[(index + 1) % 500]));
     }
-}
-
-TEST(SnapshotList, CanBeReadWhileItsStoreGrows)
-{
-    Items::Builder builder;
-    auto [sender, stream] = makeProgressStream<Items>();
-    std::jthread producer{[&builder, sender = std::move(sender)] {
-        for (int serial = 0; serial < 20'000; ++serial) {
-            builder.append({serial % 97, serial});
-            sender.send(builder.snapshot());
-        }
-    }};
-    std::size_t length = 0;
-    while (auto list = stream.next()) {
-        ASSERT_EQ(list->size(), ++length);
-        if (length % 1000 == 0) {
-            EXPECT_TRUE(std::ranges::is_sorted(*list, std::greater{}, &Item::size));
-        }
-    }
-    EXPECT_EQ(length, 20'000U);
 }
 
 TEST(SnapshotList, AListOfItsOwnKeepsTheOrderGiven)

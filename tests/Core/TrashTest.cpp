@@ -1,7 +1,7 @@
 #include "Removal/FileRemover.h"
 #include "Support/Interception.h"
 #include "Support/Isolation.h"
-#include "Support/TemporaryTree.h"
+#include "Support/ListWords.h"
 
 #include <array>
 #include <cerrno>
@@ -150,15 +150,13 @@ TEST_F(TrashTest, AnUndoPutsBackTheVeryItemIntoTheVeryFolderAndNeverOverwrites)
     ASSERT_EQ(nameInTrash(stranger), "notes");
     const auto result = FileRemover::restore(undone);
     EXPECT_THAT(result.removed, ElementsAre(tree.url("a/bare"), tree.url("a/shortcut/")));
-    using Failure = FileRemover::RemovalFailure;
-    EXPECT_THAT(
-        result.failures,
-        ElementsAre(Failure{tree.url(nested), "Un autre élément porte maintenant ce nom dans la corbeille."},
-                    Failure{tree.url("a/gone"), "Cet élément n'est plus dans la corbeille."},
-                    Failure{tree.url("c/moved"), "Le dossier d'origine a été remplacé par un autre."},
-                    Failure{tree.url("a/taken"), "Un élément de ce nom existe déjà."},
-                    Failure{tree.url("e/inner"), "Cet élément n'existe plus."},
-                    Failure{tree.url("a/emptied"), "Cet élément n'est plus dans la corbeille."}));
+    EXPECT_THAT(told(tree, result.failures),
+                ElementsAre(nested + ": Un autre élément porte maintenant ce nom dans la corbeille.",
+                            "a/gone: Cet élément n'est plus dans la corbeille.",
+                            "c/moved: Le dossier d'origine a été remplacé par un autre.",
+                            "a/taken: Un élément de ce nom existe déjà.",
+                            "e/inner: Cet élément n'existe plus.",
+                            "a/emptied: Cet élément n'est plus dans la corbeille."));
     EXPECT_FALSE(result.canUndo());
     EXPECT_THAT(tree.names("a"), ElementsAre("bare", "shortcut", "taken"));
     EXPECT_EQ(tree.content("a/taken") + tree.content("a/shortcut"), "newbare");
@@ -353,13 +351,11 @@ TEST_F(VolumeTrashTest, AFullOrReadOnlyVolumeLosesNothing)
         while (::write(ballast.get(), block.data(), block.size()) > 0) {
         }
     }
-    const auto full = trash("volume/album/second");
-    ASSERT_THAT(full.failures, SizeIs(1));
-    EXPECT_EQ(full.failures.front().message, "Le volume est plein.");
+    const std::string second = "volume/album/second";
+    EXPECT_THAT(told(tree, trash(second).failures), ElementsAre(second + ": Le volume est plein."));
     ASSERT_TRUE(volume.makeReadOnly());
-    const auto readOnly = trash("volume/album/second");
-    ASSERT_THAT(readOnly.failures, SizeIs(1));
-    EXPECT_EQ(readOnly.failures.front().message, "Ce volume est en lecture seule.");
+    EXPECT_THAT(told(tree, trash(second).failures),
+                ElementsAre(second + ": Ce volume est en lecture seule."));
     EXPECT_EQ(tree.content("volume/album/second"), "s");
     EXPECT_THAT(tree.names("volume/" + own + "/info"), ElementsAre("été.trashinfo"));
 }

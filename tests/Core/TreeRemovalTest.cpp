@@ -11,7 +11,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <string_view>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
@@ -39,11 +38,9 @@ int errorOf(const TreeRemoval::Outcome& outcome)
 /// Enough names for several threads to share the work.
 void addLargeTree(TemporaryTree& tree, const std::string& name)
 {
-    for (int i = 0; i < 60; ++i) {
-        for (int j = 0; j < 20; ++j) {
-            const std::string folderName = name + "/" + std::to_string(i) + "/" + std::to_string(j % 4);
-            tree.add(file(folderName + "/file" + std::to_string(j), 100));
-        }
+    for (int i = 0; i < 1200; ++i) {
+        const std::string folderName = name + "/" + std::to_string(i / 20) + "/" + std::to_string(i % 4);
+        tree.add(file(folderName + "/file" + std::to_string(i), 100));
     }
 }
 
@@ -119,12 +116,12 @@ TEST(TreeRemoval, WhatResistsStaysAndTheRestGoes)
         own.add({folder("out/a/locked").withMode(0), folder("out/b/sealed").withMode(0500),
                  folder("out/c/empty").withMode(0)});
         const int error = errorOf(removeFrom(own, "out"));
-        const bool isRight = error == EACCES && own.names("out") == std::vector<std::string>{"a", "b"} &&
+        const bool isRight = own.names("out") == std::vector<std::string>{"a", "b"} &&
                              own.names("out/a") == std::vector<std::string>{"locked"} &&
                              own.names("out/b/sealed") == std::vector<std::string>{"kept"};
-        return isRight ? 0 : error + 100;
+        return isRight ? error : 0;
     });
-    EXPECT_EQ(code, 0);
+    EXPECT_EQ(code, EACCES);
 }
 
 TEST(TreeRemoval, DoesNotEnterWhatIsMountedInside)
@@ -167,13 +164,11 @@ TEST(TreeRemoval, AnotherFolderInThePlaceOfOneThatWasLeftForADeepOneStaysWhole)
     TemporaryTree tree{file("out/x/1" + deep), file("out/x/2" + deep), file("mine/1/photo", "p"),
                        file("mine/2/photo", "p")};
     bool isSwapped = false;
-    const Interception intruder{[&](const InterceptedCall& call) {
-        if (call.kind == InterceptedCall::Kind::unlink && std::string_view{call.name} == "bottom" &&
-            !std::exchange(isSwapped, true)) {
+    const auto intruder = Interception::at(InterceptedCall::Kind::unlink, "bottom", [&] {
+        if (!std::exchange(isSwapped, true)) {
             tree.exchange("out/x", "mine");
         }
-        return 0;
-    }};
+    });
     EXPECT_NE(errorOf(removeFrom(tree, "out")), 0);
     EXPECT_EQ(tree.content("out/x/1/photo") + tree.content("out/x/2/photo"), "pp");
 }
@@ -182,13 +177,11 @@ TEST(TreeRemoval, AFolderThatFillsUpMeanwhileIsEmptiedAgain)
 {
     TemporaryTree tree{folder("out/busy")};
     int times = 0;
-    const Interception writer{[&](const InterceptedCall& call) {
-        if (call.kind == InterceptedCall::Kind::unlink && std::string_view{call.name} == "busy" &&
-            ++times < 6) {
+    const auto writer = Interception::at(InterceptedCall::Kind::unlink, "busy", [&] {
+        if (++times < 6) {
             tree.add(file("out/busy/" + std::to_string(times)));
         }
-        return 0;
-    }};
+    });
     EXPECT_EQ(errorOf(removeFrom(tree, "out")), 0);
     EXPECT_THAT(tree.names(), IsEmpty());
 }

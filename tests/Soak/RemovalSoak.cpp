@@ -63,17 +63,18 @@ public:
                       "every entry is told of");
         if (!result.trashed.empty()) {
             loseSomeRecords();
-            const auto restored = disturbed(chosen, [&] { return FileRemover::restore(result.trashed); });
+            restored +=
+                disturbed(chosen, [&] { return FileRemover::restore(result.trashed); }).removed.size();
             checkAll(before, "an undo loses nothing");
-            m_restored += restored.removed.size();
         }
-        m_removed += result.removed.size();
-        m_refused += result.failures.size();
+        removed += result.removed.size();
+        refused += result.failures.size();
     }
 
-    std::size_t m_removed = 0;
-    std::size_t m_refused = 0;
-    std::size_t m_restored = 0;
+    /// Of all rounds.
+    inline static std::size_t removed = 0;
+    inline static std::size_t refused = 0;
+    inline static std::size_t restored = 0;
 
 private:
     std::size_t below(std::size_t count)
@@ -223,22 +224,19 @@ private:
     /// The texts of all files at or below a place; no link is followed.
     static std::set<std::string> textsBelow(const std::string& path)
     {
+        std::vector<fs::path> paths{path};
+        if (fs::is_directory(fs::symlink_status(path))) {
+            paths.assign(fs::recursive_directory_iterator{path}, {});
+        }
         std::set<std::string> texts;
-        const auto read = [&texts](const fs::path& one) {
-            std::ifstream content{one};
+        for (const fs::path& one : paths) {
             std::string line;
-            std::getline(content, line);
+            if (fs::is_regular_file(fs::symlink_status(one))) {
+                std::ifstream content{one};
+                std::getline(content, line);
+            }
             if (line.starts_with("text ")) {
                 texts.insert(line);
-            }
-        };
-        if (fs::is_regular_file(fs::symlink_status(path))) {
-            read(path);
-        } else if (fs::is_directory(fs::symlink_status(path))) {
-            for (const auto& one : fs::recursive_directory_iterator{path}) {
-                if (fs::is_regular_file(one.symlink_status())) {
-                    read(one.path());
-                }
             }
         }
         return texts;
@@ -262,10 +260,9 @@ private:
 
     void checkAll(const std::set<std::string>& before, const char* what) const
     {
-        const std::set<std::string> now = textsBelow(m_volume);
-        for (const std::string& one : before) {
-            Soak::require(now.contains(one) || m_mayGo.contains(one), what);
-        }
+        std::set<std::string> known = textsBelow(m_volume);
+        known.insert(m_mayGo.begin(), m_mayGo.end());
+        Soak::require(std::ranges::includes(known, before), what);
     }
 
     TemporaryTree& m_tree;
@@ -288,9 +285,6 @@ int main(int argc, char** argv)
         argc > 3 ? std::strtoull(argv[3], nullptr, 10) : std::numeric_limits<std::size_t>::max();
     std::mt19937_64 source{run.seed};
     std::size_t rounds = 0;
-    std::size_t removed = 0;
-    std::size_t refused = 0;
-    std::size_t restored = 0;
     const auto end = std::chrono::steady_clock::now() + run.duration;
     TemporaryTree host{folder("volume")};
     const auto volume = TemporaryMount::memory(host.path("volume"));
@@ -299,15 +293,12 @@ int main(int argc, char** argv)
         TemporaryTree tree{folder("home"), folder("data")};
         const ScopedVariable home{"HOME", tree.path("home")};
         const ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
-        Round round{tree, host.path("volume"), source};
-        round.run();
-        removed += round.m_removed;
-        refused += round.m_refused;
-        restored += round.m_restored;
+        Round{tree, host.path("volume"), source}.run();
         std::filesystem::remove_all(host.path("volume/.Trash-" + std::to_string(::getuid())));
         ++rounds;
     }
-    std::printf("%zu rounds: %zu removed, %zu refused, %zu put back%s\n", rounds, removed, refused, restored,
+    std::printf("%zu rounds: %zu removed, %zu refused, %zu put back%s\n", rounds, Round::removed,
+                Round::refused, Round::restored,
                 volume.isMounted() ? "" : "; a volume of its own cannot be had here");
     return 0;
 }

@@ -7,6 +7,7 @@
 #include "Support/TemporaryTree.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -75,18 +76,19 @@ void check(const FolderAnalyzer::Progress& record, const FileUrl& /*folder*/)
 {
     Soak::require(record.summary.has_value() == (record.phase == FolderAnalyzer::Progress::Phase::done),
                   "the summary comes at the end");
-    if (record.summary) {
-        std::int64_t files = 0;
-        std::int64_t bytes = 0;
-        for (const CategorySize& kind : record.summary->categories) {
-            Soak::require(kind.fileCount > 0 && kind.totalBytes >= 0, "a kind occurs");
-            files += kind.fileCount;
-            bytes += kind.totalBytes;
-        }
-        Soak::require(files == record.summary->totalFiles && bytes == record.summary->totalBytes,
-                      "kinds make the sum");
+    const FolderSummary summary = record.summary.value_or(FolderSummary{});
+    std::int64_t files = 0;
+    std::int64_t bytes = 0;
+    for (const CategorySize& kind : summary.categories) {
+        files += kind.fileCount;
+        bytes += kind.totalBytes;
     }
+    Soak::require(files == summary.totalFiles && bytes == summary.totalBytes, "kinds make the sum");
 }
+
+/// How many scans were read to the end, and how many were not.
+std::atomic<std::uint64_t> finished = 0;
+std::atomic<std::uint64_t> dropped = 0;
 
 /// One consumer, which does a scan after another until it is time to end.
 class Consumer {
@@ -102,10 +104,6 @@ public:
             Soak::require(Soak::residentBytes() < mostResidentBytes, "memory is bounded");
         }
     }
-
-    [[nodiscard]] std::uint64_t finished() const noexcept { return m_finished; }
-
-    [[nodiscard]] std::uint64_t dropped() const noexcept { return m_dropped; }
 
 private:
     void scan(const FileUrl& folder)
@@ -142,12 +140,12 @@ private:
         for (std::int64_t left = draw(6); !isDropped || left > 0; --left) {
             const auto record = stream.next();
             if (!record) {
-                ++m_finished;
+                ++finished;
                 return;
             }
             check(*record, folder);
         }
-        ++m_dropped;
+        ++dropped;
     }
 
     std::int64_t draw(std::int64_t most)
@@ -157,8 +155,6 @@ private:
 
     std::filesystem::path m_folder;
     std::mt19937_64 m_random;
-    std::uint64_t m_finished = 0;
-    std::uint64_t m_dropped = 0;
 };
 
 void soak(std::chrono::seconds duration, std::uint64_t seed)
@@ -192,15 +188,9 @@ void soak(std::chrono::seconds duration, std::uint64_t seed)
     FileScanner::clearCache();
     Soak::require(FileScanner::directorySize(FileUrl{scanned.string()}) == usedBytes(scanned),
                   "once the tree rests, its size is true");
-    std::uint64_t finished = 0;
-    std::uint64_t dropped = 0;
-    for (const Consumer& consumer : consumers) {
-        finished += consumer.finished();
-        dropped += consumer.dropped();
-    }
     Soak::require(changes > 0 && finished > 0 && dropped > 0, "there was something to try");
     std::printf("%ju changes, %ju scans read to the end, %ju dropped, %jd MB resident\n",
-                std::uintmax_t{changes}, std::uintmax_t{finished}, std::uintmax_t{dropped},
+                std::uintmax_t{changes}, std::uintmax_t{finished.load()}, std::uintmax_t{dropped.load()},
                 std::intmax_t{Soak::residentBytes() / 1'000'000});
 }
 

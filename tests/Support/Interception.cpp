@@ -37,6 +37,16 @@ Interception::Interception(Watch watch) : m_watch(std::move(watch))
     current = &m_watch;
 }
 
+Interception Interception::at(InterceptedCall::Kind kind, std::string name, std::function<void()> action)
+{
+    return Interception{[kind, name = std::move(name), action = std::move(action)](const auto& call) {
+        if (call.kind == kind && name == call.name) {
+            action();
+        }
+        return 0;
+    }};
+}
+
 Interception::~Interception()
 {
     current = nullptr;

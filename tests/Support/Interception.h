@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 struct statx;
 
@@ -24,6 +25,10 @@ public:
     using Watch = std::function<int(const InterceptedCall& call)>;
 
     explicit Interception(Watch watch);
+
+    /// Does something at each call of the kind for an item of that name.
+    static Interception at(InterceptedCall::Kind kind, std::string name, std::function<void()> action);
+
     Interception(const Interception&) = delete;
     Interception& operator=(const Interception&) = delete;
     ~Interception();

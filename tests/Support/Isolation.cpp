@@ -4,9 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
 #include <sched.h>
-#include <sstream>
 #include <string>
 #include <sys/mount.h>
 #include <sys/prctl.h>
@@ -108,20 +106,6 @@ std::vector<int> inChildProcesses(int count, const std::function<int(int child)>
         codes.push_back(hasExited ? WEXITSTATUS(status) : -1);
     }
     return codes;
-}
-
-bool isRootMounted()
-{
-    std::ifstream table{"/proc/self/mountinfo"};
-    for (std::string line; std::getline(table, line);) {
-        std::istringstream words{line};
-        std::string id, parent, device, root, place;
-        words >> id >> parent >> device >> root >> place;
-        if (place == "/") {
-            return true;
-        }
-    }
-    return false;
 }
 
 int inChildProcess(const std::function<int()>& action)

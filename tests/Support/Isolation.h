@@ -64,9 +64,6 @@ private:
 /// crashed. The children have none of the workers: nothing in them may wait for one.
 std::vector<int> inChildProcesses(int count, const std::function<int(int child)>& action);
 
-/// Whether the mount table of this process knows its root: it does not in a chroot of a plain folder.
-[[nodiscard]] bool isRootMounted();
-
 /// Runs `action` in a child process and returns what it returned, 0 to 255; -1 when the process crashed. The
 /// child has none of the workers: nothing in it may wait for one.
 int inChildProcess(const std::function<int()>& action);

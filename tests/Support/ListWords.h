@@ -32,4 +32,15 @@ std::vector<std::string> sized(const TemporaryTree& tree, const Entries& entries
     return lines;
 }
 
+/// Of each failure "a/b: its message".
+template <typename Failures>
+std::vector<std::string> told(const TemporaryTree& tree, const Failures& failures)
+{
+    std::vector<std::string> lines;
+    std::ranges::transform(failures, std::back_inserter(lines), [&tree](const auto& failure) {
+        return failure.url.path().substr(tree.path().size() + 1) + ": " + failure.message;
+    });
+    return lines;
+}
+
 } // namespace tallyroom

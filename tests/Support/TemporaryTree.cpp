@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <ranges>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -19,27 +20,20 @@ namespace tallyroom {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& what)
-{
-    throw std::system_error(errno, std::generic_category(), what);
-}
-
 void require(bool succeeded, const std::string& what)
 {
     if (!succeeded) {
-        fail(what);
+        throw std::system_error(errno, std::generic_category(), what);
     }
 }
 
 std::vector<std::string> steps(std::string_view path)
 {
     std::vector<std::string> result;
-    for (std::size_t start = 0; start < path.size();) {
-        const std::size_t end = std::min(path.find('/', start), path.size());
-        if (end > start) {
-            result.emplace_back(path.substr(start, end - start));
+    for (const auto step : std::views::split(path, '/')) {
+        if (!step.empty()) {
+            result.emplace_back(step.begin(), step.end());
         }
-        start = end + 1;
     }
     return result;
 }
@@ -61,9 +55,8 @@ Place placeOf(int root, std::string_view relative, bool makeFolders)
     std::vector<std::string> names = steps(relative);
     Place place{openFolderAt(root, "."), names.empty() ? "." : names.back()};
     for (std::size_t i = 0; i + 1 < names.size() && place.parent.isOpen(); ++i) {
-        if (makeFolders && ::mkdirat(place.parent.get(), names[i].c_str(), 0755) != 0 && errno != EEXIST) {
-            fail(names[i]);
-        }
+        require(!makeFolders || ::mkdirat(place.parent.get(), names[i].c_str(), 0755) == 0 || errno == EEXIST,
+                names[i]);
         place.parent = openFolderAt(place.parent.get(), names[i]);
     }
     return place;
