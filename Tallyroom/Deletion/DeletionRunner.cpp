@@ -5,6 +5,8 @@
 #include "Scanning/FileScanner.h"
 
 #include <chrono>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace tallyroom {
@@ -22,6 +24,21 @@ void addWithParents(UrlSet& folders, FileUrl folder)
 {
     while (folders.insert(folder).second && folder != folder.parent()) {
         folder = folder.parent();
+    }
+}
+
+/// Puts the folders around `entries`, up to the root, into `folders`.
+void addFoldersOf(const std::vector<Entry>& entries, UrlSet& folders)
+{
+    EntryPlaces places;
+    std::string lastFolder; // the next entry is often from the same one
+    for (const Entry& entry : entries) {
+        const std::string_view place = places.of(entry);
+        const std::string_view folder = place.substr(0, place.find_last_of('/') + 1);
+        if (folder != lastFolder) {
+            lastFolder = folder;
+            addWithParents(folders, FileUrl{std::string{place}}.parent());
+        }
     }
 }
 
@@ -156,14 +173,11 @@ void DeletionRunner::finish()
     const Batch batch = std::move(*std::exchange(m_batch, std::nullopt));
     RemovalOutcome outcome;
     outcome.result = batch.result.value_or(RemovalResult{});
-    outcome.done = entriesAt(outcome.result.removed, *batch.entries);
     outcome.notBegun = batch.progress.total - outcome.result.removed.size() - outcome.result.failures.size();
     DiskChange change{.gone = {}, .back = {}, .folders = {}, .asker = batch.context.data()};
-    (batch.progress.isRestoring ? change.back : change.gone) = outcome.done;
-    EntryPlaces places;
-    for (const Entry& entry : outcome.done) {
-        addWithParents(change.folders, FileUrl{std::string{places.of(entry)}}.parent());
-    }
+    std::vector<Entry>& changed = batch.progress.isRestoring ? change.back : change.gone;
+    changed = entriesAt(outcome.result.removed, *batch.entries);
+    addFoldersOf(changed, change.folders);
     for (const FileRemover::RemovalFailure& failure : outcome.result.failures) {
         if (failure.freedBytes > 0) {
             addWithParents(change.folders, failure.url);
@@ -172,6 +186,7 @@ void DeletionRunner::finish()
     if (!change.folders.empty()) {
         Q_EMIT diskChanged(change);
     }
+    outcome.done = std::move(changed);
     if (batch.context != nullptr) {
         batch.listener.finished(outcome);
     }

@@ -346,6 +346,7 @@ TEST_F(DashboardTest, EveryPhaseOfTheBreakdownHasItsWordsAndItsWayOn)
     button(QStringLiteral("Arrêter"))->click();
     EXPECT_TRUE(analyses.isCancelled(0));
     EXPECT_THAT(texts(), Contains(QStringLiteral("Récents")));
+    EXPECT_THAT(texts(), Contains(ScanEnd::stopped().emptyText({}))) << "as in all tools";
 
     dashboard.analyze(FileUrl{"/r"});
     button(QStringLiteral("Recharger"))->setFocus();

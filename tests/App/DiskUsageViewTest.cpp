@@ -331,7 +331,7 @@ TEST_F(DiskUsageViewTest, EveryEndOfAScanHasItsWordsAndOnlyACompleteOneFoundNoth
         scene.navigator->dismissError();
     };
     const auto find = [&] { scene.receive({fileEntry("/r/folder/x", 7)}); };
-    const std::string before = "Rien n’a été trouvé avant l’arrêt de l’analyse.";
+    const std::string before = "Analyse interrompue avant le premier résultat.";
     const std::string partial = "Analyse interrompue : résultat partiel";
     const std::vector<std::pair<std::function<void()>, std::string>> cases{
         {[&] { scene.finishListing({}); }, "0 élément · 0 o|Ce dossier est vide."},

@@ -245,7 +245,7 @@ QString BreakdownPanel::message() const
     switch (m_dashboard.analysisState().phase) {
     case Phase::none:
         if (m_dashboard.analysisEnd().kind == ScanEnd::Kind::stopped) {
-            return QStringLiteral("Analyse interrompue.");
+            return m_dashboard.analysisEnd().emptyText({});
         }
         return QStringLiteral("Choisissez un dossier : Tallyroom compte la place que prend chaque type de "
                               "fichiers.\nRien n’est modifié pendant l’analyse.");

@@ -154,7 +154,11 @@ void ListToolViewModel::takeOut(PropertyUpdate& update, const std::vector<Entry>
         m_restored = places.part(m_restored).second;
     }
     const auto [taken, left] = places.part(m_entries);
-    const auto [own, along] = taken.parted([&](const Entry& entry) { return places.contains(entry); });
+    // Files take nothing along: those of a long list need not be looked up again.
+    const bool areAllOwn = std::ranges::none_of(gone, &Entry::isDirectory);
+    const auto [own, along] = areAllOwn
+                                  ? std::pair{taken, EntryList{}}
+                                  : taken.parted([&](const Entry& entry) { return places.contains(entry); });
     m_taken = m_taken.merged(own);
     m_takenAlong = m_takenAlong.merged(along);
     if (!taken.empty()) {

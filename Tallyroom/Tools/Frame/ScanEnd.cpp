@@ -16,7 +16,7 @@ QString ScanEnd::emptyText(const QString& none) const
         return none;
     case Kind::none:
     case Kind::stopped:
-        return QStringLiteral("Rien n’a été trouvé avant l’arrêt de l’analyse.");
+        return QStringLiteral("Analyse interrompue avant le premier résultat.");
     case Kind::unread:
         break;
     }

@@ -27,12 +27,6 @@
 
 namespace tallyroom {
 
-namespace {
-
-constexpr std::chrono::milliseconds spinnerDelay{150};
-
-} // namespace
-
 ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, EntryRows* rows,
                        QWidget* parent)
     : QWidget(parent), m_tool(tool), m_style(style), m_header(new ToolHeader(m_style.searchPlaceholder)),
@@ -42,7 +36,7 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
       m_selectionBar(new SelectionBar)
 {
     m_spinnerDelay.setSingleShot(true);
-    m_spinnerDelay.setInterval(spinnerDelay);
+    m_spinnerDelay.setInterval(std::chrono::milliseconds{150});
     m_rows->setDeletionEnabled(true);
     m_rows->setAccessibleName(m_style.title);
     m_pages->addList(m_rows);
@@ -97,11 +91,8 @@ void ToolScreen::showEverything()
 
 void ToolScreen::showBanner()
 {
-    if (m_isReportOld) {
-        m_banner->showMessage(std::nullopt);
-    } else {
-        m_banner->showMessage(m_tool.statusMessage(), m_tool.statusTone(), m_tool.failures());
-    }
+    m_isReportOld ? m_banner->showMessage(std::nullopt)
+                  : m_banner->showMessage(m_tool.statusMessage(), m_tool.statusTone(), m_tool.failures());
     m_banner->showUndo(m_tool.canUndo());
     m_banner->showRemoval(m_tool.removal());
 }
