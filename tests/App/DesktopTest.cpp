@@ -1,11 +1,8 @@
 #include "Bridge/Desktop.h"
 
-#include "App/ScreenWords.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -14,57 +11,16 @@ namespace tallyroom {
 
 namespace {
 
-/// The chooser of the toolkit, which desktops without one of their own show.
-class ChooserTest : public testing::Test {
-protected:
-    QFileDialog* choose(const FileUrl& start)
-    {
-        Desktop::chooseFolder(&m_window, start, [this](const FolderChoice& choice) { m_choice = choice; });
-        const auto isShown = [this] { return m_window.findChild<QFileDialog*>() != nullptr; };
-        EXPECT_TRUE(QTest::qWaitFor(isShown, 20'000));
-        return m_window.findChild<QFileDialog*>();
-    }
-
-    QWidget m_window;
-    std::optional<FolderChoice> m_choice;
-};
-
-TEST_F(ChooserTest, AFolderChosenWithTheMouseIsHandedOn)
-{
-    const TemporaryTree tree{folder("Album\xC3\xA9"), file("note", 10)};
-    QFileDialog* const dialog = choose(tree.url());
-    ASSERT_NE(dialog, nullptr);
-    dialog->findChild<QLineEdit*>()->setText(QString::fromStdString(tree.path("Album\xC3\xA9")));
-    QAbstractButton* const accept = visibleButton(*dialog, QStringLiteral("Choisir"));
-    ASSERT_NE(accept, nullptr);
-    QTest::mouseClick(accept, Qt::LeftButton);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return m_choice.has_value(); }, 20'000));
-    ASSERT_TRUE(m_choice->has_value());
-    EXPECT_THAT(**m_choice, testing::ElementsAre(tree.url("Album\xC3\xA9")));
-}
-
-TEST_F(ChooserTest, DismissingChoosesNothing)
-{
-    const TemporaryTree tree;
-    QFileDialog* const dialog = choose(tree.url());
-    ASSERT_NE(dialog, nullptr);
-    QTest::keyClick(dialog, Qt::Key_Escape);
-    EXPECT_TRUE(dialog->isHidden());
-    EXPECT_FALSE(m_choice.has_value());
-}
-
 TEST(Desktop, AnAnswerSaysWhatIsNoFolder)
 {
     const TemporaryTree tree{folder("folder"), file("file", 1), link("to folder", "folder"),
                              link("lost", "x"), fifo("fifo")};
-    const std::vector<std::pair<const char*, QString>> cases{
-        {"folder", {}},
-        {"to folder", {}},
-        {"file", QStringLiteral("ce n’est pas un dossier.")},
-        {"fifo", QStringLiteral("ce n’est pas un dossier.")},
-        {"lost", QStringLiteral("le dossier n’existe pas.")},
-    };
-    for (const auto& [name, error] : cases) {
+    const QString isNone = QStringLiteral("ce n’est pas un dossier.");
+    for (const auto& [name, error] : {std::pair{"folder", QString{}},
+                                      {"to folder", QString{}},
+                                      {"file", isNone},
+                                      {"fifo", isNone},
+                                      {"lost", QStringLiteral("le dossier n’existe pas.")}}) {
         QObject context;
         std::optional<FolderChoice> choice;
         Desktop::examine(&context, tree.url(name), [&](const FolderChoice& answer) { choice = answer; });

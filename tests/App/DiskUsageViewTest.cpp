@@ -8,8 +8,6 @@
 #include "Rows/EntryTableHeader.h"
 #include "Rows/EntryTableModel.h"
 #include "Settings/Settings.h"
-#include "Theme/Theme.h"
-#include "Tools/DiskUsage/Breadcrumb.h"
 #include "Tools/DiskUsage/Treemap/TreemapView.h"
 
 #include <QAbstractButton>
@@ -150,37 +148,6 @@ TEST_F(DiskUsageViewTest, EachPressOfEnterGoesDownOneLevelInTheTableAndInTheMap)
     }
 }
 
-TEST_F(DiskUsageViewTest, TheWayShrinksAfterTheFilterAndNothingMovesWhileAScanRuns)
-{
-    scene.navigator->activate(folderEntry("/r/a folder of some length", 30));
-    scene.finishListing({folderEntry("/r/a folder of some length/and another one in it", 10)});
-    scene.navigator->activate(folderEntry("/r/a folder of some length/and another one in it", 10));
-    const auto placesOf = [&] {
-        view.ensurePolished();
-        QApplication::sendPostedEvents();
-        QStringList places;
-        for (const QWidget* const part : view.findChildren<QWidget*>()) {
-            const bool isHead = part->isVisible() && part->mapTo(&view, QPoint{}).y() < Theme::controlHeight;
-            const QRect place{part->mapTo(&view, QPoint{}), part->size()};
-            if (isHead && qobject_cast<const QPushButton*>(part) == nullptr) {
-                places << QStringLiteral("%1 %2").arg(place.x()).arg(place.width());
-            }
-        }
-        return places;
-    };
-    const auto* const way = view.findChild<Breadcrumb*>();
-    for (const int width : {684, 800, 1100}) {
-        view.resize(width, 600);
-        scene.receive({fileEntry("/r/a folder of some length/and another one in it/x", 1)});
-        const QStringList whileScanning = placesOf();
-        EXPECT_TRUE(search().width() <= 130 || way->width() >= way->sizeHint().width()) << width;
-        EXPECT_GE(way->width(), way->minimumSizeHint().width()) << width;
-        scene.finishListing({fileEntry("/r/a folder of some length/and another one in it/x", 1)});
-        EXPECT_EQ(placesOf(), whileScanning) << width;
-        scene.navigator->refreshCurrent();
-    }
-}
-
 TEST_F(DiskUsageViewTest, SortingByAClickOnATitleAimsNoDeletion)
 {
     view.setFocus();
@@ -270,21 +237,15 @@ TEST_F(DiskUsageViewTest, EscapeClearsTheFieldItIsTypedInAndElseStopsTheScanBefo
 
 TEST_F(DiskUsageViewTest, DeleteAndShiftDeleteDifferInTheChoiceThatEnterTakes)
 {
-    struct Case {
-        const char* checked;
-        Qt::KeyboardModifiers modifiers;
-        Qt::Key answer;
-        std::optional<QString> report;
-    };
-
     const QString choice = QStringLiteral(
         " o\n\n« Mettre à la corbeille » est réversible. « Supprimer définitivement » ne l'est pas.");
+    const QString trashed = QStringLiteral("1 élément(s) · 20 o mis à la corbeille.");
+    const QString gone = QStringLiteral("1 élément(s) · 10 o supprimé(s) définitivement.");
+    using Case = std::tuple<const char*, Qt::KeyboardModifiers, Qt::Key, std::optional<QString>>;
     for (const auto& [checked, modifiers, answer, report] :
          {Case{"/r/b", Qt::NoModifier, Qt::Key_Escape, std::nullopt},
-          Case{"/r/b", Qt::NoModifier, Qt::Key_Return,
-               QStringLiteral("1 élément(s) · 20 o mis à la corbeille.")},
-          Case{"/r/c", Qt::ShiftModifier, Qt::Key_Return,
-               QStringLiteral("1 élément(s) · 10 o supprimé(s) définitivement.")}}) {
+          Case{"/r/b", Qt::NoModifier, Qt::Key_Return, trashed},
+          Case{"/r/c", Qt::ShiftModifier, Qt::Key_Return, gone}}) {
         activate(view);
         view.selection().setUrls({FileUrl{checked}});
         press(Qt::Key_Delete, modifiers);
@@ -409,8 +370,7 @@ TEST_F(DiskUsageViewTest, AScanShowsItselfAfterAMomentAndCanBeStopped)
     press(Qt::Key_F5);
     EXPECT_FALSE(stop->isVisible()) << "a short scan flickers";
     EXPECT_FALSE(texts().contains(QStringLiteral("Analyse en cours…")));
-    Awaited shown{*stop, QEvent::Show};
-    ASSERT_TRUE(shown.come());
+    ASSERT_TRUE(QTest::qWaitFor([stop] { return stop->isVisible(); }));
     EXPECT_TRUE(texts().contains(QStringLiteral("Analyse en cours…")));
     scene.listing().send({fileEntry("/r/b", 20)}, 123'456, 123'580);
     ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::progressChanged, [&] {

@@ -52,24 +52,26 @@ protected:
         view->doItemsLayout(); // as the next frame would
     }
 
+    [[nodiscard]] Entry entryAt(int row) const
+    {
+        return table->arrangement().entry(static_cast<std::size_t>(row));
+    }
+
     [[nodiscard]] std::vector<std::string> names() const
     {
         std::vector<std::string> result;
-        for (std::size_t row = 0; row < table->arrangement().rowCount(); ++row) {
-            result.push_back(table->arrangement().entry(row).name);
+        for (int row = 0; row < view->model()->rowCount(); ++row) {
+            result.push_back(entryAt(row).name);
         }
         return result;
     }
 
-    [[nodiscard]] Entry first() const
-    {
-        return table->arrangement().entry(static_cast<std::size_t>(view->rowAt(0)));
-    }
+    [[nodiscard]] Entry first() const { return entryAt(view->rowAt(0)); }
 
     [[nodiscard]] int topOf(const Entry& entry) const
     {
         int row = 0;
-        while (table->arrangement().entry(static_cast<std::size_t>(row)) != entry) {
+        while (entryAt(row) != entry) {
             ++row;
         }
         return view->rowViewportPosition(row);
@@ -102,7 +104,7 @@ protected:
 TEST_F(EntryTableTest, TheCurrentRowKeepsItsPlaceOnScreenWhileLargerOnesComeAbove)
 {
     fill(100);
-    const Entry read = table->arrangement().entry(40);
+    const Entry read = entryAt(40);
     ASSERT_TRUE(table->setCurrentEntry(read.url));
     const int top = topOf(read);
     for (int round = 0; round < 5; ++round) {
@@ -202,27 +204,23 @@ TEST_F(EntryTableTest, BoxesCheckWhatWasPressedAndRangesBeginAtTheLastOne)
 
 TEST_F(EntryTableTest, NamesThatLookAlikeActOnTheirOwnFile)
 {
-    const std::vector<std::string> names{"\xff", "\xfe", "\xef\xbf\xbd", "a\nb", "a b", "\\xFF"};
-    std::vector<Entry> entries;
-    std::ranges::transform(names, std::back_inserter(entries),
-                           [](const auto& name) { return fileRow(name, 1); });
-    table->setEntries(EntryList{entries});
-    std::vector<std::string> acted;
-    QObject::connect(table.get(), &EntryTable::copyPathRequested, table.get(),
-                     [&acted](const Entry& entry) { acted.push_back(entry.url.path()); });
+    const EntryList entries{fileRow("\xff", 1), fileRow("\xfe", 1), fileRow("\xef\xbf\xbd", 1),
+                            fileRow("a\nb", 1), fileRow("a b", 1),  fileRow("\\xFF", 1)};
+    table->setEntries(entries);
+    const QSignalSpy acted{table.get(), &EntryTable::copyPathRequested};
     std::set<QString> drawn;
-    for (std::size_t row = 0; row < names.size(); ++row) {
+    for (std::size_t row = 0; row < entries.size(); ++row) {
         ASSERT_TRUE(table->setCurrentEntry(entries[row].url));
         press(Qt::Key_C, Qt::ControlModifier);
         press(Qt::Key_Space);
-        EXPECT_EQ(acted.back(), "/tri/" + names[row]);
+        EXPECT_EQ(acted.back()[0].value<Entry>(), entries[row]);
         EXPECT_TRUE(table->selection().urls().contains(entries[row].url));
         const QString text = view->model()->index(static_cast<int>(row), 1).data().toString();
         EXPECT_FALSE(text.contains(QLatin1Char{'\n'}));
         drawn.insert(text);
     }
-    EXPECT_EQ(table->selection().urls().size(), names.size());
-    EXPECT_EQ(drawn.size(), names.size() - 1) << "only a name spelt like an escape may look like one";
+    EXPECT_EQ(table->selection().urls().size(), entries.size());
+    EXPECT_EQ(drawn.size(), entries.size() - 1) << "only a name spelt like an escape may look like one";
 }
 
 TEST_F(EntryTableTest, TitlesSortByTheMouseAndTheKeyboardAndSayTheOrder)
@@ -313,9 +311,7 @@ TEST_F(EntryTableTest, ALongListIsArrangedAsideAndTheLastWishCounts)
 TEST_F(EntryTableTest, KeysMoveActivateAndCheck)
 {
     table->setEntries({fileRow("a", 30, true), fileRow("b", 20), fileRow("c", 10)});
-    std::vector<std::string> activated;
-    QObject::connect(table.get(), &EntryTable::activated, table.get(),
-                     [&activated](const Entry& entry) { activated.push_back(entry.name); });
+    const QSignalSpy activated{table.get(), &EntryTable::activated};
     press(Qt::Key_Down);
     press(Qt::Key_Return);
     press(Qt::Key_Down);
@@ -324,7 +320,8 @@ TEST_F(EntryTableTest, KeysMoveActivateAndCheck)
     press(Qt::Key_Enter);
     press(Qt::Key_End);
     press(Qt::Key_C); // the row of that name, where the keyboard is
-    EXPECT_THAT(activated, ElementsAre("a", "b"));
+    ASSERT_EQ(activated.size(), 2);
+    EXPECT_EQ(activated[0][0].value<Entry>().name + activated[1][0].value<Entry>().name, "ab");
     EXPECT_THAT(table->selection().urls(), UnorderedElementsAre(FileUrl{"/tri/b"}));
     EXPECT_EQ(table->currentEntry()->name, "c");
     press(Qt::Key_Home);
@@ -346,61 +343,24 @@ TEST_F(EntryTableTest, ASpaceWithinATypedNameIsLookedForAndChecksNothing)
     QApplication::setKeyboardInputInterval(interval);
 }
 
-TEST_F(EntryTableTest, ALongListThatIsScannedAgainHasItsChecksAgain)
-{
-    constexpr std::size_t count = 12'000;
-    std::vector<Entry> entries;
-    while (entries.size() < count) {
-        entries.push_back(fileRow("f" + std::to_string(entries.size()), std::ssize(entries)));
-    }
-    QSignalSpy changed{table.get(), &EntryTable::rowsChanged};
-    const auto show = [&](std::vector<Entry> shown) {
-        table->setEntries(EntryList{std::move(shown)});
-        while (!table->isUpToDate()) {
-            ASSERT_TRUE(changed.wait());
-        }
-    };
-    show(entries);
-    table->selection().setAll();
-    table->selection().toggle(FileUrl{"/tri/f7"});
-    show({});
-    entries.push_back(fileRow("new", 1));
-    show(entries);
-    EXPECT_EQ(table->selection().count(), count - 1);
-    table->selection().toggle(FileUrl{"/tri/f8"});
-    std::swap(entries.front(), entries.back()); // in another order, without an empty list between
-    show(entries);
-    EXPECT_EQ(table->selection().count(), count - 2);
-    EXPECT_FALSE(table->selection().urls().contains(FileUrl{"/tri/f8"}));
-}
-
 TEST_F(EntryTableTest, TheContextMenuOffersWhatTheRowCanDo)
 {
     const auto texts = [this](const Entry& entry) {
-        std::vector<QString> result;
+        QStringList result;
         const auto menu = table->makeContextMenu(entry);
         for (const QAction* const action : menu->actions()) {
-            result.push_back(action->isSeparator() ? QStringLiteral("-") : action->text());
+            result << (action->isSeparator() ? QStringLiteral("-") : action->text());
         }
-        return result;
+        return result.join(u'|').toStdString();
     };
-    const QString enter = QStringLiteral("Entrer");
-    const QString reveal = QStringLiteral("Révéler dans le gestionnaire de fichiers");
-    const QString trash = QStringLiteral("Mettre à la corbeille");
-    EXPECT_THAT(texts(fileRow("f", 1)), ElementsAre(reveal));
-    EXPECT_THAT(texts(fileRow("d", 1, true)), ElementsAre(enter, reveal));
+    EXPECT_EQ(texts(fileRow("f", 1)), "Révéler dans le gestionnaire de fichiers");
     table->setDeletionEnabled(true);
-    EXPECT_THAT(texts(fileRow("d", 1, true)), ElementsAre(enter, reveal, QStringLiteral("-"), trash));
+    EXPECT_EQ(texts(fileRow("d", 1, true)),
+              "Entrer|Révéler dans le gestionnaire de fichiers|-|Mettre à la corbeille");
 
-    std::vector<std::string> deleted;
-    QObject::connect(table.get(), &EntryTable::deleteRequested, table.get(),
-                     [&deleted](const Entry& entry) { deleted.push_back(entry.url.path()); });
-    const auto menu = table->makeContextMenu(fileRow("\xff", 1));
-    menu->actions().back()->trigger();
-    EXPECT_THAT(deleted, ElementsAre("/tri/\xff"));
-
-    table->setEntries({fileRow("a", 2), fileRow("b", 1)});
-    ASSERT_TRUE(table->setCurrentEntry(FileUrl{"/tri/b"}));
+    const QSignalSpy deleted{table.get(), &EntryTable::deleteRequested};
+    table->setEntries({fileRow("a", 2), fileRow("\xff", 1)});
+    ASSERT_TRUE(table->setCurrentEntry(FileUrl{"/tri/\xff"}));
     QTimer::singleShot(0, table.get(), [] {
         auto* const open = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         open->actions().back()->trigger();
@@ -408,7 +368,8 @@ TEST_F(EntryTableTest, TheContextMenuOffersWhatTheRowCanDo)
     });
     QContextMenuEvent byKey{QContextMenuEvent::Keyboard, {}, {}};
     QCoreApplication::sendEvent(view->viewport(), &byKey);
-    EXPECT_EQ(deleted.back(), "/tri/b") << "the menu key means the current row";
+    ASSERT_EQ(deleted.size(), 1);
+    EXPECT_EQ(deleted[0][0].value<Entry>().name, "\xff") << "the menu key means the current row";
 }
 
 TEST_F(EntryTableTest, AssistiveToolsReadTheRowAndSwitchItsBox)

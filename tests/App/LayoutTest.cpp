@@ -1,5 +1,9 @@
+#include "App/NavigatorScene.h"
+#include "Controls/SearchField.h"
 #include "Controls/SelectionBar.h"
 #include "Theme/Theme.h"
+#include "Tools/DiskUsage/Breadcrumb.h"
+#include "Tools/DiskUsage/DiskUsageView.h"
 #include "Tools/Frame/ToolHeader.h"
 #include "Tools/Frame/ToolTitle.h"
 #include "Welcome/ToolWelcome.h"
@@ -18,6 +22,42 @@
 namespace tallyroom {
 
 namespace {
+
+TEST(DiskUsageView, TheWayShrinksAfterTheFilterAndNothingMovesWhileAScanRuns)
+{
+    NavigatorScene scene;
+    DiskUsageView view{*scene.navigator};
+    view.show();
+    scene.openLoaded("/r", {});
+    scene.navigator->activate(folderEntry("/r/a folder of some length", 30));
+    scene.finishListing({folderEntry("/r/a folder of some length/and another one in it", 10)});
+    scene.navigator->activate(folderEntry("/r/a folder of some length/and another one in it", 10));
+    const auto placesOf = [&] {
+        view.ensurePolished();
+        QApplication::sendPostedEvents();
+        QStringList places;
+        for (const QWidget* const part : view.findChildren<QWidget*>()) {
+            const bool isHead = part->isVisible() && part->mapTo(&view, QPoint{}).y() < Theme::controlHeight;
+            const QRect place{part->mapTo(&view, QPoint{}), part->size()};
+            if (isHead && qobject_cast<const QPushButton*>(part) == nullptr) {
+                places << QStringLiteral("%1 %2").arg(place.x()).arg(place.width());
+            }
+        }
+        return places;
+    };
+    const auto* const way = view.findChild<Breadcrumb*>();
+    const auto* const search = view.findChild<SearchField*>();
+    for (const int width : {684, 800, 1100}) {
+        view.resize(width, 600);
+        scene.receive({fileEntry("/r/a folder of some length/and another one in it/x", 1)});
+        const QStringList whileScanning = placesOf();
+        EXPECT_TRUE(search->width() <= 130 || way->width() >= way->sizeHint().width()) << width;
+        EXPECT_GE(way->width(), way->minimumSizeHint().width()) << width;
+        scene.finishListing({fileEntry("/r/a folder of some length/and another one in it/x", 1)});
+        EXPECT_EQ(placesOf(), whileScanning) << width;
+        scene.navigator->refreshCurrent();
+    }
+}
 
 TEST(ToolHeader, OptionsStandSideBySideAtEveryWidth)
 {

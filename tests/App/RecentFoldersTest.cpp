@@ -68,13 +68,7 @@ TEST_F(RecentFoldersTest, AnythingButAListOfPathsIsAnEmptyList)
 
 TEST(Settings, AWrongValueReadsAsTheDefault)
 {
-    struct Case {
-        QVariant stored;
-        std::int64_t limit;
-        std::int64_t minimumSize;
-    };
-
-    const std::vector<Case> cases{
+    const std::vector<std::tuple<QVariant, std::int64_t, std::int64_t>> cases{
         {{}, 100, 1'048'576},
         {250, 250, 250},
         {12.9, 100, 12},
@@ -85,13 +79,13 @@ TEST(Settings, AWrongValueReadsAsTheDefault)
         {QStringLiteral("250"), 100, 1'048'576},
         {QStringList{QStringLiteral("1"), QStringLiteral("2")}, 100, 1'048'576},
     };
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.stored.toString().toStdString());
-        Settings::write(QStringLiteral("lf.limit"), one.stored);
-        Settings::write(QStringLiteral("dup.minSize"), one.stored);
-        EXPECT_EQ(Settings::largeFilesLimit(), one.limit);
-        EXPECT_EQ(Settings::duplicatesMinSize(), one.minimumSize);
-        EXPECT_EQ(Settings::flag(QStringLiteral("lf.limit"), false), one.stored.typeId() == QMetaType::Bool);
+    for (const auto& [stored, limit, minimumSize] : cases) {
+        SCOPED_TRACE(stored.toString().toStdString());
+        Settings::write(QStringLiteral("lf.limit"), stored);
+        Settings::write(QStringLiteral("dup.minSize"), stored);
+        EXPECT_EQ(Settings::largeFilesLimit(), limit);
+        EXPECT_EQ(Settings::duplicatesMinSize(), minimumSize);
+        EXPECT_EQ(Settings::flag(QStringLiteral("lf.limit"), false), stored.typeId() == QMetaType::Bool);
     }
 }
 

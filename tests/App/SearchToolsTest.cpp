@@ -5,7 +5,6 @@
 #include "Settings/Settings.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
-#include "Text/AgeText.h"
 #include "Tools/BuildCaches/BuildCaches.h"
 #include "Tools/Frame/ListToolScreen.h"
 #include "Tools/GitRepos/GitRepos.h"
@@ -66,9 +65,6 @@ TEST_F(SearchToolsTest, AnotherLimitIsKeptAndScansAgainTheSameDoesNeither)
     EXPECT_TRUE(finished(tool));
     EXPECT_THAT(below(tree, tool.entries()), ElementsAre("Sub/a", "Sub/b", "c"));
     EXPECT_EQ(LargeFilesViewModel{m_deletions}.limit(), 3) << "a restart";
-
-    tool.setSearchText(QStringLiteral("sUB"));
-    EXPECT_THAT(below(tree, tool.filteredEntries()), ElementsAre("Sub/a", "Sub/b"));
 }
 
 TEST_F(SearchToolsTest, AStoredThresholdIsTakenWhenItIsKnownAndNeverScans)
@@ -147,29 +143,6 @@ TEST_F(SearchToolsTest, AHistoryGoesWithAWarning)
     screen->askDeletion({tool.entries()[0]}, DeleteConfirmation::Default::trash);
     EXPECT_TRUE(screen->findChild<DeleteConfirmation*>()->accessibleDescription().contains(
         QStringLiteral("historique")));
-}
-
-TEST(AgeText, SaysHowLongAgoInWords)
-{
-    using namespace std::chrono;
-    const Timestamp now{days{20'000}};
-    const std::vector<std::pair<std::int64_t, QString>> cases{
-        {0, QStringLiteral("aujourd’hui")},    {1, QStringLiteral("hier")},
-        {7, QStringLiteral("il y a 7 jours")}, {14, QStringLiteral("il y a 2 semaines")},
-        {60, QStringLiteral("il y a 2 mois")}, {729, QStringLiteral("il y a 24 mois")},
-        {730, QStringLiteral("il y a 2 ans")}, {-1, QStringLiteral("dans le futur")}};
-    for (const auto& [age, words] : cases) {
-        EXPECT_EQ(ageText(now - days{age}, now), words) << age;
-    }
-    EXPECT_EQ(ageText({}, now), QStringLiteral("date inconnue"));
-    EXPECT_EQ(modifiedAtSortKey(Entry{}), 0.0);
-}
-
-TEST(NodeModulesProgress, TellsWhatIsFoundAndThenWhatIsMeasured)
-{
-    EXPECT_EQ((NodeModulesProgress{true, 7, 0, 0}.text()),
-              QStringLiteral("Recherche… 7 node_modules trouvés"));
-    EXPECT_EQ((NodeModulesProgress{false, 7, 3, 3.0 / 7}.text()), QStringLiteral("Mesure des tailles… 3/7"));
 }
 
 } // namespace

@@ -1,6 +1,10 @@
 #include "Rows/Selection.h"
 
+#include "App/NavigatorScene.h"
 #include "Rows/EntryArrangement.h"
+#include "Rows/EntryTable.h"
+
+#include <QSignalSpy>
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -84,8 +88,8 @@ private:
             return; // a list that was edited does not grow
         }
         for (std::size_t added = 0; added < count; ++added) {
-            const std::string name = std::to_string(m_found.size());
-            m_found.append({FileUrl{"/" + name}, name, static_cast<std::int64_t>(below(1000)), false, {}});
+            m_found.append(
+                fileEntry("/" + std::to_string(m_found.size()), static_cast<std::int64_t>(below(1000))));
         }
         m_entries = m_found.snapshot();
         show();
@@ -178,10 +182,36 @@ TEST(Selection, IsWhatASetOfLocationsWouldBeWhateverBecomesOfTheList)
     }
 }
 
+TEST(Selection, ALongListThatIsScannedAgainHasItsChecksAgain)
+{
+    EntryTable table{EntryTableStyle{.firstColumnTitle = QStringLiteral("Nom")}};
+    table.show();
+    constexpr std::size_t count = 12'000;
+    std::vector<Entry> entries;
+    while (entries.size() < count) {
+        entries.push_back(fileEntry("/f" + std::to_string(entries.size()), std::ssize(entries)));
+    }
+    QSignalSpy changed{&table, &EntryTable::rowsChanged};
+    const auto show = [&](std::vector<Entry> shown) {
+        table.setEntries(EntryList{std::move(shown)});
+        while (!table.isUpToDate()) {
+            ASSERT_TRUE(changed.wait());
+        }
+    };
+    show(entries);
+    table.selection().setAll();
+    table.selection().toggle(FileUrl{"/f7"});
+    show({});
+    entries.push_back(fileEntry("/new", 1));
+    show(entries);
+    EXPECT_EQ(table.selection().count(), count - 1);
+    EXPECT_FALSE(table.selection().urls().contains(FileUrl{"/f7"}));
+}
+
 TEST(Selection, ChecksComeBackWithTheirEntriesUntilTheScanIsComplete)
 {
-    const Entry a{FileUrl{"/a"}, "a", 3, false, {}};
-    const Entry b{FileUrl{"/b"}, "b", 2, false, {}};
+    const Entry a = fileEntry("/a", 3);
+    const Entry b = fileEntry("/b", 2);
     Selection selection;
     const auto show = [&selection](const std::vector<Entry>& entries) {
         const EntryArrangement rows{{EntryList{entries}, {}, {}, {}, {}}};

@@ -27,14 +27,16 @@ void setDesktop(const QColor& window, const QColor& text, const QColor& highligh
     QApplication::setPalette(desktop);
 }
 
-void setDesktopLight(const QColor& highlight = QColor{0x30, 0x8c, 0xc6})
+constexpr QColor blue{0x30, 0x8c, 0xc6};
+
+void setDesktopLight(const QColor& highlight = blue)
 {
     setDesktop(Qt::white, Qt::black, highlight);
 }
 
-void setDesktopDark(const QColor& highlight = QColor{0x30, 0x8c, 0xc6})
+void setDesktopDark()
 {
-    setDesktop(QColor{0x20, 0x20, 0x20}, Qt::white, highlight);
+    setDesktop(QColor{0x20, 0x20, 0x20}, Qt::white, blue);
 }
 
 class ThemeTest : public testing::Test {
@@ -79,16 +81,12 @@ TEST_F(ThemeTest, TakesAnAccentThatSomebodyChoseAndMakesItLegible)
 
 TEST_F(ThemeTest, LargeLettersMakeAllOfTheWindowLarger)
 {
-    QFont desktop;
-    const auto scale = [&desktop](int pixels) {
+    for (const auto& [pixels, scale] :
+         std::vector<std::pair<int, double>>{{9, 1}, {15, 1}, {19, 1.25}, {30, 2}, {200, 3}}) {
+        QFont desktop;
         desktop.setPixelSize(pixels);
-        return Theme::scaleFor(desktop);
-    };
-    EXPECT_EQ(scale(9), 1);
-    EXPECT_EQ(scale(15), 1);
-    EXPECT_EQ(scale(19), 1.25);
-    EXPECT_EQ(scale(30), 2);
-    EXPECT_EQ(scale(200), 3);
+        EXPECT_EQ(Theme::scaleFor(desktop), scale) << pixels;
+    }
 }
 
 TEST_F(ThemeTest, LabelsCanBeReadOnEveryGround)

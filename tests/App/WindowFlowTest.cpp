@@ -1,13 +1,13 @@
 #include "App/WindowScene.h"
+#include "Controls/Spinner.h"
 #include "Deletion/DeleteConfirmation.h"
-#include "Deletion/StatusBanner.h"
 #include "Rows/EntryRows.h"
-#include "Text/FileUrlText.h"
 #include "Text/SizeText.h"
 #include "Tools/Frame/ExportFlow.h"
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QTextDocumentFragment>
@@ -25,6 +25,31 @@ namespace {
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
+/// Removes nothing, one item after the other, once the test lets it.
+struct Gate {
+    RemovalOperations operations()
+    {
+        return {[this](std::span<const Entry> entries, bool, const FileRemover::BatchOptions& options) {
+                    FileRemover::RemovalResult result;
+                    for (const Entry& entry : entries) {
+                        if (options.stop.stop_requested()) {
+                            break;
+                        }
+                        if (result.removed.empty()) {
+                            isInHand.count_down();
+                        }
+                        mayGoOn.wait();
+                        result.removed.push_back(entry.url);
+                    }
+                    return result;
+                },
+                {}};
+    }
+
+    std::latch isInHand{1};
+    std::latch mayGoOn{1};
+};
+
 /// What removals, exports and odd names come to in the whole window.
 class WindowFlowTest : public WindowScene {
 protected:
@@ -33,6 +58,22 @@ protected:
         std::vector<std::string> all;
         tool.forEachEntry([&all](const Entry& entry) { all.push_back(entry.name); });
         return all;
+    }
+
+    /// Takes what was removed back, and waits for it.
+    void undo(ScanToolViewModel& tool) const
+    {
+        tool.undoDeletion();
+        waitForRemoval();
+    }
+
+    /// Begins to remove the files "a", "b" and "c" of the tree for good, until `gate` has the first in hand.
+    void removeThree(Gate& gate, const TemporaryTree& tree)
+    {
+        open(gate.operations());
+        scan("disk-usage", tree.url());
+        store().diskUsage.deleteSelected({tree.url("a"), tree.url("b"), tree.url("c")}, true);
+        gate.isInHand.wait();
     }
 
     [[nodiscard]] static bool waitForSize(const ListToolViewModel& tool, std::string_view name,
@@ -61,8 +102,7 @@ TEST_F(WindowFlowTest, ToolsHearOfEachOthersRemovalsAndRestores)
     EXPECT_THAT(names(store().duplicates), testing::IsEmpty()) << "one copy is no duplicate";
     EXPECT_TRUE(waitForSize(store().diskUsage, "films", allocated(tree.path("films/b.mkv"))));
     EXPECT_FALSE(volumes.isEmpty()) << "the volumes have more room";
-    store().largeFiles.undoDeletion();
-    waitForRemoval();
+    undo(store().largeFiles);
     EXPECT_THAT(names(store().diskUsage), UnorderedElementsAre("films", "c.iso", "d.iso"));
     EXPECT_EQ(names(store().duplicates), copies);
     EXPECT_TRUE(waitForSize(store().diskUsage, "films",
@@ -71,8 +111,7 @@ TEST_F(WindowFlowTest, ToolsHearOfEachOthersRemovalsAndRestores)
     remove(store().diskUsage, {tree.url("films")});
     EXPECT_THAT(names(store().largeFiles), UnorderedElementsAre("c.iso", "d.iso"))
         << "what lay below goes too";
-    store().diskUsage.undoDeletion();
-    waitForRemoval();
+    undo(store().diskUsage);
     EXPECT_THAT(names(store().largeFiles), UnorderedElementsAre("a.mkv", "b.mkv", "c.iso", "d.iso"));
 }
 
@@ -80,15 +119,13 @@ TEST_F(WindowFlowTest, AListOpenedThroughALinkHearsOfRemovalsToo)
 {
     const TemporaryTree tree{file("data/films/a", 400'000), file("data/films/b", 200'000),
                              link("way", "data")};
-    open();
     scan(store().diskUsage, tree.url("data"));
     scan(store().largeFiles, tree.url("way"));
     remove(store().largeFiles, {tree.url("way/films/a")});
     EXPECT_TRUE(waitForSize(store().diskUsage, "films", allocated(tree.path("data/films/b"))));
     remove(store().diskUsage, {tree.url("data/films")});
     EXPECT_THAT(names(store().largeFiles), testing::IsEmpty());
-    store().diskUsage.undoDeletion();
-    waitForRemoval();
+    undo(store().diskUsage);
     EXPECT_THAT(names(store().largeFiles), ElementsAre("b"));
 }
 
@@ -106,46 +143,17 @@ TEST_F(WindowFlowTest, AFolderRemovedInPartSaysSoAndIsMeasuredAgain)
     scan(store().diskUsage, tree.url());
     remove(store().diskUsage, {tree.url("folder")}, true);
     EXPECT_TRUE(waitForSize(store().diskUsage, "folder", allocated(tree.path("folder/stays"))));
-    const QString report = store().diskUsage.statusMessage().value_or(QString{});
-    EXPECT_TRUE(report.startsWith(QStringLiteral("0 supprimé(s) définitivement, 1 en échec.")))
-        << report.toStdString();
-    EXPECT_TRUE(report.endsWith(QStringLiteral("1 supprimé en partie · %1 libérés.").arg(sizeText(freed))))
-        << report.toStdString();
+    const std::string report = store().diskUsage.statusMessage().value_or(QString{}).toStdString();
+    EXPECT_THAT(report, testing::StartsWith("0 supprimé(s) définitivement, 1 en échec."));
+    EXPECT_THAT(report,
+                testing::EndsWith("1 supprimé en partie · " + sizeText(freed).toStdString() + " libérés."));
 }
-
-/// Removes nothing, one item after the other, once the test lets it.
-struct Gate {
-    RemovalOperations operations()
-    {
-        return {[this](std::span<const Entry> entries, bool, const FileRemover::BatchOptions& options) {
-                    FileRemover::RemovalResult result;
-                    for (const Entry& entry : entries) {
-                        if (options.stop.stop_requested()) {
-                            break;
-                        }
-                        if (result.removed.empty()) {
-                            isInHand.count_down();
-                        }
-                        mayGoOn.wait();
-                        result.removed.push_back(entry.url);
-                    }
-                    return result;
-                },
-                {}};
-    }
-
-    std::latch isInHand{1};
-    std::latch mayGoOn{1};
-};
 
 TEST_F(WindowFlowTest, ClosingDuringADeletionAsksOnceAndStopsItWhenTold)
 {
     const TemporaryTree tree{file("a", 10), file("b", 10), file("c", 10)};
     Gate gate;
-    open(gate.operations());
-    scan(store().diskUsage, tree.url());
-    store().diskUsage.deleteSelected({tree.url("a"), tree.url("b"), tree.url("c")}, true);
-    gate.isInHand.wait();
+    removeThree(gate, tree);
     window->close();
     window->close();
     EXPECT_TRUE(window->isVisible());
@@ -170,19 +178,13 @@ TEST_F(WindowFlowTest, EscapeAndTheBannerStopADeletionWhichKeepsTheRest)
     for (const bool byKey : {true, false}) {
         const TemporaryTree tree{file("a", 10), file("b", 10), file("c", 10)};
         Gate gate;
-        open(gate.operations());
-        scan("disk-usage", tree.url());
-        auto* const screen = window->findChild<ToolScreen*>();
-        store().diskUsage.deleteSelected({tree.url("a"), tree.url("b"), tree.url("c")}, true);
-        gate.isInHand.wait();
+        removeThree(gate, tree);
         if (byKey) {
-            QTest::keyClick(screen, Qt::Key_Escape);
+            press(Qt::Key_Escape);
         } else {
-            auto* const banner = screen->findChild<StatusBanner*>();
-            ASSERT_TRUE(QTest::qWaitFor([&] { return banner->isVisible(); }, 20'000));
-            EXPECT_THAT(visibleTexts(*banner), ElementsAre(QStringLiteral("Suppression en cours… 0/3")));
-            EXPECT_EQ(visibleButton(*banner, QStringLiteral("Fermer le message")), nullptr);
-            QTest::mouseClick(visibleButton(*banner, QStringLiteral("Arrêter")), Qt::LeftButton);
+            ASSERT_TRUE(QTest::qWaitFor([&] { return shows("Suppression en cours… 0/3"); }, 20'000));
+            EXPECT_EQ(button(QStringLiteral("Fermer le message")), nullptr);
+            click("Arrêter");
         }
         EXPECT_TRUE(store().deletions.progress()->isStopping);
         gate.mayGoOn.count_down();
@@ -195,35 +197,27 @@ TEST_F(WindowFlowTest, EscapeAndTheBannerStopADeletionWhichKeepsTheRest)
 
 TEST_F(WindowFlowTest, TheConfirmationNamesTheLargestAndTellsTheAlikeApart)
 {
-    std::vector<Entry> entries;
-    const auto add = [&entries](const std::string& path, std::int64_t size) {
-        const FileUrl url{path};
-        entries.push_back({url, std::string{url.lastPathComponent()}, size, false, {}});
-    };
-    add("/x/film", 9'000);
-    add("/y/film", 8'000);
+    std::vector<Entry> entries{{FileUrl{"/x/film"}, "film", 9'000, false},
+                               {FileUrl{"/y/film"}, "film", 8'000, false}};
     for (int rank = 0; rank < 5; ++rank) {
-        add("/z/note" + std::to_string(rank), 10 - rank);
+        const std::string name = "note" + std::to_string(rank);
+        entries.push_back({FileUrl{"/z/" + name}, name, 10 - rank, false});
     }
     const DeleteConfirmation asking{entries, DeleteConfirmation::Default::trash, {}, nullptr};
-    const QString said = asking.accessibleDescription();
-    EXPECT_TRUE(
-        said.startsWith(QStringLiteral("7 éléments · 17 Ko\n\n« Mettre à la corbeille » est réversible.")))
-        << said.toStdString();
-    EXPECT_TRUE(said.endsWith(QStringLiteral("• film dans /x (9 Ko)\n• film dans /y (8 Ko)\n• note0 (10 o)\n"
-                                             "• note1 (9 o)\n• note2 (8 o)\net 2 autres")))
-        << said.toStdString();
+    const std::string said = asking.accessibleDescription().toStdString();
+    EXPECT_THAT(said, testing::StartsWith("7 éléments · 17 Ko\n\n« Mettre à la corbeille » est réversible."));
+    EXPECT_THAT(said, testing::EndsWith("• film dans /x (9 Ko)\n• film dans /y (8 Ko)\n• note0 (10 o)\n"
+                                        "• note1 (9 o)\n• note2 (8 o)\net 2 autres"));
 }
 
 TEST_F(WindowFlowTest, AReportDoesNotFollowIntoAnotherFolder)
 {
     const TemporaryTree tree{file("a", 10), folder("folder")};
     scan("disk-usage", tree.url());
-    const auto* const banner = window->findChild<ToolScreen*>()->findChild<StatusBanner*>();
     remove(store().diskUsage, {tree.url("a")});
-    EXPECT_TRUE(banner->isVisible());
+    EXPECT_NE(button(QStringLiteral("Fermer le message")), nullptr);
     store().diskUsage.navigateViaBreadcrumb(tree.url("folder"));
-    EXPECT_FALSE(banner->isVisible());
+    EXPECT_EQ(button(QStringLiteral("Fermer le message")), nullptr);
     EXPECT_TRUE(store().diskUsage.statusMessage());
     EXPECT_FALSE(store().diskUsage.canUndo());
 }
@@ -280,8 +274,35 @@ TEST_F(WindowFlowTest, LeavingDoesNotWaitForAnExportWithoutEnd)
     EXPECT_EQ(place.content("list.csv"), "text");
 }
 
+TEST_F(WindowFlowTest, StartsOnTheFirstToolKeepsItsScreensAndShowsAPlaceholderWithoutOne)
+{
+    EXPECT_EQ(window->selectedToolID(), QStringLiteral("dashboard"));
+    window->selectTool(QStringLiteral("disk-usage"));
+    const auto* const explorer = &shown<ToolScreen>();
+    window->selectTool({});
+    EXPECT_TRUE(shows("Aucun outil sélectionné") && shows("Choisissez un outil dans la barre latérale."));
+    auto& tools = shown<QListWidget>();
+    EXPECT_TRUE(tools.selectedItems().isEmpty());
+    tools.setCurrentRow(1);
+    EXPECT_EQ(&shown<ToolScreen>(), explorer);
+}
+
+TEST_F(WindowFlowTest, ASpinnerTurnsBesideAToolWhileItScans)
+{
+    const auto spinners = shown<QListWidget>().findChildren<Spinner*>();
+    const std::vector<FolderTool*> tools{&store().dashboard, &store().diskUsage};
+    for (std::size_t row = 0; row < tools.size(); ++row) {
+        const Spinner* const spinner = spinners[static_cast<qsizetype>(row)];
+        EXPECT_FALSE(spinner->isVisible());
+        tools[row]->handleImport(std::vector{FileUrl{"/nowhere"}});
+        EXPECT_FALSE(spinner->visibleRegion().isEmpty());
+        waitForScan(*tools[row]);
+        EXPECT_FALSE(spinner->isVisible());
+    }
+}
+
 /// What a tool tip or a label with this text shows: the toolkit guesses.
-QString shown(const QString& text)
+QString guessed(const QString& text)
 {
     return Qt::mightBeRichText(text) ? QTextDocumentFragment::fromHtml(text).toPlainText() : text;
 }
@@ -291,16 +312,16 @@ QStringList guessedTexts(const QWidget& top)
 {
     QStringList texts;
     for (const QWidget* const widget : top.findChildren<QWidget*>()) {
-        texts += shown(widget->toolTip());
+        texts += guessed(widget->toolTip());
         const auto* const label = qobject_cast<const QLabel*>(widget);
         if (label != nullptr) {
-            texts += label->textFormat() == Qt::PlainText ? label->text() : shown(label->text());
+            texts += label->textFormat() == Qt::PlainText ? label->text() : guessed(label->text());
         }
         const auto* const view = qobject_cast<const QAbstractItemView*>(widget);
         for (int row = 0; view != nullptr && view->model() != nullptr && row < view->model()->rowCount();
              ++row) {
             for (int column = 0; column < view->model()->columnCount(); ++column) {
-                texts += shown(view->model()->index(row, column).data(Qt::ToolTipRole).toString());
+                texts += guessed(view->model()->index(row, column).data(Qt::ToolTipRole).toString());
             }
         }
     }
@@ -331,13 +352,6 @@ TEST_F(WindowFlowTest, NamesThatLookLikeMarkupAreShownLetterByLetter)
             << text.toStdString();
     }
     EXPECT_GE(found, 6) << "the folder's name in titles, steps and rows";
-    const QString folder = FileUrlText::display(tree.url());
-    for (const QString& text : texts) {
-        if (text.startsWith(folder) && text.size() > folder.size()) {
-            EXPECT_TRUE(text.startsWith(folder + QLatin1Char{'/'} + QString::fromStdString(image)))
-                << text.toStdString();
-        }
-    }
 }
 
 } // namespace

@@ -58,6 +58,14 @@ protected:
         ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged, [&] { return !tool.isScanning(); }));
     }
 
+    /// Waits until the tool has read this folder, whoever opened it.
+    template <class Tool>
+    [[nodiscard]] static bool hasScanned(Tool& tool, const FileUrl& folder)
+    {
+        return waitUntil(&tool, &FolderTool::stateChanged,
+                         [&] { return tool.rootURL() == folder && !tool.isScanning(); });
+    }
+
     void waitForRemoval() const
     {
         DeletionRunner& runner = store().deletions;
