@@ -75,10 +75,14 @@ void addCsv(const EntryList& entries, OutputWriter& writer)
     }
 }
 
-void addJson(const EntryList& entries, OutputWriter& writer)
+void addJson(const EntryList& entries, OutputWriter& writer, const AddMembers& addMembers)
 {
     for (const Entry& entry : entries) {
-        writer.add(jsonLine(entry).line());
+        JsonLine line = jsonLine(entry);
+        if (addMembers) {
+            addMembers(entry, line);
+        }
+        writer.add(line.line());
     }
 }
 

@@ -5,6 +5,7 @@
 #include "OutputWriter.h"
 
 #include <cstddef>
+#include <functional>
 #include <string_view>
 
 namespace tallyroom {
@@ -19,6 +20,8 @@ struct TableStyle {
 /// Lists as the command line prints them.
 namespace EntryPrinter {
 
+using AddMembers = std::function<void(const Entry& entry, JsonLine& line)>;
+
 /// One object with name, path, url, sizeBytes, isDirectory and modifiedAt, and unreadable where something at
 /// or below the entry could not be read. `url` is percent-encoded and loses no byte. `group`, where there is
 /// one, comes first.
@@ -29,7 +32,8 @@ void addTable(const EntryList& entries, const TableStyle& style, OutputWriter& w
 
 void addCsv(const EntryList& entries, OutputWriter& writer);
 
-void addJson(const EntryList& entries, OutputWriter& writer);
+/// `addMembers` adds what a command knows besides to each object; may be none.
+void addJson(const EntryList& entries, OutputWriter& writer, const AddMembers& addMembers = {});
 
 } // namespace EntryPrinter
 

@@ -2,6 +2,7 @@
 
 #include "Controls/CheckBox.h"
 #include "Text/FileUrlText.h"
+#include "Text/MarkText.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Theme/Theme.h"
@@ -47,7 +48,9 @@ QStringList namesOf(const std::vector<Entry>& entries)
             QStringLiteral("• ") + shortened(FileUrlText::display(entry->name)) +
             (isAlike ? QStringLiteral(" dans ") + shortened(FileUrlText::displayFromHome(entry->url.parent()))
                      : QString{}) +
-            QStringLiteral(" (") + sizeText(entry->sizeBytes) + QLatin1Char{')'};
+            QStringLiteral(" (") +
+            (QStringList{sizeText(entry->sizeBytes)} + MarkText::words(*entry)).join(QStringLiteral(", ")) +
+            QLatin1Char{')'};
     }
     if (const std::size_t others = entries.size() - largest.size(); others > 0) {
         lines += QStringLiteral("et ") + NumberText::plural(others, QStringLiteral("autre"));
@@ -65,8 +68,9 @@ DeleteConfirmation::DeleteConfirmation(std::vector<Entry> entries, Default choic
     setWindowTitle(title);
     auto* const heading = new QLabel(title);
     Theme::dress(heading, Theme::Text::title);
-    auto* const text = new QLabel(
-        caution.warning.isEmpty() ? message() : message() + QStringLiteral("\n\n") + caution.warning);
+    QStringList parts{message(), caution.warning, MarkText::warning(m_entries)};
+    parts.removeAll(QString{});
+    auto* const text = new QLabel(parts.join(QStringLiteral("\n\n")));
     text->setWordWrap(true);
     text->setTextFormat(Qt::PlainText);
     Theme::dress(text, Theme::Text::body);

@@ -42,7 +42,9 @@ void EntryRowsModel::setRangeChecked(int firstRow, int lastRow, bool isChecked)
 {
     PositionSet range;
     for (int row = firstRow; row <= lastRow; ++row) {
-        if (const std::optional<std::uint32_t> position = positionAt(row)) {
+        const std::optional<std::uint32_t> position = positionAt(row);
+        const bool isEnd = row == firstRow || row == lastRow;
+        if (position && (isEnd || !isChecked || !m_selection.needsOwnCheck(*position))) {
             range.insert(*position);
         }
     }

@@ -39,6 +39,7 @@ public:
     /// The row that shows `url`, looked for from `likelyRow` on. O(n).
     [[nodiscard]] std::optional<int> rowOf(const FileUrl& url, int likelyRow) const;
 
+    /// The rows between the two are left unchecked where they need a check of their own.
     void setRangeChecked(int firstRow, int lastRow, bool isChecked);
 
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;

@@ -1,6 +1,7 @@
 #include "Rows/EntryTableModel.h"
 
 #include "Text/FileUrlText.h"
+#include "Text/PlainText.h"
 #include "Text/SizeText.h"
 #include "Theme/FileKindPresentation.h"
 
@@ -109,6 +110,11 @@ QVariant EntryTableModel::data(const QModelIndex& index, int role) const
     }
     if (role == Qt::CheckStateRole && index.column() == checkColumn) {
         return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
+    }
+    const bool isAboutMore = role == Qt::ToolTipRole || role == Qt::AccessibleDescriptionRole;
+    if (isAboutMore && m_style.toolTip && index.column() == nameColumn) {
+        const QString more = m_style.toolTip(entry);
+        return role == Qt::ToolTipRole && !more.isEmpty() ? plainToolTip(more) : more;
     }
     return {};
 }

@@ -45,6 +45,8 @@ struct EntryTableStyle {
     /// A quiet line under the name; rows are 46 high when it is given.
     std::function<QString(const Entry&)> secondLine{};
     std::function<std::vector<EntryBadge>(const Entry&)> badges{};
+    /// More about an entry, for the one who stays on its name with the mouse.
+    std::function<QString(const Entry&)> toolTip{};
     std::vector<EntryTableColumn> columns{};
 };
 

@@ -130,6 +130,17 @@ void Selection::assign(const PositionSet& among, const PositionSet& checked)
     Q_EMIT changed(std::nullopt);
 }
 
+void Selection::setAll()
+{
+    PositionSet range;
+    m_shown.forEach([&](std::uint32_t position) {
+        if (!needsOwnCheck(position)) {
+            range.insert(position);
+        }
+    });
+    setRange(range, true);
+}
+
 void Selection::setUrls(const UrlSet& urls)
 {
     m_absent = urls.empty() ? nullptr : std::make_shared<const AbsentChecks>(urls);

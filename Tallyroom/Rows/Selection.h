@@ -5,6 +5,7 @@
 
 #include <QObject>
 
+#include <functional>
 #include <optional>
 
 namespace tallyroom {
@@ -77,8 +78,18 @@ public:
         assign(range, isChecked ? range : PositionSet{});
     }
 
-    /// Checks all that is shown.
-    void setAll() { assign(m_shown, m_shown); }
+    /// Checks all that is shown, but what needs a check of its own. O(n).
+    void setAll();
+
+    /// Entries that need a check of their own besides those that are marked so.
+    void reserve(std::function<bool(const Entry&)> isReserved) { m_isReserved = std::move(isReserved); }
+
+    /// Whether whatever checks many entries leaves this one out.
+    [[nodiscard]] bool needsOwnCheck(std::uint32_t position) const
+    {
+        const Entry& entry = m_entries[position];
+        return entry.needsOwnCheck() || (m_isReserved && m_isReserved(entry));
+    }
 
     void clear() { setUrls({}); }
 
@@ -94,6 +105,7 @@ private:
     void recount();
     [[nodiscard]] std::int64_t sum(const PositionSet& positions) const;
 
+    std::function<bool(const Entry&)> m_isReserved; // may be none
     EntryList m_entries;
     PositionSet m_shown;
     std::size_t m_shownCount = 0;

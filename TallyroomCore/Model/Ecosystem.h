@@ -1,15 +1,31 @@
 #pragma once
 
+#include "Model/Entry.h"
 #include "Model/FolderNames.h"
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <set>
+#include <span>
 #include <string_view>
 #include <utility>
 
 namespace tallyroom {
+
+/// A folder that an ecosystem's tools make, and what tells it from a person's own folder of the same name.
+struct CacheFolder {
+    std::string_view name;
+    /// The command that makes it again; empty where the next run does by itself.
+    std::string_view remedy;
+    /// Files of a project, one of which lies beside it; "*.end" stands for any name with that end.
+    std::span<const std::string_view> markers;
+    /// What only the tool makes in it; the same.
+    std::span<const std::string_view> traces;
+    /// Whether searches look for the name; the others belong to names that another ecosystem looks for.
+    bool isSearched = true;
+};
 
 /// A build ecosystem, with the folders that its tools can regenerate. Any thread.
 class Ecosystem {
@@ -32,6 +48,15 @@ public:
 
     /// The first ecosystem that makes folders called `name`, letter by letter.
     [[nodiscard]] static std::optional<Ecosystem> first(std::string_view name);
+
+    /// The ecosystem that a search has told for a cache, else the first one by its name.
+    [[nodiscard]] static std::optional<Ecosystem> of(const Entry& cache);
+
+    /// How entries keep it; 0 stands for none.
+    [[nodiscard]] static std::uint8_t stored(const std::optional<Ecosystem>& ecosystem) noexcept;
+
+    /// The folder called `name` that its tools make; null when they make none.
+    [[nodiscard]] const CacheFolder* folder(std::string_view name) const noexcept;
 
     /// The names of the folders of all `ecosystems`.
     [[nodiscard]] static FolderNames ruleNames(const std::set<Ecosystem>& ecosystems);

@@ -47,6 +47,8 @@ struct Entry {
     EntryForm form = EntryForm::ordinary;
     /// A set of `EntryMark`. No part of equality.
     std::uint8_t marks = 0;
+    /// Of a cache: whose it is, as `Ecosystem::stored` tells; 0 for none. No part of equality.
+    std::uint8_t ecosystem = 0;
     /// How many folders could not be listed, and items not examined, at it and below it: then its size is a
     /// lower bound. Stays at its largest value rather than wrap. No part of equality.
     std::uint32_t unread = 0;
@@ -61,6 +63,12 @@ struct Entry {
     {
         const unsigned others = marks & ~static_cast<unsigned>(std::to_underlying(mark));
         marks = static_cast<std::uint8_t>(isSet ? others | std::to_underlying(mark) : others);
+    }
+
+    /// Whether a person has to choose it by its own check box: whatever chooses many leaves it out.
+    [[nodiscard]] bool needsOwnCheck() const noexcept
+    {
+        return has(EntryMark::toVerify) || has(EntryMark::inUse) || has(EntryMark::application);
     }
 
     [[nodiscard]] const FileUrl& id() const noexcept { return url; }

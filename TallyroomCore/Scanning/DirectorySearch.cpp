@@ -11,19 +11,28 @@ namespace tallyroom {
 
 namespace {
 
-/// A folder that was found.
-struct Match {
-    FileUrl url;
-    std::optional<Timestamp> modifiedAt;
-    ItemIdentity identity;
-};
+/// The folders that were found, not measured yet.
+using Matches = std::vector<Entry>;
 
-using Matches = std::vector<Match>;
+using Inspector = std::shared_ptr<const FindInspector>;
 
-/// Finds the folders of given names. Reads only names, and the attributes of matches.
+Entry matchAt(FileUrl url, const std::optional<Timestamp>& modifiedAt, const ItemIdentity& identity)
+{
+    std::string name{url.lastPathComponent()};
+    return {.url = std::move(url),
+            .name = std::move(name),
+            .isDirectory = true,
+            .modifiedAt = modifiedAt,
+            .identity = identity};
+}
+
+/// Finds the folders of given names. Reads only names, the attributes of matches, and what the inspector
+/// does.
 class MatchFinder : public AttentiveVisitor {
 public:
-    explicit MatchFinder(FolderNames names) : m_names(std::move(names)) {}
+    explicit MatchFinder(FolderNames names, Inspector inspector = {})
+        : m_names(std::move(names)), m_inspector(std::move(inspector))
+    {}
 
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const final
     {
@@ -66,23 +75,30 @@ protected:
     /// All matches by path, so that results repeat; once, at the end.
     [[nodiscard]] Matches takeMatches()
     {
-        std::ranges::sort(m_matches, {}, &Match::url);
+        std::ranges::sort(m_matches, {}, &Entry::url);
         return std::move(m_matches);
     }
 
+    [[nodiscard]] const Inspector& inspector() const { return m_inspector; }
+
 private:
-    static Match match(const TreeWalk::Folder& folder, const TreeWalk::Child& child)
+    [[nodiscard]] Entry match(const TreeWalk::Folder& folder, const TreeWalk::Child& child) const
     {
         const auto attributes = child.attributes != nullptr
                                     ? SystemResult<FileAttributes>{*child.attributes}
                                     : fileAttributes(folder.descriptor(), child.name.data());
         FileUrl url = folder.url(child.name);
-        return attributes
-                   ? Match{std::move(url), attributes->modifiedAt, folder.scanRoot().identify(*attributes)}
-                   : Match{std::move(url), {}, {}};
+        Entry found = attributes ? matchAt(std::move(url), attributes->modifiedAt,
+                                           folder.scanRoot().identify(*attributes))
+                                 : matchAt(std::move(url), {}, {});
+        if (m_inspector != nullptr) {
+            m_inspector->inspect(folder.descriptor(), found);
+        }
+        return found;
     }
 
     const FolderNames m_names;
+    const Inspector m_inspector; // may be none
     std::mutex m_mutex;
     Matches m_matches; // guarded by m_mutex until finish
 };
@@ -98,7 +114,7 @@ public:
     {
         Matches matches = takeMatches();
         std::vector<FileUrl> urls(matches.size());
-        std::ranges::transform(matches, urls.begin(), [](Match& match) { return std::move(match.url); });
+        std::ranges::transform(matches, urls.begin(), [](Entry& match) { return std::move(match.url); });
         m_result.set_value(std::move(urls));
     }
 
@@ -167,7 +183,7 @@ private:
     static SharedUnreadPlaces unread(const Matches& matches, const SharedUnreadPlaces& passedBy)
     {
         UnreadPlaces all = passedBy != nullptr ? *passedBy : UnreadPlaces{};
-        for (const Match& match : matches) {
+        for (const Entry& match : matches) {
             all.add(SizeCache::shared().unreadPlaces(match.url));
         }
         return all.count > 0 ? std::make_shared<const UnreadPlaces>(std::move(all)) : nullptr;
@@ -175,14 +191,9 @@ private:
 
     [[nodiscard]] IndexedEntry entry(std::size_t index, const FolderSize& size) const
     {
-        const Match& match = m_matches[index];
-        Entry entry{.url = match.url,
-                    .name = std::string{match.url.lastPathComponent()},
-                    .isDirectory = true,
-                    .modifiedAt = match.modifiedAt,
-                    .identity = match.identity};
-        size.applyTo(entry);
-        return {index, std::move(entry)};
+        Entry measured = m_matches[index];
+        size.applyTo(measured);
+        return {index, std::move(measured)};
     }
 
     const Matches m_matches;
@@ -192,8 +203,10 @@ private:
 /// Finds, then has its finds measured.
 class MeasuredSearch final : public MatchFinder {
 public:
-    MeasuredSearch(FolderNames names, std::unique_ptr<StreamedEntries> entries)
-        : MatchFinder(std::move(names)), m_entries(std::move(entries))
+    MeasuredSearch(FolderNames names, Inspector inspector, FileUrl root,
+                   std::unique_ptr<StreamedEntries> entries)
+        : MatchFinder(std::move(names), std::move(inspector)), m_root(std::move(root)),
+          m_entries(std::move(entries))
     {}
 
     void finish(bool stopped) override
@@ -204,7 +217,11 @@ public:
             if (unreadRoot()) {
                 m_entries->unreadable(*unreadRoot());
             }
-            MatchSizing::start(takeMatches(), unreadPlaces(), std::move(m_entries));
+            Matches matches = takeMatches();
+            if (inspector() != nullptr) {
+                conclude(matches);
+            }
+            MatchSizing::start(std::move(matches), unreadPlaces(), std::move(m_entries));
         }
     }
 
@@ -220,6 +237,18 @@ protected:
     }
 
 private:
+    void conclude(Matches& matches) const
+    {
+        // The searched folder itself was found before the walk, on the caller's thread.
+        if (matches.size() == 1 && matches.front().url == m_root) {
+            if (const auto parent = openFolder(m_root.parent(), FolderAccess::throughOnly)) {
+                inspector()->inspect(parent->get(), matches.front());
+            }
+        }
+        inspector()->conclude(m_root, matches);
+    }
+
+    const FileUrl m_root;
     std::unique_ptr<StreamedEntries> m_entries;
 };
 
@@ -234,7 +263,7 @@ void startFinding(std::optional<FileUrl> root, std::unique_ptr<MatchFinder> find
 }
 
 /// A folder that is no link, as a match of its own; found below the folder that holds it.
-std::optional<Match> folderItself(const FileUrl& url)
+std::optional<Entry> folderItself(const FileUrl& url)
 {
     const FileUrl holder = url.parent();
     const auto parent = openFolder(holder, FolderAccess::throughOnly);
@@ -244,7 +273,7 @@ std::optional<Match> folderItself(const FileUrl& url)
     if (!attributes || attributes->type != EntryType::folder) {
         return std::nullopt;
     }
-    return Match{url, attributes->modifiedAt, ScanRoots::add(holder, parent->get()).identify(*attributes)};
+    return matchAt(url, attributes->modifiedAt, ScanRoots::add(holder, parent->get()).identify(*attributes));
 }
 
 const FolderNames& nodeModules()
@@ -261,14 +290,16 @@ std::future<EntryList> FileScanner::findDirectories(FolderNames matching, const 
                       [](const ScanProgress& last) { return rankedByPath(last.entries); });
 }
 
-FileScanner::ScanStream FileScanner::findDirectoriesStream(FolderNames matching, const FileUrl& folder)
+FileScanner::ScanStream
+FileScanner::findDirectoriesStream(FolderNames matching, const FileUrl& folder,
+                                   const std::shared_ptr<const FindInspector>& inspector)
 {
     std::optional root{folder.standardized()};
     auto [sender, stream] = makeProgressStream<ScanProgress>();
     std::stop_token stop = sender.stopToken();
     const bool isNamed = matching.contains(root->lastPathComponent());
     const bool nothingIsWanted = matching.empty();
-    auto finder = std::make_unique<MeasuredSearch>(std::move(matching),
+    auto finder = std::make_unique<MeasuredSearch>(std::move(matching), inspector, *root,
                                                    std::make_unique<StreamedEntries>(std::move(sender)));
     if (isNamed) {
         // The only disk access on the caller's thread, for a folder that was just chosen.
@@ -289,9 +320,11 @@ std::future<EntryList> FileScanner::findNodeModules(const FileUrl& folder)
     return findDirectories(nodeModules(), folder);
 }
 
-FileScanner::ScanStream FileScanner::findNodeModulesStream(const FileUrl& folder)
+FileScanner::ScanStream
+FileScanner::findNodeModulesStream(const FileUrl& folder,
+                                   const std::shared_ptr<const FindInspector>& inspector)
 {
-    return findDirectoriesStream(nodeModules(), folder);
+    return findDirectoriesStream(nodeModules(), folder, inspector);
 }
 
 std::future<std::vector<FileUrl>> FileScanner::locateNodeModules(const FileUrl& folder)

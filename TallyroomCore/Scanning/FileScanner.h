@@ -2,11 +2,13 @@
 
 #include "Concurrency/ProgressStream.h"
 #include "Model/FolderNames.h"
+#include "Scanning/FindInspector.h"
 #include "Scanning/FolderSize.h"
 #include "Scanning/ScanProgress.h"
 
 #include <cstdint>
 #include <future>
+#include <memory>
 #include <vector>
 
 namespace tallyroom {
@@ -56,12 +58,14 @@ using ScanStream = ProgressStream<ScanProgress>;
 /// The same as a stream. Discovery: a record after every match, without entries, `completed` 0, `total` the
 /// matches so far, isDiscovering true. Then a record after every match that is measured, with all that are,
 /// equal sizes in the order in which they were. One empty record when there is no match. A cancelled search
-/// ends without more.
-[[nodiscard]] ScanStream findDirectoriesStream(FolderNames matching, const FileUrl& folder);
+/// ends without more. `inspector`, where there is one, looks at each match, not on the caller's thread.
+[[nodiscard]] ScanStream findDirectoriesStream(FolderNames matching, const FileUrl& folder,
+                                               const std::shared_ptr<const FindInspector>& inspector = {});
 
 /// The same for the one name "node_modules".
 [[nodiscard]] std::future<EntryList> findNodeModules(const FileUrl& folder);
-[[nodiscard]] ScanStream findNodeModulesStream(const FileUrl& folder);
+[[nodiscard]] ScanStream findNodeModulesStream(const FileUrl& folder,
+                                               const std::shared_ptr<const FindInspector>& inspector = {});
 
 /// The folders called "node_modules" below `folder`, by path, without measuring them. Discovery alone: it
 /// always looks below `folder`, whatever its own name.

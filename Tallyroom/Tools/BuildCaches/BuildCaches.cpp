@@ -1,7 +1,9 @@
 #include "Tools/BuildCaches/BuildCaches.h"
 
+#include "Caches/FindInspectors.h"
 #include "Controls/OptionMenu.h"
 #include "Settings/Settings.h"
+#include "Text/MarkText.h"
 #include "Text/PlainText.h"
 #include "Tools/Frame/ToolStyles.h"
 
@@ -26,20 +28,35 @@ std::set<Ecosystem> loadEcosystems()
 
 std::string_view ecosystemOf(const Entry& entry)
 {
-    const auto ecosystem = Ecosystem::first(entry.name);
+    const auto ecosystem = Ecosystem::of(entry);
     return ecosystem ? ecosystem->rawValue() : std::string_view{};
 }
 
 std::string symbolOf(const Entry& entry)
 {
-    const auto ecosystem = Ecosystem::first(entry.name);
+    const auto ecosystem = Ecosystem::of(entry);
     return std::string{ecosystem ? ecosystem->symbolName() : std::string_view{"folder.fill"}};
+}
+
+/// How a cache is made again, then what its marks mean.
+QString cacheToolTip(const Entry& entry)
+{
+    const auto ecosystem = Ecosystem::of(entry);
+    const CacheFolder* const folder = ecosystem ? ecosystem->folder(entry.name) : nullptr;
+    const QString marks = MarkText::explanation(entry);
+    if (folder == nullptr || entry.has(EntryMark::toVerify)) {
+        return marks;
+    }
+    const QString remedy = folder->remedy.empty()
+                               ? QStringLiteral("Se refait tout seul à la prochaine exécution.")
+                               : QStringLiteral("Se refait par « %1 ».").arg(toText(folder->remedy));
+    return marks.isEmpty() ? remedy : remedy + QLatin1Char{'\n'} + marks;
 }
 
 /// The place of an ecosystem in their order, to sort by; unknown ones last.
 double orderOf(const Entry& entry)
 {
-    return static_cast<double>(Ecosystem::first(entry.name).value_or(Ecosystem::xcode).index());
+    return static_cast<double>(Ecosystem::of(entry).value_or(Ecosystem::xcode).index());
 }
 
 ListToolStyle buildCachesStyle()
@@ -52,9 +69,10 @@ ListToolStyle buildCachesStyle()
     style.table.firstColumnTitle = QStringLiteral("Cache");
     style.table.name = [](const Entry& entry) { return ToolStyles::projectName(entry) + " / " + entry.name; };
     style.table.symbol = symbolOf;
+    style.table.toolTip = cacheToolTip;
     style.table.columns.push_back({QStringLiteral("Écosystème"), 130,
                                    [](const Entry& entry) {
-                                       const auto ecosystem = Ecosystem::first(entry.name);
+                                       const auto ecosystem = Ecosystem::of(entry);
                                        return ecosystem ? toText(ecosystem->displayName()) : QString{};
                                    },
                                    orderOf});
@@ -98,7 +116,8 @@ void BuildCachesViewModel::enable(Ecosystem ecosystem, bool isOn)
 
 FileScanner::ScanStream BuildCachesViewModel::startStream()
 {
-    return FileScanner::findDirectoriesStream(Ecosystem::ruleNames(m_enabled), *rootURL());
+    return FileScanner::findDirectoriesStream(Ecosystem::ruleNames(m_enabled), *rootURL(),
+                                              FindInspectors::ofCaches());
 }
 
 ListToolScreen* makeBuildCachesScreen(BuildCachesViewModel& tool)

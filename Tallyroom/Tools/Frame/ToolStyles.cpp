@@ -2,6 +2,7 @@
 
 #include "Text/AgeText.h"
 #include "Text/FileUrlText.h"
+#include "Text/MarkText.h"
 
 namespace tallyroom::ToolStyles {
 
@@ -23,6 +24,8 @@ ListToolStyle search(std::string icon, const QString& title, const QString& mess
     ListToolStyle style{frame(std::move(icon), title, message), {}};
     style.table.hasStrongNames = true;
     style.table.secondLine = [](const Entry& entry) { return FileUrlText::displayFromHome(entry.url); };
+    style.table.badges = markBadges;
+    style.table.toolTip = MarkText::explanation;
     return style;
 }
 
@@ -36,6 +39,15 @@ ListToolStyle projects(const std::string& icon, const QString& title, const QStr
          [](const Entry& entry) { return ageText(entry.modifiedAt, std::chrono::system_clock::now()); },
          modifiedAtSortKey});
     return style;
+}
+
+std::vector<EntryBadge> markBadges(const Entry& entry)
+{
+    std::vector<EntryBadge> badges;
+    for (const QString& word : MarkText::words(entry)) {
+        badges.push_back({word, Theme::Colour::old});
+    }
+    return badges;
 }
 
 std::string projectName(const Entry& entry)

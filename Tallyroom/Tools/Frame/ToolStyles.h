@@ -3,6 +3,7 @@
 #include "Tools/Frame/ListToolScreen.h"
 
 #include <string>
+#include <vector>
 
 namespace tallyroom {
 
@@ -18,6 +19,9 @@ namespace ToolStyles {
 /// The same for folders of projects, which have the project's name, the tool's icon and a column with the
 /// age.
 [[nodiscard]] ListToolStyle projects(const std::string& icon, const QString& title, const QString& message);
+
+/// A badge for each mark of an entry.
+[[nodiscard]] std::vector<EntryBadge> markBadges(const Entry& entry);
 
 /// The project that a found folder belongs to: the name of the folder around it.
 [[nodiscard]] std::string projectName(const Entry& entry);

@@ -1,0 +1,74 @@
+#include "Text/MarkText.h"
+
+#include "Text/NumberText.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tallyroom::MarkText {
+
+namespace {
+
+struct MarkRow {
+    EntryMark mark;
+    QString word;
+    QString explanation;
+    QString warning; ///< goes on after the number of entries
+};
+
+const std::array<MarkRow, 3>& markRows()
+{
+    static const std::array<MarkRow, 3> rows{{
+        {EntryMark::toVerify, QStringLiteral("à vérifier"),
+         QStringLiteral("Rien ne prouve que ce dossier soit un cache : regardez ce qu’il contient."),
+         QStringLiteral(" à vérifier : rien ne prouve que ce soit un cache qui se refait.")},
+        {EntryMark::inUse, QStringLiteral("en cours d’utilisation"),
+         QStringLiteral("Un programme s’en sert, ou il a changé il y a moins de dix minutes."),
+         QStringLiteral(" en cours d’utilisation : un programme peut en avoir besoin maintenant.")},
+        {EntryMark::application, QStringLiteral("application"),
+         QStringLiteral("Fait partie d’un programme installé, qui en a besoin."),
+         QStringLiteral(" d’un programme installé, qui en a besoin.")},
+    }};
+    return rows;
+}
+
+template <class Add>
+void forEachMark(const Entry& entry, const Add& add)
+{
+    for (const MarkRow& row : markRows()) {
+        if (entry.has(row.mark)) {
+            add(row);
+        }
+    }
+}
+
+} // namespace
+
+QStringList words(const Entry& entry)
+{
+    QStringList all;
+    forEachMark(entry, [&all](const MarkRow& row) { all += row.word; });
+    return all;
+}
+
+QString explanation(const Entry& entry)
+{
+    QStringList all;
+    forEachMark(entry, [&all](const MarkRow& row) { all += row.explanation; });
+    return all.join(QLatin1Char{'\n'});
+}
+
+QString warning(const std::vector<Entry>& entries)
+{
+    QStringList lines;
+    for (const MarkRow& row : markRows()) {
+        const auto count =
+            std::ranges::count_if(entries, [&row](const Entry& entry) { return entry.has(row.mark); });
+        if (count > 0) {
+            lines += NumberText::plural(count, QStringLiteral("élément")) + row.warning;
+        }
+    }
+    return lines.join(QLatin1Char{'\n'});
+}
+
+} // namespace tallyroom::MarkText

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Model/Entry.h"
+
+#include <QStringList>
+
+#include <vector>
+
+namespace tallyroom {
+
+/// What a search found out about entries, in words. Main thread.
+namespace MarkText {
+
+/// A word or two for each mark: "à vérifier".
+[[nodiscard]] QStringList words(const Entry& entry);
+
+/// What the marks mean, a sentence a line; empty without a mark.
+[[nodiscard]] QString explanation(const Entry& entry);
+
+/// What is to be thought of before `entries` are deleted, a sentence a line; empty where none is marked.
+[[nodiscard]] QString warning(const std::vector<Entry>& entries);
+
+} // namespace MarkText
+
+} // namespace tallyroom

@@ -1,0 +1,104 @@
+#include "Caches/FindInspectors.h"
+
+#include "Caches/CacheProof.h"
+#include "Caches/OpenFiles.h"
+#include "Caches/RecentWrites.h"
+#include "FileSystem/FolderReader.h"
+#include "FileSystem/HomeFolder.h"
+#include "FileSystem/RealPath.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tallyroom::FindInspectors {
+
+namespace {
+
+/// So long a cache that was written to is taken to be in use.
+constexpr std::chrono::minutes recently{10};
+
+class CacheInspector final : public FindInspector {
+public:
+    void inspect(int parent, Entry& find) const override
+    {
+        const CacheProof proof = proveCache(parent, find.name);
+        find.ecosystem = Ecosystem::stored(proof.ecosystem);
+        if (!proof.isProven) {
+            find.set(EntryMark::toVerify, true);
+        }
+        if (RecentWrites::isAnyBetween(parent, find.name.c_str(), m_start - recently, m_start + recently)) {
+            find.set(EntryMark::inUse, true);
+        }
+    }
+
+    void conclude(const FileUrl& root, std::span<Entry> finds) const override
+    {
+        const auto folder = openFolder(root, FolderAccess::throughOnly);
+        const auto real = folder ? realPathOf(folder->get()) : std::unexpected(folder.error());
+        if (!real || finds.empty()) {
+            return;
+        }
+        const OpenFiles open = OpenFiles::look();
+        const std::string base = *real == "/" ? std::string{} : *real;
+        const std::size_t rootLength = root.path() == "/" ? 0 : root.path().size();
+        for (Entry& find : finds) {
+            if (open.isAnyIn(FileUrl{base + find.url.path().substr(rootLength)})) {
+                find.set(EntryMark::inUse, true);
+            }
+        }
+    }
+
+private:
+    const Timestamp m_start = std::chrono::system_clock::now();
+};
+
+class ProgramInspector final : public FindInspector {
+public:
+    void inspect(int /*parent*/, Entry& find) const override
+    {
+        if (isOfInstalledProgram(find.url)) {
+            find.set(EntryMark::application, true);
+        }
+    }
+};
+
+/// Whether the first step of `path` below `home` is hidden, or a folder for programs.
+bool isProgramPlace(std::string_view path, std::string_view home)
+{
+    const std::string_view below = path.substr(std::min(path.size(), home.size() + 1));
+    return below.starts_with('.') || below.starts_with("Applications/");
+}
+
+} // namespace
+
+std::shared_ptr<const FindInspector> ofCaches()
+{
+    return std::make_shared<CacheInspector>();
+}
+
+std::shared_ptr<const FindInspector> ofNodeModules()
+{
+    return std::make_shared<ProgramInspector>();
+}
+
+bool isOfInstalledProgram(const FileUrl& url)
+{
+    static constexpr std::array<std::string_view, 6> places{"/usr", "/opt",     "/snap",
+                                                            "/nix", "/var/lib", "/app"};
+    const std::string_view path = url.path();
+    if (std::ranges::any_of(places, [path](std::string_view place) { return isWithin(path, place); }) ||
+        path.find("/resources/app/") != std::string_view::npos) {
+        return true;
+    }
+    const auto homes = HomeFolder::all();
+    const auto isOwnHome = [path](const FileUrl& home) {
+        return home.path() != "/" && isWithin(path, home.path());
+    };
+    if (const auto home = std::ranges::find_if(homes, isOwnHome); home != homes.end()) {
+        return isProgramPlace(path, home->path());
+    }
+    constexpr std::string_view others = "/home/";
+    return path.starts_with(others) && isProgramPlace(path, path.substr(0, path.find('/', others.size())));
+}
+
+} // namespace tallyroom::FindInspectors

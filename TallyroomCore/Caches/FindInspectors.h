@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Scanning/FindInspector.h"
+
+#include <memory>
+
+namespace tallyroom {
+
+/// Inspectors for searches of what can be made again. Any thread.
+namespace FindInspectors {
+
+/// For build caches: tells the ecosystem, and marks what is not proven to be a cache and what is in use.
+[[nodiscard]] std::shared_ptr<const FindInspector> ofCaches();
+
+/// For node_modules: marks those of installed programs.
+[[nodiscard]] std::shared_ptr<const FindInspector> ofNodeModules();
+
+/// Whether an item at `url` belongs to an installed program: below a hidden folder of the home folder or of
+/// another user's, or in the folders where systems and people install programs.
+[[nodiscard]] bool isOfInstalledProgram(const FileUrl& url);
+
+} // namespace FindInspectors
+
+} // namespace tallyroom

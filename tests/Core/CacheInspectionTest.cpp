@@ -1,0 +1,146 @@
+#include "Caches/FindInspectors.h"
+#include "Model/Ecosystem.h"
+#include "Scanning/FileScanner.h"
+#include "Support/CacheTree.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <spawn.h>
+#include <sys/wait.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::UnorderedElementsAre;
+
+std::map<std::string, Entry> cachesIn(const TemporaryTree& tree, const FileUrl& root)
+{
+    FileScanner::clearCache();
+    auto stream = FileScanner::findDirectoriesStream(
+        Ecosystem::ruleNames({Ecosystem::all.begin(), Ecosystem::all.end()}), root,
+        FindInspectors::ofCaches());
+    ScanProgress last;
+    while (auto record = stream.next()) {
+        last = std::move(*record);
+    }
+    std::map<std::string, Entry> caches;
+    for (const Entry& entry : last.entries) {
+        caches[entry.url.path().substr(tree.path().size() + 1)] = entry;
+    }
+    return caches;
+}
+
+std::vector<std::string> inUse(const std::map<std::string, Entry>& caches)
+{
+    std::vector<std::string> paths;
+    for (const auto& [path, entry] : caches) {
+        if (entry.has(EntryMark::inUse)) {
+            paths.push_back(path);
+        }
+    }
+    return paths;
+}
+
+/// Another program that holds a file open.
+class Holder {
+public:
+    explicit Holder(const std::string& file)
+    {
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_addopen(&actions, 0, file.c_str(), O_RDONLY, 0);
+        std::string program = "sleep";
+        std::string time = "60";
+        char* const arguments[] = {program.data(), time.data(), nullptr};
+        EXPECT_EQ(::posix_spawnp(&m_process, "sleep", &actions, nullptr, arguments, environ), 0);
+        ::posix_spawn_file_actions_destroy(&actions);
+    }
+
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+
+    ~Holder()
+    {
+        ::kill(m_process, SIGKILL);
+        ::waitpid(m_process, nullptr, 0);
+    }
+
+private:
+    pid_t m_process = -1;
+};
+
+TEST(CacheInspection, TellsCachesFromFoldersThatAreOnlyCalledLikeThem)
+{
+    const CacheTree tree;
+    std::map<std::string, std::string> found;
+    for (const auto& [path, entry] : cachesIn(tree, tree.url())) {
+        EXPECT_FALSE(entry.has(EntryMark::inUse)) << path;
+        found[path] = (entry.has(EntryMark::toVerify) ? "?" : "") +
+                      std::string{Ecosystem::of(entry).value_or(Ecosystem::xcode).rawValue()};
+    }
+    EXPECT_EQ(found, CacheTree::truth());
+}
+
+TEST(CacheInspection, TheSearchedFolderItselfIsInspectedToo)
+{
+    const CacheTree tree;
+    const auto proven = cachesIn(tree, tree.url("android/build"));
+    EXPECT_EQ(Ecosystem::of(proven.at("android/build")), Ecosystem{Ecosystem::jvm});
+    EXPECT_EQ(proven.at("android/build").marks, 0);
+    const auto doubtful = cachesIn(tree, tree.url("Documents/Maison/build"));
+    EXPECT_TRUE(doubtful.at("Documents/Maison/build").has(EntryMark::toVerify));
+}
+
+TEST(CacheInspection, AWriteWithinTenMinutesMeansInUse)
+{
+    CacheTree tree;
+    const std::int64_t now = std::time(nullptr);
+    tree.add(file("site/node_modules/a/b/c/new.js", 9).modifiedAt(now - 9 * 60));
+    tree.add(file("crate/target/debug/older", 9).modifiedAt(now - 11 * 60));
+    tree.add(file("shop/vendor/future", 9).modifiedAt(now + 86'400));
+    tree.add(folder("site/node_modules/a/b/c").modifiedAt(1'600'000'000));
+    for (const char* const path : {"site/node_modules/a/b", "site/node_modules/a", "site/node_modules",
+                                   "crate/target/debug", "crate/target", "shop/vendor"}) {
+        tree.add(folder(path).modifiedAt(1'600'000'000));
+    }
+    EXPECT_THAT(inUse(cachesIn(tree, tree.url())), UnorderedElementsAre("site/node_modules"));
+}
+
+TEST(CacheInspection, AFileThatAnotherProgramHoldsOpenMeansInUseAlsoThroughALink)
+{
+    CacheTree tree;
+    tree.add(link("shortcut", "crate"));
+    const Holder holder{tree.path("crate/target/debug/app")};
+    EXPECT_THAT(inUse(cachesIn(tree, tree.url())), UnorderedElementsAre("crate/target"));
+    EXPECT_THAT(inUse(cachesIn(tree, tree.url("shortcut"))), UnorderedElementsAre("shortcut/target"));
+}
+
+TEST(ProgramInspection, NodeModulesOfProgramsAreToldFromThoseOfProjects)
+{
+    const std::string home = "/tmp/somebody";
+    const std::string before = std::getenv("HOME");
+    ::setenv("HOME", home.c_str(), 1);
+    for (const auto& [path, isProgram] : {std::pair{home + "/.vscode/extensions/x/node_modules", true},
+                                          {home + "/Applications/x/node_modules", true},
+                                          {home + "/code/site/node_modules", false},
+                                          {home + "/code/.hidden/node_modules", false},
+                                          {home + "/node_modules", false},
+                                          {std::string{"/usr/lib/node_modules"}, true},
+                                          {std::string{"/opt/x/node_modules"}, true},
+                                          {std::string{"/optional/node_modules"}, false},
+                                          {std::string{"/home/other/.config/x/node_modules"}, true},
+                                          {std::string{"/home/other/x/node_modules"}, false},
+                                          {std::string{"/mnt/x/resources/app/node_modules"}, true},
+                                          {std::string{"/srv/site/node_modules"}, false}}) {
+        EXPECT_EQ(FindInspectors::isOfInstalledProgram(FileUrl{path}), isProgram) << path;
+    }
+    ::setenv("HOME", before.c_str(), 1);
+}
+
+} // namespace
+
+} // namespace tallyroom
