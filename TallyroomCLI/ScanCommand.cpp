@@ -1,12 +1,17 @@
 #include "ScanCommand.h"
 
+#include "Caches/FindInspectors.h"
+#include "Concurrency/Locked.h"
+#include "Concurrency/ParallelFor.h"
 #include "EntryPrinter.h"
 #include "FileSystem/FolderReader.h"
+#include "Git/RepositoryState.h"
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
 
 #include <cerrno>
 #include <filesystem>
+#include <unordered_map>
 
 namespace tallyroom {
 
@@ -82,9 +87,13 @@ namespace {
 /// How a table names its entries.
 enum class Shown : bool { names, paths };
 
+/// Finds out more about the entries, and says how to add it to their objects.
+using FindOut = std::function<EntryPrinter::AddMembers(const EntryList& entries)>;
+
 /// A whole command: checks the folder, follows the scan that `start` starts on it, prints the result.
 template <class Start>
-ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interruption, Start start)
+ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interruption, Start start,
+             const FindOut& findOut = {})
 {
     const auto url = ScanCommand::folder(options.folder);
     if (!url) {
@@ -102,7 +111,9 @@ ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interr
         options.format, interruption,
         [&](OutputWriter& writer) { EntryPrinter::addTable(entries, style, writer); },
         [&](OutputWriter& writer) { EntryPrinter::addCsv(entries, writer); },
-        [&](OutputWriter& writer) { EntryPrinter::addJson(entries, writer); });
+        [&](OutputWriter& writer) {
+            EntryPrinter::addJson(entries, writer, findOut ? findOut(entries) : EntryPrinter::AddMembers{});
+        });
 }
 
 } // namespace
@@ -117,6 +128,73 @@ ExitCode runLargest(const ScanOptions& options, std::int64_t limit, const Interr
 {
     return run(options, Shown::paths, interruption,
                [limit](const FileUrl& url) { return FileScanner::findLargestFilesStream(url, limit); });
+}
+
+ExitCode runBuildCaches(const ScanOptions& options, const std::set<Ecosystem>& ecosystems,
+                        const Interruption& interruption)
+{
+    return run(
+        options, Shown::paths, interruption,
+        [&ecosystems](const FileUrl& url) {
+            return FileScanner::findDirectoriesStream(Ecosystem::ruleNames(ecosystems), url,
+                                                      FindInspectors::ofCaches());
+        },
+        [](const EntryList&) {
+            return [](const Entry& entry, JsonLine& line) {
+                line.truth("proven", !entry.has(EntryMark::toVerify));
+            };
+        });
+}
+
+namespace {
+
+using States = std::unordered_map<FileUrl, std::optional<RepositoryState>>;
+
+/// Those that are known before an interruption.
+States readStates(const EntryList& repositories, const Interruption& interruption)
+{
+    std::stop_source stop;
+    const auto stopping = interruption.whenItComes([&stop] { stop.request_stop(); });
+    Locked<States> states;
+    ParallelForOptions options;
+    options.lanes = WorkerPool::shared().width();
+    options.stop = stop.get_token();
+    parallelFor(
+        WorkerPool::shared(), repositories.size(),
+        [&](std::size_t number, unsigned) {
+            const FileUrl& url = repositories[number].url;
+            const auto state = RepositoryState::read(url);
+            states.with([&](States& known) { known.emplace(url, state); });
+        },
+        options);
+    return states.get();
+}
+
+void addState(const States& states, const Entry& repository, JsonLine& line)
+{
+    const auto found = states.find(repository.url);
+    if (found == states.end() || !found->second) {
+        line.null("remote").null("unpushed").null("stashes");
+        return;
+    }
+    const RepositoryState& state = *found->second;
+    line.truth("remote", state.hasRemote);
+    state.unpushed ? line.number("unpushed", *state.unpushed) : line.null("unpushed");
+    line.number("stashes", state.stashes);
+}
+
+} // namespace
+
+ExitCode runGitRepos(const ScanOptions& options, const Interruption& interruption)
+{
+    return run(
+        options, Shown::paths, interruption,
+        [](const FileUrl& url) { return FileScanner::findDirectoriesStream({".git"}, url); },
+        [&interruption](const EntryList& entries) {
+            return [states = readStates(entries, interruption)](const Entry& entry, JsonLine& line) {
+                addState(states, entry, line);
+            };
+        });
 }
 
 ExitCode runSearch(const ScanOptions& options, const FolderNames& names, const Interruption& interruption)

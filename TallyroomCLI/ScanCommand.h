@@ -2,6 +2,7 @@
 
 #include "ExitCode.h"
 #include "Interruption.h"
+#include "Model/Ecosystem.h"
 #include "OutputWriter.h"
 #include "ProgressLine.h"
 #include "Scanning/FileScanner.h"
@@ -77,7 +78,14 @@ template <class AddTable, class AddCsv, class AddJson>
 [[nodiscard]] ExitCode runLargest(const ScanOptions& options, std::int64_t limit,
                                   const Interruption& interruption);
 
-/// `node-modules`, `build-caches`, `git-repos`: the folders of these names below the folder.
+/// `build-caches`: the folders that the tools of `ecosystems` make.
+[[nodiscard]] ExitCode runBuildCaches(const ScanOptions& options, const std::set<Ecosystem>& ecosystems,
+                                      const Interruption& interruption);
+
+/// `git-repos`: the histories, as objects with what only this disk has of them.
+[[nodiscard]] ExitCode runGitRepos(const ScanOptions& options, const Interruption& interruption);
+
+/// `node-modules`: the folders of these names below the folder.
 [[nodiscard]] ExitCode runSearch(const ScanOptions& options, const FolderNames& names,
                                  const Interruption& interruption);
 

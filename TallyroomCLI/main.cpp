@@ -160,12 +160,11 @@ public:
                   "--limit", "N", m_limit, "Nombre de fichiers à garder");
         add("node-modules", "Les dossiers node_modules et leur poids",
             [this] { return runSearch(m_options, {"node_modules"}, m_interruption); });
-        addEcosystems(
-            add("build-caches", "Les dossiers que les outils de développement savent refaire",
-                [this] { return runSearch(m_options, Ecosystem::ruleNames(m_ecosystems), m_interruption); }),
-            m_ecosystems);
+        addEcosystems(add("build-caches", "Les dossiers que les outils de développement savent refaire",
+                          [this] { return runBuildCaches(m_options, m_ecosystems, m_interruption); }),
+                      m_ecosystems);
         add("git-repos", "Les dossiers .git et leur poids",
-            [this] { return runSearch(m_options, {".git"}, m_interruption); });
+            [this] { return runGitRepos(m_options, m_interruption); });
         addNumber(add("duplicates", "Les fichiers de contenu identique, par groupes",
                       [this] {
                           return runDuplicates({m_options, m_minimumSize}, m_interruption);

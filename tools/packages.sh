@@ -2,10 +2,10 @@
 # What Tallyroom needs from Debian, by purpose, and `need`, which installs what is missing. To be sourced.
 
 declare -A tallyroom_packages=(
-    [build]="g++ cmake ninja-build pkg-config libssl-dev libmount-dev libudev-dev libcli11-dev nlohmann-json3-dev"
+    [build]="g++ cmake ninja-build pkg-config libssl-dev libmount-dev libudev-dev libgit2-dev libcli11-dev nlohmann-json3-dev"
     [app]="qt6-base-dev qt6-svg-dev"
     [window]="qt6-wayland qt6-translations-l10n"
-    [test]="trash-cli libgtest-dev libgmock-dev xvfb xdotool openbox dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi"
+    [test]="git trash-cli libgtest-dev libgmock-dev xvfb xdotool openbox dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi"
     [package]="librsvg2-bin dpkg-dev file lintian mmdebstrap desktop-file-utils appstream xvfb xdotool"
     [fuzz]="clang-16 libclang-rt-16-dev"
     [ci]="ccache clang-format clang-tidy-16 shellcheck libbenchmark-dev"

@@ -28,7 +28,8 @@ ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& sty
 
 ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table,
                                QWidget* parent)
-    : ToolScreen(tool, style, table, parent), m_list(tool), m_remark(style.remark), m_table(table)
+    : ToolScreen(tool, style, table, parent), m_list(tool), m_remark(style.remark), m_warning(style.warning),
+      m_table(table)
 {
     connect(&tool, &ListToolViewModel::categoryChanged, this, &ListToolScreen::showFilter);
     if (!style.categories.empty()) {
@@ -55,6 +56,15 @@ QString ListToolScreen::summary() const
                 QStringLiteral(" · ") + sizeText(rows.shownBytes());
     }
     return m_remark ? text + m_remark() : text;
+}
+
+ToolScreen::Caution ListToolScreen::caution(const std::vector<Entry>& entries) const
+{
+    Caution caution = ToolScreen::caution(entries);
+    if (const QString own = m_warning ? m_warning(entries) : QString{}; !own.isEmpty()) {
+        caution.warning += (caution.warning.isEmpty() ? QString{} : QStringLiteral("\n\n")) + own;
+    }
+    return caution;
 }
 
 void ListToolScreen::addOption(QWidget* option)

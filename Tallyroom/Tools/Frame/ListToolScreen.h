@@ -16,6 +16,8 @@ struct ListToolStyle : ToolScreenStyle {
     std::vector<CategoryChips::Chip> categories{};
     /// What the summary ends with; may be none.
     std::function<QString()> remark{};
+    /// What the tool has to say before `entries` are deleted, besides `deletionWarning`; may be none.
+    std::function<QString(const std::vector<Entry>& entries)> warning{};
 };
 
 /// The screen of a tool that lists entries in a table. Main thread.
@@ -38,6 +40,7 @@ protected:
     [[nodiscard]] EntryTable& table() const { return *m_table; }
 
     [[nodiscard]] QString summary() const override;
+    [[nodiscard]] Caution caution(const std::vector<Entry>& entries) const override;
     void showEntries() override;
     void showFiltered() override;
 
@@ -48,6 +51,7 @@ private:
 
     ListToolViewModel& m_list;
     std::function<QString()> m_remark;
+    std::function<QString(const std::vector<Entry>&)> m_warning;
     EntryTable* m_table;
     CategoryChips* m_chips = nullptr; // where the tool knows categories
 };

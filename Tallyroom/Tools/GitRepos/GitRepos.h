@@ -1,23 +1,39 @@
 #pragma once
 
+#include "Git/RepositoryState.h"
+#include "Tools/Frame/EntryFacts.h"
 #include "Tools/Frame/ListToolViewModel.h"
 
 namespace tallyroom {
 
 class ListToolScreen;
 
-/// The Git histories (".git" folders) below a folder of projects. Main thread.
+/// The Git histories (".git" folders) below a folder of projects, and what would be lost with each. Main
+/// thread.
 class GitReposViewModel : public ListToolViewModel {
     Q_OBJECT
 
 public:
-    explicit GitReposViewModel(DeletionRunner& deletions) : ListToolViewModel(deletions) {}
+    /// Nothing for a repository that cannot be read.
+    using State = std::optional<RepositoryState>;
+
+    explicit GitReposViewModel(DeletionRunner& deletions);
+
+    /// The state of the repository whose history is at `url`; null while it is not known. It comes after the
+    /// entry.
+    [[nodiscard]] const State* repositoryState(const FileUrl& url) const { return m_states.find(url); }
+
+Q_SIGNALS:
+    void repositoryStatesChanged();
 
 protected:
     [[nodiscard]] FileScanner::ScanStream startStream() override
     {
         return FileScanner::findDirectoriesStream({".git"}, *rootURL());
     }
+
+private:
+    EntryFacts<State> m_states;
 };
 
 /// The screen of the Git histories, each by the name of its repository.

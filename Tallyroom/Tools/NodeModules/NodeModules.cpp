@@ -1,8 +1,12 @@
 #include "Tools/NodeModules/NodeModules.h"
 
+#include "Caches/FindInspectors.h"
+#include "Caches/RecentWrites.h"
 #include "Controls/OptionMenu.h"
 #include "Rows/Selection.h"
 #include "Settings/Settings.h"
+#include "Text/AgeText.h"
+#include "Text/MarkText.h"
 #include "Text/NumberText.h"
 #include "Text/PlainText.h"
 #include "Text/SizeText.h"
@@ -30,6 +34,20 @@ QString labelOf(AgeThreshold threshold)
     return toText(threshold.label());
 }
 
+/// Both ages: installing changes one of them, working on the project the other.
+QString toolTipOf(const NodeModulesViewModel& tool, const Entry& entry)
+{
+    const Timestamp now = std::chrono::system_clock::now();
+    QStringList lines{QStringLiteral("node_modules modifié : ") + ageText(entry.modifiedAt, now)};
+    if (const auto* const project = tool.projectDate(entry); project != nullptr && *project) {
+        lines += QStringLiteral("Fichiers du projet modifiés : ") + ageText(*project, now);
+    }
+    if (const QString marks = MarkText::explanation(entry); !marks.isEmpty()) {
+        lines += marks;
+    }
+    return lines.join(QLatin1Char{'\n'});
+}
+
 ListToolStyle nodeModulesStyle(const NodeModulesViewModel& tool)
 {
     ListToolStyle style = ToolStyles::projects(
@@ -39,11 +57,13 @@ ListToolStyle nodeModulesStyle(const NodeModulesViewModel& tool)
     style.emptyMessage = QStringLiteral("Aucun dossier node_modules ici.");
     style.table.firstColumnTitle = QStringLiteral("Projet");
     style.table.badges = [&tool](const Entry& entry) -> std::vector<EntryBadge> {
+        std::vector<EntryBadge> badges = ToolStyles::markBadges(entry);
         if (tool.threshold().isOld(entry.modifiedAt, std::chrono::system_clock::now())) {
-            return {{QStringLiteral("ancien"), Theme::Colour::old}};
+            badges.push_back({QStringLiteral("ancien"), Theme::Colour::old});
         }
-        return {};
+        return badges;
     };
+    style.table.toolTip = [&tool](const Entry& entry) { return toolTipOf(tool, entry); };
     style.remark = [&tool] {
         const std::vector<Entry> old = tool.oldEntries();
         return old.empty() ? QString{}
@@ -65,8 +85,11 @@ QString NodeModulesProgress::text() const
 }
 
 NodeModulesViewModel::NodeModulesViewModel(DeletionRunner& deletions)
-    : ListToolViewModel(deletions), m_threshold(storedThreshold())
-{}
+    : ListToolViewModel(deletions), m_threshold(storedThreshold()),
+      m_projectDates([](const FileUrl& url) { return RecentWrites::newestOwnFile(url.parent()); }, [] {})
+{
+    connect(this, &ScanToolViewModel::progressChanged, this, [this] { m_projectDates.follow(entries()); });
+}
 
 void NodeModulesViewModel::setThreshold(AgeThreshold threshold)
 {
@@ -81,7 +104,7 @@ std::vector<Entry> NodeModulesViewModel::oldEntries() const
     std::vector<Entry> old;
     std::ranges::copy_if(entries(), std::back_inserter(old),
                          [this, now = Timestamp{std::chrono::system_clock::now()}](const Entry& entry) {
-                             return m_threshold.isOld(entry.modifiedAt, now);
+                             return !entry.needsOwnCheck() && m_threshold.isOld(entry.modifiedAt, now);
                          });
     return old;
 }
@@ -94,7 +117,7 @@ ScanLine NodeModulesViewModel::scanLine() const
 
 FileScanner::ScanStream NodeModulesViewModel::startStream()
 {
-    return FileScanner::findNodeModulesStream(*rootURL());
+    return FileScanner::findNodeModulesStream(*rootURL(), FindInspectors::ofNodeModules());
 }
 
 ListToolScreen* makeNodeModulesScreen(NodeModulesViewModel& tool)

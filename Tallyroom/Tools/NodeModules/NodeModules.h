@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Model/AgeThreshold.h"
+#include "Tools/Frame/EntryFacts.h"
 #include "Tools/Frame/ListToolViewModel.h"
 
 namespace tallyroom {
@@ -21,12 +22,20 @@ public:
     /// Stores the threshold. Never scans: it only tells which entries count as old.
     void setThreshold(AgeThreshold threshold);
 
-    /// The old ones among all `entries`, those included that the filter hides, as of now.
+    /// The old ones among all `entries`, those included that the filter hides, as of now. Those of installed
+    /// programs are left out.
     [[nodiscard]] std::vector<Entry> oldEntries() const;
 
     [[nodiscard]] std::int64_t oldTotalSize() const { return tallyroom::totalSize(oldEntries()); }
 
     [[nodiscard]] ScanLine scanLine() const override;
+
+    /// When the project around `nodeModules` last changed, by the newest of its own files; nothing where none
+    /// was found, null while it is not known. It comes after the entry.
+    [[nodiscard]] const std::optional<Timestamp>* projectDate(const Entry& nodeModules) const
+    {
+        return m_projectDates.find(nodeModules.url);
+    }
 
 Q_SIGNALS:
     void thresholdChanged();
@@ -36,6 +45,7 @@ protected:
 
 private:
     AgeThreshold m_threshold;
+    EntryFacts<std::optional<Timestamp>> m_projectDates;
 };
 
 /// The progress line of a search: the number of folders found, then of those measured.

@@ -1,0 +1,120 @@
+#include "Git/RepositoryState.h"
+
+#include <array>
+#include <git2.h>
+#include <memory>
+
+namespace tallyroom {
+
+namespace {
+
+/// Frees an object of the library by its own function.
+template <auto release>
+struct Release {
+    template <class Object>
+    void operator()(Object* object) const
+    {
+        release(object);
+    }
+};
+
+using OpenRepository = std::unique_ptr<git_repository, Release<git_repository_free>>;
+using HistoryWalk = std::unique_ptr<git_revwalk, Release<git_revwalk_free>>;
+
+class NameList {
+public:
+    NameList() = default;
+    NameList(const NameList&) = delete;
+    NameList& operator=(const NameList&) = delete;
+
+    ~NameList() { ::git_strarray_dispose(&m_names); }
+
+    [[nodiscard]] git_strarray* out() { return &m_names; }
+
+    [[nodiscard]] std::int64_t count() const { return static_cast<std::int64_t>(m_names.count); }
+
+private:
+    git_strarray m_names = {};
+};
+
+OpenRepository openRepository(const FileUrl& url)
+{
+    // For the life of the program: workers may still use the library while it ends.
+    [[maybe_unused]] static const int users = ::git_libgit2_init();
+    git_repository* repository = nullptr;
+    ::git_repository_open_ext(&repository, url.path().c_str(), GIT_REPOSITORY_OPEN_NO_SEARCH, nullptr);
+    return OpenRepository{repository};
+}
+
+bool isAbsent(int code)
+{
+    return code == GIT_ENOTFOUND || code == GIT_EUNBORNBRANCH;
+}
+
+/// Leads `walk` through what only this repository has. False when a part cannot be read.
+bool leadThroughOwn(git_repository* repository, git_revwalk* walk)
+{
+    if (::git_revwalk_push_glob(walk, "refs/heads/*") != 0 ||
+        ::git_revwalk_hide_glob(walk, "refs/remotes/*") != 0) {
+        return false;
+    }
+    if (::git_repository_head_detached(repository) != 1) {
+        return true; // HEAD is one of the branches, or none yet
+    }
+    const int pushed = ::git_revwalk_push_head(walk);
+    return pushed == 0 || isAbsent(pushed);
+}
+
+/// False when the history cannot be walked.
+bool countUnpushed(git_repository* repository, RepositoryState& state)
+{
+    git_revwalk* made = nullptr;
+    if (::git_revwalk_new(&made, repository) != 0) {
+        return false;
+    }
+    const HistoryWalk walk{made};
+    if (!leadThroughOwn(repository, made)) {
+        return false;
+    }
+    std::int64_t commits = 0;
+    git_oid commit = {};
+    int code = 0;
+    while ((code = ::git_revwalk_next(&commit, made)) == 0) {
+        if (++commits > RepositoryState::mostCommits) {
+            state.unpushed.reset();
+            return true;
+        }
+    }
+    state.unpushed = commits;
+    return code == GIT_ITEROVER;
+}
+
+int countStash(std::size_t /*index*/, const char* /*message*/, const git_oid* /*commit*/, void* count)
+{
+    ++*static_cast<std::int64_t*>(count);
+    return 0;
+}
+
+} // namespace
+
+std::optional<RepositoryState> RepositoryState::read(const FileUrl& url)
+{
+    const OpenRepository repository = openRepository(url);
+    RepositoryState state;
+    NameList remotes;
+    NameList worktrees;
+    if (repository == nullptr || ::git_remote_list(remotes.out(), repository.get()) != 0 ||
+        ::git_worktree_list(worktrees.out(), repository.get()) != 0 ||
+        !countUnpushed(repository.get(), state)) {
+        return std::nullopt;
+    }
+    const int stashes = ::git_stash_foreach(repository.get(), countStash, &state.stashes);
+    if (stashes != 0 && !isAbsent(stashes)) {
+        return std::nullopt;
+    }
+    state.hasRemote = remotes.count() > 0;
+    state.worktrees = worktrees.count();
+    return state;
+}
+
+} // namespace tallyroom
