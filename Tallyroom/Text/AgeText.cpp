@@ -2,6 +2,9 @@
 
 #include "Text/NumberText.h"
 
+#include <QDateTime>
+#include <QLocale>
+
 namespace tallyroom {
 
 QString ageText(const std::optional<Timestamp>& date, Timestamp now)
@@ -30,6 +33,16 @@ QString ageText(const std::optional<Timestamp>& date, Timestamp now)
         return ago + NumberText::plural(days / 30, QStringLiteral("mois"), QStringLiteral("mois"));
     }
     return ago + NumberText::plural(days / 365, QStringLiteral("an"));
+}
+
+QString dateText(const std::optional<Timestamp>& date)
+{
+    if (!date) {
+        return QStringLiteral("date inconnue");
+    }
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(*date).time_since_epoch().count();
+    return QLocale{QLocale::French}.toString(QDateTime::fromSecsSinceEpoch(seconds),
+                                             QStringLiteral("d MMMM yyyy 'à' HH:mm:ss"));
 }
 
 double modifiedAtSortKey(const Entry& entry)

@@ -12,6 +12,9 @@ namespace tallyroom {
 /// up to two years. A date that is still to come is "dans le futur", none is "date inconnue".
 [[nodiscard]] QString ageText(const std::optional<Timestamp>& date, Timestamp now);
 
+/// The date to the second, in the user's time: "12 mars 2024 à 14:03:22"; "date inconnue".
+[[nodiscard]] QString dateText(const std::optional<Timestamp>& date);
+
 /// Seconds since 1970-01-01T00:00:00Z to sort by; 0 without a date, so that it counts as the oldest.
 [[nodiscard]] double modifiedAtSortKey(const Entry& entry);
 

@@ -60,14 +60,21 @@ void DuplicateRowDelegate::paintHead(QPainter& painter, const QRect& cell, const
     const QFontMetrics strong{theme.strong()};
     if (index.column() == DuplicateTableModel::nameColumn) {
         const QString amount = DuplicateTableModel::amount(group);
-        const int room = cell.width() - body.horizontalAdvance(amount) - 2 * Theme::gap;
+        const std::vector<EntryBadge> badges = m_model.badges(index.row());
+        const int room = std::max(cell.width() - body.horizontalAdvance(amount) - 3 * Theme::gap -
+                                      RowPainting::badgesWidth(badges),
+                                  cell.width() / 3);
         const QString name = strong.elidedText(index.data().toString(), Qt::ElideMiddle, room);
         painter.setFont(theme.strong());
         painter.setPen(text);
         painter.drawText(cell, left, name);
         painter.setFont(theme.body());
         painter.setPen(secondary);
-        painter.drawText(cell.adjusted(strong.horizontalAdvance(name) + Theme::gap, 0, 0, 0), left, amount);
+        const int amountLeft = strong.horizontalAdvance(name) + Theme::gap;
+        painter.drawText(cell.adjusted(amountLeft, 0, 0, 0), left, amount);
+        RowPainting::paintBadges(painter, cell.adjusted(0, 0, -Theme::gap, 0),
+                                 cell.left() + amountLeft + body.horizontalAdvance(amount) + Theme::gap,
+                                 badges);
         return;
     }
     const DuplicateTableModel::Gain gain = DuplicateTableModel::gain(group);

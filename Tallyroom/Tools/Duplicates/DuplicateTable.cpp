@@ -1,5 +1,6 @@
 #include "Tools/Duplicates/DuplicateTable.h"
 
+#include "Text/FileUrlText.h"
 #include "Theme/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateRowDelegate.h"
 #include "Tools/Duplicates/DuplicateTableModel.h"
@@ -51,6 +52,11 @@ void DuplicateTable::setGroups(DuplicateGroups groups, const std::vector<std::ui
     m_model.setGroups(std::move(groups), shown);
 }
 
+void DuplicateTable::setPolicy(const KeepPolicy& policy)
+{
+    m_model.setPolicy(policy);
+}
+
 void DuplicateTable::addActions(QMenu& menu, const Entry& entry)
 {
     connect(
@@ -59,6 +65,14 @@ void DuplicateTable::addActions(QMenu& menu, const Entry& entry)
     menu.addSeparator();
     connect(menu.addAction(SymbolIcon::icon("doc"), QStringLiteral("Ouvrir")), &QAction::triggered, this,
             [this, entry] { Q_EMIT openRequested(entry); });
+    const bool isProtected = m_model.policy().isProtected(entry.url);
+    const QString folder = FileUrlText::display(entry.url.parent().lastPathComponent());
+    connect(menu.addAction(SymbolIcon::icon("lock"),
+                           (isProtected ? QStringLiteral("Proposer de nouveau dans « %1 »")
+                                        : QStringLiteral("Ne jamais proposer dans « %1 »"))
+                               .arg(folder)),
+            &QAction::triggered, this,
+            [this, entry, isProtected] { Q_EMIT protectionRequested(entry.url, !isProtected); });
 }
 
 void DuplicateTable::addSectionActions(QMenu& menu, int row)

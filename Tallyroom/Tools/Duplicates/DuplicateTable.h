@@ -18,8 +18,12 @@ public:
     /// Shows those of `groups` whose indices `shown` lists.
     void setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown);
 
+    void setPolicy(const KeepPolicy& policy);
+
 Q_SIGNALS:
     void openRequested(const tallyroom::Entry& entry);
+    /// Whether anything in the folder of the copy may be proposed from now on.
+    void protectionRequested(const tallyroom::FileUrl& copy, bool isProtected);
 
 protected:
     void addActions(QMenu& menu, const Entry& entry) override;

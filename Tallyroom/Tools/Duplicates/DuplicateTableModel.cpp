@@ -14,6 +14,25 @@
 
 namespace tallyroom {
 
+DuplicateTableModel::DuplicateTableModel(QObject* parent) : EntryRowsModel(parent)
+{
+    reserveByPolicy();
+}
+
+void DuplicateTableModel::reserveByPolicy()
+{
+    selection().reserve([policy = m_policy](const Entry& entry) { return policy->isReserved(entry.url); });
+}
+
+void DuplicateTableModel::setPolicy(const KeepPolicy& policy)
+{
+    m_policy = std::make_shared<const KeepPolicy>(policy);
+    reserveByPolicy();
+    if (rowCount() > 0) {
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, detailColumn));
+    }
+}
+
 void DuplicateTableModel::setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown)
 {
     if (groups == m_groups && shown == m_shown) {
@@ -84,7 +103,7 @@ PositionSet DuplicateTableModel::allCopies(int row) const
 
 PositionSet DuplicateTableModel::redundantCopies(int row) const
 {
-    return copies(row, groupAt(row).redundantBeside(groupAt(row).keptCopy()));
+    return copies(row, m_policy->redundant(groupAt(row)));
 }
 
 bool DuplicateTableModel::isGroupChecked(int row) const
@@ -101,16 +120,23 @@ void DuplicateTableModel::toggleGroup(int row)
 void DuplicateTableModel::checkOthers(const Entry& kept)
 {
     if (const std::optional<int> row = rowOf(kept.url, 0)) {
-        selection().assign(allCopies(*row), copies(*row, groupAt(*row).redundantBeside(rowAt(*row).copy)));
+        selection().assign(allCopies(*row),
+                           copies(*row, m_policy->redundantBeside(groupAt(*row), rowAt(*row).copy)));
     }
 }
 
 std::vector<EntryBadge> DuplicateTableModel::badges(int row) const
 {
     const DuplicateGroup& group = groupAt(row);
+    std::vector<EntryBadge> badges;
+    if (isHead(row)) {
+        if (KeepPolicy::isManaged(group)) {
+            badges.push_back({QStringLiteral("copies gérées par des outils"), Theme::Colour::secondary});
+        }
+        return badges;
+    }
     const std::size_t copy = rowAt(row).copy;
     const FileIdentity& identity = group.identities[copy];
-    std::vector<EntryBadge> badges;
     if (!isChecked(row) && !selection().checkedOf(allCopies(row)).empty()) {
         badges.push_back({QStringLiteral("conservé"), Theme::Colour::done});
     }
@@ -124,6 +150,11 @@ std::vector<EntryBadge> DuplicateTableModel::badges(int row) const
     }
     if (group.inTrash[copy]) {
         badges.push_back({QStringLiteral("dans la corbeille"), Theme::Colour::secondary});
+    }
+    if (m_policy->isProtected(group.entries[copy].url)) {
+        badges.push_back({QStringLiteral("protégé"), Theme::Colour::done});
+    } else if (KeepPolicy::isManaged(group.entries[copy].url)) {
+        badges.push_back({QStringLiteral("géré par un outil"), Theme::Colour::secondary});
     }
     return badges;
 }
@@ -166,6 +197,9 @@ QVariant DuplicateTableModel::data(const QModelIndex& index, int role) const
     if (role == Qt::ToolTipRole && entry != nullptr && index.column() == nameColumn) {
         return plainToolTip(FileUrlText::display(entry->url));
     }
+    if (role == Qt::ToolTipRole && entry != nullptr && index.column() == detailColumn) {
+        return dateText(groupAt(index.row()).identities[rowAt(index.row()).copy].modifiedAt);
+    }
     if (role == Qt::CheckStateRole && entry != nullptr && index.column() == checkColumn) {
         return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
     }
@@ -205,10 +239,9 @@ QString DuplicateTableModel::accessibleText(int row, int column) const
         parts.prepend(QStringLiteral("Groupe"));
         parts += displayName(FileKind::of(group.entries.front()));
         parts += amount(group);
-    } else {
-        for (const EntryBadge& badge : badges(row)) {
-            parts += badge.text;
-        }
+    }
+    for (const EntryBadge& badge : badges(row)) {
+        parts += badge.text;
     }
     parts += text(row, detailColumn);
     if (entry != nullptr) {

@@ -18,7 +18,12 @@ public:
     /// On the right: what a group gives back, and when a copy was modified.
     static constexpr int detailColumn = 2;
 
-    using EntryRowsModel::EntryRowsModel;
+    explicit DuplicateTableModel(QObject* parent = nullptr);
+
+    /// What stays and what may go from now on; checks stay as they are.
+    void setPolicy(const KeepPolicy& policy);
+
+    [[nodiscard]] const KeepPolicy& policy() const { return *m_policy; }
 
     /// Shows those of `groups` whose indices `shown` lists.
     void setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown);
@@ -37,7 +42,7 @@ public:
     /// Checks the copies of the group that need not stay beside `kept`, and no others.
     void checkOthers(const Entry& kept);
 
-    /// The badges beside the path of a copy.
+    /// The badges beside the path of a copy, or beside the head of a group.
     [[nodiscard]] std::vector<EntryBadge> badges(int row) const;
 
     /// "2 × 11,6 Go"
@@ -67,6 +72,7 @@ private:
     [[nodiscard]] const Row& rowAt(int row) const { return m_rows[static_cast<std::size_t>(row)]; }
 
     void listEntries();
+    void reserveByPolicy();
 
     /// The positions of the marked copies of the row's group, of all, and of those that nobody needs.
     [[nodiscard]] PositionSet copies(int row, const std::vector<bool>& which) const;
@@ -76,6 +82,7 @@ private:
     [[nodiscard]] QString text(int row, int column) const;
     [[nodiscard]] QString accessibleText(int row, int column) const;
 
+    std::shared_ptr<const KeepPolicy> m_policy = std::make_shared<const KeepPolicy>();
     EntryList m_entries;                 // the copies of all groups, group after group
     std::vector<std::uint32_t> m_starts; // the position of each group's first copy
     DuplicateGroups m_groups = std::make_shared<const std::vector<DuplicateGroup>>();

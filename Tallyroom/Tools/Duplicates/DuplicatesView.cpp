@@ -4,6 +4,7 @@
 #include "Duplicates/DuplicateExport.h"
 #include "Model/CheckedArithmetic.h"
 #include "Rows/Selection.h"
+#include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Theme/SymbolIcon.h"
@@ -30,6 +31,34 @@ ToolScreenStyle duplicatesStyle()
     return style;
 }
 
+QString ruleName(KeepRule rule)
+{
+    switch (rule) {
+    case KeepRule::firstByPath:
+        return QStringLiteral("le premier par chemin");
+    case KeepRule::oldest:
+        return QStringLiteral("le plus ancien");
+    case KeepRule::newest:
+        return QStringLiteral("le plus récent");
+    case KeepRule::shortestPath:
+        return QStringLiteral("le chemin le plus court");
+    case KeepRule::inFolder:
+        break;
+    }
+    return QStringLiteral("ceux d’un dossier…");
+}
+
+QString ruleText(const KeepPolicy& policy)
+{
+    if (policy.rule != KeepRule::inFolder || policy.folder.isEmpty()) {
+        return ruleName(policy.rule);
+    }
+    constexpr qsizetype longest = 24; // the button is as wide as its text
+    const QString name = FileUrlText::display(policy.folder.lastPathComponent());
+    return QStringLiteral("ceux de ") +
+           (name.size() <= longest ? name : name.first(longest - 1) + QStringLiteral("…"));
+}
+
 QString minimumText(std::int64_t size)
 {
     return size > 0 ? sizeText(size) : QStringLiteral("aucune");
@@ -46,17 +75,30 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table,
       m_minimumSize(new OptionMenu(
           OptionMenu::Choices::one,
           [&tool] { return QStringLiteral("Taille minimale : ") + minimumText(tool.minimumSize()); })),
+      m_keepRule(new OptionMenu(OptionMenu::Choices::one,
+                                [&tool] { return QStringLiteral("Garder : ") + ruleText(tool.policy()); })),
       m_checkRedundant(new QPushButton(QStringLiteral("Cocher les doublons (garder 1 par groupe)")))
 {
     addMinimumSizes();
+    addKeepRules();
     m_checkRedundant->setIcon(SymbolIcon::icon("checkmark.circle.fill"));
     Theme::dress(m_checkRedundant, Theme::Button::plain);
     header().addOption(m_minimumSize);
+    header().addOption(m_keepRule);
+    table->setPolicy(tool.policy());
     header().addAction(m_checkRedundant);
     connect(m_checkRedundant, &QPushButton::clicked, this,
             [this] { selection().setUrls(m_duplicates.redundantURLs()); });
     connect(table, &DuplicateTable::openRequested, this,
             [](const Entry& entry) { Desktop::open(entry.url); });
+    connect(table, &DuplicateTable::protectionRequested, this,
+            [&tool](const FileUrl& copy, bool isProtected) {
+                isProtected ? tool.protect(copy.parent()) : tool.unprotect(copy);
+            });
+    connect(&tool, &DuplicatesViewModel::policyChanged, this, [this] {
+        m_table->setPolicy(m_duplicates.policy());
+        m_keepRule->showTitle();
+    });
     connect(&tool, &DuplicatesViewModel::minimumSizeChanged, m_minimumSize, &OptionMenu::showTitle);
 }
 
@@ -74,9 +116,32 @@ void DuplicatesView::addMinimumSizes()
     }
 }
 
+void DuplicatesView::addKeepRules()
+{
+    for (const KeepRule rule : KeepPolicy::rules) {
+        m_keepRule->addChoice(ruleName(rule), rule == m_duplicates.policy().rule,
+                              [this, rule](bool) { chooseRule(rule); });
+    }
+}
+
+void DuplicatesView::chooseRule(KeepRule rule)
+{
+    if (rule != KeepRule::inFolder) {
+        m_duplicates.setKeepRule(rule);
+        return;
+    }
+    // Until a folder is chosen nothing is kept in none.
+    m_duplicates.setKeepRule(KeepRule::inFolder);
+    Desktop::chooseFolder(this, m_duplicates.rootURL(), [&tool = m_duplicates](const FolderChoice& choice) {
+        if (choice && !choice->empty()) {
+            tool.setKeepRule(KeepRule::inFolder, choice->front());
+        }
+    });
+}
+
 void DuplicatesView::showEntries()
 {
-    m_table->setGroups(m_duplicates.sharedGroups(), m_duplicates.filteredGroups());
+    m_table->setGroups(m_duplicates.sharedGroups(), m_duplicates.shownGroups());
     m_checkRedundant->setEnabled(!m_duplicates.filteredGroups().empty());
 }
 

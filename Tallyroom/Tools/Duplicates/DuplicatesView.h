@@ -31,10 +31,13 @@ private:
     DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table, QWidget* parent);
 
     void addMinimumSizes();
+    void addKeepRules();
+    void chooseRule(KeepRule rule);
 
     DuplicatesViewModel& m_duplicates;
     DuplicateTable* m_table;
     OptionMenu* m_minimumSize;
+    OptionMenu* m_keepRule;
     QPushButton* m_checkRedundant;
 };
 

@@ -43,6 +43,29 @@ Remainder remainder(const std::vector<DuplicateGroup>& groups, const RemovedPlac
     return result;
 }
 
+const QString protectedKey = QStringLiteral("dup.protected");
+
+/// Paths are stored percent-encoded: a name need not be a text.
+std::set<FileUrl> storedProtectedFolders()
+{
+    std::set<FileUrl> folders;
+    for (const QString& text : Settings::textList(protectedKey).value_or(QStringList{})) {
+        if (FileUrl folder{percentDecodedPath(text.toStdString())}; folder.path().starts_with('/')) {
+            folders.insert(folder.standardized());
+        }
+    }
+    return folders;
+}
+
+void storeProtectedFolders(const std::set<FileUrl>& folders)
+{
+    QStringList texts;
+    for (const FileUrl& folder : folders) {
+        texts += QString::fromStdString(percentEncodedPath(folder.path()));
+    }
+    Settings::write(protectedKey, texts);
+}
+
 bool holdsAny(const std::vector<DuplicateGroup>& groups, const RemovedPlaces& places)
 {
     return std::ranges::any_of(groups, [&places](const DuplicateGroup& group) {
@@ -55,7 +78,46 @@ bool holdsAny(const std::vector<DuplicateGroup>& groups, const RemovedPlaces& pl
 
 DuplicatesViewModel::DuplicatesViewModel(DeletionRunner& deletions)
     : ScanToolViewModel(deletions), m_minimumSize(Settings::duplicatesMinSize())
-{}
+{
+    m_policy.protectedFolders = storedProtectedFolders();
+}
+
+std::vector<std::uint32_t> DuplicatesViewModel::shownGroups() const
+{
+    std::vector<std::uint32_t> shown = m_filtered;
+    std::ranges::stable_partition(
+        shown, [this](std::uint32_t index) { return !KeepPolicy::isManaged(groups()[index]); });
+    return shown;
+}
+
+void DuplicatesViewModel::setPolicy(KeepPolicy policy)
+{
+    if (assignIfChanged(m_policy, std::move(policy))) {
+        Q_EMIT policyChanged();
+    }
+}
+
+void DuplicatesViewModel::setKeepRule(KeepRule rule, const FileUrl& folder)
+{
+    setPolicy({rule, folder, m_policy.protectedFolders});
+}
+
+void DuplicatesViewModel::protect(const FileUrl& folder)
+{
+    KeepPolicy policy = m_policy;
+    policy.protectedFolders.insert(folder);
+    storeProtectedFolders(policy.protectedFolders);
+    setPolicy(std::move(policy));
+}
+
+void DuplicatesViewModel::unprotect(const FileUrl& url)
+{
+    KeepPolicy policy = m_policy;
+    std::erase_if(policy.protectedFolders,
+                  [&url](const FileUrl& folder) { return isWithin(url.path(), folder.path()); });
+    storeProtectedFolders(policy.protectedFolders);
+    setPolicy(std::move(policy));
+}
 
 void DuplicatesViewModel::setMinimumSize(std::int64_t size)
 {
@@ -147,7 +209,7 @@ UrlSet DuplicatesViewModel::redundantURLs() const
     UrlSet urls;
     for (const std::uint32_t index : m_filtered) {
         const DuplicateGroup& group = groups()[index];
-        const std::vector<bool> redundant = group.redundantBeside(group.keptCopy());
+        const std::vector<bool> redundant = m_policy.redundant(group);
         for (std::size_t copy = 0; copy < redundant.size(); ++copy) {
             if (redundant[copy]) {
                 urls.insert(group.entries[copy].url);

@@ -3,6 +3,7 @@
 #include "Bridge/StreamPump.h"
 #include "Deletion/RemovedPlaces.h"
 #include "Duplicates/DuplicateFinder.h"
+#include "Duplicates/KeepPolicy.h"
 #include "Tools/Frame/ScanToolViewModel.h"
 
 #include <array>
@@ -44,8 +45,24 @@ public:
     /// whole.
     [[nodiscard]] const std::vector<std::uint32_t>& filteredGroups() const { return m_filtered; }
 
-    /// What need not stay of each filtered group: every copy but the first one outside of any trash, what is
-    /// the same file as that one and what lies in a trash left out.
+    /// The same, those apart at the end of which tools keep all copies.
+    [[nodiscard]] std::vector<std::uint32_t> shownGroups() const;
+
+    /// What stays and what may go; its protected folders survive a restart.
+    [[nodiscard]] const KeepPolicy& policy() const { return m_policy; }
+
+    /// Chooses a rule; `folder` is for the rule that asks for one.
+    void setKeepRule(KeepRule rule, const FileUrl& folder = {});
+
+    /// Proposes nothing below `folder` any more.
+    void protect(const FileUrl& folder);
+
+    /// Proposes what is at `url` again: no folder around it is protected any more.
+    void unprotect(const FileUrl& url);
+
+    /// What need not stay of each filtered group: every copy but the one that the rule keeps, which is the
+    /// first one outside of any trash unless another rule was chosen. What is the same file as that one, what
+    /// lies in a trash, what tools keep and what is protected is left out.
     [[nodiscard]] UrlSet redundantURLs() const;
 
     /// The files of all groups, also of those that the search text hides, group after group.
@@ -85,6 +102,7 @@ public:
     [[nodiscard]] QString scanReport() const override;
 
 Q_SIGNALS:
+    void policyChanged();
     void minimumSizeChanged();
 
 protected:
@@ -103,7 +121,9 @@ private:
     void showPresent(PropertyUpdate& update);
     void setGroups(PropertyUpdate& update, DuplicateGroups groups);
     void filterGroups();
+    void setPolicy(KeepPolicy policy);
 
+    KeepPolicy m_policy;
     DuplicateGroups m_found = std::make_shared<const std::vector<DuplicateGroup>>(); // by the search
     RemovedPlaces m_gone;                                                            // since the search began
     DuplicateGroups m_groups = m_found;                                              // as the disk is now
