@@ -90,6 +90,19 @@ enum class Shown : bool { names, paths };
 /// Finds out more about the entries, and says how to add it to their objects.
 using FindOut = std::function<EntryPrinter::AddMembers(const EntryList& entries)>;
 
+/// Adds counted_again to the entries of a listing that have such a figure.
+EntryPrinter::AddMembers countedAgain(const ScanProgress& found)
+{
+    if (found.countedAgain == nullptr) {
+        return {};
+    }
+    return [again = found.countedAgain](const Entry& entry, JsonLine& line) {
+        if (const auto part = again->children.find(entry.url); part != again->children.end()) {
+            line.number("counted_again", part->second);
+        }
+    };
+}
+
 /// A whole command: checks the folder, follows the scan that `start` starts on it, prints the result.
 template <class Start>
 ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interruption, Start start,
@@ -112,7 +125,7 @@ ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interr
         [&](OutputWriter& writer) { EntryPrinter::addTable(entries, style, writer); },
         [&](OutputWriter& writer) { EntryPrinter::addCsv(entries, writer); },
         [&](OutputWriter& writer) {
-            EntryPrinter::addJson(entries, writer, findOut ? findOut(entries) : EntryPrinter::AddMembers{});
+            EntryPrinter::addJson(entries, writer, findOut ? findOut(entries) : countedAgain(found));
         });
 }
 

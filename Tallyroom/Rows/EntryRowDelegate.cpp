@@ -5,6 +5,7 @@
 #include "Rows/RowPainting.h"
 #include "Rows/SizeBarCell.h"
 #include "Text/SizeProportion.h"
+#include "Text/UnreadText.h"
 #include "Theme/FileKindPresentation.h"
 #include "Theme/SymbolIcon.h"
 
@@ -100,7 +101,7 @@ void EntryRowDelegate::paintNameLine(QPainter& painter, const QRect& line, const
 void EntryRowDelegate::paintSize(QPainter& painter, const QRect& cell, const Entry& entry) const
 {
     const double fraction = SizeProportion::fraction(entry.sizeBytes, m_model.rows().largestSize());
-    SizeBarCell{entry.sizeBytes, fraction, tint(entry)}.paint(
+    SizeBarCell{entry.sizeBytes, fraction, tint(entry), UnreadText::size(entry)}.paint(
         painter, cell.adjusted(0, 0, -m_view.trailingMargin(), 0));
 }
 

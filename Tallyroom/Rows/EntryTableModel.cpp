@@ -2,7 +2,7 @@
 
 #include "Text/FileUrlText.h"
 #include "Text/PlainText.h"
-#include "Text/SizeText.h"
+#include "Text/UnreadText.h"
 #include "Theme/FileKindPresentation.h"
 
 namespace tallyroom {
@@ -108,6 +108,9 @@ QVariant EntryTableModel::data(const QModelIndex& index, int role) const
     if (role == Qt::AccessibleTextRole) {
         return accessibleText(index.row(), index.column());
     }
+    if (role == Qt::ToolTipRole && index.column() == sizeColumn()) {
+        return UnreadText::toolTip(entry);
+    }
     if (role == Qt::CheckStateRole && index.column() == checkColumn) {
         return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
     }
@@ -128,7 +131,7 @@ QString EntryTableModel::text(const Entry& entry, int column) const
         return nameText(entry);
     }
     if (column == sizeColumn()) {
-        return sizeText(entry.sizeBytes);
+        return UnreadText::size(entry);
     }
     return m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].text(entry);
 }
@@ -138,6 +141,9 @@ QString EntryTableModel::accessibleText(int row, int column) const
     const Entry& entry = this->entry(row);
     if (column == checkColumn) {
         return accessibleCheckBox(nameText(entry));
+    }
+    if (column == sizeColumn()) {
+        return UnreadText::spokenSize(entry);
     }
     if (column != nameColumn) {
         return text(entry, column);
@@ -152,9 +158,10 @@ QString EntryTableModel::accessibleText(int row, int column) const
     if (m_style.secondLine) {
         parts += m_style.secondLine(entry);
     }
-    for (int other = firstOwnColumn; other <= sizeColumn(); ++other) {
+    for (int other = firstOwnColumn; other < sizeColumn(); ++other) {
         parts += text(entry, other);
     }
+    parts += UnreadText::spokenSize(entry);
     parts += accessibleCheck(row);
     return parts.join(QStringLiteral(", "));
 }

@@ -22,7 +22,7 @@ void SizeBarCell::paint(QPainter& painter, const QRect& cell) const
     painter.setFont(theme.small());
     painter.setPen(Theme::readableOn(fill)); // the track lies between the fill and the window
     painter.drawText(bar.adjusted(0, 0, -bar.height() / 2, 0), Qt::AlignRight | Qt::AlignVCenter,
-                     sizeText(sizeBytes));
+                     text.isEmpty() ? sizeText(sizeBytes) : text);
     painter.restore();
 }
 

@@ -16,6 +16,8 @@ struct SizeBarCell {
     /// The filled part, 0 to 1; values outside are drawn as the nearest end.
     double fraction = 0;
     QColor tint;
+    /// What is written instead of the size, where it is not the whole truth.
+    QString text{};
 
     /// Draws the bar in the middle of `cell`, over its whole width.
     void paint(QPainter& painter, const QRect& cell) const;

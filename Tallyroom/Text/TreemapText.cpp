@@ -3,6 +3,7 @@
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
+#include "Text/UnreadText.h"
 
 namespace tallyroom::TreemapText {
 
@@ -29,13 +30,13 @@ QString hint(const QString& title, const QString& detail)
 
 QString name(const Entry& entry)
 {
-    return FileUrlText::display(entry.name) + QStringLiteral(", ") + sizeText(entry.sizeBytes);
+    return FileUrlText::display(entry.name) + QStringLiteral(", ") + UnreadText::spokenSize(entry);
 }
 
 QString toolTip(const Entry& entry, double share)
 {
     return hint(FileUrlText::display(entry.name),
-                sizeText(entry.sizeBytes) + QStringLiteral(" · ") + shareOf(share));
+                UnreadText::spokenSize(entry) + QStringLiteral(" · ") + shareOf(share));
 }
 
 QString smallEntriesToolTip(std::size_t count, std::int64_t sizeBytes)

@@ -138,8 +138,10 @@ public:
     {
         std::stop_token stop = entries->sender().stopToken();
         auto sizing = std::make_unique<MatchSizing>(std::move(matches), std::move(entries));
-        sizing->m_entries->setUnreadPlaces(
-            [&found = sizing->m_matches, passedBy = std::move(passedBy)] { return unread(found, passedBy); });
+        sizing->m_entries->setRemarks(
+            [&found = sizing->m_matches, passedBy = std::move(passedBy)](ScanProgress& last) {
+                last.unreadPlaces = unread(found, passedBy);
+            });
         auto roots = sizing->deliverKnown();
         TreeWalk::start(WorkerPool::shared(), std::move(roots), std::move(sizing), std::move(stop));
     }

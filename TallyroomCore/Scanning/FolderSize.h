@@ -14,6 +14,8 @@ struct FolderSize {
     /// Folders that could not be listed and items that could not be examined, at it and below it: `bytes` is
     /// a lower bound when there are any.
     std::int64_t unread = 0;
+    /// The part of `bytes` that is counted more than once: files with several names in the folder.
+    std::int64_t countedAgain = 0;
     bool hasUnreadItems = false; ///< not all of `unread` are folders
     bool isUnreadable = false;   ///< the folder itself, and nothing is known of it
 

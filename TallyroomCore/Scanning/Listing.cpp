@@ -5,6 +5,8 @@
 #include "Scanning/StreamedEntries.h"
 
 #include <algorithm>
+#include <map>
+#include <mutex>
 
 namespace tallyroom {
 
@@ -22,7 +24,11 @@ public:
 
     explicit ListingVisitor(FileUrl url)
         : SizingVisitor(SizeCache::shared()), m_url(std::move(url)), m_epoch(ScanCache::shared().epoch())
-    {}
+    {
+        if (const auto known = cache().find(m_url)) {
+            m_knownAgain = known->countedAgain;
+        }
+    }
 
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& folder) const final
     {
@@ -50,6 +56,7 @@ public:
         const ScanRoot& scanRoot = folder.scanRoot();
         const auto finished = [&](const TreeWalk::Child& child, const FolderSize& size) {
             root.add(size);
+            countAgain(child.name, size.countedAgain);
             done.push_back({child.index, entry(child, size, scanRoot)});
         };
         for (const TreeWalk::Child& child : children) {
@@ -57,6 +64,7 @@ public:
                 finished(child, sizeOf(child));
             }
         }
+        countShared(root, children);
         lookUpFolders(root, children, finished);
         keepUnread(root, children);
         deliver(std::move(done));
@@ -77,6 +85,15 @@ public:
         return folder;
     }
 
+    void leave(TreeWalk::Folder& folder, bool whole) final
+    {
+        if (folder.isRoot()) {
+            auto& again = static_cast<SizedFolder&>(folder).countedAgain;
+            again = std::max(again.load(), m_knownAgain);
+        }
+        SizingVisitor::leave(folder, whole);
+    }
+
 protected:
     /// Children that are done, in the order of the listing within one call. Any worker.
     virtual void deliver(std::vector<IndexedEntry> entries) = 0;
@@ -93,6 +110,7 @@ protected:
                     .modifiedAt = listed.modifiedAt,
                     .identity = listed.identity};
         size.applyTo(entry);
+        countAgain(listed.name(), size.countedAgain);
         std::vector<IndexedEntry> done;
         done.push_back({listed.index, std::move(entry)});
         deliver(std::move(done));
@@ -109,9 +127,49 @@ protected:
         return places.count > 0 ? std::make_shared<const UnreadPlaces>(std::move(places)) : nullptr;
     }
 
+    /// What is counted more than once, when all children are done.
+    [[nodiscard]] SharedCountedAgain countedAgain() const
+    {
+        const std::scoped_lock lock{m_mutex};
+        if (m_again.empty() && m_knownAgain == 0) {
+            return nullptr;
+        }
+        auto all = std::make_shared<CountedAgain>();
+        for (const auto& [child, bytes] : m_again) {
+            all->bytes = checkedSum(all->bytes, bytes);
+            all->children[m_url.appending(child)] = bytes;
+        }
+        all->bytes = std::max(all->bytes, m_knownAgain);
+        return all;
+    }
+
+    [[nodiscard]] std::string_view childWith(const SizedFolder& folder,
+                                             const TreeWalk::Child& file) const final
+    {
+        if (folder.isRoot()) {
+            return file.name;
+        }
+        const TreeWalk::Folder* above = &folder;
+        while (!above->parent()->isRoot()) {
+            above = above->parent();
+        }
+        return above->name();
+    }
+
+    void sharedWith(std::string_view child, std::int64_t bytes) final { countAgain(child, bytes); }
+
     void keep(const Listing& listing) const { ScanCache::shared().store(m_url, listing, m_epoch); }
 
 private:
+    void countAgain(std::string_view child, std::int64_t bytes)
+    {
+        if (bytes > 0) {
+            const std::scoped_lock lock{m_mutex};
+            std::int64_t& sum = m_again[std::string{child}];
+            sum = checkedSum(sum, bytes);
+        }
+    }
+
     static std::optional<Timestamp> modifiedAt(const TreeWalk::Child& child)
     {
         return child.attributes != nullptr ? child.attributes->modifiedAt : std::nullopt;
@@ -147,6 +205,9 @@ private:
     const FileUrl m_url;
     const std::uint64_t m_epoch;
     std::optional<SystemError> m_unread;
+    std::int64_t m_knownAgain = 0; ///< from a walk that did not take children from the store
+    mutable std::mutex m_mutex;
+    std::map<std::string, std::int64_t> m_again; ///< by child; guarded by m_mutex
 };
 
 /// Sends a record after every child.
@@ -155,7 +216,10 @@ public:
     StreamedListing(const FileUrl& url, ProgressSender<ScanProgress> sender)
         : ListingVisitor(url), m_entries(std::move(sender))
     {
-        m_entries.setUnreadPlaces([this] { return unreadPlaces(); });
+        m_entries.setRemarks([this](ScanProgress& last) {
+            last.unreadPlaces = unreadPlaces();
+            last.countedAgain = countedAgain();
+        });
     }
 
     void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
@@ -204,7 +268,7 @@ public:
             builder.append(std::move(entry));
         }
         const EntryList entries = builder.snapshot();
-        keep({entries, unreadPlaces()});
+        keep({entries, unreadPlaces(), countedAgain()});
         m_result.set_value(entries);
     }
 
@@ -247,7 +311,13 @@ FileScanner::ScanStream FileScanner::directEntriesStream(const FileUrl& url, boo
     auto [sender, stream] = makeProgressStream<ScanProgress>();
     if (auto known = useCache ? ScanCache::shared().find(url) : std::nullopt) {
         const auto length = static_cast<std::int64_t>(known->entries.size());
-        sender.send({std::move(known->entries), length, length, false, {}, std::move(known->unreadPlaces)});
+        sender.send({std::move(known->entries),
+                     length,
+                     length,
+                     false,
+                     {},
+                     std::move(known->unreadPlaces),
+                     std::move(known->countedAgain)});
         return std::move(stream);
     }
     std::stop_token stop = sender.stopToken();

@@ -2,6 +2,7 @@
 
 #include "FileSystem/UnreadPlaces.h"
 #include "Model/EntryList.h"
+#include "Scanning/CountedAgain.h"
 
 #include <cstdint>
 #include <list>
@@ -16,6 +17,7 @@ namespace tallyroom {
 struct Listing {
     EntryList entries;
     SharedUnreadPlaces unreadPlaces = {};
+    SharedCountedAgain countedAgain = {};
 };
 
 /// The listings of the folders used most recently, by standardized path. Operations take turns; any thread.

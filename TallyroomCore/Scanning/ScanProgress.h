@@ -2,6 +2,7 @@
 
 #include "FileSystem/UnreadPlaces.h"
 #include "Model/EntryList.h"
+#include "Scanning/CountedAgain.h"
 
 #include <cstdint>
 #include <optional>
@@ -25,6 +26,8 @@ struct ScanProgress {
     /// What could not be read, the scanned folder included; null when all was, and but for the last record.
     /// Not a part of equality.
     SharedUnreadPlaces unreadPlaces = {};
+    /// What a listing counts more than once; in the last record only. Not a part of equality.
+    SharedCountedAgain countedAgain = {};
 
     /// completed / total; 0 when total is below 1.
     [[nodiscard]] double fraction() const noexcept

@@ -69,6 +69,7 @@ std::optional<FolderSize> SizeCache::sizeAt(std::uint32_t record) const
     if (known.hasRemark) {
         const Remark& remark = m_store.remarks.at(record);
         size.unread = remark.unread;
+        size.countedAgain = remark.countedAgain;
         size.hasUnreadItems = remark.hasUnreadItems;
         size.isUnreadable = remark.isUnreadable;
     }
@@ -112,12 +113,14 @@ void SizeCache::store(Place place, const FolderSize& size, const std::optional<S
     }
     Record& record = m_store.records[place.record];
     record.total = size.bytes;
-    if (size.unread == 0 && record.hasRemark) {
+    const bool isRemarkable = size.unread > 0 || size.countedAgain > 0;
+    if (!isRemarkable && record.hasRemark) {
         m_store.remarks.erase(place.record); // an earlier walk was refused
     }
-    record.hasRemark = size.unread > 0;
+    record.hasRemark = isRemarkable;
     if (record.hasRemark) {
         m_store.remarks[place.record] = {.unread = size.unread,
+                                         .countedAgain = size.countedAgain,
                                          .cause = cause ? cause->code : 0,
                                          .hasUnreadItems = size.hasUnreadItems,
                                          .isUnreadable = size.isUnreadable};
@@ -155,6 +158,20 @@ UnreadPlaces SizeCache::unreadPlaces(const FileUrl& url) const
     }
     found.keepFirst();
     return found;
+}
+
+std::optional<std::uint32_t> SizeCache::meetingPlace(Place folder,
+                                                     std::span<const std::uint32_t> others) const
+{
+    const std::scoped_lock lock{m_mutex};
+    if (folder.epoch != m_epoch) {
+        return std::nullopt;
+    }
+    const auto isIn = [this, &folder](std::uint32_t other) { return isBelow(other, folder.record); };
+    while (folder.record != 0 && std::ranges::none_of(others, isIn)) {
+        folder.record = m_store.records[folder.record].parent;
+    }
+    return folder.record;
 }
 
 bool SizeCache::isBelow(std::uint32_t record, std::uint32_t folder) const

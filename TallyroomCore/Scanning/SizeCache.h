@@ -63,6 +63,11 @@ public:
     /// Keeps which items of a folder could not be examined. They count in the folder's total.
     void noteUnread(Place folder, std::span<const UnreadItem> items);
 
+    /// The deepest folder that holds both `folder` and one of `others`, which were looked up in the same
+    /// epoch; nothing after that.
+    [[nodiscard]] std::optional<std::uint32_t> meetingPlace(Place folder,
+                                                            std::span<const std::uint32_t> others) const;
+
     /// What could not be read in a folder that was measured and below it, as far as the store knows: it is
     /// empty after `clear`. Linear in all that is unread.
     [[nodiscard]] UnreadPlaces unreadPlaces(const FileUrl& url) const;
@@ -84,9 +89,10 @@ private:
         bool hasRemark = false; ///< in what would be padding
     };
 
-    /// What few records need: those with something unread.
+    /// What few records need: those with something unread, or with files of several names.
     struct Remark {
         std::int64_t unread = 0;
+        std::int64_t countedAgain = 0;
         int cause = 0; ///< errno: why this very item could not be read
         bool hasUnreadItems = false;
         bool isUnreadable = false;

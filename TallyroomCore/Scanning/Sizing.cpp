@@ -3,6 +3,7 @@
 #include "Model/CheckedArithmetic.h"
 #include "Scanning/FileScanner.h"
 
+#include <algorithm>
 #include <future>
 #include <tuple>
 
@@ -18,6 +19,7 @@ FolderSize SizingVisitor::SizedFolder::size() const
     const std::int64_t bytes = total.load();
     return {.bytes = bytes,
             .unread = unread.load(),
+            .countedAgain = countedAgain.load(),
             .hasUnreadItems = hasUnreadItems.load(),
             .isUnreadable = cause.has_value() && bytes == 0};
 }
@@ -27,6 +29,9 @@ void SizingVisitor::SizedFolder::add(const FolderSize& child)
     addChecked(total, child.bytes);
     if (child.unread > 0) {
         unread.fetch_add(child.unread, std::memory_order_relaxed);
+    }
+    if (child.countedAgain > 0) {
+        addChecked(countedAgain, child.countedAgain);
     }
     if (child.hasUnreadItems) {
         hasUnreadItems = true;
@@ -54,6 +59,36 @@ std::int64_t SizingVisitor::keepUnread(const SizedFolder& folder, std::span<cons
     return std::ssize(items);
 }
 
+void SizingVisitor::countShared(SizedFolder& folder, std::span<const TreeWalk::Child> children)
+{
+    for (const TreeWalk::Child& child : children) {
+        if (child.attributes != nullptr && child.attributes->links > 1 && !child.isFolder()) {
+            meet(folder, *child.attributes, childWith(folder, child));
+        }
+    }
+}
+
+/// A name counts again in the deepest folder that holds another one, and in all folders above that.
+void SizingVisitor::meet(SizedFolder& folder, const FileAttributes& file, std::string_view child)
+{
+    const auto [earlier, first] = m_shared.meet(file, folder.place.record, child);
+    const auto record = earlier.empty() ? std::nullopt : m_cache.meetingPlace(folder.place, earlier);
+    if (!record) {
+        return;
+    }
+    auto* above = &folder;
+    while (above != nullptr && above->place.record != *record) {
+        above = static_cast<SizedFolder*>(above->parent());
+    }
+    if (above == nullptr) {
+        return; // in another tree of this walk
+    }
+    addChecked(above->countedAgain, file.allocatedBytes);
+    if (above->isRoot()) {
+        sharedWith(std::max<std::string_view>(child, first), file.allocatedBytes);
+    }
+}
+
 void SizingVisitor::visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children)
 {
     auto& sized = static_cast<SizedFolder&>(folder);
@@ -64,6 +99,7 @@ void SizingVisitor::visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> c
         }
     }
     addChecked(sized.total, total);
+    countShared(sized, children);
     lookUpFolders(sized, children,
                   [&sized](const TreeWalk::Child&, const FolderSize& known) { sized.add(known); });
     if (const std::int64_t unread = keepUnread(sized, children); unread > 0) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileSystem/TreeWalk.h"
+#include "Scanning/SharedFiles.h"
 #include "Scanning/SizeCache.h"
 
 namespace tallyroom {
@@ -14,6 +15,7 @@ public:
     struct SizedFolder : TreeWalk::Folder {
         std::atomic<std::int64_t> total = 0;
         std::atomic<std::int64_t> unread = 0;
+        std::atomic<std::int64_t> countedAgain = 0;
         std::atomic<bool> hasUnreadItems = false;
         std::optional<SystemError> cause; ///< why it could not be listed
         SizeCache::Place place;
@@ -50,10 +52,26 @@ protected:
     /// A folder's total is complete.
     virtual void measured(SizedFolder& folder, const FolderSize& size) = 0;
 
+    /// Counts the files of a folder that have other names in the tree.
+    void countShared(SizedFolder& folder, std::span<const TreeWalk::Child> children);
+
+    /// In which child of the listed folder a file lies.
+    [[nodiscard]] virtual std::string_view childWith(const SizedFolder& /*folder*/,
+                                                     const TreeWalk::Child& /*file*/) const
+    {
+        return {};
+    }
+
+    /// A file lies in several children of the listed folder; `child` is not the first one of them by name.
+    virtual void sharedWith(std::string_view /*child*/, std::int64_t /*bytes*/) {}
+
     [[nodiscard]] SizeCache& cache() const noexcept { return m_cache; }
 
 private:
+    void meet(SizedFolder& folder, const FileAttributes& file, std::string_view child);
+
     SizeCache& m_cache;
+    SharedFiles m_shared;
 };
 
 /// Adds to a total that many workers share; an overflow ends the process.

@@ -6,7 +6,10 @@ void StreamedEntries::expect(std::size_t total)
 {
     m_total = static_cast<std::int64_t>(total);
     if (total == 0) {
-        m_sender->send({{}, 0, 0, false, m_unread, m_unreadPlaces()});
+        ScanProgress none;
+        none.unread = m_unread;
+        m_remark(none);
+        m_sender->send(std::move(none));
     }
 }
 
@@ -30,9 +33,10 @@ void StreamedEntries::append(std::vector<IndexedEntry> entries)
         wake = m_sender->enqueue(std::move(records));
     }
     if (last) { // nobody appends any more
-        m_told = m_unreadPlaces();
         last->unread = m_unread;
-        last->unreadPlaces = m_told;
+        m_remark(*last);
+        m_last.unreadPlaces = last->unreadPlaces;
+        m_last.countedAgain = last->countedAgain;
         m_sender->send(std::move(*last));
     }
 }

@@ -24,8 +24,8 @@ class StreamedEntries {
 public:
     explicit StreamedEntries(ProgressSender<ScanProgress> sender) : m_sender(std::move(sender)) {}
 
-    /// Asked for what could not be read, once, when all entries are done.
-    void setUnreadPlaces(std::function<SharedUnreadPlaces()> places) { m_unreadPlaces = std::move(places); }
+    /// Completes the last record, once, when all entries are done.
+    void setRemarks(std::function<void(ScanProgress& last)> remark) { m_remark = std::move(remark); }
 
     /// The scanned folder cannot be read, or not to its end; before `expect`. The last record says so.
     void unreadable(const SystemError& error) { m_unread = error; }
@@ -37,7 +37,10 @@ public:
     void append(std::vector<IndexedEntry> entries);
 
     /// All entries, after the last one.
-    [[nodiscard]] Listing listing() const { return {m_entries.snapshot(), m_told}; }
+    [[nodiscard]] Listing listing() const
+    {
+        return {m_entries.snapshot(), m_last.unreadPlaces, m_last.countedAgain};
+    }
 
     [[nodiscard]] const ProgressSender<ScanProgress>& sender() const { return *m_sender; }
 
@@ -48,8 +51,8 @@ private:
     std::optional<ProgressSender<ScanProgress>> m_sender;
     std::int64_t m_total = 0;
     std::optional<SystemError> m_unread;
-    std::function<SharedUnreadPlaces()> m_unreadPlaces = [] { return nullptr; };
-    SharedUnreadPlaces m_told; ///< in the last record
+    std::function<void(ScanProgress&)> m_remark = [](ScanProgress&) {};
+    ScanProgress m_last; ///< only its remarks
     std::mutex m_mutex;
     EntryList::Builder m_entries; ///< guarded by m_mutex while workers append
 };

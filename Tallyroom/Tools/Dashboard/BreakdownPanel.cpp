@@ -1,10 +1,12 @@
 #include "Tools/Dashboard/BreakdownPanel.h"
 
+#include "Controls/LinkedLabel.h"
 #include "Controls/Spinner.h"
 #include "Layout/LayoutNow.h"
 #include "Settings/RecentFolders.h"
 #include "Text/KindText.h"
 #include "Text/NumberText.h"
+#include "Text/UnreadText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 #include "Tools/Dashboard/DashboardViewModel.h"
@@ -12,6 +14,7 @@
 #include "Tools/Dashboard/KindRow.h"
 #include "Tools/Frame/FolderButton.h"
 #include "Tools/Frame/ToolTitle.h"
+#include "Tools/Frame/UnreadList.h"
 #include "Welcome/RecentFolderList.h"
 
 #include <QHBoxLayout>
@@ -43,13 +46,16 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
     : QWidget(parent), m_dashboard(dashboard), m_title(new ToolTitle(QStringLiteral("Répartition par type"))),
       m_error(new QWidget), m_errorSymbol(new QLabel), m_errorText(plainLabel(Theme::Text::body)),
       m_progress(new QWidget), m_scanned(plainLabel(Theme::Text::secondary)), m_kinds(new QWidget),
-      m_bar(new KindBar), m_total(plainLabel(Theme::Text::secondary)), m_rows(new QVBoxLayout),
+      m_bar(new KindBar), m_total(new LinkedLabel), m_rows(new QVBoxLayout),
       m_message(plainLabel(Theme::Text::secondary)), m_recentsPlace(new QWidget),
       m_recents(new RecentFolderList)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(partsPatience);
+    Theme::dress(m_total, Theme::Text::secondary);
     makeLayout();
+    connect(m_total, &LinkedLabel::linkRequested, this,
+            [this] { UnreadList::open(m_dashboard.analysisEnd().unreadPlaces, this); });
     connect(&m_patience, &QTimer::timeout, this, &BreakdownPanel::showParts);
     connect(&m_dashboard, &DashboardViewModel::stateChanged, this, &BreakdownPanel::showState);
     connect(&m_dashboard, &DashboardViewModel::analysisScannedChanged, this, &BreakdownPanel::showProgress);
@@ -204,7 +210,7 @@ void BreakdownPanel::showKinds()
     if (!summary) {
         return;
     }
-    m_total->setText(KindText::total(*summary));
+    m_total->setContent(KindText::total(*summary), UnreadText::count(m_dashboard.analysisEnd().unreadPlaces));
     std::vector<KindShare> kinds;
     for (const CategorySize& category : summary->categories) {
         kinds.push_back({category, m_dashboard.fraction(category)});

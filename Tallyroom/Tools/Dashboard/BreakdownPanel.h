@@ -10,6 +10,7 @@ namespace tallyroom {
 
 class DashboardViewModel;
 class KindBar;
+class LinkedLabel;
 class RecentFolderList;
 class ToolTitle;
 
@@ -53,7 +54,7 @@ private:
     QLabel* m_scanned;
     QWidget* m_kinds;
     KindBar* m_bar;
-    QLabel* m_total;
+    LinkedLabel* m_total;
     QVBoxLayout* m_rows;
     QLabel* m_message;
     QWidget* m_recentsPlace;

@@ -103,6 +103,7 @@ void DashboardViewModel::analyze(FileUrl folder)
     m_scanTask.reset();
     m_analysisEnd = {};
     m_unread.reset();
+    m_unreadPlaces.reset();
     PropertyUpdate update{this};
     update.assign(m_analyzedFolder, FileUrlText::display(folder.lastPathComponent()),
                   &DashboardViewModel::analyzedFolderChanged);
@@ -119,6 +120,7 @@ void DashboardViewModel::analyze(FileUrl folder)
 void DashboardViewModel::receive(const FolderAnalyzer::Progress& record)
 {
     m_unread = record.unread;
+    m_unreadPlaces = record.unreadPlaces;
     PropertyUpdate update{this};
     update.assign(m_analysisScanned, record.scanned, &DashboardViewModel::analysisScannedChanged);
     if (record.summary) {
@@ -129,7 +131,7 @@ void DashboardViewModel::receive(const FolderAnalyzer::Progress& record)
 void DashboardViewModel::endAnalysis()
 {
     m_scanTask.reset();
-    m_analysisEnd = ScanEnd::reached(m_unread);
+    m_analysisEnd = ScanEnd::reached(m_unread, m_unreadPlaces);
     PropertyUpdate update{this};
     update.assign(m_analysisState, AnalysisState{AnalysisState::Phase::loaded, {}},
                   &DashboardViewModel::stateChanged);

@@ -130,7 +130,8 @@ private:
     bool m_isRefreshing = false;
     AnalysisState m_analysisState;
     ScanEnd m_analysisEnd;
-    std::optional<SystemError> m_unread; // of the running breakdown
+    std::optional<SystemError> m_unread; // of the running breakdown, as what follows
+    SharedUnreadPlaces m_unreadPlaces;
     std::optional<FolderSummary> m_summary;
     std::int64_t m_analysisScanned = 0;
     QString m_analyzedFolder;

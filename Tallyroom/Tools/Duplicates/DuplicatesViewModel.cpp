@@ -135,12 +135,13 @@ void DuplicatesViewModel::startScan(PropertyUpdate& update)
     m_gone.clear();
     setGroups(update, m_found);
     m_unread.reset();
+    m_unreadPlaces.reset();
     update.assign(m_scanned, 0, &DuplicatesViewModel::progressChanged);
     update.assign(m_truncated, false, &DuplicatesViewModel::progressChanged);
     m_pump = std::make_unique<StreamPump<DuplicateProgress>>(
         DuplicateFinder::stream(*rootURL(), m_minimumSize),
         [this](DuplicateProgress record) { receive(std::move(record)); },
-        [this] { endScan(ScanEnd::reached(m_unread)); });
+        [this] { endScan(ScanEnd::reached(m_unread, m_unreadPlaces)); });
 }
 
 void DuplicatesViewModel::dropScan(PropertyUpdate& update)
@@ -152,6 +153,7 @@ void DuplicatesViewModel::dropScan(PropertyUpdate& update)
 void DuplicatesViewModel::receive(DuplicateProgress record)
 {
     m_unread = record.unread;
+    m_unreadPlaces = record.unreadPlaces;
     PropertyUpdate update{this};
     update.assign(m_scanned, record.scanned, &DuplicatesViewModel::progressChanged);
     std::optional<double> hashing;

@@ -133,7 +133,8 @@ private:
     std::optional<double> m_hashing; // 0 to 1, while contents are read
     bool m_truncated = false;
     std::int64_t m_minimumSize;
-    std::optional<SystemError> m_unread; // of the running scan
+    std::optional<SystemError> m_unread; // of the running scan, as what follows
+    SharedUnreadPlaces m_unreadPlaces;
     std::unique_ptr<StreamPump<DuplicateFinder::DuplicateProgress>> m_pump;
 };
 

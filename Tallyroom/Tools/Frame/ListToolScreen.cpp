@@ -51,6 +51,10 @@ QString ListToolScreen::summary() const
     const EntryArrangement& rows = m_table->arrangement();
     QString text = NumberText::plural(rows.entries().size(), QStringLiteral("élément")) +
                    QStringLiteral(" · ") + sizeText(rows.totalBytes());
+    if (m_list.countedAgain() > rows.totalBytes() / 100) {
+        text += QStringLiteral(", dont %1 comptés plusieurs fois (liens physiques)")
+                    .arg(sizeText(m_list.countedAgain()));
+    }
     if (m_list.isFiltering()) {
         text += QStringLiteral(" · ") + NumberText::plural(rows.rowCount(), QStringLiteral("affiché")) +
                 QStringLiteral(" · ") + sizeText(rows.shownBytes());

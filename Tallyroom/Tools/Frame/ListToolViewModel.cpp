@@ -112,6 +112,8 @@ void ListToolViewModel::startScan(PropertyUpdate& update)
     m_unmeasured.clear();
     m_measuring.reset();
     m_unread.reset();
+    m_unreadPlaces.reset();
+    m_countedAgain = 0;
     update.assign(m_entries, EntryList{}, &ListToolViewModel::progressChanged);
     update.assign(m_scanCompleted, 0, &ListToolViewModel::progressChanged);
     update.assign(m_scanTotal, 0, &ListToolViewModel::progressChanged);
@@ -119,7 +121,7 @@ void ListToolViewModel::startScan(PropertyUpdate& update)
                   &ListToolViewModel::progressChanged);
     m_pump = std::make_unique<StreamPump<ScanProgress>>(
         startStream(), [this](const ScanProgress& record) { receive(record); },
-        [this] { endScan(ScanEnd::reached(m_unread)); });
+        [this] { endScan(ScanEnd::reached(m_unread, m_unreadPlaces)); });
 }
 
 void ListToolViewModel::dropScan(PropertyUpdate& update)
@@ -132,6 +134,8 @@ void ListToolViewModel::dropScan(PropertyUpdate& update)
 void ListToolViewModel::receive(const ScanProgress& record)
 {
     m_unread = record.unread;
+    m_unreadPlaces = record.unreadPlaces;
+    m_countedAgain = record.countedAgain == nullptr ? 0 : record.countedAgain->bytes;
     PropertyUpdate update{this};
     update.assign(m_entries, amended(record.entries), &ListToolViewModel::progressChanged);
     update.assign(m_scanCompleted, record.completed, &ListToolViewModel::progressChanged);
@@ -207,7 +211,7 @@ void ListToolViewModel::startMeasuring()
     const auto measure = [folders = m_unmeasured] {
         Sizes sizes;
         for (const FileUrl& folder : folders) {
-            sizes[folder] = FileScanner::directorySize(folder);
+            sizes[folder] = FileScanner::measure(folder);
         }
         return sizes;
     };
@@ -222,7 +226,7 @@ void ListToolViewModel::showSizes(const Sizes& sizes)
         [&sizes](const Entry& entry) { return entry.isDirectory && sizes.contains(entry.url); });
     std::vector<Entry> measured = folders.toVector();
     for (Entry& folder : measured) {
-        folder.sizeBytes = sizes.at(folder.url);
+        sizes.at(folder.url).applyTo(folder);
     }
     PropertyUpdate update{this};
     update.assign(m_entries, others.merged(EntryList{std::move(measured)}),

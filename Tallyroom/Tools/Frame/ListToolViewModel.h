@@ -58,6 +58,9 @@ public:
     /// The bytes of all `entries`, also of those that the filter hides. Linear in the list.
     [[nodiscard]] std::int64_t totalSize() const;
 
+    /// The part of `totalSize` that the scan counted more than once, as it ended.
+    [[nodiscard]] std::int64_t countedAgain() const { return m_countedAgain; }
+
     /// scanCompleted / scanTotal; 0 while the total is not known.
     [[nodiscard]] double scanFraction() const;
 
@@ -97,7 +100,7 @@ protected:
 private:
     void receive(const ScanProgress& record);
     /// The new sizes of folders that were measured again.
-    using Sizes = std::unordered_map<FileUrl, std::int64_t>;
+    using Sizes = std::unordered_map<FileUrl, FolderSize>;
 
     void startMeasuring();
     void showSizes(const Sizes& sizes);
@@ -111,9 +114,11 @@ private:
     std::int64_t m_scanCompleted = 0;
     std::int64_t m_scanTotal = 0;
     bool m_isDiscovering = false;
-    std::optional<SystemError> m_unread; // of the running scan
-    EntryList m_taken;                   // removed since this list began to fill
-    EntryList m_takenAlong;              // lay below a folder that was removed: they come back with it
+    std::optional<SystemError> m_unread; // of the running scan, as what follows
+    SharedUnreadPlaces m_unreadPlaces;
+    std::int64_t m_countedAgain = 0;
+    EntryList m_taken;      // removed since this list began to fill
+    EntryList m_takenAlong; // lay below a folder that was removed: they come back with it
     // While the list fills:
     RemovedPlaces m_removed; // deleted meanwhile: the scan may still report them
     EntryList m_restored;    // put back meanwhile: the scan may have passed them by

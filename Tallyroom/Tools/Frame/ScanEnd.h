@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileSystem/SystemError.h"
+#include "FileSystem/UnreadPlaces.h"
 
 #include <QString>
 
@@ -14,13 +14,16 @@ struct ScanEnd {
 
     Kind kind = Kind::none;
     SystemError cause; ///< of `unread`: why the folder cannot be read
+    SharedUnreadPlaces
+        unreadPlaces{}; ///< what it could not read; null when all was, or the end was not reached
 
     [[nodiscard]] static ScanEnd stopped() { return {Kind::stopped, {}}; }
 
     /// The end of a scan that was not stopped.
-    [[nodiscard]] static ScanEnd reached(const std::optional<SystemError>& unread)
+    [[nodiscard]] static ScanEnd reached(const std::optional<SystemError>& unread,
+                                         const SharedUnreadPlaces& places)
     {
-        return unread ? ScanEnd{Kind::unread, *unread} : ScanEnd{Kind::complete, {}};
+        return unread ? ScanEnd{Kind::unread, *unread, places} : ScanEnd{Kind::complete, {}, places};
     }
 
     [[nodiscard]] bool isComplete() const { return kind == Kind::complete; }

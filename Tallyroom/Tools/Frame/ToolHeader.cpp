@@ -1,6 +1,7 @@
 #include "Tools/Frame/ToolHeader.h"
 
 #include "Controls/ExportButton.h"
+#include "Controls/LinkedLabel.h"
 #include "Controls/NoticeLine.h"
 #include "Controls/SearchField.h"
 #include "Layout/FlowLayout.h"
@@ -10,7 +11,6 @@
 
 #include <QEvent>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -30,8 +30,8 @@ constexpr int summaryHeight = 20; // of a line, whatever signs it needs from oth
 ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     : QWidget(parent), m_row(new QBoxLayout(QBoxLayout::LeftToRight)), m_controls(new QHBoxLayout),
       m_options(new FlowLayout), m_search(new SearchField(searchPlaceholder)), m_folder(new FolderButton),
-      m_refresh(new QPushButton), m_stop(new QPushButton), m_export(new ExportButton), m_summary(new QLabel),
-      m_notice(new NoticeLine), m_actions(new QHBoxLayout)
+      m_refresh(new QPushButton), m_stop(new QPushButton), m_export(new ExportButton),
+      m_summary(new LinkedLabel), m_notice(new NoticeLine), m_actions(new QHBoxLayout)
 {
     m_search->setMaximumWidth(searchWidth);
     m_search->setMinimumWidth(smallestSearchWidth);
@@ -48,7 +48,6 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     Theme::dress(m_summary, Theme::Text::secondary);
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
     m_summary->setWordWrap(true);
-    m_summary->setTextFormat(Qt::PlainText);
     m_summary->setMinimumHeight(summaryHeight); // what is below does not jump
 
     m_controls->setSpacing(Theme::gap);
@@ -75,6 +74,7 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     connect(m_refresh, &QPushButton::clicked, this, &ToolHeader::refreshRequested);
     connect(m_stop, &QPushButton::clicked, this, &ToolHeader::stopRequested);
     connect(m_export, &QPushButton::clicked, this, &ToolHeader::exportRequested);
+    connect(m_summary, &LinkedLabel::linkRequested, this, &ToolHeader::unreadRequested);
     connect(m_notice, &NoticeLine::actionRequested, this, &ToolHeader::noticeActionRequested);
     showScanning(false);
 }
@@ -113,9 +113,9 @@ void ToolHeader::showScanning(bool isScanning)
     m_stop->setVisible(isScanning);
 }
 
-void ToolHeader::showSummary(const QString& summary)
+void ToolHeader::showSummary(const QString& summary, const QString& unread)
 {
-    m_summary->setText(summary);
+    m_summary->setContent(summary, unread);
 }
 
 void ToolHeader::showEntryCount(std::size_t count)

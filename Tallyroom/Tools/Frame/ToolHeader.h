@@ -7,7 +7,6 @@
 
 class QBoxLayout;
 class QHBoxLayout;
-class QLabel;
 class QPushButton;
 
 namespace tallyroom {
@@ -15,6 +14,7 @@ namespace tallyroom {
 class ExportButton;
 class FlowLayout;
 class FolderButton;
+class LinkedLabel;
 class NoticeLine;
 class SearchField;
 
@@ -42,7 +42,8 @@ public:
     [[nodiscard]] SearchField& searchField() { return *m_search; }
 
     void showScanning(bool isScanning);
-    void showSummary(const QString& summary);
+    /// `unread` ends the line, as a link to what could not be read; none where it is empty.
+    void showSummary(const QString& summary, const QString& unread = {});
     /// What has to be known about the list, nothing when empty, and the button that goes with it.
     void showNotice(const QString& notice, const QString& action = {});
     void showEntryCount(std::size_t count);
@@ -53,6 +54,7 @@ Q_SIGNALS:
     void refreshRequested();
     void stopRequested();
     void exportRequested();
+    void unreadRequested();
     void noticeActionRequested();
 
 protected:
@@ -72,7 +74,7 @@ private:
     QPushButton* m_refresh;
     QPushButton* m_stop;
     ExportButton* m_export;
-    QLabel* m_summary;
+    LinkedLabel* m_summary;
     NoticeLine* m_notice;
     QHBoxLayout* m_actions;
 };

@@ -34,6 +34,8 @@ void ToolPages::makeMessages()
 {
     const auto* const other = m_empty->addAction(QStringLiteral("Choisir un autre dossier…"));
     connect(other, &QPushButton::clicked, this, &ToolPages::folderRequested);
+    m_retry = m_empty->addAction(QStringLiteral("Réessayer"));
+    connect(m_retry, &QPushButton::clicked, &m_tool, [this] { m_tool.refresh(); });
     m_noMatch->setText({}, QStringLiteral("Aucun élément ne correspond au filtre."));
     const auto* const clear = m_noMatch->addAction(QStringLiteral("Effacer le filtre"));
     connect(clear, &QPushButton::clicked, &m_tool, [this] { m_tool.clearFilter(); });
@@ -98,6 +100,7 @@ QSize ToolPages::minimumSizeHint() const
 void ToolPages::showPage(bool isPatient, bool hidesEverything)
 {
     m_empty->setText({}, m_tool.scanEnd().emptyText(m_emptyMessage));
+    m_retry->setVisible(m_tool.scanEnd().kind == ScanEnd::Kind::unread);
     m_error->setText(QStringLiteral("Ce dossier n’a pas pu être ouvert"), m_tool.state().message);
     const QWidget* const before = currentWidget();
     setCurrentWidget(page(isPatient, hidesEverything));

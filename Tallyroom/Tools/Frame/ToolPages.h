@@ -5,6 +5,8 @@
 
 #include <QStackedWidget>
 
+class QPushButton;
+
 namespace tallyroom {
 
 class MessagePage;
@@ -55,6 +57,7 @@ private:
     ScanningView* m_scanning;
     QStackedWidget* m_lists;
     MessagePage* m_empty;
+    QPushButton* m_retry = nullptr; // there, for a folder that cannot be read
     MessagePage* m_noMatch;
     MessagePage* m_error;
 };

@@ -9,11 +9,13 @@
 #include "Rows/Selection.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
+#include "Text/UnreadText.h"
 #include "Theme/Theme.h"
 #include "Tools/Frame/ExportFlow.h"
 #include "Tools/Frame/ToolHeader.h"
 #include "Tools/Frame/ToolPages.h"
 #include "Tools/Frame/ToolTitle.h"
+#include "Tools/Frame/UnreadList.h"
 
 #include <QClipboard>
 #include <QEvent>
@@ -155,6 +157,8 @@ void ToolScreen::connectWidgets()
     connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
     connect(m_header, &ToolHeader::stopRequested, &m_tool, &ScanToolViewModel::cancelScan);
     connect(m_header, &ToolHeader::noticeActionRequested, &m_tool, &ScanToolViewModel::resumeScan);
+    connect(m_header, &ToolHeader::unreadRequested, this,
+            [this] { UnreadList::open(m_tool.scanEnd().unreadPlaces, this); });
     connect(m_header, &ToolHeader::exportRequested, this, &ToolScreen::exportEntries);
     connect(&m_header->searchField(), &SearchField::textChanged, &m_tool, &ScanToolViewModel::setSearchText);
     connect(&m_header->searchField(), &SearchField::listRequested, m_pages,
@@ -291,7 +295,7 @@ void ToolScreen::showSummary()
     if (const std::size_t checked = selection().count(); checked > 0) {
         text += QStringLiteral(" · ") + NumberText::plural(checked, QStringLiteral("sélectionné"));
     }
-    m_header->showSummary(text);
+    m_header->showSummary(text, UnreadText::count(m_tool.scanEnd().unreadPlaces));
 }
 
 void ToolScreen::resetView()
@@ -349,7 +353,8 @@ ToolScreen::Caution ToolScreen::caution(const std::vector<Entry>& /*entries*/) c
 
 void ToolScreen::exportText(std::function<std::string()> text)
 {
-    exportAsCSV(this, std::move(text), exportName(), [this](const FileUrl& file) {
+    const QString part = m_tool.scanEnd().isComplete() ? QString{} : QStringLiteral(" (partiel)");
+    exportAsCSV(this, std::move(text), exportName() + part, [this](const FileUrl& file) {
         m_tool.tell(QStringLiteral("Liste exportée dans « %1 ».").arg(FileUrlText::displayFromHome(file)),
                     ReportTone::done);
     });

@@ -1,7 +1,7 @@
 #include "Tools/DiskUsage/Treemap/TreemapPainter.h"
 
 #include "Text/FileUrlText.h"
-#include "Text/SizeText.h"
+#include "Text/UnreadText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 
@@ -283,7 +283,7 @@ void TreemapPainter::paintLabel(QPainter& painter, const QRect& rect, const Entr
     if (const auto box = checkBox(tile); box && (look.checked || look.hovered)) {
         paintCheckBox(painter, *box, kind, look.checked);
     }
-    const QString size = sizeText(entry.sizeBytes);
+    const QString size = UnreadText::size(entry);
     if (!names.empty() && names.size() < fitting &&
         letters.sizeMetrics.horizontalAdvance(size) <= room.width()) {
         painter.setFont(letters.size);

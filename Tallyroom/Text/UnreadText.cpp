@@ -1,0 +1,55 @@
+#include "Text/UnreadText.h"
+
+#include "Text/NumberText.h"
+#include "Text/SizeText.h"
+
+namespace tallyroom::UnreadText {
+
+namespace {
+
+QString sizeAfter(const QString& atLeast, const Entry& entry)
+{
+    if (entry.has(EntryMark::unreadable)) {
+        return QStringLiteral("illisible");
+    }
+    return (entry.unread > 0 ? atLeast : QString{}) + sizeText(entry.sizeBytes);
+}
+
+} // namespace
+
+QString count(std::int64_t unread, bool hasItems)
+{
+    return hasItems ? NumberText::plural(unread, QStringLiteral("élément illisible"),
+                                         QStringLiteral("éléments illisibles"))
+                    : NumberText::plural(unread, QStringLiteral("dossier illisible"),
+                                         QStringLiteral("dossiers illisibles"));
+}
+
+QString count(const SharedUnreadPlaces& unread)
+{
+    return unread == nullptr ? QString{} : count(unread->count, unread->hasItems);
+}
+
+QString size(const Entry& entry)
+{
+    return sizeAfter(QStringLiteral("≥\u00a0"), entry);
+}
+
+QString spokenSize(const Entry& entry)
+{
+    return sizeAfter(QStringLiteral("au moins "), entry);
+}
+
+QString toolTip(const Entry& entry)
+{
+    if (entry.unread == 0) {
+        return {};
+    }
+    if (entry.has(EntryMark::unreadable)) {
+        return entry.isDirectory ? QStringLiteral("Ce dossier ne peut pas être lu.")
+                                 : QStringLiteral("Cet élément ne peut pas être examiné.");
+    }
+    return count(entry.unread, entry.has(EntryMark::unreadItems));
+}
+
+} // namespace tallyroom::UnreadText
