@@ -114,6 +114,15 @@ bool DeletionRunner::restore(UndoableDeletion deletion, Listener listener)
                      const BatchOptions& options) { return restore(trashed, options); });
 }
 
+bool DeletionRunner::empty(std::shared_ptr<const TrashContents> contents, Listener listener)
+{
+    const auto entries = std::make_shared<const std::vector<Entry>>(contents->entries());
+    return start(entries, {.completed = 0, .total = entries->size()}, std::move(listener), {},
+                 [contents = std::move(contents), empty = m_operations.empty](const BatchOptions& options) {
+                     return empty(*contents, options);
+                 });
+}
+
 bool DeletionRunner::start(const Entries& entries, RemovalProgress progress, Listener listener,
                            FileRemover::Screening screening, Work work)
 {

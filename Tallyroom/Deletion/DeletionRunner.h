@@ -3,6 +3,7 @@
 #include "Bridge/StreamPump.h"
 #include "Deletion/DeletionSupport.h"
 #include "Removal/FileRemover.h"
+#include "Removal/TrashContents.h"
 
 #include <QObject>
 #include <QPointer>
@@ -51,6 +52,11 @@ struct RemovalOperations {
     std::function<FileRemover::RemovalResult(std::span<const FileRemover::TrashedItem> items,
                                              const FileRemover::BatchOptions& options)>
         restore;
+    std::function<FileRemover::RemovalResult(const TrashContents& contents,
+                                             const FileRemover::BatchOptions& options)>
+        empty = [](const TrashContents& contents, const FileRemover::BatchOptions& options) {
+            return contents.empty(options);
+        };
 
     [[nodiscard]] static RemovalOperations real();
 };
@@ -84,6 +90,9 @@ public:
 
     /// Starts restoring deleted items; does nothing and returns false when another batch runs.
     [[nodiscard]] bool restore(UndoableDeletion deletion, Listener listener);
+
+    /// Starts removing what lies in a trash, likewise.
+    [[nodiscard]] bool empty(std::shared_ptr<const TrashContents> contents, Listener listener);
 
     /// Ends the running batch after the item in hand.
     void stop();

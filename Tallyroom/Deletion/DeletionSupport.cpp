@@ -81,6 +81,11 @@ QString restoreMessage(const FileRemover::RemovalResult& result, std::size_t not
     return message + stoppedText(notBegun);
 }
 
+QString removalIsBusyMessage()
+{
+    return QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera terminée.");
+}
+
 std::int64_t totalSize(const std::vector<Entry>& entries)
 {
     std::int64_t total = 0;

@@ -45,6 +45,9 @@ enum class ReportTone { done, failed };
 /// The one line that reports an undo.
 [[nodiscard]] QString restoreMessage(const FileRemover::RemovalResult& result, std::size_t notBegun = 0);
 
+/// Said instead of a removal while another one runs.
+[[nodiscard]] QString removalIsBusyMessage();
+
 /// The sum of the sizes in bytes. An overflow ends the process.
 [[nodiscard]] std::int64_t totalSize(const std::vector<Entry>& entries);
 

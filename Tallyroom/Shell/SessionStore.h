@@ -16,15 +16,12 @@ namespace tallyroom {
 struct SessionStore {
     explicit SessionStore(RemovalOperations operations = RemovalOperations::real())
         : deletions(std::move(operations))
-    {
-        QObject::connect(&deletions, &DeletionRunner::diskChanged, &dashboard,
-                         [this] { dashboard.refresh(); });
-    }
+    {}
 
     // First in, last out: no view model may hear of a removal's end after its own.
     DeletionRunner deletions;
 
-    DashboardViewModel dashboard;
+    DashboardViewModel dashboard{deletions};
     FolderNavigatorViewModel diskUsage{deletions};
     NodeModulesViewModel nodeModules{deletions};
     LargeFilesViewModel largeFiles{deletions};

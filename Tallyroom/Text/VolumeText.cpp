@@ -29,6 +29,11 @@ QString size(std::int64_t bytes)
     return sizeText(bytes);
 }
 
+QString atLeast(std::int64_t bytes, bool isLowerBound)
+{
+    return (isLowerBound ? QStringLiteral("au moins ") : QString{}) + size(bytes);
+}
+
 QString fill(const VolumeUsage& volume)
 {
     if (!isNearlyFull(volume)) {

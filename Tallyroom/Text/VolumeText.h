@@ -19,6 +19,9 @@ inline constexpr double nearlyFull = 0.9;
 /// "180,4 Go"
 [[nodiscard]] QString size(std::int64_t bytes);
 
+/// "3,2 Go"; "au moins 3,2 Go" for a lower bound.
+[[nodiscard]] QString atLeast(std::int64_t bytes, bool isLowerBound);
+
 /// "65 %"; for a volume that is nearly full "presque plein", or "plein" when there is no room left.
 [[nodiscard]] QString fill(const VolumeUsage& volume);
 

@@ -127,7 +127,7 @@ FileUrl originOf(const OpenTrash& trash, const std::string& name)
 }
 
 /// True when it is sure that the item of a record is not there.
-bool isGone(int files, std::string_view record)
+bool isItemGone(int files, std::string_view record)
 {
     const std::string item{record.substr(0, record.size() - TrashRecord::suffix.size())};
     const auto found = fileAttributes(files, item.c_str());
@@ -161,7 +161,7 @@ void findLeftRecords(TrashContents& contents, const OpenTrash& trash,
     const ScanRoot& root = ScanRoots::add(trash.records, trash.recordsFolder.get());
     forEachRecord(trash, [&](const std::string& name) {
         if (items.contains(name.substr(0, name.size() - TrashRecord::suffix.size())) ||
-            !isGone(trash.filesFolder.get(), name)) {
+            !isItemGone(trash.filesFolder.get(), name)) {
             return;
         }
         const auto attributes = fileAttributes(trash.recordsFolder.get(), name.c_str());
@@ -245,7 +245,7 @@ FileRemover::RemovalResult TrashContents::empty(const FileRemover::BatchOptions&
         const auto files =
             openFolder(record.url.parent().parent().appending("files"), FolderAccess::throughOnly);
         // The record is written before its item comes.
-        return files && isGone(files->get(), record.name)
+        return files && isItemGone(files->get(), record.name)
                    ? FileRemover::Screened{}
                    : FileRemover::Screened{.refusal = "Un élément a pris ce nom.", .secondLook = {}};
     };

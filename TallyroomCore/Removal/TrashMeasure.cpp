@@ -81,7 +81,7 @@ private:
         const std::scoped_lock lock{m_findings->mutex};
         for (TreeWalk::Child& child : children) {
             if (child.attributes == nullptr) {
-                ++m_findings->unread;
+                m_findings->unread += child.failure != 0 ? 1 : 0; // else it is gone
                 continue;
             }
             child.mark = m_findings->items.size();
@@ -107,7 +107,7 @@ private:
                 child.descend = true;
             } else if (child.attributes != nullptr) {
                 bytes = saturatedSum(bytes, child.attributes->allocatedBytes);
-            } else {
+            } else if (child.failure != 0) {
                 ++unread;
             }
         }

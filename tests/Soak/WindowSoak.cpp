@@ -45,6 +45,12 @@ RemovalOperations confinedTo(const FileUrl& folder, std::atomic<int>& removed)
         };
         return remove(entries, permanently, options);
     };
+    operations.empty = [folder](TrashContents contents, const FileRemover::BatchOptions& options) {
+        const auto isOutside = [&folder](const Entry& entry) { return !entry.url.isInside(folder); };
+        std::erase_if(contents.items, [&](const TrashContents::Item& item) { return isOutside(item.entry); });
+        std::erase_if(contents.leftRecords, isOutside);
+        return contents.empty(options);
+    };
     return operations;
 }
 

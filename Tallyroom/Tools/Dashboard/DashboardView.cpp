@@ -1,7 +1,10 @@
 #include "Tools/Dashboard/DashboardView.h"
 
 #include "Controls/Shortcut.h"
+#include "Deletion/EmptyTrashConfirmation.h"
+#include "Deletion/StatusBanner.h"
 #include "Layout/LayoutNow.h"
+#include "Text/FileUrlText.h"
 #include "Text/VolumeText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
@@ -16,6 +19,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -29,7 +33,7 @@ constexpr std::chrono::milliseconds noticePatience{500};
 
 DashboardView::DashboardView(DashboardViewModel& dashboard, QWidget* parent)
     : QScrollArea(parent), m_dashboard(dashboard), m_reload(new QPushButton(QStringLiteral("Recharger"))),
-      m_volumes(new VolumeGrid), m_noVolume(new QLabel), m_unanswered(new QLabel)
+      m_volumes(new VolumeGrid), m_noVolume(new QLabel), m_unanswered(new QLabel), m_banner(new StatusBanner)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(noticePatience);
@@ -42,8 +46,21 @@ DashboardView::DashboardView(DashboardViewModel& dashboard, QWidget* parent)
     connect(&m_dashboard, &DashboardViewModel::isRefreshingChanged, this, &DashboardView::showReading);
     connect(m_reload, &QPushButton::clicked, &m_dashboard, &DashboardViewModel::refresh);
     connect(m_volumes, &VolumeGrid::chosen, &m_dashboard, &DashboardViewModel::explore);
+    connectTrash();
     showVolumes();
     showReading();
+}
+
+void DashboardView::connectTrash()
+{
+    TrashViewModel& trash = m_dashboard.trash();
+    connect(&trash, &TrashViewModel::contentsChanged, this, &DashboardView::showTrashes);
+    connect(&trash, &TrashViewModel::statusMessageChanged, this, &DashboardView::showBanner);
+    connect(&trash, &TrashViewModel::removalChanged, this, &DashboardView::showBanner);
+    connect(&trash, &TrashViewModel::emptyingReady, this, &DashboardView::askToEmpty);
+    connect(m_volumes, &VolumeGrid::emptyRequested, &trash, &TrashViewModel::prepareEmptying);
+    connect(m_banner, &StatusBanner::stopRequested, &trash, &TrashViewModel::stop);
+    connect(m_banner, &StatusBanner::dismissed, &trash, &TrashViewModel::dismissStatus);
 }
 
 void DashboardView::makeLayout()
@@ -97,6 +114,7 @@ QWidget* DashboardView::makeVolumes()
     column->addWidget(m_volumes);
     column->addWidget(m_noVolume);
     column->addWidget(m_unanswered);
+    column->addWidget(m_banner);
     return volumes;
 }
 
@@ -120,8 +138,45 @@ void DashboardView::showVolumes()
     QWidget* last = m_reload;
     for (VolumeCard* const card : m_volumes->cards()) {
         setTabOrder(std::exchange(last, card), card);
+        setTabOrder(std::exchange(last, card->emptyButton()), card->emptyButton());
     }
+    showTrashes();
     showNotices();
+}
+
+void DashboardView::showTrashes()
+{
+    m_volumes->setTrashes([this](const VolumeUsage& volume) {
+        const auto contents = m_dashboard.trash().of(volume.url);
+        return contents == nullptr ? QString{}
+                                   : VolumeText::atLeast(contents->totalBytes, contents->unread > 0);
+    });
+    layOutNow(m_volumes);
+}
+
+void DashboardView::showBanner()
+{
+    const TrashViewModel& trash = m_dashboard.trash();
+    m_banner->showMessage(trash.statusMessage(), trash.statusTone(), trash.failures());
+    m_banner->showRemoval(trash.removal());
+}
+
+/// Asks about what lies there at this moment, and empties that and nothing else.
+void DashboardView::askToEmpty(const FileUrl& mountPoint)
+{
+    const auto contents = m_dashboard.trash().of(mountPoint);
+    const auto& cards = m_volumes->cards();
+    const auto card =
+        std::ranges::find(cards, mountPoint, [](const VolumeCard* one) { return one->usage().url; });
+    if (!isVisible() || contents == nullptr || card == cards.end()) {
+        return; // the person has gone on to something else
+    }
+    auto* const dialog =
+        new EmptyTrashConfirmation(*contents, FileUrlText::display((*card)->usage().name), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, &m_dashboard.trash(),
+            [&trash = m_dashboard.trash(), contents] { trash.empty(contents); });
+    dialog->open();
 }
 
 void DashboardView::showReading()

@@ -9,6 +9,8 @@ class QPushButton;
 namespace tallyroom {
 
 class DashboardViewModel;
+class FileUrl;
+class StatusBanner;
 class VolumeGrid;
 
 /// The screen of the dashboard: the volumes as cards, and below them the breakdown of a folder by kind of
@@ -28,7 +30,11 @@ private:
     [[nodiscard]] QWidget* makeHeader();
     [[nodiscard]] QWidget* makeVolumes();
     void addShortcuts();
+    void connectTrash();
     void showVolumes();
+    void showTrashes();
+    void showBanner();
+    void askToEmpty(const FileUrl& mountPoint);
     void showReading();
     void showNotices();
 
@@ -38,6 +44,7 @@ private:
     VolumeGrid* m_volumes;
     QLabel* m_noVolume;
     QLabel* m_unanswered;
+    StatusBanner* m_banner;
 };
 
 } // namespace tallyroom

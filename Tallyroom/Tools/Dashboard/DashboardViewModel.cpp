@@ -10,8 +10,10 @@
 
 namespace tallyroom {
 
-DashboardViewModel::DashboardViewModel(DashboardSources sources) : m_sources(std::move(sources))
+DashboardViewModel::DashboardViewModel(DeletionRunner& deletions, DashboardSources sources)
+    : m_sources(std::move(sources)), m_trash(deletions, m_sources.trash)
 {
+    connect(&deletions, &DeletionRunner::diskChanged, this, &DashboardViewModel::refresh);
     refresh();
 }
 
@@ -35,6 +37,7 @@ void DashboardViewModel::refresh()
 {
     m_volumesPump.reset();
     m_report = {};
+    m_trash.beginRound();
     PropertyUpdate update{this};
     update.assign(m_isRefreshing, true, &DashboardViewModel::isRefreshingChanged);
     m_volumesPump = std::make_unique<StreamPump<VolumeReport>>(
@@ -45,6 +48,7 @@ void DashboardViewModel::refresh()
 void DashboardViewModel::receive(VolumeReport report)
 {
     m_report = std::move(report);
+    lookIntoTrashes();
     PropertyUpdate update{this};
     show(update, completed(m_report));
 }
@@ -52,9 +56,21 @@ void DashboardViewModel::receive(VolumeReport report)
 void DashboardViewModel::endRefresh()
 {
     m_volumesPump.reset();
+    m_trash.endRound();
     PropertyUpdate update{this};
     show(update, m_report);
     update.assign(m_isRefreshing, false, &DashboardViewModel::isRefreshingChanged);
+}
+
+/// Into those of the volumes that have answered: a silent one would not tell this either.
+void DashboardViewModel::lookIntoTrashes()
+{
+    for (const VolumeUsage& volume : m_report.volumes) {
+        m_trash.look(volume.url);
+    }
+    if (m_report.mainVolume) {
+        m_trash.look(m_report.mainVolume->url);
+    }
 }
 
 /// A report with the volumes on screen that have yet to answer again: no card goes only to come back.

@@ -3,6 +3,7 @@
 #include "Bridge/Observable.h"
 #include "Bridge/StreamPump.h"
 #include "Kinds/FolderAnalyzer.h"
+#include "Tools/Dashboard/TrashViewModel.h"
 #include "Tools/Frame/FolderTool.h"
 #include "Tools/Frame/ScanEnd.h"
 #include "Volumes/VolumeInfo.h"
@@ -33,6 +34,7 @@ struct DashboardSources {
     std::function<ProgressStream<VolumeReport>()> volumes = [] { return VolumeInfo::stream(); };
     std::function<ProgressStream<FolderAnalyzer::Progress>(const FileUrl& folder)> analysis =
         FolderAnalyzer::stream;
+    TrashViewModel::Source trash = TrashContents::stream;
 };
 
 /// The first tool: how full the volumes are, and, when asked, which kinds of files fill a folder. Nothing
@@ -49,8 +51,9 @@ class DashboardViewModel : public FolderTool {
     Q_PROPERTY(QString analyzedFolder READ analyzedFolder NOTIFY analyzedFolderChanged)
 
 public:
-    /// Starts reading the volumes.
-    explicit DashboardViewModel(DashboardSources sources = {});
+    /// Starts reading the volumes, and reads them anew whenever `deletions`, which must outlive it, has
+    /// changed the disk.
+    explicit DashboardViewModel(DeletionRunner& deletions, DashboardSources sources = {});
 
     /// As `VolumeInfo::current` orders them; fills while the volumes answer.
     [[nodiscard]] const std::vector<VolumeUsage>& volumes() const { return m_volumes; }
@@ -63,6 +66,9 @@ public:
 
     /// Whether the volumes are being read.
     [[nodiscard]] bool isRefreshing() const { return m_isRefreshing; }
+
+    /// What lies in the trash of these volumes.
+    [[nodiscard]] TrashViewModel& trash() { return m_trash; }
 
     [[nodiscard]] const AnalysisState& analysisState() const { return m_analysisState; }
 
@@ -119,11 +125,13 @@ private:
     void receive(VolumeReport report);
     void endRefresh();
     void show(PropertyUpdate& update, const VolumeReport& report);
+    void lookIntoTrashes();
     [[nodiscard]] VolumeReport completed(VolumeReport report) const;
     void receive(const FolderAnalyzer::Progress& record);
     void endAnalysis();
 
     DashboardSources m_sources;
+    TrashViewModel m_trash;
     std::vector<VolumeUsage> m_volumes;
     std::optional<VolumeUsage> m_mainVolume;
     std::int64_t m_unansweredVolumes = 0;

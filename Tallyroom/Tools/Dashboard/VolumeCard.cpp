@@ -17,6 +17,8 @@ namespace tallyroom {
 namespace {
 
 const QString mainLabel = QStringLiteral("Volume principal");
+const QString emptyLabel = QStringLiteral("Vider la corbeille…");
+const QString shortEmptyLabel = QStringLiteral("Vider…");
 
 /// Writes words one after the other on one line, each in its own ink, and cuts short what has no room.
 class LineOfText {
@@ -56,8 +58,14 @@ int heightOf(const QFont& font)
 
 } // namespace
 
-VolumeCard::VolumeCard(QWidget* parent) : QPushButton(parent)
+VolumeCard::VolumeCard(QWidget* parent) : QPushButton(parent), m_empty(new QPushButton(this))
 {
+    Theme::dress(m_empty, Theme::Button::plain);
+    m_empty->setToolTip(emptyLabel);
+    m_empty->setAccessibleName(emptyLabel);
+    m_empty->hide();
+    connect(m_empty, &QPushButton::clicked, this, &VolumeCard::emptyRequested);
+    connect(&Theme::shared(), &Theme::changed, this, &VolumeCard::placeButton);
     Theme::dress(this, Theme::Button::card);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
@@ -67,9 +75,41 @@ void VolumeCard::setUsage(const VolumeUsage& usage, bool isMain)
     m_usage = usage;
     m_isMain = isMain;
     setAccessibleName(VolumeText::name(usage));
-    setAccessibleDescription(VolumeText::description(usage, isMain));
+    describe();
     setToolTip(VolumeText::toolTip(usage));
     update();
+}
+
+void VolumeCard::setTrash(const QString& size)
+{
+    m_trash = size.isEmpty() ? QString{} : QStringLiteral("Corbeille : ") + size;
+    if (m_trash.isEmpty() && m_empty->hasFocus()) {
+        setFocus(); // the toolkit would choose any part of the window
+    }
+    m_empty->setVisible(!m_trash.isEmpty());
+    m_empty->setAccessibleDescription(FileUrlText::display(m_usage.name) + QStringLiteral(", ") + m_trash);
+    describe();
+    placeButton();
+    update();
+}
+
+void VolumeCard::describe()
+{
+    const QString trash = m_trash.isEmpty() ? QString{} : m_trash + QStringLiteral(". ");
+    setAccessibleDescription(trash + VolumeText::description(m_usage, m_isMain));
+}
+
+/// The button at the end of the last line, as long as there is room for it beside the words.
+void VolumeCard::placeButton()
+{
+    m_empty->setText(emptyLabel);
+    const QRect room = content();
+    if (m_empty->sizeHint().width() + Theme::gap + widthOf(m_trash, Theme::shared().body()) > room.width()) {
+        m_empty->setText(shortEmptyLabel);
+    }
+    const QSize size = m_empty->sizeHint();
+    m_empty->setGeometry(room.right() + 1 - size.width(), room.bottom() + 1 - size.height(), size.width(),
+                         size.height());
 }
 
 int VolumeCard::cardHeight()
@@ -80,6 +120,16 @@ int VolumeCard::cardHeight()
         heightOf(theme.strong()) + heightOf(theme.small()) + Theme::gap + heightOf(theme.title());
     return 2 * Theme::cardPadding + std::max(mainLines, otherLines) + Theme::gap + Theme::volumeBarHeight +
            Theme::gap + heightOf(theme.body());
+}
+
+int VolumeCard::trashHeight()
+{
+    return Theme::gap + Theme::controlHeight;
+}
+
+QRect VolumeCard::content() const
+{
+    return rect().adjusted(Theme::cardPadding, Theme::cardPadding, -Theme::cardPadding, -Theme::cardPadding);
 }
 
 QSize VolumeCard::sizeHint() const
@@ -97,9 +147,12 @@ void VolumeCard::paintEvent(QPaintEvent* event)
     QPushButton::paintEvent(event);
     const Theme& theme = Theme::shared();
     QPainter painter{this};
-    QRect room =
-        rect().adjusted(Theme::cardPadding, Theme::cardPadding, -Theme::cardPadding, -Theme::cardPadding);
+    QRect room = content();
     paintNames(painter, room);
+    if (height() > cardHeight()) { // this one, or one beside it, has something in its trash
+        paintTrash(painter);
+        room.adjust(0, 0, 0, -trashHeight());
+    }
     // From the bottom up, so that the bars of all cards of a row are on one level.
     const int footnote = heightOf(theme.body());
     paintFootnote(painter, room.adjusted(0, room.height() - footnote, 0, 0));
@@ -108,6 +161,25 @@ void VolumeCard::paintEvent(QPaintEvent* event)
     paintCapsule(painter, room.adjusted(0, room.height() - Theme::volumeBarHeight, 0, 0),
                  m_usage.usedFraction(), theme.colour(Theme::Colour::line), theme.colour(ink));
     paintFigures(painter, room.adjusted(0, 0, 0, -Theme::volumeBarHeight - Theme::gap));
+}
+
+void VolumeCard::resizeEvent(QResizeEvent* event)
+{
+    QPushButton::resizeEvent(event);
+    placeButton();
+}
+
+void VolumeCard::paintTrash(QPainter& painter) const
+{
+    const Theme& theme = Theme::shared();
+    const QRect room = content();
+    const QRect button = m_empty->geometry();
+    const QRect line{room.left(), button.top(), button.left() - Theme::gap - room.left(), button.height()};
+    const bool fits = widthOf(m_trash, theme.body()) <= line.width();
+    const QFont font = fits ? theme.body() : theme.small();
+    const int height = heightOf(font);
+    LineOfText{painter, {line.left(), line.center().y() - height / 2, line.width(), height}}.write(
+        m_trash, font, Theme::Colour::secondary);
 }
 
 void VolumeCard::paintNames(QPainter& painter, const QRect& room) const

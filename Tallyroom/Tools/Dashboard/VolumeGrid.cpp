@@ -13,10 +13,10 @@ namespace tallyroom {
 namespace {
 
 /// From `left` to `right` without the fractions of a pixel, so that neighbours keep their distance.
-QRect placed(double left, double right, int top)
+QRect placed(double left, double right, int top, int height)
 {
     const int start = static_cast<int>(std::lround(left));
-    return {start, top, static_cast<int>(std::lround(right)) - start, VolumeCard::cardHeight()};
+    return {start, top, static_cast<int>(std::lround(right)) - start, height};
 }
 
 } // namespace
@@ -58,6 +58,18 @@ void VolumeGrid::setVolumes(const std::vector<VolumeUsage>& volumes,
     placeCards();
 }
 
+void VolumeGrid::setTrashes(const std::function<QString(const VolumeUsage& volume)>& trash)
+{
+    m_hasTrash = false;
+    for (VolumeCard* const card : m_cards) {
+        const QString size = trash(card->usage());
+        card->setTrash(size);
+        m_hasTrash = m_hasTrash || !size.isEmpty();
+    }
+    updateGeometry();
+    placeCards();
+}
+
 /// The card of that volume, out of those on screen, or a new one.
 VolumeCard* VolumeGrid::takeCard(const FileUrl& url)
 {
@@ -70,8 +82,15 @@ VolumeCard* VolumeGrid::takeCard(const FileUrl& url)
     }
     auto* const card = new VolumeCard(this);
     connect(card, &VolumeCard::clicked, this, [this, card] { Q_EMIT chosen(FileUrl{card->usage().url}); });
+    connect(card, &VolumeCard::emptyRequested, this,
+            [this, card] { Q_EMIT emptyRequested(FileUrl{card->usage().url}); });
     card->show();
     return card;
+}
+
+int VolumeGrid::cardHeight() const
+{
+    return VolumeCard::cardHeight() + (m_hasTrash ? VolumeCard::trashHeight() : 0);
 }
 
 double VolumeGrid::share(std::size_t place) const
@@ -96,7 +115,7 @@ std::vector<QRect> VolumeGrid::oneRow(int width) const
     double left = 0;
     for (std::size_t place = 0; place < m_cards.size(); ++place) {
         const double right = left + unit * share(place);
-        result.push_back(placed(left, right, 0));
+        result.push_back(placed(left, right, 0, cardHeight()));
         left = right + Theme::cardGap;
     }
     return result;
@@ -111,14 +130,14 @@ std::vector<QRect> VolumeGrid::severalRows(int width) const
     const int rows = (cells + mostColumns - 1) / mostColumns;
     const int columns = (cells + rows - 1) / rows;
     const double step = static_cast<double>(width + Theme::cardGap) / columns;
-    const int height = VolumeCard::cardHeight();
+    const int height = cardHeight();
     std::vector<QRect> result;
     int cell = 0;
     for (std::size_t place = 0; place < m_cards.size(); ++place) {
         const int span = m_hasMain && place == 0 ? std::min(2, columns) : 1;
         const double left = step * (cell % columns);
-        result.push_back(
-            placed(left, left + step * span - Theme::cardGap, cell / columns * (height + Theme::cardGap)));
+        result.push_back(placed(left, left + step * span - Theme::cardGap,
+                                cell / columns * (height + Theme::cardGap), height));
         cell += span;
     }
     return result;
@@ -137,7 +156,7 @@ QSize VolumeGrid::sizeHint() const
 
 QSize VolumeGrid::minimumSizeHint() const
 {
-    return {Theme::cardMinimumWidth, VolumeCard::cardHeight()};
+    return {Theme::cardMinimumWidth, cardHeight()};
 }
 
 void VolumeGrid::resizeEvent(QResizeEvent* event)

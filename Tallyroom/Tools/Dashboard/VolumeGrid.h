@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -22,6 +23,9 @@ public:
     /// A card that stays keeps its widget, and so the focus.
     void setVolumes(const std::vector<VolumeUsage>& volumes, const std::optional<VolumeUsage>& mainVolume);
 
+    /// Shows what lies in the trash of each volume: the text that `trash` tells, or nothing for an empty one.
+    void setTrashes(const std::function<QString(const VolumeUsage& volume)>& trash);
+
     /// In the order of the screen, which is that of the tab key.
     [[nodiscard]] const std::vector<VolumeCard*>& cards() const { return m_cards; }
 
@@ -34,6 +38,8 @@ public:
 Q_SIGNALS:
     /// A card was pressed.
     void chosen(const tallyroom::FileUrl& mountPoint);
+    /// The trash of a volume shall be emptied.
+    void emptyRequested(const tallyroom::FileUrl& mountPoint);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -43,11 +49,13 @@ private:
     [[nodiscard]] std::vector<QRect> places(int width) const;
     [[nodiscard]] std::vector<QRect> oneRow(int width) const;
     [[nodiscard]] std::vector<QRect> severalRows(int width) const;
+    [[nodiscard]] int cardHeight() const;
     [[nodiscard]] double share(std::size_t place) const;
     void placeCards();
 
     std::vector<VolumeCard*> m_cards;
     bool m_hasMain = false;
+    bool m_hasTrash = false; // one of the cards
 };
 
 } // namespace tallyroom

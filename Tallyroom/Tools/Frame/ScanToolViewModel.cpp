@@ -208,8 +208,7 @@ void ScanToolViewModel::beginRemoval(bool isAccepted, const RemovalProgress& pro
     if (isAccepted) {
         showRemoval(progress);
     } else {
-        tell(QStringLiteral("Une suppression est déjà en cours : réessayez quand elle sera terminée."),
-             ReportTone::failed);
+        tell(removalIsBusyMessage(), ReportTone::failed);
     }
 }
 
