@@ -15,8 +15,9 @@ class DeleteConfirmation : public QDialog {
     Q_OBJECT
 
 public:
-    /// The choice that Enter takes.
-    enum class Default { trash, permanent };
+    /// The choice that Enter takes. Items that lie in the trash already can only go for good, and Enter
+    /// leaves them there.
+    enum class Default { trash, permanent, leaveInTrash };
 
     /// The warning before a deletion; each part may be empty.
     struct Caution {
@@ -33,7 +34,7 @@ Q_SIGNALS:
     void confirmed(const std::vector<tallyroom::Entry>& entries, bool permanently);
 
 private:
-    [[nodiscard]] QString message() const;
+    [[nodiscard]] QString message(Default choice) const;
     QPushButton* addChoice(const QString& text, bool permanently);
     void demand(const QString& acknowledgement, const QList<QPushButton*>& choices, QBoxLayout* column);
 

@@ -3,6 +3,7 @@
 #include "Bridge/AskApart.h"
 #include "Deletion/EntryPlaces.h"
 #include "Scanning/FileScanner.h"
+#include "Volumes/FreeSpace.h"
 
 #include <chrono>
 #include <string>
@@ -77,7 +78,11 @@ RemovalOperations RemovalOperations::real()
                     return FileRemover::remove(entries, permanently, options);
                 },
             .restore = [](std::span<const FileRemover::TrashedItem> items,
-                          const BatchOptions& options) { return FileRemover::restore(items, options); }};
+                          const BatchOptions& options) { return FileRemover::restore(items, options); },
+            .deleteTrashed =
+                [](std::span<const FileRemover::TrashedItem> items, const BatchOptions& options) {
+                    return FileRemover::deleteTrashed(items, options);
+                }};
 }
 
 DeletionRunner::DeletionRunner(RemovalOperations operations) : m_operations(std::move(operations)) {}
@@ -99,7 +104,8 @@ bool DeletionRunner::remove(std::vector<Entry> entries, bool permanently, Listen
                             FileRemover::Screening screening)
 {
     const auto shared = std::make_shared<const std::vector<Entry>>(std::move(entries));
-    return start(shared, {.completed = 0, .total = shared->size()}, std::move(listener), std::move(screening),
+    return start(shared, shared->size(), permanently ? Kind::forGood : Kind::trashing, std::move(listener),
+                 std::move(screening),
                  [shared, permanently, remove = m_operations.remove](const BatchOptions& options) {
                      return remove(*shared, permanently, options);
                  });
@@ -108,8 +114,8 @@ bool DeletionRunner::remove(std::vector<Entry> entries, bool permanently, Listen
 bool DeletionRunner::restore(UndoableDeletion deletion, Listener listener)
 {
     const auto shared = std::make_shared<const std::vector<Entry>>(std::move(deletion.entries));
-    const RemovalProgress progress{.completed = 0, .total = deletion.trashed.size(), .isRestoring = true};
-    return start(shared, progress, std::move(listener), {},
+    const std::size_t count = deletion.trashed.size();
+    return start(shared, count, Kind::restoring, std::move(listener), {},
                  [trashed = std::move(deletion.trashed), restore = m_operations.restore](
                      const BatchOptions& options) { return restore(trashed, options); });
 }
@@ -117,13 +123,21 @@ bool DeletionRunner::restore(UndoableDeletion deletion, Listener listener)
 bool DeletionRunner::empty(std::shared_ptr<const TrashContents> contents, Listener listener)
 {
     const auto entries = std::make_shared<const std::vector<Entry>>(contents->entries());
-    return start(entries, {.completed = 0, .total = entries->size()}, std::move(listener), {},
+    return start(entries, entries->size(), Kind::forGood, std::move(listener), {},
                  [contents = std::move(contents), empty = m_operations.empty](const BatchOptions& options) {
                      return empty(*contents, options);
                  });
 }
 
-bool DeletionRunner::start(const Entries& entries, RemovalProgress progress, Listener listener,
+bool DeletionRunner::deleteTrashed(const UndoableDeletion& deletion, Listener listener)
+{
+    return start(std::make_shared<const std::vector<Entry>>(trashedEntries(deletion)),
+                 deletion.trashed.size(), Kind::forGood, std::move(listener), {},
+                 [trashed = deletion.trashed, remove = m_operations.deleteTrashed](
+                     const BatchOptions& options) { return remove(trashed, options); });
+}
+
+bool DeletionRunner::start(const Entries& entries, std::size_t count, Kind kind, Listener listener,
                            FileRemover::Screening screening, Work work)
 {
     if (m_batch) {
@@ -131,6 +145,7 @@ bool DeletionRunner::start(const Entries& entries, RemovalProgress progress, Lis
     }
     auto [sender, stream] = makeProgressStream<News>();
     const QPointer<QObject> context = listener.context;
+    const RemovalProgress progress{.total = count, .isRestoring = kind == Kind::restoring};
     Batch& batch = m_batch.emplace(std::move(listener), context, entries, progress, std::nullopt);
     batch.pump = std::make_unique<StreamPump<News>>(
         std::move(stream), [this](News news) { receive(std::move(news)); }, [this] { finish(); });
@@ -139,12 +154,16 @@ bool DeletionRunner::start(const Entries& entries, RemovalProgress progress, Lis
     options.stop = batch.stop.get_token();
     options.screening = std::move(screening);
     options.progress = [telling](std::size_t completed, std::size_t) { telling->send({completed, {}}); };
-    std::packaged_task<void()> task{[entries, options = std::move(options), work = std::move(work),
+    std::packaged_task<void()> task{[entries, kind, options = std::move(options), work = std::move(work),
                                      telling = std::move(telling)]() mutable {
+        FreeSpace free;
+        if (kind == Kind::forGood) {
+            free.note(*entries); // before anything goes
+        }
         RemovalResult result = work(options);
         invalidateAround(*entries);
         const std::size_t completed = result.removed.size() + result.failures.size();
-        telling->send({completed, std::move(result)});
+        telling->send({completed, std::move(result), free.gained()});
         options = {};
         telling.reset();
     }};
@@ -167,6 +186,7 @@ void DeletionRunner::receive(News news)
 {
     m_batch->progress.completed = news.completed;
     m_batch->result = std::move(news.result);
+    m_batch->gained = news.gained;
     showProgress();
 }
 
@@ -182,6 +202,7 @@ void DeletionRunner::finish()
     const Batch batch = std::move(*std::exchange(m_batch, std::nullopt));
     RemovalOutcome outcome;
     outcome.result = batch.result.value_or(RemovalResult{});
+    outcome.gained = batch.gained;
     outcome.notBegun = batch.progress.total - outcome.result.removed.size() - outcome.result.failures.size();
     DiskChange change{.gone = {}, .back = {}, .folders = {}, .asker = batch.context.data()};
     std::vector<Entry>& changed = batch.progress.isRestoring ? change.back : change.gone;

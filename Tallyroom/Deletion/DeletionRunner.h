@@ -33,6 +33,8 @@ struct RemovalOutcome {
     FileRemover::RemovalResult result;
     std::vector<Entry> done;  ///< the removed or restored items, in the order given
     std::size_t notBegun = 0; ///< left as it was because the batch was stopped
+    /// How much more room their volumes have now, in bytes: after a removal for good, where they said so.
+    std::optional<std::int64_t> gained{};
 };
 
 /// What a batch changed on the disk.
@@ -52,6 +54,9 @@ struct RemovalOperations {
     std::function<FileRemover::RemovalResult(std::span<const FileRemover::TrashedItem> items,
                                              const FileRemover::BatchOptions& options)>
         restore;
+    std::function<FileRemover::RemovalResult(std::span<const FileRemover::TrashedItem> items,
+                                             const FileRemover::BatchOptions& options)>
+        deleteTrashed{};
     std::function<FileRemover::RemovalResult(const TrashContents& contents,
                                              const FileRemover::BatchOptions& options)>
         empty = [](const TrashContents& contents, const FileRemover::BatchOptions& options) {
@@ -94,6 +99,10 @@ public:
     /// Starts removing what lies in a trash, likewise.
     [[nodiscard]] bool empty(std::shared_ptr<const TrashContents> contents, Listener listener);
 
+    /// Starts removing deleted items from the trash, for good; does nothing and returns false when another
+    /// batch runs. The items done are told as they lay in the trash.
+    [[nodiscard]] bool deleteTrashed(const UndoableDeletion& deletion, Listener listener);
+
     /// Ends the running batch after the item in hand.
     void stop();
 
@@ -107,10 +116,12 @@ private:
     struct News {
         std::size_t completed = 0;
         std::optional<FileRemover::RemovalResult> result;
+        std::optional<std::int64_t> gained{};
     };
 
     using Entries = std::shared_ptr<const std::vector<Entry>>;
     using Work = std::function<FileRemover::RemovalResult(const FileRemover::BatchOptions& options)>;
+    enum class Kind : unsigned char { trashing, forGood, restoring };
 
     struct Batch {
         Listener listener;
@@ -118,12 +129,13 @@ private:
         Entries entries;
         RemovalProgress progress;
         std::optional<FileRemover::RemovalResult> result;
+        std::optional<std::int64_t> gained{};
         std::stop_source stop{};
         std::future<void> end{}; // of the worker
         std::unique_ptr<StreamPump<News>> pump{};
     };
 
-    bool start(const Entries& entries, RemovalProgress progress, Listener listener,
+    bool start(const Entries& entries, std::size_t count, Kind kind, Listener listener,
                FileRemover::Screening screening, Work work);
     void receive(News news);
     void showProgress();

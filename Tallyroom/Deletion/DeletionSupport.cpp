@@ -6,7 +6,9 @@
 #include "Text/SizeText.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
+#include <unordered_map>
 
 namespace tallyroom {
 
@@ -22,21 +24,24 @@ QString stoppedText(std::size_t notBegun)
 }
 
 /// What failed items have freed all the same.
-QString partlyText(const FileRemover::RemovalResult& result)
+std::int64_t partlyFreed(const FileRemover::RemovalResult& result)
 {
     std::int64_t freed = 0;
-    int count = 0;
     for (const FileRemover::RemovalFailure& failure : result.failures) {
-        if (failure.freedBytes > 0) {
-            freed = checkedSum(freed, failure.freedBytes);
-            ++count;
-        }
+        freed = checkedSum(freed, failure.freedBytes);
     }
+    return freed;
+}
+
+QString partlyText(const FileRemover::RemovalResult& result)
+{
+    const auto count = std::ranges::count_if(
+        result.failures, [](const FileRemover::RemovalFailure& failure) { return failure.freedBytes > 0; });
     return count == 0 ? QString{}
                       : QStringLiteral(" %1 · %2 libérés.")
                             .arg(NumberText::plural(count, QStringLiteral("supprimé en partie"),
                                                     QStringLiteral("supprimés en partie")),
-                                 sizeText(freed));
+                                 sizeText(partlyFreed(result)));
 }
 
 } // namespace
@@ -48,6 +53,22 @@ PendingDeletion PendingDeletion::many(const std::vector<Entry>& entries)
     pending.size = totalSize(entries);
     pending.label = NumberText::plural(entries.size(), QStringLiteral("élément"));
     return pending;
+}
+
+std::vector<Entry> trashedEntries(const UndoableDeletion& deletion)
+{
+    std::unordered_map<FileUrl, const Entry*> originals;
+    for (const Entry& entry : deletion.entries) {
+        originals.emplace(entry.url, &entry);
+    }
+    std::vector<Entry> entries;
+    for (const FileRemover::TrashedItem& item : deletion.trashed) {
+        const auto original = originals.find(item.original);
+        Entry& entry = entries.emplace_back(original != originals.end() ? *original->second : Entry{});
+        entry.url = item.inTrash;
+        entry.identity = item.item.value_or(ItemIdentity{});
+    }
+    return entries;
 }
 
 EntryList withRestored(const EntryList& entries, const EntryList& restored)
@@ -69,6 +90,26 @@ QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t fr
                                 : QStringLiteral("%1 %2, %3 en échec.")
                                       .arg(removed, verb, NumberText::grouped(result.failures.size()));
     return message + partlyText(result) + stoppedText(notBegun);
+}
+
+QString gainNote(const FileRemover::RemovalResult& result, std::int64_t freed,
+                 std::optional<std::int64_t> gained)
+{
+    constexpr std::int64_t writtenMeanwhile = 16 * 1024 * 1024;
+    const std::int64_t told = saturatedSum(freed, partlyFreed(result));
+    const std::int64_t off = std::abs(saturatedSum(gained.value_or(told), -told));
+    if (off <= std::max(told / 10, writtenMeanwhile)) {
+        return {};
+    }
+    const QString start =
+        *gained > 0
+            ? QStringLiteral("L’espace libre a augmenté de %1 pour %2 supprimés.")
+                  .arg(sizeText(*gained), sizeText(told))
+            : QStringLiteral("L’espace libre n’a pas augmenté, pour %1 supprimés.").arg(sizeText(told));
+    return *gained < told
+               ? start + QStringLiteral(" Le reste a d’autres noms, est retenu par un instantané ou un "
+                                        "programme qui l’utilise, ou a été écrit entre-temps.")
+               : start;
 }
 
 QString restoreMessage(const FileRemover::RemovalResult& result, std::size_t notBegun)

@@ -7,6 +7,8 @@
 #include <QString>
 #include <QUuid>
 
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace tallyroom {
@@ -34,6 +36,9 @@ struct UndoableDeletion {
 /// Whether a message says what was done, or what could not be done.
 enum class ReportTone { done, failed };
 
+/// The deleted items where they lie in the trash now, under their own names.
+[[nodiscard]] std::vector<Entry> trashedEntries(const UndoableDeletion& deletion);
+
 /// Puts `restored` into `entries`, larger first, equal sizes after those already there. What is listed
 /// already is not listed twice.
 [[nodiscard]] EntryList withRestored(const EntryList& entries, const EntryList& restored);
@@ -41,6 +46,12 @@ enum class ReportTone { done, failed };
 /// The one line that reports a removal; `freed` in bytes. `notBegun` items were left because it was stopped.
 [[nodiscard]] QString removalMessage(const FileRemover::RemovalResult& result, std::int64_t freed,
                                      bool permanently, std::size_t notBegun = 0);
+
+/// What the volumes gained by a removal for good, where that is not about what its report says, `freed` bytes
+/// and those of items that are gone in part: off by more than a tenth, and by more than what other programs
+/// write meanwhile. Else empty.
+[[nodiscard]] QString gainNote(const FileRemover::RemovalResult& result, std::int64_t freed,
+                               std::optional<std::int64_t> gained);
 
 /// The one line that reports an undo.
 [[nodiscard]] QString restoreMessage(const FileRemover::RemovalResult& result, std::size_t notBegun = 0);

@@ -12,11 +12,14 @@
 
 namespace tallyroom {
 
-FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failures, QWidget* parent)
+FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failures, const QString& note,
+                         QWidget* parent)
     : QDialog(parent)
 {
     const QString title =
-        QStringLiteral("Éléments laissés en place (%1)").arg(NumberText::grouped(failures.size()));
+        failures.empty()
+            ? QStringLiteral("Espace libéré")
+            : QStringLiteral("Éléments laissés en place (%1)").arg(NumberText::grouped(failures.size()));
     setWindowTitle(title);
     auto* const heading = new QLabel(title);
     Theme::dress(heading, Theme::Text::title);
@@ -29,6 +32,9 @@ FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failure
     for (const FileRemover::RemovalFailure& failure : failures) {
         lines += FileUrlText::displayFromHome(failure.url) + QStringLiteral("\n    ") +
                  toSentence(failure.message);
+    }
+    if (!note.isEmpty()) {
+        lines += note;
     }
     list->setPlainText(lines.join(QLatin1Char{'\n'}));
     auto* const buttons = new QDialogButtonBox;

@@ -8,12 +8,14 @@
 
 namespace tallyroom {
 
-/// Says of each item that a removal or an undo left as it was why it did. Main thread.
+/// Says of each item that a removal or an undo left as it was why it did, and what else there is to know of
+/// it. Main thread.
 class FailureList : public QDialog {
     Q_OBJECT
 
 public:
-    FailureList(const std::vector<FileRemover::RemovalFailure>& failures, QWidget* parent);
+    FailureList(const std::vector<FileRemover::RemovalFailure>& failures, const QString& note,
+                QWidget* parent);
 
     [[nodiscard]] QSize sizeHint() const override;
 };

@@ -24,14 +24,18 @@ class StatusBanner : public QWidget {
 public:
     explicit StatusBanner(QWidget* parent = nullptr);
 
-    /// `failures` are what the message says went wrong; the reasons are a click away.
+    /// `failures` are what the message says went wrong; the reasons are a click away, and so is the `note`.
     void showMessage(const std::optional<QString>& message, ReportTone tone = ReportTone::done,
-                     const std::vector<FileRemover::RemovalFailure>& failures = {});
+                     const std::vector<FileRemover::RemovalFailure>& failures = {}, const QString& note = {});
+
+    /// Offers to take back what was moved to the trash, or to delete it there.
     void showUndo(bool isOffered);
     void showRemoval(const std::optional<RemovalProgress>& progress);
 
 Q_SIGNALS:
     void undoRequested();
+    /// What lies in the trash is to be deleted for good.
+    void finalDeletionRequested();
     void stopRequested();
     /// The content or the visibility changed.
     void contentChanged();
@@ -45,6 +49,7 @@ private:
     std::optional<QString> m_message;
     ReportTone m_tone = ReportTone::done;
     std::vector<FileRemover::RemovalFailure> m_failures;
+    QString m_note;
     std::optional<RemovalProgress> m_progress;
     bool m_isUndoOffered = false;
     QTimer m_patience; // short removals end before they are worth a word
@@ -53,6 +58,7 @@ private:
     QLabel* m_text;
     QPushButton* m_details;
     QPushButton* m_undo;
+    QPushButton* m_deleteTrashed;
     QPushButton* m_stop;
     QPushButton* m_close;
 };

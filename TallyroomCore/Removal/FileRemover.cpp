@@ -1,6 +1,8 @@
 #include "Removal/FileRemover.h"
 
+#include "FileSystem/FolderReader.h"
 #include "FileSystem/MountTable.h"
+#include "FileSystem/ScanRoots.h"
 #include "Removal/AsideItem.h"
 #include "Removal/ItemPlace.h"
 #include "Removal/ProtectedLocations.h"
@@ -10,6 +12,7 @@
 #include <cerrno>
 #include <memory>
 #include <optional>
+#include <unordered_map>
 
 namespace tallyroom {
 
@@ -286,6 +289,29 @@ FileRemover::RemovalResult FileRemover::remove(std::span<const Entry> entries, b
                    {std::move(screened.secondLook), options.stop});
         }
         report(options.progress, result.removed.size() + result.failures.size(), entries.size());
+    }
+    return result;
+}
+
+FileRemover::RemovalResult FileRemover::deleteTrashed(std::span<const TrashedItem> items,
+                                                      const BatchOptions& options)
+{
+    RemovalResult result;
+    Batch batch;
+    std::unordered_map<FileUrl, std::uint32_t> bins; // as roots that the items are found below
+    for (const TrashedItem& item : items) {
+        if (options.stop.stop_requested()) {
+            break;
+        }
+        const auto [bin, isNew] = bins.try_emplace(item.inTrash.parent(), 0);
+        if (const auto folder =
+                isNew ? openFolder(bin->first, FolderAccess::throughOnly) : std::unexpected(SystemError{0})) {
+            bin->second = ScanRoots::add(bin->first, folder->get()).key;
+        }
+        Entry entry{.url = item.inTrash, .identity = item.item.value_or(ItemIdentity{})};
+        entry.identity.root = bin->second;
+        record(result, {entry.url, &entry}, batch, true, {{}, options.stop});
+        report(options.progress, result.removed.size() + result.failures.size(), items.size());
     }
     return result;
 }

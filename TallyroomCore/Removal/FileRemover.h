@@ -102,6 +102,11 @@ struct BatchOptions {
 /// Of `options`, the progress and the stop count.
 [[nodiscard]] RemovalResult restore(std::span<const TrashedItem> items, const BatchOptions& options = {});
 
+/// Removes items of a trash for good, with their records: the very items (TrashedItem::item), or nothing.
+/// `removed` and `failures` name where they lay in the trash. Of `options`, the progress and the stop count.
+[[nodiscard]] RemovalResult deleteTrashed(std::span<const TrashedItem> items,
+                                          const BatchOptions& options = {});
+
 } // namespace FileRemover
 
 } // namespace tallyroom

@@ -170,6 +170,27 @@ TEST_F(TrashTest, AnUndoPutsBackTheVeryItemIntoTheVeryFolderAndNeverOverwrites)
         << "the record of what is deleted in the trash goes along";
 }
 
+TEST_F(TrashTest, DeletingFromItTakesTheVeryItemsWithTheirRecordsAndNoOthers)
+{
+    tree.add({file("home/a", "a"), file("home/b", "b"), file("home/c/deep", "c"), file("home/kept", "k")});
+    trash("home/kept");
+    auto trashed = trash({tree.url("home/a"), tree.url("home/b"), tree.url("home/c")}).trashed;
+    tree.remove("data/Trash/files/b");
+    tree.add(file("data/Trash/files/b", "of somebody else"));
+    trashed.push_back({tree.url("home/kept"), tree.url("data/Trash/files/kept")}); // nobody knows which it is
+    std::size_t told = 0;
+    FileRemover::BatchOptions options;
+    options.progress = [&told](std::size_t completed, std::size_t) { told = completed; };
+    const auto result = FileRemover::deleteTrashed(trashed, options);
+    EXPECT_THAT(result.removed, ElementsAre(tree.url("data/Trash/files/a"), tree.url("data/Trash/files/c")));
+    ASSERT_THAT(result.failures, SizeIs(2));
+    EXPECT_EQ(result.failures[0], (FileRemover::RemovalFailure{tree.url("data/Trash/files/b"),
+                                                               "Cet élément a changé depuis l'analyse."}));
+    EXPECT_EQ(told, 4U);
+    EXPECT_THAT(tree.names("data/Trash/files"), ElementsAre("b", "kept"));
+    EXPECT_THAT(tree.names("data/Trash/info"), ElementsAre("b.trashinfo", "kept.trashinfo"));
+}
+
 TEST_F(TrashTest, ProcessesThatTrashTheSameNamesAtOnceLoseNothing)
 {
     constexpr int itemsEach = 40;

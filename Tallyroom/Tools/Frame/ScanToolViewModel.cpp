@@ -141,8 +141,9 @@ void ScanToolViewModel::deleteEntries(const std::vector<Entry>& entries, bool pe
     const auto finished = [this, permanently, freed = std::move(plan.freed), folder = listedFolder(),
                            filling = std::weak_ptr{m_filling}](PropertyUpdate& update,
                                                                const RemovalOutcome& outcome) {
-        report(update, removalMessage(outcome.result, freed(outcome.done), permanently, outcome.notBegun),
-               outcome.result);
+        const std::int64_t bytes = freed(outcome.done);
+        report(update, removalMessage(outcome.result, bytes, permanently, outcome.notBegun), outcome.result,
+               gainNote(outcome.result, bytes, outcome.gained));
         // Undoing puts entries into the list on screen: once another list stands there, that is over.
         if (!filling.expired()) {
             update.assign(m_undoable,
@@ -171,6 +172,24 @@ void ScanToolViewModel::undoDeletion()
     };
     beginRemoval(m_deletions.restore(*m_undoable, listener(finished)),
                  {.completed = 0, .total = m_undoable->trashed.size(), .isRestoring = true});
+}
+
+void ScanToolViewModel::deleteTrashed()
+{
+    if (!m_undoable) {
+        return;
+    }
+    const auto finished = [this, trashed = *m_undoable, filling = std::weak_ptr{m_filling}](
+                              PropertyUpdate& update, const RemovalOutcome& outcome) {
+        const std::int64_t bytes = totalSize(outcome.done);
+        report(update, removalMessage(outcome.result, bytes, true, outcome.notBegun), outcome.result,
+               gainNote(outcome.result, bytes, outcome.gained));
+        if (!filling.expired()) {
+            update.assign(m_undoable, remainder(trashed, outcome), &ScanToolViewModel::undoableChanged);
+        }
+    };
+    beginRemoval(m_deletions.deleteTrashed(*m_undoable, listener(finished)),
+                 {.completed = 0, .total = m_undoable->trashed.size()});
 }
 
 void ScanToolViewModel::stopRemoval()
@@ -231,8 +250,11 @@ void ScanToolViewModel::showRemoval(const std::optional<RemovalProgress>& progre
 }
 
 void ScanToolViewModel::report(PropertyUpdate& update, const QString& message,
-                               const FileRemover::RemovalResult& result)
+                               const FileRemover::RemovalResult& result, const QString& note)
 {
+    if (assignIfChanged(m_removalNote, note)) {
+        m_statusMessage.reset();
+    }
     if (assignIfChanged(m_failures, result.failures)) {
         m_statusMessage.reset(); // the same words about other items are news
     }
@@ -244,12 +266,14 @@ void ScanToolViewModel::report(PropertyUpdate& update, const QString& message,
 void ScanToolViewModel::tell(const QString& message, ReportTone tone)
 {
     m_failures.clear();
+    m_removalNote.clear();
     showStatus(message, tone);
 }
 
 void ScanToolViewModel::dismissStatus()
 {
     m_failures.clear();
+    m_removalNote.clear();
     showStatus(std::nullopt, ReportTone::done);
 }
 

@@ -56,6 +56,10 @@ public:
     /// What the last deletion or undo left as it was, and why; changes with `statusMessage` only.
     [[nodiscard]] const Failures& failures() const { return m_failures; }
 
+    /// What else there is to know of the last removal: the volumes have gained something else than it says.
+    /// Empty in general; changes with `statusMessage` only.
+    [[nodiscard]] const QString& removalNote() const { return m_removalNote; }
+
     /// The last deletion, as long as it can be undone: until the next one, or until a scan begins.
     [[nodiscard]] const std::optional<UndoableDeletion>& undoable() const { return m_undoable; }
 
@@ -111,6 +115,10 @@ public:
 
     /// Puts back what the last deletion moved to the trash. Runs on like a deletion.
     void undoDeletion();
+
+    /// Removes what the last deletion moved to the trash, for good: those items only. Runs on like a
+    /// deletion.
+    void deleteTrashed();
 
     /// Ends this tool's deletion or undo after the item in hand; what it did so far is reported and can be
     /// undone.
@@ -192,7 +200,8 @@ private:
     [[nodiscard]] DeletionRunner::Listener listener(Finished finished);
     void beginRemoval(bool isAccepted, const RemovalProgress& progress);
     void follow(const DiskChange& change);
-    void report(PropertyUpdate& update, const QString& message, const FileRemover::RemovalResult& result);
+    void report(PropertyUpdate& update, const QString& message, const FileRemover::RemovalResult& result,
+                const QString& note = {});
     void showRemoval(const std::optional<RemovalProgress>& progress);
     void showStatus(const std::optional<QString>& message, ReportTone tone);
 
@@ -203,6 +212,7 @@ private:
     std::optional<QString> m_statusMessage;
     ReportTone m_statusTone = ReportTone::done;
     Failures m_failures;
+    QString m_removalNote;
     std::optional<RemovalProgress> m_removal;
     std::optional<UndoableDeletion> m_undoable;
     std::optional<FileUrl> m_removedFrom; // the folder listed when the last deletion began

@@ -94,7 +94,8 @@ void ToolScreen::showEverything()
 void ToolScreen::showBanner()
 {
     m_isReportOld ? m_banner->showMessage(std::nullopt)
-                  : m_banner->showMessage(m_tool.statusMessage(), m_tool.statusTone(), m_tool.failures());
+                  : m_banner->showMessage(m_tool.statusMessage(), m_tool.statusTone(), m_tool.failures(),
+                                          m_tool.removalNote());
     m_banner->showUndo(m_tool.canUndo());
     m_banner->showRemoval(m_tool.removal());
 }
@@ -174,6 +175,7 @@ void ToolScreen::connectWidgets()
     connect(m_banner, &StatusBanner::contentChanged, this, &ToolScreen::showFooter);
     connect(m_banner, &StatusBanner::stopRequested, &m_tool, &ScanToolViewModel::stopRemoval);
     connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ScanToolViewModel::undoDeletion);
+    connect(m_banner, &StatusBanner::finalDeletionRequested, this, &ToolScreen::askFinalDeletion);
     connect(m_banner, &StatusBanner::dismissed, &m_tool, &ScanToolViewModel::dismissStatus);
     connect(m_selectionBar, &SelectionBar::selectAllRequested, this, [this] { selection().setAll(); });
     connect(m_selectionBar, &SelectionBar::clearRequested, this, [this] { selection().clear(); });
@@ -334,6 +336,17 @@ void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmati
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteEntries);
     dialog->open();
+}
+
+void ToolScreen::askFinalDeletion()
+{
+    if (const auto& undoable = m_tool.undoable()) {
+        auto* const dialog = new DeleteConfirmation(trashedEntries(*undoable),
+                                                    DeleteConfirmation::Default::leaveInTrash, {}, this);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteTrashed);
+        dialog->open();
+    }
 }
 
 void ToolScreen::askDeletionOfChecked(DeleteConfirmation::Default choice)

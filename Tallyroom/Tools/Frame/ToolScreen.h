@@ -126,6 +126,7 @@ private:
     void dropVanishedChecks();
     [[nodiscard]] bool hasList() const;
 
+    void askFinalDeletion();
     void askDeletionOfChecked(DeleteConfirmation::Default choice);
     static void copyPaths(const std::vector<Entry>& entries);
     void stopOrClearFilter();

@@ -1,0 +1,106 @@
+#include "App/WindowScene.h"
+#include "Deletion/DeleteConfirmation.h"
+#include "Deletion/FailureList.h"
+#include "Deletion/ReclaimLine.h"
+#include "Deletion/StatusBanner.h"
+#include "Text/SizeText.h"
+
+#include <QPlainTextEdit>
+
+#include <gmock/gmock.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// What comes back from a deletion, from the question to the emptied trash.
+class ReclaimFlowTest : public WindowScene {
+protected:
+    /// Presses a button of the dialog on show, and waits until it is gone.
+    void answer(DeleteConfirmation& dialog, const char* text) const
+    {
+        QTest::mouseClick(visibleButton(dialog, QString::fromUtf8(text)), Qt::LeftButton);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return window->findChild<DeleteConfirmation*>() == nullptr; }));
+    }
+};
+
+TEST_F(ReclaimFlowTest, TheTrashFreesNothingUntilItsItemsAreDeletedForGood)
+{
+    const TemporaryTree home;
+    const ScopedVariable data{"XDG_DATA_HOME", home.path()};
+    const TemporaryTree tree{file("store/a", 2_MiB), hardLink("project/a", "store/a"),
+                             file("project/own", 1_MiB), file("other", 4_KiB)};
+    open();
+    scan("disk-usage", tree.url());
+    remove(store().diskUsage, {tree.url("other")}); // lies in the trash when this begins
+
+    shown<ToolScreen>().askDeletion({store().diskUsage.entries().toVector().at(0)},
+                                    DeleteConfirmation::Default::trash);
+    auto* question = dialog<DeleteConfirmation>();
+    ASSERT_NE(question, nullptr);
+    const QString own = sizeText(allocated(tree.path("project/own")));
+    const QString linked = sizeText(allocated(tree.path("store/a")));
+    const bool isProject = store().diskUsage.entries().toVector().at(0).name == "project";
+    ASSERT_TRUE(isProject);
+    const QString line =
+        QStringLiteral("Suppression définitive : %1 libérés (%2 ont d’autres noms ailleurs)");
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return question->accessibleDescription().endsWith(line.arg(own, linked));
+    })) << question->accessibleDescription().toStdString();
+    answer(*question, "Mettre à la corbeille");
+    waitForRemoval();
+    ASSERT_FALSE(tree.exists("project"));
+    EXPECT_TRUE(shown<StatusBanner>().accessibleName().endsWith(
+        QStringLiteral("L’espace sera libéré quand la corbeille sera vidée.")));
+
+    click("Supprimer définitivement ces éléments");
+    question = dialog<DeleteConfirmation>();
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(visibleButton(*question, QStringLiteral("Mettre à la corbeille")), nullptr);
+    answer(*question, "Supprimer définitivement");
+    waitForRemoval();
+    EXPECT_THAT(home.names("Trash/files"), ElementsAre("other")) << "only what was just moved there";
+    EXPECT_THAT(home.names("Trash/info"), ElementsAre("other.trashinfo"));
+    EXPECT_FALSE(store().diskUsage.canUndo());
+    EXPECT_EQ(button(QStringLiteral("Supprimer définitivement ces éléments")), nullptr);
+}
+
+TEST_F(ReclaimFlowTest, ItSaysWhatTheVolumeGainedWhereThatIsSomethingElse)
+{
+    const TemporaryTree tree{file("store/a", 32_MiB), hardLink("project/a", "store/a"),
+                             file("plain", 32_MiB)};
+    scan("disk-usage", tree.url());
+    remove(store().diskUsage, {tree.url("plain")}, true);
+    EXPECT_EQ(store().diskUsage.removalNote(), QString{});
+    remove(store().diskUsage, {tree.url("project")}, true);
+    const QString note = store().diskUsage.removalNote();
+    EXPECT_TRUE(note.startsWith(QStringLiteral("L’espace libre "))) << note.toStdString();
+    click("Détails…");
+    auto* const details = dialog<FailureList>();
+    ASSERT_NE(details, nullptr);
+    EXPECT_EQ(details->findChild<QPlainTextEdit*>()->toPlainText(), note);
+}
+
+TEST(ReclaimLine, SaysWhatIsSureAndWhatIsNot)
+{
+    const QString gain = QStringLiteral("Suppression définitive : ");
+    const QString shared = QStringLiteral(" (blocs partagés avec d’autres fichiers ou des instantanés)");
+    const QString one = sizeText(1_MiB);
+    const QString two = sizeText(2_MiB);
+    EXPECT_EQ(ReclaimLine::sentence({2_MiB, 2_MiB}, 2_MiB), gain + two + QStringLiteral(" libérés"));
+    EXPECT_EQ(ReclaimLine::sentence({1_MiB, 2_MiB}, 2_MiB),
+              gain + QStringLiteral("au moins %1 et au plus %2 libérés").arg(one, two) + shared);
+    EXPECT_EQ(ReclaimLine::sentence({0, 2_MiB}, 2_MiB),
+              gain + QStringLiteral("au plus %1 libérés").arg(two) + shared);
+    EXPECT_EQ(ReclaimLine::sentence({0, 0, 2_MiB}, 2_MiB),
+              gain + QStringLiteral("rien n’est libéré (%1 ont d’autres noms ailleurs)").arg(two));
+    EXPECT_EQ(ReclaimLine::sentence({1_MiB, 2_MiB, 0, 3}, 2_MiB),
+              gain + QStringLiteral("au moins %1 libérés (3 dossiers illisibles)").arg(one));
+}
+
+} // namespace
+
+} // namespace tallyroom
