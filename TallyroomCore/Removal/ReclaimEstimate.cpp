@@ -159,14 +159,14 @@ private:
 };
 
 /// Counts files of one open folder, and tells the account when it goes.
-class Batch {
+class FolderCount {
 public:
-    Batch(Account& account, int folder) : m_account(account), m_folder(folder) {}
+    FolderCount(Account& account, int folder) : m_account(account), m_folder(folder) {}
 
-    Batch(const Batch&) = delete;
-    Batch& operator=(const Batch&) = delete;
+    FolderCount(const FolderCount&) = delete;
+    FolderCount& operator=(const FolderCount&) = delete;
 
-    ~Batch() { m_account.add(m_single); }
+    ~FolderCount() { m_account.add(m_single); }
 
     void count(const char* name, const FileAttributes& file)
     {
@@ -222,11 +222,11 @@ public:
 
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
     {
-        Batch batch{*m_account, folder.descriptor()};
+        FolderCount counted{*m_account, folder.descriptor()};
         for (TreeWalk::Child& child : children) {
             child.descend = child.isFolder();
             if (!child.isFolder() && child.attributes != nullptr) {
-                batch.count(child.name.data(), *child.attributes);
+                counted.count(child.name.data(), *child.attributes);
             }
         }
     }
@@ -275,7 +275,7 @@ Reclaim measureReclaim(const std::vector<Entry>& entries, const std::stop_token&
         const auto folder = openFolder(url.parent(), FolderAccess::throughOnly);
         if (const auto file =
                 folder ? fileAttributes(folder->get(), name.c_str()) : std::unexpected(folder.error())) {
-            Batch{*account, folder->get()}.count(name.c_str(), *file);
+            FolderCount{*account, folder->get()}.count(name.c_str(), *file);
         }
     }
     std::promise<Reclaim> promise;

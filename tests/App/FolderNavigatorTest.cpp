@@ -178,10 +178,10 @@ TEST(FolderNavigator, TheBreadcrumbGoesFromTheRootToTheCurrentFolderByComponents
     };
     NavigatorScene scene;
     EXPECT_THAT(scene.navigator->breadcrumb(), IsEmpty());
-    for (const Case& c : cases) {
-        scene.navigator->open(FileUrl{c.root});
-        scene.navigator->navigateViaBreadcrumb(FileUrl{c.current});
-        EXPECT_EQ(scene.navigator->breadcrumb(), c.items) << c.root << " " << c.current;
+    for (const Case& opened : cases) {
+        scene.navigator->open(FileUrl{opened.root});
+        scene.navigator->navigateViaBreadcrumb(FileUrl{opened.current});
+        EXPECT_EQ(scene.navigator->breadcrumb(), opened.items) << opened.root << " " << opened.current;
     }
 }
 
