@@ -9,7 +9,6 @@
 #include <array>
 #include <bit>
 #include <cstddef>
-#include <cstring>
 #include <fcntl.h>
 #include <future>
 #include <limits>
@@ -57,32 +56,39 @@ Sharing sharingOf(int descriptor)
     }
 }
 
+/// A `fiemap` of ioctl_fiemap(2) with room for its extents, which C++ cannot derive from the C declaration.
+struct ExtentRequest {
+    std::uint64_t start = 0;
+    std::uint64_t length = 0;
+    std::uint32_t flags = 0;
+    std::uint32_t mapped = 0;
+    std::uint32_t room = 0;
+    std::uint32_t reserved = 0;
+    std::array<fiemap_extent, 64> extents{};
+};
+
+static_assert(offsetof(ExtentRequest, extents) == sizeof(fiemap));
+
 /// How many bytes of an open file lie in extents that others may use too.
 std::int64_t sharedBytes(int file)
 {
-    constexpr std::size_t extentsAtOnce = 64;
-    // A `fiemap` with room for its extents, which C++ cannot declare.
-    alignas(fiemap) std::array<std::byte, sizeof(fiemap) + extentsAtOnce * sizeof(fiemap_extent)> buffer{};
     std::int64_t shared = 0;
     for (std::uint64_t start = 0;;) {
-        fiemap request{};
-        request.fm_start = start;
-        request.fm_length = FIEMAP_MAX_OFFSET - start;
-        request.fm_extent_count = extentsAtOnce;
-        std::memcpy(buffer.data(), &request, sizeof request);
-        if (::ioctl(file, FS_IOC_FIEMAP, buffer.data()) != 0) {
+        ExtentRequest request;
+        request.start = start;
+        request.length = FIEMAP_MAX_OFFSET - start;
+        request.room = static_cast<std::uint32_t>(request.extents.size());
+        if (::ioctl(file, FS_IOC_FIEMAP, &request) != 0 || request.mapped == 0) {
             return shared;
         }
-        std::memcpy(&request, buffer.data(), sizeof request);
-        fiemap_extent extent{};
-        for (std::size_t i = 0; i < std::min<std::size_t>(request.fm_mapped_extents, extentsAtOnce); ++i) {
-            std::memcpy(&extent, buffer.data() + sizeof request + i * sizeof extent, sizeof extent);
+        const auto told = std::span{request.extents}.first(std::min(request.mapped, request.room));
+        for (const fiemap_extent& extent : told) {
             if ((extent.fe_flags & FIEMAP_EXTENT_SHARED) != 0) {
                 shared = saturatedSum(shared, std::bit_cast<std::int64_t>(extent.fe_length));
             }
         }
-        const std::uint64_t end = extent.fe_logical + extent.fe_length;
-        if ((extent.fe_flags & FIEMAP_EXTENT_LAST) != 0 || end <= start) {
+        const std::uint64_t end = told.back().fe_logical + told.back().fe_length;
+        if ((told.back().fe_flags & FIEMAP_EXTENT_LAST) != 0 || end <= start) {
             return shared;
         }
         start = end;

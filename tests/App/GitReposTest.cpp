@@ -51,7 +51,7 @@ protected:
     {
         m_screen->askDeletion(entries, DeleteConfirmation::Default::trash);
         auto* const dialog = m_screen->findChild<DeleteConfirmation*>();
-        const QString text = dialog->accessibleDescription();
+        QString text = dialog->accessibleDescription();
         delete dialog;
         return text;
     }

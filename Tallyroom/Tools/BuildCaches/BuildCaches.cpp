@@ -43,7 +43,7 @@ QString cacheToolTip(const Entry& entry)
 {
     const auto ecosystem = Ecosystem::of(entry);
     const CacheFolder* const folder = ecosystem ? ecosystem->folder(entry.name) : nullptr;
-    const QString marks = MarkText::explanation(entry);
+    QString marks = MarkText::explanation(entry);
     if (folder == nullptr || entry.has(EntryMark::toVerify)) {
         return marks;
     }
