@@ -68,7 +68,7 @@ struct Entry {
     /// Whether a person has to choose it by its own check box: whatever chooses many leaves it out.
     [[nodiscard]] bool needsOwnCheck() const noexcept
     {
-        return has(EntryMark::toVerify) || has(EntryMark::inUse) || has(EntryMark::application);
+        return has(EntryMark::toVerify) || has(EntryMark::application);
     }
 
     [[nodiscard]] const FileUrl& id() const noexcept { return url; }
