@@ -5,6 +5,7 @@
 
 #include <QDialog>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 
 #include <functional>
@@ -21,11 +22,11 @@ protected:
     void deleteChecked(const char* how) const
     {
         click("Supprimer…");
-        auto* const asking = dialog<QDialog>();
+        const QPointer<QDialog> asking = dialog<QDialog>(); // may go by itself first
         ASSERT_NE(asking, nullptr);
         visibleButton(*asking, QString::fromUtf8(how))->click();
         waitForRemoval();
-        delete asking;
+        delete asking.data();
         activate(*window);
     }
 
