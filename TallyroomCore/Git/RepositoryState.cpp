@@ -3,7 +3,6 @@
 #include <array>
 #include <git2.h>
 #include <memory>
-#include <openssl/crypto.h>
 #include <string_view>
 
 namespace tallyroom {
@@ -44,11 +43,7 @@ private:
 OpenRepository openRepository(const FileUrl& url)
 {
     // For the life of the program: workers may still use the library while it ends.
-    [[maybe_unused]] static const int users = [] {
-        const int count = ::git_libgit2_init();
-        ::OPENSSL_thread_stop(); // what that leaves in a worker's thread would never be freed
-        return count;
-    }();
+    [[maybe_unused]] static const int users = ::git_libgit2_init();
     git_repository* repository = nullptr;
     ::git_repository_open_ext(&repository, url.path().c_str(), GIT_REPOSITORY_OPEN_NO_SEARCH, nullptr);
     return OpenRepository{repository};
