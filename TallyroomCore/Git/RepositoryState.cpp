@@ -3,6 +3,7 @@
 #include <array>
 #include <git2.h>
 #include <memory>
+#include <openssl/crypto.h>
 #include <string_view>
 
 namespace tallyroom {
@@ -43,7 +44,12 @@ private:
 OpenRepository openRepository(const FileUrl& url)
 {
     // For the life of the program: workers may still use the library while it ends.
-    [[maybe_unused]] static const int users = ::git_libgit2_init();
+    [[maybe_unused]] static const int users = [] {
+        const int count = ::git_libgit2_init();
+        ::OPENSSL_thread_stop(); // frees what that keeps for this worker, which may not end before the
+                                 // program
+        return count;
+    }();
     git_repository* repository = nullptr;
     ::git_repository_open_ext(&repository, url.path().c_str(), GIT_REPOSITORY_OPEN_NO_SEARCH, nullptr);
     return OpenRepository{repository};
