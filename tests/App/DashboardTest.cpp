@@ -1,18 +1,11 @@
-#include "App/EventWait.h"
-#include "App/ScreenWords.h"
-#include "Deletion/EmptyTrashConfirmation.h"
+#include "App/DashboardScene.h"
 #include "Settings/RecentFolders.h"
 #include "Settings/Settings.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 #include "Text/VolumeText.h"
-#include "Theme/Theme.h"
-#include "Tools/Dashboard/DashboardView.h"
-#include "Tools/Dashboard/DashboardViewModel.h"
 #include "Tools/Dashboard/KindBar.h"
 #include "Tools/Dashboard/KindRow.h"
-#include "Tools/Dashboard/VolumeCard.h"
-#include "Tools/Dashboard/VolumeGrid.h"
 
 #include <QApplication>
 #include <QScrollBar>
@@ -30,122 +23,8 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
-using Progress = FolderAnalyzer::Progress;
 
-constexpr std::int64_t gigabyte = 1'000'000'000;
-
-/// Streams that the test feeds by hand; the newest is the last one.
-template <class Record>
-struct HandFedStreams {
-    [[nodiscard]] ProgressStream<Record> begin()
-    {
-        auto [sender, stream] = makeProgressStream<Record>();
-        senders.push_back(std::make_unique<ProgressSender<Record>>(std::move(sender)));
-        return std::move(stream);
-    }
-
-    void send(Record record) { senders.back()->send(std::move(record)); }
-
-    void end() { senders.back().reset(); }
-
-    [[nodiscard]] bool isCancelled(std::size_t stream) const
-    {
-        return senders[stream]->stopToken().stop_requested();
-    }
-
-    std::vector<std::unique_ptr<ProgressSender<Record>>> senders;
-};
-
-VolumeUsage volume(const std::string& mountPoint, std::int64_t total, std::int64_t available,
-                   bool isInternal = true)
-{
-    const FileUrl url{mountPoint};
-    return {std::string{url.lastPathComponent()}, url, total, available, isInternal};
-}
-
-/// A dashboard without disks: volumes and breakdowns come when the test sends them.
-class DashboardTest : public testing::Test {
-protected:
-    DashboardTest()
-    {
-        Theme::shared().apply();
-        view.resize(900, 600);
-        view.show();
-        activate(view);
-    }
-
-    bool refreshed()
-    {
-        return waitUntil(&dashboard, &DashboardViewModel::isRefreshingChanged,
-                         [this] { return !dashboard.isRefreshing(); });
-    }
-
-    /// Sends a report, the first volume as the main one, and waits until it is shown.
-    bool report(std::vector<VolumeUsage> list, std::int64_t unanswered = 0)
-    {
-        const auto main = list.empty() ? std::nullopt : std::optional{list.front()};
-        readings.send({std::move(list), main, unanswered});
-        readings.end();
-        return refreshed();
-    }
-
-    /// Sends a record of the newest breakdown and waits until its count is shown.
-    bool count(std::int64_t files, const std::optional<FolderSummary>& summary = {})
-    {
-        analyses.send({files, summary, summary ? Progress::Phase::done : Progress::Phase::scanning});
-        return waitUntil(&dashboard, &DashboardViewModel::analysisScannedChanged,
-                         [&] { return dashboard.analysisScanned() == files; });
-    }
-
-    /// Ends the newest breakdown with these kinds, and waits until it is shown.
-    bool finish(std::vector<CategorySize> categories)
-    {
-        FolderSummary summary;
-        for (const CategorySize& category : categories) {
-            summary.totalBytes += category.totalBytes;
-            summary.totalFiles += category.fileCount;
-        }
-        summary.categories = std::move(categories);
-        analyses.send({summary.totalFiles, summary, Progress::Phase::done});
-        analyses.end();
-        return waitUntil(&dashboard, &FolderTool::stateChanged,
-                         [this] { return dashboard.analysisState().phase == AnalysisState::Phase::loaded; });
-    }
-
-    static std::vector<VolumeUsage> volumes(int count)
-    {
-        std::vector<VolumeUsage> result;
-        for (int serial = 1; serial <= count; ++serial) {
-            result.push_back(volume("/mnt/" + std::to_string(serial), 100 * gigabyte, serial * gigabyte));
-        }
-        return result;
-    }
-
-    [[nodiscard]] std::vector<VolumeCard*> cards() const { return view.findChild<VolumeGrid*>()->cards(); }
-
-    [[nodiscard]] QStringList texts() const { return visibleTexts(view); }
-
-    [[nodiscard]] QAbstractButton* button(const QString& text) const { return visibleButton(view, text); }
-
-    void press(Qt::Key pressed) { QTest::keyClick(view.focusWidget(), pressed); }
-
-    HandFedStreams<VolumeReport> readings;
-    HandFedStreams<Progress> analyses;
-    TrashViewModel::Source trashes = [](const FileUrl&) {
-        return makeProgressStream<TrashContents>().second;
-    };
-    DeletionRunner deletions;
-    DashboardViewModel dashboard{deletions,
-                                 {[this] { return readings.begin(); },
-                                  [this](const FileUrl&) { return analyses.begin(); },
-                                  [this](const FileUrl& mountPoint) { return trashes(mountPoint); }}};
-    DashboardView view{dashboard};
-    const VolumeUsage root = volume("/", 500, 100);
-    const VolumeUsage large = volume("/mnt/large", 900, 100);
-    const VolumeUsage key = volume("/media/key", 50, 1, false);
-    const CategorySize videos{FileKind::video, 30, 2};
-    const CategorySize code{FileKind::code, 10, 5};
-};
+class DashboardTest : public DashboardScene {};
 
 TEST_F(DashboardTest, AVolumeThatHasYetToAnswerAgainStaysUntilTheReadingEnds)
 {
@@ -366,108 +245,7 @@ TEST_F(DashboardTest, EveryPhaseOfTheBreakdownHasItsWordsAndItsWayOn)
     EXPECT_THAT(texts(), Contains(QStringLiteral("Aucun fichier dans ce dossier.")));
 }
 
-/// The dashboard on a volume of its own, with a trash that the test fills.
-class TrashCardTest : public DashboardTest {
-protected:
-    void SetUp() override
-    {
-        if (!mount.isMounted()) {
-            GTEST_SKIP() << mount.refusal();
-        }
-        const std::string record = "\nDeletionDate=2026-01-02T03:04:05\n";
-        tree.add({folder("v/home"), file("v/data/Trash/files/a.2", 3'000'000),
-                  file("v/data/Trash/files/b", 4096),
-                  file("v/data/Trash/info/a.2.trashinfo", "[Trash Info]\nPath=/x/le%20<b>film" + record),
-                  file("v/data/Trash/info/gone.trashinfo", "[Trash Info]\nPath=/x/gone" + record)});
-        trashes = TrashContents::stream;
-        ASSERT_TRUE(report({disk, large}));
-        ASSERT_TRUE(QTest::qWaitFor([this] { return emptyButton().isVisible(); }, 20'000));
-    }
-
-    [[nodiscard]] QPushButton& emptyButton() const { return *cards()[0]->emptyButton(); }
-
-    /// Presses the card's button with a key, and waits for the question.
-    [[nodiscard]] EmptyTrashConfirmation* ask()
-    {
-        emptyButton().setFocus();
-        press(Qt::Key_Return);
-        const auto dialog = [this] { return view.findChild<EmptyTrashConfirmation*>(); };
-        return QTest::qWaitFor([&] { return dialog() != nullptr && dialog()->isVisible(); }, 20'000)
-                   ? dialog()
-                   : nullptr;
-    }
-
-    TemporaryTree tree{folder("v")};
-    TemporaryMount mount = TemporaryMount::memory(tree.path("v"));
-    ScopedVariable home{"HOME", tree.path("v/home")};
-    ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("v/data")};
-    const VolumeUsage disk = volume(tree.path("v"), 900, 100);
-};
-
-TEST_F(TrashCardTest, TheCardSaysWhatLiesInTheTrashAndEmptiesItAfterAQuestion)
-{
-    const int heightOfAll = cards()[0]->height();
-    EXPECT_EQ(heightOfAll, VolumeCard::cardHeight() + VolumeCard::trashHeight());
-    EXPECT_EQ(cards()[1]->height(), heightOfAll);
-    EXPECT_FALSE(cards()[1]->emptyButton()->isVisible());
-    EXPECT_TRUE(cards()[0]->accessibleDescription().startsWith(QStringLiteral("Corbeille : 3 Mo. ")));
-    std::vector<FileUrl> explored;
-    QObject::connect(&dashboard, &DashboardViewModel::explorationRequested, &view,
-                     [&explored](const FileUrl& url) { explored.push_back(url); });
-
-    tree.add(file("v/data/Trash/files/c", 8192)); // since the card was drawn
-    auto* dialog = ask();
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_THAT(explored, IsEmpty()) << "the button is not the card";
-    const QString words = dialog->accessibleDescription();
-    EXPECT_TRUE(words.startsWith(QStringLiteral("3 éléments · 3 Mo\n")));
-    EXPECT_TRUE(words.contains(QStringLiteral("d’autres programmes")));
-    EXPECT_TRUE(words.endsWith(QStringLiteral("\n• le <b>film (3 Mo)\n• c (8,2 Ko)\n• b (4,1 Ko)")));
-    QTest::keyClick(dialog, Qt::Key_Return);
-    EXPECT_FALSE(deletions.isRunning()) << "\"Annuler\" is the default";
-    EXPECT_EQ(tree.names("v/data/Trash/files").size(), 3U);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-
-    dialog = ask();
-    ASSERT_NE(dialog, nullptr);
-    tree.add(file("v/data/Trash/files/later", 4096));
-    visibleButton(*dialog, QStringLiteral("Vider la corbeille"))->click();
-    ASSERT_TRUE(
-        waitUntil(&deletions, &DeletionRunner::isRunningChanged, [&] { return !deletions.isRunning(); }));
-    EXPECT_THAT(tree.names("v/data/Trash/files"), ElementsAre("later"));
-    EXPECT_THAT(tree.names("v/data/Trash/info"), IsEmpty());
-    EXPECT_THAT(texts(), Contains(QStringLiteral("3 élément(s) · 3 Mo supprimé(s) définitivement.")));
-    EXPECT_TRUE(dashboard.isRefreshing()) << "the free space follows";
-    ASSERT_TRUE(report({disk, large}));
-    const auto isSmall = [&] {
-        return cards()[0]->accessibleDescription().startsWith(QStringLiteral("Corbeille : 4,1 Ko. "));
-    };
-    EXPECT_TRUE(QTest::qWaitFor(isSmall, 20'000));
-
-    // Another program empties it before the question can be asked.
-    tree.remove("v/data/Trash/files/later");
-    emptyButton().click();
-    const QString isEmpty = QStringLiteral("La corbeille de ce volume est déjà vide.");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return texts().contains(isEmpty); }, 20'000));
-    EXPECT_EQ(cards()[0]->height(), VolumeCard::cardHeight());
-}
-
-TEST_F(TrashCardTest, WhatCouldNotGoIsNamedByThePlaceWhereItWas)
-{
-    auto* const dialog = ask();
-    ASSERT_NE(dialog, nullptr);
-    tree.add(file("v/new", "new"));
-    tree.exchange("v/new", "v/data/Trash/files/a.2");
-    dialog->accept();
-    ASSERT_TRUE(
-        waitUntil(&deletions, &DeletionRunner::isRunningChanged, [&] { return !deletions.isRunning(); }));
-    EXPECT_THAT(texts(), Contains(QStringLiteral("1 supprimé(s) définitivement, 1 en échec.")));
-    ASSERT_EQ(dashboard.trash().failures().size(), 1U);
-    EXPECT_EQ(dashboard.trash().failures().front().url, FileUrl{"/x/le <b>film"});
-    EXPECT_EQ(tree.content("v/data/Trash/files/a.2"), "new");
-}
-
-TEST(VolumeText, IsRedFromNineTenthsOnAndSaysHowManyAreSilent)
+TEST_F(DashboardTest, AVolumeIsRedFromNineTenthsOnAndTheSilentOnesAreCounted)
 {
     EXPECT_EQ(VolumeText::fill(volume("/", 1000, 101)), QStringLiteral("90 %"));
     EXPECT_EQ(VolumeText::fill(volume("/", 1000, 100)), QStringLiteral("presque plein"));
