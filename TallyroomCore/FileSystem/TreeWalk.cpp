@@ -2,12 +2,12 @@
 
 #include "Concurrency/StealingQueues.h"
 #include "FileSystem/LookTime.h"
+#include "FileSystem/OpenFolders.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <limits>
 #include <ranges>
-#include <sys/resource.h>
 
 namespace tallyroom {
 
@@ -21,17 +21,6 @@ constexpr std::size_t looksBetweenTimes = 4;
 
 /// A piece of a buffer that is looked at slowly has at least so many names.
 constexpr std::size_t leastShare = 8;
-
-/// How many folders of one walk stay open for their children's sake. Beyond that, children are opened by
-/// their path from the root, which is slower and always works.
-int openFolderLimit()
-{
-    rlimit limit = {};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
-        return 1024;
-    }
-    return static_cast<int>(std::clamp<rlim_t>(limit.rlim_cur / 8, 32, 1024));
-}
 
 /// Whether a name leads to nothing, or to something else, since it was read: that is no refusal. ESRCH: the
 /// folder of a process that has ended.
@@ -83,7 +72,7 @@ public:
         } else {
             enter(worker, desk, *item.folder);
         }
-        releaseDescriptor(*item.folder);
+        m_openFolders.release(*item.folder);
         release(item.folder);
         return true;
     }
@@ -135,10 +124,7 @@ private:
         std::vector<FileAttributes> attributes;
         std::vector<Child> children;
         std::vector<Item> found;
-        // The folder listed last when it may not stay open for its children: the one visited next is most
-        // often its child, and is opened from here.
-        std::uint64_t lastSerial = 0;
-        FileDescriptor lastDescriptor;
+        OpenFolders::Last last;
     };
 
     bool isStopped() const { return m_stop.stop_requested() || m_abandoned.load(); }
@@ -161,25 +147,9 @@ private:
         }
     }
 
-    SystemResult<FileDescriptor> open(Desk& desk, Folder& folder)
-    {
-        SystemResult<FileDescriptor> opened;
-        if (folder.isRoot()) {
-            opened = openFolder(FileUrl{folder.m_name}, folder.m_rootAccess);
-        } else if (folder.m_parent->m_keepsOpen) {
-            opened = openChildFolder(folder.m_parent->m_descriptor.get(), folder.m_name.c_str());
-            releaseDescriptor(*folder.m_parent);
-        } else if (folder.m_parent->m_serial != 0 && desk.lastSerial == folder.m_parent->m_serial) {
-            opened = openChildFolder(desk.lastDescriptor.get(), folder.m_name.c_str());
-        } else {
-            opened = folder.openFromRoot();
-        }
-        return opened;
-    }
-
     void enter(unsigned worker, Desk& desk, Folder& folder)
     {
-        SystemResult<FileDescriptor> opened = open(desk, folder);
+        SystemResult<FileDescriptor> opened = m_openFolders.open(folder, desk.last);
         if (!opened) {
             tellUnreadable(folder, opened.error().code);
             if (m_visitor->wish(folder).countFirst) {
@@ -188,9 +158,7 @@ private:
             return;
         }
         folder.m_descriptor = std::move(*opened);
-        // A root stays open for the sake of all that is opened by its path; others while there is room.
-        folder.m_keepsOpen = folder.isRoot() || m_openFolders.fetch_add(1) < openLimit();
-        folder.m_serial = folder.m_keepsOpen ? 0 : m_serials.fetch_add(1) + 1;
+        m_openFolders.add(folder);
         if (m_visitor->wish(folder).countFirst) {
             enterCounted(worker, folder);
             return;
@@ -350,22 +318,8 @@ private:
         }
         const auto count = static_cast<std::uint32_t>(desk.found.size());
         folder.m_pending.fetch_add(count);
-        if (folder.m_keepsOpen) {
-            folder.m_uses.fetch_add(count);
-        } else if (count > 0) {
-            desk.lastSerial = folder.m_serial;
-            desk.lastDescriptor = FileDescriptor{::dup(folder.m_descriptor.get())};
-        }
+        OpenFolders::expect(folder, count, desk.last);
         put(worker, desk.found);
-    }
-
-    /// Gives up one use of the folder's descriptor. The last user closes it; a root's stays open.
-    void releaseDescriptor(Folder& folder)
-    {
-        if (folder.m_uses.fetch_sub(1) == 1 && folder.m_descriptor.isOpen() && !folder.isRoot()) {
-            folder.m_descriptor.reset();
-            m_openFolders.fetch_sub(1);
-        }
     }
 
     /// `folder` waits for one thing less. The worker that takes the last one leaves it, and so on upwards.
@@ -384,22 +338,15 @@ private:
         }
     }
 
-    static int openLimit()
-    {
-        static const int limit = openFolderLimit();
-        return limit;
-    }
-
     WorkerPool& m_pool;
     std::unique_ptr<Visitor> m_visitor;
     std::stop_token m_stop;
     std::atomic<bool> m_abandoned = false;
     StealingQueues<Item> m_queues;
+    OpenFolders m_openFolders;
     std::vector<std::unique_ptr<Desk>> m_desks;
     std::atomic<std::size_t> m_rootsPending = 0;
     std::atomic<std::size_t> m_waitingPieces = 0;
-    std::atomic<int> m_openFolders = 0;
-    std::atomic<std::uint64_t> m_serials = 0;
 };
 
 void TreeWalk::start(WorkerPool& pool, std::vector<Root> roots, std::unique_ptr<Visitor> visitor,

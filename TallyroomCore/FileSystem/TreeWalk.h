@@ -157,6 +157,7 @@ public:
     static void start(Root root, std::unique_ptr<Visitor> visitor, std::stop_token stop);
 
 private:
+    class OpenFolders;
     class Run;
 };
 
