@@ -1,5 +1,6 @@
 #include "App/NavigatorScene.h"
 #include "App/ScreenWords.h"
+#include "Support/Cases.h"
 #include "Theme/Theme.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
 
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <gmock/gmock.h>
+#include <sstream>
 
 namespace tallyroom {
 
@@ -122,44 +124,25 @@ TEST(FolderNavigator, AFileIsShownAndNotEntered)
 
 TEST(FolderNavigator, LeadsBackTheWayItCame)
 {
-    struct Walk {
-        const char* what;
-        std::vector<std::string>
-            steps; ///< "/x" enters, "<" goes back, "^" up, "~" to the root, ":/x" is a crumb
-        std::string current;
-        std::vector<std::string> backSteps; ///< where repeated "Retour" leads
-    };
-
-    for (const Walk& walk :
-         {Walk{"back at the start stays", {"<"}, "/r", {}},
-          Walk{"down and down", {"/r/a", "/r/a/b"}, "/r/a/b", {"/r/a", "/r"}},
-          Walk{"a crumb in the history cuts it there", {"/r/a", "/r/a/b", ":/r/a"}, "/r/a", {"/r"}},
-          Walk{"the last of two equal crumbs counts",
-               {"/r/a", ":/r/q", "/r/a", "/r/a/b", ":/r/a"},
-               "/r/a",
-               {"/r/q", "/r/a", "/r"}},
-          Walk{"a crumb not in the history is pushed upon", {":/r/a/b", ":/r/a"}, "/r/a", {"/r/a/b", "/r"}},
-          Walk{"the current crumb does nothing", {"/r/a", ":/r/a"}, "/r/a", {"/r"}},
-          Walk{"up is a crumb and ends at the root", {"/r/a", "/r/a/b", "^", "^", "^"}, "/r", {}},
-          Walk{"the root's crumb", {"/r/a", "/r/a/b", "~"}, "/r", {}},
-          Walk{"back from back", {"/r/a", "/r/a/b", "<", "<"}, "/r", {}}}) {
+    for (const auto& row : cases("ways through folders")) {
         NavigatorScene scene;
         FolderNavigatorViewModel& navigator = *scene.navigator;
         navigator.open(FileUrl{"/r"});
-        for (const std::string& step : walk.steps) {
+        std::istringstream steps{row[0]};
+        for (std::string step; steps >> step;) {
             step == "<"             ? navigator.goBack()
             : step == "^"           ? navigator.goUp()
             : step == "~"           ? navigator.goToRoot()
             : step.starts_with(':') ? navigator.navigateViaBreadcrumb(FileUrl{step.substr(1)})
                                     : navigator.activate(folderEntry(step, 0));
         }
-        EXPECT_EQ(navigator.currentURL(), FileUrl{walk.current}) << walk.what;
-        std::vector<std::string> backSteps;
+        EXPECT_EQ(navigator.currentURL(), FileUrl{row[1]}) << row[0];
+        std::string wayBack;
         while (navigator.canGoBack()) {
             navigator.goBack();
-            backSteps.push_back(navigator.currentURL()->path());
+            wayBack += (wayBack.empty() ? "" : " ") + navigator.currentURL()->path();
         }
-        EXPECT_EQ(backSteps, walk.backSteps) << walk.what;
+        EXPECT_EQ(wayBack, row[2]) << row[0];
     }
 }
 

@@ -1,4 +1,5 @@
 #include "Shell/TallyroomApp.h"
+#include "Support/Cases.h"
 #include "Text/AgeText.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
@@ -7,6 +8,7 @@
 #include "Tools/NodeModules/NodeModules.h"
 
 #include <gtest/gtest.h>
+#include <map>
 
 namespace tallyroom {
 
@@ -14,43 +16,17 @@ namespace {
 
 TEST(FileUrlText, ShowsWhatCannotBeDrawn)
 {
-    const std::vector<std::pair<std::string_view, QString>> cases{
-        {"été 👩‍👧", QStringLiteral("été 👩‍👧")},
-        {"a\nb\x7f", QStringLiteral("a␊b␡")},
-        {"\xff\xc3", QStringLiteral("\\xFF\\xC3")},
-        {"invoice\u202Efdp.exe", QStringLiteral("invoice\\u202Efdp.exe")},
-        {"\u2028", QStringLiteral("\\u2028")},
-        {"\u0085", QStringLiteral("\\u0085")},
-        {"\uFEFF", QStringLiteral("\\uFEFF")},
-        {"\uFEFFa\xff", QStringLiteral("\\uFEFFa\\xFF")},
-    };
-    for (const auto& [name, text] : cases) {
-        EXPECT_EQ(FileUrlText::display(name).toStdString(), text.toStdString());
+    for (const auto& row : cases("texts that can be drawn")) {
+        EXPECT_EQ(FileUrlText::display(row[0]).toStdString(), row[1]);
     }
 }
 
 TEST(FileUrlText, TakesPathsAndUrlsWithoutLosingAByte)
 {
     qputenv("HOME", "/home/moi");
-
-    const std::vector<std::pair<std::string_view, std::optional<std::string>>> cases{
-        {"/a//b/../c/", "/a/c"},
-        {"sub dir", "/base/sub dir"},
-        {"..", "/"},
-        {"~", "/home/moi"},
-        {"~/x", "/home/moi/x"},
-        {"~other", "/base/~other"},
-        {"\xff", "/base/\xff"},
-        {"file:///a%20b/%FF", "/a b/\xff"},
-        {"file://localhost/a", "/a"},
-        {"file:/a", "/a"},
-        {"file://elsewhere/a", std::nullopt},
-        {"file:relative", std::nullopt},
-        {"", std::nullopt},
-    };
-    for (const auto& [text, path] : cases) {
-        const auto url = FileUrlText::parse(text, FileUrl{"/base"});
-        EXPECT_EQ(url ? std::optional{url->path()} : std::nullopt, path) << text;
+    for (const auto& row : cases("locations")) {
+        const auto url = FileUrlText::parse(row[0], FileUrl{"/base"});
+        EXPECT_EQ(url ? url->path() : "none", row[1]) << row[0];
     }
     EXPECT_EQ(FileUrlText::fromUrl(QUrl::fromEncoded("file:///a%20b/%FF%23/")), FileUrl{"/a b/\xff#"});
     EXPECT_EQ(FileUrlText::fromUrl(QUrl{QStringLiteral("https://a/b")}), std::nullopt);
@@ -73,43 +49,27 @@ TEST(Texts, CountNoneAsOneAndNameWhatIsTooSmallForFigures)
 
 TEST(TextFilter, FindsWhateverTheCaseAndTheAccents)
 {
-    const std::vector<std::tuple<QString, std::string, bool>> cases{
-        {QStringLiteral("PHOTO"), "mes Photos", true},
-        {QStringLiteral("ÉTÉ"), "été", true},
-        {QStringLiteral("été"), "e\u0301te\u0301", true},
-        {QStringLiteral("tele"), "Téléchargements", true},
-        {QStringLiteral("TÉLÉ"), "telecharge", true},
-        {QStringLiteral("\u0301"), "te", false},
-        {QStringLiteral("\u0301"), "te\u0301 \u0301", true},
-        {QStringLiteral("ß"), "Straße", true},
-        {QStringLiteral("b"), std::string{"\xff"} + "B", true},
-        {QStringLiteral(" "), "ab", false},
-        {QString{}, "\xff", true},
-    };
-    for (const auto& [search, name, matches] : cases) {
-        EXPECT_EQ(TextFilter{search}.matches(name), matches) << search.toStdString();
+    for (const auto& row : cases("filters")) {
+        EXPECT_EQ(TextFilter{QString::fromStdString(row[0])}.matches(row[1]), row[2] == "yes") << row[0];
     }
 }
 
 TEST(TallyroomApp, ReadsItsArgumentsAsBytes)
 {
-    using TallyroomApp::Invocation;
-
-    const std::vector<std::tuple<std::vector<const char*>, Invocation::Kind, std::optional<FileUrl>>> cases{
-        {std::vector<const char*>{}, Invocation::Kind::window, std::nullopt},
-        {{"\xff"}, Invocation::Kind::window, FileUrl{"/here/\xff"}},
-        {{"--", "-x"}, Invocation::Kind::window, FileUrl{"/here/-x"}},
-        {{"/a", "--help"}, Invocation::Kind::help, std::nullopt},
-        {{"--version"}, Invocation::Kind::version, std::nullopt},
-        {{"--unknown"}, Invocation::Kind::mistake, std::nullopt},
-        {{"/a", "/b"}, Invocation::Kind::mistake, FileUrl{"/a"}},
-        {{"file://elsewhere/a"}, Invocation::Kind::mistake, std::nullopt},
-    };
-    for (const auto& [arguments, kind, folder] : cases) {
-        const Invocation invocation = TallyroomApp::parse(arguments, FileUrl{"/here"});
-        EXPECT_EQ(invocation.kind, kind) << testing::PrintToString(arguments);
-        EXPECT_TRUE(invocation.kind != Invocation::Kind::window || invocation.folder == folder);
-        EXPECT_EQ(invocation.mistake.isEmpty(), kind != Invocation::Kind::mistake);
+    for (const auto& row : cases("command lines of the window")) {
+        std::vector<const char*> arguments;
+        const QByteArrayList words = QByteArray::fromStdString(row[0]).split(' ');
+        for (const QByteArray& word : words) {
+            word.isEmpty() ? void() : arguments.push_back(word.constData());
+        }
+        const auto invocation = TallyroomApp::parse(arguments, FileUrl{"/here"});
+        using enum TallyroomApp::Invocation::Kind;
+        const std::map<TallyroomApp::Invocation::Kind, std::string> kinds{
+            {window, "window"}, {help, "help"}, {version, "version"}, {mistake, "mistake"}};
+        EXPECT_EQ(kinds.at(invocation.kind), row[1]) << row[0];
+        const FileUrl folder = invocation.folder.value_or(FileUrl{});
+        EXPECT_TRUE(row[1] != "window" || folder == FileUrl{row.size() > 2 ? row[2] : ""}) << row[0];
+        EXPECT_EQ(invocation.mistake.isEmpty(), row[1] != "mistake") << row[0];
     }
 }
 
@@ -117,13 +77,8 @@ TEST(AgeText, SaysHowLongAgoInWords)
 {
     using namespace std::chrono;
     const Timestamp now{days{20'000}};
-    const std::vector<std::pair<std::int64_t, QString>> cases{
-        {0, QStringLiteral("aujourd’hui")},    {1, QStringLiteral("hier")},
-        {7, QStringLiteral("il y a 7 jours")}, {14, QStringLiteral("il y a 2 semaines")},
-        {60, QStringLiteral("il y a 2 mois")}, {729, QStringLiteral("il y a 24 mois")},
-        {730, QStringLiteral("il y a 2 ans")}, {-1, QStringLiteral("dans le futur")}};
-    for (const auto& [age, words] : cases) {
-        EXPECT_EQ(ageText(now - days{age}, now), words) << age;
+    for (const auto& row : cases("ages in words")) {
+        EXPECT_EQ(ageText(now - days{std::stoi(row[0])}, now).toStdString(), row[1]);
     }
     EXPECT_EQ(ageText({}, now), QStringLiteral("date inconnue"));
     EXPECT_EQ(modifiedAtSortKey(Entry{}), 0.0);
