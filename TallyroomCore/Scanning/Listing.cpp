@@ -1,5 +1,6 @@
 #include "Model/CheckedArithmetic.h"
 #include "Scanning/FileScanner.h"
+#include "Scanning/ListedEntry.h"
 #include "Scanning/ScanCache.h"
 #include "Scanning/Sizing.h"
 #include "Scanning/StreamedEntries.h"
@@ -57,11 +58,11 @@ public:
         const auto finished = [&](const TreeWalk::Child& child, const FolderSize& size) {
             root.add(size);
             countAgain(child.name, size.countedAgain);
-            done.push_back({child.index, entry(child, size, scanRoot)});
+            done.push_back({child.index, listedEntry(m_url, child, size, scanRoot)});
         };
         for (const TreeWalk::Child& child : children) {
             if (!child.isFolder()) {
-                finished(child, sizeOf(child));
+                finished(child, itemSize(child));
             }
         }
         countShared(root, children);
@@ -178,28 +179,6 @@ private:
     static ItemIdentity identity(const TreeWalk::Child& child, const ScanRoot& scanRoot)
     {
         return child.attributes != nullptr ? scanRoot.identify(*child.attributes) : ItemIdentity{};
-    }
-
-    /// Of a child that is no folder.
-    static FolderSize sizeOf(const TreeWalk::Child& child)
-    {
-        return {.bytes = child.attributes != nullptr ? child.attributes->allocatedBytes : 0,
-                .unread = child.failure != 0 ? 1 : 0,
-                .hasUnreadItems = child.failure != 0,
-                .isUnreadable = child.failure != 0};
-    }
-
-    [[nodiscard]] Entry entry(const TreeWalk::Child& child, const FolderSize& size,
-                              const ScanRoot& scanRoot) const
-    {
-        Entry entry{.url = m_url.appending(child.name),
-                    .name = std::string{child.name},
-                    .isDirectory = child.isFolder(),
-                    .form = child.form(),
-                    .modifiedAt = modifiedAt(child),
-                    .identity = identity(child, scanRoot)};
-        size.applyTo(entry);
-        return entry;
     }
 
     const FileUrl m_url;

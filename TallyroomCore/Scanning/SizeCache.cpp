@@ -1,5 +1,7 @@
 #include "Scanning/SizeCache.h"
 
+#include "Model/CheckedArithmetic.h"
+
 #include <algorithm>
 #include <functional>
 #include <limits>
@@ -172,6 +174,25 @@ std::optional<std::uint32_t> SizeCache::meetingPlace(Place folder,
         folder.record = m_store.records[folder.record].parent;
     }
     return folder.record;
+}
+
+std::vector<std::int64_t> SizeCache::knownBelow(Place folder) const
+{
+    const std::scoped_lock lock{m_mutex};
+    if (folder.epoch != m_epoch) {
+        return {};
+    }
+    const std::vector<Record>& records = m_store.records;
+    std::vector<std::int64_t> sums(records.size());
+    // A folder's record comes before those of its children.
+    for (std::size_t i = records.size(); i-- > folder.record + std::size_t{1};) {
+        const Record& record = records[i];
+        if (records[record.parent].total == unknown) {
+            const std::int64_t bytes = record.total == unknown ? sums[i] : record.total;
+            sums[record.parent] = saturatedSum(sums[record.parent], bytes);
+        }
+    }
+    return sums;
 }
 
 bool SizeCache::isBelow(std::uint32_t record, std::uint32_t folder) const

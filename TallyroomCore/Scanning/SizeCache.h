@@ -72,6 +72,10 @@ public:
     /// empty after `clear`. Linear in all that is unread.
     [[nodiscard]] UnreadPlaces unreadPlaces(const FileUrl& url) const;
 
+    /// By record: the sum of the totals known below a folder that has none itself, for `folder` and what was
+    /// met below it. Empty when the store was emptied since the place was looked up. Linear in the store.
+    [[nodiscard]] std::vector<std::int64_t> knownBelow(Place folder) const;
+
     /// Forgets everything, totals that are being measured included.
     void clear();
 

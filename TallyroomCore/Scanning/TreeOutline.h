@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
+#include "FileSystem/SystemError.h"
 #include "Treemap/Outline.h"
 
 #include <cstddef>
+#include <optional>
 
 namespace tallyroom {
 
@@ -12,26 +14,37 @@ namespace tallyroom {
 /// followed.
 namespace TreeOutline {
 
-/// How far down to read.
-struct Detail {
-    /// The least part of the whole that an item must have to be told one by one, within [0, 1].
-    double leastShare = 1.0 / 20'000;
-    /// At most so many nodes.
-    std::size_t mostNodes = 20'000;
+/// What becomes of a folder whose total is not known.
+enum class Unknown : bool {
+    measured, ///< it is measured first, and its total kept like those of a listing
+    pending   ///< it is told with what is known below it: somebody else is measuring it
 };
 
-/// The outline so far, one level deeper or so each time.
+/// How far down to read.
+struct Detail {
+    /// The least part of the whole that an item must have to be told one by one, within [0, 1]. A folder of 0
+    /// bytes is never listed.
+    double leastShare = 1.0 / 20'000;
+    /// At most so many nodes, the largest ones.
+    std::size_t mostNodes = 20'000;
+    Unknown unknown = Unknown::measured;
+};
+
+/// The outline so far; a folder that is not listed yet is one node.
 struct Progress {
     SharedOutline outline;
     /// True for the last record only: nothing is pending and nothing that is large enough is unexpanded.
     bool isComplete = false;
+    /// Why the folder itself cannot be read.
+    std::optional<SystemError> unread = {};
 };
 
 using Stream = ProgressStream<Progress>;
 
-/// The outline of a folder, larger parts expanded first. Totals that are not known yet are measured, and kept
-/// like those of a listing. A cancelled reading ends without a complete record. Any thread but a pool
-/// worker's.
+/// The outline of a folder, with a record some eight times a second and one at the end. Sizes are those of
+/// the store for folders that are not listed, and the sums of what was found for the others. A cancelled
+/// reading ends without a complete record, and so does one that leaves folders pending: ask again when more
+/// is known. Any thread but a pool worker's; touches no file system itself.
 [[nodiscard]] Stream read(const FileUrl& folder, const Detail& detail);
 
 } // namespace TreeOutline

@@ -1,6 +1,8 @@
+#include "Concurrency/LastRecord.h"
 #include "Duplicates/DuplicateFinder.h"
 #include "Kinds/FolderAnalyzer.h"
 #include "Scanning/FileScanner.h"
+#include "Scanning/TreeOutline.h"
 #include "Support/AllRecords.h"
 #include "Support/ListWords.h"
 
@@ -85,6 +87,25 @@ Result resultOf(const DuplicateProgress& record, const TemporaryTree& tree)
     return isDone ? Result{linesOf(record.groups, tree)} : std::nullopt;
 }
 
+/// The files, which hold all bytes.
+Result resultOf(const TreeOutline::Progress& record, const TemporaryTree& tree)
+{
+    std::vector<Entry> files;
+    for (const Outline::Node& node : record.outline->nodes) {
+        EXPECT_TRUE(node.restCount == 0 || !record.isComplete);
+        if (!node.entry.isDirectory) {
+            files.push_back(node.entry);
+        }
+    }
+    std::ranges::sort(files, isLarger);
+    return record.isComplete ? Result{ranked(rankedByPath(EntryList{files}), tree)} : std::nullopt;
+}
+
+TreeOutline::Stream wholeOutline(const FileUrl& url)
+{
+    return TreeOutline::read(url, {.leastShare = 0});
+}
+
 /// A scan that runs, whatever its records are.
 struct RunningScan {
     std::function<std::optional<Result>()> next; ///< waits for a record; nothing at the end
@@ -150,25 +171,32 @@ const std::vector<Scan>& scans()
         {"duplicates", starting([](const FileUrl& url) { return DuplicateFinder::stream(url, 1); }),
          [](const TemporaryTree& tree, const FileUrl& url) {
              return linesOf(DuplicateFinder::find(url, 1).get(), tree);
+         }},
+        {"outline", starting(wholeOutline), [](const TemporaryTree& tree, const FileUrl& url) {
+             return lastRecord(wholeOutline(url),
+                               [&](const TreeOutline::Progress& last) {
+                                   return resultOf(last, tree).value_or(Lines{});
+                               })
+                 .get();
          }}};
     return all;
 }
 
 /// How many lines a scan tells, and the sum of what they end with: sizes, or what duplicates waste.
-using Outline = std::pair<std::size_t, std::int64_t>;
+using Tally = std::pair<std::size_t, std::int64_t>;
 
-void expectAllScansTell(const TemporaryTree& tree, const std::vector<Outline>& outlines)
+void expectAllScansTell(const TemporaryTree& tree, const std::vector<Tally>& tallies)
 {
     for (std::size_t i = 0; i < scans().size(); ++i) {
         const Scan& scan = scans()[i];
         SCOPED_TRACE(scan.name);
         FileScanner::clearCache();
         const Lines told = scan.start(tree, tree.url()).end().value_or(Lines{});
-        Outline outline{told.size(), 0};
+        Tally tally{told.size(), 0};
         for (const std::string& line : told) {
-            outline.second += std::stoll(line.substr(line.rfind(' ') + 1));
+            tally.second += std::stoll(line.substr(line.rfind(' ') + 1));
         }
-        EXPECT_EQ(outline, outlines[i]);
+        EXPECT_EQ(tally, tallies[i]);
         FileScanner::clearCache();
         EXPECT_EQ(scan.whole(tree, tree.url()), told);
     }
@@ -192,7 +220,8 @@ TEST(Scans, NamesThatAreNoTextAndPathsOfAnyLengthAreFound)
                                {13, matches + small},
                                {6, matches},
                                {2, matches + small},
-                               {2, 5 * 8192 + 6 * 4096}});
+                               {2, 5 * 8192 + 6 * 4096},
+                               {13, matches + small}});
     for (std::size_t length = PATH_MAX - 1; length <= PATH_MAX + 1; ++length) {
         TemporaryTree tree;
         std::string place = chain(longName, (length - tree.path().size()) / 256 - 1);
@@ -212,7 +241,7 @@ TEST(Scans, AFolderOfThousandsLosesNothing)
     scene.addEmptyFiles("wide/m", std::string(230, 'n'), count);
     const std::int64_t matches = 2 * allocated(scene.path("wide/m/one"));
     const std::int64_t all = matches + allocated(scene.path("beside"));
-    expectAllScansTell(scene, {{2, all}, {limit, all}, {1, matches}, {2, all}, {1, 8192}});
+    expectAllScansTell(scene, {{2, all}, {limit, all}, {1, matches}, {2, all}, {1, 8192}, {count + 3, all}});
     const auto kinds = FolderAnalyzer::summarize(scene.url()).get();
     EXPECT_EQ(kinds.totalFiles, count + 3);
     EXPECT_EQ(allRecords(FileScanner::directEntriesStream(scene.url("wide/m"), false)).size(), count + 2U);

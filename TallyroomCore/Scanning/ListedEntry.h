@@ -1,0 +1,15 @@
+#pragma once
+
+#include "FileSystem/TreeWalk.h"
+#include "Scanning/FolderSize.h"
+
+namespace tallyroom {
+
+/// The size of a child that is no folder, its attributes read.
+[[nodiscard]] FolderSize itemSize(const TreeWalk::Child& child);
+
+/// The entry of a child of `folder`, its attributes read.
+[[nodiscard]] Entry listedEntry(const FileUrl& folder, const TreeWalk::Child& child, const FolderSize& size,
+                                const ScanRoot& scanRoot);
+
+} // namespace tallyroom
