@@ -1,10 +1,10 @@
 #include "Bridge/Desktop.h"
 
 #include "Bridge/StreamPump.h"
+#include "Concurrency/PatientCalls.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/SystemError.h"
 #include "Text/FileUrlText.h"
-#include "Volumes/PatientCalls.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Bridge/StreamPump.h"
+#include "Concurrency/PatientCalls.h"
 #include "Model/FileUrl.h"
-#include "Volumes/PatientCalls.h"
 
 #include <QObject>
 

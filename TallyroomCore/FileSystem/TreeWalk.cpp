@@ -3,6 +3,9 @@
 #include "Concurrency/StealingQueues.h"
 #include "FileSystem/LookTime.h"
 #include "FileSystem/OpenFolders.h"
+#include "FileSystem/ParsedNames.h"
+#include "FileSystem/RealPath.h"
+#include "FileSystem/WalkMounts.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -35,7 +38,7 @@ class TreeWalk::Run final : public WorkerPool::Job {
 public:
     Run(WorkerPool& pool, std::unique_ptr<Visitor> visitor, std::stop_token stop)
         : m_pool(pool), m_visitor(std::move(visitor)), m_stop(std::move(stop)), m_queues(pool.width()),
-          m_desks(pool.capacity())
+          m_mounts(m_stop), m_desks(pool.capacity())
     {}
 
     /// Queues the roots; false when there are none.
@@ -80,32 +83,9 @@ public:
     void abandon() noexcept override { m_abandoned = true; }
 
 private:
-    /// Names of a folder as the kernel gave them; parsed when a worker visits them.
-    struct Names {
-        NameBuffer buffer;
-        std::vector<ListedName> parsed;
-        int failure = 0; ///< why there are no more
-
-        bool read(int folder)
-        {
-            parsed.clear();
-            errno = 0;
-            const bool some = buffer.read(folder);
-            failure = some ? 0 : errno;
-            return some;
-        }
-
-        void parse()
-        {
-            if (parsed.empty()) {
-                buffer.parse(parsed);
-            }
-        }
-    };
-
     /// Some of the names of a buffer, from `begin` to `end`; to its own end when that comes first.
     struct Piece {
-        std::shared_ptr<Names> names;
+        std::shared_ptr<ParsedNames> names;
         std::size_t firstIndex = 0; ///< of the buffer's first name among the folder's
         std::size_t begin = 0;
         std::size_t end = std::numeric_limits<std::size_t>::max();
@@ -119,12 +99,13 @@ private:
 
     /// Storage that one worker reuses from folder to folder.
     struct Desk {
-        std::shared_ptr<Names> current = std::make_shared<Names>();
-        std::shared_ptr<Names> next = std::make_shared<Names>();
+        std::shared_ptr<ParsedNames> current = std::make_shared<ParsedNames>();
+        std::shared_ptr<ParsedNames> next = std::make_shared<ParsedNames>();
         std::vector<FileAttributes> attributes;
         std::vector<Child> children;
         std::vector<Item> found;
         OpenFolders::Last last;
+        bool isShared = false; ///< others visit some of the names that were just visited
     };
 
     bool isStopped() const { return m_stop.stop_requested() || m_abandoned.load(); }
@@ -147,9 +128,29 @@ private:
         }
     }
 
+    SystemResult<FileDescriptor> open(Desk& desk, Folder& folder)
+    {
+        if (folder.isRoot()) {
+            folder.m_position = m_mounts.find(folder.m_name);
+        }
+        // Below its top a mount has answered, but a root may lie anywhere.
+        const auto& position = folder.m_position;
+        const Mount* const mount = folder.isRoot() ? position.mount() : position.mountPoint();
+        if (mount != nullptr && !m_mounts.isAnswering(*mount)) {
+            return std::unexpected(SystemError{ETIMEDOUT});
+        }
+        auto opened = m_openFolders.open(folder, desk.last);
+        if (opened && folder.isRoot()) {
+            if (const auto path = realPathOf(opened->get())) {
+                folder.m_position = m_mounts.find(*path);
+            }
+        }
+        return opened;
+    }
+
     void enter(unsigned worker, Desk& desk, Folder& folder)
     {
-        SystemResult<FileDescriptor> opened = m_openFolders.open(folder, desk.last);
+        SystemResult<FileDescriptor> opened = open(desk, folder);
         if (!opened) {
             tellUnreadable(folder, opened.error().code);
             if (m_visitor->wish(folder).countFirst) {
@@ -170,16 +171,16 @@ private:
             const bool more = desk.next->read(folder.m_descriptor.get());
             failure = desk.next->failure;
             const std::size_t count = more ? desk.current->buffer.count() : 0;
-            bool isShared = more && !isStopped() && hasRoomForPieces();
-            if (isShared) {
+            desk.isShared = more && !isStopped() && hasRoomForPieces();
+            if (desk.isShared) {
                 desk.found.push_back(itemOf(folder, {desk.current, index}));
                 put(worker, desk.found);
             } else {
-                isShared = visit(worker, desk, folder, {desk.current, index});
+                visit(worker, desk, folder, {desk.current, index});
             }
             index += count;
-            if (isShared) {
-                desk.current = std::make_shared<Names>();
+            if (desk.isShared) {
+                desk.current = std::make_shared<ParsedNames>();
             }
             std::swap(desk.current, desk.next);
             some = more && !isStopped();
@@ -198,11 +199,11 @@ private:
     {
         std::vector<Item> items;
         std::size_t count = 0;
-        auto names = std::make_shared<Names>();
+        auto names = std::make_shared<ParsedNames>();
         while (!isStopped() && names->read(folder.m_descriptor.get())) {
             const std::size_t more = names->buffer.count();
             names->buffer.shrink();
-            items.push_back(itemOf(folder, {std::exchange(names, std::make_shared<Names>()), count}));
+            items.push_back(itemOf(folder, {std::exchange(names, std::make_shared<ParsedNames>()), count}));
             count += more;
         }
         tellUnreadable(folder, names->failure);
@@ -226,25 +227,23 @@ private:
     }
 
     /// Visits names in batches that take no longer than a moment each. When files are slow to look at and
-    /// nothing else waits for a worker, whoever is free gets a share of those that are left: true when it
-    /// came to this.
-    bool visit(unsigned worker, Desk& desk, Folder& folder, Piece piece)
+    /// nothing else waits for a worker, free workers get a share of those that are left.
+    void visit(unsigned worker, Desk& desk, Folder& folder, Piece piece)
     {
         piece.names->parse();
         piece.end = std::min(piece.end, piece.names->parsed.size());
         do {
-            piece.begin = look(desk, folder, piece);
+            piece.begin = look(worker, desk, folder, piece);
             if (isStopped()) {
-                return false;
+                return;
             }
             m_visitor->visit(folder, desk.children);
             descend(worker, desk, folder);
             if (piece.begin < piece.end && m_queues.isEmpty()) {
                 share(worker, desk, folder, piece);
-                return true;
+                return;
             }
         } while (piece.begin < piece.end);
-        return false;
     }
 
     void share(unsigned worker, Desk& desk, Folder& folder, const Piece& piece)
@@ -257,10 +256,25 @@ private:
         }
         std::ranges::reverse(desk.found); // the newest is taken first
         put(worker, desk.found);
+        desk.isShared = true;
+    }
+
+    /// Leaves a mount that may keep this worker waiting to another piece of work; false for other names.
+    bool setAside(unsigned worker, Desk& desk, Folder& folder, const Piece& piece, std::size_t index)
+    {
+        const Mount* const mount = folder.m_position.child(piece.names->parsed[index].view()).mountPoint();
+        if (mount == nullptr || piece.end - piece.begin == 1 || !m_mounts.isUncertain(*mount)) {
+            return false;
+        }
+        std::vector<Item> alone;
+        alone.push_back(itemOf(folder, {piece.names, piece.firstIndex, index, index + 1}));
+        put(worker, alone);
+        desk.isShared = true;
+        return true;
     }
 
     /// Makes children of names, until the piece or the time is over. Returns where it got to.
-    std::size_t look(Desk& desk, Folder& folder, const Piece& piece)
+    std::size_t look(unsigned worker, Desk& desk, Folder& folder, const Piece& piece)
     {
         const Attributes wanted = m_visitor->wish(folder).attributes;
         const LookTime time;
@@ -273,22 +287,35 @@ private:
                 return i;
             }
             const ListedName& name = piece.names->parsed[i];
+            const bool isWanted = needsAttributes(wanted, name.type);
+            if (isWanted && setAside(worker, desk, folder, piece, i)) {
+                continue;
+            }
             Child& child =
                 desk.children.emplace_back(name.view(), name.type, nullptr, 0, piece.firstIndex + i);
-            if (needsAttributes(wanted, name.type)) {
-                if (const auto read = fileAttributes(folder.m_descriptor.get(), name.name)) {
-                    desk.attributes[count] = *read;
-                    child.attributes = &desk.attributes[count];
-                    child.type = read->type;
-                } else if (!isGone(read.error().code)) {
-                    child.failure = read.error().code;
-                }
+            if (isWanted) {
+                readAttributes(folder, name, child, desk.attributes[count]);
                 if (++looks % looksBetweenTimes == 0 && time.isOver()) {
                     return i + 1;
                 }
             }
         }
         return piece.end;
+    }
+
+    void readAttributes(Folder& folder, const ListedName& name, Child& child, FileAttributes& storage)
+    {
+        const Mount* const mount = folder.m_position.child(name.view()).mountPoint();
+        if (mount != nullptr && !m_mounts.isAnswering(*mount)) {
+            child.type = EntryType::folder;
+            child.failure = ETIMEDOUT;
+        } else if (const auto read = fileAttributes(folder.m_descriptor.get(), name.name)) {
+            storage = *read;
+            child.attributes = &storage;
+            child.type = read->type;
+        } else if (!isGone(read.error().code)) {
+            child.failure = read.error().code;
+        }
     }
 
     static bool needsAttributes(Attributes wanted, EntryType type)
@@ -313,6 +340,7 @@ private:
                 auto record = m_visitor->descendInto(folder, child);
                 record->m_parent = &folder;
                 record->m_name = child.name;
+                record->m_position = folder.m_position.child(child.name);
                 desk.found.push_back({record.release(), {}});
             }
         }
@@ -343,6 +371,7 @@ private:
     std::stop_token m_stop;
     std::atomic<bool> m_abandoned = false;
     StealingQueues<Item> m_queues;
+    WalkMounts m_mounts;
     OpenFolders m_openFolders;
     std::vector<std::unique_ptr<Desk>> m_desks;
     std::atomic<std::size_t> m_rootsPending = 0;

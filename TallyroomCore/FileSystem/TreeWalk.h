@@ -4,6 +4,7 @@
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/FolderReader.h"
+#include "FileSystem/MountPlaces.h"
 #include "FileSystem/ScanRoots.h"
 
 #include <atomic>
@@ -51,6 +52,9 @@ public:
         /// opened.
         [[nodiscard]] int descriptor() const noexcept { return m_descriptor.get(); }
 
+        /// Which mount holds it. Known from its first visit on.
+        [[nodiscard]] const MountPlaces::Position& position() const noexcept { return m_position; }
+
         /// The root of its walk as an item's identity remembers it. During a visit; O(depth).
         [[nodiscard]] const ScanRoot& scanRoot() const;
 
@@ -63,6 +67,7 @@ public:
         Folder* m_parent = nullptr;
         std::string m_name;
         FileDescriptor m_descriptor;
+        MountPlaces::Position m_position;
         std::atomic<std::uint32_t> m_pending{1}; ///< its own listing, its buffers, its child folders
         std::atomic<std::uint32_t> m_uses{1};    ///< who still needs the descriptor
         std::uint64_t m_serial = 0;              ///< tells one folder from a later one at the same address

@@ -1,5 +1,6 @@
 #include "Removal/TrashContents.h"
 
+#include "Concurrency/PatientCalls.h"
 #include "FileSystem/FolderReader.h"
 #include "FileSystem/MountTable.h"
 #include "FileSystem/RealPath.h"
@@ -7,7 +8,6 @@
 #include "Removal/TrashFolders.h"
 #include "Removal/TrashMeasure.h"
 #include "Removal/TrashRecord.h"
-#include "Volumes/PatientCalls.h"
 #include "Volumes/VolumeMounts.h"
 
 #include <algorithm>

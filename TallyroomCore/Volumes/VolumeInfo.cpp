@@ -1,11 +1,11 @@
 #include "Volumes/VolumeInfo.h"
 
+#include "Concurrency/Answers.h"
 #include "Concurrency/Thread.h"
+#include "FileSystem/MountKinds.h"
 #include "Volumes/VolumeMounts.h"
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
 #include <stop_token>
 #include <unordered_set>
 
@@ -20,49 +20,6 @@ constexpr std::chrono::milliseconds firstReportLimit{100};
 
 /// How long finding the home folder may take before its path is taken as it is written.
 constexpr std::chrono::milliseconds homeLimit{50};
-
-/// Questions asked on other threads, and the answers so far. The asker owns it; a thread that answers too
-/// late finds it gone.
-template <class Answer>
-class Answers {
-public:
-    struct Look {
-        std::vector<std::optional<Answer>> answers;
-        std::size_t open = 0;    ///< not answered yet
-        std::size_t refused = 0; ///< not even asked
-    };
-
-    explicit Answers(std::size_t count) : m_look{std::vector<std::optional<Answer>>(count), count, 0} {}
-
-    void put(std::size_t place, std::optional<Answer> answer)
-    {
-        const std::scoped_lock lock{m_mutex};
-        m_look.answers[place] = std::move(answer);
-        --m_look.open;
-        m_changed.notify_all();
-    }
-
-    void refuse()
-    {
-        const std::scoped_lock lock{m_mutex};
-        --m_look.open;
-        ++m_look.refused;
-        m_changed.notify_all();
-    }
-
-    /// Waits until at most `open` questions are open, for a stop, or for the time.
-    Look waitUntil(std::size_t open, Clock::time_point limit, const std::stop_token& stop = {})
-    {
-        std::unique_lock lock{m_mutex};
-        m_changed.wait_until(lock, stop, limit, [&] { return m_look.open <= open; });
-        return m_look;
-    }
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable_any m_changed;
-    Look m_look; // guarded by m_mutex
-};
 
 std::string nameOf(const Mount& mount, const DeviceTraits& traits)
 {
@@ -91,11 +48,6 @@ std::optional<VolumeUsage> usageOf(const Mount& mount, const VolumeSources& sour
     const DeviceTraits traits = sources.traits(mount);
     return VolumeUsage{nameOf(mount, traits), FileUrl{mount.mountPoint}, *figures.total,
                        figures.available.value_or(0), isInternal(mount, traits)};
-}
-
-bool isRemote(const Mount& mount)
-{
-    return VolumeMounts::classOf(mount) == MountClass::networkShare || mount.type.starts_with("fuse");
 }
 
 /// The home folder, its links resolved if that is quick.
@@ -182,7 +134,7 @@ private:
     void ask(std::size_t place, const VolumeSources& sources)
     {
         const Mount& mount = m_mounts[place];
-        PatientCalls& calls = isRemote(mount) ? *sources.networkCalls : *sources.diskCalls;
+        PatientCalls& calls = isServed(mount) ? *sources.networkCalls : *sources.diskCalls;
         const bool isAsked =
             calls.ask(mount.mountPoint, [place, mount, sources, asker = std::weak_ptr{m_answers}] {
                 if (asker.expired()) {

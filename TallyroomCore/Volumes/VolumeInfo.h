@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Concurrency/PatientCalls.h"
 #include "Concurrency/ProgressStream.h"
 #include "FileSystem/MountTable.h"
 #include "Volumes/DeviceTraits.h"
-#include "Volumes/PatientCalls.h"
 #include "Volumes/VolumeUsage.h"
 
 #include <chrono>

@@ -1,5 +1,7 @@
 #include "Volumes/VolumeMounts.h"
 
+#include "FileSystem/MountKinds.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -8,40 +10,6 @@
 namespace tallyroom::VolumeMounts {
 
 namespace {
-
-/// File systems whose data are on another machine, or on the host of a virtual one.
-constexpr std::array<std::string_view, 32> networkTypes{"nfs",
-                                                        "nfs4",
-                                                        "cifs",
-                                                        "smb3",
-                                                        "smbfs",
-                                                        "ncpfs",
-                                                        "afs",
-                                                        "coda",
-                                                        "ceph",
-                                                        "glusterfs",
-                                                        "lustre",
-                                                        "beegfs",
-                                                        "orangefs",
-                                                        "pvfs2",
-                                                        "ocfs2",
-                                                        "gpfs",
-                                                        "davfs",
-                                                        "9p",
-                                                        "virtiofs",
-                                                        "vboxsf",
-                                                        "prl_fs",
-                                                        "fuse.sshfs",
-                                                        "fuse.glusterfs",
-                                                        "fuse.ceph-fuse",
-                                                        "fuse.rclone",
-                                                        "fuse.s3fs",
-                                                        "fuse.davfs2",
-                                                        "fuse.curlftpfs",
-                                                        "fuse.smbnetfs",
-                                                        "fuse.juicefs",
-                                                        "fuse.vmhgfs-fuse",
-                                                        "fuse.moosefs"};
 
 /// Images that are full by nature.
 constexpr std::array<std::string_view, 4> imageTypes{"squashfs", "erofs", "cramfs", "romfs"};
@@ -112,7 +80,7 @@ bool isBetterPlace(const Mount& left, const Mount& right)
 MountClass classOf(const Mount& mount)
 {
     const bool isRoot = mount.mountPoint == "/";
-    if (contains(networkTypes, mount.type)) {
+    if (isNetworkShare(mount)) {
         return beginsWithOneOf(privateFolders, mount.mountPoint) ? MountClass::hidden
                                                                  : MountClass::networkShare;
     }

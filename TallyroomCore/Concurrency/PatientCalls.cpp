@@ -1,4 +1,4 @@
-#include "Volumes/PatientCalls.h"
+#include "Concurrency/PatientCalls.h"
 
 #include "Concurrency/Thread.h"
 
