@@ -1,8 +1,5 @@
-#include "App/EventWait.h"
+#include "App/ToolScene.h"
 #include "Rows/Selection.h"
-#include "Scanning/FileScanner.h"
-#include "Settings/Settings.h"
-#include "Support/TemporaryTree.h"
 #include "Tools/Duplicates/DuplicateTable.h"
 #include "Tools/Duplicates/DuplicateTableModel.h"
 #include "Tools/Duplicates/DuplicatesView.h"
@@ -22,29 +19,27 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 /// One group of free copies, and copies that tools keep.
-class DuplicateRulesTest : public testing::Test {
+class DuplicateRulesTest : public ToolScene {
 protected:
     void SetUp() override
     {
-        Settings::store().clear();
-        FileScanner::clearCache();
-        tool = std::make_unique<DuplicatesViewModel>(m_deletions);
+        tool = std::make_unique<DuplicatesViewModel>(deletions);
         tool->setMinimumSize(1);
-        tool->open(m_copies.url());
-        ASSERT_TRUE(waitUntil(tool.get(), &FolderTool::stateChanged, [this] { return !tool->isScanning(); }));
+        scan(*tool, m_copies.url());
         ASSERT_EQ(tool->groups().size(), 2U);
     }
 
-    [[nodiscard]] std::vector<std::string> redundant() const
+    [[nodiscard]] std::vector<std::string> names(const auto& urls) const
     {
-        std::vector<std::string> names;
-        for (const FileUrl& url : tool->redundantURLs()) {
-            names.push_back(url.path().substr(m_copies.path().size() + 1));
+        std::vector<std::string> result;
+        for (const FileUrl& url : urls) {
+            result.push_back(url.path().substr(m_copies.path().size() + 1));
         }
-        return names;
+        return result;
     }
 
-    DeletionRunner m_deletions;
+    [[nodiscard]] std::vector<std::string> redundant() const { return names(tool->redundantURLs()); }
+
     std::unique_ptr<DuplicatesViewModel> tool;
     const std::string big = std::string(1'000, 'b');
     TemporaryTree m_copies{file("archive/photo", big).modifiedAt(1'500'000'000),
@@ -91,14 +86,11 @@ TEST_F(DuplicateRulesTest, AProtectedFolderIsNeverProposedAlsoAfterARestart)
     };
     take(m_copies.url("b/c/photo"), QStringLiteral("Ne jamais proposer"));
     EXPECT_THAT(redundant(), ElementsAre("p"));
-    EXPECT_TRUE(DuplicatesViewModel{m_deletions}.policy().isProtected(m_copies.url("b/c/photo")));
+    EXPECT_TRUE(DuplicatesViewModel{deletions}.policy().isProtected(m_copies.url("b/c/photo")));
 
     view.selection().setAll();
-    std::vector<std::string> all;
-    for (const Entry& entry : view.selection().checkedEntries()) {
-        all.push_back(entry.url.path().substr(m_copies.path().size() + 1));
-    }
-    EXPECT_THAT(all, UnorderedElementsAre("archive/photo", "p")) << "all but protected and managed ones";
+    EXPECT_THAT(names(view.selection().urls()), UnorderedElementsAre("archive/photo", "p"))
+        << "all but protected and managed ones";
     take(m_copies.url("b/c/photo"), QStringLiteral("Proposer de nouveau"));
     EXPECT_THAT(redundant(), UnorderedElementsAre("b/c/photo", "p"));
 }

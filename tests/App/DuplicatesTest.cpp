@@ -1,15 +1,10 @@
-#include "App/EventWait.h"
-#include "App/ScreenWords.h"
+#include "App/ToolScene.h"
 #include "Controls/OptionMenu.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Deletion/FailureList.h"
 #include "Duplicates/DuplicateExport.h"
 #include "Rows/EntryRows.h"
 #include "Rows/Selection.h"
-#include "Scanning/FileScanner.h"
-#include "Settings/Settings.h"
-#include "Support/Isolation.h"
-#include "Support/ListWords.h"
 #include "Text/SizeText.h"
 #include "Tools/Duplicates/DuplicateTableModel.h"
 #include "Tools/Duplicates/DuplicatesView.h"
@@ -36,27 +31,16 @@ using testing::Not;
 
 /// A tool on a tree of three groups, the most wasteful first: a big pair, three medium files of which two are
 /// one file, and a small pair.
-class DuplicatesTest : public testing::Test {
+class DuplicatesTest : public ToolScene {
 protected:
     void SetUp() override
     {
-        Settings::store().clear();
-        FileScanner::clearCache();
-        tool = std::make_unique<DuplicatesViewModel>(m_deletions);
+        tool = std::make_unique<DuplicatesViewModel>(deletions);
         tool->setMinimumSize(1);
         scan();
     }
 
-    void scan()
-    {
-        tool->open(tree.url());
-        waitForScan();
-    }
-
-    void waitForScan() const
-    {
-        ASSERT_TRUE(waitUntil(tool.get(), &FolderTool::stateChanged, [this] { return !tool->isScanning(); }));
-    }
+    void scan() { ToolScene::scan(*tool, tree.url()); }
 
     /// "a,b" for each group.
     [[nodiscard]] std::vector<std::string> listed() const
@@ -81,21 +65,12 @@ protected:
         return set;
     }
 
-    void waitForRemoval()
-    {
-        ASSERT_TRUE(
-            waitUntil(tool.get(), &ScanToolViewModel::removalChanged, [this] { return !tool->removal(); }));
-    }
-
     void remove(std::initializer_list<std::string_view> names, bool permanently = false)
     {
         tool->deleteSelected(urls(names), permanently);
-        waitForRemoval();
+        waitForRemoval(*tool);
     }
 
-    TemporaryTree m_trash;
-    ScopedVariable m_dataHome{"XDG_DATA_HOME", m_trash.path()};
-    DeletionRunner m_deletions;
     const std::string big = std::string(1'000, 'b');
     TemporaryTree tree{file("a/big", big),
                        file("b/big", big),
@@ -168,7 +143,7 @@ TEST_F(DuplicatesTest, WhatWasTrashedComesBackWithItsGroups)
     ASSERT_TRUE(tool->canUndo());
 
     tool->undoDeletion();
-    waitForRemoval();
+    waitForRemoval(*tool);
     EXPECT_EQ(tool->groups(), before);
     EXPECT_EQ(tool->statusMessage(), QStringLiteral("Suppression annulée."));
     EXPECT_TRUE(tree.exists("b/big") && tree.exists("x/medium") && tree.exists("d/small"));
@@ -178,7 +153,7 @@ TEST_F(DuplicatesTest, WhatWasTrashedComesBackWithItsGroups)
     EXPECT_THAT(tool->failures(), IsEmpty());
     tree.add(file("b/big", "occupied"));
     tool->undoDeletion();
-    waitForRemoval();
+    waitForRemoval(*tool);
     EXPECT_EQ(tool->statusMessage(), QStringLiteral("Restauration partielle : 1 en échec."));
     EXPECT_THAT(listed(), ElementsAre("c/medium,x/medium,x/medium link", "d/small,e/small"));
 }
@@ -198,9 +173,9 @@ TEST_F(DuplicatesTest, ARemovalThatEndsDuringTheNextScanLeavesNothingGoneInItsLi
 {
     tool->deleteSelected(urls({"b/big"}), false);
     tool->refresh();
-    waitForRemoval();
+    waitForRemoval(*tool);
     EXPECT_EQ(tool->statusMessage(), QStringLiteral("1 élément(s) · 1 Ko mis à la corbeille."));
-    waitForScan();
+    waitForScan(*tool);
     EXPECT_THAT(listed(), ElementsAre("c/medium,x/medium,x/medium link", "d/small,e/small"));
     EXPECT_FALSE(tool->canUndo());
 }
@@ -212,7 +187,7 @@ TEST_F(DuplicatesTest, AnotherFolderIsToldOnce)
     ASSERT_TRUE(
         waitUntil(tool.get(), &DuplicatesViewModel::progressChanged, [this] { return tool->isHashing(); }));
     const QSignalSpy progress{tool.get(), &DuplicatesViewModel::progressChanged};
-    tool->open(m_trash.url());
+    tool->open(trash.url());
     EXPECT_EQ(progress.count(), 1);
 }
 
@@ -221,7 +196,7 @@ TEST_F(DuplicatesTest, WhatIsSaidOfLinksAndOfTheTrashIsWhatIsChecked)
     const std::string text = std::string(2'000, 't');
     tree.add({file("0data/Trash/files/text", text), folder("0data/Trash/info"), link("data", "0data"),
               file("docs/text", text), hardLink("docs/text link", "docs/text"), file("other/text", text)});
-    const ScopedVariable dataHome{"XDG_DATA_HOME", tree.path("data")};
+    const ScopedVariable otherHome{"XDG_DATA_HOME", tree.path("data")};
     scan();
     tool->setSearchText(QStringLiteral("docs"));
     EXPECT_EQ(tool->redundantURLs(), urls({"other/text"}));
@@ -319,9 +294,9 @@ TEST_F(DuplicatesScreenTest, AnotherMinimumSizeIsStoredOfferedAndScansAgainTheSa
     tool->setMinimumSize(1);
     EXPECT_TRUE(states.isEmpty());
     tool->setMinimumSize(300);
-    waitForScan();
+    waitForScan(*tool);
     EXPECT_THAT(listed(), ElementsAre("a/big,b/big", "c/medium,x/medium,x/medium link"));
-    DuplicatesViewModel restarted{m_deletions};
+    DuplicatesViewModel restarted{deletions};
     EXPECT_EQ(restarted.minimumSize(), 300);
     const DuplicatesView own{restarted};
     const QList<QAction*> sizes = own.findChild<OptionMenu*>()->menu()->actions();
@@ -340,16 +315,16 @@ TEST_F(DuplicatesScreenTest, LosingEveryCopyIsAskedOnceMore)
     auto* const word = dialog->findChild<QCheckBox*>();
     ASSERT_NE(word, nullptr);
     EXPECT_EQ(word->text(), QStringLiteral("Supprimer aussi la dernière copie de 1 groupe"));
-    QAbstractButton* const trash = visibleButton(*dialog, QStringLiteral("Mettre à la corbeille"));
-    EXPECT_FALSE(trash->isEnabled());
+    QAbstractButton* const toTrash = visibleButton(*dialog, QStringLiteral("Mettre à la corbeille"));
+    EXPECT_FALSE(toTrash->isEnabled());
     activate(*dialog);
     word->setFocus();
     QTest::keyClick(word, Qt::Key_Space);
     QTest::keyClick(word, Qt::Key_Return); // is "Annuler" here, whatever is ticked
     EXPECT_FALSE(tool->removal().has_value() || dialog->isVisible());
-    EXPECT_TRUE(trash->isEnabled());
-    trash->click();
-    waitForRemoval();
+    EXPECT_TRUE(toTrash->isEnabled());
+    toTrash->click();
+    waitForRemoval(*tool);
     EXPECT_FALSE(tree.exists("a/big") || tree.exists("b/big") || tree.exists("d/small"));
 }
 
@@ -377,14 +352,14 @@ TEST_F(DuplicatesScreenTest, ExportsTheGroupsThatTheFilterShows)
 {
     tool->setSearchText(QStringLiteral("small"));
     view->exportEntries();
-    Q_EMIT view->findChild<QFileDialog*>()->fileSelected(QString::fromStdString(m_trash.path("list.csv")));
-    ASSERT_TRUE(QTest::qWaitFor([this] { return m_trash.exists("list.csv"); }, 20'000));
+    Q_EMIT view->findChild<QFileDialog*>()->fileSelected(QString::fromStdString(trash.path("list.csv")));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return trash.exists("list.csv"); }, 20'000));
     const DuplicateGroup& group = tool->groups()[2];
     std::string expected = DuplicateExport::header();
     for (const Entry& entry : group.entries) {
         expected += "\n" + DuplicateExport::line(group, entry);
     }
-    EXPECT_EQ(m_trash.content("list.csv"), expected);
+    EXPECT_EQ(trash.content("list.csv"), expected);
 }
 
 } // namespace

@@ -21,7 +21,6 @@ namespace tallyroom {
 namespace {
 
 using testing::ElementsAre;
-using testing::UnorderedElementsAre;
 
 Entry fileRow(const std::string& name, std::int64_t size, bool isFolder = false)
 {
@@ -306,26 +305,6 @@ TEST_F(EntryTableTest, ALongListIsArrangedAsideAndTheLastWishCounts)
     EXPECT_EQ(names().front(), "f77");
     EXPECT_EQ(names().back(), "f29977");
     table->setSortOrder({EntrySortOrder::Key::name, 0, false}); // and leaves meanwhile
-}
-
-TEST_F(EntryTableTest, KeysMoveActivateAndCheck)
-{
-    table->setEntries({fileRow("a", 30, true), fileRow("b", 20), fileRow("c", 10)});
-    const QSignalSpy activated{table.get(), &EntryTable::activated};
-    press(Qt::Key_Down);
-    press(Qt::Key_Return);
-    press(Qt::Key_Down);
-    press(Qt::Key_Right);
-    press(Qt::Key_Space);
-    press(Qt::Key_Enter);
-    press(Qt::Key_End);
-    press(Qt::Key_C); // the row of that name, where the keyboard is
-    ASSERT_EQ(activated.size(), 2);
-    EXPECT_EQ(activated[0][0].value<Entry>().name + activated[1][0].value<Entry>().name, "ab");
-    EXPECT_THAT(table->selection().urls(), UnorderedElementsAre(FileUrl{"/tri/b"}));
-    EXPECT_EQ(table->currentEntry()->name, "c");
-    press(Qt::Key_Home);
-    EXPECT_EQ(table->currentEntry()->name, "a");
 }
 
 TEST_F(EntryTableTest, ASpaceWithinATypedNameIsLookedForAndChecksNothing)

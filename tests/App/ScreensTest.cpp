@@ -344,21 +344,6 @@ TEST_F(Screens, AnotherFolderCanBeChosenFromAnEmptyPageToo)
     EXPECT_TRUE(hasScanned(caches, tree.url("Album\xC3\xA9")));
 }
 
-TEST_F(Screens, WhatNoProgramOfTheDesktopTakesIsSaid)
-{
-    const TemporaryTree tree{file("photo.jpg", 5000),
-                             file("bin/xdg-open", "#!/bin/sh\nexit 4\n").withMode(0755)};
-    const QByteArray path = qgetenv("PATH");
-    scan("disk-usage", tree.url());
-    qputenv("PATH", QByteArray::fromStdString(tree.path("bin")));
-    Desktop::open(tree.url("photo.jpg"));
-    qputenv("PATH", path);
-    EXPECT_TRUE(waitUntil(&store().diskUsage, &ScanToolViewModel::statusMessageChanged, [&] {
-        return store().diskUsage.statusMessage() ==
-               QStringLiteral("Aucun programme ne peut ouvrir « photo.jpg ».");
-    }));
-}
-
 /// What Tab, or Shift+Tab, comes by from where the keyboard is, until it is there again.
 QStringList stopsOf(QWidget& window, Qt::Key key)
 {

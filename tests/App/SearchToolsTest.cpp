@@ -1,18 +1,20 @@
-#include "App/EventWait.h"
-#include "App/ScreenWords.h"
+#include "App/ToolScene.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Rows/EntryTable.h"
-#include "Settings/Settings.h"
-#include "Support/Isolation.h"
-#include "Support/ListWords.h"
+#include "Rows/EntryTableModel.h"
+#include "Support/CacheTree.h"
+#include "Support/GitTree.h"
 #include "Tools/BuildCaches/BuildCaches.h"
 #include "Tools/Frame/ListToolScreen.h"
 #include "Tools/GitRepos/GitRepos.h"
 #include "Tools/LargeFiles/LargeFiles.h"
 #include "Tools/NodeModules/NodeModules.h"
 
+#include <QAbstractButton>
 #include <QSignalSpy>
+#include <QTest>
 
+#include <functional>
 #include <gmock/gmock.h>
 
 namespace tallyroom {
@@ -21,35 +23,34 @@ namespace {
 
 using testing::ElementsAre;
 
-class SearchToolsTest : public testing::Test {
+class SearchToolsTest : public ToolScene {
 protected:
-    void SetUp() override
+    /// Scans a folder in a screen, and waits for its rows.
+    static void show(ListToolScreen& screen, ListToolViewModel& tool, const FileUrl& folder)
     {
-        Settings::store().clear();
-        FileScanner::clearCache();
+        screen.resize(1200, 900);
+        screen.show();
+        scan(tool, folder);
+        EntryTable& table = *screen.findChild<EntryTable*>();
+        ASSERT_TRUE(waitUntil(&table, &EntryRows::rowsChanged, [&] {
+            return table.isUpToDate() && table.arrangement().rowCount() == tool.entryCount();
+        }));
     }
 
-    /// Opens a folder and waits for the end of its scan.
-    static void scan(ListToolViewModel& tool, const FileUrl& folder)
+    static QString question(ListToolScreen& screen, const std::vector<Entry>& entries)
     {
-        tool.open(folder);
-        EXPECT_TRUE(finished(tool));
+        screen.askDeletion(entries, DeleteConfirmation::Default::trash);
+        auto* const dialog = screen.findChild<DeleteConfirmation*>();
+        QString text = dialog->accessibleDescription();
+        delete dialog;
+        return text;
     }
-
-    static bool finished(ListToolViewModel& tool)
-    {
-        return waitUntil(&tool, &FolderTool::stateChanged, [&tool] { return !tool.isScanning(); });
-    }
-
-    TemporaryTree m_trash;
-    ScopedVariable m_dataHome{"XDG_DATA_HOME", m_trash.path()};
-    DeletionRunner m_deletions;
 };
 
 TEST_F(SearchToolsTest, AnotherLimitIsKeptAndScansAgainTheSameDoesNeither)
 {
     const TemporaryTree tree{file("Sub/a", 50'000), file("Sub/b", 40'000), file("c", 30'000)};
-    LargeFilesViewModel tool{m_deletions};
+    LargeFilesViewModel tool{deletions};
     EXPECT_EQ(tool.limit(), 100);
     tool.setLimit(2);
     EXPECT_EQ(tool.state(), ToolState::idle()) << "without a folder a limit is only stored";
@@ -62,9 +63,9 @@ TEST_F(SearchToolsTest, AnotherLimitIsKeptAndScansAgainTheSameDoesNeither)
     EXPECT_TRUE(states.isEmpty());
     tool.setLimit(3);
     EXPECT_TRUE(tool.isScanning());
-    EXPECT_TRUE(finished(tool));
+    waitForScan(tool);
     EXPECT_THAT(below(tree, tool.entries()), ElementsAre("Sub/a", "Sub/b", "c"));
-    EXPECT_EQ(LargeFilesViewModel{m_deletions}.limit(), 3) << "a restart";
+    EXPECT_EQ(LargeFilesViewModel{deletions}.limit(), 3) << "a restart";
 }
 
 TEST_F(SearchToolsTest, AStoredThresholdIsTakenWhenItIsKnownAndNeverScans)
@@ -73,11 +74,11 @@ TEST_F(SearchToolsTest, AStoredThresholdIsTakenWhenItIsKnownAndNeverScans)
                                             {QStringLiteral("OneYear"), AgeThreshold::oneMonth},
                                             {QStringLiteral("2"), AgeThreshold::oneMonth}}) {
         Settings::write(QStringLiteral("nm.threshold"), stored);
-        EXPECT_EQ(NodeModulesViewModel{m_deletions}.threshold(), threshold) << stored.toStdString();
+        EXPECT_EQ(NodeModulesViewModel{deletions}.threshold(), threshold) << stored.toStdString();
     }
     const TemporaryTree tree{file("new/node_modules/x", 5000), file("old/node_modules/x", 9000),
                              folder("old/node_modules").modifiedAt(1'600'000'000)};
-    NodeModulesViewModel tool{m_deletions};
+    NodeModulesViewModel tool{deletions};
     scan(tool, tree.url());
     EXPECT_THAT(below(tree, tool.entries()), ElementsAre("old/node_modules", "new/node_modules"));
     EXPECT_EQ(tool.oldEntries(), std::vector{tool.entries()[0]});
@@ -86,17 +87,17 @@ TEST_F(SearchToolsTest, AStoredThresholdIsTakenWhenItIsKnownAndNeverScans)
     tool.setThreshold(AgeThreshold::sixMonths);
     EXPECT_EQ(tool.oldTotalSize(), tool.entries()[0].sizeBytes);
     EXPECT_TRUE(states.isEmpty());
-    EXPECT_EQ(NodeModulesViewModel{m_deletions}.threshold(), AgeThreshold::sixMonths) << "a restart";
+    EXPECT_EQ(NodeModulesViewModel{deletions}.threshold(), AgeThreshold::sixMonths) << "a restart";
 }
 
 TEST_F(SearchToolsTest, EcosystemsAreLoadedWithWhatIsKnownAndAllWhenNothingIs)
 {
     const std::set<Ecosystem> all{Ecosystem::all.begin(), Ecosystem::all.end()};
-    EXPECT_EQ(BuildCachesViewModel{m_deletions}.enabledEcosystems(), all);
+    EXPECT_EQ(BuildCachesViewModel{deletions}.enabledEcosystems(), all);
     Settings::write(QStringLiteral("bc.ecosystems"),
                     QStringList{QStringLiteral("rust"), QStringLiteral("cobol")});
     const TemporaryTree tree{file("p/target/x", 5000), file("p/dist/node_modules/x", 9000)};
-    BuildCachesViewModel tool{m_deletions};
+    BuildCachesViewModel tool{deletions};
     EXPECT_EQ(tool.enabledEcosystems(), std::set<Ecosystem>{Ecosystem::rust});
     scan(tool, tree.url());
     EXPECT_THAT(below(tree, tool.entries()), ElementsAre("p/target"));
@@ -105,44 +106,113 @@ TEST_F(SearchToolsTest, EcosystemsAreLoadedWithWhatIsKnownAndAllWhenNothingIs)
     tool.setEnabledEcosystems({Ecosystem::rust});
     EXPECT_TRUE(states.isEmpty());
     tool.setEnabledEcosystems({Ecosystem::rust, Ecosystem::javascript});
-    EXPECT_TRUE(finished(tool));
+    waitForScan(tool);
     EXPECT_THAT(below(tree, tool.entries()), ElementsAre("p/dist", "p/target"));
     tool.setEnabledEcosystems({});
-    EXPECT_TRUE(finished(tool));
+    waitForScan(tool);
     EXPECT_EQ(tool.state(), ToolState::loaded());
     EXPECT_TRUE(tool.entries().empty());
-    EXPECT_EQ(BuildCachesViewModel{m_deletions}.enabledEcosystems(), all) << "an empty list loads as all";
+    EXPECT_EQ(BuildCachesViewModel{deletions}.enabledEcosystems(), all) << "an empty list loads as all";
 }
 
 TEST_F(SearchToolsTest, TheChipOfAKindThatIsGoneStaysUntilItIsLetGoOf)
 {
     const TemporaryTree tree{file("film.mp4", 90'000), file("Album/a.jpg", 50'000), file("b.jpg", 40'000)};
-    LargeFilesViewModel tool{m_deletions};
+    LargeFilesViewModel tool{deletions};
     const std::unique_ptr<ListToolScreen> screen{makeLargeFilesScreen(tool)};
     ListToolScreen& view = *screen;
-    view.resize(900, 600);
-    view.show();
-    scan(tool, tree.url());
+    show(view, tool, tree.url());
     const auto chip = [&view](const char* text) { return visibleButton(view, QString::fromUtf8(text)); };
     EXPECT_EQ(chip("Audio · 0"), nullptr);
     chip("Images · 2")->click();
     tool.deleteSelected({tree.url("Album/a.jpg"), tree.url("b.jpg")}, true);
-    ASSERT_TRUE(waitUntil(&tool, &ScanToolViewModel::removalChanged, [&tool] { return !tool.removal(); }));
+    waitForRemoval(tool);
     ASSERT_NE(chip("Images · 0"), nullptr);
     chip("Images · 0")->click();
     EXPECT_EQ(view.findChild<EntryTable*>()->arrangement().rowCount(), 1U);
     EXPECT_FALSE(tool.isFiltering());
 }
 
-TEST_F(SearchToolsTest, AHistoryGoesWithAWarning)
+TEST_F(SearchToolsTest, OnlyItsOwnBoxChecksWhatNothingProvesToBeACache)
 {
-    const TemporaryTree tree{file("one/.git/objects", 90'000)};
-    GitReposViewModel tool{m_deletions};
+    const TemporaryTree tree{file("a/package.json", 2), file("a/dist/x", 90'000),
+                             file("house/build/x", 50'000), file("c/package.json", 2),
+                             file("c/dist/x", 9000)};
+    dateAll(tree, 1'600'000'000);
+    BuildCachesViewModel tool{deletions};
+    const std::unique_ptr<ListToolScreen> screen{makeBuildCachesScreen(tool)};
+    show(*screen, tool, tree.url());
+    EntryTable& table = *screen->findChild<EntryTable*>();
+    const auto clickBox = [&table](int row, Qt::KeyboardModifiers keys = {}) {
+        QTest::mouseClick(table.viewport(), Qt::LeftButton, keys,
+                          table.visualRect(table.model()->index(row, EntryTableModel::checkColumn)).center());
+    };
+    const auto checked = [&] { return below(tree, screen->selection().checkedEntries()); };
+    const std::vector<std::string> proven{"a/dist", "c/dist"};
+    const std::vector<std::string> all{"a/dist", "house/build", "c/dist"};
+    QAbstractButton* const everything = visibleButton(*screen, QStringLiteral("Tout sélectionner"));
+    const std::vector<std::function<void()>> ways{
+        [&] { everything->click(); }, [&] { QTest::keyClick(&table, Qt::Key_A, Qt::ControlModifier); },
+        [&] { clickBox(0), clickBox(2, Qt::ShiftModifier); }}; // a range across it
+    for (const auto& check : ways) {
+        screen->selection().clear();
+        check();
+        EXPECT_EQ(checked(), proven);
+    }
+    clickBox(1);
+    EXPECT_EQ(checked(), all);
+    everything->click();
+    EXPECT_EQ(checked(), all) << "what has its own check keeps it";
+
+    const auto tip = [&](int row, int role) {
+        return table.model()->index(row, EntryTableModel::nameColumn).data(role).toString();
+    };
+    EXPECT_TRUE(tip(0, Qt::ToolTipRole).contains(QStringLiteral("npm run build")));
+    EXPECT_FALSE(tip(1, Qt::ToolTipRole).contains(QStringLiteral("npm")));
+    EXPECT_TRUE(tip(1, Qt::AccessibleTextRole).contains(QStringLiteral("à vérifier")));
+    const QString asked = question(*screen, screen->selection().checkedEntries());
+    EXPECT_TRUE(asked.contains(QStringLiteral("1 élément à vérifier"))) << asked.toStdString();
+    EXPECT_EQ(asked.count(QStringLiteral(", à vérifier)")), 1) << asked.toStdString();
+}
+
+TEST_F(SearchToolsTest, EachRepositorySaysWhatIsNowhereElseAndTheDialogNamesThoseThatWouldLoseIt)
+{
+    const GitTree tree;
+    ASSERT_TRUE(tree.isMade());
+    GitReposViewModel tool{deletions};
     const std::unique_ptr<ListToolScreen> screen{makeGitReposScreen(tool)};
-    scan(tool, tree.url());
-    screen->askDeletion({tool.entries()[0]}, DeleteConfirmation::Default::trash);
-    EXPECT_TRUE(screen->findChild<DeleteConfirmation*>()->accessibleDescription().contains(
-        QStringLiteral("historique")));
+    show(*screen, tool, tree.url());
+    ASSERT_TRUE(waitUntil(&tool, &GitReposViewModel::repositoryStatesChanged, [&] {
+        return std::ranges::all_of(
+            tool.entries(), [&](const Entry& entry) { return tool.repositoryState(entry.url) != nullptr; });
+    }));
+    EntryTable& table = *screen->findChild<EntryTable*>();
+    const auto spoken = [&](const std::string& name) {
+        EXPECT_TRUE(table.setCurrentEntry(tree.url(name + "/.git"))) << name;
+        return table.currentIndex().data(Qt::AccessibleTextRole).toString();
+    };
+    for (const auto& [name, words] : std::vector<std::pair<std::string, QString>>{
+             {"ahead", QStringLiteral("2 commits non poussés")},
+             {"other-branch", QStringLiteral("1 commit non poussé")},
+             {"lonely", QStringLiteral("sans dépôt distant")},
+             {"stashes", QStringLiteral("modifications en réserve (stash)")},
+             {"worktrees", QStringLiteral("en dépend")},
+             {"broken", QStringLiteral("état inconnu")}}) {
+        EXPECT_TRUE(spoken(name).contains(words)) << name << ": " << spoken(name).toStdString();
+    }
+    EXPECT_FALSE(spoken("pushed").contains(QStringLiteral("pouss")));
+
+    const auto repository = [&](const std::string& name) {
+        return *std::ranges::find(tool.entries(), tree.url(name + "/.git"), &Entry::url);
+    };
+    const QString danger =
+        question(*screen, {repository("pushed"), repository("ahead"), repository("broken")});
+    EXPECT_TRUE(danger.contains(QStringLiteral("historique")));
+    EXPECT_TRUE(danger.contains(QStringLiteral("• ahead : 2 commits non poussés"))) << danger.toStdString();
+    EXPECT_TRUE(danger.contains(QStringLiteral("• broken : état inconnu")));
+    EXPECT_FALSE(danger.contains(QStringLiteral("• pushed")));
+    EXPECT_TRUE(
+        question(*screen, {repository("pushed")}).contains(QStringLiteral("aussi dans un dépôt distant")));
 }
 
 } // namespace

@@ -107,23 +107,23 @@ TEST_F(UnreadViewTest, AClosedFolderCanBeTriedAgain)
     EXPECT_EQ(visibleButton(view, QStringLiteral("Réessayer")), nullptr);
 }
 
-TEST_F(UnreadViewTest, AListThatWasStoppedSaysSoInTheNameOfItsFile)
+TEST_F(UnreadViewTest, AnExportIsNamedAfterItsFolderAndSaysWhenTheScanWasStopped)
 {
-    const auto proposed = [this] {
+    show();
+    const std::vector<std::tuple<std::string, bool, std::string>> cases{
+        {"/r/folder", false, "folder.csv"},
+        {"/", false, "_.csv"},
+        {"/r/folder", true, "folder (partiel).csv"}};
+    for (const auto& [folder, isStopped, name] : cases) {
+        scene.navigator->open(FileUrl{folder});
+        scene.receive({fileEntry(folder + "/a", 10)});
+        isStopped ? scene.navigator->cancelScan() : scene.finishListing({fileEntry(folder + "/a", 10)});
         view.exportEntries();
         auto* const dialog = view.findChild<QFileDialog*>();
-        const QString name = dialog == nullptr ? QString{} : dialog->selectedFiles().value(0);
+        ASSERT_NE(dialog, nullptr);
+        EXPECT_EQ(dialog->selectedFiles().value(0).section(u'/', -1).toStdString(), name);
         delete dialog;
-        return name.section(u'/', -1);
-    };
-    scene.navigator->open(FileUrl{"/r"});
-    scene.receive({fileEntry("/r/a", 10)});
-    show();
-    scene.navigator->cancelScan();
-    EXPECT_EQ(proposed(), QStringLiteral("r (partiel).csv"));
-    scene.navigator->refresh();
-    scene.finishListing({fileEntry("/r/a", 10)});
-    EXPECT_EQ(proposed(), QStringLiteral("r.csv"));
+    }
 }
 
 } // namespace

@@ -1,14 +1,9 @@
 #pragma once
 
-#include "App/EventWait.h"
-#include "App/ScreenWords.h"
+#include "App/ToolScene.h"
 #include "Rows/EntryTable.h"
-#include "Scanning/FileScanner.h"
-#include "Settings/Settings.h"
 #include "Shell/ContentView.h"
 #include "Shell/ToolRegistry.h"
-#include "Support/Isolation.h"
-#include "Support/TemporaryTree.h"
 #include "Tools/Frame/ToolScreen.h"
 
 #include <QAbstractItemView>
@@ -21,14 +16,12 @@
 namespace tallyroom {
 
 /// The whole window on real trees, with settings and a trash of its own, and what a person does with it.
-class WindowScene : public testing::Test {
+class WindowScene : public ToolScene {
 protected:
-    WindowScene()
-    {
-        Settings::store().clear();
-        FileScanner::clearCache();
-        open();
-    }
+    WindowScene() { open(); }
+
+    using ToolScene::scan;
+    using ToolScene::waitForRemoval;
 
     /// In place of the window before; `operations` remove and restore.
     void open(RemovalOperations operations = RemovalOperations::real())
@@ -45,17 +38,6 @@ protected:
     {
         window->selectTool(QString::fromUtf8(toolID));
         scan(ToolRegistry::find(window->selectedToolID())->tool(store()), folder);
-    }
-
-    static void scan(FolderTool& tool, const FileUrl& folder)
-    {
-        tool.handleImport(std::vector{folder});
-        waitForScan(tool);
-    }
-
-    static void waitForScan(FolderTool& tool)
-    {
-        ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged, [&] { return !tool.isScanning(); }));
     }
 
     /// Waits until the tool has read this folder, whoever opened it.
@@ -128,8 +110,6 @@ protected:
         return QTest::qWaitFor(isShown, 20'000) ? window->findChild<Dialog*>() : nullptr;
     }
 
-    TemporaryTree trash;
-    ScopedVariable dataHome{"XDG_DATA_HOME", trash.path()};
     std::unique_ptr<ContentView> window;
 };
 

@@ -1,13 +1,17 @@
 #include "Duplicates/DuplicateFinder.h"
 
+#include "Duplicates/BatchDigester.h"
 #include "Duplicates/PathPool.h"
+#include "FileSystem/Digest.h"
 #include "FileSystem/FileAttributes.h"
 #include "Support/AllRecords.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
+#include "Support/TemporaryTree.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
+#include <string_view>
 #include <sys/stat.h>
 
 namespace tallyroom {
@@ -315,6 +319,42 @@ TEST(DuplicateFinder, LongSearchesHoldUpNoShortOneAndStopAmidAFile)
             EXPECT_LT(record->hashedBytes, record->bytesToHash);
             EXPECT_NE(record->phase, Phase::done);
         }
+    }
+}
+
+std::span<const std::byte> bytesOf(std::string_view text)
+{
+    return std::as_bytes(std::span{text});
+}
+
+TEST(BatchDigester, WhatChangesWhileItIsReadIsReadAgain)
+{
+    for (const FileSpan part : {FileSpan{0, 2'500'000}, FileSpan{0, 50'000}}) {
+        const std::string content(2'500'000, 'x');
+        const TemporaryTree tree{file("0", content), file("1", content)};
+        int changes = 0;
+        const auto open = [&](std::size_t index) -> std::optional<StableFile> {
+            const std::string name = std::to_string(index);
+            const FileUrl url = tree.url(name);
+            auto opened = StableFile::open(url, 2'500'000, fileAttributes(url)->modifiedAt);
+            if (index == 1 && changes > 0) {
+                --changes;
+                tree.keepingItsTime(name, [&] { tree.overwrite(name, std::to_string(changes % 10), 1); });
+            }
+            return opened ? std::optional{std::move(*opened)} : std::nullopt;
+        };
+        BatchDigester digester;
+        std::atomic<std::int64_t> readBytes = 0;
+        Digester alone;
+        const auto digestOf = [&](char second) {
+            std::string now = content.substr(0, static_cast<std::size_t>(part.length));
+            now[1] = second;
+            return std::optional{alone.digest(bytesOf(now))};
+        };
+        changes = 1;
+        EXPECT_THAT(digester.digest(2, part, open, {}, readBytes), ElementsAre(digestOf('x'), digestOf('0')));
+        changes = 100;
+        EXPECT_THAT(digester.digest(2, part, open, {}, readBytes), ElementsAre(digestOf('x'), std::nullopt));
     }
 }
 

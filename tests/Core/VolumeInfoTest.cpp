@@ -14,7 +14,6 @@
 #include <latch>
 #include <map>
 #include <sstream>
-#include <sys/statvfs.h>
 
 namespace tallyroom {
 
@@ -323,27 +322,6 @@ TEST(VolumeInfo, AStreamGivesAFirstReportAndItsEndWhenNothingAnswers)
     }
     EXPECT_EQ(VolumeInfo::main(1ms, sources), std::nullopt);
     machine->revival.count_down();
-}
-
-TEST(VolumeInfo, OfThisMachineTellsWhatTheSystemTells)
-{
-    const auto mounts = places(MountTable::read("/proc/self/mountinfo"));
-    if (std::ranges::find(mounts, "/") == mounts.end()) {
-        GTEST_SKIP() << "the mount table says nothing of this root";
-    }
-    const auto volumes = VolumeInfo::current();
-    const auto root = std::ranges::find(volumes, FileUrl{"/"}, &VolumeUsage::url);
-    ASSERT_NE(root, volumes.end());
-    struct statvfs room = {};
-    ASSERT_EQ(::statvfs("/", &room), 0);
-    EXPECT_EQ(root->totalBytes, static_cast<std::int64_t>(room.f_blocks * room.f_frsize));
-    EXPECT_GT(root->availableBytes, 0);
-    const auto main = VolumeInfo::main();
-    const VolumeReport last = allRecords(VolumeInfo::stream()).back();
-    ASSERT_TRUE(main.has_value() && last.mainVolume.has_value());
-    EXPECT_EQ(last.mainVolume->url, main->url);
-    EXPECT_EQ(last.volumes.size(), volumes.size());
-    EXPECT_EQ(last.unanswered, 0);
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "Duplicates/DuplicateFinder.h"
 #include "Kinds/FolderAnalyzer.h"
 #include "Scanning/FileScanner.h"
-#include "Scanning/SizeCache.h"
 #include "Support/AllRecords.h"
 #include "Support/Interception.h"
 #include "Support/Isolation.h"
@@ -9,7 +8,7 @@
 
 #include <cerrno>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <map>
 #include <sys/stat.h>
 
 namespace tallyroom {
@@ -65,8 +64,10 @@ TemporaryTree closedTree()
 }
 
 const std::string denied = " " + std::to_string(EACCES);
+const Lines refused{"a/b/shut" + denied, "item a/names/one" + denied,      "item a/names/two" + denied,
+                    "a/shut" + denied,   "m/node_modules/x/shut" + denied, "z" + denied};
 
-class UnreadPlacesTest : public testing::Test {
+class ListedFolderTest : public testing::Test {
 protected:
     void SetUp() override { FileScanner::clearCache(); }
 
@@ -83,13 +84,11 @@ protected:
     }
 };
 
-TEST_F(UnreadPlacesTest, AClosedFolderIsCountedInEachFolderAboveItFromTheCacheToo)
+TEST_F(ListedFolderTest, AClosedFolderIsCountedInEachFolderAboveItFromTheCacheToo)
 {
     const TemporaryTree tree = closedTree();
     ::chmod(tree.path().c_str(), 0755);
     asPerson([&tree] {
-        const Lines all{"a/b/shut" + denied, "item a/names/one" + denied,      "item a/names/two" + denied,
-                        "a/shut" + denied,   "m/node_modules/x/shut" + denied, "z" + denied};
         const Lines rows{"a 4", "m 1", "z 1!"};
         const auto last = [&tree](const std::string& path, bool useCache) {
             return allRecords(FileScanner::directEntriesStream(tree.url(path), useCache)).back();
@@ -97,11 +96,11 @@ TEST_F(UnreadPlacesTest, AClosedFolderIsCountedInEachFolderAboveItFromTheCacheTo
         for (const bool useCache : {false, true, false}) { // walked, listed before, summed before
             const ScanProgress record = last("", useCache);
             EXPECT_EQ(counted(tree, record.entries), rows);
-            EXPECT_EQ(told(tree, record.unreadPlaces), all);
+            EXPECT_EQ(told(tree, record.unreadPlaces), refused);
         }
         const ScanProgress inner = last("a", true);
         EXPECT_THAT(counted(tree, inner.entries), ElementsAre("a/b 1", "a/names 2", "a/shut 1!"));
-        EXPECT_EQ(told(tree, inner.unreadPlaces), Lines(all.begin(), all.begin() + 4));
+        EXPECT_EQ(told(tree, inner.unreadPlaces), Lines(refused.begin(), refused.begin() + 4));
         EXPECT_THAT(told(tree, last("z", true).unreadPlaces), ElementsAre("z" + denied));
         EXPECT_THAT(told(tree, last("whole", true).unreadPlaces), IsEmpty());
         EXPECT_EQ(counted(tree, FileScanner::directEntries(tree.url(), false).get()), rows);
@@ -111,30 +110,27 @@ TEST_F(UnreadPlacesTest, AClosedFolderIsCountedInEachFolderAboveItFromTheCacheTo
     });
 }
 
-TEST_F(UnreadPlacesTest, EverySearchTellsWhatItPassedBy)
+TEST_F(ListedFolderTest, EverySearchTellsWhatItPassedBy)
 {
     const TemporaryTree tree = closedTree();
     ::chmod(tree.path().c_str(), 0755);
     asPerson([&tree] {
-        const Lines items{"a/b/shut" + denied, "item a/names/one" + denied,      "item a/names/two" + denied,
-                          "a/shut" + denied,   "m/node_modules/x/shut" + denied, "z" + denied};
-        EXPECT_EQ(
-            told(tree, allRecords(FileScanner::findLargestFilesStream(tree.url(), 3)).back().unreadPlaces),
-            items);
-        EXPECT_EQ(told(tree, allRecords(FolderAnalyzer::stream(tree.url())).back().unreadPlaces), items);
-        EXPECT_EQ(told(tree, allRecords(DuplicateFinder::stream(tree.url(), 1)).back().unreadPlaces), items);
-        const ScanProgress found = allRecords(FileScanner::findNodeModulesStream(tree.url())).back();
+        const auto last = [](auto stream) { return allRecords(std::move(stream)).back(); };
+        EXPECT_EQ(told(tree, last(FileScanner::findLargestFilesStream(tree.url(), 3)).unreadPlaces), refused);
+        EXPECT_EQ(told(tree, last(FolderAnalyzer::stream(tree.url())).unreadPlaces), refused);
+        EXPECT_EQ(told(tree, last(DuplicateFinder::stream(tree.url(), 1)).unreadPlaces), refused);
+        const ScanProgress found = last(FileScanner::findNodeModulesStream(tree.url()));
         EXPECT_THAT(counted(tree, found.entries), ElementsAre("m/node_modules 1"));
         EXPECT_THAT(told(tree, found.unreadPlaces),
-                    ElementsAre("a/b/shut" + denied, "a/shut" + denied, "m/node_modules/x/shut" + denied,
-                                "z" + denied));
-        const ScanProgress none = allRecords(FileScanner::findNodeModulesStream(tree.url("z"))).back();
+                    testing::ElementsAre(refused[0], refused[3], refused[4], refused[5]))
+            << "files are not looked at";
+        const ScanProgress none = last(FileScanner::findNodeModulesStream(tree.url("z")));
         EXPECT_THAT(told(tree, none.unreadPlaces), ElementsAre("z" + denied));
         EXPECT_EQ(none.unread, SystemError{EACCES});
     });
 }
 
-TEST_F(UnreadPlacesTest, WhatIsGoneWasNotRefused)
+TEST_F(ListedFolderTest, WhatIsGoneWasNotRefused)
 {
     const TemporaryTree tree{file("a/going", 4096), file("a/stays", 4096), file("a/broken", 4096)};
     const Interception watch{[](const InterceptedCall& call) {
@@ -147,7 +143,7 @@ TEST_F(UnreadPlacesTest, WhatIsGoneWasNotRefused)
     EXPECT_EQ(record.entries[0].sizeBytes, allocated(tree.path("a/stays")));
 }
 
-TEST_F(UnreadPlacesTest, TheListIsBoundedAndTheCountIsNot)
+TEST_F(ListedFolderTest, TheListIsBoundedAndTheCountIsNot)
 {
     UnreadLedger ledger;
     constexpr int many = 5000;
@@ -161,23 +157,37 @@ TEST_F(UnreadPlacesTest, TheListIsBoundedAndTheCountIsNot)
     EXPECT_EQ(places->places.back().url, FileUrl{"/11000"});
 }
 
-TEST_F(UnreadPlacesTest, WhatTheStoreRemembersCostsOthersNothing)
+TEST_F(ListedFolderTest, WhatFurtherNamesAddIsTheSameFromTheCache)
 {
-    SizeCache cache;
-    const std::size_t before = [] {
-        SizeCache plain;
-        for (int i = 0; i < 20'000; ++i) {
-            plain.set({i}, FileUrl{"/r/" + std::to_string(i)});
-        }
-        return plain.memory();
-    }();
-    for (int i = 0; i < 20'000; ++i) {
-        cache.set({.bytes = i, .unread = i % 1000 == 0 ? 3 : 0}, FileUrl{"/r/" + std::to_string(i)});
+    TemporaryTree tree{file("a/one", 40'000), file("a/in/x", 9000), file("d/three", 12'000)};
+    for (const auto& [path, existing] : {std::pair{"a/two", "a/one"},
+                                         {"b/x", "a/in/x"},
+                                         {"b/y", "a/in/x"},
+                                         {"c", "a/in/x"},
+                                         {"d/e/three", "d/three"},
+                                         {"f/g/h/three", "d/three"}}) {
+        tree.add(hardLink(path, existing));
     }
-    EXPECT_LT(cache.memory() - before, 20U * 200U);
-    EXPECT_EQ(cache.find(FileUrl{"/r/3000"})->unread, 3);
-    cache.set({.bytes = 1}, FileUrl{"/r/3000"}); // readable by now
-    EXPECT_EQ(cache.find(FileUrl{"/r/3000"})->unread, 0);
+    const std::int64_t one = allocated(tree.path("a/one"));
+    const std::int64_t x = allocated(tree.path("a/in/x"));
+    const std::int64_t three = allocated(tree.path("d/three"));
+    const std::map<std::string, std::int64_t> truth{
+        {"", one + 3 * x + 2 * three}, {"a", one}, {"b", x}, {"d", three}, {"f/g", 0}};
+    for (const auto& [path, bytes] : truth) {
+        for (const bool useCache : {false, true}) {
+            const auto again =
+                allRecords(FileScanner::directEntriesStream(tree.url(path), useCache)).back().countedAgain;
+            EXPECT_EQ(again == nullptr ? 0 : again->bytes, bytes) << path;
+            if (path.empty()) {
+                const std::map<FileUrl, std::int64_t> children{{tree.url("a"), one},
+                                                               {tree.url("b"), 2 * x},
+                                                               {tree.url("c"), x},
+                                                               {tree.url("d"), three},
+                                                               {tree.url("f"), three}};
+                EXPECT_EQ(again->children, children);
+            }
+        }
+    }
 }
 
 } // namespace
