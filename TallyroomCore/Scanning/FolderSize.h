@@ -16,6 +16,14 @@ struct FolderSize {
     std::int64_t unread = 0;
     /// The part of `bytes` that is counted more than once: files with several names in the folder.
     std::int64_t countedAgain = 0;
+    /// How many items below it are no folders.
+    std::int64_t files = 0;
+    /// At least the size of the largest of those that lie directly in it, and of the largest folder that
+    /// does.
+    std::int64_t largestFile = 0;
+    std::int64_t largestFolder = 0;
+    /// When one of them last changed, in seconds since 1970, within 1970 and 2106; 0 when nothing tells.
+    std::uint32_t newest = 0;
     bool hasUnreadItems = false; ///< not all of `unread` are folders
     bool isUnreadable = false;   ///< the folder itself, and nothing is known of it
 

@@ -1,13 +1,53 @@
 #include "Scanning/ListedEntry.h"
 
+#include "Model/CheckedArithmetic.h"
+
+#include <algorithm>
+#include <limits>
+
 namespace tallyroom {
 
-FolderSize itemSize(const TreeWalk::Child& child)
+namespace {
+
+std::uint32_t secondsOf(const std::optional<Timestamp>& moment)
 {
-    return {.bytes = child.attributes != nullptr ? child.attributes->allocatedBytes : 0,
-            .unread = child.failure != 0 ? 1 : 0,
-            .hasUnreadItems = child.failure != 0,
-            .isUnreadable = child.failure != 0};
+    using Seconds = std::chrono::sys_seconds;
+    constexpr std::int64_t most = std::numeric_limits<std::uint32_t>::max();
+    return !moment ? 0
+                   : static_cast<std::uint32_t>(std::clamp<std::int64_t>(
+                         std::chrono::floor<Seconds::duration>(*moment).time_since_epoch().count(), 1, most));
+}
+
+} // namespace
+
+FolderSize sizeOfItem(const TreeWalk::Child& child)
+{
+    if (child.attributes == nullptr) {
+        const bool isRefused = child.failure != 0; // else it is gone
+        const std::int64_t count = isRefused ? 1 : 0;
+        return {.unread = count, .files = count, .hasUnreadItems = isRefused, .isUnreadable = isRefused};
+    }
+    const std::int64_t bytes = child.attributes->allocatedBytes;
+    return {
+        .bytes = bytes, .files = 1, .largestFile = bytes, .newest = secondsOf(child.attributes->modifiedAt)};
+}
+
+FolderSize sizeOfItems(std::span<const TreeWalk::Child> children)
+{
+    FolderSize sum;
+    for (const TreeWalk::Child& child : children) {
+        if (child.isFolder()) {
+            continue;
+        }
+        const FolderSize item = sizeOfItem(child);
+        sum.bytes = checkedSum(sum.bytes, item.bytes);
+        sum.unread += item.unread;
+        sum.files += item.files;
+        sum.largestFile = std::max(sum.largestFile, item.largestFile);
+        sum.newest = std::max(sum.newest, item.newest);
+        sum.hasUnreadItems |= item.hasUnreadItems;
+    }
+    return sum;
 }
 
 Entry listedEntry(const FileUrl& folder, const TreeWalk::Child& child, const FolderSize& size,

@@ -56,17 +56,20 @@ public:
         done.reserve(children.size());
         const ScanRoot& scanRoot = folder.scanRoot();
         const auto finished = [&](const TreeWalk::Child& child, const FolderSize& size) {
-            root.add(size);
-            countAgain(child.name, size.countedAgain);
             done.push_back({child.index, listedEntry(m_url, child, size, scanRoot)});
         };
         for (const TreeWalk::Child& child : children) {
             if (!child.isFolder()) {
-                finished(child, itemSize(child));
+                finished(child, sizeOfItem(child));
             }
         }
+        root.addItems(sizeOfItems(children));
         countShared(root, children);
-        lookUpFolders(root, children, finished);
+        lookUpFolders(root, children, [&](const TreeWalk::Child& child, const FolderSize& size) {
+            root.add(size);
+            countAgain(child.name, size.countedAgain);
+            finished(child, size);
+        });
         keepUnread(root, children);
         deliver(std::move(done));
     }

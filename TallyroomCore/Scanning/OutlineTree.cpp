@@ -52,16 +52,12 @@ void OutlineTree::note(std::int64_t bytes)
     }
 }
 
-std::int64_t OutlineTree::bytes(Place item) const
+void OutlineTree::complete(Place folder, std::int64_t restBytes)
 {
     const std::scoped_lock lock{m_mutex};
-    return m_found[item].item.entry.sizeBytes;
-}
-
-void OutlineTree::complete(Place folder)
-{
-    const std::scoped_lock lock{m_mutex};
-    m_found[folder].isComplete = true;
+    Found& found = m_found[folder];
+    found.isComplete = true;
+    found.rest.bytes = saturatedSum(found.rest.bytes, restBytes);
 }
 
 /// Items come after their folder.
@@ -125,11 +121,14 @@ Outline OutlineTree::outline() const
         const Place folder = places[i];
         const std::vector<Place> children = toldChildren(folder, sizes, isTold);
         Outline::Node& node = outline.nodes[i];
-        node.isExpanded = m_found[folder].isListed;
+        if (children.empty()) {
+            continue;
+        }
+        node.isExpanded = true;
         node.firstChild = static_cast<std::uint32_t>(places.size());
         node.childCount = static_cast<std::uint32_t>(children.size());
         node.restCount = m_found[folder].childCount + m_found[folder].rest.count - node.childCount;
-        node.restBytes = node.isExpanded ? sizes[folder] : 0;
+        node.restBytes = sizes[folder];
         for (const Place child : children) {
             node.restBytes -= sizes[child];
         }

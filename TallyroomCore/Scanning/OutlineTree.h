@@ -40,11 +40,8 @@ public:
     /// Adds some of a folder's items, and returns the place of the first one; the others follow it.
     Place add(Place folder, std::vector<Item> items, const Rest& rest);
 
-    /// The size that an item was added with.
-    [[nodiscard]] std::int64_t bytes(Place item) const;
-
-    /// All that lies in a folder was added.
-    void complete(Place folder);
+    /// All that lies in a folder was added, but for bytes of its rest.
+    void complete(Place folder, std::int64_t restBytes);
 
     /// The outline so far.
     [[nodiscard]] Outline outline() const;

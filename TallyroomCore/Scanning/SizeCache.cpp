@@ -3,6 +3,7 @@
 #include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <limits>
 #include <ranges>
@@ -16,6 +17,34 @@ std::uint32_t hashOf(std::uint32_t parent, std::string_view name)
 {
     const std::size_t hash = std::hash<std::string_view>{}(name) ^ (parent * 0x9e3779b97f4a7c15ULL);
     return static_cast<std::uint32_t>(hash ^ (hash >> 32U));
+}
+
+/// Sizes that need not be exact are kept as logarithms: 16 bits for an error below two in a thousand.
+constexpr double logarithmUnits = 1000;
+
+std::uint16_t logarithmAbove(std::int64_t bytes)
+{
+    return bytes <= 0 ? 0
+                      : static_cast<std::uint16_t>(
+                            std::ceil(std::log2(static_cast<double>(bytes)) * logarithmUnits) + 1);
+}
+
+/// No less than what the logarithm was made of.
+std::int64_t bytesOf(std::uint16_t logarithm)
+{
+    constexpr std::uint16_t most = 62'000;
+    return logarithm == 0
+               ? 0
+               : static_cast<std::int64_t>(std::ceil(std::exp2(std::min(logarithm, most) / logarithmUnits)));
+}
+
+/// Doubling would leave up to half of the store unused.
+template <class Item>
+void makeRoom(std::vector<Item>& items, std::size_t more)
+{
+    if (items.size() + more > items.capacity()) {
+        items.reserve(items.size() + more + items.size() / 4);
+    }
 }
 
 /// The names of a standardized path, from the top. An empty path, which is not the root, has one empty name.
@@ -49,6 +78,7 @@ SizeCache::Store SizeCache::emptyStore()
 {
     Store store;
     store.records.emplace_back();
+    store.contents.emplace_back();
     store.slots.resize(1024);
     return store;
 }
@@ -61,13 +91,24 @@ std::optional<FolderSize> SizeCache::find(const FileUrl& url) const
     return record ? sizeAt(*record) : std::nullopt;
 }
 
+std::optional<FolderSize> SizeCache::find(Place place) const
+{
+    const std::scoped_lock lock{m_mutex};
+    return place.epoch == m_epoch ? sizeAt(place.record) : std::nullopt;
+}
+
 std::optional<FolderSize> SizeCache::sizeAt(std::uint32_t record) const
 {
     const Record& known = m_store.records[record];
     if (known.total == unknown) {
         return std::nullopt;
     }
-    FolderSize size{.bytes = known.total};
+    const Content& content = m_store.contents[record];
+    FolderSize size{.bytes = known.total,
+                    .files = content.files,
+                    .largestFile = bytesOf(content.largestFile),
+                    .largestFolder = bytesOf(content.largestFolder),
+                    .newest = content.newest};
     if (known.hasRemark) {
         const Remark& remark = m_store.remarks.at(record);
         size.unread = remark.unread;
@@ -115,6 +156,10 @@ void SizeCache::store(Place place, const FolderSize& size, const std::optional<S
     }
     Record& record = m_store.records[place.record];
     record.total = size.bytes;
+    constexpr std::int64_t mostFiles = std::numeric_limits<std::uint32_t>::max();
+    m_store.contents[place.record] = {static_cast<std::uint32_t>(std::min(size.files, mostFiles)),
+                                      size.newest, logarithmAbove(size.largestFile),
+                                      logarithmAbove(size.largestFolder)};
     const bool isRemarkable = size.unread > 0 || size.countedAgain > 0;
     if (!isRemarkable && record.hasRemark) {
         m_store.remarks.erase(place.record); // an earlier walk was refused
@@ -226,8 +271,9 @@ void SizeCache::clear()
 std::size_t SizeCache::memory() const
 {
     const std::scoped_lock lock{m_mutex};
-    return m_store.records.capacity() * sizeof(Record) + m_store.names.capacity() +
-           m_store.slots.capacity() * sizeof(std::uint32_t) + m_store.remarks.bucket_count() * sizeof(void*) +
+    return m_store.records.capacity() * sizeof(Record) + m_store.contents.capacity() * sizeof(Content) +
+           m_store.names.capacity() + m_store.slots.capacity() * sizeof(std::uint32_t) +
+           m_store.remarks.bucket_count() * sizeof(void*) +
            m_store.remarks.size() * (sizeof(std::pair<const std::uint32_t, Remark>) + sizeof(void*));
 }
 
@@ -265,8 +311,12 @@ std::uint32_t SizeCache::child(std::uint32_t parent, std::string_view name)
         return m_store.slots[slot];
     }
     const auto number = static_cast<std::uint32_t>(m_store.records.size());
+    makeRoom(m_store.records, 1);
+    makeRoom(m_store.contents, 1);
+    makeRoom(m_store.names, name.size());
     m_store.records.push_back({unknown, parent, static_cast<std::uint32_t>(m_store.names.size()), hash,
                                static_cast<std::uint16_t>(name.size())});
+    m_store.contents.emplace_back();
     m_store.names.insert(m_store.names.end(), name.begin(), name.end());
     m_store.slots[slot] = number;
     if (m_store.records.size() * 3 > m_store.slots.size() * 2) {

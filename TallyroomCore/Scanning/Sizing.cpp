@@ -2,6 +2,7 @@
 
 #include "Model/CheckedArithmetic.h"
 #include "Scanning/FileScanner.h"
+#include "Scanning/ListedEntry.h"
 
 #include <algorithm>
 #include <future>
@@ -20,20 +21,50 @@ FolderSize SizingVisitor::SizedFolder::size() const
     return {.bytes = bytes,
             .unread = unread.load(),
             .countedAgain = countedAgain.load(),
+            .files = files.load(),
+            .largestFile = largestFile.load(),
+            .largestFolder = largestFolder.load(),
+            .newest = newest.load(),
             .hasUnreadItems = hasUnreadItems.load(),
             .isUnreadable = cause.has_value() && bytes == 0};
 }
 
+namespace {
+
+template <class Number>
+void raise(std::atomic<Number>& number, Number least)
+{
+    Number known = number.load(std::memory_order_relaxed);
+    while (known < least && !number.compare_exchange_weak(known, least, std::memory_order_relaxed)) {
+    }
+}
+
+} // namespace
+
 void SizingVisitor::SizedFolder::add(const FolderSize& child)
 {
-    addChecked(total, child.bytes);
-    if (child.unread > 0) {
-        unread.fetch_add(child.unread, std::memory_order_relaxed);
+    sum(child);
+    raise(largestFolder, child.bytes);
+}
+
+void SizingVisitor::SizedFolder::addItems(const FolderSize& items)
+{
+    sum(items);
+    raise(largestFile, items.largestFile);
+}
+
+void SizingVisitor::SizedFolder::sum(const FolderSize& part)
+{
+    addChecked(total, part.bytes);
+    files.fetch_add(part.files, std::memory_order_relaxed);
+    raise(newest, part.newest);
+    if (part.unread > 0) {
+        unread.fetch_add(part.unread, std::memory_order_relaxed);
     }
-    if (child.countedAgain > 0) {
-        addChecked(countedAgain, child.countedAgain);
+    if (part.countedAgain > 0) {
+        addChecked(countedAgain, part.countedAgain);
     }
-    if (child.hasUnreadItems) {
+    if (part.hasUnreadItems) {
         hasUnreadItems = true;
     }
 }
@@ -45,7 +76,7 @@ void SizingVisitor::unreadable(TreeWalk::Folder& folder, const SystemError& erro
     sized.unread.fetch_add(1, std::memory_order_relaxed);
 }
 
-std::int64_t SizingVisitor::keepUnread(const SizedFolder& folder, std::span<const TreeWalk::Child> children)
+void SizingVisitor::keepUnread(const SizedFolder& folder, std::span<const TreeWalk::Child> children)
 {
     std::vector<SizeCache::UnreadItem> items;
     for (const TreeWalk::Child& child : children) {
@@ -56,7 +87,6 @@ std::int64_t SizingVisitor::keepUnread(const SizedFolder& folder, std::span<cons
     if (!items.empty()) {
         m_cache.noteUnread(folder.place, items);
     }
-    return std::ssize(items);
 }
 
 void SizingVisitor::countShared(SizedFolder& folder, std::span<const TreeWalk::Child> children)
@@ -92,19 +122,11 @@ void SizingVisitor::meet(SizedFolder& folder, const FileAttributes& file, std::s
 void SizingVisitor::visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children)
 {
     auto& sized = static_cast<SizedFolder&>(folder);
-    std::int64_t total = 0;
-    for (const TreeWalk::Child& child : children) {
-        if (!child.isFolder() && child.attributes != nullptr) {
-            total = checkedSum(total, child.attributes->allocatedBytes);
-        }
-    }
-    addChecked(sized.total, total);
+    sized.addItems(sizeOfItems(children));
     countShared(sized, children);
     lookUpFolders(sized, children,
                   [&sized](const TreeWalk::Child&, const FolderSize& known) { sized.add(known); });
-    if (const std::int64_t unread = keepUnread(sized, children); unread > 0) {
-        sized.add({.unread = unread, .hasUnreadItems = true});
-    }
+    keepUnread(sized, children);
 }
 
 std::unique_ptr<TreeWalk::Folder> SizingVisitor::descendInto(TreeWalk::Folder& parent,

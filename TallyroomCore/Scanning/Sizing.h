@@ -16,14 +16,24 @@ public:
         std::atomic<std::int64_t> total = 0;
         std::atomic<std::int64_t> unread = 0;
         std::atomic<std::int64_t> countedAgain = 0;
+        std::atomic<std::int64_t> files = 0;
+        std::atomic<std::int64_t> largestFile = 0;
+        std::atomic<std::int64_t> largestFolder = 0;
+        std::atomic<std::uint32_t> newest = 0;
         std::atomic<bool> hasUnreadItems = false;
         std::optional<SystemError> cause; ///< why it could not be listed
         SizeCache::Place place;
 
         [[nodiscard]] FolderSize size() const;
 
-        /// Takes in what is known of a folder in it. Any thread; an overflow ends the process.
+        /// Takes in what is known of a folder that lies in it. Any thread; an overflow ends the process.
         void add(const FolderSize& child);
+
+        /// Takes in items that lie directly in it and are no folders.
+        void addItems(const FolderSize& items);
+
+    private:
+        void sum(const FolderSize& part);
     };
 
     /// `cache` knows totals and takes new ones.
@@ -46,8 +56,8 @@ protected:
     template <class Know>
     void lookUpFolders(const SizedFolder& folder, std::span<TreeWalk::Child> children, Know know);
 
-    /// Keeps which children could not be examined, and returns how many there are.
-    std::int64_t keepUnread(const SizedFolder& folder, std::span<const TreeWalk::Child> children);
+    /// Keeps which children could not be examined.
+    void keepUnread(const SizedFolder& folder, std::span<const TreeWalk::Child> children);
 
     /// A folder's total is complete.
     virtual void measured(SizedFolder& folder, const FolderSize& size) = 0;

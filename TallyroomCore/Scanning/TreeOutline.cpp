@@ -71,6 +71,10 @@ public:
     struct OutlinedFolder : TreeWalk::Folder {
         OutlineTree::Place outlined = 0;
         SizeCache::Place place;
+        /// None of its files can be told: only its folders are looked at, and what is left of its total is
+        /// theirs.
+        bool hasSmallFilesOnly = false;
+        std::atomic<std::int64_t> bytesInFolders = 0;
         std::int64_t bytes = 0; ///< as far as they are known
     };
 
@@ -78,9 +82,11 @@ public:
 
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& folder) const override
     {
-        const bool isLarge =
-            folder.isRoot() || m_tree->mayTell(static_cast<const OutlinedFolder&>(folder).bytes);
-        return {isLarge ? TreeWalk::Attributes::everything : TreeWalk::Attributes::none, folder.isRoot()};
+        const auto& outlined = static_cast<const OutlinedFolder&>(folder);
+        const bool looksAtFiles =
+            !outlined.hasSmallFilesOnly && (folder.isRoot() || m_tree->mayTell(outlined.bytes));
+        return {looksAtFiles ? TreeWalk::Attributes::filesAndLinks : TreeWalk::Attributes::none,
+                folder.isRoot()};
     }
 
     void unreadable(TreeWalk::Folder& folder, const SystemError& error) override
@@ -98,8 +104,10 @@ public:
         root.place = cache.place(m_url);
         OutlineTree::Item item{
             {.url = m_url, .name = std::string{m_url.lastPathComponent()}, .isDirectory = true}};
+        std::optional<std::int64_t> largestFile;
         if (const auto known = cache.find(m_url)) {
             known->applyTo(item.entry);
+            largestFile = known->largestFile;
         } else if (!m_unread) {
             m_knownBelow = cache.knownBelow(root.place);
             item.entry.sizeBytes = knownBelow(root.place);
@@ -117,6 +125,7 @@ public:
         const Detail& detail = m_reading->detail;
         m_tree = std::make_unique<OutlineTree>(
             std::move(item), detail.leastShare * static_cast<double>(root.bytes), detail.mostNodes);
+        root.hasSmallFilesOnly = largestFile && !m_tree->mayTell(*largestFile);
     }
 
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
@@ -136,7 +145,9 @@ public:
         folder->outlined = static_cast<OutlineTree::Place>(child.mark >> 32U);
         folder->place = {static_cast<OutlinedFolder&>(parent).place.epoch,
                          static_cast<std::uint32_t>(child.mark)};
-        folder->bytes = m_tree->bytes(folder->outlined);
+        const auto known = SizeCache::shared().find(folder->place);
+        folder->bytes = known ? known->bytes : knownBelow(folder->place);
+        folder->hasSmallFilesOnly = known && !m_tree->mayTell(known->largestFile);
         return folder;
     }
 
@@ -144,7 +155,10 @@ public:
     {
         const auto& outlined = static_cast<OutlinedFolder&>(folder);
         if (whole && (folder.isRoot() || m_tree->mayTell(outlined.bytes))) {
-            m_tree->complete(outlined.outlined);
+            m_tree->complete(outlined.outlined,
+                             outlined.hasSmallFilesOnly
+                                 ? std::max<std::int64_t>(outlined.bytes - outlined.bytesInFolders, 0)
+                                 : 0);
         }
     }
 
@@ -154,9 +168,8 @@ public:
         if (stopped) {
             return;
         }
-        const bool measures = reading.detail.unknown == Unknown::measured && !m_unknown.empty() &&
-                              reading.measurings < mostMeasurings;
-        reading.sender.send(record(m_unknown.empty()));
+        const bool measures = !m_unknown.empty() && reading.measurings < mostMeasurings;
+        reading.sender.send(record(!m_hasUnknown));
         if (measures) {
             MissingTotals::measure(std::move(reading), m_unknown);
         }
@@ -197,7 +210,7 @@ private:
         auto answer = folders.cbegin();
         for (const TreeWalk::Child& child : children) {
             if (!child.isFolder()) {
-                answers.push_back({itemSize(child), 0, false});
+                answers.push_back({sizeOfItem(child), 0, false});
                 continue;
             }
             const bool isPending = !answer->size;
@@ -211,31 +224,53 @@ private:
         return answers;
     }
 
+    [[nodiscard]] bool hasLargeParts(const Known& folder) const
+    {
+        return folder.isPending
+                   ? folder.size.bytes > 0
+                   : m_tree->mayTell(folder.size.largestFile) || m_tree->mayTell(folder.size.largestFolder);
+    }
+
     void noteUnknown(const FileUrl& url)
     {
         const std::scoped_lock lock{m_mutex};
-        m_unknown.push_back(url);
+        m_hasUnknown = true;
+        if (m_reading->detail.unknown == Unknown::measured) {
+            m_unknown.push_back(url);
+        }
     }
 
-    void add(const OutlinedFolder& folder, std::span<TreeWalk::Child> children,
-             const std::vector<Known>& known)
+    void add(OutlinedFolder& folder, std::span<TreeWalk::Child> children, const std::vector<Known>& known)
     {
         const FileUrl url = folder.url();
         const ScanRoot& scanRoot = folder.scanRoot();
         std::vector<OutlineTree::Item> items;
         OutlineTree::Rest rest;
+        std::int64_t bytesInFolders = 0;
         for (std::size_t i = 0; i < children.size(); ++i) {
             TreeWalk::Child& child = children[i];
+            if (!child.isFolder() && folder.hasSmallFilesOnly) {
+                ++rest.count;
+                continue;
+            }
             const std::int64_t bytes = known[i].size.bytes;
+            bytesInFolders = saturatedSum(bytesInFolders, child.isFolder() ? bytes : 0);
             if (!m_tree->mayTell(bytes)) {
                 rest.bytes = saturatedSum(rest.bytes, bytes);
                 ++rest.count;
                 continue;
             }
-            child.descend = child.isFolder() && bytes > 0;
+            child.descend = child.isFolder() && hasLargeParts(known[i]);
             child.mark = items.size();
+            FileAttributes attributes;
+            if (const auto read = child.isFolder() ? fileAttributes(folder.descriptor(), child.name.data())
+                                                   : std::unexpected(SystemError{})) {
+                attributes = *read;
+                child.attributes = &attributes;
+            }
             items.push_back({listedEntry(url, child, known[i].size, scanRoot), known[i].isPending});
         }
+        folder.bytesInFolders.fetch_add(bytesInFolders);
         const std::uint64_t first = m_tree->add(folder.outlined, std::move(items), rest);
         for (std::size_t i = 0; i < children.size(); ++i) {
             children[i].mark = ((first + children[i].mark) << 32U) | known[i].record;
@@ -265,7 +300,8 @@ private:
     std::mutex m_reporting;
     Clock::time_point m_nextReport = Clock::now() + interval; ///< guarded by m_reporting
     std::mutex m_mutex;
-    std::vector<FileUrl> m_unknown; ///< guarded by m_mutex until finish
+    bool m_hasUnknown = false;      ///< guarded by m_mutex until finish
+    std::vector<FileUrl> m_unknown; ///< likewise; those that are to be measured
 };
 
 void list(Reading reading)

@@ -20,11 +20,12 @@ struct Outline {
         /// A folder's children follow each other in `nodes`, larger first, equal sizes by name.
         std::uint32_t firstChild = 0;
         std::uint32_t childCount = 0;
-        /// The children that are too small to be told one by one: how many, and their sizes' sum. With the
-        /// children's own sizes it is the folder's size.
+        /// Of an expanded folder: the children that are too small to be told one by one: how many, and their
+        /// sizes' sum. With the children's own sizes it is the folder's size.
         std::int64_t restBytes = 0;
         std::uint32_t restCount = 0;
-        /// False for a folder whose children are not told, since it is too small itself or not listed yet.
+        /// False for a folder none of whose children is told: all are too small, or it is not listed yet. It
+        /// has no rest.
         bool isExpanded = false;
         /// A folder that is still being measured.
         bool isPending = false;
