@@ -1,7 +1,5 @@
 #include "Deletion/RemovedPlaces.h"
 
-#include <bit>
-
 namespace tallyroom {
 
 void RemovedPlaces::add(const std::vector<Entry>& items)
@@ -9,7 +7,7 @@ void RemovedPlaces::add(const std::vector<Entry>& items)
     for (const Entry& item : items) {
         const std::string_view place = m_places.of(item);
         m_items.emplace(place);
-        m_nameHashes.push_back(TextHash{}(item.name));
+        m_nameMarks.push_back(markOf(item.name));
         if (item.isDirectory) {
             m_folders.emplace(place);
         }
@@ -21,9 +19,9 @@ void RemovedPlaces::add(const std::vector<Entry>& items)
 void RemovedPlaces::markNames()
 {
     constexpr std::size_t marksAnItem = 16;
-    m_marks.assign(std::bit_ceil(m_nameHashes.size()) * marksAnItem, false);
-    for (const std::size_t hash : m_nameHashes) {
-        m_marks[hash & (m_marks.size() - 1)] = true;
+    m_marks.assign(std::bit_ceil(m_nameMarks.size()) * marksAnItem, false);
+    for (const std::size_t mark : m_nameMarks) {
+        m_marks[mark & (m_marks.size() - 1)] = true;
     }
 }
 

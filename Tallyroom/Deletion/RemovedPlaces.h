@@ -3,7 +3,11 @@
 #include "Deletion/EntryPlaces.h"
 #include "Model/EntryList.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -32,7 +36,7 @@ public:
     /// Whether `entry` is one of them.
     [[nodiscard]] bool contains(const Entry& entry) const
     {
-        return !m_items.empty() && m_marks[TextHash{}(entry.name) & (m_marks.size() - 1)] &&
+        return !m_items.empty() && m_marks[markOf(entry.name) & (m_marks.size() - 1)] &&
                m_items.contains(m_places.of(entry));
     }
 
@@ -56,16 +60,31 @@ private:
 
     using Paths = std::unordered_set<std::string, TextHash, std::equal_to<>>;
 
+    /// A hash of the length and the ends of a name: of a long list each name is looked at.
+    [[nodiscard]] static std::size_t markOf(std::string_view name) noexcept;
+
     void markNames();
     [[nodiscard]] bool isBelowFolder(std::string_view path) const;
 
     Paths m_items;
-    std::vector<std::size_t> m_nameHashes; // of their names, and of some that are no longer among them
+    std::vector<std::size_t> m_nameMarks; // of their names, and of some that are no longer among them
     std::vector<bool> m_marks; // the same, each a bit: most entries of a long list need not be looked up
     Paths m_folders;           // those of the items that are folders
     mutable EntryPlaces m_places;
     mutable std::string m_lastParent;
     mutable bool m_isLastParentCovered = false;
 };
+
+inline std::size_t RemovedPlaces::markOf(std::string_view name) noexcept
+{
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    const std::size_t length = std::min(name.size(), sizeof first);
+    std::memcpy(&first, name.data(), length);
+    std::memcpy(&last, name.data() + name.size() - length, length);
+    constexpr std::uint64_t factor = 0x9E37'79B9'7F4A'7C15; // 2^64 by the golden ratio: Knuth's multiplier
+    const std::uint64_t product = (first ^ std::rotl(last, 23) ^ name.size()) * factor;
+    return product >> 32U;
+}
 
 } // namespace tallyroom

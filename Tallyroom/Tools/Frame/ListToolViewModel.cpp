@@ -109,7 +109,7 @@ void ListToolViewModel::startScan(PropertyUpdate& update)
     m_taken = {};
     m_takenAlong = {};
     m_restored = {};
-    m_unmeasured.clear();
+    m_changedFolders.clear();
     m_measuring.reset();
     m_unread.reset();
     m_unreadPlaces.reset();
@@ -193,25 +193,24 @@ void ListToolViewModel::putBack(PropertyUpdate& update, const std::vector<Entry>
 
 void ListToolViewModel::measureAgain(const UrlSet& folders)
 {
-    EntryPlaces places;
-    for (const Entry& entry : m_entries) {
-        if (entry.isDirectory && folders.contains(FileUrl{std::string{places.of(entry)}})) {
-            m_unmeasured.insert(entry.url);
-        }
-    }
+    m_changedFolders.insert(folders.begin(), folders.end());
     startMeasuring();
 }
 
-/// Apart, since a folder may be large; after a running scan, which may have measured it too early.
+/// Apart, since a list may be long and a folder large; after a running scan, which may have measured it too
+/// early.
 void ListToolViewModel::startMeasuring()
 {
-    if (m_unmeasured.empty() || m_pump != nullptr) {
+    if (m_changedFolders.empty() || m_pump != nullptr) {
         return;
     }
-    const auto measure = [folders = m_unmeasured] {
+    const auto measure = [entries = m_entries, folders = m_changedFolders] {
         Sizes sizes;
-        for (const FileUrl& folder : folders) {
-            sizes[folder] = FileScanner::measure(folder);
+        EntryPlaces places;
+        for (const Entry& entry : entries) {
+            if (entry.isDirectory && folders.contains(FileUrl{std::string{places.of(entry)}})) {
+                sizes[entry.url] = FileScanner::measure(entry.url);
+            }
         }
         return sizes;
     };
@@ -221,7 +220,10 @@ void ListToolViewModel::startMeasuring()
 
 void ListToolViewModel::showSizes(const Sizes& sizes)
 {
-    m_unmeasured.clear();
+    m_changedFolders.clear();
+    if (sizes.empty()) {
+        return;
+    }
     const auto [folders, others] = m_entries.parted(
         [&sizes](const Entry& entry) { return entry.isDirectory && sizes.contains(entry.url); });
     std::vector<Entry> measured = folders.toVector();

@@ -123,7 +123,7 @@ private:
     RemovedPlaces m_removed; // deleted meanwhile: the scan may still report them
     EntryList m_restored;    // put back meanwhile: the scan may have passed them by
     std::unique_ptr<StreamPump<ScanProgress>> m_pump;
-    UrlSet m_unmeasured; // listed folders whose size has changed
+    UrlSet m_changedFolders; // those listed among them are to be measured again
     std::unique_ptr<StreamPump<Sizes>> m_measuring;
 };
 
