@@ -3,6 +3,7 @@
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
+#include "Text/UnreadText.h"
 
 #include <QStringList>
 
@@ -86,6 +87,32 @@ QString unanswered(std::int64_t count, bool mayStillAnswer)
     }
     return NumberText::plural(count, QStringLiteral("volume ne répond pas."),
                               QStringLiteral("volumes ne répondent pas."));
+}
+
+QString account(const VolumeAccount& account, const SharedUnreadPlaces& unread)
+{
+    QStringList causes;
+    if (unread != nullptr) {
+        causes << UnreadText::count(unread);
+    }
+    if (account.skipped > 0) {
+        causes << NumberText::plural(account.skipped, QStringLiteral("dossier de versions non ouvert"),
+                                     QStringLiteral("dossiers de versions non ouverts"));
+    }
+    causes << QStringLiteral("fichiers supprimés encore ouverts…");
+    QStringList parts{QStringLiteral("Utilisés sur le volume\u00a0: ") + size(account.used),
+                      QStringLiteral("analysés\u00a0: ") + size(account.found)};
+    if (account.reserved > 0) {
+        parts << QStringLiteral("réservés au système\u00a0: ") + size(account.reserved);
+    }
+    if (account.missing() > 0) {
+        parts << QStringLiteral("hors de portée\u00a0: %1 (%2)")
+                     .arg(size(account.missing()), causes.join(QStringLiteral(", ")));
+    }
+    if (account.elsewhere > 0) {
+        parts << QStringLiteral("en plus, sous d’autres points de montage\u00a0: ") + size(account.elsewhere);
+    }
+    return parts.join(QStringLiteral(" · "));
 }
 
 } // namespace tallyroom::VolumeText

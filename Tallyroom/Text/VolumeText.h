@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FileSystem/UnreadPlaces.h"
+#include "Kinds/VolumeAccount.h"
 #include "Volumes/VolumeUsage.h"
 
 #include <QString>
@@ -37,6 +39,11 @@ inline constexpr double nearlyFull = 0.9;
 
 /// "2 volumes ne répondent pas."; milder while they still may. Empty for none.
 [[nodiscard]] QString unanswered(std::int64_t count, bool mayStillAnswer);
+
+/// "Utilisés sur le volume : 26 Go · analysés : 24,1 Go · réservés au système : 1,3 Go · hors de portée :
+/// 0,6 Go (12 dossiers illisibles…)": why a volume holds more, or less, than its top folder; parts of
+/// 0 bytes are left out.
+[[nodiscard]] QString account(const VolumeAccount& account, const SharedUnreadPlaces& unread);
 
 } // namespace VolumeText
 

@@ -3,6 +3,7 @@
 #include "Concurrency/LastRecord.h"
 #include "FileSystem/AttentiveVisitor.h"
 #include "FileSystem/PrunedFolders.h"
+#include "Kinds/VolumeAudit.h"
 #include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
@@ -64,14 +65,21 @@ class AnalysisVisitor final : public AttentiveVisitor {
 public:
     explicit AnalysisVisitor(ProgressSender<FolderAnalyzer::Progress> sender) : m_sender(std::move(sender)) {}
 
-    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const override
+    [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& folder) const override
     {
-        return {TreeWalk::Attributes::files, false};
+        const bool isAudited = folder.isRoot() ? VolumeAudit::isTop(folder) : m_audit != nullptr;
+        return {isAudited ? TreeWalk::Attributes::everything : TreeWalk::Attributes::files, false};
     }
 
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
     {
         noteUnread(folder, children);
+        if (folder.isRoot()) {
+            std::call_once(m_begun, [&] { m_audit = VolumeAudit::of(folder); });
+        }
+        if (m_audit != nullptr) {
+            m_audit->add(folder, children);
+        }
         Tally batch;
         for (TreeWalk::Child& child : children) {
             if (child.isFolder()) {
@@ -85,11 +93,18 @@ public:
         }
     }
 
+    void leave(TreeWalk::Folder& folder, bool whole) override
+    {
+        if (folder.isRoot() && whole && m_audit != nullptr) {
+            m_account = m_audit->close(folder);
+        }
+    }
+
     /// After a stop too: a stream that was cancelled drops the record.
     void finish(bool /*stopped*/) override
     {
         m_sender->send({m_tally.files(), m_tally.summary(), FolderAnalyzer::Progress::Phase::done,
-                        unreadRoot(), unreadPlaces()});
+                        unreadRoot(), unreadPlaces(), m_account});
         m_sender.reset();
     }
 
@@ -109,6 +124,9 @@ private:
     }
 
     std::optional<ProgressSender<FolderAnalyzer::Progress>> m_sender;
+    std::once_flag m_begun;
+    std::unique_ptr<VolumeAudit> m_audit; // of a volume's top; from the root's first visit on
+    std::optional<VolumeAccount> m_account;
     std::mutex m_mutex;
     Tally m_tally; // guarded by m_mutex until finish
 };

@@ -2,6 +2,7 @@
 
 #include "Concurrency/ProgressStream.h"
 #include "FileSystem/UnreadPlaces.h"
+#include "Kinds/VolumeAccount.h"
 #include "Model/FileKind.h"
 #include "Model/FileUrl.h"
 
@@ -53,6 +54,8 @@ struct Progress {
     std::optional<SystemError> unread = {};
     /// What could not be read; null when all was, and but for the last record. Not a part of equality.
     SharedUnreadPlaces unreadPlaces = {};
+    /// Of a folder that is the top of a volume; in the last record only. Not a part of equality.
+    std::optional<VolumeAccount> volume = {};
 
     friend bool operator==(const Progress& left, const Progress& right)
     {

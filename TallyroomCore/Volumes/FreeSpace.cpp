@@ -4,25 +4,11 @@
 #include "FileSystem/FolderReader.h"
 #include "Model/CheckedArithmetic.h"
 #include "Model/UrlSet.h"
+#include "Volumes/VolumeFigures.h"
 
-#include <sys/statvfs.h>
 #include <utility>
 
 namespace tallyroom {
-
-namespace {
-
-std::optional<std::int64_t> freeBytes(int folder)
-{
-    struct statvfs volume = {};
-    if (::fstatvfs(folder, &volume) != 0) {
-        return std::nullopt;
-    }
-    return saturatedProduct(static_cast<std::int64_t>(volume.f_bfree),
-                            static_cast<std::int64_t>(volume.f_frsize));
-}
-
-} // namespace
 
 void FreeSpace::note(const std::vector<Entry>& entries)
 {
@@ -34,7 +20,7 @@ void FreeSpace::note(const std::vector<Entry>& entries)
         auto folder = openFolder(url, FolderAccess::throughOnly);
         const auto attributes = folder ? fileAttributes(folder->get()) : std::unexpected(folder.error());
         if (attributes && !m_volumes.contains(attributes->device)) {
-            const auto free = freeBytes(folder->get());
+            const auto free = volumeFigures(folder->get()).free;
             m_volumes.emplace(attributes->device, Volume{std::move(*folder), free});
         }
     }
@@ -44,7 +30,7 @@ std::optional<std::int64_t> FreeSpace::gained() const
 {
     std::int64_t sum = 0;
     for (const auto& [device, volume] : m_volumes) {
-        const auto now = freeBytes(volume.folder.get());
+        const auto now = volumeFigures(volume.folder.get()).free;
         if (!now || !volume.free) {
             return std::nullopt;
         }

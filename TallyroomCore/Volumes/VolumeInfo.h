@@ -4,6 +4,7 @@
 #include "Concurrency/ProgressStream.h"
 #include "FileSystem/MountTable.h"
 #include "Volumes/DeviceTraits.h"
+#include "Volumes/VolumeFigures.h"
 #include "Volumes/VolumeUsage.h"
 
 #include <chrono>
@@ -14,14 +15,6 @@
 #include <vector>
 
 namespace tallyroom {
-
-/// The capacity of a file system in bytes (statvfs(3)).
-struct VolumeFigures {
-    std::optional<std::int64_t> total;
-    std::optional<std::int64_t> available; ///< to people who are not root
-
-    friend bool operator==(const VolumeFigures&, const VolumeFigures&) = default;
-};
 
 /// Data sources of VolumeInfo; replaceable in tests. Called on many threads.
 struct VolumeSources {

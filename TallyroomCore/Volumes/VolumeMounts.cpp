@@ -42,13 +42,6 @@ bool beginsWithOneOf(const std::array<std::string_view, count>& beginnings, std:
                                [text](std::string_view beginning) { return text.starts_with(beginning); });
 }
 
-/// True for a part of a file system that is mounted a second time. A subvolume does not count, though its
-/// root is not "/".
-bool isBindMount(const Mount& mount)
-{
-    return mount.root != "/" && (mount.type != "btrfs" || mount.root != mount.subvolume);
-}
-
 bool isDisk(const Mount& mount)
 {
     if (mount.type == "zfs") {
@@ -89,8 +82,7 @@ MountClass classOf(const Mount& mount)
     }
     const bool isEfi = mount.type == "vfat" && contains(efiFolders, mount.mountPoint);
     const bool isPrivate = beginsWithOneOf(privateFolders, mount.mountPoint);
-    return isDisk(mount) && !isBindMount(mount) && !isEfi && !isPrivate ? MountClass::disk
-                                                                        : MountClass::hidden;
+    return isDisk(mount) && showsAll(mount) && !isEfi && !isPrivate ? MountClass::disk : MountClass::hidden;
 }
 
 std::vector<Mount> listed(const std::vector<Mount>& mounts)
@@ -113,6 +105,11 @@ std::vector<Mount> listed(const std::vector<Mount>& mounts)
         }
     }
     return result;
+}
+
+bool showsAll(const Mount& mount)
+{
+    return mount.root == "/" || (mount.type == "btrfs" && mount.root == mount.subvolume);
 }
 
 bool isSameVolume(const Mount& left, const Mount& right)

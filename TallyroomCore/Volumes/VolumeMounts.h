@@ -24,6 +24,10 @@ namespace VolumeMounts {
 /// with the shortest mount point, else the first.
 [[nodiscard]] std::vector<Mount> listed(const std::vector<Mount>& mounts);
 
+/// False for a part of a file system that is mounted a second time (a bind mount). A subvolume is no such
+/// part, though its root is not "/".
+[[nodiscard]] bool showsAll(const Mount& mount);
+
 /// True when both show one device, and so have the same figures.
 [[nodiscard]] bool isSameVolume(const Mount& left, const Mount& right);
 

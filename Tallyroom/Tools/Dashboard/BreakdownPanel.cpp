@@ -7,6 +7,7 @@
 #include "Text/KindText.h"
 #include "Text/NumberText.h"
 #include "Text/UnreadText.h"
+#include "Text/VolumeText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 #include "Tools/Dashboard/DashboardViewModel.h"
@@ -47,8 +48,8 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
       m_error(new QWidget), m_errorSymbol(new QLabel), m_errorText(plainLabel(Theme::Text::body)),
       m_progress(new QWidget), m_scanned(plainLabel(Theme::Text::secondary)), m_kinds(new QWidget),
       m_bar(new KindBar), m_total(new LinkedLabel), m_rows(new QVBoxLayout),
-      m_message(plainLabel(Theme::Text::secondary)), m_recentsPlace(new QWidget),
-      m_recents(new RecentFolderList)
+      m_account(plainLabel(Theme::Text::secondary)), m_message(plainLabel(Theme::Text::secondary)),
+      m_recentsPlace(new QWidget), m_recents(new RecentFolderList)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(partsPatience);
@@ -166,6 +167,8 @@ QWidget* BreakdownPanel::makeKinds()
     column->addWidget(m_bar);
     column->addWidget(m_total);
     column->addLayout(m_rows);
+    m_account->setWordWrap(true);
+    column->addWidget(m_account);
     return m_kinds;
 }
 
@@ -211,6 +214,10 @@ void BreakdownPanel::showKinds()
         return;
     }
     m_total->setContent(KindText::total(*summary), UnreadText::count(m_dashboard.analysisEnd().unreadPlaces));
+    const std::optional<VolumeAccount>& account = m_dashboard.volumeAccount();
+    m_account->setVisible(account.has_value());
+    m_account->setText(account ? VolumeText::account(*account, m_dashboard.analysisEnd().unreadPlaces)
+                               : QString{});
     std::vector<KindShare> kinds;
     for (const CategorySize& category : summary->categories) {
         kinds.push_back({category, m_dashboard.fraction(category)});

@@ -56,6 +56,7 @@ private:
     KindBar* m_bar;
     LinkedLabel* m_total;
     QVBoxLayout* m_rows;
+    QLabel* m_account;
     QLabel* m_message;
     QWidget* m_recentsPlace;
     RecentFolderList* m_recents;

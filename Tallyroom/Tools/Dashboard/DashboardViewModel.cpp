@@ -120,6 +120,7 @@ void DashboardViewModel::analyze(FileUrl folder)
     m_analysisEnd = {};
     m_unread.reset();
     m_unreadPlaces.reset();
+    m_volumeAccount.reset();
     PropertyUpdate update{this};
     update.assign(m_analyzedFolder, FileUrlText::display(folder.lastPathComponent()),
                   &DashboardViewModel::analyzedFolderChanged);
@@ -137,6 +138,7 @@ void DashboardViewModel::receive(const FolderAnalyzer::Progress& record)
 {
     m_unread = record.unread;
     m_unreadPlaces = record.unreadPlaces;
+    m_volumeAccount = record.volume;
     PropertyUpdate update{this};
     update.assign(m_analysisScanned, record.scanned, &DashboardViewModel::analysisScannedChanged);
     if (record.summary) {

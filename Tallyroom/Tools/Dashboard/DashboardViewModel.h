@@ -78,6 +78,9 @@ public:
     /// The last breakdown; nothing until a walk has come to its end.
     [[nodiscard]] const std::optional<FolderSummary>& summary() const { return m_summary; }
 
+    /// The account of the volume whose top was analysed; changes with `analysisState` only.
+    [[nodiscard]] const std::optional<VolumeAccount>& volumeAccount() const { return m_volumeAccount; }
+
     /// The files that the running breakdown has counted.
     [[nodiscard]] std::int64_t analysisScanned() const { return m_analysisScanned; }
 
@@ -140,6 +143,7 @@ private:
     ScanEnd m_analysisEnd;
     std::optional<SystemError> m_unread; // of the running breakdown, as what follows
     SharedUnreadPlaces m_unreadPlaces;
+    std::optional<VolumeAccount> m_volumeAccount;
     std::optional<FolderSummary> m_summary;
     std::int64_t m_analysisScanned = 0;
     QString m_analyzedFolder;
