@@ -2,6 +2,8 @@
 
 #include "Model/CheckedArithmetic.h"
 
+#include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 namespace tallyroom {
@@ -38,6 +40,7 @@ void Selection::follow(const EntryList& entries, PositionSet shown, std::int64_t
             known = moveChecks(earlier);
         }
         m_isSearchDue = m_absent != nullptr;
+        findDeeper();
     }
     if (m_isSearchDue && (!found || found->absent == m_absent)) {
         m_checked |= (found ? found->positions : m_absent->foundIn(m_entries)) - known;
@@ -72,12 +75,51 @@ PositionSet Selection::moveChecks(const EntryList& earlier)
     return {};
 }
 
+/// What lies below an entry that the list lacks by now is not on show any more.
+void Selection::findDeeper()
+{
+    if (m_deeper.empty()) {
+        return;
+    }
+    std::unordered_map<FileUrl, std::uint32_t> positions;
+    for (const auto& [url, deeper] : m_deeper) {
+        positions.emplace(deeper.listed, static_cast<std::uint32_t>(m_entries.size()));
+    }
+    for (std::uint32_t position = 0; position < m_entries.size(); ++position) {
+        if (const auto found = positions.find(m_entries[position].url); found != positions.end()) {
+            found->second = position;
+        }
+    }
+    for (auto& [url, deeper] : m_deeper) {
+        deeper.position = positions.at(deeper.listed);
+    }
+    std::erase_if(m_deeper, [this](const auto& one) { return one.second.position == m_entries.size(); });
+}
+
+/// What lies below something that is checked goes along with it.
+void Selection::dropCovered()
+{
+    std::erase_if(m_deeper, [this](const auto& one) {
+        return m_checked.contains(one.second.position) ||
+               std::ranges::any_of(m_deeper, [&one](const auto& other) {
+                   return other.first != one.first && isWithin(one.first.path(), other.first.path());
+               });
+    });
+}
+
 void Selection::recount()
 {
+    dropCovered();
     const PositionSet checked = m_checked & m_shown;
     m_count = checked.count();
     // The fewer sizes are looked up: all of a long list but one costs as little as one.
     m_bytes = m_count <= m_shownCount / 2 ? sum(checked) : m_shownBytes - sum(m_shown - m_checked);
+    for (const auto& [url, deeper] : m_deeper) {
+        if (m_shown.contains(deeper.position)) {
+            ++m_count;
+            m_bytes = checkedSum(m_bytes, deeper.entry.sizeBytes);
+        }
+    }
 }
 
 std::int64_t Selection::sum(const PositionSet& positions) const
@@ -93,6 +135,11 @@ std::vector<Entry> Selection::checkedEntries() const
     std::vector<Entry> checked;
     checked.reserve(m_count);
     (m_checked & m_shown).forEach([&](std::uint32_t position) { checked.push_back(m_entries[position]); });
+    for (const auto& [url, deeper] : m_deeper) {
+        if (m_shown.contains(deeper.position)) {
+            checked.push_back(deeper.entry);
+        }
+    }
     return checked;
 }
 
@@ -122,6 +169,44 @@ void Selection::toggle(const FileUrl& url)
     }
 }
 
+void Selection::toggle(const Entry& entry)
+{
+    for (std::uint32_t position = 0; position < m_entries.size(); ++position) {
+        const FileUrl& listed = m_entries[position].url;
+        if (listed == entry.url) {
+            toggle(position);
+            return;
+        }
+        if (isWithin(entry.url.path(), listed.path())) {
+            toggleBelow(position, entry);
+            return;
+        }
+    }
+}
+
+void Selection::toggleBelow(std::uint32_t position, const Entry& entry)
+{
+    const bool isCovered = contains(position) || std::ranges::any_of(m_deeper, [&entry](const auto& one) {
+                               return one.first != entry.url && isWithin(entry.url.path(), one.first.path());
+                           });
+    if (isCovered) {
+        return;
+    }
+    if (m_deeper.erase(entry.url) == 0) {
+        m_deeper.emplace(entry.url, Deeper{entry, m_entries[position].url, position});
+    }
+    recount();
+    Q_EMIT changed(std::nullopt);
+}
+
+void Selection::keepDeeper(const std::function<bool(const FileUrl& url)>& isShown)
+{
+    if (std::erase_if(m_deeper, [&](const auto& one) { return !isShown(one.first); }) > 0) {
+        recount();
+        Q_EMIT changed(std::nullopt);
+    }
+}
+
 void Selection::assign(const PositionSet& among, const PositionSet& checked)
 {
     m_checked -= among;
@@ -146,6 +231,7 @@ void Selection::setUrls(const UrlSet& urls)
     m_absent = urls.empty() ? nullptr : std::make_shared<const AbsentChecks>(urls);
     m_checked = urls.empty() ? PositionSet{} : m_absent->foundIn(m_entries);
     m_isSearchDue = false;
+    m_deeper.clear();
     recount();
     Q_EMIT changed(std::nullopt);
 }

@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <functional>
+#include <map>
 #include <optional>
 
 namespace tallyroom {
@@ -54,12 +55,13 @@ public:
     /// Those of `positions` that are checked.
     [[nodiscard]] PositionSet checkedOf(const PositionSet& positions) const { return m_checked & positions; }
 
-    /// How many shown entries are checked, and the sum of their sizes in bytes.
+    /// How many entries are checked that are shown or lie below shown ones, and the sum of their sizes in
+    /// bytes.
     [[nodiscard]] std::size_t count() const { return m_count; }
 
     [[nodiscard]] std::int64_t bytes() const { return m_bytes; }
 
-    /// The shown entries that are checked, in the order of the list.
+    /// The same entries, in the order of the list, then those below by path.
     [[nodiscard]] std::vector<Entry> checkedEntries() const;
 
     /// The locations of all checked entries in the list, hidden ones included.
@@ -69,6 +71,19 @@ public:
 
     /// The same for an entry known by its location. O(n).
     void toggle(const FileUrl& url);
+
+    /// The same for an entry that may lie below a listed folder, and is then kept itself, as it was seen;
+    /// below a checked one nothing changes. A check takes the place of all checks below it, so that nothing
+    /// counts twice. O(n).
+    void toggle(const Entry& entry);
+
+    /// Whether an entry below a listed one is checked by itself.
+    [[nodiscard]] bool containsDeeper(const FileUrl& url) const { return m_deeper.contains(url); }
+
+    [[nodiscard]] bool hasDeeper() const { return !m_deeper.empty(); }
+
+    /// Forgets the checks of entries below listed ones that are not on show any more.
+    void keepDeeper(const std::function<bool(const FileUrl& url)>& isShown);
 
     /// Of the positions in `among` exactly those in `checked` are checked afterwards.
     void assign(const PositionSet& among, const PositionSet& checked);
@@ -101,7 +116,17 @@ Q_SIGNALS:
     void changed(std::optional<std::uint32_t> position);
 
 private:
+    /// A checked entry below a listed one.
+    struct Deeper {
+        Entry entry;
+        FileUrl listed; ///< what is listed of it
+        std::uint32_t position = 0;
+    };
+
     [[nodiscard]] PositionSet moveChecks(const EntryList& earlier);
+    void findDeeper();
+    void dropCovered();
+    void toggleBelow(std::uint32_t position, const Entry& entry);
     void recount();
     [[nodiscard]] std::int64_t sum(const PositionSet& positions) const;
 
@@ -113,6 +138,7 @@ private:
     PositionSet m_checked;
     std::shared_ptr<const AbsentChecks> m_absent;
     bool m_isSearchDue = false;
+    std::map<FileUrl, Deeper> m_deeper;
     std::size_t m_count = 0;
     std::int64_t m_bytes = 0;
 };

@@ -1,8 +1,8 @@
 #include "Text/TreemapText.h"
 
+#include "Text/AgeText.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
-#include "Text/SizeText.h"
 #include "Text/UnreadText.h"
 
 namespace tallyroom::TreemapText {
@@ -15,17 +15,6 @@ QString shareOf(double share)
     return percentage.isEmpty() ? QStringLiteral("moins de ") + NumberText::percentage(0.001) : percentage;
 }
 
-QString tooSmall(std::size_t count)
-{
-    return NumberText::plural(count, QStringLiteral("élément trop petit pour être dessiné"),
-                              QStringLiteral("éléments trop petits pour être dessinés"));
-}
-
-QString hint(const QString& title, const QString& detail)
-{
-    return QStringLiteral("<qt><b>%1</b><br><nobr>%2</nobr></qt>").arg(title.toHtmlEscaped(), detail);
-}
-
 } // namespace
 
 QString name(const Entry& entry)
@@ -33,15 +22,26 @@ QString name(const Entry& entry)
     return FileUrlText::display(entry.name) + QStringLiteral(", ") + UnreadText::spokenSize(entry);
 }
 
-QString toolTip(const Entry& entry, double share)
+QString description(std::size_t level, double share, std::optional<std::size_t> items)
 {
-    return hint(FileUrlText::display(entry.name),
-                UnreadText::spokenSize(entry) + QStringLiteral(" · ") + shareOf(share));
+    const QString text = QStringLiteral("niveau %1, part %2").arg(level).arg(shareOf(share));
+    return items ? text + QStringLiteral(", ") + NumberText::plural(*items, QStringLiteral("élément")) : text;
 }
 
-QString smallEntriesToolTip(std::size_t count, std::int64_t sizeBytes)
+QString facts(const Entry& entry, const Shares& shares, Timestamp now)
 {
-    return count == 0 ? QString{} : hint(tooSmall(count), sizeText(sizeBytes));
+    QStringList parts{UnreadText::spokenSize(entry)};
+    if (!shares.parent.isEmpty()) {
+        parts << shareOf(shares.ofParent) + QStringLiteral(" de « ") + shares.parent + QStringLiteral(" »");
+    }
+    parts << shareOf(shares.ofAll) + QStringLiteral(" du tout") << ageText(entry.modifiedAt, now);
+    return parts.join(QStringLiteral(" · "));
+}
+
+QString tooSmall(std::size_t count)
+{
+    return NumberText::plural(count, QStringLiteral("élément trop petit pour être dessiné"),
+                              QStringLiteral("éléments trop petits pour être dessinés"));
 }
 
 QString noTiles(std::size_t smallEntries, bool allFiltered)

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace tallyroom {
 
 /// The texts of the treemap. Any thread.
@@ -12,11 +14,22 @@ namespace TreemapText {
 /// "Photos, 3,8 Go": the accessible name of a tile.
 [[nodiscard]] QString name(const Entry& entry);
 
-/// Name, size and share (0 to 1) of the folder, as markup; the name is escaped.
-[[nodiscard]] QString toolTip(const Entry& entry, double share);
+/// "niveau 2, part 12,0 %, 34 éléments": what else is to be heard of a tile. The share (0 to 1) is of the
+/// folder that holds it.
+[[nodiscard]] QString description(std::size_t level, double share, std::optional<std::size_t> items);
 
-/// How many entries are too small to be drawn and their total, as markup; empty when there are none.
-[[nodiscard]] QString smallEntriesToolTip(std::size_t count, std::int64_t sizeBytes);
+/// A tile's part of the folder that holds it, and of all.
+struct Shares {
+    double ofParent = 0;
+    QString parent; ///< empty on the first level
+    double ofAll = 0;
+};
+
+/// "212,4 Mo · 4,9 % de « debug » · 0,3 % du tout · il y a 3 mois"
+[[nodiscard]] QString facts(const Entry& entry, const Shares& shares, Timestamp now);
+
+/// "34 éléments trop petits pour être dessinés"
+[[nodiscard]] QString tooSmall(std::size_t count);
 
 /// The message of a map without tiles; `allFiltered` when the filter hides all entries.
 [[nodiscard]] QString noTiles(std::size_t smallEntries, bool allFiltered);

@@ -67,6 +67,11 @@ void scaleTo(double area, std::vector<Item>& items)
     std::ranges::for_each(items, [area, total](Item& item) { item.area = area * (item.area / total); });
 }
 
+bool hasArea(const Rectangle& rectangle)
+{
+    return rectangle.width > 0 && rectangle.height > 0 && std::isfinite(rectangle.width * rectangle.height);
+}
+
 double worstRatio(const Row& row, double side)
 {
     if (row.items.empty() || side <= 0 || row.sum <= 0 || row.min <= 0) {
@@ -77,14 +82,14 @@ double worstRatio(const Row& row, double side)
     return std::max(squaredSide * row.max / squaredSum, squaredSum / (squaredSide * row.min));
 }
 
-/// Lays the row along the shorter side of `remaining` and takes its strip away. The strip never takes more
-/// than there is: what rounding leaves of an exhausted rectangle would make it endlessly thick.
-void layoutRow(const Row& row, Rectangle& remaining, std::vector<Tile>& tiles)
+/// Lays the row along one side of `remaining` and takes its strip away. The strip never takes more than
+/// there is: what rounding leaves of an exhausted rectangle would make it endlessly thick.
+void layoutRow(const Row& row, bool isHorizontal, Rectangle& remaining, std::vector<Tile>& tiles)
 {
     if (row.sum <= 0) {
         return;
     }
-    if (remaining.width <= remaining.height) {
+    if (isHorizontal) {
         const double thickness = std::min(row.sum / remaining.width, remaining.height);
         double x = remaining.x;
         for (const Item& item : row.items) {
@@ -111,30 +116,70 @@ void layoutRow(const Row& row, Rectangle& remaining, std::vector<Tile>& tiles)
 
 std::vector<Tile> tiles(std::span<const double> weights, const Rectangle& rectangle)
 {
-    const double area = rectangle.width * rectangle.height;
-    if (!(rectangle.width > 0) || !(rectangle.height > 0) || !std::isfinite(area)) {
+    std::vector<Strip> strips;
+    return tiles(weights, rectangle, strips);
+}
+
+std::vector<Tile> tiles(std::span<const double> weights, const Rectangle& rectangle,
+                        std::vector<Strip>& strips)
+{
+    strips.clear();
+    if (!hasArea(rectangle)) {
         return {};
     }
     std::vector<Item> items = positiveWeights(weights);
-    scaleTo(area, items);
+    scaleTo(rectangle.width * rectangle.height, items);
 
     std::vector<Tile> result;
     result.reserve(items.size());
     Rectangle remaining = rectangle;
     std::span<const Item> ahead = items;
     Row row;
+    const auto finishRow = [&] {
+        const bool isHorizontal = remaining.width <= remaining.height;
+        strips.push_back({row.items.size(), isHorizontal});
+        layoutRow(row, isHorizontal, remaining, result);
+    };
     while (row.items.size() < ahead.size()) {
         const Row longer = row.extended(ahead);
         const double side = std::min(remaining.width, remaining.height);
         if (row.items.empty() || worstRatio(longer, side) <= worstRatio(row, side)) {
             row = longer;
         } else {
-            layoutRow(row, remaining, result);
+            finishRow();
             ahead = ahead.subspan(row.items.size());
             row = {};
         }
     }
-    layoutRow(row, remaining, result);
+    if (!row.items.empty()) {
+        finishRow();
+    }
+    return result;
+}
+
+std::vector<Tile> tilesInStrips(std::span<const double> weights, const Rectangle& rectangle,
+                                std::span<const Strip> strips)
+{
+    if (!hasArea(rectangle)) {
+        return {};
+    }
+    std::vector<Item> items;
+    items.reserve(weights.size());
+    for (std::size_t index = 0; index < weights.size(); ++index) {
+        items.push_back({index, weights[index] > 0 ? weights[index] : 0});
+    }
+    scaleTo(rectangle.width * rectangle.height, items);
+
+    std::vector<Tile> result;
+    result.reserve(items.size());
+    Rectangle remaining = rectangle;
+    std::span<const Item> ahead = items;
+    for (const Strip& strip : strips) {
+        const auto taken = ahead.first(std::min(strip.count, ahead.size()));
+        layoutRow({taken, sumOf(taken)}, strip.isHorizontal, remaining, result);
+        ahead = ahead.subspan(taken.size());
+    }
+    std::erase_if(result, [&weights](const Tile& tile) { return !(weights[tile.index] > 0); });
     return result;
 }
 

@@ -35,6 +35,23 @@ struct Tile {
 /// O(n).
 [[nodiscard]] std::vector<Tile> tiles(std::span<const double> weights, const Rectangle& rectangle);
 
+/// Tiles that share one side of what was left of the rectangle.
+struct Strip {
+    std::size_t count = 0;
+    bool isHorizontal = false; ///< the tiles stand side by side
+
+    friend bool operator==(const Strip&, const Strip&) = default;
+};
+
+/// The same, and which strips they make.
+[[nodiscard]] std::vector<Tile> tiles(std::span<const double> weights, const Rectangle& rectangle,
+                                      std::vector<Strip>& strips);
+
+/// The tiles of weights that are divided into strips already, the way a similar list was: as proportional,
+/// but not as square. The strips' counts add up to the number of weights. O(n).
+[[nodiscard]] std::vector<Tile> tilesInStrips(std::span<const double> weights, const Rectangle& rectangle,
+                                              std::span<const Strip> strips);
+
 } // namespace TreemapLayout
 
 } // namespace tallyroom

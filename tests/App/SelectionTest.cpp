@@ -182,6 +182,39 @@ TEST(Selection, IsWhatASetOfLocationsWouldBeWhateverBecomesOfTheList)
     }
 }
 
+TEST(Selection, WhatIsCheckedBelowAListedFolderCountsOnlyWhileThatIsShown)
+{
+    const EntryList both{{folderEntry("/r/photos", 900), fileEntry("/r/film", 700)}};
+    const auto follow = [](Selection& selection, const EntryList& entries, const char* filter) {
+        const EntryArrangement shown{
+            {entries, [filter](const Entry& entry) { return entry.name.contains(filter); }, {}, {}, {}}};
+        selection.follow(entries, shown.shown(), shown.shownBytes());
+    };
+    const Entry deep = fileEntry("/r/photos/2023/b", 30);
+    Selection selection;
+    follow(selection, both, "");
+    selection.toggle(deep);
+    selection.toggle(FileUrl{"/r/film"});
+    EXPECT_EQ(selection.bytes(), 730);
+    follow(selection, both, "film");
+    EXPECT_EQ(selection.bytes(), 700) << "hidden by the filter: not deleted either";
+    EXPECT_EQ(selection.checkedEntries().size(), 1U);
+    follow(selection, both, "");
+    EXPECT_EQ(selection.checkedEntries().back(), deep);
+
+    follow(selection, EntryList{{folderEntry("/r/photos", 870)}}, ""); // measured again
+    EXPECT_TRUE(selection.containsDeeper(deep.url));
+    follow(selection, EntryList{{fileEntry("/r/film", 700)}}, "");
+    EXPECT_FALSE(selection.hasDeeper()) << "went with its folder";
+    selection.clear();
+
+    follow(selection, both, "");
+    selection.toggle(deep);
+    selection.setAll();
+    EXPECT_EQ(selection.count(), 2U);
+    EXPECT_EQ(selection.bytes(), 1600);
+}
+
 TEST(Selection, ALongListThatIsScannedAgainHasItsChecksAgain)
 {
     EntryTable table{EntryTableStyle{.firstColumnTitle = QStringLiteral("Nom")}};

@@ -1,16 +1,16 @@
 #include "Tools/DiskUsage/Treemap/TreemapView.h"
 
 #include "App/EventWait.h"
+#include "App/OutlineMaker.h"
 #include "Rows/EntryArrangement.h"
 
 #include <QAccessible>
 #include <QContextMenuEvent>
 #include <QEventLoop>
-#include <QHelpEvent>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
-#include <QToolTip>
+#include <QWheelEvent>
 
 #include <gmock/gmock.h>
 #include <numeric>
@@ -48,9 +48,9 @@ class TreemapViewTest : public testing::Test {
 protected:
     TreemapViewTest()
     {
-        QObject::connect(&view, &TreemapView::selectionToggled, &view, [this](const FileUrl& url) {
-            log.push_back("check " + std::string{url.lastPathComponent()});
-            selection.toggle(url);
+        QObject::connect(&view, &TreemapView::selectionToggled, &view, [this](const Entry& entry) {
+            log.push_back("check " + entry.name);
+            selection.toggle(entry);
         });
         QObject::connect(&view, &TreemapView::activated, &view,
                          [this](const Entry& entry) { log.push_back("open " + entry.name); });
@@ -91,12 +91,34 @@ protected:
     {
         const EntryArrangement all{{entries, {}, {}, {}, {}}};
         selection.follow(entries, all.shown(), all.shownBytes());
-        view.setEntries(entries);
+        giveTo(view, entries);
+    }
+
+    static void giveTo(TreemapView& map, const EntryList& entries)
+    {
+        std::vector<std::uint32_t> positions(entries.size());
+        std::iota(positions.begin(), positions.end(), 0U);
+        map.setEntries(entries, std::move(positions));
+    }
+
+    /// Shows a folder with a folder in it at once.
+    void showTree()
+    {
+        const SharedOutline outline = outlineOf(tree, "/home/moi");
+        view.setOutlines({outline});
+        show(listingOf(outline));
+    }
+
+    std::size_t tile(const std::string& path)
+    {
+        const auto found = view.scene().find(urlOf(path));
+        EXPECT_TRUE(found) << path;
+        return found.value_or(0);
     }
 
     QPoint boxOf(const std::string& name)
     {
-        const auto box = TreemapPainter::checkBox(view.tileRect(*view.scene().find(urlOf(name))));
+        const auto box = view.boxOf(tile(name));
         EXPECT_TRUE(box) << name;
         return box.value_or(QRectF{}).center().toPoint();
     }
@@ -112,13 +134,11 @@ protected:
         return names;
     }
 
-    QString toolTipAt(const QPoint& position)
-    {
-        QHelpEvent help{QEvent::ToolTip, position, view.mapToGlobal(position)};
-        QCoreApplication::sendEvent(&view, &help);
-        return QToolTip::text();
-    }
-
+    DrawnTree tree{
+        "moi",
+        0,
+        {{"photos", 0, {{"2023", 0, {{"a.jpg", 500}, {"b.jpg", 300}}}, {"c.jpg", 90}, {"d.jpg", 80}}},
+         {"film.mov", 700}}};
     Selection selection;
     TreemapView view{selection};
     std::vector<std::string> log;
@@ -237,38 +257,8 @@ TEST_F(TreemapViewTest, AFilteredMapKeepsTheSharesOfTheWholeFolder)
     view.setEntries(sixEntries(), {1, 5});
     view.show();
     EXPECT_THAT(drawn(), ElementsAre("b", "f"));
-    EXPECT_THAT(toolTipAt(centre("b")).toStdString(), testing::HasSubstr("30 o · 20,0 %"));
-    EXPECT_THAT(toolTipAt(centre("f")).toStdString(), testing::HasSubstr("10 o · 6,7 %"));
-}
-
-TEST_F(TreemapViewTest, RepaintingTilesLeavesTheSameMapAsPaintingItAnew)
-{
-    const EntryList entries = listOf(
-        {{"films", 500}, {"a very long name of a file.iso", 300}, {"b.jpg", 100}, {"c.cpp", 20}, {"d", 1}});
-    view.setFocusPolicy(Qt::NoFocus);
-    view.clearFocus();
-    show(entries);
-    const QImage before = view.grab().toImage();
-    for (const char* const name : {"films", "c.cpp", "d"}) {
-        QTest::mouseMove(&view, centre(name));
-        selection.toggle(urlOf(name));
-    }
-    QTest::mouseMove(&view, centre("films"));
-    selection.toggle(urlOf("b.jpg")); // by another view of the list
-    EXPECT_NE(view.grab().toImage(), before);
-    QTest::mouseMove(&view, centre("d"));
-    const QRect label = view.tileRect(*view.scene().find(urlOf("films"))).toRect().adjusted(5, 5, -60, -5);
-    EXPECT_NE(view.grab(label).toImage(), QPixmap::fromImage(before).copy(label).toImage())
-        << "the name of a checked tile has a tick";
-    QEvent leave{QEvent::Leave};
-    QCoreApplication::sendEvent(&view, &leave);
-
-    TreemapView fresh{selection};
-    fresh.resize(view.size());
-    fresh.setEntries(entries);
-    EXPECT_EQ(view.grab().toImage(), fresh.grab().toImage());
-    selection.clear();
-    EXPECT_EQ(view.grab().toImage(), before);
+    EXPECT_NEAR(view.scene().share(tile("b")), 0.2, 0.0001);
+    EXPECT_NEAR(view.scene().share(tile("f")), 1.0 / 15, 0.0001);
 }
 
 TEST_F(TreemapViewTest, OfABurstOfListsTheLastIsShownInTheEnd)
@@ -318,43 +308,112 @@ TEST_F(TreemapViewTest, AssistiveTechnologyKeepsItsTilesWhileTheListChanges)
     EXPECT_EQ(map->child(1), nullptr);
 }
 
-/// Every pixel of the area counted once, by whom it belongs to.
-std::vector<int> owners(const TreemapScene& scene, const QRect& area)
+TEST_F(TreemapViewTest, ATileIsCheckedAtAnyDepthAndNothingTwice)
 {
-    std::vector<int> counts(static_cast<std::size_t>(area.width() * area.height()));
-    const auto count = [&](const QRect& cell) {
-        const QRect inside = cell & area;
-        for (int y = inside.top(); y <= inside.bottom(); ++y) {
-            for (int x = inside.left(); x <= inside.right(); ++x) {
-                ++counts[static_cast<std::size_t>((y - area.y()) * area.width() + x - area.x())];
-            }
-        }
-    };
-    std::ranges::for_each(scene.tiles(), [&](const TreemapScene::Tile& tile) { count(tile.cell); });
-    std::ranges::for_each(scene.crumbs().cells, count);
-    return counts;
+    showTree();
+    QTest::mouseClick(&view, Qt::LeftButton, Qt::ControlModifier, centre("photos/2023/b.jpg"));
+    EXPECT_TRUE(view.isChecked(tile("photos/2023/b.jpg")));
+    QTest::mouseClick(&view, Qt::LeftButton, {}, centre("photos/c.jpg"));
+    QTest::keyClick(&view, Qt::Key_Space);
+    EXPECT_EQ(selection.count(), 2U);
+    EXPECT_EQ(selection.bytes(), 390);
+
+    QTest::mouseClick(&view, Qt::LeftButton, {}, boxOf("photos/2023"));
+    EXPECT_EQ(selection.bytes(), 890) << "b.jpg goes along with its folder";
+    QTest::mouseClick(&view, Qt::LeftButton, Qt::ControlModifier, centre("photos/2023/a.jpg"));
+    EXPECT_EQ(selection.bytes(), 890);
+    EXPECT_TRUE(view.isCovered(tile("photos/2023/a.jpg")));
+    std::vector<std::string> names;
+    for (const Entry& entry : selection.checkedEntries()) {
+        names.push_back(entry.name);
+    }
+    EXPECT_THAT(names, ElementsAre("2023", "c.jpg"));
+
+    QTest::mouseClick(&view, Qt::LeftButton, {}, boxOf("photos"));
+    EXPECT_EQ(selection.bytes(), 970);
+    EXPECT_EQ(selection.count(), 1U);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, boxOf("photos"));
+    EXPECT_EQ(selection.count(), 0U);
 }
 
-TEST(TreemapScene, EveryPixelHasOneOwnerAtAnyScaleAndCount)
+TEST_F(TreemapViewTest, KeysGoAmongSiblingsAndFromLevelToLevel)
 {
-    for (const double scale : {1.0, 1.25, 2.0}) {
-        for (const int count : {1, 7, 300, 100'000}) {
-            Sizes entries;
-            for (int index = 0; index < count; ++index) {
-                entries.emplace_back(std::to_string(index), 1 + (index * 7919LL % 1013) * (index % 17));
-            }
-            std::vector<std::uint32_t> all(entries.size());
-            std::iota(all.begin(), all.end(), 0U);
-            const QRect area{2, 2, static_cast<int>(701 * scale), static_cast<int>(403 * scale)};
-            const TreemapScene scene{listOf(entries), all, area, scale};
-            EXPECT_TRUE(std::ranges::all_of(owners(scene, area), [](int owned) { return owned == 1; }))
-                << count << " at " << scale;
-            EXPECT_EQ(scene.tiles().size() + scene.crumbs().count, entries.size());
-            for (std::size_t tile = 0; tile < scene.tiles().size(); ++tile) {
-                ASSERT_TRUE(area.contains(scene.painted(tile))) << "tile " << tile << " at " << scale;
-            }
-        }
+    showTree();
+    QTest::keyClick(&view, Qt::Key_Home);
+    log.clear();
+    using enum Qt::Key;
+    for (const Qt::Key key :
+         {Key_PageDown, Key_Right, Key_End, Key_Home, Key_PageDown, Key_PageDown, Key_PageUp, Key_Return}) {
+        QTest::keyClick(&view, key);
     }
+    EXPECT_EQ(log.front(), "at 2023");
+    EXPECT_EQ(log.back(), "open 2023");
+    EXPECT_THAT(log, testing::Not(testing::Contains("at film.mov"))) << "arrows stay within their folder";
+    const auto isTakenByMap = [this] {
+        QKeyEvent escape{QEvent::ShortcutOverride, Qt::Key_Escape, {}};
+        escape.ignore();
+        QCoreApplication::sendEvent(&view, &escape);
+        return escape.isAccepted();
+    };
+    EXPECT_TRUE(isTakenByMap());
+    QTest::keyClick(&view, Qt::Key_Escape);
+    EXPECT_EQ(view.currentEntry()->name, "photos");
+    EXPECT_FALSE(isTakenByMap()) << "on the first level it is the owner's: it stops the scan";
+}
+
+TEST_F(TreemapViewTest, TheWheelLooksCloserAtWhatIsUnderThePointer)
+{
+    showTree();
+    const QPoint place = centre("photos/c.jpg");
+    const QRectF before = view.tileRect(tile("photos/c.jpg"));
+    QSignalSpy closer{&view, &TreemapView::lookedCloser};
+    const auto turn = [&](int notches) {
+        QWheelEvent wheel{place, view.mapToGlobal(place), {},   {0, 120 * notches}, {},
+                          {},    Qt::NoScrollPhase,       false};
+        QCoreApplication::sendEvent(&view, &wheel);
+    };
+    turn(6);
+    const QRectF near = view.tileRect(tile("photos/c.jpg"));
+    EXPECT_GT(near.width(), 3 * before.width());
+    EXPECT_TRUE(near.contains(place));
+    ASSERT_FALSE(closer.isEmpty());
+    EXPECT_EQ(closer.back().front().value<FileUrl>(), urlOf("photos"));
+
+    QTest::mousePress(&view, Qt::LeftButton, Qt::ControlModifier, place);
+    QMouseEvent drag{QEvent::MouseMove, place - QPoint{60, 40}, view.mapToGlobal(place - QPoint{60, 40}),
+                     Qt::NoButton,      Qt::LeftButton,         Qt::ControlModifier};
+    QCoreApplication::sendEvent(&view, &drag);
+    QTest::mouseRelease(&view, Qt::LeftButton, Qt::ControlModifier, place - QPoint{60, 40});
+    EXPECT_EQ(view.tileRect(tile("photos/c.jpg")).topLeft(), near.topLeft() - QPoint(60, 40));
+    EXPECT_EQ(selection.count(), 0U) << "a drag checks nothing";
+
+    turn(-20);
+    EXPECT_EQ(view.tileRect(tile("photos/c.jpg")), before);
+    QTest::keyClick(&view, Qt::Key_Plus, Qt::ControlModifier);
+    EXPECT_NE(view.tileRect(tile("photos/c.jpg")), before);
+    QTest::keyClick(&view, Qt::Key_0, Qt::ControlModifier);
+    EXPECT_EQ(view.tileRect(tile("photos/c.jpg")), before);
+}
+
+TEST_F(TreemapViewTest, AssistiveTechnologyFindsEachLevel)
+{
+    showTree();
+    QAccessibleInterface* const map = QAccessible::queryAccessibleInterface(&view);
+    ASSERT_EQ(map->childCount(), 2);
+    QAccessibleInterface* const photos = map->child(0);
+    ASSERT_EQ(photos->childCount(), 3);
+    QAccessibleInterface* const year = photos->child(0);
+    EXPECT_EQ(year->parent(), photos);
+    EXPECT_EQ(photos->indexOfChild(year), 0);
+    EXPECT_EQ(year->role(), QAccessible::TreeItem);
+    EXPECT_EQ(year->text(QAccessible::Name), QStringLiteral("2023, 800 o"));
+    EXPECT_EQ(year->text(QAccessible::Description), QStringLiteral("niveau 2, part 82,5 %, 2 éléments"));
+    const QPoint place = view.mapToGlobal(centre("photos/2023/b.jpg"));
+    EXPECT_EQ(map->childAt(place.x(), place.y()), photos);
+    EXPECT_EQ(photos->childAt(place.x(), place.y()), year);
+    year->child(1)->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_TRUE(year->child(1)->state().checked);
+    EXPECT_THAT(log, ElementsAre("check b.jpg"));
 }
 
 } // namespace

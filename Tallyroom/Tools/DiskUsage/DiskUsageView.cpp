@@ -5,7 +5,7 @@
 #include "Text/FileUrlText.h"
 #include "Theme/SymbolIcon.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
-#include "Tools/DiskUsage/Treemap/TreemapView.h"
+#include "Tools/DiskUsage/Treemap/TreemapPanel.h"
 #include "Tools/Frame/ToolHeader.h"
 
 #include <QButtonGroup>
@@ -60,16 +60,11 @@ DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* paren
       m_breadcrumb(new Breadcrumb),
       m_tableButton(listButton("list.bullet", QStringLiteral("Tableau"), Theme::Button::first)),
       m_treemapButton(listButton("square.grid.2x2", QStringLiteral("Treemap"), Theme::Button::last)),
-      m_treemap(new TreemapView(selection()))
+      m_panel(new TreemapPanel(selection())), m_treemap(&m_panel->map())
 {
     header().setLeading(makeWayBack());
     header().addOption(makeListChoice());
-    auto* const frame = new QWidget;
-    auto* const frameLayout = new QVBoxLayout(frame);
-    frameLayout->setContentsMargins(Theme::margin, 0, Theme::margin, Theme::gap);
-    frameLayout->addWidget(m_treemap);
-    frame->setFocusProxy(m_treemap);
-    addList(frame);
+    addList(m_panel);
     connectTreemap();
     addNavigationShortcuts();
     connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, &DiskUsageView::changeFolder);
@@ -122,7 +117,9 @@ QWidget* DiskUsageView::makeListChoice()
 void DiskUsageView::connectTreemap()
 {
     connect(m_treemap, &TreemapView::selectionToggled, this,
-            [this](const FileUrl& url) { selection().toggle(url); });
+            [this](const Entry& entry) { selection().toggle(entry); });
+    connect(m_treemap, &TreemapView::lookedCloser, &m_navigator.outline(), &FolderOutline::lookCloser);
+    connect(&m_navigator.outline(), &FolderOutline::changed, this, &DiskUsageView::showOutline);
     connect(m_treemap, &TreemapView::activated, this, [this](const Entry& entry) { activate(entry); });
     connect(m_treemap, &TreemapView::contextMenuRequested, this,
             [this](const Entry& entry, const QPoint& position) {
@@ -183,7 +180,7 @@ std::optional<Entry> DiskUsageView::currentEntry() const
 void DiskUsageView::resetView()
 {
     ListToolScreen::resetView();
-    m_treemap->startOver();
+    m_panel->forgetFolder();
     showPlace();
 }
 
@@ -245,8 +242,10 @@ void DiskUsageView::showTreemap(bool isShown)
 {
     m_isTreemapShown = isShown;
     (isShown ? m_treemapButton : m_tableButton)->setChecked(true);
+    m_navigator.outline().setWanted(isShown);
     showTiles();
-    showList(isShown ? m_treemap->parentWidget() : &table());
+    showOutline();
+    showList(isShown ? static_cast<QWidget*>(m_panel) : &table());
 }
 
 void DiskUsageView::showRows()
@@ -264,6 +263,18 @@ void DiskUsageView::showTiles()
         std::vector<std::uint32_t> shown;
         rows.shown().forEach([&](std::uint32_t position) { shown.push_back(position); });
         m_treemap->setEntries(rows.entries(), std::move(shown));
+    }
+}
+
+/// What is checked further down stays so while it is there.
+void DiskUsageView::showOutline()
+{
+    const FolderOutline& outline = m_navigator.outline();
+    if (m_isTreemapShown) {
+        m_treemap->setOutlines(outline.outlines());
+    }
+    if (selection().hasDeeper()) {
+        selection().keepDeeper([&outline](const FileUrl& url) { return outline.contains(url); });
     }
 }
 

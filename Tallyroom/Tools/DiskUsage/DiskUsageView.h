@@ -12,6 +12,7 @@ class QPushButton;
 namespace tallyroom {
 
 class Breadcrumb;
+class TreemapPanel;
 class TreemapView;
 
 /// The screen of the disk-usage explorer: the frame of all list tools with the way back, the breadcrumb, and
@@ -42,6 +43,7 @@ private:
     void changeFolder();
     void showTreemap(bool isShown);
     void showTiles();
+    void showOutline();
     void returnToPlace();
     void forgetPlace();
 
@@ -50,6 +52,7 @@ private:
     Breadcrumb* m_breadcrumb;
     QPushButton* m_tableButton;
     QPushButton* m_treemapButton;
+    TreemapPanel* m_panel;
     TreemapView* m_treemap;
     bool m_isTreemapShown = false;
     std::optional<FileUrl> m_shownFolder;

@@ -1,14 +1,18 @@
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tallyroom {
 
 FolderNavigatorViewModel::FolderNavigatorViewModel(DeletionRunner& deletions, FolderServices services)
     : ListToolViewModel(deletions, {}, FilterSubject::name, ScanBeginning::measuring),
-      m_services(std::move(services))
-{}
+      m_services(std::move(services)), m_outline(m_services.outline)
+{
+    connect(this, &FolderNavigatorViewModel::stateChanged, &m_outline,
+            [this] { m_outline.setMeasuring(isScanning()); });
+}
 
 std::vector<BreadcrumbItem> FolderNavigatorViewModel::breadcrumb() const
 {
@@ -100,6 +104,31 @@ void FolderNavigatorViewModel::rootChosen(PropertyUpdate& update)
     placeAt(update, *rootURL(), Caching::use, {});
 }
 
+void FolderNavigatorViewModel::takeOut(PropertyUpdate& update, const std::vector<Entry>& gone)
+{
+    ListToolViewModel::takeOut(update, gone);
+    m_outline.takeOut(gone);
+}
+
+/// What was deleted further down, on the map, comes back there.
+void FolderNavigatorViewModel::putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn)
+{
+    std::vector<Entry> listed;
+    std::ranges::copy_if(back, std::back_inserter(listed), [this](const Entry& entry) {
+        const FileUrl folder = entry.url.parent();
+        return !m_currentURL || folder == *m_currentURL || !folder.isInside(*m_currentURL);
+    });
+    ListToolViewModel::putBack(update, listed, isOwn);
+}
+
+void FolderNavigatorViewModel::measureAgain(const UrlSet& folders)
+{
+    ListToolViewModel::measureAgain(folders);
+    if (!isScanning()) {
+        m_outline.update();
+    }
+}
+
 /// The one place where a listing starts, but for the first of a root.
 void FolderNavigatorViewModel::navigate(const FileUrl& url, Caching caching, std::vector<FileUrl> history)
 {
@@ -117,6 +146,7 @@ void FolderNavigatorViewModel::placeAt(PropertyUpdate& update, const FileUrl& ur
     if (canGoBack() != couldGoBack) {
         update.announce(&FolderNavigatorViewModel::canGoBackChanged);
     }
+    m_outline.open(url);
     update.assign(m_currentURL, std::optional{url}, &FolderNavigatorViewModel::currentURLChanged);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tools/DiskUsage/FolderOutline.h"
 #include "Tools/Frame/ListToolViewModel.h"
 
 #include <functional>
@@ -22,6 +23,7 @@ struct FolderServices {
         FileScanner::directEntriesStream;
     std::function<void(const FileUrl& folder)> invalidate = FileScanner::invalidateCache;
     std::function<void(const FileUrl& file)> reveal = Desktop::reveal;
+    FolderOutline::Read outline = TreeOutline::read;
 };
 
 /// Walks down a folder level by level: the children of the current one with their sizes, the way back, the
@@ -47,6 +49,9 @@ public:
     [[nodiscard]] std::vector<BreadcrumbItem> breadcrumb() const;
 
     [[nodiscard]] std::int64_t currentTotalSize() const { return totalSize(); }
+
+    /// What lies deeper in the current folder.
+    [[nodiscard]] FolderOutline& outline() { return m_outline; }
 
     /// Enters a folder; shows a file in the file browser.
     void activate(const Entry& entry);
@@ -74,6 +79,9 @@ protected:
 
     [[nodiscard]] FileScanner::ScanStream startStream() override;
     void rootChosen(PropertyUpdate& update) override;
+    void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
+    void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;
+    void measureAgain(const UrlSet& folders) override;
 
     [[nodiscard]] bool lists(const Entry& entry) const override
     {
@@ -89,6 +97,7 @@ private:
     FolderServices m_services;
     std::optional<FileUrl> m_currentURL;
     std::vector<FileUrl> m_history; // oldest first
+    FolderOutline m_outline;
     Caching m_caching = Caching::use;
 };
 

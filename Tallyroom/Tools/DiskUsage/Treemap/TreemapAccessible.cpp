@@ -1,7 +1,7 @@
 #include "Tools/DiskUsage/Treemap/TreemapAccessible.h"
 
 #include "Text/TreemapText.h"
-#include "Tools/DiskUsage/Treemap/TreemapView.h"
+#include "Tools/DiskUsage/Treemap/TreemapCanvas.h"
 
 #include <QPointer>
 
@@ -11,10 +11,16 @@ namespace tallyroom {
 
 namespace {
 
+TreemapAccessible* accessibleOf(TreemapCanvas* view)
+{
+    return view == nullptr ? nullptr
+                           : dynamic_cast<TreemapAccessible*>(QAccessible::queryAccessibleInterface(view));
+}
+
 /// One tile. It belongs to its entry, wherever the tile lies and whichever number it has.
 class TileAccessible : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
-    TileAccessible(TreemapView& view, FileUrl url) : m_view(&view), m_url(std::move(url)) {}
+    TileAccessible(TreemapCanvas& view, FileUrl url) : m_view(&view), m_url(std::move(url)) {}
 
     [[nodiscard]] std::optional<std::size_t> tile() const
     {
@@ -39,18 +45,42 @@ public:
 
     [[nodiscard]] QAccessibleInterface* parent() const override
     {
-        return QAccessible::queryAccessibleInterface(m_view);
+        const auto place = tile();
+        const std::uint32_t above = place ? m_view->scene().tiles()[*place].parent : TreemapScene::none;
+        return above == TreemapScene::none ? QAccessible::queryAccessibleInterface(m_view) : of(above);
     }
 
-    [[nodiscard]] QAccessibleInterface* child(int /*index*/) const override { return nullptr; }
+    [[nodiscard]] QAccessibleInterface* child(int index) const override
+    {
+        return index >= 0 && index < childCount() ? of(children().first + static_cast<std::size_t>(index))
+                                                  : nullptr;
+    }
 
-    [[nodiscard]] QAccessibleInterface* childAt(int /*x*/, int /*y*/) const override { return nullptr; }
+    [[nodiscard]] QAccessibleInterface* childAt(int x, int y) const override
+    {
+        const TreemapAccessible* const map = accessibleOf(m_view);
+        QAccessibleInterface* found = map == nullptr ? nullptr : map->innermostAt(x, y);
+        while (found != nullptr && found->parent() != this) {
+            found = found->parent();
+        }
+        return found;
+    }
 
-    [[nodiscard]] int childCount() const override { return 0; }
+    [[nodiscard]] int childCount() const override
+    {
+        const auto [first, end] = children();
+        return static_cast<int>(end - first);
+    }
 
-    [[nodiscard]] int indexOfChild(const QAccessibleInterface* /*child*/) const override { return -1; }
+    [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        const auto* const below = dynamic_cast<const TileAccessible*>(child);
+        const auto place = below == nullptr ? std::nullopt : below->tile();
+        const auto [first, end] = children();
+        return place && *place >= first && *place < end ? static_cast<int>(*place - first) : -1;
+    }
 
-    [[nodiscard]] QAccessible::Role role() const override { return QAccessible::ListItem; }
+    [[nodiscard]] QAccessible::Role role() const override { return QAccessible::TreeItem; }
 
     [[nodiscard]] QRect rect() const override
     {
@@ -62,8 +92,15 @@ public:
     [[nodiscard]] QString text(QAccessible::Text kind) const override
     {
         const auto place = tile();
-        return place && kind == QAccessible::Name ? TreemapText::name(m_view->scene().entry(*place))
-                                                  : QString{};
+        if (!place || (kind != QAccessible::Name && kind != QAccessible::Description)) {
+            return {};
+        }
+        const TreemapScene& scene = m_view->scene();
+        if (kind == QAccessible::Name) {
+            return TreemapText::name(scene.entry(*place));
+        }
+        return TreemapText::description(scene.tiles()[*place].level + 1, scene.shareOfParent(*place),
+                                        scene.itemCount(*place));
     }
 
     void setText(QAccessible::Text /*kind*/, const QString& /*text*/) override {}
@@ -75,6 +112,8 @@ public:
         state.invalid = !place;
         state.checkable = true;
         state.focusable = true;
+        state.expandable = place && m_view->scene().isOpen(*place);
+        state.expanded = state.expandable;
         state.checked = place && m_view->isChecked(*place);
         state.focused = place && m_view->hasFocus() && m_view->currentTile() == place;
         return state;
@@ -99,9 +138,9 @@ public:
         }
         const Entry entry = m_view->scene().entry(*place);
         if (name == pressAction()) {
-            Q_EMIT m_view->activated(entry);
+            m_view->activate(*place);
         } else if (name == toggleAction()) {
-            Q_EMIT m_view->selectionToggled(entry.url);
+            Q_EMIT m_view->selectionToggled(entry);
         } else if (name == setFocusAction()) {
             m_view->setFocus(Qt::OtherFocusReason);
             m_view->setCurrentTile(*place);
@@ -111,28 +150,40 @@ public:
     [[nodiscard]] QStringList keyBindingsForAction(const QString& /*name*/) const override { return {}; }
 
 private:
-    QPointer<TreemapView> m_view;
+    [[nodiscard]] std::pair<std::size_t, std::size_t> children() const
+    {
+        const auto place = tile();
+        return place && m_view->scene().isOpen(*place) ? m_view->scene().children(*place)
+                                                       : std::pair{0UL, 0UL};
+    }
+
+    [[nodiscard]] QAccessibleInterface* of(std::size_t tile) const
+    {
+        const TreemapAccessible* const map = accessibleOf(m_view);
+        return map == nullptr ? nullptr : map->of(tile);
+    }
+
+    QPointer<TreemapCanvas> m_view;
     FileUrl m_url;
     mutable std::optional<std::size_t> m_lastSeen;
 };
 
 QAccessibleInterface* makeAccessible(const QString& /*className*/, QObject* object)
 {
-    auto* const view = qobject_cast<TreemapView*>(object);
+    auto* const view = qobject_cast<TreemapCanvas*>(object);
     return view == nullptr ? nullptr : new TreemapAccessible(*view);
 }
 
-TreemapAccessible* accessibleOf(TreemapView& view)
+/// Nothing while nobody listens.
+TreemapAccessible* listenerOf(TreemapCanvas& view)
 {
-    return QAccessible::isActive()
-               ? dynamic_cast<TreemapAccessible*>(QAccessible::queryAccessibleInterface(&view))
-               : nullptr;
+    return QAccessible::isActive() ? accessibleOf(&view) : nullptr;
 }
 
 } // namespace
 
-TreemapAccessible::TreemapAccessible(TreemapView& view)
-    : QAccessibleWidget(&view, QAccessible::List), m_view(view)
+TreemapAccessible::TreemapAccessible(TreemapCanvas& view)
+    : QAccessibleWidget(&view, QAccessible::Tree), m_view(view)
 {}
 
 TreemapAccessible::~TreemapAccessible()
@@ -147,71 +198,82 @@ void TreemapAccessible::install()
     QAccessible::installFactory(makeAccessible); // ignores what it knows already
 }
 
-void TreemapAccessible::announceTiles(TreemapView& view)
+void TreemapAccessible::announceTiles(TreemapCanvas& view)
 {
-    if (TreemapAccessible* const accessible = accessibleOf(view)) {
+    if (TreemapAccessible* const accessible = listenerOf(view)) {
         accessible->forgetVanished();
         QAccessibleEvent reordered{&view, QAccessible::ObjectReorder};
         QAccessible::updateAccessibility(&reordered);
     }
 }
 
-void TreemapAccessible::announceFocus(TreemapView& view)
+void TreemapAccessible::announceFocus(TreemapCanvas& view)
 {
-    TreemapAccessible* const accessible = accessibleOf(view);
+    TreemapAccessible* const accessible = listenerOf(view);
     if (accessible != nullptr && accessible->focusChild() != nullptr) {
         QAccessibleEvent focused{accessible->focusChild(), QAccessible::Focus};
         QAccessible::updateAccessibility(&focused);
     }
 }
 
-void TreemapAccessible::announceCheck(TreemapView& view, std::size_t tile)
+void TreemapAccessible::announceCheck(TreemapCanvas& view, std::size_t tile)
 {
-    if (TreemapAccessible* const accessible = accessibleOf(view)) {
+    if (TreemapAccessible* const accessible = listenerOf(view)) {
         QAccessible::State changed;
         changed.checked = true;
-        QAccessibleStateChangeEvent checked{accessible->child(static_cast<int>(tile)), changed};
+        QAccessibleStateChangeEvent checked{accessible->of(tile), changed};
         QAccessible::updateAccessibility(&checked);
     }
 }
 
 int TreemapAccessible::childCount() const
 {
-    return static_cast<int>(m_view.scene().tiles().size());
+    return static_cast<int>(m_view.scene().topCount());
 }
 
 QAccessibleInterface* TreemapAccessible::child(int index) const
 {
-    if (index < 0 || index >= childCount()) {
-        return nullptr;
-    }
-    const FileUrl& url = m_view.scene().entry(static_cast<std::size_t>(index)).url;
+    return index >= 0 && index < childCount() ? of(static_cast<std::size_t>(index)) : nullptr;
+}
+
+QAccessibleInterface* TreemapAccessible::of(std::size_t tile) const
+{
+    const FileUrl& url = m_view.scene().entry(tile).url;
     if (const auto known = m_tiles.find(url); known != m_tiles.end()) {
         return QAccessible::accessibleInterface(known->second);
     }
-    auto* const tile = new TileAccessible(m_view, url); // the registry owns it
-    m_tiles.emplace(url, QAccessible::registerAccessibleInterface(tile));
-    return tile;
+    auto* const made = new TileAccessible(m_view, url); // the registry owns it
+    m_tiles.emplace(url, QAccessible::registerAccessibleInterface(made));
+    return made;
 }
 
 int TreemapAccessible::indexOfChild(const QAccessibleInterface* child) const
 {
-    const auto* const tile = dynamic_cast<const TileAccessible*>(child);
-    const auto place = tile == nullptr ? std::nullopt : tile->tile();
-    return place ? static_cast<int>(*place) : -1;
+    const auto* const below = dynamic_cast<const TileAccessible*>(child);
+    const auto place = below == nullptr ? std::nullopt : below->tile();
+    return place && *place < m_view.scene().topCount() ? static_cast<int>(*place) : -1;
+}
+
+QAccessibleInterface* TreemapAccessible::innermostAt(int x, int y) const
+{
+    const QPointF pixel = m_view.mapFromGlobal(QPointF(x, y)) * m_view.devicePixelRatioF();
+    const auto tile = m_view.scene().tileAt(pixel.toPoint());
+    return tile ? of(*tile) : nullptr;
 }
 
 QAccessibleInterface* TreemapAccessible::childAt(int x, int y) const
 {
-    const QPointF pixel = m_view.mapFromGlobal(QPointF(x, y)) * m_view.devicePixelRatioF();
-    const auto tile = m_view.scene().tileAt(pixel.toPoint());
-    return tile ? child(static_cast<int>(*tile)) : nullptr;
+    QAccessibleInterface* found = innermostAt(x, y);
+    while (found != nullptr && found->parent() != this) {
+        found = found->parent();
+    }
+    return found;
 }
 
 QAccessibleInterface* TreemapAccessible::focusChild() const
 {
     const auto tile = m_view.currentTile();
-    return tile && m_view.hasFocus() ? child(static_cast<int>(*tile)) : nullptr;
+    return tile && m_view.hasFocus() ? of(*tile) : nullptr;
 }
 
 void TreemapAccessible::forgetVanished()

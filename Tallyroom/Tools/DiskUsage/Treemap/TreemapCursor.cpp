@@ -29,7 +29,7 @@ bool TreemapCursor::set(const TreemapScene& scene, std::size_t tile)
 
 bool TreemapCursor::set(const TreemapScene& scene, const EntryList& entries, const FileUrl& url)
 {
-    if (m_url == url || !lists(entries, url)) {
+    if (m_url == url || !(scene.find(url) || lists(entries, url))) {
         return false;
     }
     m_url = url;
@@ -43,13 +43,13 @@ bool TreemapCursor::clear()
     return set({}, std::nullopt, {});
 }
 
-bool TreemapCursor::move(const TreemapScene& scene, TreemapScene::Direction direction)
+bool TreemapCursor::move(const TreemapScene& scene, TreemapNeighbours::Direction direction)
 {
     if (!m_tile) {
         return !scene.tiles().empty() && set(scene, 0);
     }
-    const auto next = scene.neighbour(*m_tile, direction, m_anchor);
-    return next && set(scene, next, scene.anchorWithin(*next, direction, m_anchor));
+    const auto next = TreemapNeighbours::neighbour(scene, *m_tile, direction, m_anchor);
+    return next && set(scene, next, TreemapNeighbours::anchorWithin(scene, *next, direction, m_anchor));
 }
 
 bool TreemapCursor::follow(const TreemapScene& scene, const EntryList& entries)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tools/DiskUsage/Treemap/TreemapScene.h"
+#include "Tools/DiskUsage/Treemap/TreemapNeighbours.h"
 
 #include <optional>
 
@@ -28,7 +28,7 @@ public:
 
     void letGo() { m_staysAtLargest = false; }
 
-    bool move(const TreemapScene& scene, TreemapScene::Direction direction);
+    bool move(const TreemapScene& scene, TreemapNeighbours::Direction direction);
 
     /// Finds the entry again after the tiles were laid out anew. One that is gone from `entries`, deleted
     /// perhaps, hands over to what has taken its place.

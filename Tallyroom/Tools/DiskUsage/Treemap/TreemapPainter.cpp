@@ -15,51 +15,23 @@ namespace tallyroom {
 namespace {
 
 // Device-independent pixels.
-constexpr double cornerRadius = 5;
+constexpr double cornerRadius = 4;
 constexpr double checkedBorder = 3;
-constexpr double labelMargin = Theme::gap;
-constexpr double labelTop = 6;
+constexpr double labelMargin = 6;
+constexpr double labelTop = 4;
 constexpr double narrowestLabel = 40;
 constexpr double narrowestElision = 48; // less of a name tells nothing
 constexpr double roomForTheBody = 96;   // tiles below this width or height have small letters
 constexpr double roomForTheBodyBelow = 48;
-constexpr double crumbStripe = 3;
+constexpr double headerBox = 14;
+constexpr double hoverLine = 2;
 constexpr QSizeF roomForTheBox{64, 64};
-
-// Tints are made for icons on the window. As large areas, and under white letters, they stand deeper, in
-// percent; where even the deepest is too bright for white, the letters are black.
-constexpr int deeper = 116;
-constexpr int deepest = 160;
-constexpr int step = 4;
-constexpr double unknownStrength = 0.5;
-constexpr double unknownStrengthInTheDark = 0.34;
-constexpr double hoverStrength = 0.14;
 
 QRgb mixed(QRgb over, QRgb under, int amount)
 {
     const auto channel = [amount](int top, int bottom) { return bottom + (top - bottom) * amount / 256; };
     return qRgb(channel(qRed(over), qRed(under)), channel(qGreen(over), qGreen(under)),
                 channel(qBlue(over), qBlue(under)));
-}
-
-QColor shadeOf(FileKind kind)
-{
-    const Theme& theme = Theme::shared();
-    const QColor tint = theme.tint(kind);
-    if (kind == FileKind::other) {
-        // Recedes into the window: a deep grey is a document's.
-        return theme.wash(tint, theme.isDark() ? unknownStrengthInTheDark : unknownStrength);
-    }
-    const auto isUnderWhite = [](const QColor& fill) { return Theme::readableOn(fill).lightnessF() > 0.5F; };
-    if (theme.isDark()) {
-        return theme.barFill(tint);
-    }
-    for (int factor = deeper; factor <= deepest; factor += step) {
-        if (const QColor fill = tint.darker(factor); isUnderWhite(fill)) {
-            return fill;
-        }
-    }
-    return tint.darker(deeper);
 }
 
 /// How much of each pixel of a corner's square lies inside the quarter circle, of 256, row by row.
@@ -128,32 +100,9 @@ TreemapPainter::TreemapPainter(double scale)
     : m_scale(scale), m_body(Theme::shared().strong(), Theme::shared().body()),
       m_small(semibold(Theme::shared().small()), Theme::shared().small())
 {
-    const Theme& theme = Theme::shared();
-    m_background = theme.colour(Theme::Colour::window).rgb();
-    m_border = theme.colour(Theme::Colour::text).rgb();
-    m_crumbs = {theme.wash(theme.colour(Theme::Colour::secondary), 0.30).rgb(),
-                theme.wash(theme.colour(Theme::Colour::secondary), 0.42).rgb()};
-    for (const FileKind kind : FileKind::all) {
-        const QColor fill = shadeOf(kind);
-        const QColor label = Theme::readableOn(fill);
-        // Away from the label's colour, so that it reads better under the pointer and never worse.
-        const QRgb away = label.lightness() > fill.lightness() ? qRgb(0, 0, 0) : qRgb(255, 255, 255);
-        m_shades.at(kind.index()) = {fill.rgb(),
-                                     mixed(away, fill.rgb(), static_cast<int>(hoverStrength * 256)), label};
-    }
     for (int radius = 0; radius <= pixels(cornerRadius); ++radius) {
         m_corners.push_back(cornerOf(radius));
     }
-}
-
-std::optional<QRectF> TreemapPainter::checkBox(const QRectF& tile)
-{
-    // Below the name and the size, and with room to hit the tile beside it.
-    if (tile.width() < roomForTheBox.width() || tile.height() < roomForTheBox.height()) {
-        return std::nullopt;
-    }
-    constexpr double side = Theme::iconSize;
-    return QRectF{tile.right() - labelMargin - side, tile.bottom() - labelMargin - side, side, side};
 }
 
 int TreemapPainter::pixels(double length) const
@@ -161,55 +110,92 @@ int TreemapPainter::pixels(double length) const
     return static_cast<int>(std::lround(length * m_scale));
 }
 
-QImage TreemapPainter::paint(const TreemapScene& scene, const QSize& pixels,
-                             const std::function<bool(std::size_t tile)>& isChecked) const
+QRectF TreemapPainter::toPoints(const QRect& rect) const
+{
+    return {rect.x() / m_scale, rect.y() / m_scale, rect.width() / m_scale, rect.height() / m_scale};
+}
+
+std::optional<QRectF> TreemapPainter::checkBox(const TreemapScene& scene, std::size_t tile) const
+{
+    if (const QRect header = scene.header(tile); !header.isEmpty()) {
+        const QRectF strip = toPoints(header);
+        return QRectF{strip.right() - labelMargin / 2 - headerBox,
+                      strip.y() + (strip.height() - headerBox) / 2, headerBox, headerBox};
+    }
+    // Below the name and the size, and with room to hit the tile beside it.
+    const QRectF rect = toPoints(scene.painted(tile));
+    if (scene.isOpen(tile) || rect.width() < roomForTheBox.width() ||
+        rect.height() < roomForTheBox.height()) {
+        return std::nullopt;
+    }
+    constexpr double side = Theme::iconSize;
+    return QRectF{rect.right() - labelMargin - side, rect.bottom() - labelMargin - side, side, side};
+}
+
+QImage TreemapPainter::paint(const TreemapScene& scene, const QSize& pixels, const LookOf& lookOf) const
 {
     QImage image{pixels, QImage::Format_RGB32};
-    image.fill(m_background);
-    for (const QRect& cell : scene.crumbs().cells) {
-        fillCrumbs(image, cell);
-    }
+    image.fill(m_palette.background());
+    const QRect window{QPoint{}, pixels};
     std::vector<std::pair<std::size_t, Look>> labelled;
     for (std::size_t tile = 0; tile < scene.tiles().size(); ++tile) {
-        const Look look{isChecked(tile), false};
-        const QRect rect = scene.painted(tile);
-        fillTile(image, rect, scene.tiles()[tile].kind, look);
-        if (hasLabel(rect)) {
+        const QRect rect = scene.painted(tile) & window;
+        if (rect.isEmpty()) {
+            continue;
+        }
+        const Look look = lookOf(tile);
+        fillTile(image, scene, tile, look);
+        if (scene.isOpen(tile) ? !(scene.header(tile) & window).isEmpty() : hasLabel(rect)) {
             labelled.emplace_back(tile, look);
+        }
+    }
+    for (const TreemapScene::Rest& rest : scene.rests()) {
+        for (const QRect& cell : rest.cells) {
+            fill(image, cell, 0, m_palette.rest().fill, m_palette.background());
         }
     }
     image.setDevicePixelRatio(m_scale);
     QPainter painter{&image};
     for (const auto& [tile, look] : labelled) {
-        paintLabel(painter, scene.painted(tile), scene.entry(tile), scene.tiles()[tile].kind, look);
+        // What is partly off the screen is named within the part that is on it.
+        scene.isOpen(tile) ? paintHeader(painter, scene, tile, scene.header(tile) & window, look)
+                           : paintLabel(painter, scene, tile, scene.painted(tile) & window, look);
     }
     return image;
 }
 
-void TreemapPainter::repaintTile(QImage& image, const TreemapScene& scene, std::size_t tile, Look look) const
+const TreemapPalette::Shade& TreemapPainter::shadeOf(const TreemapScene& scene, std::size_t tile,
+                                                     Look look) const
 {
-    const QRect rect = scene.painted(tile);
-    fillTile(image, rect, scene.tiles()[tile].kind, look);
-    if (hasLabel(rect)) {
-        QPainter painter{&image};
-        paintLabel(painter, rect, scene.entry(tile), scene.tiles()[tile].kind, look);
+    const TreemapScene::Tile& wanted = scene.tiles()[tile];
+    if (scene.isOpen(tile)) {
+        return m_palette.open(wanted.level);
     }
+    return wanted.kind == FileKind::folder ? m_palette.closed(wanted.level)
+                                           : m_palette.file(wanted.kind, look.dimmed);
 }
 
-void TreemapPainter::fillTile(QImage& image, const QRect& rect, FileKind kind, Look look) const
+void TreemapPainter::fillTile(QImage& image, const TreemapScene& scene, std::size_t tile, Look look) const
 {
-    const Shade& shade = m_shades.at(kind.index());
-    const QRgb colour = look.hovered ? shade.hovered : shade.fill;
+    const TreemapPalette::Shade& shade = shadeOf(scene, tile, look);
+    const std::uint32_t parent = scene.tiles()[tile].parent;
+    const QRgb behind = parent == TreemapScene::none ? m_palette.background()
+                                                     : m_palette.open(scene.tiles()[parent].level).fill;
+    const QRect rect = scene.painted(tile);
     const int side = std::min(rect.width(), rect.height());
-    const int radius = std::min(pixels(cornerRadius), side / 4);
-    if (!look.checked) {
-        fill(image, rect, radius, colour, m_background);
+    const int radius = std::min(pixels(cornerRadius), side / 6);
+    const bool hasEdge = scene.isOpen(tile) && !scene.header(tile).isEmpty();
+    const int marked = look.checked ? pixels(checkedBorder) : pixels(1);
+    const int border =
+        look.checked || look.covered || hasEdge ? std::clamp(marked, 1, std::max(side / 4, 1)) : 0;
+    if (border == 0) {
+        fill(image, rect, radius, shade.fill, behind);
         return;
     }
-    const int border = std::clamp(side / 4, 1, pixels(checkedBorder));
-    fill(image, rect, radius, m_border, m_background);
-    fill(image, rect.adjusted(border, border, -border, -border), std::max(radius - border, 0), colour,
-         m_border);
+    const QRgb edge = look.checked || look.covered ? m_palette.checked() : shade.edge;
+    fill(image, rect, radius, edge, behind);
+    fill(image, rect.adjusted(border, border, -border, -border), std::max(radius - border, 0), shade.fill,
+         edge);
 }
 
 void TreemapPainter::fill(QImage& image, const QRect& rect, int radius, QRgb colour, QRgb behind) const
@@ -235,19 +221,6 @@ void TreemapPainter::fill(QImage& image, const QRect& rect, int radius, QRgb col
     }
 }
 
-void TreemapPainter::fillCrumbs(QImage& image, const QRect& rect) const
-{
-    // Diagonal stripes that run on from cell to cell, as if all were one.
-    const int stripe = pixels(crumbStripe);
-    const QRect drawn = rect & QRect{QPoint{}, image.size()};
-    for (int y = drawn.top(); y <= drawn.bottom(); ++y) {
-        auto* const line = reinterpret_cast<QRgb*>(image.scanLine(y)); // NOLINT
-        for (int x = drawn.left(); x <= drawn.right(); ++x) {
-            line[x] = m_crumbs.at(static_cast<std::size_t>((x + y) / stripe % 2));
-        }
-    }
-}
-
 const TreemapPainter::Letters& TreemapPainter::lettersFor(const QSizeF& tile) const
 {
     return tile.width() >= roomForTheBody && tile.height() >= roomForTheBodyBelow ? m_body : m_small;
@@ -259,50 +232,122 @@ bool TreemapPainter::hasLabel(const QRect& rect) const
            rect.height() / m_scale >= m_small.nameMetrics.height() + 2 * labelTop;
 }
 
-void TreemapPainter::paintLabel(QPainter& painter, const QRect& rect, const Entry& entry, FileKind kind,
-                                Look look) const
+void TreemapPainter::paintLabel(QPainter& painter, const TreemapScene& scene, std::size_t tile,
+                                const QRect& rect, Look look) const
 {
-    const QRectF tile{rect.x() / m_scale, rect.y() / m_scale, rect.width() / m_scale,
-                      rect.height() / m_scale};
-    const Letters& letters = lettersFor(tile.size());
-    const QRectF room = tile.adjusted(labelMargin, labelTop, -labelMargin, -labelTop);
+    const QRectF room = toPoints(rect).adjusted(labelMargin, labelTop, -labelMargin, -labelTop);
+    const Letters& letters = lettersFor(toPoints(rect).size());
     const double lineHeight = letters.nameMetrics.height();
     const auto fitting = static_cast<qsizetype>(room.height() / lineHeight);
     // No line ends between the mark and the name.
     const QString mark = look.checked ? QStringLiteral("✓\u00a0") : QString{};
+    const Entry& entry = scene.entry(tile);
     const QStringList names = lines(mark + FileUrlText::display(entry.name), letters.name,
                                     letters.nameMetrics, room.width(), fitting > 2 ? 2 : 1);
-
-    painter.setPen(m_shades.at(kind.index()).label);
+    const TreemapPalette::Shade& shade = shadeOf(scene, tile, look);
+    painter.setPen(shade.label);
     painter.setFont(letters.name);
     double baseline = room.y() + letters.nameMetrics.ascent();
     for (const QString& line : names) {
         painter.drawText(QPointF{room.x(), baseline}, line);
         baseline += lineHeight;
     }
-    if (const auto box = checkBox(tile); box && (look.checked || look.hovered)) {
-        paintCheckBox(painter, *box, kind, look.checked);
+    if (const auto box = checkBox(scene, tile); box && look.checked) {
+        paintCheckBox(painter, *box, shade, true);
+    }
+    if (names.isEmpty() || names.size() >= fitting) {
+        return;
     }
     const QString size = UnreadText::size(entry);
-    if (!names.empty() && names.size() < fitting &&
-        letters.sizeMetrics.horizontalAdvance(size) <= room.width()) {
+    if (letters.sizeMetrics.horizontalAdvance(size) <= room.width()) {
+        painter.setPen(shade.quietLabel);
         painter.setFont(letters.size);
         painter.drawText(QPointF{room.x(), baseline}, size);
     }
 }
 
-void TreemapPainter::paintCheckBox(QPainter& painter, const QRectF& box, FileKind kind, bool isChecked) const
+/// One line: the name, then the size at the right where both have room.
+void TreemapPainter::paintHeader(QPainter& painter, const TreemapScene& scene, std::size_t tile,
+                                 const QRect& rect, Look look) const
 {
-    const QColor ink = m_shades.at(kind.index()).label;
+    QRectF room = toPoints(rect).adjusted(labelMargin, 0, -labelMargin, 0);
+    const Entry& entry = scene.entry(tile);
+    const TreemapPalette::Shade& shade = shadeOf(scene, tile, look);
+    const double baseline =
+        room.y() + (room.height() + m_small.nameMetrics.ascent() - m_small.nameMetrics.descent()) / 2;
+    if (look.checked) {
+        if (const auto box = checkBox(scene, tile)) {
+            paintCheckBox(painter, *box, shade, true);
+            room.setRight(box->left() - labelMargin);
+        }
+    }
+    const QString name = FileUrlText::display(entry.name);
+    const double nameWidth = m_small.nameMetrics.horizontalAdvance(name);
+    const QString size = UnreadText::size(entry);
+    const double sizeWidth = m_small.sizeMetrics.horizontalAdvance(size);
+    painter.setPen(shade.label);
+    painter.setFont(m_small.name);
+    if (nameWidth <= room.width()) {
+        painter.drawText(QPointF{room.x(), baseline}, name);
+    } else if (room.width() > 0) {
+        painter.drawText(QPointF{room.x(), baseline},
+                         m_small.nameMetrics.elidedText(name, Qt::ElideMiddle, room.width()));
+    }
+    if (nameWidth + 2 * labelMargin + sizeWidth <= room.width()) {
+        painter.setPen(shade.quietLabel);
+        painter.setFont(m_small.size);
+        painter.drawText(QPointF{room.right() - sizeWidth, baseline}, size);
+    }
+}
+
+void TreemapPainter::paintCheckBox(QPainter& painter, const QRectF& box, const TreemapPalette::Shade& shade,
+                                   bool isChecked) const
+{
+    const QColor ground = QColor::fromRgb(shade.fill);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(isChecked ? QBrush{ink} : QBrush{Qt::NoBrush});
-    painter.setPen(QPen{ink, 1.5});
+    painter.setBrush(isChecked ? shade.label : ground);
+    painter.setPen(QPen{shade.label, 1.5});
     painter.drawRoundedRect(box.adjusted(1, 1, -1, -1), cornerRadius, cornerRadius);
     if (isChecked) {
-        SymbolIcon::paint(painter, box.toAlignedRect(), "checkmark",
-                          QColor::fromRgb(m_shades.at(kind.index()).fill), Theme::smallIconSize);
+        SymbolIcon::paint(painter, box.toAlignedRect(), "checkmark", ground,
+                          std::min(int{Theme::smallIconSize}, static_cast<int>(box.width()) - 2));
     }
-    painter.setPen(ink);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
+void TreemapPainter::paintHover(QPainter& painter, const TreemapScene& scene, std::size_t tile,
+                                Look look) const
+{
+    painter.setRenderHint(QPainter::Antialiasing);
+    constexpr double half = hoverLine / 2;
+    for (std::uint32_t around = static_cast<std::uint32_t>(tile); around != TreemapScene::none;
+         around = scene.tiles()[around].parent) {
+        painter.setBrush(Qt::NoBrush);
+        const bool isItself = around == tile;
+        painter.setPen(QPen{QColor::fromRgb(m_palette.checked()), isItself ? hoverLine : half});
+        const double inset = isItself ? half : half / 2;
+        const QRectF frame = toPoints(scene.painted(around)).adjusted(inset, inset, -inset, -inset);
+        const double radius = std::min({cornerRadius, frame.width() / 4, frame.height() / 4});
+        painter.drawRoundedRect(frame, radius, radius);
+    }
+    if (const auto box = checkBox(scene, tile); box && !look.checked && !look.covered) {
+        paintCheckBox(painter, *box, shadeOf(scene, tile, look), false);
+    }
+}
+
+QRegion TreemapPainter::hoverRegion(const TreemapScene& scene, std::size_t tile) const
+{
+    QRegion region;
+    for (std::uint32_t around = static_cast<std::uint32_t>(tile); around != TreemapScene::none;
+         around = scene.tiles()[around].parent) {
+        constexpr int line = 3;
+        const QRect frame = toPoints(scene.painted(around)).toAlignedRect();
+        region |= QRegion{frame.adjusted(-1, -1, 1, 1)} - frame.adjusted(line, line, -line, -line);
+    }
+    if (const auto box = checkBox(scene, tile)) {
+        region |= box->toAlignedRect().adjusted(-1, -1, 1, 1);
+    }
+    return region;
 }
 
 void TreemapPainter::paintRing(QPainter& painter, const QRectF& tile) const
@@ -314,7 +359,7 @@ void TreemapPainter::paintRing(QPainter& painter, const QRectF& tile) const
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen{Theme::shared().colour(Theme::Colour::accent), ringWidth});
     painter.drawRoundedRect(tile.adjusted(-half, -half, half, half), cornerRadius, cornerRadius);
-    painter.setPen(QPen{QColor::fromRgb(m_background), ringWidth});
+    painter.setPen(QPen{QColor::fromRgb(m_palette.background()), ringWidth});
     painter.drawRoundedRect(tile.adjusted(half, half, -half, -half), cornerRadius, cornerRadius);
 }
 
@@ -327,7 +372,7 @@ void TreemapPainter::paintMessage(QPainter& painter, const QRect& area, const QS
     const QRect text = painter.boundingRect(inside, flags, message);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor::fromRgb(m_background));
+    painter.setBrush(QColor::fromRgb(m_palette.background()));
     painter.drawRoundedRect(text.adjusted(-2 * margin, -margin, 2 * margin, margin), Theme::controlRadius,
                             Theme::controlRadius);
     painter.setPen(Theme::shared().colour(Theme::Colour::secondary));

@@ -1,12 +1,14 @@
 #include "Tools/DiskUsage/Treemap/TreemapScene.h"
 
 #include "Theme/FileKindPresentation.h"
-#include "Treemap/TreemapLayout.h"
+
+#include <queue>
 
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <tuple>
+#include <ranges>
+#include <unordered_map>
 
 namespace tallyroom {
 
@@ -16,19 +18,23 @@ namespace {
 constexpr double gap = 2;
 constexpr double narrowGap = 1;
 constexpr double wideEnoughForTheGap = 9;
-constexpr double smallestTile = 3;
+constexpr double smallestSide = 3;
+constexpr double smallestArea = 36;
+constexpr double smallestOpen = 14; // less room shows nothing of a folder's content
+constexpr double headerHeight = 18;
+constexpr double padding = 3;
+constexpr double narrowPadding = 1;
+constexpr QSizeF roomForTheHeader{44, 44};
+constexpr QSizeF roomForThePadding{28, 28};
 
 double weightOf(const Entry& entry)
 {
     return static_cast<double>(std::max<std::int64_t>(entry.sizeBytes, 0));
 }
 
-std::vector<double> weightsOf(const EntryList& entries, const std::vector<std::uint32_t>& visible)
+std::size_t keyOf(const Entry& entry)
 {
-    std::vector<double> weights(visible.size());
-    std::ranges::transform(visible, weights.begin(),
-                           [&entries](std::uint32_t index) { return weightOf(entries[index]); });
-    return weights;
+    return std::hash<FileUrl>{}(entry.url);
 }
 
 /// Edges, not extents, are rounded: neighbours then share them, and areas stay true over any distance.
@@ -39,64 +45,171 @@ QRect rounded(const TreemapLayout::Rectangle& rect)
     return {start, QSize{pixel(rect.x + rect.width) - start.x(), pixel(rect.y + rect.height) - start.y()}};
 }
 
-/// A stretch of one axis, its end not included.
-struct Stretch {
-    int start = 0;
-    int end = 0;
-
-    [[nodiscard]] int distanceTo(int place) const { return std::max({0, start - place, place - (end - 1)}); }
-
-    [[nodiscard]] bool touches(const Stretch& other) const { return start < other.end && other.start < end; }
-};
-
-Stretch horizontal(const QRect& rect)
-{
-    return {rect.x(), rect.x() + rect.width()};
-}
-
-Stretch vertical(const QRect& rect)
-{
-    return {rect.y(), rect.y() + rect.height()};
-}
-
 } // namespace
 
-TreemapScene::TreemapScene(EntryList entries, std::vector<std::uint32_t> visible, const QRect& area,
-                           double scale)
-    : m_entries(std::move(entries)), m_area(area), m_scale(scale)
+struct TreemapScene::Child {
+    const Entry* entry = nullptr;
+    std::uint32_t position = none;
+    std::uint32_t outline = none;
+    std::uint32_t node = none;
+};
+
+TreemapScene::TreemapScene(Content content, const Frame& frame, SteadyLayout& layout)
+    : m_content(std::move(content)), m_frame(frame)
 {
-    std::vector<double> weights = weightsOf(m_entries, visible);
-    if (!std::ranges::is_sorted(weights, std::greater{})) {
-        std::ranges::stable_sort(visible, std::greater{},
-                                 [this](std::uint32_t index) { return weightOf(m_entries[index]); });
-        weights = weightsOf(m_entries, visible);
+    std::ranges::for_each(m_content.entries,
+                          [this](const Entry& entry) { m_folderBytes += weightOf(entry); });
+    placeTop(layout);
+    m_topCount = m_tiles.size();
+    using Candidate = std::pair<std::int64_t, std::size_t>;
+    std::priority_queue<Candidate> candidates;
+    const auto consider = [&](std::size_t first) {
+        for (std::size_t tile = first; tile < m_tiles.size(); ++tile) {
+            const QRect cell = m_tiles[tile].cell;
+            if (const Outline::Node* const known = node(tile);
+                known != nullptr && known->entry.isDirectory && cell.intersects(m_frame.window)) {
+                candidates.emplace(std::int64_t{cell.width()} * cell.height(), tile);
+            }
+        }
+    };
+    consider(0);
+    while (!candidates.empty()) {
+        const std::size_t folder = candidates.top().second;
+        candidates.pop();
+        const std::size_t first = m_tiles.size();
+        open(folder, layout);
+        consider(first);
     }
-    if (visible.size() == m_entries.size()) {
-        std::ranges::for_each(weights, [this](double weight) { m_folderBytes += weight; });
-    } else {
-        std::ranges::for_each(m_entries, [this](const Entry& entry) { m_folderBytes += weightOf(entry); });
-    }
-    place(visible, weights);
     findKinds();
+    layout.forgetUnused();
 }
 
-void TreemapScene::place(const std::vector<std::uint32_t>& visible, const std::vector<double>& weights)
+/// The listing is the first level; what the outline knows of its folders is found by their locations.
+void TreemapScene::placeTop(SteadyLayout& layout)
 {
-    // Every cell ends with a gap; the last ones end theirs beyond the area.
-    const double around = gap * m_scale;
-    const TreemapLayout::Rectangle whole{double(m_area.x()), double(m_area.y()), m_area.width() + around,
-                                         m_area.height() + around};
-    const double least = smallestTile * m_scale;
-    for (const auto& [index, rect] : TreemapLayout::tiles(weights, whole)) {
+    std::unordered_map<std::string_view, std::uint32_t> known;
+    if (!m_content.outlines.empty()) {
+        const std::vector<Outline::Node>& nodes = m_content.outlines.front()->nodes;
+        const Outline::Node& root = nodes.front();
+        for (std::uint32_t node = root.firstChild; node < root.firstChild + root.childCount; ++node) {
+            if (nodes[node].entry.isDirectory) {
+                known.emplace(nodes[node].entry.url.path(), node);
+            }
+        }
+    }
+    std::vector<Child> children;
+    children.reserve(m_content.visible.size());
+    for (const std::uint32_t position : m_content.visible) {
+        const Entry& entry = m_content.entries[position];
+        Child child{&entry, position};
+        if (const auto found = entry.isDirectory ? known.find(entry.url.path()) : known.end();
+            found != known.end()) {
+            child.outline = 0;
+            child.node = found->second;
+        }
+        children.push_back(child);
+    }
+    const auto weight = [](const Child& child) { return weightOf(*child.entry); };
+    if (!std::ranges::is_sorted(children, std::greater{}, weight)) {
+        std::ranges::stable_sort(children, std::greater{}, weight);
+    }
+    place(children, 0, 0, none, layout);
+}
+
+void TreemapScene::open(std::size_t tile, SteadyLayout& layout)
+{
+    findNode(m_tiles[tile]);
+    const Outline::Node* const folder = node(tile);
+    const QRect content = contentOf(tile);
+    const auto enough = pixels(smallestOpen);
+    if (!folder->isExpanded || content.width() < enough || content.height() < enough ||
+        m_tiles.size() + folder->childCount > mostTiles) {
+        return;
+    }
+    const std::uint32_t outline = m_tiles[tile].outline;
+    const std::vector<Outline::Node>& nodes = m_content.outlines[outline]->nodes;
+    std::vector<Child> children;
+    children.reserve(folder->childCount);
+    for (std::uint32_t node = folder->firstChild; node < folder->firstChild + folder->childCount; ++node) {
+        children.push_back({&nodes[node].entry, none, outline, node});
+    }
+    m_tiles[tile].content = content;
+    m_tiles[tile].firstChild = static_cast<std::uint32_t>(m_tiles.size());
+    place(children, folder->restBytes, folder->restCount, static_cast<std::uint32_t>(tile), layout);
+    const auto placed = static_cast<std::uint32_t>(m_tiles.size()) - m_tiles[tile].firstChild;
+    m_tiles[tile].childCount = placed;
+    if (placed == 0) { // a closed folder says more than an empty frame
+        m_tiles[tile].content = {};
+        m_tiles[tile].rest = none;
+        if (!m_rests.empty() && m_rests.back().parent == tile) {
+            m_rests.pop_back();
+        }
+    }
+}
+
+/// Adds a tile a child that is large enough, the others to the rest. Every cell ends with a gap; the last
+/// ones end theirs beyond the area.
+void TreemapScene::place(const std::vector<Child>& children, std::int64_t restBytes, std::size_t restCount,
+                         std::uint32_t parent, SteadyLayout& layout)
+{
+    const QRect area = parent == none ? m_frame.area : m_tiles[parent].content;
+    const double around = gap * m_frame.scale;
+    std::vector<SteadyLayout::Item> items;
+    items.reserve(children.size() + 1);
+    for (const Child& child : children) {
+        if (const double weight = weightOf(*child.entry); weight > 0) {
+            items.push_back({keyOf(*child.entry), weight});
+        }
+    }
+    const std::size_t unweighed = children.size() - items.size(); // last, since larger ones come first
+    const std::size_t folder = parent == none ? 0 : keyOf(entry(parent));
+    if (restBytes > 0) {
+        items.push_back({~folder, static_cast<double>(restBytes)});
+    }
+    Rest rest{parent, {}, restCount + (parent == none ? 0 : unweighed), std::max<std::int64_t>(restBytes, 0)};
+    const double leastSide = smallestSide * m_frame.scale;
+    const double leastArea = smallestArea * m_frame.scale * m_frame.scale;
+    const std::uint32_t level = parent == none ? 0 : m_tiles[parent].level + 1;
+    for (const auto& [index, rect] :
+         layout.tiles(folder, items,
+                      {double(area.x()), double(area.y()), area.width() + around, area.height() + around})) {
         const QRect cell = rounded(rect);
-        if (std::min(rect.width, rect.height) >= least) {
-            m_tiles.push_back({cell, visible[index]});
+        const bool isChild = index < children.size() - unweighed;
+        if (isChild && std::min(rect.width, rect.height) >= leastSide &&
+            rect.width * rect.height >= leastArea && m_tiles.size() < mostTiles) {
+            const Child& child = children[index];
+            Tile& tile = m_tiles.emplace_back();
+            tile.cell = cell;
+            tile.parent = parent;
+            tile.position = child.position;
+            tile.outline = child.outline;
+            tile.node = child.node;
+            tile.level = level;
             continue;
         }
-        ++m_crumbs.count;
-        m_crumbs.sizeBytes += weights[index];
-        if (const QRect inside = cell & m_area; !inside.isEmpty()) {
-            m_crumbs.cells.push_back(inside);
+        if (isChild) {
+            ++rest.count;
+            rest.sizeBytes += children[index].entry->sizeBytes;
+        }
+        if (const QRect inside = cell & area; !inside.isEmpty()) {
+            rest.cells.push_back(inside);
+        }
+    }
+    if (rest.count > 0 || rest.sizeBytes > 0) {
+        (parent == none ? m_topRest : m_tiles[parent].rest) = static_cast<std::uint32_t>(m_rests.size());
+        m_rests.push_back(std::move(rest));
+    }
+}
+
+/// An outline that begins at the folder tells more of it.
+void TreemapScene::findNode(Tile& tile) const
+{
+    const Entry& folder = m_content.outlines[tile.outline]->nodes[tile.node].entry;
+    for (std::uint32_t outline = 1; outline < m_content.outlines.size(); ++outline) {
+        const Outline::Node& root = m_content.outlines[outline]->nodes.front();
+        if (root.isExpanded && root.entry.url == folder.url) {
+            tile.outline = outline;
+            tile.node = 0;
         }
     }
 }
@@ -116,13 +229,57 @@ void TreemapScene::findKinds()
     }
 }
 
+const TreemapScene::Rest* TreemapScene::topRest() const
+{
+    return m_topRest == none ? nullptr : &m_rests[m_topRest];
+}
+
+const Entry& TreemapScene::entry(std::size_t tile) const
+{
+    const Tile& wanted = m_tiles[tile];
+    return wanted.position == none ? m_content.outlines[wanted.outline]->nodes[wanted.node].entry
+                                   : m_content.entries[wanted.position];
+}
+
+const Outline::Node* TreemapScene::node(std::size_t tile) const
+{
+    const Tile& wanted = m_tiles[tile];
+    return wanted.node == none ? nullptr : &m_content.outlines[wanted.outline]->nodes[wanted.node];
+}
+
+int TreemapScene::pixels(double length) const
+{
+    return static_cast<int>(std::lround(length * m_frame.scale));
+}
+
 QRect TreemapScene::painted(std::size_t tile) const
 {
-    const QRect& cell = m_tiles[tile].cell;
-    const bool wide = std::min(cell.width(), cell.height()) >= wideEnoughForTheGap * m_scale;
-    const int around = static_cast<int>(std::lround(gap * m_scale));
-    const int taken = wide ? around : static_cast<int>(std::lround(narrowGap * m_scale));
-    return cell.adjusted(0, 0, -taken, -taken) & m_area;
+    const Tile& wanted = m_tiles[tile];
+    const QRect& cell = wanted.cell;
+    const bool wide = std::min(cell.width(), cell.height()) >= wideEnoughForTheGap * m_frame.scale;
+    const int taken = pixels(wide ? gap : narrowGap);
+    const QRect& area = wanted.parent == none ? m_frame.area : m_tiles[wanted.parent].content;
+    return cell.adjusted(0, 0, -taken, -taken) & area;
+}
+
+QRect TreemapScene::header(std::size_t tile) const
+{
+    const QRect frame = painted(tile);
+    const bool hasRoom = frame.width() >= pixels(roomForTheHeader.width()) &&
+                         frame.height() >= pixels(roomForTheHeader.height());
+    return hasRoom && isOpen(tile) ? QRect{frame.topLeft(), QSize{frame.width(), pixels(headerHeight)}}
+                                   : QRect{};
+}
+
+QRect TreemapScene::contentOf(std::size_t tile) const
+{
+    const QRect frame = painted(tile);
+    const auto hasRoom = [&](const QSizeF& room) {
+        return frame.width() >= pixels(room.width()) && frame.height() >= pixels(room.height());
+    };
+    const int side = pixels(hasRoom(roomForThePadding) ? padding : narrowPadding);
+    const int top = hasRoom(roomForTheHeader) ? pixels(headerHeight) : side;
+    return frame.adjusted(side, top, -side, -side);
 }
 
 double TreemapScene::share(std::size_t tile) const
@@ -130,58 +287,111 @@ double TreemapScene::share(std::size_t tile) const
     return m_folderBytes > 0 ? weightOf(entry(tile)) / m_folderBytes : 0;
 }
 
+double TreemapScene::shareOfParent(std::size_t tile) const
+{
+    const std::uint32_t parent = m_tiles[tile].parent;
+    if (parent == none) {
+        return share(tile);
+    }
+    const double whole = weightOf(entry(parent));
+    return whole > 0 ? std::min(weightOf(entry(tile)) / whole, 1.0) : 0;
+}
+
+std::optional<std::size_t> TreemapScene::itemCount(std::size_t tile) const
+{
+    const Outline::Node* const folder = node(tile);
+    return folder != nullptr && folder->isExpanded
+               ? std::optional{std::size_t{folder->childCount} + folder->restCount}
+               : std::nullopt;
+}
+
+std::array<std::int64_t, 11> TreemapScene::bytesByKind() const
+{
+    std::array<std::int64_t, 11> bytes{};
+    for (std::size_t tile = 0; tile < m_tiles.size(); ++tile) {
+        if (!isOpen(tile)) {
+            bytes.at(m_tiles[tile].kind.index()) += entry(tile).sizeBytes;
+        }
+    }
+    for (const Rest& rest : m_rests) {
+        bytes.at(FileKind{FileKind::folder}.index()) += rest.sizeBytes;
+    }
+    return bytes;
+}
+
+std::pair<std::size_t, std::size_t> TreemapScene::children(std::size_t tile) const
+{
+    const Tile& folder = m_tiles[tile];
+    return {folder.firstChild, std::size_t{folder.firstChild} + folder.childCount};
+}
+
+std::pair<std::size_t, std::size_t> TreemapScene::siblings(std::size_t tile) const
+{
+    const std::uint32_t parent = m_tiles[tile].parent;
+    return parent == none ? std::pair{std::size_t{0}, m_topCount} : children(parent);
+}
+
+/// `inside` is the innermost open folder there.
+std::optional<std::size_t> TreemapScene::tileAt(const QPoint& pixel, std::uint32_t& inside) const
+{
+    std::optional<std::size_t> found;
+    std::pair<std::size_t, std::size_t> level{0, m_topCount};
+    while (true) {
+        const auto numbers = std::views::iota(level.first, level.second);
+        const auto at = std::ranges::find_if(
+            numbers, [&](std::size_t tile) { return m_tiles[tile].cell.contains(pixel); });
+        if (at == numbers.end()) {
+            return found;
+        }
+        found = *at;
+        if (!isOpen(*found) || !m_tiles[*found].content.contains(pixel)) {
+            return found;
+        }
+        inside = static_cast<std::uint32_t>(*found);
+        level = children(*found);
+    }
+}
+
 std::optional<std::size_t> TreemapScene::tileAt(const QPoint& pixel) const
 {
-    const auto found =
-        std::ranges::find_if(m_tiles, [&pixel](const Tile& tile) { return tile.cell.contains(pixel); });
-    return found == m_tiles.end() ? std::nullopt
-                                  : std::optional{static_cast<std::size_t>(found - m_tiles.begin())};
+    std::uint32_t inside = none;
+    return tileAt(pixel, inside);
+}
+
+const TreemapScene::Rest* TreemapScene::restAt(const QPoint& pixel) const
+{
+    std::uint32_t inside = none;
+    const auto tile = tileAt(pixel, inside);
+    const std::uint32_t rest = inside == none ? m_topRest : m_tiles[inside].rest;
+    const bool isBesideTiles = !tile || *tile == inside;
+    if (rest == none || !isBesideTiles) {
+        return nullptr;
+    }
+    const auto& cells = m_rests[rest].cells;
+    return std::ranges::any_of(cells, [&](const QRect& cell) { return cell.contains(pixel); })
+               ? &m_rests[rest]
+               : nullptr;
 }
 
 std::optional<std::size_t> TreemapScene::find(const FileUrl& url) const
 {
-    const auto found = std::ranges::find_if(
-        m_tiles, [this, &url](const Tile& tile) { return m_entries[tile.entry].url == url; });
-    return found == m_tiles.end() ? std::nullopt
-                                  : std::optional{static_cast<std::size_t>(found - m_tiles.begin())};
-}
-
-std::optional<std::size_t> TreemapScene::neighbour(std::size_t from, Direction direction,
-                                                   const QPoint& anchor) const
-{
-    const bool sideways = direction == Direction::left || direction == Direction::right;
-    const bool forwards = direction == Direction::right || direction == Direction::down;
-    const auto along = [sideways](const QRect& rect) { return sideways ? horizontal(rect) : vertical(rect); };
-    const auto across = [sideways](const QRect& rect) {
-        return sideways ? vertical(rect) : horizontal(rect);
-    };
-    const Stretch start = along(m_tiles[from].cell);
-    const Stretch level = across(m_tiles[from].cell);
-
-    std::optional<std::size_t> nearest;
-    std::tuple<int, int> least;
-    for (std::size_t tile = 0; tile < m_tiles.size(); ++tile) {
-        const QRect& cell = m_tiles[tile].cell;
-        const int way = forwards ? along(cell).start - start.end : start.start - along(cell).end;
-        if (way < 0 || !across(cell).touches(level)) {
-            continue;
+    std::pair<std::size_t, std::size_t> level{0, m_topCount};
+    while (true) {
+        std::optional<std::size_t> above;
+        for (std::size_t tile = level.first; tile < level.second; ++tile) {
+            const std::string& path = entry(tile).url.path();
+            if (path == url.path()) {
+                return tile;
+            }
+            if (isOpen(tile) && isWithin(url.path(), path)) {
+                above = tile;
+            }
         }
-        const std::tuple cost{way, across(cell).distanceTo(sideways ? anchor.y() : anchor.x())};
-        if (!nearest || cost < least) {
-            nearest = tile;
-            least = cost;
+        if (!above) {
+            return std::nullopt;
         }
+        level = children(*above);
     }
-    return nearest;
-}
-
-QPoint TreemapScene::anchorWithin(std::size_t tile, Direction direction, const QPoint& anchor) const
-{
-    const QRect rect = painted(tile);
-    const QPoint middle = rect.center();
-    return direction == Direction::left || direction == Direction::right
-               ? QPoint{middle.x(), std::clamp(anchor.y(), rect.top(), rect.bottom())}
-               : QPoint{std::clamp(anchor.x(), rect.left(), rect.right()), middle.y()};
 }
 
 } // namespace tallyroom

@@ -1,0 +1,183 @@
+#include "Tools/DiskUsage/Treemap/TreemapScene.h"
+
+#include "App/OutlineMaker.h"
+
+#include <gtest/gtest.h>
+#include <numeric>
+#include <random>
+
+namespace tallyroom {
+
+namespace {
+
+/// A home folder of any shape: deep ones, flat ones, large ones beside tiny ones, rests here and there.
+DrawnTree anyTree(std::mt19937& random, const std::string& name, std::size_t files, int depth)
+{
+    std::lognormal_distribution<double> size{8, 2};
+    DrawnTree tree{name};
+    const std::size_t folders = depth > 0 ? 1 + random() % 4 : 0;
+    for (std::size_t index = 0; index < folders; ++index) {
+        tree.children.push_back(anyTree(random, "d" + std::to_string(index), files / 2, depth - 1));
+    }
+    for (std::size_t index = 0; index < 1 + random() % files; ++index) {
+        tree.children.push_back({"f" + std::to_string(index) + ".jpg", std::int64_t(size(random)) + 1});
+    }
+    if (random() % 2 == 0) {
+        tree.restCount = static_cast<std::uint32_t>(1 + random() % 100);
+        tree.restBytes = std::int64_t(size(random)) * 3;
+    }
+    return tree;
+}
+
+TreemapScene sceneOf(const EntryList& entries, std::vector<SharedOutline> outlines, const QRect& area,
+                     double scale)
+{
+    std::vector<std::uint32_t> all(entries.size());
+    std::iota(all.begin(), all.end(), 0U);
+    SteadyLayout layout;
+    return {{entries, std::move(all), std::move(outlines)}, {area, area, scale}, layout};
+}
+
+/// The cells directly in an open folder, or on the first level.
+std::vector<QRect> cellsIn(const TreemapScene& scene, std::uint32_t folder)
+{
+    std::vector<QRect> cells;
+    for (const TreemapScene::Tile& tile : scene.tiles()) {
+        if (tile.parent == folder) {
+            cells.push_back(tile.cell);
+        }
+    }
+    for (const TreemapScene::Rest& rest : scene.rests()) {
+        if (rest.parent == folder) {
+            cells.insert(cells.end(), rest.cells.begin(), rest.cells.end());
+        }
+    }
+    return cells;
+}
+
+/// Whether every pixel of the area belongs to one of the cells.
+testing::AssertionResult ownEveryPixelOnce(const std::vector<QRect>& cells, const QRect& area)
+{
+    std::vector<int> owners(static_cast<std::size_t>(area.width()) * static_cast<std::size_t>(area.height()));
+    for (const QRect& cell : cells) {
+        const QRect inside = cell & area;
+        for (int y = inside.top(); y <= inside.bottom(); ++y) {
+            for (int x = inside.left(); x <= inside.right(); ++x) {
+                ++owners[static_cast<std::size_t>((y - area.y()) * area.width() + x - area.x())];
+            }
+        }
+    }
+    const auto wrong = std::ranges::count_if(owners, [](int count) { return count != 1; });
+    return wrong == 0 ? testing::AssertionSuccess()
+                      : testing::AssertionFailure() << wrong << " of " << owners.size() << " pixels";
+}
+
+/// That siblings have the same area for each byte, but for what rounding takes and gives at their edges.
+void expectTrueAreas(const TreemapScene& scene, std::uint32_t folder, const QRect& area, double bytes,
+                     double scale)
+{
+    // Each cell ends with a gap, the last ones beyond the area.
+    const double gap = 2 * scale;
+    const double perByte = (area.width() + gap) * (area.height() + gap) / bytes;
+    for (std::size_t tile = 0; tile < scene.tiles().size(); ++tile) {
+        const TreemapScene::Tile& one = scene.tiles()[tile];
+        if (one.parent == folder) {
+            const QSize size = one.cell.size();
+            EXPECT_NEAR(double(size.width()) * size.height(), perByte * double(scene.entry(tile).sizeBytes),
+                        size.width() + size.height() + 1)
+                << scene.entry(tile).url.path();
+        }
+    }
+}
+
+TEST(TreemapScene, EachLevelIsCoveredInProportionAndNothingIsLost)
+{
+    for (const double scale : {1.0, 1.5, 2.0}) {
+        for (unsigned seed = 0; seed < 6; ++seed) {
+            SCOPED_TRACE(testing::Message() << "seed " << seed << " at " << scale);
+            std::mt19937 random{seed};
+            DrawnTree tree = anyTree(random, "moi", 60, 4);
+            tree.restCount = 0; // a listing tells all
+            tree.restBytes = 0;
+            const SharedOutline outline = outlineOf(tree, "/home/moi");
+            const QRect area{2, 2, int(701 * scale), int(403 * scale)};
+            const TreemapScene scene = sceneOf(listingOf(outline), {outline}, area, scale);
+
+            EXPECT_TRUE(ownEveryPixelOnce(cellsIn(scene, TreemapScene::none), area));
+            expectTrueAreas(scene, TreemapScene::none, area, double(tree.sizeBytes()), scale);
+            std::int64_t leaves = 0;
+            std::size_t open = 0;
+            for (std::uint32_t tile = 0; tile < scene.tiles().size(); ++tile) {
+                if (!scene.isOpen(tile)) {
+                    leaves += scene.entry(tile).sizeBytes;
+                    continue;
+                }
+                ++open;
+                const QRect content = scene.tiles()[tile].content;
+                EXPECT_TRUE(scene.painted(tile).contains(content));
+                EXPECT_TRUE(ownEveryPixelOnce(cellsIn(scene, tile), content));
+                expectTrueAreas(scene, tile, content, double(scene.entry(tile).sizeBytes), scale);
+            }
+            EXPECT_GT(open, 1U);
+            for (const TreemapScene::Rest& rest : scene.rests()) {
+                leaves += rest.sizeBytes;
+            }
+            EXPECT_EQ(leaves, tree.sizeBytes());
+            const auto kinds = scene.bytesByKind();
+            EXPECT_EQ(std::accumulate(kinds.begin(), kinds.end(), std::int64_t{0}), tree.sizeBytes());
+        }
+    }
+}
+
+TEST(TreemapScene, AFlatFolderOfAnySizeIsDrawnWithinTheLimit)
+{
+    for (const std::size_t count : {std::size_t{1}, std::size_t{300}, std::size_t{100'000}}) {
+        EntryList::Builder builder;
+        for (std::size_t index = 0; index < count; ++index) {
+            const std::string name = std::to_string(index);
+            const auto size = static_cast<std::int64_t>(1 + (index * 7919 % 1013) * (index % 17));
+            builder.append({FileUrl{"/" + name}, name, size, false});
+        }
+        const EntryList entries = builder.snapshot();
+        const QRect area{0, 0, 3840, 2000};
+        const TreemapScene scene = sceneOf(entries, {}, area, 1);
+        EXPECT_LE(scene.tiles().size(), TreemapScene::mostTiles);
+        EXPECT_EQ(scene.tiles().size() + (scene.topRest() == nullptr ? 0 : scene.topRest()->count), count);
+        EXPECT_TRUE(ownEveryPixelOnce(cellsIn(scene, TreemapScene::none), area)) << count;
+    }
+}
+
+TEST(TreemapScene, APlaceAndALocationLeadToTheInnermostTile)
+{
+    const DrawnTree tree{
+        "moi",
+        0,
+        {{"photos", 0, {{"2023", 0, {{"a.jpg", 500}, {"b.jpg", 300}}}, {"c.jpg", 90}}}, {"film.mov", 700}}};
+    const SharedOutline outline = outlineOf(tree, "/home/moi");
+    const TreemapScene scene = sceneOf(listingOf(outline), {outline}, {0, 0, 600, 400}, 1);
+    for (const char* const path :
+         {"photos", "photos/2023", "photos/2023/b.jpg", "photos/c.jpg", "film.mov"}) {
+        const auto tile = scene.find(FileUrl{"/home/moi"}.appending(path));
+        ASSERT_TRUE(tile) << path;
+        const QRect painted = scene.painted(*tile);
+        const QPoint place = scene.isOpen(*tile) ? scene.header(*tile).center() : painted.center();
+        EXPECT_EQ(scene.tileAt(place), tile) << path;
+    }
+    EXPECT_EQ(scene.find(FileUrl{"/home/moi/photos/2023/z.jpg"}), std::nullopt);
+    EXPECT_DOUBLE_EQ(scene.shareOfParent(*scene.find(FileUrl{"/home/moi/photos/2023/b.jpg"})), 0.375);
+}
+
+TEST(TreemapScene, AnOutlineThatBeginsFurtherDownTellsMore)
+{
+    const DrawnTree closer{"projets", 0, {{"a.cpp", 60}, {"b.cpp", 40}}};
+    const DrawnTree tree{"moi", 0, {{"projets", 0, {}, 100, 2}, {"film.mov", 700}}};
+    const SharedOutline outline = outlineOf(tree, "/home/moi");
+    const FileUrl deep{"/home/moi/projets/b.cpp"};
+    EXPECT_FALSE(sceneOf(listingOf(outline), {outline}, {0, 0, 600, 400}, 1).find(deep));
+    const SharedOutline more = outlineOf(closer, "/home/moi/projets");
+    EXPECT_TRUE(sceneOf(listingOf(outline), {outline, more}, {0, 0, 600, 400}, 1).find(deep));
+}
+
+} // namespace
+
+} // namespace tallyroom
