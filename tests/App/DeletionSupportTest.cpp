@@ -1,6 +1,7 @@
 #include "App/NavigatorScene.h"
 #include "Deletion/DeletionRunner.h"
 #include "Deletion/RemovedPlaces.h"
+#include "Support/Cases.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -36,13 +37,8 @@ TEST(DeletionSupport, UndoingRanksTheListAndPutsEqualSizesLast)
 TEST(DeletionSupport, AFolderTakesAlongWhatLiesBelowItAndNotItsNeighbours)
 {
     RemovedPlaces places{{folderEntry("/r/folder", 9), fileEntry("/r/file", 1)}};
-    const std::vector<std::pair<const char*, bool>> cases{
-        {"/r/folder", true},     {"/r/folder/deep/x", true}, {"/r/folder/deep/y", true},
-        {"/r/folder2/x", false}, {"/r/file", true},          {"/r/file/x", false},
-        {"/r", false},           {"/r/other", false},        {"/folder/x", false},
-    };
-    for (const auto& [path, isCovered] : cases) {
-        EXPECT_EQ(places.covers(fileEntry(path, 0)), isCovered) << path;
+    for (const auto& row : cases("what a removal covers")) {
+        EXPECT_EQ(places.covers(fileEntry(row[0], 0)), row[1] == "yes") << row[0];
     }
     places.remove({folderEntry("/r/folder", 9)});
     EXPECT_FALSE(places.covers(fileEntry("/r/folder/deep/y", 0)));

@@ -7,7 +7,6 @@
 #include "Rows/EntryTable.h"
 #include "Rows/EntryTableHeader.h"
 #include "Rows/EntryTableModel.h"
-#include "Settings/Settings.h"
 #include "Tools/DiskUsage/Treemap/TreemapView.h"
 
 #include <QAbstractButton>
@@ -32,7 +31,6 @@ class DiskUsageViewTest : public testing::Test {
 protected:
     DiskUsageViewTest()
     {
-        Settings::store().remove(QStringLiteral("diskUsage.treemap"));
         scene.openLoaded("/r", {folderEntry("/r/folder", 30), fileEntry("/r/b", 20), fileEntry("/r/c", 10)});
         view.resize(900, 600);
         view.show();
@@ -300,6 +298,14 @@ TEST_F(DiskUsageViewTest, EveryEndOfAScanHasItsWordsAndOnlyACompleteOneFoundNoth
          "Ce dossier ne peut pas être lu : accès refusé."},
         {stop, partial + "|" + before},
         {failToChoose, partial + "|" + before},
+        {[&] {
+             scene.finishListing({}, SystemError{EACCES});
+             button("Réessayer")->click();
+             EXPECT_FALSE(scene.listing().useCache);
+             scene.finishListing({});
+             EXPECT_EQ(button("Réessayer"), nullptr);
+         },
+         "0 élément · 0 o|Ce dossier est vide."},
         {[&] { find(), stop(); }, "1 élément · 7 o|" + partial},
         {[&] { find(), failToChoose(); }, "1 élément · 7 o|" + partial}};
     const QRegularExpression ofEnds{QStringLiteral("^\\d+ élément|Analyse|Rien|Ce dossier")};

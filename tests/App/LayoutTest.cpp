@@ -4,8 +4,6 @@
 #include "Theme/Theme.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
-#include "Tools/Frame/ToolHeader.h"
-#include "Tools/Frame/ToolTitle.h"
 #include "Welcome/ToolWelcome.h"
 
 #include <QApplication>
@@ -16,7 +14,6 @@
 #include <QTest>
 
 #include <algorithm>
-#include <array>
 #include <gmock/gmock.h>
 
 namespace tallyroom {
@@ -56,26 +53,6 @@ TEST(DiskUsageView, TheWayShrinksAfterTheFilterAndNothingMovesWhileAScanRuns)
         scene.finishListing({fileEntry("/r/a folder of some length/and another one in it/x", 1)});
         EXPECT_EQ(placesOf(), whileScanning) << width;
         scene.navigator->refreshCurrent();
-    }
-}
-
-TEST(ToolHeader, OptionsStandSideBySideAtEveryWidth)
-{
-    ToolHeader header{QStringLiteral("Filtrer")};
-    header.setLeading(new ToolTitle{QStringLiteral("node_modules")});
-    std::array<QPushButton*, 2> options{};
-    for (QPushButton*& option : options) {
-        option = new QPushButton{QStringLiteral("Option (0)")};
-        header.addOption(option);
-    }
-    header.show();
-    for (const int width : {684, 780, 984, 1400, 780, 600}) {
-        header.resize(width, header.heightForWidth(width));
-        options.back()->setText(QStringLiteral("A longer option (%1)").arg(width));
-        QApplication::sendPostedEvents();
-        EXPECT_EQ(options[0]->y(), options[1]->y()) << width;
-        EXPECT_LT(options[0]->geometry().right(), options[1]->x()) << width;
-        EXPECT_GE(options[1]->width(), options[1]->sizeHint().width()) << width;
     }
 }
 

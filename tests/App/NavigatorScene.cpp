@@ -1,5 +1,7 @@
 #include "App/NavigatorScene.h"
 
+#include "Settings/Settings.h"
+
 #include <algorithm>
 
 namespace tallyroom {
@@ -16,6 +18,7 @@ Entry entryAt(const std::string& path, std::int64_t size, bool isDirectory)
 
 NavigatorScene::NavigatorScene()
 {
+    Settings::store().clear(); // before a view reads them
     const auto remove = [this](std::span<const Entry> entries, bool permanently,
                                const FileRemover::BatchOptions& options) {
         FileRemover::RemovalResult result;
@@ -44,10 +47,10 @@ NavigatorScene::NavigatorScene()
         return result;
     };
     deletions = std::make_unique<DeletionRunner>(RemovalOperations{remove, restore});
-    const auto list = [this](const FileUrl& folder, bool useCache) {
+    const auto list = [this](const FileUrl& /*folder*/, bool useCache) {
         auto [sender, stream] = makeProgressStream<ScanProgress>();
         listings.push_back(std::make_unique<HandFedListing>(
-            folder, useCache, std::make_unique<ProgressSender<ScanProgress>>(std::move(sender))));
+            useCache, std::make_unique<ProgressSender<ScanProgress>>(std::move(sender))));
         return std::move(stream);
     };
     navigator = std::make_unique<FolderNavigatorViewModel>(

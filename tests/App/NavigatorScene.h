@@ -12,7 +12,6 @@ namespace tallyroom {
 
 /// A listing that the test feeds by hand.
 struct HandFedListing {
-    FileUrl folder;
     bool useCache = false;
     std::unique_ptr<ProgressSender<ScanProgress>> sender;
 

@@ -2,10 +2,12 @@
 #include "Bridge/FolderPresence.h"
 #include "Controls/CategoryChips.h"
 #include "Controls/SearchField.h"
+#include "Layout/FlowLayout.h"
 #include "Rows/EntryTableHeader.h"
 #include "Settings/RecentFolders.h"
 #include "Text/CSVExport.h"
 #include "Text/FileUrlText.h"
+#include "Theme/Theme.h"
 #include "Tools/Frame/ToolHeader.h"
 #include "Tools/Frame/ToolTitle.h"
 
@@ -166,13 +168,27 @@ TEST_F(Screens, ProjectsAreNamedMeasuredAgainAndOldFromTheChosenAgeOn)
     }
 }
 
-TEST_F(Screens, TheWindowsKeysChooseToolsAndLeaveItAndItsSizeIsKept)
+TEST_F(Screens, ToolsAreChosenByKeyAndMouseAndTheWindowIsLeftAndItsSizeKept)
 {
+    EXPECT_EQ(window->selectedToolID(), QStringLiteral("dashboard"));
+    auto& tools = shown<QListWidget>();
     for (std::size_t place = 0; place < ToolRegistry::all().size(); ++place) {
         press(static_cast<Qt::Key>(Qt::Key_1 + static_cast<int>(place)), Qt::ControlModifier);
         EXPECT_EQ(window->selectedToolID(), ToolRegistry::all()[place].id);
-        EXPECT_EQ(shown<QListWidget>().currentRow(), static_cast<int>(place));
+        EXPECT_EQ(tools.currentRow(), static_cast<int>(place));
     }
+    tools.setCurrentRow(1);
+    const auto* const explorer = &shown<ToolScreen>();
+    QTest::mouseClick(tools.viewport(), Qt::LeftButton, {},
+                      tools.viewport()->rect().bottomLeft() + QPoint{20, -20});
+    EXPECT_EQ(window->selectedToolID(), QStringLiteral("disk-usage")) << "a click beside the tools";
+    QTest::mouseClick(tools.viewport(), Qt::LeftButton, Qt::ControlModifier,
+                      tools.visualItemRect(tools.item(1)).center());
+    EXPECT_EQ(window->selectedToolID(), QString{});
+    EXPECT_TRUE(shows("Aucun outil sélectionné") && shows("Choisissez un outil dans la barre latérale."));
+    EXPECT_TRUE(tools.selectedItems().isEmpty());
+    tools.setCurrentRow(1);
+    EXPECT_EQ(&shown<ToolScreen>(), explorer) << "a tool keeps its screen";
     window->resize(760, 500); // the screen of the tests is small
     press(Qt::Key_Q, Qt::ControlModifier);
     EXPECT_FALSE(window->isVisible());
@@ -225,7 +241,7 @@ TEST_F(Screens, ARecentFolderOfTheWelcomePageIsScannedAndItsListHasTheKeyboard)
     EXPECT_THAT(RecentFolders::shared().urls().front(), tree.url());
 }
 
-/// The parts of a header that lie on others or beyond it, or are cut.
+/// The parts of a header that lie on others or beyond it, or are cut, and options below others.
 QStringList misplaced(const ToolHeader& header)
 {
     QStringList found;
@@ -242,6 +258,14 @@ QStringList misplaced(const ToolHeader& header)
                 found << QString::fromLatin1(part->metaObject()->className()) + part->accessibleName();
             }
             covered += place;
+        }
+    }
+    const auto* const options = header.findChild<FlowLayout*>();
+    int room = header.width();
+    for (int number = 0; number < options->count(); ++number) {
+        room -= options->itemAt(number)->sizeHint().width() + Theme::gap;
+        if (room > 0 && options->itemAt(number)->geometry().y() != options->itemAt(0)->geometry().y()) {
+            found << QStringLiteral("option %1").arg(number);
         }
     }
     return found;
@@ -298,18 +322,6 @@ TEST_F(Screens, AFolderThatWasFoundIsEnteredInTheExplorer)
         EXPECT_EQ(window->selectedToolID(), QStringLiteral("disk-usage"));
         EXPECT_TRUE(hasScanned(store().diskUsage, tree.url(found)));
     }
-}
-
-TEST_F(Screens, AClickBesideTheToolsLeavesTheOneOnShow)
-{
-    window->selectTool(QStringLiteral("disk-usage"));
-    auto* const tools = window->findChild<QListWidget*>();
-    const QRect first = tools->visualItemRect(tools->item(1));
-    QTest::mouseClick(tools->viewport(), Qt::LeftButton, {},
-                      tools->viewport()->rect().bottomLeft() + QPoint{20, -20});
-    EXPECT_EQ(window->selectedToolID(), QStringLiteral("disk-usage"));
-    QTest::mouseClick(tools->viewport(), Qt::LeftButton, Qt::ControlModifier, first.center());
-    EXPECT_EQ(window->selectedToolID(), QString{});
 }
 
 TEST_F(Screens, AnotherFolderCanBeChosenFromAnEmptyPageToo)

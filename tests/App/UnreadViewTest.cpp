@@ -92,21 +92,6 @@ TEST_F(UnreadViewTest, ASizeThatLeavesSomethingOutIsNotShownAsWhole)
     EXPECT_FALSE(summary->accessibleName().contains(QStringLiteral("illisible"))) << "opened since";
 }
 
-TEST_F(UnreadViewTest, AClosedFolderCanBeTriedAgain)
-{
-    scene.navigator->open(FileUrl{"/r"});
-    scene.finishListing({}, SystemError{EACCES});
-    show();
-    EXPECT_TRUE(
-        visibleTexts(view).contains(QStringLiteral("Ce dossier ne peut pas être lu : accès refusé.")));
-    visibleButton(view, QStringLiteral("Réessayer"))->click();
-    ASSERT_EQ(scene.listings.size(), 2U);
-    EXPECT_FALSE(scene.listing().useCache);
-    scene.finishListing({});
-    EXPECT_TRUE(visibleTexts(view).contains(QStringLiteral("Ce dossier est vide.")));
-    EXPECT_EQ(visibleButton(view, QStringLiteral("Réessayer")), nullptr);
-}
-
 TEST_F(UnreadViewTest, AnExportIsNamedAfterItsFolderAndSaysWhenTheScanWasStopped)
 {
     show();

@@ -275,19 +275,6 @@ TEST_F(WindowFlowTest, LeavingDoesNotWaitForAnExportWithoutEnd)
     EXPECT_EQ(place.content("list.csv"), "text");
 }
 
-TEST_F(WindowFlowTest, StartsOnTheFirstToolKeepsItsScreensAndShowsAPlaceholderWithoutOne)
-{
-    EXPECT_EQ(window->selectedToolID(), QStringLiteral("dashboard"));
-    window->selectTool(QStringLiteral("disk-usage"));
-    const auto* const explorer = &shown<ToolScreen>();
-    window->selectTool({});
-    EXPECT_TRUE(shows("Aucun outil sélectionné") && shows("Choisissez un outil dans la barre latérale."));
-    auto& tools = shown<QListWidget>();
-    EXPECT_TRUE(tools.selectedItems().isEmpty());
-    tools.setCurrentRow(1);
-    EXPECT_EQ(&shown<ToolScreen>(), explorer);
-}
-
 TEST_F(WindowFlowTest, ASpinnerTurnsBesideAToolWhileItScans)
 {
     const auto spinners = shown<QListWidget>().findChildren<Spinner*>();

@@ -1,11 +1,14 @@
 #include "Treemap/TreemapLayout.h"
 
+#include "Support/Cases.h"
+
 #include <algorithm>
 #include <cmath>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <limits>
 #include <numeric>
 #include <random>
+#include <sstream>
 
 namespace tallyroom {
 
@@ -61,68 +64,25 @@ double overlap(const Rectangle& left, const Rectangle& right)
 
 TEST(TreemapLayout, LaysOutWhatIsWorkedOutByHand)
 {
-    struct Case {
-        const char* what;
-        Rectangle whole;
-        Weights weights;
-        std::vector<Tile> expected;
-    };
-
-    constexpr Rectangle square{0, 0, 10, 10};
-    const std::vector<Case> cases{
-        {"the method's own example: {6, 6} to the left, {4, 3} at the start of what remains, then 2, 2, 1",
-         {0, 0, 6, 4},
-         {6, 6, 4, 3, 2, 2, 1},
-         {{0, {0, 0, 3, 2}},
-          {1, {0, 2, 3, 2}},
-          {2, {3, 0, 12.0 / 7, 7.0 / 3}},
-          {3, {3 + 12.0 / 7, 0, 9.0 / 7, 7.0 / 3}},
-          {4, {3, 7.0 / 3, 1.2, 5.0 / 3}},
-          {5, {4.2, 7.0 / 3, 1.2, 5.0 / 3}},
-          {6, {5.4, 7.0 / 3, 0.6, 5.0 / 3}}}},
-        {"a tie keeps the item in the row: alone a strip of 2 × 1, two in a row 1 × 2 each",
-         {0, 0, 2, 2},
-         {1, 1},
-         {{0, {0, 0, 1, 2}}, {1, {1, 0, 1, 2}}}},
-        {"the strip of 3 alone has a ratio of 4:3; with 1 beside it that one would be 1 × 4",
-         {0, 0, 4, 4},
-         {3, 1},
-         {{0, {0, 0, 4, 3}}, {1, {0, 3, 4, 1}}}},
-        {"of 1 and 2 the wide one is the worst, 2 : 1; with another 1 the narrow ones are, at 16 : 9",
-         {0, 0, 9, 9},
-         {1, 2, 1, 5},
-         {{0, {0, 0, 2.25, 4}}, {1, {2.25, 0, 4.5, 4}}, {2, {6.75, 0, 2.25, 4}}, {3, {0, 4, 9, 5}}}},
-        {"the narrow one stays the worst though a wide one comes after it",
-         {0, 0, 3, 3},
-         {1, 2, 6},
-         {{0, {0, 0, 1, 1}}, {1, {1, 0, 2, 1}}, {2, {0, 1, 3, 2}}}},
-        {"one fills all, from its origin", {7, -3, 5, 4}, {1}, {{0, {7, -3, 5, 4}}}},
-        {"a wide one is filled from the left",
-         {10, 20, 3, 2},
-         {4, 1, 1},
-         {{0, {10, 20, 2, 2}}, {1, {12, 20, 1, 1}}, {2, {12, 21, 1, 1}}}},
-        {"a tall one from the top",
-         {10, 20, 2, 3},
-         {4, 1, 1},
-         {{0, {10, 20, 2, 2}}, {1, {10, 22, 1, 1}}, {2, {11, 22, 1, 1}}}},
-        {"what weighs nothing is left out",
-         {0, 0, 4, 4},
-         {-1, nan, 3, -infinity, -0.0, 1},
-         {{2, {0, 0, 4, 3}}, {5, {0, 3, 4, 1}}}},
-        {"no weights", square, {}, {}},
-        {"none to speak of", square, {-1, 0, nan, -infinity}, {}}};
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.what);
-        const auto laidOut = tiles(one.weights, one.whole);
-        ASSERT_EQ(laidOut.size(), one.expected.size());
-        for (std::size_t tile = 0; tile < laidOut.size(); ++tile) {
-            const auto& [index, rect] = one.expected[tile];
-            EXPECT_EQ(laidOut[tile].index, index);
-            EXPECT_NEAR(laidOut[tile].rect.x, rect.x, 1e-12);
-            EXPECT_NEAR(laidOut[tile].rect.y, rect.y, 1e-12);
-            EXPECT_NEAR(laidOut[tile].rect.width, rect.width, 1e-12);
-            EXPECT_NEAR(laidOut[tile].rect.height, rect.height, 1e-12);
+    const auto numbers = [](const std::string& text) {
+        std::istringstream words{text};
+        Weights values;
+        for (std::string word; words >> word;) {
+            values.push_back(std::stod(word));
         }
+        return values;
+    };
+    for (const auto& row : cases("treemaps worked out by hand")) {
+        SCOPED_TRACE(row[0] + ": " + row[1]);
+        const Weights whole = numbers(row[0]);
+        Weights laidOut;
+        for (const auto& [index, rect] : tiles(numbers(row[1]), {whole[0], whole[1], whole[2], whole[3]})) {
+            laidOut.insert(laidOut.end(),
+                           {static_cast<double>(index), rect.x, rect.y, rect.width, rect.height});
+        }
+        std::string expected = row[2];
+        std::ranges::replace(expected, ',', ' ');
+        EXPECT_THAT(laidOut, testing::Pointwise(testing::DoubleNear(1e-12), numbers(expected)));
     }
     for (const auto& [width, height] : std::vector<std::pair<double, double>>{
              {0, 5}, {5, 0}, {-5, 5}, {5, -5}, {-5, -5}, {nan, 5}, {5, infinity}}) {
