@@ -245,13 +245,11 @@ TEST_F(DashboardTest, EveryPhaseOfTheBreakdownHasItsWordsAndItsWayOn)
     EXPECT_THAT(texts(), Contains(QStringLiteral("Aucun fichier dans ce dossier.")));
 }
 
-TEST_F(DashboardTest, AVolumeIsRedFromNineTenthsOnAndTheSilentOnesAreCounted)
+TEST_F(DashboardTest, AVolumeIsRedFromNineTenthsOn)
 {
     EXPECT_EQ(VolumeText::fill(volume("/", 1000, 101)), QStringLiteral("90 %"));
     EXPECT_EQ(VolumeText::fill(volume("/", 1000, 100)), QStringLiteral("presque plein"));
     EXPECT_EQ(VolumeText::fill(volume("/", 1000, 0)), QStringLiteral("plein"));
-    EXPECT_EQ(VolumeText::unanswered(0, true), QString{});
-    EXPECT_EQ(VolumeText::unanswered(1, false), QStringLiteral("1 volume ne répond pas."));
     EXPECT_TRUE(VolumeText::toolTip(volume("/<b>", 1, 1)).contains(QStringLiteral("/&lt;b&gt;")));
 }
 

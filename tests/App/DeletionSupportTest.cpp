@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <latch>
-#include <thread>
 
 namespace tallyroom {
 
@@ -109,32 +108,6 @@ TEST(DeletionRunner, LeavingDoesNotWaitForWhatNeverAnswers)
     runner.reset();
     mayAnswer->count_down();
     hasAnswered->wait();
-}
-
-TEST(DeletionRunner, RefusesASecondBatchAndReportsTheFirstOnTheMainThread)
-{
-    QObject context;
-    std::optional<RemovalOutcome> reported;
-    std::vector<Entry> told;
-    std::thread::id thread;
-    DeletionRunner runner{obedient()};
-    QObject::connect(&runner, &DeletionRunner::diskChanged, &context, [&](const DiskChange& change) {
-        EXPECT_FALSE(reported) << "the lists are to follow before the report is made";
-        told = change.gone;
-    });
-    const auto listener = listening(context, [&](const RemovalOutcome& outcome) {
-        reported = outcome;
-        thread = std::this_thread::get_id();
-    });
-    ASSERT_TRUE(runner.remove(three, false, listener));
-    EXPECT_FALSE(runner.remove(three, false, listener));
-    EXPECT_FALSE(runner.restore({}, listener));
-    ASSERT_TRUE(waitUntil(&runner, &DeletionRunner::isRunningChanged, [&] { return !runner.isRunning(); }));
-    ASSERT_TRUE(reported);
-    EXPECT_EQ(reported->result, (RemovalResult{{a, b, c}, {}, {}}));
-    EXPECT_EQ(reported->done, three);
-    EXPECT_EQ(told, three);
-    EXPECT_EQ(thread, std::this_thread::get_id());
 }
 
 TEST(DeletionRunner, SaysNothingToSomebodyWhoIsGone)

@@ -111,16 +111,6 @@ protected:
     std::unique_ptr<DuplicatesView> view;
 };
 
-TEST_F(DuplicatesTest, ListsGroupsByWasteAndCountsHardLinksAsNoGain)
-{
-    EXPECT_THAT(listed(), ElementsAre("a/big,b/big", "c/medium,x/medium,x/medium link", "d/small,e/small"));
-    EXPECT_EQ(tool->totalWasted(), 1'000 + 600 + 1);
-    EXPECT_EQ(tool->totalReclaimable(), 1'000 + 300 + 1);
-    EXPECT_EQ(tool->scanned(), 8);
-    EXPECT_FALSE(tool->isHashing());
-    EXPECT_EQ(tool->allEntries().size(), 7U);
-}
-
 TEST_F(DuplicatesTest, TheFilterKeepsGroupsWholeAndChecksCopiesThatItDoesNotMatch)
 {
     tool->setSearchText(QStringLiteral("B/BIG"));
@@ -156,17 +146,6 @@ TEST_F(DuplicatesTest, WhatWasTrashedComesBackWithItsGroups)
     waitForRemoval(*tool);
     EXPECT_EQ(tool->statusMessage(), QStringLiteral("Restauration partielle : 1 en échec."));
     EXPECT_THAT(listed(), ElementsAre("c/medium,x/medium,x/medium link", "d/small,e/small"));
-}
-
-TEST_F(DuplicatesTest, APermanentRemovalEndsTheUndoOfTheOneBefore)
-{
-    remove({"b/big"});
-    remove({"e/small"}, true);
-    EXPECT_FALSE(tool->canUndo());
-    EXPECT_THAT(listed(), ElementsAre("c/medium,x/medium,x/medium link"));
-    tree.add(file("b/big", big));
-    scan();
-    EXPECT_THAT(listed(), testing::Contains("a/big,b/big")) << "it is there again";
 }
 
 TEST_F(DuplicatesTest, ARemovalThatEndsDuringTheNextScanLeavesNothingGoneInItsList)

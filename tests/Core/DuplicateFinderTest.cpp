@@ -1,7 +1,6 @@
 #include "Duplicates/DuplicateFinder.h"
 
 #include "Duplicates/BatchDigester.h"
-#include "Duplicates/PathPool.h"
 #include "FileSystem/Digest.h"
 #include "FileSystem/FileAttributes.h"
 #include "Support/AllRecords.h"
@@ -129,10 +128,6 @@ TEST(DuplicateFinder, EqualBeginningsOfFilesOfDifferentSizesAreNotAlike)
     const TemporaryTree tree{file("a1", content(2 * span)), file("a2", content(2 * span)),
                              file("b1", content(2 * span + 1)), file("b2", content(2 * span + 1))};
     EXPECT_THAT(names(tree, groupsIn(tree)), ElementsAre("b1, b2", "a1, a2"));
-    PathPool folders;
-    const auto root = folders.add(PathPool::none, "/");
-    EXPECT_EQ(folders.path(root, "a"), "/a");
-    EXPECT_EQ(folders.path(folders.add(root, "b"), "c"), "/b/c");
 }
 
 TEST(DuplicateFinder, FilesOfExbibytesDoNotEndTheProcess)

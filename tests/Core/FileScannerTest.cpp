@@ -1,12 +1,10 @@
 #include "Scanning/FileScanner.h"
 
-#include "Concurrency/WorkerPool.h"
 #include "Scanning/BoundedTopHeap.h"
 #include "Scanning/ScanCache.h"
 #include "Scanning/SizeCache.h"
 #include "Support/AllRecords.h"
 #include "Support/Interception.h"
-#include "Support/Isolation.h"
 #include "Support/ListWords.h"
 
 #include <gmock/gmock.h>
@@ -112,22 +110,6 @@ TEST_F(FileScannerTest, AnEmptyListingIsKeptByTheOneShotFormAlone)
     EXPECT_TRUE(FileScanner::directEntries(FileUrl{}, true).get().empty());
     EXPECT_EQ(ScanCache::shared().find(FileUrl{"/"}), std::nullopt) << "nowhere is not the root";
     EXPECT_EQ(SizeCache::shared().find(FileUrl{"/"}), std::nullopt);
-}
-
-TEST_F(FileScannerTest, AVolumeThatDoesNotAnswerKeepsNoOtherScanWaiting)
-{
-    const TemporaryTree tree{folder("silent"), file("local/a"), file("local/b"), file("local/c")};
-    const auto volume = TemporaryMount::silent(tree.path("silent"));
-    if (!volume.isMounted()) {
-        GTEST_SKIP() << volume.refusal();
-    }
-    std::vector<FileScanner::ScanStream> hanging;
-    for (unsigned scan = 0; scan < 2 * WorkerPool::shared().width(); ++scan) {
-        hanging.push_back(FileScanner::findLargestFilesStream(tree.url("silent"), 10));
-    }
-    EXPECT_EQ(allRecords(FileScanner::directEntriesStream(tree.url("local"), false)).size(), 3U);
-    hanging.clear(); // cancelled, and still in the kernel
-    EXPECT_EQ(allRecords(FileScanner::directEntriesStream(tree.url("local"), false)).size(), 3U);
 }
 
 TEST(ScanCache, ForgetsTheFolderThatWasUsedLeastRecently)

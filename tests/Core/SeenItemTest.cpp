@@ -357,16 +357,16 @@ TEST(VolumeMarks, TellItemsApartWhereInodeNumbersDoNotLast)
     file.stamp = 1;
     file.logicalBytes = 100;
     file.modifiedAt = Timestamp{std::chrono::seconds{1000}};
-    FileAttributes renumbered = file;
-    renumbered.inode = 11;
-    FileAttributes rewritten = file;
-    rewritten.modifiedAt = Timestamp{std::chrono::seconds{1001}};
-    FileAttributes grown = file;
-    grown.logicalBytes = 101;
-    FileAttributes folder = file;
-    folder.type = EntryType::folder;
-    FileAttributes filled = rewritten;
-    filled.type = EntryType::folder;
+    const auto with = [](FileAttributes attributes, auto field, auto value) {
+        attributes.*field = value;
+        return attributes;
+    };
+    const FileAttributes renumbered = with(file, &FileAttributes::inode, 11);
+    const FileAttributes rewritten =
+        with(file, &FileAttributes::modifiedAt, Timestamp{std::chrono::seconds{1001}});
+    const FileAttributes grown = with(file, &FileAttributes::logicalBytes, 101);
+    const FileAttributes folder = with(file, &FileAttributes::type, EntryType::folder);
+    const FileAttributes filled = with(rewritten, &FileAttributes::type, EntryType::folder);
     for (const std::string type : {"vfat", "exfat", "fuse.sshfs", "cifs", "ext4", "btrfs"}) {
         SCOPED_TRACE(type);
         const bool lasts = type == "ext4" || type == "btrfs";
