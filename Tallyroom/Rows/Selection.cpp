@@ -199,9 +199,9 @@ void Selection::toggleBelow(std::uint32_t position, const Entry& entry)
     Q_EMIT changed(std::nullopt);
 }
 
-void Selection::keepDeeper(const std::function<bool(const FileUrl& url)>& isShown)
+void Selection::forgetDeeper(const std::function<bool(const Entry& entry)>& isGone)
 {
-    if (std::erase_if(m_deeper, [&](const auto& one) { return !isShown(one.first); }) > 0) {
+    if (std::erase_if(m_deeper, [&](const auto& one) { return isGone(one.second.entry); }) > 0) {
         recount();
         Q_EMIT changed(std::nullopt);
     }

@@ -80,10 +80,8 @@ public:
     /// Whether an entry below a listed one is checked by itself.
     [[nodiscard]] bool containsDeeper(const FileUrl& url) const { return m_deeper.contains(url); }
 
-    [[nodiscard]] bool hasDeeper() const { return !m_deeper.empty(); }
-
-    /// Forgets the checks of entries below listed ones that are not on show any more.
-    void keepDeeper(const std::function<bool(const FileUrl& url)>& isShown);
+    /// Forgets the checks of entries below listed ones that are gone.
+    void forgetDeeper(const std::function<bool(const Entry& entry)>& isGone);
 
     /// Of the positions in `among` exactly those in `checked` are checked afterwards.
     void assign(const PositionSet& among, const PositionSet& checked);

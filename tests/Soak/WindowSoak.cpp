@@ -14,6 +14,7 @@
 #include <QKeySequence>
 #include <QTest>
 #include <QTimer>
+#include <QWheelEvent>
 #include <QWindow>
 
 #include <atomic>
@@ -59,8 +60,9 @@ QKeyCombination anyKeys(std::mt19937_64& random)
 {
     static const QStringList keys =
         QStringLiteral(
-            "Down Up Left Right PgDown Home End Space Space Return Return Tab Tab Esc Del Menu F5 A "
-            "Backspace Shift+Down Shift+Backtab Shift+Del Alt+Up Ctrl+A Ctrl+C Ctrl+F Ctrl+Z")
+            "Down Up Left Right PgDown PgUp Home End Space Space Return Return Tab Tab Esc Del Menu F5 A "
+            "Backspace Shift+Down Shift+Backtab Shift+Del Alt+Up Ctrl+A Ctrl+C Ctrl+F Ctrl+Z Ctrl++ Ctrl++ "
+            "Ctrl+- Ctrl+0")
             .split(u' ');
     const auto which = std::uniform_int_distribution<qsizetype>{0, keys.size() - 1}(random);
     return QKeySequence{keys.at(which), QKeySequence::PortableText}[0];
@@ -94,7 +96,7 @@ private:
         if (auto* const chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
             return chooser->reject();
         }
-        switch (draw(14)) {
+        switch (draw(16)) {
         case 0:
             return m_window.selectTool(anyTool().id);
         case 1:
@@ -108,6 +110,9 @@ private:
         case 6:
         case 7:
             return push();
+        case 8:
+        case 9:
+            return turnWheel();
         default:
             return press(anyKeys(m_random));
         }
@@ -139,6 +144,16 @@ private:
             }
         }
         m_now += 1000; // what comes next is another click
+    }
+
+    /// Over a map, most often, where it looks closer.
+    void turnWheel()
+    {
+        QWindow* const target = topmost();
+        const QPointF place{draw(target->width() - 1) + 0.5, draw(target->height() - 1) + 0.5};
+        const QPoint way{0, (draw(5) - 2) * QWheelEvent::DefaultDeltasPerStep};
+        QWheelEvent wheel{place, target->mapToGlobal(place), {}, way, {}, {}, Qt::NoScrollPhase, false};
+        QCoreApplication::sendEvent(target, &wheel);
     }
 
     /// A button that can be seen; a click at random seldom meets one.

@@ -1,5 +1,6 @@
 #include "Tools/DiskUsage/DiskUsageView.h"
 
+#include "Deletion/RemovedPlaces.h"
 #include "Rows/Selection.h"
 #include "Settings/Settings.h"
 #include "Text/FileUrlText.h"
@@ -10,6 +11,7 @@
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
@@ -120,6 +122,10 @@ void DiskUsageView::connectTreemap()
             [this](const Entry& entry) { selection().toggle(entry); });
     connect(m_treemap, &TreemapView::lookedCloser, &m_navigator.outline(), &FolderOutline::lookCloser);
     connect(&m_navigator.outline(), &FolderOutline::changed, this, &DiskUsageView::showOutline);
+    connect(&m_navigator, &FolderNavigatorViewModel::itemsGone, this, [this](const std::vector<Entry>& items) {
+        const RemovedPlaces places{items};
+        selection().forgetDeeper([&places](const Entry& entry) { return places.covers(entry); });
+    });
     connect(m_treemap, &TreemapView::activated, this, [this](const Entry& entry) { activate(entry); });
     connect(m_treemap, &TreemapView::contextMenuRequested, this,
             [this](const Entry& entry, const QPoint& position) {
@@ -142,6 +148,13 @@ bool DiskUsageView::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::MouseButtonPress &&
         static_cast<QMouseEvent*>(event)->button() == Qt::BackButton) {
         m_navigator.goBack();
+        return true;
+    }
+    // The map has a use for Escape too, but what runs is stopped first.
+    const bool isEscape =
+        event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
+    if (isEscape && watched == m_treemap && (m_navigator.isScanning() || m_navigator.removal())) {
+        event->ignore();
         return true;
     }
     static constexpr std::array ownMoves{QEvent::KeyPress, QEvent::MouseButtonPress, QEvent::Wheel};
@@ -266,15 +279,10 @@ void DiskUsageView::showTiles()
     }
 }
 
-/// What is checked further down stays so while it is there.
 void DiskUsageView::showOutline()
 {
-    const FolderOutline& outline = m_navigator.outline();
     if (m_isTreemapShown) {
-        m_treemap->setOutlines(outline.outlines());
-    }
-    if (selection().hasDeeper()) {
-        selection().keepDeeper([&outline](const FileUrl& url) { return outline.contains(url); });
+        m_treemap->setOutlines(m_navigator.outline().outlines());
     }
 }
 

@@ -108,6 +108,7 @@ void FolderNavigatorViewModel::takeOut(PropertyUpdate& update, const std::vector
 {
     ListToolViewModel::takeOut(update, gone);
     m_outline.takeOut(gone);
+    Q_EMIT itemsGone(gone);
 }
 
 /// What was deleted further down, on the map, comes back there.

@@ -73,6 +73,8 @@ public:
 Q_SIGNALS:
     void currentURLChanged();
     void canGoBackChanged();
+    /// These items, and what lay below them, are no longer there.
+    void itemsGone(const std::vector<tallyroom::Entry>& items);
 
 protected:
     [[nodiscard]] std::optional<FileUrl> listedFolder() const override { return m_currentURL; }

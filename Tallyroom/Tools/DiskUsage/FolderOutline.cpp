@@ -38,13 +38,6 @@ SharedOutline without(const SharedOutline& outline, const std::vector<Entry>& go
     return changed;
 }
 
-bool tellsOf(const Outline& outline, const FileUrl& url)
-{
-    return std::ranges::any_of(outline.nodes, [&url](const Outline::Node& node) {
-        return node.entry.url == url && node.entry.sizeBytes > 0;
-    });
-}
-
 } // namespace
 
 FolderOutline::FolderOutline(Read read) : m_read(std::move(read))
@@ -52,12 +45,6 @@ FolderOutline::FolderOutline(Read read) : m_read(std::move(read))
     m_again.setSingleShot(true);
     m_again.setInterval(std::chrono::milliseconds{700});
     connect(&m_again, &QTimer::timeout, this, &FolderOutline::update);
-}
-
-bool FolderOutline::contains(const FileUrl& url) const
-{
-    return std::ranges::any_of(m_outlines,
-                               [&url](const SharedOutline& outline) { return tellsOf(*outline, url); });
 }
 
 void FolderOutline::setWanted(bool isWanted)
@@ -74,7 +61,8 @@ void FolderOutline::open(const std::optional<FileUrl>& folder)
     m_readingCloser.reset();
     m_folder = folder;
     m_closer.reset();
-    m_isComplete = false;
+    m_isFirst = true;
+    m_newest.reset();
     m_isDue = false;
     m_isMeasuring = false;
     m_again.stop();
@@ -108,6 +96,8 @@ void FolderOutline::readFolder()
     m_reading = std::make_unique<StreamPump<TreeOutline::Progress>>(
         m_read(*m_folder, detail), [this](const TreeOutline::Progress& record) { receive(record); },
         [this] {
+            showNewest();
+            m_isFirst = false;
             if (m_isMeasuring) {
                 m_again.start();
             }
@@ -117,16 +107,22 @@ void FolderOutline::readFolder()
     }
 }
 
-/// Once all is known, what is read again replaces it as a whole: a map does not fall back to two levels.
+/// Only the first reading shows level after level: a map that was read before does not fall back to two.
 void FolderOutline::receive(const TreeOutline::Progress& record)
 {
-    if (record.outline == nullptr || (m_isComplete && !record.isComplete)) {
-        return;
+    m_newest = record.outline;
+    if (m_isFirst) {
+        showNewest();
     }
-    m_isComplete = m_isComplete || record.isComplete;
-    m_outlines.resize(std::max<std::size_t>(m_outlines.size(), 1));
-    m_outlines.front() = record.outline;
-    Q_EMIT changed();
+}
+
+void FolderOutline::showNewest()
+{
+    if (m_newest != nullptr) {
+        m_outlines.resize(std::max<std::size_t>(m_outlines.size(), 1));
+        m_outlines.front() = std::exchange(m_newest, nullptr);
+        Q_EMIT changed();
+    }
 }
 
 void FolderOutline::lookCloser(const FileUrl& folder)

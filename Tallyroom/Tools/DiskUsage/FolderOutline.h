@@ -27,12 +27,6 @@ public:
     /// something was read.
     [[nodiscard]] const std::vector<SharedOutline>& outlines() const { return m_outlines; }
 
-    /// Whether all of the folder was read since it was opened.
-    [[nodiscard]] bool isComplete() const { return m_isComplete; }
-
-    /// Whether an outline tells of the entry one by one.
-    [[nodiscard]] bool contains(const FileUrl& url) const;
-
     /// Somebody looks at the outline, or nobody does any more.
     void setWanted(bool isWanted);
 
@@ -60,12 +54,14 @@ private:
 
     void readFolder();
     void receive(const TreeOutline::Progress& record);
+    void showNewest();
     void receiveCloser(const TreeOutline::Progress& record);
 
     Read m_read;
     bool m_isWanted = false;
-    bool m_isDue = false; ///< to be read as soon as somebody looks
-    bool m_isComplete = false;
+    bool m_isDue = false;   ///< to be read as soon as somebody looks
+    bool m_isFirst = true;  ///< nothing was read of this folder before
+    SharedOutline m_newest; ///< of the reading that goes on
     std::optional<FileUrl> m_folder;
     std::vector<SharedOutline> m_outlines;
     bool m_isMeasuring = false;

@@ -156,6 +156,7 @@ void TreemapCanvas::activate(std::size_t tile)
 {
     const Entry entry = m_scene.entry(tile);
     if (entry.isDirectory) {
+        paintMap();
         m_growth.growFrom(m_map, tileRect(tile) & QRectF{rect()});
     }
     Q_EMIT activated(entry);
