@@ -27,18 +27,24 @@ QSize Spinner::sizeHint() const
 
 void Spinner::paintEvent(QPaintEvent* /*event*/)
 {
-    const Theme& theme = Theme::shared();
-    const double stroke = std::max(2.0, m_size / 11.0);
-    const double inset = stroke / 2 + 0.5;
-    const QRectF circle = QRectF{rect()}.adjusted(inset, inset, -inset, -inset);
     QPainter painter{this};
+    paint(painter, rect(), m_turning.isValid() ? m_turning.elapsed() : 0);
+}
+
+void Spinner::paint(QPainter& painter, const QRect& place, qint64 milliseconds)
+{
+    const Theme& theme = Theme::shared();
+    const double stroke = std::max(2.0, place.width() / 11.0);
+    const double inset = stroke / 2 + 0.5;
+    const QRectF circle = QRectF{place}.adjusted(inset, inset, -inset, -inset);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
     QPen pen{theme.colour(Theme::Colour::line), stroke, Qt::SolidLine, Qt::RoundCap};
     painter.setPen(pen);
     painter.drawEllipse(circle);
     pen.setColor(theme.colour(Theme::Colour::accent));
     painter.setPen(pen);
-    const auto turned = m_turning.isValid() ? m_turning.elapsed() % turnMilliseconds : 0;
+    const auto turned = milliseconds % turnMilliseconds;
     const auto start = static_cast<int>(90 * 16 - turned * 360 * 16 / turnMilliseconds);
     painter.drawArc(circle, start, -80 * 16);
 }

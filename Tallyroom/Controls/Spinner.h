@@ -16,6 +16,9 @@ public:
 
     [[nodiscard]] QSize sizeHint() const override;
 
+    /// Draws one in a square of `place`, as it stands after so many milliseconds.
+    static void paint(QPainter& painter, const QRect& place, qint64 milliseconds);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;

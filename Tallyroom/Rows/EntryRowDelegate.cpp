@@ -1,6 +1,7 @@
 #include "Rows/EntryRowDelegate.h"
 
 #include "Controls/CheckBox.h"
+#include "Controls/Spinner.h"
 #include "Rows/EntryTable.h"
 #include "Rows/RowPainting.h"
 #include "Rows/SizeBarCell.h"
@@ -17,7 +18,9 @@ namespace tallyroom {
 
 EntryRowDelegate::EntryRowDelegate(const EntryTableModel& model, EntryTable& view)
     : QStyledItemDelegate(&view), m_model(model), m_view(view)
-{}
+{
+    m_clock.start();
+}
 
 void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                              const QModelIndex& index) const
@@ -27,15 +30,19 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     RowPainting::paintGround(*painter, option.rect, index, m_view, RowPainting::Ground::striped);
     const Entry& entry = m_model.entry(index.row());
     const QRect cell = option.rect;
-    if (index.column() == EntryTableModel::checkColumn) {
+    if (index.column() == EntryTableModel::checkColumn && m_model.isRunning(index.row())) {
+        const int top = cell.top() + (cell.height() - Theme::checkBoxSize) / 2;
+        Spinner::paint(*painter, {cell.left() + Theme::margin, top, Theme::checkBoxSize, Theme::checkBoxSize},
+                       m_clock.elapsed());
+    } else if (index.column() == EntryTableModel::checkColumn) {
         const bool isHovered = index.row() == m_view.hoveredRow();
         CheckBox::paintBox(*painter,
                            {cell.left() + Theme::margin, cell.top(), Theme::checkBoxSize, cell.height()},
                            {m_model.isChecked(index.row()), true, isHovered, false});
     } else if (index.column() == EntryTableModel::nameColumn) {
-        paintName(*painter, cell, entry);
+        paintName(*painter, cell, index.row(), entry);
     } else if (index.column() == m_model.sizeColumn()) {
-        paintSize(*painter, cell, entry);
+        paintSize(*painter, cell, index.row(), entry);
     } else {
         painter->setPen(Theme::shared().colour(Theme::Colour::secondary));
         painter->setFont(Theme::shared().body());
@@ -46,27 +53,30 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     painter->restore();
 }
 
-QColor EntryRowDelegate::tint(const Entry& entry) const
+QColor EntryRowDelegate::tint(int row, const Entry& entry) const
 {
+    if (m_model.isRunning(row)) {
+        return Theme::shared().colour(Theme::Colour::secondary);
+    }
     return m_model.style().tint ? m_model.style().tint(entry) : Theme::shared().tint(drawnKind(entry));
 }
 
-void EntryRowDelegate::paintName(QPainter& painter, QRect cell, const Entry& entry) const
+void EntryRowDelegate::paintName(QPainter& painter, QRect cell, int row, const Entry& entry) const
 {
     const EntryTableStyle& style = m_model.style();
     const Theme& theme = Theme::shared();
     const std::string symbol = style.symbol ? style.symbol(entry) : symbolName(entry);
     SymbolIcon::paint(painter, {cell.left(), cell.top(), Theme::iconSize, cell.height()}, symbol,
-                      tint(entry));
+                      tint(row, entry));
     cell.adjust(Theme::iconSize + Theme::gap + 2, 0, -Theme::gap, 0);
     if (!style.secondLine) {
-        paintNameLine(painter, cell, entry);
+        paintNameLine(painter, cell, row, entry);
         return;
     }
     const int lineHeight = QFontMetrics{theme.body()}.height();
     const int smallHeight = QFontMetrics{theme.small()}.height();
     const int top = cell.top() + (cell.height() - lineHeight - smallHeight) / 2;
-    paintNameLine(painter, {cell.left(), top, cell.width(), lineHeight}, entry);
+    paintNameLine(painter, {cell.left(), top, cell.width(), lineHeight}, row, entry);
     painter.setFont(theme.small());
     painter.setPen(theme.colour(Theme::Colour::secondary));
     const QRect second{cell.left(), top + lineHeight, cell.width(), smallHeight};
@@ -75,7 +85,7 @@ void EntryRowDelegate::paintName(QPainter& painter, QRect cell, const Entry& ent
         painter.fontMetrics().elidedText(style.secondLine(entry), Qt::ElideMiddle, second.width()));
 }
 
-void EntryRowDelegate::paintNameLine(QPainter& painter, const QRect& line, const Entry& entry) const
+void EntryRowDelegate::paintNameLine(QPainter& painter, const QRect& line, int row, const Entry& entry) const
 {
     const EntryTableStyle& style = m_model.style();
     const Theme& theme = Theme::shared();
@@ -87,7 +97,7 @@ void EntryRowDelegate::paintNameLine(QPainter& painter, const QRect& line, const
     const QFontMetrics metrics = painter.fontMetrics();
     const int room = std::max(line.width() - trailing, line.width() / 2);
     const QString name = metrics.elidedText(m_model.nameText(entry), Qt::ElideMiddle, room);
-    painter.setPen(theme.colour(Theme::Colour::text));
+    painter.setPen(theme.colour(m_model.isRunning(row) ? Theme::Colour::secondary : Theme::Colour::text));
     painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, name);
     int left = line.left() + metrics.horizontalAdvance(name) + Theme::gap;
     if (hasChevron) {
@@ -98,10 +108,10 @@ void EntryRowDelegate::paintNameLine(QPainter& painter, const QRect& line, const
     RowPainting::paintBadges(painter, line, left, badges);
 }
 
-void EntryRowDelegate::paintSize(QPainter& painter, const QRect& cell, const Entry& entry) const
+void EntryRowDelegate::paintSize(QPainter& painter, const QRect& cell, int row, const Entry& entry) const
 {
-    const double fraction = SizeProportion::fraction(entry.sizeBytes, m_model.rows().largestSize());
-    SizeBarCell{entry.sizeBytes, fraction, tint(entry), UnreadText::size(entry)}.paint(
+    const double fraction = SizeProportion::fraction(entry.sizeBytes, m_model.largestSize());
+    SizeBarCell{entry.sizeBytes, fraction, tint(row, entry), UnreadText::size(entry)}.paint(
         painter, cell.adjusted(0, 0, -m_view.trailingMargin(), 0));
 }
 

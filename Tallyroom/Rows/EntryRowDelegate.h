@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QStyledItemDelegate>
 
 namespace tallyroom {
@@ -19,13 +20,14 @@ public:
                const QModelIndex& index) const override;
 
 private:
-    void paintName(QPainter& painter, QRect cell, const Entry& entry) const;
-    void paintNameLine(QPainter& painter, const QRect& line, const Entry& entry) const;
-    void paintSize(QPainter& painter, const QRect& cell, const Entry& entry) const;
-    [[nodiscard]] QColor tint(const Entry& entry) const;
+    void paintName(QPainter& painter, QRect cell, int row, const Entry& entry) const;
+    void paintNameLine(QPainter& painter, const QRect& line, int row, const Entry& entry) const;
+    void paintSize(QPainter& painter, const QRect& cell, int row, const Entry& entry) const;
+    [[nodiscard]] QColor tint(int row, const Entry& entry) const;
 
     const EntryTableModel& m_model;
     EntryTable& m_view;
+    QElapsedTimer m_clock; // turns the marks of what is being measured
 };
 
 } // namespace tallyroom

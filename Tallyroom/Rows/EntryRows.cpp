@@ -28,11 +28,16 @@ EntryRows::EntryRows(EntryRowsModel* model, int rowHeight, QWidget* parent)
     connect(&model->selection(), &Selection::changed, this, &EntryRows::announceCheck);
     connect(model, &EntryRowsModel::rowsAboutToChange, this, [this] { rememberPlace(); });
     connect(model, &EntryRowsModel::rowsChanged, this, [this] {
-        restorePlace();
-        hoverAgain();
-        viewport()->update();
+        showChangedRows();
         Q_EMIT rowsChanged();
     });
+}
+
+void EntryRows::showChangedRows()
+{
+    restorePlace();
+    hoverAgain();
+    viewport()->update();
 }
 
 Selection& EntryRows::selection() const
@@ -174,7 +179,7 @@ void EntryRows::goToFirstOnScreen()
 
 void EntryRows::activateRow(int row)
 {
-    if (const Entry* const entry = m_rows.entryAt(row)) {
+    if (const Entry* const entry = m_rows.shownAt(row)) {
         Q_EMIT activated(Entry{*entry});
     }
 }
@@ -334,7 +339,9 @@ void EntryRows::contextMenuEvent(QContextMenuEvent* event)
     if (row < 0) {
         return;
     }
-    const Entry* const entry = m_rows.entryAt(row);
+    const Entry* const entry = m_rows.shownAt(row);
+    const QScopedValueRollback deletion{m_isDeletionEnabled,
+                                        m_isDeletionEnabled && m_rows.entryAt(row) != nullptr};
     const std::unique_ptr<QMenu> menu =
         entry != nullptr ? makeContextMenu(*entry) : std::make_unique<QMenu>();
     if (entry == nullptr) {

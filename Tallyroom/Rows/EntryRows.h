@@ -77,6 +77,9 @@ protected:
     /// The menu of a row that shows no entry; none where nothing is added.
     virtual void addSectionActions(QMenu& /*menu*/, int /*row*/) {}
 
+    /// Rows have changed, or what they show.
+    void showChangedRows();
+
     /// Around every change of the rows: the reader goes on where he was.
     virtual void rememberPlace() = 0;
     virtual void restorePlace() = 0;

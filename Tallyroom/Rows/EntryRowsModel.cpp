@@ -32,7 +32,7 @@ std::optional<int> EntryRowsModel::rowOf(const FileUrl& url, int likelyRow) cons
 {
     const auto row = findOutwards(static_cast<std::size_t>(rowCount({})), static_cast<std::size_t>(likelyRow),
                                   [&](std::size_t other) {
-                                      const Entry* const entry = entryAt(static_cast<int>(other));
+                                      const Entry* const entry = shownAt(static_cast<int>(other));
                                       return entry != nullptr && entry->url == url;
                                   });
     return row ? std::optional{static_cast<int>(*row)} : std::nullopt;
@@ -85,7 +85,7 @@ QModelIndexList EntryRowsModel::match(const QModelIndex& start, int /*role*/, co
     const int rows = rowCount({});
     for (int step = 0; step < rows; ++step) {
         const int row = (start.row() + step) % rows;
-        if (const Entry* const entry = entryAt(row); entry != nullptr && text.begins(shownName(*entry))) {
+        if (const Entry* const entry = shownAt(row); entry != nullptr && text.begins(shownName(*entry))) {
             return {index(row, nameColumn)};
         }
     }

@@ -34,6 +34,9 @@ public:
 
     [[nodiscard]] const Entry* entryAt(int row) const;
 
+    /// The same, also for an entry that can be entered and not checked.
+    [[nodiscard]] virtual const Entry* shownAt(int row) const { return entryAt(row); }
+
     [[nodiscard]] bool isChecked(int row) const;
 
     /// The row that shows `url`, looked for from `likelyRow` on. O(n).
@@ -70,7 +73,15 @@ protected:
     template <class Take>
     void replaceRows(int before, int after, const Take& take)
     {
-        Q_EMIT rowsAboutToChange();
+        changeRows(
+            before, after, take, [this] { Q_EMIT rowsAboutToChange(); }, [this] { Q_EMIT rowsChanged(); });
+    }
+
+    /// The same with other calls around it.
+    template <class Take, class Begin, class End>
+    void changeRows(int before, int after, const Take& take, const Begin& begin, const End& end)
+    {
+        begin();
         if (after > before) {
             beginInsertRows({}, before, after - 1);
             take();
@@ -85,7 +96,7 @@ protected:
         if (after > 0) {
             Q_EMIT dataChanged(index(0, 0), index(after - 1, columnCount({}) - 1));
         }
-        Q_EMIT rowsChanged();
+        end();
     }
 
 private:

@@ -22,6 +22,8 @@ EntryTable::EntryTable(EntryTableModel* model, QWidget* parent)
     setItemDelegate(new EntryRowDelegate{m_model, *this});
     connect(m_header, &QHeaderView::sectionClicked, this, &EntryTable::sortBy);
     connect(model, &EntryTableModel::sortOrderChanged, this, &EntryTable::showSortOrder);
+    connect(model, &EntryTableModel::runningAboutToChange, this, [this] { rememberPlace(); });
+    connect(model, &EntryTableModel::runningChanged, this, &EntryTable::showChangedRows);
     showSortOrder();
     layOutColumns();
 }
@@ -138,7 +140,7 @@ void EntryTable::scrollTo(int row, int top)
 
 void EntryTable::rememberPlace()
 {
-    m_place = {m_model.rows(), {}, anchorRow(), 0};
+    m_place = {m_model.rows(), m_model.running(), {}, anchorRow(), 0};
     if (currentRow() >= 0) {
         m_place.currentRow = currentRow();
     }
@@ -149,9 +151,14 @@ void EntryTable::rememberPlace()
 
 int EntryTable::rowAfterChange(int row) const
 {
-    const auto found = m_model.rows().rowOf(m_place.rows, static_cast<std::size_t>(row));
+    std::optional<int> found;
+    if (const auto running = m_place.running.find(row)) {
+        found = m_model.rowOf(m_place.running.entry(*running).url, row);
+    } else if (const auto arranged = m_model.rows().rowOf(m_place.rows, m_place.running.arrangedRow(row))) {
+        found = m_model.running().rowOf(*arranged);
+    }
     // The neighbour takes the place of a row that went away, so that eyes and keyboard stay where they were.
-    return found ? static_cast<int>(*found) : std::min(row, m_model.rowCount() - 1);
+    return found.value_or(std::min(row, m_model.rowCount() - 1));
 }
 
 void EntryTable::restorePlace()

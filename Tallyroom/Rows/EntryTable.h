@@ -29,6 +29,9 @@ public:
     /// Shows `entries`, ranked by size, larger first. Meant to be called as often as a scan reports.
     void setEntries(const EntryList& entries) { m_model.setEntries(entries); }
 
+    /// Shows among them what is still being measured, in grey.
+    void setRunning(const std::vector<Entry>& running) { m_model.setRunning(running); }
+
     /// Shows only what `filter` accepts; everything when it is empty. Checks of hidden rows stay.
     void setFilter(EntryTableModel::Filter filter) { m_model.setFilter(std::move(filter)); }
 
@@ -52,7 +55,8 @@ protected:
 private:
     /// Where the reader is, for the time in which rows change.
     struct Place {
-        EntryArrangement rows; ///< that the numbers below belong to
+        EntryArrangement rows; ///< that the numbers below belong to, with
+        RunningRows running;
         std::optional<int> currentRow;
         std::optional<int> anchorRow; ///< the row that must stay where it is on screen
         int anchorTop = 0;            ///< its top in the viewport

@@ -52,13 +52,38 @@ void EntryTableModel::arrange(EntryArranger::IfBusy ifBusy)
 
 void EntryTableModel::takeRows(const EntryArrangement& rows)
 {
-    replaceRows(rowCount(), static_cast<int>(rows.rowCount()), [&] {
+    const RunningRows running{m_allRunning, m_request, rows};
+    replaceRows(rowCount(), static_cast<int>(rows.rowCount() + running.count()), [&] {
         m_rows = rows;
+        m_running = running;
         selection().follow(rows.entries(), rows.shown(), rows.shownBytes(), rows.found());
     });
     if (selection().isSearchDue() && rows.entries().isSameSnapshot(m_request.entries)) {
         arrange(EntryArranger::IfBusy::letFinish);
     }
+}
+
+void EntryTableModel::setRunning(std::vector<Entry> running)
+{
+    if (running.empty() && m_allRunning.empty()) {
+        return;
+    }
+    m_allRunning = std::move(running);
+    const RunningRows placed{m_allRunning, m_request, m_rows};
+    changeRows(
+        rowCount(), static_cast<int>(m_rows.rowCount() + placed.count()), [&] { m_running = placed; },
+        [this] { Q_EMIT runningAboutToChange(); }, [this] { Q_EMIT runningChanged(); });
+}
+
+const Entry& EntryTableModel::entry(int row) const
+{
+    const auto running = m_running.find(row);
+    return running ? m_running.entry(*running) : m_rows.entry(m_running.arrangedRow(row));
+}
+
+std::optional<std::uint32_t> EntryTableModel::positionAt(int row) const
+{
+    return isRunning(row) ? std::nullopt : std::optional{m_rows.position(m_running.arrangedRow(row))};
 }
 
 std::optional<EntrySortOrder::Key> EntryTableModel::sortKey(int column) const
@@ -88,7 +113,7 @@ QString EntryTableModel::nameText(const Entry& entry) const
 
 int EntryTableModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(m_rows.rowCount());
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.rowCount() + m_running.count());
 }
 
 int EntryTableModel::columnCount(const QModelIndex& parent) const
@@ -162,7 +187,7 @@ QString EntryTableModel::accessibleText(int row, int column) const
         parts += text(entry, other);
     }
     parts += UnreadText::spokenSize(entry);
-    parts += accessibleCheck(row);
+    parts += isRunning(row) ? QStringLiteral("en cours de mesure") : accessibleCheck(row);
     return parts.join(QStringLiteral(", "));
 }
 

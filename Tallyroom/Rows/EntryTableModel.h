@@ -3,6 +3,7 @@
 #include "Rows/EntryArranger.h"
 #include "Rows/EntryRowsModel.h"
 #include "Rows/EntryTableStyle.h"
+#include "Rows/RunningRows.h"
 
 namespace tallyroom {
 
@@ -29,14 +30,27 @@ public:
 
     [[nodiscard]] const EntrySortOrder& sortOrder() const { return m_request.order; }
 
+    /// The arrangement of the list. Among its rows lie those of what is still being measured.
     [[nodiscard]] const EntryArrangement& rows() const { return m_rows; }
 
-    [[nodiscard]] const Entry& entry(int row) const { return m_rows.entry(static_cast<std::size_t>(row)); }
+    /// Shows entries that are still being measured and not in the list, with their sizes so far: they cannot
+    /// be checked. O(their number × log of the rows).
+    void setRunning(std::vector<Entry> running);
 
-    [[nodiscard]] std::optional<std::uint32_t> positionAt(int row) const override
+    [[nodiscard]] bool isRunning(int row) const { return m_running.find(row).has_value(); }
+
+    [[nodiscard]] const RunningRows& running() const { return m_running; }
+
+    [[nodiscard]] std::int64_t largestSize() const
     {
-        return m_rows.position(static_cast<std::size_t>(row));
+        return std::max(m_rows.largestSize(), m_running.largestSize());
     }
+
+    [[nodiscard]] const Entry& entry(int row) const;
+
+    [[nodiscard]] const Entry* shownAt(int row) const override { return &entry(row); }
+
+    [[nodiscard]] std::optional<std::uint32_t> positionAt(int row) const override;
 
     [[nodiscard]] bool isUpToDate() const override
     {
@@ -56,6 +70,9 @@ public:
 
 Q_SIGNALS:
     void sortOrderChanged();
+    /// Around a change of the rows of what is still being measured.
+    void runningAboutToChange();
+    void runningChanged();
 
 protected:
     [[nodiscard]] std::string shownName(const Entry& entry) const override;
@@ -70,6 +87,8 @@ private:
     EntryArrangement::Request m_request;
     EntryArrangement m_rows;
     EntryArranger m_arranger;
+    std::vector<Entry> m_allRunning; // also those that the filter hides
+    RunningRows m_running;
 };
 
 } // namespace tallyroom

@@ -4,11 +4,13 @@
 #include "Model/FolderNames.h"
 #include "Scanning/FindInspector.h"
 #include "Scanning/FolderSize.h"
+#include "Scanning/RunningFolders.h"
 #include "Scanning/ScanProgress.h"
 
 #include <cstdint>
 #include <future>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace tallyroom {
@@ -20,7 +22,15 @@ namespace tallyroom {
 /// may be called from any thread but a pool worker's; the blocking ones wait for the process's WorkerPool.
 namespace FileScanner {
 
-using ScanStream = ProgressStream<ScanProgress>;
+/// The records of a scan.
+struct ScanStream : ProgressStream<ScanProgress> {
+    ScanStream(ProgressStream<ScanProgress> records, std::shared_ptr<const RunningFolders> folders = {})
+        : ProgressStream(std::move(records)), running(std::move(folders))
+    {}
+
+    /// Of a listing: the folders that its records do not contain yet. Null where nothing is measured.
+    std::shared_ptr<const RunningFolders> running;
+};
 
 /// The space used by a file or a link itself, or by everything below a folder that is no folder. Hard links
 /// count once a link, mount points are crossed, the folder's own blocks are not added. Every folder met is

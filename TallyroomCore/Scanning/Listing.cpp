@@ -21,6 +21,7 @@ public:
         std::optional<Timestamp> modifiedAt;
         ItemIdentity identity;
         std::size_t index = 0;
+        RunningFolders::Folder* running = nullptr;
     };
 
     explicit ListingVisitor(FileUrl url)
@@ -83,9 +84,12 @@ public:
         auto folder = std::make_unique<ListedFolder>();
         folder->place = {static_cast<SizedFolder&>(parent).place.epoch,
                          static_cast<std::uint32_t>(child.mark)};
-        folder->modifiedAt = modifiedAt(child);
-        folder->identity = identity(child, parent.scanRoot());
+        Entry entry = listedEntry(m_url, child, {}, parent.scanRoot());
+        folder->modifiedAt = entry.modifiedAt;
+        folder->identity = entry.identity;
         folder->index = child.index;
+        folder->running = running() != nullptr ? running()->add(std::move(entry)) : nullptr;
+        folder->soFar = folder->running != nullptr ? &folder->running->bytes : nullptr;
         return folder;
     }
 
@@ -116,9 +120,12 @@ protected:
         size.applyTo(entry);
         countAgain(listed.name(), size.countedAgain);
         std::vector<IndexedEntry> done;
-        done.push_back({listed.index, std::move(entry)});
+        done.push_back({listed.index, std::move(entry), listed.running});
         deliver(std::move(done));
     }
+
+    /// Where folders are on show that are still being measured; may be null.
+    [[nodiscard]] virtual RunningFolders* running() const { return nullptr; }
 
     /// What could not be read, when all children are done.
     [[nodiscard]] SharedUnreadPlaces unreadPlaces() const
@@ -174,16 +181,6 @@ private:
         }
     }
 
-    static std::optional<Timestamp> modifiedAt(const TreeWalk::Child& child)
-    {
-        return child.attributes != nullptr ? child.attributes->modifiedAt : std::nullopt;
-    }
-
-    static ItemIdentity identity(const TreeWalk::Child& child, const ScanRoot& scanRoot)
-    {
-        return child.attributes != nullptr ? scanRoot.identify(*child.attributes) : ItemIdentity{};
-    }
-
     const FileUrl m_url;
     const std::uint64_t m_epoch;
     std::optional<SystemError> m_unread;
@@ -195,8 +192,9 @@ private:
 /// Sends a record after every child.
 class StreamedListing final : public ListingVisitor {
 public:
-    StreamedListing(const FileUrl& url, ProgressSender<ScanProgress> sender)
-        : ListingVisitor(url), m_entries(std::move(sender))
+    StreamedListing(const FileUrl& url, ProgressSender<ScanProgress> sender,
+                    std::shared_ptr<RunningFolders> running)
+        : ListingVisitor(url), m_entries(std::move(sender)), m_running(std::move(running))
     {
         m_entries.setRemarks([this](ScanProgress& last) {
             last.unreadPlaces = unreadPlaces();
@@ -229,8 +227,11 @@ public:
 protected:
     void deliver(std::vector<IndexedEntry> entries) override { m_entries.append(std::move(entries)); }
 
+    [[nodiscard]] RunningFolders* running() const override { return m_running.get(); }
+
 private:
     StreamedEntries m_entries;
+    const std::shared_ptr<RunningFolders> m_running;
     bool m_isEmpty = true;
 };
 
@@ -303,8 +304,9 @@ FileScanner::ScanStream FileScanner::directEntriesStream(const FileUrl& url, boo
         return std::move(stream);
     }
     std::stop_token stop = sender.stopToken();
-    startListing(url, std::make_unique<StreamedListing>(url, std::move(sender)), std::move(stop));
-    return std::move(stream);
+    auto running = std::make_shared<RunningFolders>();
+    startListing(url, std::make_unique<StreamedListing>(url, std::move(sender), running), std::move(stop));
+    return {std::move(stream), std::move(running)};
 }
 
 void FileScanner::invalidateCache(const FileUrl& url)

@@ -122,10 +122,17 @@ void SizingVisitor::meet(SizedFolder& folder, const FileAttributes& file, std::s
 void SizingVisitor::visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children)
 {
     auto& sized = static_cast<SizedFolder&>(folder);
-    sized.addItems(sizeOfItems(children));
+    const FolderSize items = sizeOfItems(children);
+    std::int64_t found = items.bytes;
+    sized.addItems(items);
     countShared(sized, children);
-    lookUpFolders(sized, children,
-                  [&sized](const TreeWalk::Child&, const FolderSize& known) { sized.add(known); });
+    lookUpFolders(sized, children, [&](const TreeWalk::Child&, const FolderSize& known) {
+        sized.add(known);
+        found = saturatedSum(found, known.bytes);
+    });
+    if (sized.soFar != nullptr) {
+        sized.soFar->fetch_add(found, std::memory_order_relaxed);
+    }
     keepUnread(sized, children);
 }
 
@@ -133,7 +140,9 @@ std::unique_ptr<TreeWalk::Folder> SizingVisitor::descendInto(TreeWalk::Folder& p
                                                              const TreeWalk::Child& child)
 {
     auto folder = std::make_unique<SizedFolder>();
-    folder->place = {static_cast<SizedFolder&>(parent).place.epoch, static_cast<std::uint32_t>(child.mark)};
+    const auto& above = static_cast<SizedFolder&>(parent);
+    folder->place = {above.place.epoch, static_cast<std::uint32_t>(child.mark)};
+    folder->soFar = above.soFar;
     return folder;
 }
 

@@ -23,6 +23,9 @@ public:
         std::atomic<bool> hasUnreadItems = false;
         std::optional<SystemError> cause; ///< why it could not be listed
         SizeCache::Place place;
+        /// Where all that is found below it is counted at once, for one who cannot wait for totals; may be
+        /// null. Folders below it count there too.
+        std::atomic<std::int64_t>* soFar = nullptr;
 
         [[nodiscard]] FolderSize size() const;
 

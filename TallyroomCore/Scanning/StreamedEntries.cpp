@@ -24,6 +24,9 @@ void StreamedEntries::append(std::vector<IndexedEntry> entries)
         for (IndexedEntry& done : entries) {
             m_entries.append(std::move(done.entry));
             const auto completed = static_cast<std::int64_t>(m_entries.size());
+            if (done.running != nullptr) {
+                done.running->completed = completed;
+            }
             records.push_back({m_entries.snapshot(), completed, m_total, false});
         }
         if (!records.empty() && records.back().completed == m_total) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
+#include "Scanning/RunningFolders.h"
 #include "Scanning/ScanCache.h"
 #include "Scanning/ScanProgress.h"
 
@@ -16,6 +17,7 @@ namespace tallyroom {
 struct IndexedEntry {
     std::size_t index = 0;
     Entry entry;
+    RunningFolders::Folder* running = nullptr; ///< what it was on show as until now
 };
 
 /// The entries that a scan has measured so far, with a record on its stream after each of them. `append` may

@@ -49,9 +49,10 @@ NavigatorScene::NavigatorScene()
     deletions = std::make_unique<DeletionRunner>(RemovalOperations{remove, restore});
     const auto list = [this](const FileUrl& /*folder*/, bool useCache) {
         auto [sender, stream] = makeProgressStream<ScanProgress>();
+        auto running = std::make_shared<RunningFolders>();
         listings.push_back(std::make_unique<HandFedListing>(
-            useCache, std::make_unique<ProgressSender<ScanProgress>>(std::move(sender))));
-        return std::move(stream);
+            useCache, std::make_unique<ProgressSender<ScanProgress>>(std::move(sender)), running));
+        return FileScanner::ScanStream{std::move(stream), std::move(running)};
     };
     navigator = std::make_unique<FolderNavigatorViewModel>(
         *deletions, FolderServices{list, [this](const FileUrl& url) { invalidated.push_back(url); },

@@ -14,6 +14,7 @@ namespace tallyroom {
 struct HandFedListing {
     bool useCache = false;
     std::unique_ptr<ProgressSender<ScanProgress>> sender;
+    std::shared_ptr<RunningFolders> running;
 
     void send(std::vector<Entry> entries, std::int64_t completed, std::int64_t total,
               const std::optional<SystemError>& unread = {}) const

@@ -1,10 +1,13 @@
 #include "Tools/Frame/ListToolScreen.h"
 
+#include "Model/CheckedArithmetic.h"
 #include "Rows/EntryTable.h"
 #include "Text/CSVExport.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Tools/Frame/ToolHeader.h"
+
+#include <numeric>
 
 namespace tallyroom {
 
@@ -32,6 +35,11 @@ ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& sty
       m_table(table)
 {
     connect(&tool, &ListToolViewModel::categoryChanged, this, &ListToolScreen::showFilter);
+    connect(&tool, &ListToolViewModel::runningChanged, this, [this] {
+        m_table->setRunning(m_list.running());
+        showProgress();
+        showSummary();
+    });
     if (!style.categories.empty()) {
         addChips(style.categories);
     }
@@ -49,8 +57,17 @@ void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
 QString ListToolScreen::summary() const
 {
     const EntryArrangement& rows = m_table->arrangement();
+    const std::vector<Entry>& running = m_list.running();
+    const auto add = [](std::int64_t sum, const Entry& folder) {
+        return saturatedSum(sum, folder.sizeBytes);
+    };
+    const std::int64_t counted = std::accumulate(running.begin(), running.end(), rows.totalBytes(), add);
     QString text = NumberText::plural(rows.entries().size(), QStringLiteral("élément")) +
-                   QStringLiteral(" · ") + sizeText(rows.totalBytes());
+                   QStringLiteral(" · ") + sizeText(counted);
+    if (!running.empty()) {
+        text += QStringLiteral(" comptés · %1 en cours de mesure")
+                    .arg(NumberText::plural(running.size(), QStringLiteral("dossier")));
+    }
     if (m_list.countedAgain() > rows.totalBytes() / 100) {
         text += QStringLiteral(", dont %1 comptés plusieurs fois (liens physiques)")
                     .arg(sizeText(m_list.countedAgain()));

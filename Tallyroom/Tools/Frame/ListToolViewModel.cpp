@@ -7,16 +7,30 @@
 #include "Text/TextFilter.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <tuple>
 
 namespace tallyroom {
 
+namespace {
+
+/// How often the folders are looked at that are still being measured.
+constexpr std::chrono::milliseconds runningInterval{125};
+
+} // namespace
+
 ListToolViewModel::ListToolViewModel(DeletionRunner& deletions, CategoryOf categoryOf,
                                      FilterSubject filterSubject, ScanBeginning beginning)
     : ScanToolViewModel(deletions), m_filterSubject(filterSubject), m_beginning(beginning),
       m_categoryOf(std::move(categoryOf))
-{}
+{
+    m_runningClock.setInterval(runningInterval);
+    connect(&m_runningClock, &QTimer::timeout, this, [this] {
+        PropertyUpdate update{this};
+        showRunning(update);
+    });
+}
 
 std::function<bool(const Entry&)> ListToolViewModel::filter() const
 {
@@ -95,7 +109,9 @@ ScanLine ListToolViewModel::scanLine() const
         return {QStringLiteral("Recherche… ") + NumberText::plural(m_scanTotal, QStringLiteral("trouvé")),
                 std::nullopt};
     }
-    return {QStringLiteral("Analyse en cours… %1/%2").arg(m_scanCompleted).arg(m_scanTotal), scanFraction()};
+    // So many folders say nothing of what is left: the last one may be the largest.
+    return {QStringLiteral("Analyse en cours… %1/%2").arg(m_scanCompleted).arg(m_scanTotal),
+            m_running.empty() ? std::optional{scanFraction()} : std::nullopt};
 }
 
 void ListToolViewModel::forEachEntry(const Visitor& visit) const
@@ -119,14 +135,22 @@ void ListToolViewModel::startScan(PropertyUpdate& update)
     update.assign(m_scanTotal, 0, &ListToolViewModel::progressChanged);
     update.assign(m_isDiscovering, m_beginning == ScanBeginning::discovering,
                   &ListToolViewModel::progressChanged);
+    FileScanner::ScanStream stream = startStream();
+    m_runningFolders = std::move(stream.running);
+    if (m_runningFolders != nullptr) {
+        m_runningClock.start();
+    }
     m_pump = std::make_unique<StreamPump<ScanProgress>>(
-        startStream(), [this](const ScanProgress& record) { receive(record); },
+        std::move(stream), [this](const ScanProgress& record) { receive(record); },
         [this] { endScan(ScanEnd::reached(m_unread, m_unreadPlaces)); });
 }
 
 void ListToolViewModel::dropScan(PropertyUpdate& update)
 {
     m_pump.reset();
+    m_runningFolders.reset();
+    m_runningClock.stop();
+    update.assign(m_running, std::vector<Entry>{}, &ListToolViewModel::runningChanged);
     startMeasuring();
     update.assign(m_isDiscovering, false, &ListToolViewModel::progressChanged);
 }
@@ -141,6 +165,16 @@ void ListToolViewModel::receive(const ScanProgress& record)
     update.assign(m_scanCompleted, record.completed, &ListToolViewModel::progressChanged);
     update.assign(m_scanTotal, record.total, &ListToolViewModel::progressChanged);
     update.assign(m_isDiscovering, record.isDiscovering, &ListToolViewModel::progressChanged);
+    showRunning(update);
+}
+
+void ListToolViewModel::showRunning(PropertyUpdate& update)
+{
+    if (m_runningFolders != nullptr) {
+        std::vector<Entry> running = m_runningFolders->after(m_scanCompleted);
+        std::erase_if(running, [this](const Entry& folder) { return m_removed.contains(folder); });
+        update.assign(m_running, std::move(running), &ListToolViewModel::runningChanged);
+    }
 }
 
 /// Corrects a record: the scan does not know about deletions and undos while it runs.

@@ -6,10 +6,13 @@
 #include "Scanning/FileScanner.h"
 #include "Tools/Frame/ScanToolViewModel.h"
 
+#include <QTimer>
+
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace tallyroom {
 
@@ -70,12 +73,19 @@ public:
 
     [[nodiscard]] std::size_t entryCount() const override { return m_entries.size(); }
 
+    /// The folders that the running scan is still measuring, with their sizes so far; none of them is in
+    /// `entries`. Looked up some eight times a second.
+    [[nodiscard]] const std::vector<Entry>& running() const { return m_running; }
+
+    [[nodiscard]] bool isShowingRunning() const override { return !m_running.empty(); }
+
     void forEachEntry(const Visitor& visit) const override;
 
     [[nodiscard]] QString scanReport() const override;
 
 Q_SIGNALS:
     void categoryChanged();
+    void runningChanged();
 
 protected:
     /// `deletions` must outlive the view model; `categoryOf` is for tools that know categories.
@@ -99,6 +109,7 @@ protected:
 
 private:
     void receive(const ScanProgress& record);
+    void showRunning(PropertyUpdate& update);
     /// The new sizes of folders that were measured again.
     using Sizes = std::unordered_map<FileUrl, FolderSize>;
 
@@ -114,6 +125,9 @@ private:
     std::int64_t m_scanCompleted = 0;
     std::int64_t m_scanTotal = 0;
     bool m_isDiscovering = false;
+    std::shared_ptr<const RunningFolders> m_runningFolders; // of the running scan
+    std::vector<Entry> m_running;
+    QTimer m_runningClock;
     std::optional<SystemError> m_unread; // of the running scan, as what follows
     SharedUnreadPlaces m_unreadPlaces;
     std::int64_t m_countedAgain = 0;

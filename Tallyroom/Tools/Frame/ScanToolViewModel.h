@@ -82,6 +82,9 @@ public:
     /// The progress line of a running scan.
     [[nodiscard]] virtual ScanLine scanLine() const = 0;
 
+    /// Whether the list shows something that is still being measured.
+    [[nodiscard]] virtual bool isShowingRunning() const { return false; }
+
     void setSearchText(const QString& text);
 
     /// Whether a filter may hide entries.

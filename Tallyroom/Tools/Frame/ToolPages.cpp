@@ -82,7 +82,8 @@ QWidget* ToolPages::page(bool isPatient, bool hidesEverything) const
     case ToolState::Phase::error:
         return m_error;
     case ToolState::Phase::scanning:
-        return isEmpty && !isPatient ? static_cast<QWidget*>(m_scanning) : m_lists;
+        return isEmpty && !m_tool.isShowingRunning() && !isPatient ? static_cast<QWidget*>(m_scanning)
+                                                                   : m_lists;
     case ToolState::Phase::loaded:
         if (isEmpty) {
             return m_empty;

@@ -292,7 +292,8 @@ void ToolScreen::showChecked()
 void ToolScreen::showSummary()
 {
     // Nothing is counted as none before the end is known.
-    const bool isKnown = m_tool.entryCount() > 0 || m_tool.scanEnd().isComplete();
+    const bool isKnown =
+        m_tool.entryCount() > 0 || m_tool.isShowingRunning() || m_tool.scanEnd().isComplete();
     QString text = isKnown ? summary() : QString{};
     if (const std::size_t checked = selection().count(); checked > 0) {
         text += QStringLiteral(" · ") + NumberText::plural(checked, QStringLiteral("sélectionné"));
