@@ -209,19 +209,41 @@ TEST(FolderNavigator, ASecondDeletionIsRefusedInWordsWhileOneRuns)
     EXPECT_TRUE(scene.navigator->undoable());
 }
 
+TEST(FolderNavigator, AStepAboveTheRootOpensItAndOneBelowDoesNot)
+{
+    NavigatorScene scene;
+    EXPECT_THAT(scene.navigator->wayToRoot(), IsEmpty());
+    scene.openLoaded("/home/moi/photos", {});
+    const std::vector<BreadcrumbItem> above{
+        {"/", FileUrl{"/"}}, {"home", FileUrl{"/home"}}, {"moi", FileUrl{"/home/moi"}}};
+    EXPECT_EQ(scene.navigator->wayToRoot(), above);
+    scene.navigator->activate(folderEntry("/home/moi/photos/2020", 1));
+    scene.navigator->goTo(FileUrl{"/home/moi/photos"});
+    EXPECT_EQ(scene.navigator->rootURL(), FileUrl{"/home/moi/photos"});
+    scene.navigator->goTo(FileUrl{"/home"});
+    EXPECT_EQ(scene.navigator->rootURL(), FileUrl{"/home"});
+    EXPECT_EQ(scene.navigator->currentURL(), FileUrl{"/home"});
+    EXPECT_EQ(scene.navigator->wayToRoot().size(), 1U);
+}
+
 TEST(Breadcrumb, ShowsTheFolderAndItsParentAndTheRestInAMenu)
 {
     Breadcrumb breadcrumb;
     std::vector<BreadcrumbItem> items;
-    FileUrl url{"/"};
+    FileUrl url{"/home"};
+    const std::vector<BreadcrumbItem> above{{"/", FileUrl{"/"}}, {"home", url}};
     for (const char* name : {"root", "one & two", "three", "four", "five", "current"}) {
         url = url.appending(name);
         items.push_back({name, url});
     }
-    breadcrumb.setItems(items);
     breadcrumb.show();
 
-    for (const auto& row : cases("breadcrumbs")) {
+    std::vector<std::vector<std::string>> rows = cases("breadcrumbs with steps above");
+    const std::size_t countWithAbove = rows.size();
+    std::ranges::copy(cases("breadcrumbs"), std::back_inserter(rows));
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const std::vector<std::string>& row = rows[i];
+        breadcrumb.setItems(items, i < countWithAbove ? above : std::vector<BreadcrumbItem>{});
         breadcrumb.resize(std::stoi(row[0]), Theme::controlHeight);
         std::vector<QAbstractButton*> steps;
         for (QAbstractButton* const step : breadcrumb.findChildren<QAbstractButton*>()) {

@@ -22,12 +22,13 @@ constexpr int mostNeeded = Theme::gap * 22; // long names are cut before the hea
 /// One step: its name, quiet until the mouse is over it, semibold where one is.
 class BreadcrumbStep : public QAbstractButton {
 public:
-    BreadcrumbStep(const QString& name, bool isCurrent, QWidget* parent)
-        : QAbstractButton(parent), m_isCurrent(isCurrent)
+    enum class Rank { above, usual, current };
+
+    BreadcrumbStep(const QString& name, Rank rank, QWidget* parent) : QAbstractButton(parent), m_rank(rank)
     {
         setText(name);
         setAccessibleName(name);
-        setFocusPolicy(isCurrent ? Qt::NoFocus : Qt::TabFocus);
+        setFocusPolicy(rank == Rank::current ? Qt::NoFocus : Qt::TabFocus);
         setAttribute(Qt::WA_Hover);
     }
 
@@ -58,7 +59,7 @@ protected:
             painter.drawRoundedRect(QRectF{rect()}.adjusted(0.5, 3.5, -0.5, -3.5), Theme::badgeRadius,
                                     Theme::badgeRadius);
         }
-        const bool isQuiet = !m_isCurrent && !underMouse() && !isDown();
+        const bool isQuiet = m_rank != Rank::current && !underMouse() && !isDown();
         painter.setPen(theme.colour(isQuiet ? Theme::Colour::secondary : Theme::Colour::text));
         painter.setFont(stepFont());
         const QRect room = rect().adjusted(Theme::gap / 2, 0, -Theme::gap / 2, 0);
@@ -69,16 +70,25 @@ protected:
 private:
     [[nodiscard]] QFont stepFont() const
     {
-        return m_isCurrent ? Theme::shared().title() : Theme::shared().body();
+        switch (m_rank) {
+        case Rank::above:
+            return Theme::shared().small();
+        case Rank::usual:
+            return Theme::shared().body();
+        case Rank::current:
+            break;
+        }
+        return Theme::shared().title();
     }
 
-    bool m_isCurrent;
+    Rank m_rank;
 };
 
 } // namespace
 
 Breadcrumb::Breadcrumb(QWidget* parent)
-    : QWidget(parent), m_hiddenSteps(new BreadcrumbStep(QStringLiteral("…"), false, this))
+    : QWidget(parent),
+      m_hiddenSteps(new BreadcrumbStep(QStringLiteral("…"), BreadcrumbStep::Rank::usual, this))
 {
     setAccessibleName(QStringLiteral("Chemin"));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
@@ -94,7 +104,7 @@ Breadcrumb::Breadcrumb(QWidget* parent)
     m_hiddenSteps->hide();
 }
 
-void Breadcrumb::setItems(std::vector<BreadcrumbItem> items)
+void Breadcrumb::setItems(std::vector<BreadcrumbItem> items, const std::vector<BreadcrumbItem>& above)
 {
     // The button that was pressed is among these: it must live until its click is over.
     std::ranges::for_each(m_steps, [](QAbstractButton* step) {
@@ -102,10 +112,14 @@ void Breadcrumb::setItems(std::vector<BreadcrumbItem> items)
         step->deleteLater();
     });
     m_steps.clear();
+    m_above = above.size();
     m_items = std::move(items);
+    m_items.insert(m_items.begin(), above.begin(), above.end());
     for (std::size_t index = 0; index < m_items.size(); ++index) {
-        const bool isCurrent = index + 1 == m_items.size();
-        auto* const step = new BreadcrumbStep(FileUrlText::display(m_items[index].name), isCurrent, this);
+        const auto rank = index < m_above               ? BreadcrumbStep::Rank::above
+                          : index + 1 == m_items.size() ? BreadcrumbStep::Rank::current
+                                                        : BreadcrumbStep::Rank::usual;
+        auto* const step = new BreadcrumbStep(FileUrlText::display(m_items[index].name), rank, this);
         step->setToolTip(plainToolTip(FileUrlText::display(m_items[index].url)));
         connect(step, &QAbstractButton::clicked, this,
                 [this, url = m_items[index].url] { Q_EMIT selected(url); });
@@ -117,22 +131,30 @@ void Breadcrumb::setItems(std::vector<BreadcrumbItem> items)
 
 QSize Breadcrumb::sizeHint() const
 {
-    int steps = 0;
-    for (const QAbstractButton* const step : m_steps) {
-        steps += step->sizeHint().width();
-    }
-    return {steps + chevronWidth * static_cast<int>(m_steps.size()), Theme::controlHeight};
+    // The steps above the root take only what room is left.
+    const int menu = m_above > 0 ? m_hiddenSteps->sizeHint().width() + chevronWidth : 0;
+    return {menu + widthFrom(m_above), Theme::controlHeight};
 }
 
 QSize Breadcrumb::minimumSizeHint() const
 {
     // The folder on screen and the one around it.
     int last = 0;
-    for (std::size_t back = 1; back <= std::min<std::size_t>(m_steps.size(), 2); ++back) {
+    const std::size_t own = m_steps.size() - m_above;
+    for (std::size_t back = 1; back <= std::min<std::size_t>(own, 2); ++back) {
         last += m_steps[m_steps.size() - back]->sizeHint().width() + chevronWidth;
     }
-    const int hidden = m_steps.size() > 2 ? m_hiddenSteps->sizeHint().width() + chevronWidth : 0;
+    const int hidden = own > 2 || m_above > 0 ? m_hiddenSteps->sizeHint().width() + chevronWidth : 0;
     return {std::min({hidden + last, sizeHint().width(), mostNeeded}), Theme::controlHeight};
+}
+
+int Breadcrumb::widthFrom(std::size_t first) const
+{
+    int width = 0;
+    for (std::size_t step = first; step < m_steps.size(); ++step) {
+        width += widthOf(step) + chevronWidth;
+    }
+    return width;
 }
 
 int Breadcrumb::widthOf(std::size_t step) const
@@ -140,34 +162,41 @@ int Breadcrumb::widthOf(std::size_t step) const
     return m_steps[step]->sizeHint().width();
 }
 
-/// The steps that have no room. The last two stay, then the root, then what is near the end.
-Breadcrumb::Range Breadcrumb::hiddenSteps() const
+/// The last two stay, then the root, then what is near the end, then what is near the root.
+Breadcrumb::Hidden Breadcrumb::hiddenSteps() const
 {
     const std::size_t count = m_steps.size();
-    const std::size_t kept = std::min<std::size_t>(count, 2);
-    const int all = sizeHint().width() - chevronWidth;
-    if (all <= width() || count == kept) {
+    const std::size_t kept = std::min<std::size_t>(count - m_above, 2);
+    int needed = widthFrom(0) - chevronWidth;
+    if (needed <= width() || count == kept) {
         return {};
     }
-    for (const std::size_t first : {1U, 0U}) {
-        int needed = all + m_hiddenSteps->sizeHint().width() + chevronWidth;
+    needed += m_hiddenSteps->sizeHint().width() + chevronWidth;
+    for (std::size_t above = 0; above < m_above; ++above) {
+        needed -= widthOf(above) + chevronWidth;
+        if (needed <= width()) {
+            return {above + 1, 0, 0};
+        }
+    }
+    for (const std::size_t first : {m_above + 1, m_above}) {
+        int rest = needed;
         for (std::size_t end = first; end < count - kept;) {
-            needed -= widthOf(end) + chevronWidth;
+            rest -= widthOf(end) + chevronWidth;
             ++end;
-            if (needed <= width()) {
-                return {first, end};
+            if (rest <= width()) {
+                return {m_above, first, end};
             }
         }
     }
-    return {0, count - kept};
+    return {m_above, m_above, count - kept};
 }
 
 void Breadcrumb::arrange()
 {
-    const Range hidden = hiddenSteps();
+    const Hidden hidden = hiddenSteps();
     const std::size_t count = m_steps.size();
     m_chevrons.clear();
-    m_hiddenSteps->setVisible(hidden.first < hidden.end);
+    m_hiddenSteps->setVisible(hidden.above > 0 || hidden.first < hidden.end);
     int x = 0;
     const auto place = [&](QAbstractButton* step, int stepWidth, bool isLast) {
         step->setGeometry(x, 0, stepWidth, height());
@@ -178,9 +207,9 @@ void Breadcrumb::arrange()
         }
     };
     for (std::size_t index = 0; index < count; ++index) {
-        const bool isHidden = index >= hidden.first && index < hidden.end;
+        const bool isHidden = hidden.contains(index);
         m_steps[index]->setVisible(!isHidden);
-        if (isHidden && index == hidden.first) {
+        if (isHidden && index == hidden.place()) {
             place(m_hiddenSteps, m_hiddenSteps->sizeHint().width(), false);
         } else if (!isHidden) {
             place(m_steps[index], std::min(widthOf(index), roomFor(index, width() - x)), index + 1 == count);
@@ -203,8 +232,11 @@ void Breadcrumb::fillMenu()
 {
     auto* const menu = m_hiddenSteps->findChild<QMenu*>();
     menu->clear();
-    const Range hidden = hiddenSteps();
-    for (std::size_t index = hidden.first; index < hidden.end; ++index) {
+    const Hidden hidden = hiddenSteps();
+    for (std::size_t index = 0; index < hidden.end || index < hidden.above; ++index) {
+        if (!hidden.contains(index)) {
+            continue;
+        }
         // A menu takes "&" for a mark of its own.
         QString name = FileUrlText::display(m_items[index].name);
         menu->addAction(name.replace(QLatin1Char{'&'}, QStringLiteral("&&")))

@@ -84,8 +84,7 @@ QWidget* DiskUsageView::makeWayBack()
     m_back->setEnabled(m_navigator.canGoBack());
     Theme::dress(m_back, Theme::Button::icon);
     connect(m_back, &QPushButton::clicked, &m_navigator, &FolderNavigatorViewModel::goBack);
-    connect(m_breadcrumb, &Breadcrumb::selected, &m_navigator,
-            &FolderNavigatorViewModel::navigateViaBreadcrumb);
+    connect(m_breadcrumb, &Breadcrumb::selected, &m_navigator, &FolderNavigatorViewModel::goTo);
     auto* const way = new QWidget;
     way->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // the header shares the room out
     auto* const row = new QHBoxLayout(way);
@@ -199,7 +198,7 @@ void DiskUsageView::resetView()
 
 void DiskUsageView::showPlace()
 {
-    m_breadcrumb->setItems(m_navigator.breadcrumb());
+    m_breadcrumb->setItems(m_navigator.breadcrumb(), m_navigator.wayToRoot());
     m_shownFolder = m_navigator.currentURL();
 }
 

@@ -30,6 +30,27 @@ std::vector<BreadcrumbItem> FolderNavigatorViewModel::breadcrumb() const
     return items;
 }
 
+std::vector<BreadcrumbItem> FolderNavigatorViewModel::wayToRoot() const
+{
+    std::vector<BreadcrumbItem> items;
+    const FileUrl root = rootURL() ? rootURL()->standardized() : FileUrl{"/"};
+    for (FileUrl url = root; url.parent() != url;) {
+        url = url.parent();
+        items.push_back({std::string{url.lastPathComponent()}, url});
+    }
+    std::ranges::reverse(items);
+    return items;
+}
+
+void FolderNavigatorViewModel::goTo(const FileUrl& step)
+{
+    if (rootURL() && step != *rootURL() && rootURL()->isInside(step)) {
+        open(step);
+    } else {
+        navigateViaBreadcrumb(step);
+    }
+}
+
 void FolderNavigatorViewModel::activate(const Entry& entry)
 {
     if (!entry.isDirectory) {

@@ -48,6 +48,9 @@ public:
     /// under the root.
     [[nodiscard]] std::vector<BreadcrumbItem> breadcrumb() const;
 
+    /// The folders above the root, from the top of the file system on; empty before one is open.
+    [[nodiscard]] std::vector<BreadcrumbItem> wayToRoot() const;
+
     [[nodiscard]] std::int64_t currentTotalSize() const { return totalSize(); }
 
     /// What lies deeper in the current folder.
@@ -64,6 +67,9 @@ public:
     void goToRoot();
 
     void navigateViaBreadcrumb(const FileUrl& url);
+
+    /// The same for a step above the root, which becomes the root.
+    void goTo(const FileUrl& step);
 
     /// Measures the current folder anew, without what the caches know.
     void refreshCurrent();
