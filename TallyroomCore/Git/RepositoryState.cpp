@@ -1,9 +1,11 @@
 #include "Git/RepositoryState.h"
 
-#include <array>
+#include <algorithm>
 #include <git2.h>
+#include <iterator>
 #include <memory>
 #include <openssl/crypto.h>
+#include <span>
 #include <string_view>
 
 namespace tallyroom {
@@ -23,6 +25,7 @@ struct Release {
 using OpenRepository = std::unique_ptr<git_repository, Release<git_repository_free>>;
 using HistoryWalk = std::unique_ptr<git_revwalk, Release<git_revwalk_free>>;
 
+using WorkTree = std::unique_ptr<git_worktree, Release<git_worktree_free>>;
 using Configuration = std::unique_ptr<git_config, Release<git_config_free>>;
 
 class NameList {
@@ -35,7 +38,7 @@ public:
 
     [[nodiscard]] git_strarray* out() { return &m_names; }
 
-    [[nodiscard]] std::int64_t count() const { return static_cast<std::int64_t>(m_names.count); }
+    [[nodiscard]] std::span<char* const> names() const { return {m_names.strings, m_names.count}; }
 
 private:
     git_strarray m_names = {};
@@ -78,6 +81,15 @@ std::optional<bool> namesRemote(git_repository* repository)
     };
     bool found = false;
     return ::git_config_foreach(opened, look, &found) == 0 ? std::optional{found} : std::nullopt;
+}
+
+/// Where a work tree lies; its name where that cannot be read.
+FileUrl placeOf(git_repository* repository, const char* name)
+{
+    git_worktree* opened = nullptr;
+    ::git_worktree_lookup(&opened, repository, name);
+    const WorkTree tree{opened};
+    return FileUrl{opened == nullptr ? name : ::git_worktree_path(opened)};
 }
 
 /// Leads `walk` through what only this repository has. False when a part cannot be read.
@@ -144,7 +156,9 @@ std::optional<RepositoryState> RepositoryState::read(const FileUrl& url)
         return std::nullopt;
     }
     state.hasRemote = *remote;
-    state.worktrees = worktrees.count();
+    std::ranges::transform(worktrees.names(), std::back_inserter(state.worktrees),
+                           [&](const char* name) { return placeOf(repository.get(), name); });
+    std::ranges::sort(state.worktrees);
     return state;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace tallyroom {
 
@@ -18,13 +19,13 @@ struct RepositoryState {
     /// when there are more than `mostCommits`.
     std::optional<std::int64_t> unpushed = 0;
     std::int64_t stashes = 0;
-    /// The further work trees that use this history.
-    std::int64_t worktrees = 0;
+    /// The further work trees that use this history, in order.
+    std::vector<FileUrl> worktrees;
 
     /// Whether deleting the history loses something that is nowhere else.
     [[nodiscard]] bool wouldLoseWork() const
     {
-        return !hasRemote || unpushed != 0 || stashes > 0 || worktrees > 0;
+        return !hasRemote || unpushed != 0 || stashes > 0 || !worktrees.empty();
     }
 
     friend bool operator==(const RepositoryState&, const RepositoryState&) = default;

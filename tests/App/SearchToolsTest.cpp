@@ -4,6 +4,7 @@
 #include "Rows/EntryTableModel.h"
 #include "Support/CacheTree.h"
 #include "Support/GitTree.h"
+#include "Text/FileUrlText.h"
 #include "Tools/BuildCaches/BuildCaches.h"
 #include "Tools/Frame/ListToolScreen.h"
 #include "Tools/GitRepos/GitRepos.h"
@@ -205,11 +206,14 @@ TEST_F(SearchToolsTest, EachRepositorySaysWhatIsNowhereElseAndTheDialogNamesThos
     const auto repository = [&](const std::string& name) {
         return *std::ranges::find(tool.entries(), tree.url(name + "/.git"), &Entry::url);
     };
-    const QString danger =
-        question(*screen, {repository("pushed"), repository("ahead"), repository("broken")});
+    const QString danger = question(
+        *screen, {repository("pushed"), repository("ahead"), repository("broken"), repository("worktrees")});
     EXPECT_TRUE(danger.contains(QStringLiteral("historique")));
     EXPECT_TRUE(danger.contains(QStringLiteral("• ahead : 2 commits non poussés"))) << danger.toStdString();
     EXPECT_TRUE(danger.contains(QStringLiteral("• broken : état inconnu")));
+    EXPECT_TRUE(danger.contains(QStringLiteral("copie de travail en dépend (%1)")
+                                    .arg(FileUrlText::displayFromHome(tree.url("second-tree")))))
+        << danger.toStdString();
     EXPECT_FALSE(danger.contains(QStringLiteral("• pushed")));
     EXPECT_TRUE(
         question(*screen, {repository("pushed")}).contains(QStringLiteral("aussi dans un dépôt distant")));

@@ -12,7 +12,7 @@ namespace tallyroom {
 void PrintTo(const RepositoryState& state, std::ostream* out)
 {
     *out << "remote " << state.hasRemote << ", unpushed " << state.unpushed.value_or(-1) << ", stashes "
-         << state.stashes << ", worktrees " << state.worktrees;
+         << state.stashes << ", worktrees " << state.worktrees.size();
 }
 
 namespace {
@@ -22,12 +22,18 @@ TEST(RepositoryState, TellsWhatNoRemoteHas)
     const GitTree tree;
     ASSERT_TRUE(tree.isMade());
     const std::map<std::string, std::optional<RepositoryState>> truth{
-        {"pushed", RepositoryState{true, 0, 0, 0}},       {"ahead", RepositoryState{true, 2, 0, 0}},
-        {"other-branch", RepositoryState{true, 1, 0, 0}}, {"detached", RepositoryState{true, 1, 0, 0}},
-        {"lonely", RepositoryState{false, 1, 0, 0}},      {"empty", RepositoryState{false, 0, 0, 0}},
-        {"never-pushed", RepositoryState{true, 1, 0, 0}}, {"stashes", RepositoryState{true, 0, 2, 0}},
-        {"worktrees", RepositoryState{true, 0, 0, 1}},    {"broken", std::nullopt},
-        {"hooked", RepositoryState{true, 0, 0, 0}},       {"no-repository", std::nullopt}};
+        {"pushed", RepositoryState{true, 0, 0, {}}},
+        {"ahead", RepositoryState{true, 2, 0, {}}},
+        {"other-branch", RepositoryState{true, 1, 0, {}}},
+        {"detached", RepositoryState{true, 1, 0, {}}},
+        {"lonely", RepositoryState{false, 1, 0, {}}},
+        {"empty", RepositoryState{false, 0, 0, {}}},
+        {"never-pushed", RepositoryState{true, 1, 0, {}}},
+        {"stashes", RepositoryState{true, 0, 2, {}}},
+        {"worktrees", RepositoryState{true, 0, 0, {tree.url("second-tree")}}},
+        {"broken", std::nullopt},
+        {"hooked", RepositoryState{true, 0, 0, {}}},
+        {"no-repository", std::nullopt}};
     for (const auto& [name, state] : truth) {
         EXPECT_EQ(RepositoryState::read(tree.url(name + "/.git")), state) << name;
     }

@@ -4,6 +4,9 @@
 #include "Text/NumberText.h"
 #include "Tools/Frame/ToolStyles.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace tallyroom {
 
 namespace {
@@ -30,11 +33,26 @@ QStringList lossesOf(const RepositoryState& state)
     if (state.stashes > 0) {
         losses += QStringLiteral("modifications en réserve (stash)");
     }
-    if (state.worktrees > 0) {
-        losses += NumberText::plural(state.worktrees, QStringLiteral("autre copie de travail en dépend"),
-                                     QStringLiteral("autres copies de travail en dépendent"));
+    if (!state.worktrees.empty()) {
+        losses +=
+            NumberText::plural(state.worktrees.size(), QStringLiteral("autre copie de travail en dépend"),
+                               QStringLiteral("autres copies de travail en dépendent"));
     }
     return losses;
+}
+
+/// Which other work trees break, for the question before a deletion.
+QString dependentsOf(const RepositoryState& state)
+{
+    constexpr std::ptrdiff_t mostNames = 3;
+    QStringList names;
+    const auto shown = std::min(std::ssize(state.worktrees), mostNames);
+    std::transform(state.worktrees.begin(), state.worktrees.begin() + shown, std::back_inserter(names),
+                   [](const FileUrl& tree) { return FileUrlText::displayFromHome(tree); });
+    if (const auto others = std::ssize(state.worktrees) - shown; others > 0) {
+        names += NumberText::plural(others, QStringLiteral("autre"));
+    }
+    return names.isEmpty() ? QString{} : QStringLiteral(" (%1)").arg(names.join(QStringLiteral(", ")));
 }
 
 const QString unknownState = QStringLiteral("état inconnu");
@@ -63,7 +81,8 @@ QString warningOf(const GitReposViewModel& tool, const std::vector<Entry>& entri
         if (!losses.isEmpty()) {
             lines += QStringLiteral("• %1 : %2")
                          .arg(FileUrlText::display(ToolStyles::projectName(entry)),
-                              losses.join(QStringLiteral(", ")));
+                              losses.join(QStringLiteral(", "))) +
+                     (isKnown ? dependentsOf(**state) : QString{});
         }
     }
     if (lines.isEmpty()) {
