@@ -1,17 +1,14 @@
 #pragma once
 
+#include "Deletion/DeletionQuestion.h"
 #include "Deletion/DeletionSupport.h"
 
-#include <QDialog>
 #include <QList>
-
-class QBoxLayout;
-class QPushButton;
 
 namespace tallyroom {
 
 /// Asks how to delete, to the trash, for good, or not at all, and names what goes. Main thread.
-class DeleteConfirmation : public QDialog {
+class DeleteConfirmation : public DeletionQuestion {
     Q_OBJECT
 
 public:
@@ -35,8 +32,8 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QString message(Default choice) const;
-    QPushButton* addChoice(const QString& text, bool permanently);
-    void demand(const QString& acknowledgement, const QList<QPushButton*>& choices, QBoxLayout* column);
+    QPushButton* addWay(const QString& text, bool permanently);
+    void demand(const QString& acknowledgement, const QList<QPushButton*>& choices);
 
     std::vector<Entry> m_entries;
     PendingDeletion m_pending;

@@ -3,12 +3,9 @@
 #include "Deletion/LargestNames.h"
 #include "Text/NumberText.h"
 #include "Text/VolumeText.h"
-#include "Theme/Theme.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <iterator>
@@ -47,43 +44,13 @@ std::vector<Entry> originals(const TrashContents& contents)
 
 EmptyTrashConfirmation::EmptyTrashConfirmation(const TrashContents& contents, const QString& volume,
                                                QWidget* parent)
-    : QDialog(parent)
+    : DeletionQuestion(QStringLiteral("Vider la corbeille ?"), parent)
 {
-    setWindowTitle(QStringLiteral("Vider la corbeille ?"));
-    auto* const heading = new QLabel(windowTitle());
-    Theme::dress(heading, Theme::Text::title);
-    auto* const text = new QLabel(message(contents, volume));
-    text->setWordWrap(true);
-    auto* const names = new QLabel(largestNames(originals(contents)).join(QLatin1Char{'\n'}));
-    for (QLabel* const label : {text, names}) {
-        label->setTextFormat(Qt::PlainText);
-        Theme::dress(label, Theme::Text::body);
-    }
+    const auto* const text = addWrappedText(message(contents, volume));
+    const auto* const names = addText(largestNames(originals(contents)).join(QLatin1Char{'\n'}));
     setAccessibleDescription(text->text() + QStringLiteral("\n\n") + names->text());
-
-    auto* const empty = new QPushButton(QStringLiteral("Vider la corbeille"), this);
-    Theme::dress(empty, Theme::Button::danger);
-    connect(empty, &QPushButton::clicked, this, &QDialog::accept);
-    auto* const cancel = new QPushButton(QStringLiteral("Annuler"), this);
-    Theme::dress(cancel, Theme::Button::plain);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    cancel->setDefault(true);
-    cancel->setFocus();
-
-    auto* const buttons = new QHBoxLayout;
-    buttons->setSpacing(Theme::gap);
-    buttons->addStretch(1);
-    buttons->addWidget(empty);
-    buttons->addWidget(cancel);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    column->setSpacing(Theme::gap);
-    column->addWidget(heading);
-    column->addWidget(text);
-    column->addWidget(names);
-    column->addSpacing(Theme::gap);
-    column->addLayout(buttons);
-    column->setSizeConstraint(QLayout::SetFixedSize);
+    connect(addChoice(QStringLiteral("Vider la corbeille")), &QPushButton::clicked, this, &QDialog::accept);
+    prefer(cancelButton());
 }
 
 } // namespace tallyroom

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "Deletion/DeletionQuestion.h"
 #include "Removal/TrashContents.h"
-
-#include <QDialog>
 
 namespace tallyroom {
 
 /// Asks whether a volume's trash shall be emptied, and names what goes. "Annuler" is what Enter takes. Main
 /// thread.
-class EmptyTrashConfirmation : public QDialog {
+class EmptyTrashConfirmation : public DeletionQuestion {
     Q_OBJECT
 
 public:

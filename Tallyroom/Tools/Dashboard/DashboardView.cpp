@@ -173,7 +173,6 @@ void DashboardView::askToEmpty(const FileUrl& mountPoint)
     }
     auto* const dialog =
         new EmptyTrashConfirmation(*contents, FileUrlText::display((*card)->usage().name), this);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, &m_dashboard.trash(),
             [&trash = m_dashboard.trash(), contents] { trash.empty(contents); });
     dialog->open();

@@ -1,0 +1,71 @@
+#include "Deletion/DeletionQuestion.h"
+
+#include "Theme/Theme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace tallyroom {
+
+DeletionQuestion::DeletionQuestion(const QString& title, QWidget* parent)
+    : QDialog(parent), m_texts(new QVBoxLayout), m_buttons(new QHBoxLayout),
+      m_cancel(new QPushButton(QStringLiteral("Annuler"), this))
+{
+    setWindowTitle(title);
+    setAttribute(Qt::WA_DeleteOnClose);
+    auto* const heading = new QLabel(title);
+    Theme::dress(heading, Theme::Text::title);
+    Theme::dress(m_cancel, Theme::Button::plain);
+    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
+    m_texts->setSpacing(Theme::gap);
+    m_texts->addWidget(heading);
+    m_buttons->setSpacing(Theme::gap);
+    m_buttons->addStretch(1);
+    m_buttons->addWidget(m_cancel);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
+    column->setSpacing(2 * Theme::gap);
+    column->addLayout(m_texts);
+    column->addLayout(m_buttons);
+    column->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+QLabel* DeletionQuestion::addText(const QString& text)
+{
+    auto* const label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    Theme::dress(label, Theme::Text::body);
+    addWidget(label);
+    return label;
+}
+
+QLabel* DeletionQuestion::addWrappedText(const QString& text)
+{
+    QLabel* const label = addText(text);
+    label->setWordWrap(true);
+    return label;
+}
+
+void DeletionQuestion::addWidget(QWidget* widget)
+{
+    m_texts->addWidget(widget);
+}
+
+QPushButton* DeletionQuestion::addChoice(const QString& text)
+{
+    auto* const button = new QPushButton(text, this);
+    Theme::dress(button, Theme::Button::danger);
+    m_buttons->insertWidget(m_buttons->count() - 1, button);
+    setTabOrder(button, m_cancel); // which was there first
+    return button;
+}
+
+void DeletionQuestion::prefer(QPushButton* button)
+{
+    button->setDefault(true);
+    button->setFocus();
+}
+
+} // namespace tallyroom

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QDialog>
+#include <QString>
+
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+class QVBoxLayout;
+
+namespace tallyroom {
+
+/// The frame of a question before a deletion: a heading, what goes, and a row of buttons that ends with
+/// "Annuler". It is destroyed when it closes. Main thread.
+class DeletionQuestion : public QDialog {
+    Q_OBJECT
+
+protected:
+    DeletionQuestion(const QString& title, QWidget* parent);
+
+    /// Adds a paragraph of plain text; the dialog is as wide as its longest line.
+    QLabel* addText(const QString& text);
+
+    /// The same, broken into lines.
+    QLabel* addWrappedText(const QString& text);
+
+    /// Adds anything else below the texts.
+    void addWidget(QWidget* widget);
+
+    /// Adds a button that deletes something, before "Annuler".
+    QPushButton* addChoice(const QString& text);
+
+    [[nodiscard]] QPushButton* cancelButton() const { return m_cancel; }
+
+    /// Makes `button` the one that Enter takes.
+    static void prefer(QPushButton* button);
+
+private:
+    QVBoxLayout* m_texts;
+    QHBoxLayout* m_buttons;
+    QPushButton* m_cancel;
+};
+
+} // namespace tallyroom
