@@ -14,6 +14,7 @@ OptionMenu::OptionMenu(Choices choices, std::function<QString()> title, QWidget*
                                                         : QActionGroup::ExclusionPolicy::None);
     Theme::dress(this, Theme::Button::plain);
     setMenu(new QMenu(this));
+    connect(menu(), &QMenu::aboutToShow, this, &OptionMenu::showCurrent);
     showTitle();
 }
 
@@ -22,6 +23,13 @@ void OptionMenu::showTitle()
     const QString title = m_title();
     setText(title + QStringLiteral(" ▾"));
     setAccessibleName(title);
+}
+
+/// Lets the keyboard begin at the choice that is on, else at the first one.
+void OptionMenu::showCurrent()
+{
+    QAction* const chosen = m_group->checkedAction();
+    menu()->setActiveAction(chosen != nullptr ? chosen : menu()->actions().value(0));
 }
 
 void OptionMenu::addChoice(const QString& text, bool isOn, std::function<void(bool)> chosen)

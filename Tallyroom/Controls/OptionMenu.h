@@ -25,7 +25,26 @@ public:
     /// Adds a choice. `chosen(isOn)` is called when the user takes it, or, of many, leaves it.
     void addChoice(const QString& text, bool isOn, std::function<void(bool isOn)> chosen);
 
+    /// Adds a choice for each value, called `name(value)`, on where `isOn(value)` says so. `choose(value,
+    /// isOn)` is called as above.
+    template <class Values, class Name, class IsOn, class Choose>
+    void addChoices(const Values& values, Name name, IsOn isOn, Choose choose)
+    {
+        for (const auto& value : values) {
+            addChoice(name(value), isOn(value), [choose, value](bool isNowOn) { choose(value, isNowOn); });
+        }
+    }
+
+    /// Shows the title anew whenever `tool` says that the choice has changed.
+    template <class Tool>
+    void follow(const Tool& tool, void (Tool::*choiceChanged)())
+    {
+        connect(&tool, choiceChanged, this, &OptionMenu::showTitle);
+    }
+
 private:
+    void showCurrent();
+
     std::function<QString()> m_title;
     QActionGroup* m_group;
 };

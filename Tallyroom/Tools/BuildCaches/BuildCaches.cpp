@@ -125,12 +125,11 @@ ListToolScreen* makeBuildCachesScreen(BuildCachesViewModel& tool)
     auto* const ecosystems = new OptionMenu(OptionMenu::Choices::many, [&tool] {
         return QStringLiteral("Écosystèmes (%1)").arg(tool.enabledEcosystems().size());
     });
-    for (const Ecosystem ecosystem : Ecosystem::all) {
-        ecosystems->addChoice(toText(ecosystem.displayName()), tool.enabledEcosystems().contains(ecosystem),
-                              [&tool, ecosystem](bool isOn) { tool.enable(ecosystem, isOn); });
-    }
-    QObject::connect(&tool, &BuildCachesViewModel::enabledEcosystemsChanged, ecosystems,
-                     &OptionMenu::showTitle);
+    ecosystems->addChoices(
+        Ecosystem::all, [](Ecosystem ecosystem) { return toText(ecosystem.displayName()); },
+        [&tool](Ecosystem ecosystem) { return tool.enabledEcosystems().contains(ecosystem); },
+        [&tool](Ecosystem ecosystem, bool isOn) { tool.enable(ecosystem, isOn); });
+    ecosystems->follow(tool, &BuildCachesViewModel::enabledEcosystemsChanged);
     auto* const screen = new ListToolScreen(tool, buildCachesStyle());
     screen->addOption(ecosystems);
     return screen;

@@ -95,11 +95,8 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table,
             [&tool](const FileUrl& copy, bool isProtected) {
                 isProtected ? tool.protect(copy.parent()) : tool.unprotect(copy);
             });
-    connect(&tool, &DuplicatesViewModel::policyChanged, this, [this] {
-        m_table->setPolicy(m_duplicates.policy());
-        m_keepRule->showTitle();
-    });
-    connect(&tool, &DuplicatesViewModel::minimumSizeChanged, m_minimumSize, &OptionMenu::showTitle);
+    connect(&tool, &DuplicatesViewModel::policyChanged, table,
+            [this] { m_table->setPolicy(m_duplicates.policy()); });
 }
 
 void DuplicatesView::addMinimumSizes()
@@ -110,18 +107,18 @@ void DuplicatesView::addMinimumSizes()
         sizes.push_back(m_duplicates.minimumSize());
         std::ranges::sort(sizes);
     }
-    for (const std::int64_t size : sizes) {
-        m_minimumSize->addChoice(minimumText(size), size == m_duplicates.minimumSize(),
-                                 [this, size](bool) { m_duplicates.setMinimumSize(size); });
-    }
+    m_minimumSize->addChoices(
+        sizes, minimumText, [this](std::int64_t size) { return size == m_duplicates.minimumSize(); },
+        [this](std::int64_t size, bool) { m_duplicates.setMinimumSize(size); });
+    m_minimumSize->follow(m_duplicates, &DuplicatesViewModel::minimumSizeChanged);
 }
 
 void DuplicatesView::addKeepRules()
 {
-    for (const KeepRule rule : KeepPolicy::rules) {
-        m_keepRule->addChoice(ruleName(rule), rule == m_duplicates.policy().rule,
-                              [this, rule](bool) { chooseRule(rule); });
-    }
+    m_keepRule->addChoices(
+        KeepPolicy::rules, ruleName, [this](KeepRule rule) { return rule == m_duplicates.policy().rule; },
+        [this](KeepRule rule, bool) { chooseRule(rule); });
+    m_keepRule->follow(m_duplicates, &DuplicatesViewModel::policyChanged);
 }
 
 void DuplicatesView::chooseRule(KeepRule rule)

@@ -60,11 +60,11 @@ ListToolScreen* makeLargeFilesScreen(LargeFilesViewModel& tool)
     auto* const limits = new OptionMenu(OptionMenu::Choices::one, [&tool] {
         return QStringLiteral("Les %1 plus gros").arg(NumberText::grouped(tool.limit()));
     });
-    for (const std::int64_t limit : LargeFilesViewModel::offeredLimits) {
-        limits->addChoice(QString::number(limit), limit == tool.limit(),
-                          [&tool, limit](bool) { tool.setLimit(limit); });
-    }
-    QObject::connect(&tool, &LargeFilesViewModel::limitChanged, limits, &OptionMenu::showTitle);
+    limits->addChoices(
+        LargeFilesViewModel::offeredLimits, [](std::int64_t limit) { return QString::number(limit); },
+        [&tool](std::int64_t limit) { return limit == tool.limit(); },
+        [&tool](std::int64_t limit, bool) { tool.setLimit(limit); });
+    limits->follow(tool, &LargeFilesViewModel::limitChanged);
     auto* const screen = new ListToolScreen(tool, largeFilesStyle());
     screen->addOption(limits);
     return screen;

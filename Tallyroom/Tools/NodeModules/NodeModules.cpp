@@ -125,10 +125,10 @@ ListToolScreen* makeNodeModulesScreen(NodeModulesViewModel& tool)
     auto* const thresholds = new OptionMenu(OptionMenu::Choices::one, [&tool] {
         return QStringLiteral("Ancien après : ") + labelOf(tool.threshold());
     });
-    for (const AgeThreshold threshold : AgeThreshold::all) {
-        thresholds->addChoice(labelOf(threshold), threshold == tool.threshold(),
-                              [&tool, threshold](bool) { tool.setThreshold(threshold); });
-    }
+    thresholds->addChoices(
+        AgeThreshold::all, labelOf, [&tool](AgeThreshold threshold) { return threshold == tool.threshold(); },
+        [&tool](AgeThreshold threshold, bool) { tool.setThreshold(threshold); });
+    thresholds->follow(tool, &NodeModulesViewModel::thresholdChanged);
     auto* const deleteOld = new QPushButton;
     Theme::dress(deleteOld, Theme::Button::danger);
     auto* const screen = new ListToolScreen(tool, nodeModulesStyle(tool));
@@ -141,7 +141,6 @@ ListToolScreen* makeNodeModulesScreen(NodeModulesViewModel& tool)
     };
     QObject::connect(&tool, &ScanToolViewModel::progressChanged, deleteOld, showOld);
     QObject::connect(&tool, &NodeModulesViewModel::thresholdChanged, screen, [=] {
-        thresholds->showTitle();
         showOld();
         screen->showAgain();
     });
