@@ -89,6 +89,11 @@ void EntryRows::setUp(int rowHeight)
     rows->setDefaultSectionSize(rowHeight);
 }
 
+QRect EntryRows::visualRect(const QModelIndex& index) const
+{
+    return isVisible() ? QTableView::visualRect(index) : QRect{};
+}
+
 int EntryRows::trailingMargin() const
 {
     return std::max(Theme::margin - (width() - viewport()->width()), 0);

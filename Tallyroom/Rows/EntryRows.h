@@ -49,6 +49,9 @@ public:
     /// The free space to the right of the rows, without the scroll bar.
     [[nodiscard]] int trailingMargin() const;
 
+    /// Nothing while the list is hidden: its rows do not pass for visible ones (assistive technology).
+    [[nodiscard]] QRect visualRect(const QModelIndex& index) const override;
+
     /// The row under the mouse, -1 for none.
     [[nodiscard]] int hoveredRow() const { return m_hoveredRow; }
 
