@@ -6,6 +6,7 @@
 #include "FileSystem/SystemError.h"
 #include "Text/FileUrlText.h"
 
+#include <QClipboard>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -195,6 +196,17 @@ DesktopRefusals& DesktopRefusals::shared()
 {
     static DesktopRefusals refusals;
     return refusals;
+}
+
+void Desktop::copyPaths(const std::vector<Entry>& entries)
+{
+    QStringList paths;
+    for (const Entry& entry : entries) {
+        paths += FileUrlText::toFileName(entry.url);
+    }
+    if (!paths.isEmpty()) {
+        QGuiApplication::clipboard()->setText(paths.join(QLatin1Char{'\n'}));
+    }
 }
 
 void Desktop::notify(const QString& title, const QString& body)

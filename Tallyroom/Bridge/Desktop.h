@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Model/Entry.h"
 #include "Model/FileUrl.h"
 
 #include <QObject>
@@ -69,6 +70,9 @@ void reveal(const FileUrl& url);
 /// Opens the file with the program that the desktop has for its type. Says so by DesktopRefusals when there
 /// is none.
 void open(const FileUrl& url);
+
+/// Puts the paths of entries on the clipboard, one a line.
+void copyPaths(const std::vector<Entry>& entries);
 
 /// Tells the user while the window is in the background.
 void notify(const QString& title, const QString& body);

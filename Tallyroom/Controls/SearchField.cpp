@@ -23,6 +23,13 @@ SearchField::SearchField(const QString& placeholder, QWidget* parent) : QLineEdi
             [this](const QString& text) { m_clear->setVisible(!text.isEmpty()); });
 }
 
+QSize SearchField::minimumSizeHint() const
+{
+    const int around = textMargins().left() + 3 * Theme::gap; // the style's frame and padding
+    return {around + fontMetrics().horizontalAdvance(placeholderText()),
+            QLineEdit::minimumSizeHint().height()};
+}
+
 /// The magnifier is drawn: an action would be a button that does nothing, and that screen readers name.
 void SearchField::paintEvent(QPaintEvent* event)
 {

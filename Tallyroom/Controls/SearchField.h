@@ -13,6 +13,9 @@ public:
     /// `placeholder` is the accessible name too.
     explicit SearchField(const QString& placeholder, QWidget* parent = nullptr);
 
+    /// Wide enough for the placeholder.
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
 Q_SIGNALS:
     /// The reader goes on to the list.
     void listRequested();

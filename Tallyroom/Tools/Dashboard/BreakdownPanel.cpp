@@ -62,9 +62,7 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
     connect(&m_dashboard, &DashboardViewModel::analysisScannedChanged, this, &BreakdownPanel::showProgress);
     connect(&m_dashboard, &DashboardViewModel::analyzedFolderChanged, this, &BreakdownPanel::showState);
     connect(&RecentFolders::shared(), &RecentFolders::urlsChanged, this, &BreakdownPanel::showRecents);
-    connect(m_recents, &RecentFolderList::requested, &m_dashboard, [this](const FileUrl& url) {
-        Desktop::examine(this, url, [this](const FolderChoice& choice) { m_dashboard.handleImport(choice); });
-    });
+    connect(m_recents, &RecentFolderList::requested, &m_dashboard, &FolderTool::examine);
     connect(&Theme::shared(), &Theme::changed, this, &BreakdownPanel::showErrorSymbol);
     showErrorSymbol();
     showProgress();
@@ -90,9 +88,7 @@ QWidget* BreakdownPanel::makeHeader()
     auto* const recents = new FolderButton;
     recents->setIcon(SymbolIcon::icon("clock"));
     connect(recents, &FolderButton::folderRequested, this, &BreakdownPanel::folderRequested);
-    connect(recents, &FolderButton::recentRequested, &m_dashboard, [this](const FileUrl& url) {
-        Desktop::examine(this, url, [this](const FolderChoice& choice) { m_dashboard.handleImport(choice); });
-    });
+    connect(recents, &FolderButton::recentRequested, &m_dashboard, &FolderTool::examine);
     auto* const row = new QHBoxLayout(header);
     row->setContentsMargins({});
     row->setSpacing(Theme::gap);

@@ -14,6 +14,12 @@ public:
     /// Takes the outcome of a folder chooser: opens its first folder or shows why there is none.
     virtual void handleImport(const FolderChoice& choice) = 0;
 
+    /// Takes a folder that may be gone, once another thread has looked at it.
+    void examine(const FileUrl& folder)
+    {
+        Desktop::examine(this, folder, [this](const FolderChoice& choice) { handleImport(choice); });
+    }
+
     [[nodiscard]] virtual bool isScanning() const = 0;
 
     /// The words for a finished scan, for the desktop's notification.

@@ -22,19 +22,17 @@ namespace tallyroom {
 namespace {
 
 constexpr int searchWidth = 220;
-constexpr int smallestSearchWidth = 130;
 constexpr int summaryHeight = 20; // of a line, whatever signs it needs from other fonts
 
 } // namespace
 
 ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
-    : QWidget(parent), m_row(new QBoxLayout(QBoxLayout::LeftToRight)), m_controls(new QHBoxLayout),
+    : QWidget(parent), m_column(new QVBoxLayout(this)), m_row(new QHBoxLayout), m_filters(new QHBoxLayout),
       m_options(new FlowLayout), m_search(new SearchField(searchPlaceholder)), m_folder(new FolderButton),
       m_refresh(new QPushButton), m_stop(new QPushButton), m_export(new ExportButton),
       m_summary(new LinkedLabel), m_notice(new NoticeLine), m_actions(new QHBoxLayout)
 {
     m_search->setMaximumWidth(searchWidth);
-    m_search->setMinimumWidth(smallestSearchWidth);
     m_search->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     Theme::dress(m_refresh, Theme::Button::icon);
     m_refresh->setIcon(SymbolIcon::icon("arrow.clockwise"));
@@ -50,22 +48,20 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     m_summary->setWordWrap(true);
     m_summary->setMinimumHeight(summaryHeight); // what is below does not jump
 
-    m_controls->setSpacing(Theme::gap);
-    m_controls->addWidget(m_search, 1);
-    m_controls->addLayout(m_options);
-    m_controls->addWidget(m_folder);
-    m_controls->addWidget(m_refresh);
-    m_controls->addWidget(m_stop);
-    m_controls->addWidget(m_export);
+    m_filters->setSpacing(Theme::gap);
+    m_filters->addWidget(m_search, 1);
+    m_filters->addLayout(m_options);
     m_row->setSpacing(Theme::gap);
-    m_row->addLayout(m_controls);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::gap);
-    column->setSpacing(Theme::gap / 2);
-    column->addLayout(m_row);
-    column->addWidget(m_summary);
-    column->addWidget(m_notice);
-    column->addLayout(m_actions);
+    m_row->addLayout(m_filters);
+    for (QWidget* const button : buttons()) {
+        m_row->addWidget(button);
+    }
+    m_column->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::gap);
+    m_column->setSpacing(Theme::gap / 2);
+    m_column->addLayout(m_row);
+    m_column->addWidget(m_summary);
+    m_column->addWidget(m_notice);
+    m_column->addLayout(m_actions);
     m_actions->setSpacing(Theme::gap);
     m_actions->addStretch(1);
 
@@ -99,7 +95,7 @@ void ToolHeader::addAction(QWidget* action)
 void ToolHeader::addRow(QWidget* row)
 {
     row->setContentsMargins(0, Theme::gap / 2, 0, Theme::gap / 2);
-    layout()->addWidget(row);
+    m_column->addWidget(row);
 }
 
 void ToolHeader::showNotice(const QString& notice, const QString& action)
@@ -133,38 +129,65 @@ bool ToolHeader::event(QEvent* event)
     return isHandled;
 }
 
-/// Where the room ends, the search field shrinks first, then the leading part; then the controls go below it,
-/// and the options below these.
-void ToolHeader::fold()
+std::array<QWidget*, 4> ToolHeader::buttons() const
 {
-    const QMargins margins = layout()->contentsMargins();
-    const int room = width() - margins.left() - margins.right();
-    const int options = m_options->sizeHint().width();
-    int others = options + (options > 0 ? Theme::gap : 0);
-    for (const QWidget* const button : {static_cast<QWidget*>(m_folder), static_cast<QWidget*>(m_refresh),
-                                        static_cast<QWidget*>(m_stop), static_cast<QWidget*>(m_export)}) {
-        others += button->isHidden() ? 0 : button->sizeHint().width() + Theme::gap;
-    }
-    const int leading = m_leading == nullptr ? 0 : m_leading->minimumSizeHint().width();
-    const int wanted = m_leading == nullptr ? 0 : m_leading->sizeHint().width();
-    const bool isNarrow = room < leading + Theme::gap + smallestSearchWidth + others;
-    const int search = std::clamp(room - wanted - Theme::gap - others, smallestSearchWidth, searchWidth);
-    m_row->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
-    m_search->setMinimumWidth(isNarrow ? smallestSearchWidth : search);
-    m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : search);
-    placeOptions(options > 0 && room < smallestSearchWidth + others);
+    return {m_folder, m_refresh, m_stop, m_export};
 }
 
-void ToolHeader::placeOptions(bool isBelow)
+int ToolHeader::buttonsWidth() const
 {
-    if (std::exchange(m_areOptionsBelow, isBelow) == isBelow) {
+    int width = 0;
+    for (const QWidget* const button : buttons()) {
+        width += button->isHidden() ? 0 : Theme::gap + button->sizeHint().width();
+    }
+    return width;
+}
+
+/// Where the room ends, the search field shrinks first, then the leading part; then the filters go below it,
+/// and the options below the search field.
+void ToolHeader::fold()
+{
+    const QMargins margins = m_column->contentsMargins();
+    const int room = width() - margins.left() - margins.right();
+    const int smallestSearch = m_search->minimumSizeHint().width();
+    const int options = m_options->sizeHint().width() + (m_options->count() > 0 ? Theme::gap : 0);
+    const int others = options + buttonsWidth();
+    const int leading = m_leading == nullptr ? 0 : m_leading->minimumSizeHint().width();
+    const int wanted = m_leading == nullptr ? 0 : m_leading->sizeHint().width();
+    const bool isNarrow = room < leading + Theme::gap + smallestSearch + others;
+    const int search = std::max(std::min(room - wanted - Theme::gap - others, searchWidth), smallestSearch);
+    placeFilters(isNarrow);
+    m_search->setMinimumWidth(isNarrow ? smallestSearch : search);
+    m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : search);
+    placeOptions(options > 0 && room < smallestSearch + options);
+}
+
+void ToolHeader::placeFilters(bool areBelow)
+{
+    if (std::exchange(m_areFiltersBelow, areBelow) == areBelow) {
         return;
     }
-    auto* const column = static_cast<QBoxLayout*>(layout());
-    QBoxLayout* const before = isBelow ? m_controls : column;
-    QBoxLayout* const now = isBelow ? column : m_controls;
-    before->removeItem(m_options);
-    now->insertLayout(1, m_options);
+    if (areBelow) {
+        m_row->removeItem(m_filters);
+        m_column->insertLayout(1, m_filters);
+    } else {
+        m_column->removeItem(m_filters);
+        m_row->insertLayout(m_row->indexOf(m_folder), m_filters);
+    }
+}
+
+void ToolHeader::placeOptions(bool areBelow)
+{
+    if (std::exchange(m_areOptionsBelow, areBelow) == areBelow) {
+        return;
+    }
+    if (areBelow) {
+        m_filters->removeItem(m_options);
+        m_column->insertLayout(2, m_options);
+    } else {
+        m_column->removeItem(m_options);
+        m_filters->addLayout(m_options);
+    }
 }
 
 } // namespace tallyroom

@@ -5,9 +5,11 @@
 #include <QString>
 #include <QWidget>
 
-class QBoxLayout;
+#include <array>
+
 class QHBoxLayout;
 class QPushButton;
+class QVBoxLayout;
 
 namespace tallyroom {
 
@@ -19,8 +21,8 @@ class NoticeLine;
 class SearchField;
 
 /// The top of a tool's screen: where one is, the filter, the tool's own options, "Rafraîchir" or "Arrêter",
-/// "Exporter", and a line that sums up the list. Breaks into two rows where the window is narrow, and the
-/// options into rows of their own where that is not enough. Main thread.
+/// "Exporter", and a line that sums up the list. Where the window is narrow, the filter and the options go
+/// into a second row, and the options into rows of their own where that is not enough. Main thread.
 class ToolHeader : public QWidget {
     Q_OBJECT
 
@@ -62,12 +64,18 @@ protected:
 
 private:
     void fold();
-    void placeOptions(bool isBelow);
+    /// Those that all tools have.
+    [[nodiscard]] std::array<QWidget*, 4> buttons() const;
+    [[nodiscard]] int buttonsWidth() const;
+    void placeFilters(bool areBelow);
+    void placeOptions(bool areBelow);
 
-    QBoxLayout* m_row;
+    QVBoxLayout* m_column;
+    QHBoxLayout* m_row;
     QWidget* m_leading = nullptr;
-    QHBoxLayout* m_controls;
+    QHBoxLayout* m_filters; // the search field and the options
     FlowLayout* m_options;
+    bool m_areFiltersBelow = false;
     bool m_areOptionsBelow = false;
     SearchField* m_search;
     FolderButton* m_folder;

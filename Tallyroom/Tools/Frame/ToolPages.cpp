@@ -23,9 +23,7 @@ ToolPages::ToolPages(ScanToolViewModel& tool, const ToolWelcome::Content& welcom
     const std::initializer_list<QWidget*> pages{m_welcome, m_scanning, m_lists, m_empty, m_noMatch, m_error};
     std::ranges::for_each(pages, [this](QWidget* one) { addWidget(one); });
     connect(m_welcome, &ToolWelcome::actionRequested, this, &ToolPages::folderRequested);
-    connect(m_welcome, &ToolWelcome::recentRequested, &m_tool, [this](const FileUrl& url) {
-        Desktop::examine(this, url, [this](const FolderChoice& choice) { m_tool.handleImport(choice); });
-    });
+    connect(m_welcome, &ToolWelcome::recentRequested, &m_tool, &FolderTool::examine);
     connect(&RecentFolders::shared(), &RecentFolders::urlsChanged, this, &ToolPages::showRecents);
     showRecents();
 }

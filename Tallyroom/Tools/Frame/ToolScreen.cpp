@@ -17,15 +17,11 @@
 #include "Tools/Frame/ToolTitle.h"
 #include "Tools/Frame/UnreadList.h"
 
-#include <QClipboard>
 #include <QEvent>
-#include <QGuiApplication>
 #include <QScopedValueRollback>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <chrono>
-#include <iterator>
 
 namespace tallyroom {
 
@@ -152,9 +148,7 @@ void ToolScreen::connectWidgets()
 {
     connect(m_pages, &ToolPages::folderRequested, this, &ToolScreen::chooseFolder);
     connect(m_header, &ToolHeader::folderRequested, this, &ToolScreen::chooseFolder);
-    connect(m_header, &ToolHeader::recentRequested, &m_tool, [this](const FileUrl& url) {
-        Desktop::examine(this, url, [this](const FolderChoice& choice) { m_tool.handleImport(choice); });
-    });
+    connect(m_header, &ToolHeader::recentRequested, &m_tool, &FolderTool::examine);
     connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
     connect(m_header, &ToolHeader::stopRequested, &m_tool, &ScanToolViewModel::cancelScan);
     connect(m_header, &ToolHeader::noticeActionRequested, &m_tool, &ScanToolViewModel::resumeScan);
@@ -171,7 +165,8 @@ void ToolScreen::connectWidgets()
             [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });
     connect(m_rows, &EntryRows::revealRequested, this,
             [](const Entry& entry) { Desktop::reveal(entry.url); });
-    connect(m_rows, &EntryRows::copyPathRequested, this, [](const Entry& entry) { copyPaths({entry}); });
+    connect(m_rows, &EntryRows::copyPathRequested, this,
+            [](const Entry& entry) { Desktop::copyPaths({entry}); });
     connect(m_banner, &StatusBanner::contentChanged, this, &ToolScreen::showFooter);
     connect(m_banner, &StatusBanner::stopRequested, &m_tool, &ScanToolViewModel::stopRemoval);
     connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ScanToolViewModel::undoDeletion);
@@ -197,7 +192,7 @@ void ToolScreen::addShortcuts()
     addShortcut(Qt::CTRL | Qt::Key_A, [this] { selection().setAll(); });
     addShortcut(Qt::CTRL | Qt::Key_C, [this] {
         const auto entry = currentEntry();
-        copyPaths(entry ? std::vector{*entry} : selection().checkedEntries());
+        Desktop::copyPaths(entry ? std::vector{*entry} : selection().checkedEntries());
     });
     addShortcut(Qt::CTRL | Qt::Key_E, [this] { exportEntries(); });
     addShortcut(Qt::CTRL | Qt::Key_Z, [this] { m_tool.undoDeletion(); });
@@ -255,7 +250,9 @@ void ToolScreen::showPage()
     }
     const bool hidesEverything = m_tool.isFiltering() && !m_rows->hasRows();
     m_header->showEntryCount(hidesEverything ? 0 : m_tool.entryCount());
-    m_header->setVisible(hasList());
+    // After a choice that failed, the folder that was there can still be refreshed, or another one chosen.
+    const bool isError = m_tool.state().phase == ToolState::Phase::error;
+    m_header->setVisible(hasList() || (isError && m_tool.rootURL()));
     m_selectionBar->setVisible(m_tool.isScanning() || (hasList() && m_tool.entryCount() > 0));
     m_pages->showPage(m_spinnerDelay.isActive(), hidesEverything);
     const bool isScanning = m_tool.isScanning() && !m_spinnerDelay.isActive();
@@ -330,13 +327,11 @@ void ToolScreen::chooseFolder()
 
 void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmation::Default choice)
 {
-    if (entries.empty()) {
-        return;
+    if (!entries.empty()) {
+        auto* const dialog = new DeleteConfirmation(entries, choice, caution(entries), this);
+        connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteEntries);
+        dialog->open();
     }
-    auto* const dialog = new DeleteConfirmation(entries, choice, caution(entries), this);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteEntries);
-    dialog->open();
 }
 
 void ToolScreen::askFinalDeletion()
@@ -344,7 +339,6 @@ void ToolScreen::askFinalDeletion()
     if (const auto& undoable = m_tool.undoable()) {
         auto* const dialog = new DeleteConfirmation(trashedEntries(*undoable),
                                                     DeleteConfirmation::Default::leaveInTrash, {}, this);
-        dialog->setAttribute(Qt::WA_DeleteOnClose);
         connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteTrashed);
         dialog->open();
     }
@@ -391,16 +385,6 @@ void ToolScreen::activate(const Entry& entry)
 std::optional<Entry> ToolScreen::currentEntry() const
 {
     return m_rows->currentEntry();
-}
-
-void ToolScreen::copyPaths(const std::vector<Entry>& entries)
-{
-    QStringList paths;
-    std::ranges::transform(entries, std::back_inserter(paths),
-                           [](const Entry& entry) { return FileUrlText::toFileName(entry.url); });
-    if (!paths.isEmpty()) {
-        QGuiApplication::clipboard()->setText(paths.join(QLatin1Char{'\n'}));
-    }
 }
 
 void ToolScreen::stopOrClearFilter()

@@ -128,7 +128,6 @@ private:
 
     void askFinalDeletion();
     void askDeletionOfChecked(DeleteConfirmation::Default choice);
-    static void copyPaths(const std::vector<Entry>& entries);
     void stopOrClearFilter();
 
     ScanToolViewModel& m_tool;
