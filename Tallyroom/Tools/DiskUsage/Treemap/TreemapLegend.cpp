@@ -6,8 +6,9 @@
 #include "Theme/Theme.h"
 #include "Tools/DiskUsage/Treemap/TreemapPalette.h"
 
+#include <QAbstractButton>
+#include <QFontMetrics>
 #include <QPainter>
-#include <QPushButton>
 
 #include <algorithm>
 #include <functional>
@@ -18,19 +19,55 @@ namespace tallyroom {
 namespace {
 
 constexpr int swatch = 10;
+constexpr int keyHeight = 20;
 
-QIcon swatchOf(QRgb colour, double scale)
-{
-    QPixmap pixmap{QSize{swatch, swatch} * scale};
-    pixmap.setDevicePixelRatio(scale);
-    pixmap.fill(Qt::transparent);
-    QPainter painter{&pixmap};
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor::fromRgb(colour));
-    painter.drawRoundedRect(QRect{0, 0, swatch, swatch}, 2, 2);
-    return pixmap;
-}
+/// A colour and what it stands for, as small as a legend's words are.
+class LegendKey : public QAbstractButton {
+public:
+    explicit LegendKey(FileKind kind) : m_kind(kind)
+    {
+        setCheckable(true);
+        setFocusPolicy(Qt::TabFocus);
+        setAttribute(Qt::WA_Hover);
+    }
+
+    [[nodiscard]] QSize sizeHint() const override
+    {
+        const int text = QFontMetrics{Theme::shared().small()}.horizontalAdvance(this->text());
+        return {text + swatch + 3 * Theme::gap / 2, keyHeight};
+    }
+
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        const Theme& theme = Theme::shared();
+        const TreemapPalette palette;
+        QPainter painter{this};
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QColor ground = isChecked()
+                                  ? theme.wash(theme.colour(Theme::Colour::accent), Theme::trackOpacity)
+                              : underMouse() ? theme.colour(Theme::Colour::hover)
+                                             : theme.colour(Theme::Colour::window);
+        painter.setBrush(ground);
+        painter.setPen(hasFocus() ? QPen{theme.colour(Theme::Colour::accent)} : QPen{ground});
+        painter.drawRoundedRect(QRectF{rect()}.adjusted(0.5, 0.5, -0.5, -0.5), Theme::badgeRadius,
+                                Theme::badgeRadius);
+        painter.setPen(Qt::NoPen);
+        const bool isFolder = m_kind == FileKind::folder;
+        painter.setBrush(QColor::fromRgb(isFolder ? palette.rest().fill : palette.file(m_kind, false).fill));
+        constexpr int margin = Theme::gap / 2;
+        painter.drawRoundedRect(QRect{margin, (height() - swatch) / 2, swatch, swatch}, 2, 2);
+        painter.setFont(theme.small());
+        painter.setPen(Theme::legible(theme.colour(Theme::Colour::secondary), ground));
+        painter.drawText(rect().adjusted(swatch + 2 * margin, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft,
+                         text());
+    }
+
+private:
+    FileKind m_kind;
+};
 
 /// Closed folders stand for what is not told one by one.
 QString labelOf(FileKind kind)
@@ -44,30 +81,14 @@ TreemapLegend::TreemapLegend(QWidget* parent) : QWidget(parent)
 {
     auto* const flow = new FlowLayout(this);
     for (const FileKind kind : FileKind::all) {
-        auto* const button = new QPushButton;
-        button->setCheckable(true);
-        button->setIconSize({swatch, swatch});
-        button->setFocusPolicy(Qt::TabFocus);
-        Theme::dress(button, Theme::Button::quiet);
+        auto* const button = new LegendKey{kind};
         button->hide();
-        connect(button, &QPushButton::clicked, this,
+        connect(button, &QAbstractButton::clicked, this,
                 [this, kind](bool isOn) { choose(isOn ? std::optional{kind} : std::nullopt); });
         m_buttons.at(kind.index()) = button;
         flow->addWidget(button);
     }
-    paintIcons();
-    connect(&Theme::shared(), &Theme::changed, this, &TreemapLegend::paintIcons);
-}
-
-void TreemapLegend::paintIcons()
-{
-    const TreemapPalette palette;
-    for (const FileKind kind : FileKind::all) {
-        m_buttons.at(kind.index())->setFont(Theme::shared().small());
-        const QRgb colour =
-            kind == FileKind::folder ? palette.closed(0).fill : palette.file(kind, false).fill;
-        m_buttons.at(kind.index())->setIcon(swatchOf(colour, devicePixelRatioF()));
-    }
+    connect(&Theme::shared(), &Theme::changed, this, [this] { update(); });
 }
 
 void TreemapLegend::show(const std::array<std::int64_t, 11>& bytesByKind)
@@ -77,12 +98,13 @@ void TreemapLegend::show(const std::array<std::int64_t, 11>& bytesByKind)
                              [&](FileKind kind) { return bytesByKind.at(kind.index()); });
     const bool isReordered = kinds != std::exchange(m_order, kinds);
     for (const FileKind kind : kinds) {
-        QPushButton* const button = m_buttons.at(kind.index());
+        QAbstractButton* const button = m_buttons.at(kind.index());
         const std::int64_t bytes = bytesByKind.at(kind.index());
         const QString text = labelOf(kind) + QLatin1Char{' '} + sizeText(bytes);
         if (button->text() != text) {
             button->setText(text);
             button->setAccessibleName(text);
+            button->updateGeometry();
         }
         if (isReordered) {
             layout()->removeWidget(button);

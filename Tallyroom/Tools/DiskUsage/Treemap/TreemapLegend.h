@@ -7,7 +7,7 @@
 #include <array>
 #include <optional>
 
-class QPushButton;
+class QAbstractButton;
 
 namespace tallyroom {
 
@@ -28,10 +28,9 @@ Q_SIGNALS:
     void chosen(const std::optional<tallyroom::FileKind>& kind);
 
 private:
-    void paintIcons();
     void choose(const std::optional<FileKind>& kind);
 
-    std::array<QPushButton*, 11> m_buttons{};
+    std::array<QAbstractButton*, 11> m_buttons{};
     std::array<FileKind, 11> m_order = FileKind::all;
     std::optional<FileKind> m_choice;
 };

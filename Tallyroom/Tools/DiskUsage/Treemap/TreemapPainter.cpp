@@ -275,10 +275,12 @@ void TreemapPainter::paintHeader(QPainter& painter, const TreemapScene& scene, s
     const TreemapPalette::Shade& shade = shadeOf(scene, tile, look);
     const double baseline =
         room.y() + (room.height() + m_small.nameMetrics.ascent() - m_small.nameMetrics.descent()) / 2;
-    if (look.checked) {
-        if (const auto box = checkBox(scene, tile)) {
+    double right = room.right();
+    if (const auto box = checkBox(scene, tile)) {
+        right = box->left() - labelMargin; // the pointer brings the box
+        if (look.checked) {
             paintCheckBox(painter, *box, shade, true);
-            room.setRight(box->left() - labelMargin);
+            room.setRight(right);
         }
     }
     const QString name = FileUrlText::display(entry.name);
@@ -293,10 +295,10 @@ void TreemapPainter::paintHeader(QPainter& painter, const TreemapScene& scene, s
         painter.drawText(QPointF{room.x(), baseline},
                          m_small.nameMetrics.elidedText(name, Qt::ElideMiddle, room.width()));
     }
-    if (nameWidth + 2 * labelMargin + sizeWidth <= room.width()) {
+    if (room.x() + nameWidth + 2 * labelMargin + sizeWidth <= right) {
         painter.setPen(shade.quietLabel);
         painter.setFont(m_small.size);
-        painter.drawText(QPointF{room.right() - sizeWidth, baseline}, size);
+        painter.drawText(QPointF{right - sizeWidth, baseline}, size);
     }
 }
 
