@@ -328,6 +328,8 @@ std::unique_ptr<QMenu> EntryRows::makeContextMenu(const Entry& entry)
     connect(menu->addAction(SymbolIcon::icon("folder"),
                             QStringLiteral("Révéler dans le gestionnaire de fichiers")),
             &QAction::triggered, this, [this, entry] { Q_EMIT revealRequested(entry); });
+    connect(menu->addAction(SymbolIcon::icon("doc.on.doc"), QStringLiteral("Copier le chemin")),
+            &QAction::triggered, this, [this, entry] { Q_EMIT copyPathRequested(entry); });
     if (m_isDeletionEnabled) {
         menu->addSeparator();
         connect(menu->addAction(SymbolIcon::icon("trash", Theme::Colour::danger),

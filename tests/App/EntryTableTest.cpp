@@ -327,10 +327,10 @@ TEST_F(EntryTableTest, TheContextMenuOffersWhatTheRowCanDo)
         }
         return result.join(u'|').toStdString();
     };
-    EXPECT_EQ(texts(fileRow("f", 1)), "Révéler dans le gestionnaire de fichiers");
+    EXPECT_EQ(texts(fileRow("f", 1)), "Révéler dans le gestionnaire de fichiers|Copier le chemin");
     table->setDeletionEnabled(true);
     EXPECT_EQ(texts(fileRow("d", 1, true)),
-              "Entrer|Révéler dans le gestionnaire de fichiers|-|Mettre à la corbeille");
+              "Entrer|Révéler dans le gestionnaire de fichiers|Copier le chemin|-|Mettre à la corbeille");
 
     const QSignalSpy deleted{table.get(), &EntryTable::deleteRequested};
     table->setEntries({fileRow("a", 2), fileRow("\xff", 1)});
