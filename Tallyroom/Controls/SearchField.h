@@ -4,7 +4,7 @@
 
 namespace tallyroom {
 
-/// A field that filters what is beside it: magnifier, placeholder, clear button. Escape clears it; the down
+/// A field that filters the list beside it: magnifier, placeholder, clear button. Escape clears it; the down
 /// arrow hands the keyboard to the list. Main thread.
 class SearchField : public QLineEdit {
     Q_OBJECT

@@ -9,7 +9,7 @@ class QPushButton;
 
 namespace tallyroom {
 
-/// The line under a list: what is checked, and what can be done with it. Where the room is small two of the
+/// The line under a list: the checked items, and what to do with them. Where the room is small two of the
 /// buttons are icons: the line stays one. Main thread.
 class SelectionBar : public QWidget {
     Q_OBJECT

@@ -28,7 +28,7 @@ public:
     void showMessage(const std::optional<QString>& message, ReportTone tone = ReportTone::done,
                      const std::vector<FileRemover::RemovalFailure>& failures = {}, const QString& note = {});
 
-    /// Offers to take back what was moved to the trash, or to delete it there.
+    /// Offers to take trashed items back, or to delete them there.
     void showUndo(bool isOffered);
     void showRemoval(const std::optional<RemovalProgress>& progress);
 

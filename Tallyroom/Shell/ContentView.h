@@ -18,7 +18,7 @@ class MessagePage;
 class Sidebar;
 
 /// The window: the tools on the left, the selected one's screen beside them. Remembers its size, takes
-/// dropped folders, and tells of long scans that end while nobody looks. Main thread.
+/// dropped folders, and reports long scans that end while nobody looks. Main thread.
 class ContentView : public QWidget {
     Q_OBJECT
 

@@ -48,7 +48,7 @@ public:
         } else if (option.state.testFlag(QStyle::State_MouseOver)) {
             painter->setBrush(theme.colour(Theme::Colour::hover));
         }
-        // The ring lies inside of the row: what is painted beyond it would stay when it goes.
+        // The ring lies inside of the row: paint beyond it would stay when the ring goes.
         painter->drawRoundedRect(QRectF{row}.adjusted(0.5, 0.5, -0.5, -0.5), Theme::controlRadius,
                                  Theme::controlRadius);
         const QColor ink = isSelected ? accent : theme.colour(Theme::Colour::text);

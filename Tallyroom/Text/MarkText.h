@@ -17,7 +17,7 @@ namespace MarkText {
 /// What the marks mean, a sentence a line; empty without a mark.
 [[nodiscard]] QString explanation(const Entry& entry);
 
-/// What is to be thought of before `entries` are deleted, a sentence a line; empty where none is marked.
+/// Warnings before `entries` are deleted, a sentence a line; empty where none is marked.
 [[nodiscard]] QString warning(const std::vector<Entry>& entries);
 
 } // namespace MarkText

@@ -7,7 +7,7 @@
 
 namespace tallyroom {
 
-/// What is said of things that a scan could not read. Any thread.
+/// The words for items that a scan could not read. Any thread.
 namespace UnreadText {
 
 /// "12 dossiers illisibles", "3 éléments illisibles" when not all are folders.

@@ -45,7 +45,7 @@ ToolWelcome::ToolWelcome(Content content, QWidget* parent)
     auto* const page = new QWidget;
     auto* const middle = new QHBoxLayout;
     middle->addStretch(1);
-    middle->addWidget(column, 1000); // as wide as it may be, what is left goes to both sides
+    middle->addWidget(column, 1000); // as wide as it may be; both sides share the rest
     middle->addStretch(1);
     auto* const layout = new QVBoxLayout{page};
     layout->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);

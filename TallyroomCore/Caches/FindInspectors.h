@@ -9,7 +9,7 @@ namespace tallyroom {
 /// Inspectors for searches of what can be made again. Any thread.
 namespace FindInspectors {
 
-/// For build caches: tells the ecosystem, and marks what is not proven to be a cache and what is in use.
+/// For build caches: finds the ecosystem, and marks unproven caches and those in use.
 [[nodiscard]] std::shared_ptr<const FindInspector> ofCaches();
 
 /// For node_modules: marks those of installed programs.

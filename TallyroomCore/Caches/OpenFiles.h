@@ -12,7 +12,7 @@ namespace tallyroom {
 /// paths, asked of no disk. A value.
 class OpenFiles {
 public:
-    /// The time that one look takes at most; what is not seen by then counts as not open.
+    /// The time that one look takes at most; a file that it has not seen by then counts as not open.
     static constexpr std::chrono::milliseconds patience{200};
 
     /// Looks at the processes of this user but this one. Any thread but the main thread.

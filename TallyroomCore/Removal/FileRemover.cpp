@@ -100,7 +100,7 @@ public:
         return going.stop.stop_requested() ? Removed::notBegun : Removed::no;
     }
 
-    /// Removes an item for good, or describes in `failure` what is left of it.
+    /// Removes an item for good, or describes the rest of it in `failure`.
     Removed deletePermanently(const Wanted& wanted, const Going& going, RemovalFailure& failure)
     {
         const auto place = removable(wanted);

@@ -123,7 +123,7 @@ QWidget* BreakdownPanel::makeRecents()
     auto* const row = new QHBoxLayout(m_recentsPlace);
     row->setContentsMargins({});
     row->addStretch(1);
-    row->addWidget(m_recents, 1000); // as wide as it may be, what is left goes to both sides
+    row->addWidget(m_recents, 1000); // as wide as it may be; both sides share the rest
     row->addStretch(1);
     return m_recentsPlace;
 }
@@ -171,7 +171,7 @@ QWidget* BreakdownPanel::makeKinds()
 void BreakdownPanel::showState()
 {
     if (m_dashboard.isScanning()) {
-        // What is on screen stays a moment, in case the new breakdown comes at once.
+        // The screen stays as it is for a moment, in case the new breakdown comes at once.
         m_patience.start();
         return;
     }

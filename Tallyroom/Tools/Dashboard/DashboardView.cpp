@@ -188,7 +188,7 @@ void DashboardView::showReading()
     showNotices();
 }
 
-/// What is said of volumes that are not there.
+/// Shows how many volumes are missing, or that there is none.
 void DashboardView::showNotices()
 {
     const bool isReading = m_dashboard.isRefreshing();

@@ -93,7 +93,7 @@ public:
     /// The part of the breakdown that a kind takes, 0 to 1; 0 without a summary and for one of 0 bytes.
     [[nodiscard]] double fraction(const CategorySize& category) const;
 
-    /// Reads the volumes anew, and leaves the breakdown alone. What is shown stays until newer figures come;
+    /// Reads the volumes anew, and leaves the breakdown alone. The old figures stay until newer ones come;
     /// a reading under way is replaced.
     void refresh();
 
@@ -101,11 +101,11 @@ public:
     /// error, and leaves a running breakdown and the last one alone.
     void handleImport(const FolderChoice& choice) override;
 
-    /// Breaks `folder` down by kind, instead of what is being broken down. By value: the recent folders
+    /// Breaks `folder` down by kind, instead of the folder under way. By value: the recent folders
     /// change under way.
     void analyze(FileUrl folder);
 
-    /// Stops a running breakdown, and forgets what it has counted.
+    /// Stops a running breakdown, and forgets its counts.
     void cancelAnalysis();
 
     [[nodiscard]] bool isScanning() const override

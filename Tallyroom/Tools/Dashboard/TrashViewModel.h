@@ -43,7 +43,7 @@ public:
     /// How far the emptying has come, while one runs.
     [[nodiscard]] const std::optional<RemovalProgress>& removal() const { return m_removal; }
 
-    /// From now on every volume is looked at once more; what is known of it stays until then.
+    /// Begins a round: looks at every volume once more, and keeps the known contents until then.
     void beginRound();
 
     /// Looks at a volume, unless that was done in this round.

@@ -49,7 +49,7 @@ void VolumeGrid::setVolumes(const std::vector<VolumeUsage>& volumes,
         card->setUsage(volume, m_hasMain && cards.empty());
         cards.push_back(card);
     }
-    // One of them may be what was just pressed.
+    // The user may have just pressed one of them.
     std::ranges::for_each(std::exchange(m_cards, std::move(cards)), [](VolumeCard* gone) {
         gone->hide();
         gone->deleteLater();

@@ -14,7 +14,7 @@
 
 namespace tallyroom {
 
-/// What is found out about the entries of a list after they are on screen: one answer an entry, asked on the
+/// Facts about the entries of a list that come after they are on screen: one answer an entry, asked on the
 /// pool's workers and known by location. Main thread.
 template <class Fact>
 class EntryFacts {
@@ -41,7 +41,7 @@ public:
         }
     }
 
-    /// What is known of the entry at `url`; null while nothing is.
+    /// The fact about the entry at `url`; null while it is not known.
     [[nodiscard]] const Fact* find(const FileUrl& url) const
     {
         const auto found = m_facts.find(url);

@@ -106,7 +106,7 @@ public:
     /// Scans again after a stop; what the caches know comes at once.
     void resumeScan();
 
-    /// Stops a running scan and keeps what it has found.
+    /// Stops a running scan and keeps its finds.
     void cancelScan();
 
     /// Deletes those of the entries found that `urls` names.

@@ -46,7 +46,7 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     Theme::dress(m_summary, Theme::Text::secondary);
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
     m_summary->setWordWrap(true);
-    m_summary->setMinimumHeight(summaryHeight); // what is below does not jump
+    m_summary->setMinimumHeight(summaryHeight); // the list below does not jump
 
     m_filters->setSpacing(Theme::gap);
     m_filters->addWidget(m_search, 1);

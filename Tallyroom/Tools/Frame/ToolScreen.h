@@ -34,7 +34,7 @@ struct ToolScreenStyle {
 
 /// The frame that all tools share that list what they found: header, list, progress, banner, selection bar,
 /// and the pages that stand in for the list; the keys too. A tool's screen fills the list, adds its options
-/// and overrides what it says differently. Main thread.
+/// and overrides where it differs. Main thread.
 class ToolScreen : public QWidget {
     Q_OBJECT
 
