@@ -322,6 +322,22 @@ std::span<const std::byte> bytesOf(std::string_view text)
     return std::as_bytes(std::span{text});
 }
 
+TEST(BatchDigester, FilesThatDifferLateShareNoDigest)
+{
+    const std::int64_t size = 2'500'000; // more than a chunk
+    const TemporaryTree tree{file("0", content(size)), file("1", content(size, size - 1, 'y')),
+                             file("2", content(size))};
+    const auto open = [&tree, size](std::size_t index) {
+        const FileUrl url = tree.url(std::to_string(index));
+        auto opened = StableFile::open(url, size, fileAttributes(url)->modifiedAt);
+        return opened ? std::optional{std::move(*opened)} : std::nullopt;
+    };
+    std::atomic<std::int64_t> readBytes = 0;
+    const auto digests = BatchDigester{}.digest(3, {0, size}, open, {}, readBytes);
+    EXPECT_EQ(digests[0], digests[2]);
+    EXPECT_NE(digests[0], digests[1]);
+}
+
 TEST(BatchDigester, WhatChangesWhileItIsReadIsReadAgain)
 {
     for (const FileSpan part : {FileSpan{0, 2'500'000}, FileSpan{0, 50'000}}) {
