@@ -140,11 +140,28 @@ QVariant EntryTableModel::data(const QModelIndex& index, int role) const
         return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
     }
     const bool isAboutMore = role == Qt::ToolTipRole || role == Qt::AccessibleDescriptionRole;
-    if (isAboutMore && m_style.toolTip && index.column() == nameColumn) {
-        const QString more = m_style.toolTip(entry);
-        return role == Qt::ToolTipRole && !more.isEmpty() ? plainToolTip(more) : more;
+    if (isAboutMore && index.column() == nameColumn) {
+        QString more = m_style.toolTip ? m_style.toolTip(entry) : QString{};
+        if (role == Qt::AccessibleDescriptionRole) {
+            return more;
+        }
+        if (more.isEmpty()) {
+            more = badgeWords(entry).join(QLatin1Char{'\n'}); // a narrow row cuts them short
+        }
+        return more.isEmpty() ? QVariant{} : plainToolTip(more);
     }
     return {};
+}
+
+QStringList EntryTableModel::badgeWords(const Entry& entry) const
+{
+    QStringList words;
+    if (m_style.badges) {
+        for (const EntryBadge& badge : m_style.badges(entry)) {
+            words += badge.text;
+        }
+    }
+    return words;
 }
 
 QString EntryTableModel::text(const Entry& entry, int column) const
@@ -175,11 +192,7 @@ QString EntryTableModel::accessibleText(int row, int column) const
     }
     // The name cell is the current one: it speaks for the whole row.
     QStringList parts{nameText(entry), kindName(entry)};
-    if (m_style.badges) {
-        for (const EntryBadge& badge : m_style.badges(entry)) {
-            parts += badge.text;
-        }
-    }
+    parts += badgeWords(entry);
     if (m_style.secondLine) {
         parts += m_style.secondLine(entry);
     }

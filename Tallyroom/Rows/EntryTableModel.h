@@ -81,6 +81,7 @@ private:
     void arrange(EntryArranger::IfBusy ifBusy);
     void takeRows(const EntryArrangement& rows);
     [[nodiscard]] QString text(const Entry& entry, int column) const;
+    [[nodiscard]] QStringList badgeWords(const Entry& entry) const;
     [[nodiscard]] QString accessibleText(int row, int column) const;
 
     EntryTableStyle m_style;

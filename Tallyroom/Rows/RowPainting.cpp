@@ -6,6 +6,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace tallyroom::RowPainting {
 
 namespace {
@@ -19,25 +21,28 @@ QFont badgeFont()
     return font;
 }
 
-/// The width with the gap before the next badge; 0 where it does not fit.
+/// The width with the gap before the next badge; 0 where not even its first letters fit.
 int paintBadge(QPainter& painter, const QRect& line, int left, const EntryBadge& badge)
 {
     const Theme& theme = Theme::shared();
     const QFont font = badgeFont();
     const QFontMetrics metrics{font};
-    const int height = metrics.height() + 4;
-    const QRect place{left, line.center().y() - height / 2 + 1,
-                      metrics.horizontalAdvance(badge.text) + 2 * badgePadding, height};
-    if (place.right() > line.right()) {
+    const int room = line.right() + 1 - left - 2 * badgePadding;
+    if (room < metrics.horizontalAdvance(badge.text.first(std::min<qsizetype>(badge.text.size(), 3)))) {
         return 0;
     }
+    // Half a warning is one, none is not.
+    const QString text = metrics.elidedText(badge.text, Qt::ElideRight, room);
+    const int height = metrics.height() + 4;
+    const QRect place{left, line.center().y() - height / 2 + 1,
+                      metrics.horizontalAdvance(text) + 2 * badgePadding, height};
     const QColor colour = theme.colour(badge.colour);
     painter.setPen(Qt::NoPen);
     painter.setBrush(theme.wash(colour, Theme::trackOpacity));
     painter.drawRoundedRect(place, Theme::badgeRadius, Theme::badgeRadius);
     painter.setPen(colour);
     painter.setFont(font);
-    painter.drawText(place, Qt::AlignCenter, badge.text);
+    painter.drawText(place, Qt::AlignCenter, text);
     return place.width() + Theme::gap;
 }
 

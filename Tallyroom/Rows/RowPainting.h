@@ -22,7 +22,7 @@ enum class Ground { striped, plain, section };
 void paintGround(QPainter& painter, const QRect& cell, const QModelIndex& index, const EntryRows& view,
                  Ground ground);
 
-/// Draws the badges from `left` on, those that fit into the line.
+/// Draws the badges from `left` on; what does not fit into the line is cut short with an ellipsis.
 void paintBadges(QPainter& painter, const QRect& line, int left, const std::vector<EntryBadge>& badges);
 
 /// The room that badges take, with the gap after each.

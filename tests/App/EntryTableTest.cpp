@@ -278,6 +278,32 @@ TEST_F(EntryTableTest, AToolsOwnColumnSortsByItsKeyAndGivesWayWhereRoomIsShort)
     EXPECT_FALSE(view->isColumnHidden(2));
 }
 
+TEST_F(EntryTableTest, ABadgeThatDoesNotFitIsCutShortAndNotDropped)
+{
+    const QString warning = QStringLiteral("modifications en réserve (stash)");
+    bool isWarned = false;
+    open({.firstColumnTitle = QStringLiteral("Nom"), .badges = [&](const Entry&) {
+              return isWarned ? std::vector{EntryBadge{warning, Theme::Colour::old}}
+                              : std::vector<EntryBadge>{};
+          }});
+    fill(1);
+    for (const int width : {700, 420, 300}) {
+        table->resize(width, 400);
+        const QRect name = view->visualRect(view->model()->index(0, 1));
+        const auto row = [&](bool isNowWarned) {
+            isWarned = isNowWarned;
+            return view->viewport()->grab().toImage();
+        };
+        const QImage with = row(true);
+        const QImage without = row(false);
+        EXPECT_NE(with.copy(name), without.copy(name)) << width << ": says nothing";
+        const QRect rest{name.topRight() + QPoint{1, 0}, with.rect().bottomRight()};
+        EXPECT_EQ(with.copy(rest), without.copy(rest)) << width << ": leaves its column";
+    }
+    isWarned = true;
+    EXPECT_TRUE(view->model()->index(0, 1).data(Qt::ToolTipRole).toString().contains(warning));
+}
+
 TEST_F(EntryTableTest, ALongListIsArrangedAsideAndTheLastWishCounts)
 {
     constexpr int count = 30'000;

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <utility>
 
 namespace tallyroom {
@@ -195,7 +196,9 @@ QVariant DuplicateTableModel::data(const QModelIndex& index, int role) const
     }
     const Entry* const entry = entryAt(index.row());
     if (role == Qt::ToolTipRole && entry != nullptr && index.column() == nameColumn) {
-        return plainToolTip(FileUrlText::display(entry->url));
+        QStringList lines{FileUrlText::display(entry->url)};
+        std::ranges::transform(badges(index.row()), std::back_inserter(lines), &EntryBadge::text);
+        return plainToolTip(lines.join(QLatin1Char{'\n'}));
     }
     if (role == Qt::ToolTipRole && entry != nullptr && index.column() == detailColumn) {
         return dateText(groupAt(index.row()).identities[rowAt(index.row()).copy].modifiedAt);
