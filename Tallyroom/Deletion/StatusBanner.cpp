@@ -89,9 +89,10 @@ void StatusBanner::showMessage(const std::optional<QString>& message, ReportTone
     showContent();
 }
 
-void StatusBanner::showUndo(bool isOffered)
+void StatusBanner::showUndo(bool isOffered, bool isTold)
 {
     m_isUndoOffered = isOffered;
+    m_isTrashTold = isOffered && isTold;
     showContent();
 }
 
@@ -113,12 +114,12 @@ void StatusBanner::showContent()
     m_spinner->setVisible(isWorking);
     m_details->setVisible((!m_failures.empty() || !m_note.isEmpty()) && !isWorking);
     m_undo->setVisible(m_isUndoOffered && !m_progress);
-    m_deleteTrashed->setVisible(m_isUndoOffered && !m_progress);
+    m_deleteTrashed->setVisible(m_isTrashTold && !m_progress);
     m_stop->setVisible(isWorking);
     m_stop->setEnabled(isWorking && !m_progress->isStopping);
     m_close->setVisible(!isWorking);
     const QString trashed =
-        m_isUndoOffered ? QStringLiteral(" L’espace sera libéré quand la corbeille sera vidée.") : QString{};
+        m_isTrashTold ? QStringLiteral(" L’espace sera libéré quand la corbeille sera vidée.") : QString{};
     m_text->setText(isWorking ? progressText(*m_progress) : m_message.value_or(QString{}) + trashed);
     setAccessibleName(m_text->text());
     setVisible(isWorking || m_message.has_value());

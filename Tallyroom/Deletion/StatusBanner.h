@@ -28,8 +28,8 @@ public:
     void showMessage(const std::optional<QString>& message, ReportTone tone = ReportTone::done,
                      const std::vector<FileRemover::RemovalFailure>& failures = {}, const QString& note = {});
 
-    /// Offers to take trashed items back, or to delete them there.
-    void showUndo(bool isOffered);
+    /// Offers to take trashed items back, or, while the message says that they went there, to delete them.
+    void showUndo(bool isOffered, bool isTold = true);
     void showRemoval(const std::optional<RemovalProgress>& progress);
 
 Q_SIGNALS:
@@ -52,6 +52,7 @@ private:
     QString m_note;
     std::optional<RemovalProgress> m_progress;
     bool m_isUndoOffered = false;
+    bool m_isTrashTold = false;
     QTimer m_patience; // short removals end before they are worth a word
     QLabel* m_symbol;
     Spinner* m_spinner;

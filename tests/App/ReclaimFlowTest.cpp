@@ -13,8 +13,10 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include <algorithm>
 #include <functional>
 #include <gmock/gmock.h>
+#include <iterator>
 
 namespace tallyroom {
 
@@ -73,6 +75,7 @@ TEST_F(ReclaimFlowTest, TheTrashFreesNothingUntilItsItemsAreDeletedForGood)
     EXPECT_THAT(home.names("Trash/info"), ElementsAre("other.trashinfo"));
     EXPECT_FALSE(store().diskUsage.canUndo());
     EXPECT_EQ(button(QStringLiteral("Supprimer définitivement ces éléments")), nullptr);
+    EXPECT_EQ(window->focusWidget(), &shown<EntryTable>()) << "its button is gone";
 }
 
 TEST_F(ReclaimFlowTest, ItSaysWhatTheVolumeGainedWhereThatIsSomethingElse)
@@ -165,6 +168,47 @@ TEST_F(ToolScreenTest, NoFailureIsToldInTheColourOfSuccess)
         one.happen();
         EXPECT_EQ(told(), Theme::shared().colour(one.colour)) << one.name;
     }
+}
+
+TEST_F(ToolScreenTest, WhatLiesInTheTrashIsOfferedForDeletionOnlyBesideItsOwnReport)
+{
+    const QString forGood = QStringLiteral("Supprimer définitivement ces éléments");
+    ScanToolViewModel& tool = store().diskUsage;
+    remove(tool, {tree.url("a.bin")});
+    EXPECT_NE(button(forGood), nullptr);
+    tool.tell(QStringLiteral("Liste exportée."), ReportTone::done);
+    EXPECT_EQ(shown<StatusBanner>().accessibleName(), QStringLiteral("Liste exportée."));
+    EXPECT_EQ(button(forGood), nullptr) << "“these” would be those of the list";
+    click("Annuler la suppression");
+    waitForRemoval();
+    EXPECT_TRUE(tree.exists("a.bin"));
+}
+
+TEST_F(ToolScreenTest, NothingIsOfferedForUndoThatHasLeftTheTrash)
+{
+    ScanToolViewModel& tool = store().diskUsage;
+    remove(tool, {tree.url("a.bin"), tree.url("b.bin")});
+    const auto goFromTrash = [&](std::size_t place) {
+        UndoableDeletion one;
+        one.trashed = {tool.undoable()->trashed.at(place)};
+        std::ranges::copy_if(tool.undoable()->entries, std::back_inserter(one.entries),
+                             [&](const Entry& entry) { return entry.url == one.trashed.front().original; });
+        ASSERT_TRUE(store().deletions.deleteTrashed(
+            one,
+            {.context = window.get(), .progressed = [](const auto&) {}, .finished = [](const auto&) {}}));
+        waitForRemoval();
+    };
+    const FileUrl left = tool.undoable()->trashed.at(1).original;
+    goFromTrash(0); // as when another tool or the dashboard empties it
+    click("Annuler la suppression");
+    waitForRemoval();
+    EXPECT_EQ(tool.statusMessage(), QStringLiteral("Suppression annulée · 1 élément(s) restauré(s)."));
+    EXPECT_THAT(tree.names(), ElementsAre(left.lastPathComponent()));
+
+    remove(tool, {left});
+    goFromTrash(0);
+    EXPECT_EQ(button(QStringLiteral("Annuler la suppression")), nullptr);
+    EXPECT_FALSE(shown<StatusBanner>().accessibleName().contains(QStringLiteral("sera vidée")));
 }
 
 TEST_F(ToolScreenTest, TheKeyboardStaysAtTheListWhenItsButtonIsDisabled)

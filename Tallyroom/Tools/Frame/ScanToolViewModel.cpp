@@ -144,6 +144,7 @@ void ScanToolViewModel::deleteEntries(const std::vector<Entry>& entries, bool pe
         const std::int64_t bytes = freed(outcome.done);
         report(update, removalMessage(outcome.result, bytes, permanently, outcome.notBegun), outcome.result,
                gainNote(outcome.result, bytes, outcome.gained));
+        m_tellsOfTrash = true;
         // Undoing puts entries into the list on screen: once another list stands there, that is over.
         if (!filling.expired()) {
             update.assign(m_undoable,
@@ -184,6 +185,7 @@ void ScanToolViewModel::deleteTrashed()
         const std::int64_t bytes = totalSize(outcome.done);
         report(update, removalMessage(outcome.result, bytes, true, outcome.notBegun), outcome.result,
                gainNote(outcome.result, bytes, outcome.gained));
+        m_tellsOfTrash = true;
         if (!filling.expired()) {
             update.assign(m_undoable, remainder(trashed, outcome), &ScanToolViewModel::undoableChanged);
         }
@@ -214,12 +216,38 @@ void ScanToolViewModel::follow(const DiskChange& change)
         PropertyUpdate update{this};
         if (!change.gone.empty()) {
             takeOut(update, change.gone);
+            forgetUndo(update, change.gone);
         }
         if (!change.back.empty()) {
             putBack(update, change.back, change.asker == this && m_removedFrom == listedFolder());
         }
     }
     measureAgain(change.folders);
+}
+
+/// What has left the trash meanwhile cannot be put back: it may have been emptied.
+void ScanToolViewModel::forgetUndo(PropertyUpdate& update, const std::vector<Entry>& gone)
+{
+    if (!m_undoable) {
+        return;
+    }
+    UrlSet urls;
+    std::ranges::transform(gone, std::inserter(urls, urls.end()), &Entry::url);
+    const auto isLost = [&](const FileRemover::TrashedItem& item) { return urls.contains(item.inTrash); };
+    if (std::ranges::none_of(m_undoable->trashed, isLost)) {
+        return; // the usual case: a long list is not copied
+    }
+    UndoableDeletion left = *m_undoable;
+    UrlSet lost;
+    for (const FileRemover::TrashedItem& item : left.trashed) {
+        if (isLost(item)) {
+            lost.insert(item.original);
+        }
+    }
+    std::erase_if(left.trashed, isLost);
+    std::erase_if(left.entries, [&lost](const Entry& entry) { return lost.contains(entry.url); });
+    update.assign(m_undoable, left.trashed.empty() ? std::nullopt : std::optional{std::move(left)},
+                  &ScanToolViewModel::undoableChanged);
 }
 
 void ScanToolViewModel::beginRemoval(bool isAccepted, const RemovalProgress& progress)
@@ -258,6 +286,7 @@ void ScanToolViewModel::report(PropertyUpdate& update, const QString& message,
     if (assignIfChanged(m_failures, result.failures)) {
         m_statusMessage.reset(); // the same words about other items are news
     }
+    m_tellsOfTrash = false;
     m_statusTone = result.allSucceeded() ? ReportTone::done : ReportTone::failed;
     update.assign(m_statusMessage, std::optional{message}, &ScanToolViewModel::statusMessageChanged);
     update.assign(m_removal, std::nullopt, &ScanToolViewModel::removalChanged);
@@ -280,6 +309,7 @@ void ScanToolViewModel::dismissStatus()
 void ScanToolViewModel::showStatus(const std::optional<QString>& message, ReportTone tone)
 {
     m_statusTone = tone;
+    m_tellsOfTrash = false;
     if (assignIfChanged(m_statusMessage, message)) {
         Q_EMIT statusMessageChanged();
     }

@@ -65,6 +65,9 @@ public:
 
     [[nodiscard]] bool canUndo() const { return m_undoable.has_value(); }
 
+    /// Whether `statusMessage` is about what `undoable` holds in the trash; changes with them only.
+    [[nodiscard]] bool tellsOfTrash() const { return m_tellsOfTrash && canUndo(); }
+
     /// How far this tool's deletion or undo has come, while one runs.
     [[nodiscard]] const std::optional<RemovalProgress>& removal() const { return m_removal; }
 
@@ -200,6 +203,7 @@ private:
 
     using Finished = std::function<void(PropertyUpdate& update, const RemovalOutcome& outcome)>;
 
+    void forgetUndo(PropertyUpdate& update, const std::vector<Entry>& gone);
     [[nodiscard]] DeletionRunner::Listener listener(Finished finished);
     void beginRemoval(bool isAccepted, const RemovalProgress& progress);
     void follow(const DiskChange& change);
@@ -214,6 +218,7 @@ private:
     std::optional<FileUrl> m_rootURL;
     std::optional<QString> m_statusMessage;
     ReportTone m_statusTone = ReportTone::done;
+    bool m_tellsOfTrash = false;
     Failures m_failures;
     QString m_removalNote;
     std::optional<RemovalProgress> m_removal;

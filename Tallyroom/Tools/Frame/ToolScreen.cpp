@@ -92,7 +92,7 @@ void ToolScreen::showBanner()
     m_isReportOld ? m_banner->showMessage(std::nullopt)
                   : m_banner->showMessage(m_tool.statusMessage(), m_tool.statusTone(), m_tool.failures(),
                                           m_tool.removalNote());
-    m_banner->showUndo(m_tool.canUndo());
+    m_banner->showUndo(m_tool.canUndo(), m_tool.tellsOfTrash());
     m_banner->showRemoval(m_tool.removal());
 }
 
@@ -339,7 +339,10 @@ void ToolScreen::askFinalDeletion()
     if (const auto& undoable = m_tool.undoable()) {
         auto* const dialog = new DeleteConfirmation(trashedEntries(*undoable),
                                                     DeleteConfirmation::Default::leaveInTrash, {}, this);
-        connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteTrashed);
+        connect(dialog, &DeleteConfirmation::confirmed, this, [this] {
+            m_pages->takeKeyboard(); // the button goes while the window is not active yet
+            m_tool.deleteTrashed();
+        });
         dialog->open();
     }
 }
