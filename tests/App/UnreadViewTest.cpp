@@ -1,6 +1,7 @@
 #include "App/EventWait.h"
 #include "App/NavigatorScene.h"
 #include "App/ScreenWords.h"
+#include "Bridge/Desktop.h"
 #include "Controls/LinkedLabel.h"
 #include "Rows/EntryTable.h"
 #include "Rows/EntryTableModel.h"
@@ -86,6 +87,8 @@ TEST_F(UnreadViewTest, ASizeThatLeavesSomethingOutIsNotShownAsWhole)
     EXPECT_FALSE(visibleTexts(*list).filter(QStringLiteral("autres ne sont pas dans cette liste")).isEmpty());
     visibleButton(*list, QStringLiteral("Copier les chemins"))->click();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("/r/closed"));
+    Q_EMIT DesktopRefusals::shared().refused(QStringLiteral("Personne ne répond."));
+    EXPECT_TRUE(visibleTexts(*list).contains(QStringLiteral("Personne ne répond."))) << "where the button is";
 
     scene.navigator->refresh();
     scene.finishListing({fileEntry("/r/whole", 1000)});

@@ -23,7 +23,7 @@
 namespace tallyroom {
 
 UnreadList::UnreadList(SharedUnreadPlaces unread, QWidget* parent)
-    : QDialog(parent), m_unread(std::move(unread)), m_list(new QTreeWidget)
+    : QDialog(parent), m_unread(std::move(unread)), m_list(new QTreeWidget), m_refusal(new QLabel)
 {
     const QString title = UnreadText::count(m_unread);
     setWindowTitle(title);
@@ -41,12 +41,20 @@ UnreadList::UnreadList(SharedUnreadPlaces unread, QWidget* parent)
     remark->setText(text);
     m_list->setAccessibleName(title);
     fillList();
+    m_refusal->setTextFormat(Qt::PlainText);
+    m_refusal->setWordWrap(true);
+    m_refusal->hide();
+    connect(&DesktopRefusals::shared(), &DesktopRefusals::refused, this, [this](const QString& message) {
+        m_refusal->setText(message);
+        m_refusal->show();
+    });
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
     column->setSpacing(Theme::gap);
     column->addWidget(heading);
     column->addWidget(remark);
     column->addWidget(m_list, 1);
+    column->addWidget(m_refusal);
     column->addWidget(makeButtons());
     addShortcut(this, Qt::CTRL | Qt::Key_C, [this] { copyPaths(); });
 }

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+class QLabel;
 class QTreeWidget;
 
 namespace tallyroom {
@@ -33,6 +34,7 @@ private:
 
     SharedUnreadPlaces m_unread;
     QTreeWidget* m_list;
+    QLabel* m_refusal;
 };
 
 } // namespace tallyroom
