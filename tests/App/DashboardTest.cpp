@@ -4,8 +4,10 @@
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 #include "Text/VolumeText.h"
+#include "Tools/Dashboard/BreakdownPanel.h"
 #include "Tools/Dashboard/KindBar.h"
 #include "Tools/Dashboard/KindRow.h"
+#include "Tools/Frame/ToolTitle.h"
 
 #include <QApplication>
 #include <QScrollBar>
@@ -92,6 +94,23 @@ TEST_F(DashboardTest, AnAnalysisStoppedBetweenItsSummaryAndItsEndIsLoaded)
     dashboard.cancelAnalysis();
     EXPECT_EQ(dashboard.analysisState().phase, AnalysisState::Phase::loaded);
     EXPECT_EQ(dashboard.summary()->totalBytes, 30);
+}
+
+TEST_F(DashboardTest, AStoppedAnalysisStillSaysOfWhichFolderAndCanBeResumed)
+{
+    EXPECT_EQ(button(QStringLiteral("Reprendre")), nullptr);
+    dashboard.analyze(FileUrl{"/home/moi/Projets"});
+    ASSERT_TRUE(count(4096));
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(texts().contains(QStringLiteral("Analyse interrompue avant le premier résultat.")));
+    EXPECT_TRUE(view.findChild<BreakdownPanel*>()->findChild<ToolTitle*>()->accessibleName().endsWith(
+        QStringLiteral("Projets")));
+    ASSERT_NE(button(QStringLiteral("Reprendre")), nullptr);
+    QTest::mouseClick(button(QStringLiteral("Reprendre")), Qt::LeftButton);
+    EXPECT_TRUE(dashboard.isScanning());
+    ASSERT_TRUE(finish({videos}));
+    EXPECT_EQ(dashboard.analyzedURL(), FileUrl{"/home/moi/Projets"});
+    EXPECT_EQ(button(QStringLiteral("Reprendre")), nullptr);
 }
 
 TEST_F(DashboardTest, CardsFollowTheReportTheMainOneFirst)

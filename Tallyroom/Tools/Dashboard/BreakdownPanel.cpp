@@ -49,7 +49,8 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
       m_progress(new QWidget), m_scanned(plainLabel(Theme::Text::secondary)), m_kinds(new QWidget),
       m_bar(new KindBar), m_total(new LinkedLabel), m_rows(new QVBoxLayout),
       m_account(plainLabel(Theme::Text::secondary)), m_message(plainLabel(Theme::Text::secondary)),
-      m_recentsPlace(new QWidget), m_recents(new RecentFolderList)
+      m_resume(new QPushButton(QStringLiteral("Reprendre"))), m_recentsPlace(new QWidget),
+      m_recents(new RecentFolderList)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(partsPatience);
@@ -105,6 +106,8 @@ QWidget* BreakdownPanel::makeCard()
     m_message->setAlignment(Qt::AlignCenter);
     m_message->setWordWrap(true);
     m_message->setMinimumHeight(Theme::tallRowHeight);
+    Theme::dress(m_resume, Theme::Button::plain);
+    connect(m_resume, &QPushButton::clicked, &m_dashboard, &DashboardViewModel::resumeAnalysis);
     auto* const column = new QVBoxLayout(card);
     column->setContentsMargins(Theme::cardPadding, Theme::cardPadding, Theme::cardPadding,
                                Theme::cardPadding);
@@ -113,6 +116,7 @@ QWidget* BreakdownPanel::makeCard()
     column->addWidget(makeProgress());
     column->addWidget(makeKinds());
     column->addWidget(m_message);
+    column->addWidget(m_resume, 0, Qt::AlignHCenter);
     column->addWidget(makeRecents());
     return card;
 }
@@ -183,13 +187,14 @@ void BreakdownPanel::showParts()
 {
     const AnalysisState& state = m_dashboard.analysisState();
     const bool isScanning = state.phase == Phase::scanning;
-    m_title->setFolder(hasFolder() ? m_dashboard.analyzedFolder() : QString{});
+    m_title->setFolder(hasFolder() || isStopped() ? m_dashboard.analyzedFolder() : QString{});
     m_error->setVisible(state.phase == Phase::error);
     m_errorText->setText(state.message);
     m_progress->setVisible(isScanning);
     showKinds();
     m_message->setText(message());
     m_message->setVisible(!m_message->text().isEmpty());
+    m_resume->setVisible(state.phase == Phase::none && isStopped());
     showRecents();
 }
 
@@ -240,6 +245,11 @@ bool BreakdownPanel::hasFolder() const
            m_dashboard.analysisState().phase == Phase::loaded;
 }
 
+bool BreakdownPanel::isStopped() const
+{
+    return m_dashboard.analysisEnd().kind == ScanEnd::Kind::stopped;
+}
+
 void BreakdownPanel::showErrorSymbol()
 {
     m_errorSymbol->setPixmap(SymbolIcon::pixmap("exclamationmark.triangle",
@@ -253,7 +263,7 @@ QString BreakdownPanel::message() const
     const bool hasKinds = m_dashboard.summary() && !m_dashboard.summary()->categories.empty();
     switch (m_dashboard.analysisState().phase) {
     case Phase::none:
-        if (m_dashboard.analysisEnd().kind == ScanEnd::Kind::stopped) {
+        if (isStopped()) {
             return m_dashboard.analysisEnd().emptyText({});
         }
         return QStringLiteral("Choisissez un dossier : Tallyroom compte la place que prend chaque type de "

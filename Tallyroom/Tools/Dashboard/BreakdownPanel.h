@@ -4,6 +4,7 @@
 #include <QWidget>
 
 class QLabel;
+class QPushButton;
 class QVBoxLayout;
 
 namespace tallyroom {
@@ -42,6 +43,7 @@ private:
     void showRecents();
     void showErrorSymbol();
     [[nodiscard]] bool hasFolder() const;
+    [[nodiscard]] bool isStopped() const;
     [[nodiscard]] QString message() const;
 
     DashboardViewModel& m_dashboard;
@@ -58,6 +60,7 @@ private:
     QVBoxLayout* m_rows;
     QLabel* m_account;
     QLabel* m_message;
+    QPushButton* m_resume;
     QWidget* m_recentsPlace;
     RecentFolderList* m_recents;
 };

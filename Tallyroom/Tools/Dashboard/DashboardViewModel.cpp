@@ -168,4 +168,11 @@ void DashboardViewModel::cancelAnalysis()
                   &DashboardViewModel::stateChanged);
 }
 
+void DashboardViewModel::resumeAnalysis()
+{
+    if (m_analyzedURL && !isScanning() && m_analysisEnd.kind == ScanEnd::Kind::stopped) {
+        analyze(FileUrl{*m_analyzedURL});
+    }
+}
+
 } // namespace tallyroom

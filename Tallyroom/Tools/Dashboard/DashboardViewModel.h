@@ -108,6 +108,9 @@ public:
     /// Stops a running breakdown, and forgets its counts.
     void cancelAnalysis();
 
+    /// Begins a stopped analysis again.
+    void resumeAnalysis();
+
     [[nodiscard]] bool isScanning() const override
     {
         return m_analysisState.phase == AnalysisState::Phase::scanning;
