@@ -8,12 +8,11 @@
 namespace tallyroom {
 
 OptionMenu::OptionMenu(Choices choices, std::function<QString()> title, QWidget* parent)
-    : QPushButton(parent), m_title(std::move(title)), m_group(new QActionGroup(this))
+    : MenuButton(parent), m_title(std::move(title)), m_group(new QActionGroup(this))
 {
     m_group->setExclusionPolicy(choices == Choices::one ? QActionGroup::ExclusionPolicy::Exclusive
                                                         : QActionGroup::ExclusionPolicy::None);
     Theme::dress(this, Theme::Button::plain);
-    setMenu(new QMenu(this));
     connect(menu(), &QMenu::aboutToShow, this, &OptionMenu::showCurrent);
     showTitle();
 }

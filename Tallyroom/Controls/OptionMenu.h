@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QPushButton>
+#include "Controls/MenuButton.h"
 
 #include <functional>
 
@@ -9,7 +9,7 @@ class QActionGroup;
 namespace tallyroom {
 
 /// A button that opens a menu of choices, and says what is chosen. Main thread.
-class OptionMenu : public QPushButton {
+class OptionMenu : public MenuButton {
     Q_OBJECT
 
 public:

@@ -11,13 +11,12 @@
 
 namespace tallyroom {
 
-FolderButton::FolderButton(QWidget* parent) : QPushButton(parent)
+FolderButton::FolderButton(QWidget* parent) : MenuButton(parent)
 {
     Theme::dress(this, Theme::Button::icon);
     setIcon(SymbolIcon::icon("folder"));
     setAccessibleName(QStringLiteral("Changer de dossier"));
     setToolTip(accessibleName());
-    setMenu(new QMenu(this));
     connect(menu(), &QMenu::aboutToShow, this, &FolderButton::fillMenu);
 }
 

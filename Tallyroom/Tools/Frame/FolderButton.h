@@ -1,8 +1,7 @@
 #pragma once
 
+#include "Controls/MenuButton.h"
 #include "Model/FileUrl.h"
-
-#include <QPushButton>
 
 class QAction;
 
@@ -10,7 +9,7 @@ namespace tallyroom {
 
 /// A button that leads to another folder: its menu holds the chooser and the recent folders, those that have
 /// vanished marked as such. Main thread.
-class FolderButton : public QPushButton {
+class FolderButton : public MenuButton {
     Q_OBJECT
 
 public:
