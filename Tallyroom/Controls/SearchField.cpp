@@ -47,6 +47,12 @@ bool SearchField::event(QEvent* event)
         event->accept();
         return true;
     }
+    // The toolkit has Ctrl+E go to the end of the line; here it exports what the filter leaves.
+    if (event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent*>(event)->keyCombination() == (Qt::CTRL | Qt::Key_E)) {
+        event->ignore();
+        return true;
+    }
     return QLineEdit::event(event);
 }
 
