@@ -59,9 +59,12 @@ void TreemapPanel::showPointed()
                                       std::chrono::system_clock::now()));
 }
 
+/// The sums are the whole folder's: what one looks closer at leaves folders off the screen closed.
 void TreemapPanel::showLegend()
 {
-    m_legend->show(m_map->scene().bytesByKind());
+    if (m_map->magnification().isFitting()) {
+        m_legend->show(m_map->scene().bytesByKind());
+    }
 }
 
 } // namespace tallyroom
