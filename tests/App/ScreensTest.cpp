@@ -377,15 +377,20 @@ TEST_F(Screens, TabGoesThroughTheWindowAsItIsSeenAndBack)
     scan("disk-usage", tree.url());
     navigator.activate(navigator.entries()[0]);
     waitForScan(navigator);
-    shown<SearchField>().setFocus();
-    QStringList seen = QStringLiteral("Filtrer par nom|Tableau|Trier par : Taille, décroissant|Espace disque|"
-                                      "Tout sélectionner|Tout désélectionner|Outils|Retour|/%1|"
-                                      "Changer de dossier|Rafraîchir|Exporter")
-                           .arg(FileUrlText::display(tree.url()).replace(u'/', u'|'))
-                           .split(u'|');
-    EXPECT_EQ(stopsOf(*window, Qt::Key_Tab).join(u'|').toStdString(), seen.join(u'|').toStdString());
-    std::reverse(seen.begin() + 1, seen.end());
-    EXPECT_EQ(stopsOf(*window, Qt::Key_Backtab).join(u'|').toStdString(), seen.join(u'|').toStdString());
+    const QString way = FileUrlText::display(tree.url()).replace(u'/', u'|');
+    const QString below = QStringLiteral("Trier par : Taille, décroissant|Espace disque|Tout sélectionner|"
+                                         "Tout désélectionner|Outils|Retour|/") +
+                          way;
+    const QString buttons = QStringLiteral("Changer de dossier|Rafraîchir|Exporter");
+    const auto expectOrder = [this](int width, const QString& order) {
+        window->resize(width, 700);
+        shown<SearchField>().setFocus();
+        QStringList seen = order.split(u'|');
+        EXPECT_EQ(stopsOf(*window, Qt::Key_Tab).join(u'|').toStdString(), seen.join(u'|').toStdString());
+        std::reverse(seen.begin() + 1, seen.end());
+        EXPECT_EQ(stopsOf(*window, Qt::Key_Backtab).join(u'|').toStdString(), seen.join(u'|').toStdString());
+    };
+    expectOrder(1600, QStringLiteral("Filtrer par nom|Tableau|%1|%2").arg(buttons, below));
 }
 
 } // namespace
