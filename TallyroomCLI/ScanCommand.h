@@ -30,7 +30,7 @@ namespace ScanCommand {
 /// Follows a stream to its end, or to an interruption, with a line of progress on standard error unless
 /// `isQuiet`, and returns its newest record.
 template <class Record>
-[[nodiscard]] Record follow(ProgressStream<Record> stream, bool isQuiet, const Interruption& interruption,
+[[nodiscard]] Record follow(ProgressStream<Record>&& stream, bool isQuiet, const Interruption& interruption,
                             std::string (*textOf)(const std::type_identity_t<Record>& record))
 {
     const auto stop = interruption.whenItComes([&stream] { stream.cancel(); });

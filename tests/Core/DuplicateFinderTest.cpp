@@ -324,10 +324,10 @@ std::span<const std::byte> bytesOf(std::string_view text)
 
 TEST(BatchDigester, FilesThatDifferLateShareNoDigest)
 {
-    const std::int64_t size = 2'500'000; // more than a chunk
+    constexpr std::int64_t size = 2'500'000; // more than a chunk
     const TemporaryTree tree{file("0", content(size)), file("1", content(size, size - 1, 'y')),
                              file("2", content(size))};
-    const auto open = [&tree, size](std::size_t index) {
+    const auto open = [&tree](std::size_t index) {
         const FileUrl url = tree.url(std::to_string(index));
         auto opened = StableFile::open(url, size, fileAttributes(url)->modifiedAt);
         return opened ? std::optional{std::move(*opened)} : std::nullopt;

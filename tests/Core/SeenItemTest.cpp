@@ -361,7 +361,7 @@ TEST(VolumeMarks, TellItemsApartWhereInodeNumbersDoNotLast)
         attributes.*field = value;
         return attributes;
     };
-    const FileAttributes renumbered = with(file, &FileAttributes::inode, 11);
+    const FileAttributes renumbered = with(file, &FileAttributes::inode, std::uint64_t{11});
     const FileAttributes rewritten =
         with(file, &FileAttributes::modifiedAt, Timestamp{std::chrono::seconds{1001}});
     const FileAttributes grown = with(file, &FileAttributes::logicalBytes, 101);

@@ -20,7 +20,7 @@ Items ranked(Items items)
     return items;
 }
 
-Items folder()
+Items eightItems()
 {
     return {{1, 400}, {2, 300}, {3, 105}, {4, 100}, {5, 60}, {6, 58}, {7, 20}, {8, 1}};
 }
@@ -47,14 +47,14 @@ TEST(SteadyLayout, TilesKeepTheirPlacesWhileTheirSharesChangeLittle)
         {"a small one comes, and one goes",
          {{1, 400}, {2, 300}, {3, 105}, {4, 100}, {5, 60}, {6, 58}, {9, 15}}},
         {"all grow alike", {{1, 800}, {2, 600}, {3, 210}, {4, 200}, {5, 120}, {6, 116}, {7, 40}, {8, 2}}},
-        {"the window becomes a little wider", folder(), {5, 7, 660, 400}},
+        {"the window becomes a little wider", eightItems(), {5, 7, 660, 400}},
         {"another one is the largest", {{2, 700}, {1, 400}, {3, 105}, {4, 100}, {5, 60}}, whole, false},
         {"a large one comes", {{1, 400}, {9, 350}, {2, 300}, {3, 105}, {4, 100}}, whole, false},
-        {"the window becomes tall", folder(), {0, 0, 300, 800}, false}};
+        {"the window becomes tall", eightItems(), {0, 0, 300, 800}, false}};
     for (const Case& one : cases) {
         SCOPED_TRACE(one.what);
         SteadyLayout layout;
-        const Items before = folder();
+        const Items before = eightItems();
         const auto first = layout.tiles(7, before, whole);
         ASSERT_EQ(first, fresh(before, whole)) << "the first time it is squarified as ever";
         const Items after = ranked(one.then);
@@ -82,7 +82,7 @@ TEST(SteadyLayout, TilesKeepTheirPlacesWhileTheirSharesChangeLittle)
 TEST(SteadyLayout, SmallChangesAddUpUntilItIsLaidOutAnew)
 {
     SteadyLayout layout;
-    Items items = folder();
+    Items items = eightItems();
     EXPECT_FALSE(layout.tiles(7, items, whole).empty());
     layout.forgetUnused();
     int kept = 0;

@@ -134,7 +134,7 @@ private:
 
     /// Takes some records and drops the stream, or takes all of them.
     template <class Record>
-    void read(ProgressStream<Record> stream, const FileUrl& folder)
+    void read(ProgressStream<Record>&& stream, const FileUrl& folder)
     {
         const bool isDropped = draw(2) > 0;
         for (std::int64_t left = draw(6); !isDropped || left > 0; --left) {

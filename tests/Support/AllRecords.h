@@ -9,7 +9,7 @@ namespace tallyroom {
 
 /// Waits for the end of a stream and gives all that it sent.
 template <typename Record>
-std::vector<Record> allRecords(ProgressStream<Record> stream)
+std::vector<Record> allRecords(ProgressStream<Record>&& stream)
 {
     std::vector<Record> records;
     while (auto record = stream.next()) {

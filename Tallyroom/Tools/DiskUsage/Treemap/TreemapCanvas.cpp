@@ -362,9 +362,12 @@ void TreemapCanvas::bringIntoView(std::size_t tile)
 /// The smallest folder there that fills much of the window may have more to show than was asked for at first.
 void TreemapCanvas::lookCloser(const QPointF& place)
 {
+    const auto fillsMuch = [this](std::size_t tile) {
+        const QRectF rect = tileRect(tile);
+        return m_scene.isOpen(tile) && rect.width() >= width() / 2.0 && rect.height() >= height() / 2.0;
+    };
     std::optional<std::size_t> folder = tileAt(place);
-    while (folder && !(m_scene.isOpen(*folder) && tileRect(*folder).width() >= width() / 2.0 &&
-                       tileRect(*folder).height() >= height() / 2.0)) {
+    while (folder && !fillsMuch(*folder)) {
         const std::uint32_t above = m_scene.tiles()[*folder].parent;
         folder = above == TreemapScene::none ? std::nullopt : std::optional<std::size_t>{above};
     }
