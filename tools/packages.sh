@@ -9,6 +9,7 @@ declare -A tallyroom_packages=(
     [package]="librsvg2-bin dpkg-dev file lintian mmdebstrap desktop-file-utils appstream xvfb xdotool"
     [fuzz]="clang-16 libclang-rt-16-dev"
     [ci]="ccache clang-format clang-tidy-16 shellcheck libbenchmark-dev"
+    [pictures]="imagemagick"
     [bench]="libbenchmark-dev python3 gdu ncdu fd-find rdfind jdupes fdupes rmlint"
 )
 
