@@ -4,14 +4,14 @@
 #include "FileSystem/Digest.h"
 #include "FileSystem/FileAttributes.h"
 #include "Support/AllRecords.h"
+#include "Support/Cases.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
-#include "Support/TemporaryTree.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
+#include <regex>
 #include <string_view>
-#include <sys/stat.h>
 
 namespace tallyroom {
 
@@ -190,59 +190,21 @@ TEST(DuplicateFinder, TheStreamCountsEveryFourThousandAndEndsWithTheGroups)
 
 TEST(DuplicateFinder, AFileDropsOutInAnyStageWhenItsContentMayBeAnotherOne)
 {
-    const auto replace = [](TemporaryTree& tree, const std::string& bytes) {
-        tree.keepingItsTime("victim", [&] {
-            tree.add(file("new", bytes));
-            tree.rename("new", "victim");
-        });
-    };
-
-    struct Disturbance {
-        const char* what; ///< happens to the file "victim" between two stages
-        bool isHarmless;
-        std::function<void(TemporaryTree& tree, std::int64_t middle)> disturb;
-    };
-
-    const std::vector<Disturbance> disturbances{
-        {"vanishes", false, [](auto& tree, auto) { tree.remove("victim"); }},
-        {"shrinks", false, [](auto& tree, auto) { tree.add(file("victim", 10)); }},
-        {"grows", false, [](auto& tree, auto) { tree.overwrite("victim", "x", 3 * span); }},
-        {"changes", false, [](auto& tree, auto middle) { tree.overwrite("victim", "y", middle); }},
-        {"changes and hides it", false,
-         [](auto& tree, auto middle) {
-             tree.keepingItsTime("victim", [&] { tree.overwrite("victim", "y", middle); });
-         }},
-        {"is replaced by another one of that time", false,
-         [&](auto& tree, auto middle) {
-             replace(tree, content(std::ssize(tree.content("a")), middle, 'y'));
-         }},
-        {"becomes a link", false,
-         [](auto& tree, auto) {
-             tree.rename("victim", "victim.moved");
-             tree.add(link("victim", "victim.moved"));
-         }},
-        {"becomes a FIFO", false,
-         [](auto& tree, auto) {
-             tree.remove("victim");
-             tree.add(fifo("victim"));
-         }},
-        {"gets other rights", true, [](auto& tree, auto) { ::chmod(tree.path("victim").c_str(), 0600); }},
-        {"gets another link", true, [](auto& tree, auto) { tree.add(hardLink("link", "victim")); }},
-        {"gets another inode", true, // as where inode numbers do not last
-         [&](auto& tree, auto) { replace(tree, tree.content("victim")); }}};
-    for (const auto& [what, isHarmless, disturb] : disturbances) {
+    for (const auto& row : cases("what happens to a file between two stages")) {
+        const bool isHarmless = row[0] == "harmless";
         for (const auto& [size, digested] : {std::pair{3 * span, std::int64_t{0}},
                                              {3 * span, 4 * span},
                                              {3 * span, 8 * span},
                                              {2 * span, 4 * span}}) {
-            SCOPED_TRACE(std::string{what} + " after " + std::to_string(digested));
+            SCOPED_TRACE(row[1] + " after " + std::to_string(digested));
             TemporaryTree tree{file("a", content(size)), file("b", content(size)),
                                file("victim", content(size)), file("c", content(size))};
             bool isDisturbed = false;
             const auto result = compute(tree, {}, [&](const DuplicateProgress& record) {
                 if (record.phase == Phase::hashing && record.hashedBytes == digested && !isDisturbed) {
                     isDisturbed = true;
-                    disturb(tree, size == 2 * span ? 1 : size / 2);
+                    change(tree, std::regex_replace(row[2], std::regex{"MIDDLE"},
+                                                    std::to_string(size == 2 * span ? 1 : size / 2)));
                 }
             });
             EXPECT_TRUE(isDisturbed);

@@ -2,6 +2,7 @@
 
 #include "Duplicates/DuplicateFinder.h"
 #include "Removal/FileRemover.h"
+#include "Support/Cases.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
 
@@ -10,9 +11,10 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <iterator>
+#include <sstream>
 #include <sys/mman.h>
 #include <sys/mount.h>
-#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -64,81 +66,31 @@ void rewriteInMemory(const std::string& path, std::size_t offset, std::size_t si
     ::munmap(memory, size);
 }
 
-struct RemovalCase {
-    const char* what;
-    std::function<void(TemporaryTree& tree)> disturb;
-    Names victims;
-    Names refused; ///< "name: reason"
-};
+Names wordsIn(const std::string& text)
+{
+    std::istringstream words{text};
+    return {std::istream_iterator<std::string>{words}, {}};
+}
 
 TEST(DuplicateRemovalCheck, OnlyWhatIsACopyOfAFileThatStaysIsRemoved)
 {
-    const auto refused = [](const char* reason, const Names& names) {
-        Names lines;
-        std::ranges::transform(names, std::back_inserter(lines),
-                               [reason](const std::string& name) { return name + ": " + reason; });
-        return lines;
-    };
-    const auto nothing = [](auto&) {};
-    const auto editLater = [](const char* name) {
-        return [name](auto& tree) { tree.add(file(name, "SAME").modifiedAt(1'000'000'000)); };
-    };
-    const auto rewritten = [](const char* name) {
-        return [name](auto& tree) { tree.keepingItsTime(name, [&] { tree.overwrite(name, "?", 2); }); };
-    };
-    const auto replacedBy = [](const char* name, const TreeItem& item) {
-        return [name, item](auto& tree) {
-            tree.remove(name);
-            tree.add(item);
-        };
-    };
-    const auto unlinked = [](const char* name) { return [name](auto& tree) { tree.remove(name); }; };
-    const Names all{"a", "b", "c", "d/d"};
-    const Names allButA{"b", "c", "d/d"};
-    const std::vector<RemovalCase> cases{
-        {"copies go while one stays", nothing, {"b", "c"}, {}},
-        {"all go when all are meant", nothing, all, {}},
-        {"the victim was edited", editLater("b"), {"b"}, refused(changed, {"b"})},
-        {"the victim grew",
-         [](auto& tree) { tree.overwrite("b", "more", 4); },
-         {"b"},
-         refused(changed, {"b"})},
-        {"the victim is gone", unlinked("b"), {"b", "c"}, refused(gone, {"b"})},
-        {"the victim is a folder now", replacedBy("b", folder("b")), {"b"}, refused(changed, {"b"})},
-        {"the victim is a link now", replacedBy("b", link("b", "a")), {"b"}, refused(changed, {"b"})},
-        {"its parent is gone", [](auto& tree) { tree.rename("d", "e"); }, {"d/d"}, refused(gone, {"d/d"})},
-        {"one kept copy changed, another is there", editLater("a"), {"c"}, {}},
-        {"the only kept copy changed", editLater("a"), allButA, refused(noCopy, allButA)},
-        {"the only kept copy is gone", unlinked("a"), allButA, refused(noCopy, allButA)},
-        {"the victim changed under its time", rewritten("b"), {"b", "c"}, refused(changed, {"b"})},
-        {"the kept copy changed under its time", rewritten("a"), allButA, refused(noCopy, allButA)},
-        {"the last copy changed under its time", rewritten("a"), all, refused(changed, {"a"})},
-        {"rights changed", [](auto& tree) { ::chmod(tree.path("a").c_str(), 0600); }, {"b"}, {}},
-        {"the kept copy became a link of the victim", replacedBy("a", hardLink("a", "b")), allButA,
-         refused(hardLinked, {"b"})},
-        {"a kept file has another inode",
-         [](auto& tree) {
-             tree.keepingItsTime("a", [&] {
-                 tree.add(file("new", "same"));
-                 tree.rename("new", "a");
-             });
-         },
-         allButA,
-         {}},
-    };
-    for (const auto& [what, disturb, victims, refusedOnes] : cases) {
-        SCOPED_TRACE(what);
+    for (const auto& row : cases("what happens to copies before they go")) {
+        SCOPED_TRACE(row[0]);
         TemporaryTree tree;
         for (const char* const name : {"a", "b", "c", "d/d"}) {
             tree.add(file(name, "same").modifiedAt(1'500'000'000));
         }
         const auto groups = duplicatesIn(tree);
-        disturb(tree);
-        EXPECT_EQ(removeIn(tree, groups, victims), refusedOnes);
+        change(tree, row[1]);
+        const Names victims = wordsIn(row[2]);
+        const Names refused = wordsIn(row[3]);
+        Names expected;
+        for (const std::string& name : refused) {
+            expected.push_back(name + ": " + row.at(4));
+        }
+        EXPECT_EQ(removeIn(tree, groups, victims), expected);
         for (const std::string& victim : victims) {
-            const bool isRefused = std::ranges::any_of(
-                refusedOnes, [&victim](const std::string& line) { return line.starts_with(victim + ": "); });
-            EXPECT_TRUE(isRefused || !tree.exists(victim)) << victim;
+            EXPECT_TRUE(std::ranges::count(refused, victim) > 0 || !tree.exists(victim)) << victim;
         }
     }
 }

@@ -2,6 +2,7 @@
 #include "Kinds/FolderAnalyzer.h"
 #include "Scanning/FileScanner.h"
 #include "Support/AllRecords.h"
+#include "Support/Cases.h"
 #include "Support/Interception.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
@@ -47,22 +48,6 @@ Lines counted(const TemporaryTree& tree, const EntryList& entries)
     return lines;
 }
 
-/// A tree with closed folders, and one whose files can be named and not examined, for a person who is not
-/// root.
-TemporaryTree closedTree()
-{
-    return {file("a/b/file", 4096),
-            folder("a/b/shut").withMode(0),
-            folder("a/shut").withMode(0),
-            file("a/names/one", 4096),
-            file("a/names/two", 4096),
-            folder("a/names").withMode(0444),
-            file("m/node_modules/x/f"),
-            folder("m/node_modules/x/shut").withMode(0),
-            folder("whole"),
-            folder("z").withMode(0)};
-}
-
 const std::string denied = " " + std::to_string(EACCES);
 const Lines refused{"a/b/shut" + denied, "item a/names/one" + denied,      "item a/names/two" + denied,
                     "a/shut" + denied,   "m/node_modules/x/shut" + denied, "z" + denied};
@@ -71,11 +56,14 @@ class ListedFolderTest : public testing::Test {
 protected:
     void SetUp() override { FileScanner::clearCache(); }
 
-    template <class Check>
-    static void asPerson(Check check)
+    /// Checks a tree with closed folders, and one whose files can be named and not examined.
+    static void asPerson(void (*check)(const TemporaryTree& tree))
     {
-        const int outcome = asUnprivilegedUser([&check] {
-            check();
+        TemporaryTree tree;
+        addCases(tree, "folders closed to others");
+        ::chmod(tree.path().c_str(), 0755);
+        const int outcome = asUnprivilegedUser([&] {
+            check(tree);
             return 0;
         });
         if (outcome == -1) {
@@ -86,9 +74,7 @@ protected:
 
 TEST_F(ListedFolderTest, AClosedFolderIsCountedInEachFolderAboveItFromTheCacheToo)
 {
-    const TemporaryTree tree = closedTree();
-    ::chmod(tree.path().c_str(), 0755);
-    asPerson([&tree] {
+    asPerson([](const TemporaryTree& tree) {
         const Lines rows{"a 4", "m 1", "z 1!"};
         const auto last = [&tree](const std::string& path, bool useCache) {
             return allRecords(FileScanner::directEntriesStream(tree.url(path), useCache)).back();
@@ -112,9 +98,7 @@ TEST_F(ListedFolderTest, AClosedFolderIsCountedInEachFolderAboveItFromTheCacheTo
 
 TEST_F(ListedFolderTest, EverySearchTellsWhatItPassedBy)
 {
-    const TemporaryTree tree = closedTree();
-    ::chmod(tree.path().c_str(), 0755);
-    asPerson([&tree] {
+    asPerson([](const TemporaryTree& tree) {
         const auto last = [](auto stream) { return allRecords(std::move(stream)).back(); };
         EXPECT_EQ(told(tree, last(FileScanner::findLargestFilesStream(tree.url(), 3)).unreadPlaces), refused);
         EXPECT_EQ(told(tree, last(FolderAnalyzer::stream(tree.url())).unreadPlaces), refused);

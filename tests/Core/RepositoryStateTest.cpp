@@ -1,10 +1,11 @@
 #include "Git/RepositoryState.h"
 
+#include "Support/Cases.h"
 #include "Support/GitTree.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <map>
+#include <ranges>
 #include <unistd.h>
 
 namespace tallyroom {
@@ -21,21 +22,15 @@ TEST(RepositoryState, TellsWhatNoRemoteHas)
 {
     const GitTree tree;
     ASSERT_TRUE(tree.isMade());
-    const std::map<std::string, std::optional<RepositoryState>> truth{
-        {"pushed", RepositoryState{true, 0, 0, {}}},
-        {"ahead", RepositoryState{true, 2, 0, {}}},
-        {"other-branch", RepositoryState{true, 1, 0, {}}},
-        {"detached", RepositoryState{true, 1, 0, {}}},
-        {"lonely", RepositoryState{false, 1, 0, {}}},
-        {"empty", RepositoryState{false, 0, 0, {}}},
-        {"never-pushed", RepositoryState{true, 1, 0, {}}},
-        {"stashes", RepositoryState{true, 0, 2, {}}},
-        {"worktrees", RepositoryState{true, 0, 0, {tree.url("second-tree")}}},
-        {"broken", std::nullopt},
-        {"hooked", RepositoryState{true, 0, 0, {}}},
-        {"no-repository", std::nullopt}};
-    for (const auto& [name, state] : truth) {
-        EXPECT_EQ(RepositoryState::read(tree.url(name + "/.git")), state) << name;
+    for (const auto& row : cases("states of repositories")) {
+        std::optional<RepositoryState> state;
+        if (row[1] != "none") {
+            state = {row[1] == "remote", std::stoi(row.at(2)), std::stoi(row.at(3)), {}};
+            for (const std::string& name : row | std::views::drop(4)) {
+                state->worktrees.push_back(tree.url(name));
+            }
+        }
+        EXPECT_EQ(RepositoryState::read(tree.url(row[0] + "/.git")), state) << row[0];
     }
     EXPECT_FALSE(tree.exists("ran")) << "something of the repository's own was run";
 }

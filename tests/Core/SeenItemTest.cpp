@@ -1,6 +1,7 @@
 #include "FileSystem/ScanRoots.h"
 #include "Removal/FileRemover.h"
 #include "Scanning/FileScanner.h"
+#include "Support/Cases.h"
 #include "Support/Interception.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
@@ -11,7 +12,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <fcntl.h>
-#include <functional>
 #include <gmock/gmock.h>
 #include <iterator>
 #include <linux/filter.h>
@@ -161,56 +161,18 @@ TEST_F(SeenItemTest, WhatAnyScanFoundGoesAndNothingBesideIt)
 
 TEST_F(SeenItemTest, WhatHasTakenItsPlaceStays)
 {
-    struct Change {
-        const char* what;
-        std::function<void()> make;
-        std::string precious; ///< what must be left as it is
-    };
-
-    const std::vector<Change> changes{
-        {"the folder above led away by a link",
-         [this] {
-             tree.rename("shared/proj", "shared/aside");
-             tree.add(link("shared/proj", tree.path("mine")));
-         },
-         "mine/Documents/thesis"},
-        {"the folder above replaced", [this] { tree.exchange("shared/proj", "mine"); },
-         "shared/proj/Documents/thesis"},
-        {"the scanned folder led away by a link",
-         [this] {
-             tree.rename("shared", "aside");
-             tree.add({folder("lure/proj"), link("shared", "lure")});
-             tree.exchange("lure/proj", "mine");
-         },
-         "lure/proj/Documents/thesis"},
-        {"the item replaced by another folder",
-         [this] { tree.exchange("shared/proj/Documents", "mine/Documents"); },
-         "shared/proj/Documents/thesis"},
-        {"the item made anew, maybe with the same inode number",
-         [this] {
-             tree.remove("shared/proj/Documents/thesis");
-             tree.remove("shared/proj/Documents");
-             tree.add(file("shared/proj/Documents/thesis", "new"));
-         },
-         "shared/proj/Documents/thesis"},
-        {"a file in place of the folder",
-         [this] {
-             tree.rename("shared/proj/Documents", "shared/proj/old");
-             tree.add(file("shared/proj/Documents", "new"));
-         },
-         "shared/proj/Documents"},
-    };
-    for (const Change& change : changes) {
+    for (const auto& row : cases("what takes the place of shared/proj/Documents")) {
         for (const bool permanently : {false, true}) {
-            SCOPED_TRACE(change.what);
+            const std::string& precious = row[2];
+            SCOPED_TRACE(row[0]);
             tree.add({file("shared/proj/Documents/thesis", "draft"), file("mine/Documents/thesis", "t")});
             const std::vector<Entry> entries = found("Documents", "shared");
-            change.make();
-            const std::string before = tree.content(change.precious);
+            change(tree, row[1]);
+            const std::string before = tree.content(precious);
             EXPECT_FALSE(before.empty());
             EXPECT_THAT(failures(entries, permanently),
                         ElementsAre("shared/proj/Documents" + changedSinceTheScan));
-            EXPECT_EQ(tree.content(change.precious), before);
+            EXPECT_EQ(tree.content(precious), before);
             EXPECT_THAT(tree.names("data/Trash/files"), IsEmpty());
             std::ignore =
                 FileRemover::remove(std::vector{tree.url("shared"), tree.url("mine"), tree.url("aside"),

@@ -1,6 +1,7 @@
 #include "Volumes/VolumeInfo.h"
 
 #include "Support/AllRecords.h"
+#include "Support/Cases.h"
 #include "Support/Isolation.h"
 #include "Support/ListWords.h"
 #include "Support/TemporaryTree.h"
@@ -186,20 +187,23 @@ std::vector<std::string> names(const std::vector<VolumeUsage>& volumes)
     return result;
 }
 
-std::shared_ptr<Machine> severalDisks()
+/// A mount a row, with the room on it and what of that is left.
+std::shared_ptr<Machine> machineOf(const std::string& table)
 {
     auto machine = std::make_shared<Machine>();
-    machine->table = "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
-                     "21 20 8:2 / /usb rw - ext4 /dev/sdb1 rw\n"
-                     "22 20 8:3 / /b rw - ext4 /dev/sdc1 rw\n"
-                     "23 20 8:4 / /a rw - ext4 /dev/sdd1 rw\n"
-                     "24 20 8:5 / /big rw - ext4 /dev/sde1 rw\n"
-                     "25 20 8:6 / /empty rw - ext4 /dev/sdf1 rw\n"
-                     "26 20 8:7 / /unreadable rw - ext4 /dev/sdg1 rw\n"
-                     "27 20 0:9 / /mnt/nas rw - nfs4 nas:/ rw\n";
-    machine->figures = {{"/", {500, 100}},        {"/usb", {2000, 100}},  {"/b", {300, {}}},
-                        {"/a", {300, 400}},       {"/big", {1000, 10}},   {"/empty", {0, 0}},
-                        {"/unreadable", {{}, 5}}, {"/mnt/nas", {9000, 1}}};
+    for (const auto& row : cases(table)) {
+        const auto bytes = [&row](std::size_t column) {
+            return row.at(column).empty() ? std::optional<std::int64_t>{} : std::stoll(row[column]);
+        };
+        machine->table += row[0] + "\n";
+        machine->figures[parsed(row[0] + "\n").front().mountPoint] = {bytes(1), bytes(2)};
+    }
+    return machine;
+}
+
+std::shared_ptr<Machine> severalDisks()
+{
+    auto machine = machineOf("several disks");
     machine->traits["/usb"] = {"CLÉ", false};
     machine->traits["/mnt/nas"] = {std::nullopt, true}; // whatever a device might say of a share
     machine->traits["/"] = {std::nullopt, false};
@@ -224,23 +228,12 @@ TEST(VolumeInfo, ListsInternalOnesFirstThenLargerOnesThenInTheTablesOrder)
 
 TEST(VolumeInfo, TheMainVolumeHoldsTheHomeFolderAndIsTheOneThatIsListed)
 {
-    const auto machine = std::make_shared<Machine>();
-    machine->table = "30 1 0:27 /@ / rw - btrfs /dev/nvme0n1p2 rw,subvol=/@\n"
-                     "31 30 0:27 /@home /home rw - btrfs /dev/nvme0n1p2 rw,subvol=/@home\n"
-                     "32 31 8:2 / /home/bob rw - ext4 /dev/sdb1 rw\n"
-                     "33 31 0:30 / /home/live rw - tmpfs tmpfs rw\n"
-                     "34 31 8:3 / /home/ill rw - ext4 /dev/sdc1 rw\n";
-    machine->figures = {{"/", {500, 100}}, {"/home/bob", {900, 1}}, {"/home/live", {5, 5}}};
-    const std::map<std::string, std::string> expected{{"/home/ada", "/"},
-                                                      {"/home/bobby", "/"},
-                                                      {"/home/bob", "/home/bob"},
-                                                      {"/home/bob/work/", "/home/bob"},
-                                                      {"/home/live", "/home/live"}};
-    for (const auto& [home, place] : expected) {
-        machine->home = home;
+    const auto machine = machineOf("disks below the home folders");
+    for (const auto& row : cases("the main volume of a home folder")) {
+        machine->home = row[0];
         const auto found = VolumeInfo::main(ample, Machine::sources(machine));
-        ASSERT_TRUE(found.has_value()) << home;
-        EXPECT_EQ(found->url.path(), place) << home;
+        ASSERT_TRUE(found.has_value()) << row[0];
+        EXPECT_EQ(found->url.path(), row[1]) << row[0];
     }
     EXPECT_THAT(names(VolumeInfo::current(ample, Machine::sources(machine))), ElementsAre("bob", "Système"));
     machine->home = "/home/link";
@@ -302,9 +295,7 @@ TEST(VolumeInfo, AStreamReportsWhatAnswersAndEndsWithoutTheRest)
 
 TEST(VolumeInfo, AStreamGivesAFirstReportAndItsEndWhenNothingAnswers)
 {
-    const auto machine = std::make_shared<Machine>();
-    machine->table = "20 1 0:9 / / rw - nfs4 nas:/root rw\n21 20 0:10 / /mnt/nas rw - nfs4 nas:/ rw\n";
-    machine->figures = {{"/mnt/nas", {5, 5}}};
+    const auto machine = machineOf("shares alone");
     machine->dead = "/";
     VolumeSources sources = Machine::sources(machine);
     sources.resolved = [machine](const FileUrl& url) {

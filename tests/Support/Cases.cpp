@@ -1,8 +1,12 @@
 #include "Support/Cases.h"
 
 #include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
 #include <sstream>
 #include <stdexcept>
+#include <sys/stat.h>
 
 namespace tallyroom {
 
@@ -39,6 +43,54 @@ std::vector<std::string> wordsOf(const std::string& line)
     return words;
 }
 
+using Words = std::vector<std::string>;
+
+mode_t octal(const std::string& word)
+{
+    return static_cast<mode_t>(std::stoul(word, nullptr, 8));
+}
+
+/// The item that the words tell, with its date or its mode.
+TreeItem itemOf(const Words& words)
+{
+    const bool isWhole = words.size() > 2;
+    if (words[0] == "folder") {
+        TreeItem made = folder(words[1]);
+        return isWhole ? std::move(made).withMode(octal(words[2])) : made;
+    }
+    if (words[0] == "file") {
+        return file(words[1], isWhole ? std::stoll(words[2]) : 0);
+    }
+    TreeItem text = file(words[1], words.at(2));
+    return words.size() > 3 ? std::move(text).modifiedAt(std::stoll(words[3])) : text;
+}
+
+void changeBy(TemporaryTree& tree, const Words& words)
+{
+    using Change = std::function<void(const Words&)>;
+    const auto write = [&tree](const Words& w) { tree.overwrite(w[1], w.at(2), std::stoll(w.at(3))); };
+    const std::map<std::string, Change> changes{
+        {"file", [&](const Words& w) { tree.add(itemOf(w)); }},
+        {"text", [&](const Words& w) { tree.add(itemOf(w)); }},
+        {"folder", [&](const Words& w) { tree.add(itemOf(w)); }},
+        {"link",
+         [&](const Words& w) {
+             tree.add(link(w[1], w.at(2).starts_with('%') ? tree.path() + w[2].substr(1) : w[2]));
+         }},
+        {"hard-link", [&](const Words& w) { tree.add(hardLink(w[1], w.at(2))); }},
+        {"fifo", [&](const Words& w) { tree.add(fifo(w[1])); }},
+        {"mode", [&](const Words& w) { ::chmod(tree.path(w[1]).c_str(), octal(w.at(2))); }},
+        {"remove", [&](const Words& w) { tree.remove(w[1]); }},
+        {"rename", [&](const Words& w) { tree.rename(w[1], w.at(2)); }},
+        {"exchange", [&](const Words& w) { tree.exchange(w[1], w.at(2)); }},
+        {"copy", [&](const Words& w) { tree.add(file(w.at(2), tree.content(w[1]))); }},
+        {"write", write},
+        {"write-unseen", [&](const Words& w) { tree.keepingItsTime(w[1], [&] { write(w); }); }},
+        {"replace-unseen",
+         [&](const Words& w) { tree.keepingItsTime(w[1], [&] { tree.rename(w.at(2), w[1]); }); }}};
+    changes.at(words.at(0))(words);
+}
+
 } // namespace
 
 std::vector<std::vector<std::string>> cases(const std::string& table)
@@ -62,11 +114,16 @@ std::vector<std::vector<std::string>> cases(const std::string& table)
 void addCases(TemporaryTree& tree, const std::string& table)
 {
     for (const auto& row : cases(table)) {
-        tree.add(row[0] == "file"   ? file(row[1], row.size() > 2 ? std::stoll(row[2]) : 0)
-                 : row[0] == "text" ? file(row[1], row.at(2))
-                 : row[0] == "link" ? link(row[1], row.at(2))
-                 : row[0] == "fifo" ? fifo(row[1])
-                                    : folder(row[1]));
+        changeBy(tree, row);
+    }
+}
+
+void change(TemporaryTree& tree, const std::string& changes)
+{
+    std::istringstream parts{changes};
+    for (std::string part; std::getline(parts, part, ',');) {
+        std::istringstream words{part};
+        changeBy(tree, {std::istream_iterator<std::string>{words}, {}});
     }
 }
 
