@@ -1,8 +1,6 @@
 #include "App/DashboardScene.h"
 #include "Settings/RecentFolders.h"
 #include "Settings/Settings.h"
-#include "Support/Isolation.h"
-#include "Support/TemporaryTree.h"
 #include "Text/VolumeText.h"
 #include "Tools/Dashboard/BreakdownPanel.h"
 #include "Tools/Dashboard/KindBar.h"
@@ -26,7 +24,19 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-class DashboardTest : public DashboardScene {};
+class DashboardTest : public DashboardScene {
+protected:
+    /// The line below the kinds after a breakdown with this account.
+    QString line(const std::optional<VolumeAccount>& account, const SharedUnreadPlaces& unread = {})
+    {
+        dashboard.analyze(FileUrl{"/"});
+        analyses.send({2, FolderSummary{{videos}, 30, 2}, Progress::Phase::done, {}, unread, account});
+        analyses.end();
+        EXPECT_TRUE(
+            waitUntil(&dashboard, &FolderTool::stateChanged, [this] { return !dashboard.isScanning(); }));
+        return texts().filter(QStringLiteral("sur le volume")).join(u'\n').replace(QChar::Nbsp, u' ');
+    }
+};
 
 TEST_F(DashboardTest, AVolumeThatHasYetToAnswerAgainStaysUntilTheReadingEnds)
 {
@@ -94,23 +104,6 @@ TEST_F(DashboardTest, AnAnalysisStoppedBetweenItsSummaryAndItsEndIsLoaded)
     dashboard.cancelAnalysis();
     EXPECT_EQ(dashboard.analysisState().phase, AnalysisState::Phase::loaded);
     EXPECT_EQ(dashboard.summary()->totalBytes, 30);
-}
-
-TEST_F(DashboardTest, AStoppedAnalysisStillSaysOfWhichFolderAndCanBeResumed)
-{
-    EXPECT_EQ(button(QStringLiteral("Reprendre")), nullptr);
-    dashboard.analyze(FileUrl{"/home/moi/Projets"});
-    ASSERT_TRUE(count(4096));
-    press(Qt::Key_Escape);
-    EXPECT_TRUE(texts().contains(QStringLiteral("Analyse interrompue avant le premier résultat.")));
-    EXPECT_TRUE(view.findChild<BreakdownPanel*>()->findChild<ToolTitle*>()->accessibleName().endsWith(
-        QStringLiteral("Projets")));
-    ASSERT_NE(button(QStringLiteral("Reprendre")), nullptr);
-    QTest::mouseClick(button(QStringLiteral("Reprendre")), Qt::LeftButton);
-    EXPECT_TRUE(dashboard.isScanning());
-    ASSERT_TRUE(finish({videos}));
-    EXPECT_EQ(dashboard.analyzedURL(), FileUrl{"/home/moi/Projets"});
-    EXPECT_EQ(button(QStringLiteral("Reprendre")), nullptr);
 }
 
 TEST_F(DashboardTest, CardsFollowTheReportTheMainOneFirst)
@@ -244,6 +237,7 @@ TEST_F(DashboardTest, EveryPhaseOfTheBreakdownHasItsWordsAndItsWayOn)
     EXPECT_THAT(texts(), Contains(QStringLiteral("Sélection impossible : refusé.")));
     EXPECT_TRUE(QTest::qWaitFor([this] { return texts().contains(QStringLiteral("Récents")); }));
     EXPECT_NE(button(QStringLiteral("Choisir un dossier…")), nullptr);
+    EXPECT_EQ(button(QStringLiteral("Reprendre")), nullptr);
 
     dashboard.analyze(FileUrl{"/r"});
     ASSERT_TRUE(count(12'345));
@@ -255,12 +249,18 @@ TEST_F(DashboardTest, EveryPhaseOfTheBreakdownHasItsWordsAndItsWayOn)
     EXPECT_THAT(texts(), Contains(QStringLiteral("Récents")));
     EXPECT_THAT(texts(), Contains(ScanEnd::stopped().emptyText({}))) << "as in all tools";
 
-    dashboard.analyze(FileUrl{"/r"});
+    dashboard.analyze(FileUrl{"/home/moi/Projets"});
     button(QStringLiteral("Recharger"))->setFocus();
     press(Qt::Key_Escape);
     EXPECT_TRUE(analyses.isCancelled(1));
-    dashboard.analyze(FileUrl{"/r"});
+    EXPECT_TRUE(view.findChild<BreakdownPanel*>()->findChild<ToolTitle*>()->accessibleName().endsWith(
+        QStringLiteral("Projets")));
+    ASSERT_NE(button(QStringLiteral("Reprendre")), nullptr);
+    QTest::mouseClick(button(QStringLiteral("Reprendre")), Qt::LeftButton);
+    EXPECT_TRUE(dashboard.isScanning());
     ASSERT_TRUE(finish({}));
+    EXPECT_EQ(dashboard.analyzedURL(), FileUrl{"/home/moi/Projets"});
+    EXPECT_EQ(button(QStringLiteral("Reprendre")), nullptr);
     EXPECT_THAT(texts(), Contains(QStringLiteral("Aucun fichier dans ce dossier.")));
 }
 
@@ -270,6 +270,20 @@ TEST_F(DashboardTest, AVolumeIsRedFromNineTenthsOn)
     EXPECT_EQ(VolumeText::fill(volume("/", 1000, 100)), QStringLiteral("presque plein"));
     EXPECT_EQ(VolumeText::fill(volume("/", 1000, 0)), QStringLiteral("plein"));
     EXPECT_TRUE(VolumeText::toolTip(volume("/<b>", 1, 1)).contains(QStringLiteral("/&lt;b&gt;")));
+}
+
+TEST_F(DashboardTest, TheAccountOfTheVolumeSaysWhatIsKnownOfTheGapAndNothingElse)
+{
+    const auto unread = std::make_shared<UnreadPlaces>(UnreadPlaces{12, false, {}});
+    EXPECT_EQ(line(VolumeAccount{26 * gigabyte, gigabyte, 20 * gigabyte, 3 * gigabyte, 2}, unread),
+              QStringLiteral("Utilisés sur le volume : 26 Go · analysés : 20 Go · réservés au système : 1 Go"
+                             " · hors de portée : 5 Go (12 dossiers illisibles, 2 dossiers de versions non "
+                             "ouverts, fichiers supprimés encore ouverts…)"
+                             " · en plus, sous d’autres points de montage : 3 Go"));
+    EXPECT_EQ(line(VolumeAccount{.used = 5 * gigabyte, .found = 6 * gigabyte}),
+              QStringLiteral("Utilisés sur le volume : 5 Go · analysés : 6 Go"))
+        << "compressed";
+    EXPECT_EQ(line({}), QString{}) << "a folder inside of a volume";
 }
 
 } // namespace

@@ -1,10 +1,7 @@
 #include "Tools/DiskUsage/DiskUsageView.h"
 
-#include "App/EventWait.h"
-#include "App/NavigatorScene.h"
-#include "App/ScreenWords.h"
+#include "App/ExplorerScene.h"
 #include "Controls/SearchField.h"
-#include "Rows/EntryTable.h"
 #include "Rows/EntryTableHeader.h"
 #include "Rows/EntryTableModel.h"
 #include "Tools/DiskUsage/Treemap/TreemapView.h"
@@ -12,7 +9,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
-#include <QFileDialog>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
@@ -26,19 +22,14 @@ namespace {
 
 using testing::ElementsAre;
 
-/// The explorer's screen in a window of its own, on a loaded folder of two files and a folder.
-class DiskUsageViewTest : public testing::Test {
+/// The explorer's screen on a loaded folder of two files and a folder.
+class DiskUsageViewTest : public ExplorerScene {
 protected:
     DiskUsageViewTest()
     {
         scene.openLoaded("/r", {folderEntry("/r/folder", 30), fileEntry("/r/b", 20), fileEntry("/r/c", 10)});
-        view.resize(900, 600);
-        view.show();
-        activate(view);
         table().setFocus();
     }
-
-    [[nodiscard]] EntryTable& table() { return *view.findChild<EntryTable*>(); }
 
     [[nodiscard]] SearchField& search() { return *view.findChild<SearchField*>(); }
 
@@ -65,9 +56,6 @@ protected:
     [[nodiscard]] DeleteConfirmation* dialog() const { return view.findChild<DeleteConfirmation*>(); }
 
     [[nodiscard]] std::string current() const { return scene.navigator->currentURL()->path(); }
-
-    NavigatorScene scene;
-    DiskUsageView view{*scene.navigator};
 };
 
 TEST_F(DiskUsageViewTest, KeysMoveThroughFolders)

@@ -8,7 +8,6 @@
 #include <QMenu>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tallyroom {
 

@@ -248,9 +248,7 @@ TEST_F(DuplicatesScreenTest, ChecksAllCopiesButTheFirstAndSaysWhichAreKept)
 TEST_F(DuplicatesScreenTest, TheHeaderTellsWhatComesFreeAndWhetherTheListIsWhole)
 {
     const auto told = [this](const QString& beginning) {
-        const QStringList texts =
-            visibleTexts(*view).filter(QRegularExpression{QStringLiteral("^") + beginning});
-        return texts.isEmpty() ? QString{} : texts.front();
+        return visibleTexts(*view).filter(QRegularExpression{u'^' + beginning}).value(0);
     };
     const QString expected =
         QStringLiteral("3 groupes · %1 récupérables (%2 en double, liens physiques compris)")

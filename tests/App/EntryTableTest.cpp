@@ -13,7 +13,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace tallyroom {

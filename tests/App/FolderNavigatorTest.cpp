@@ -22,96 +22,79 @@ using testing::IsEmpty;
 
 const auto twoFiles = [] { return std::vector{fileEntry("/r/big", 900), fileEntry("/r/small", 10)}; };
 
-/// Writes down what a navigator says at each of its signals.
-class SignalLog {
-public:
-    explicit SignalLog(FolderNavigatorViewModel& tool)
-    {
-        using Tool = FolderNavigatorViewModel;
-        const auto write = [&](auto signal, auto words) {
-            QObject::connect(&tool, signal, &m_context, [=, this] { m_lines.push_back(words()); });
-        };
-        write(&Tool::rootURLChanged, [&] { return "root " + tool.rootURL()->path(); });
-        write(&Tool::currentURLChanged, [&] { return "at " + tool.currentURL()->path(); });
-        write(&Tool::canGoBackChanged, [&] { return tool.canGoBack() ? "may go back" : "at its start"; });
-        write(&Tool::stateChanged, [&] { return tool.isScanning() ? "scanning" : "done"; });
-        write(&Tool::statusMessageChanged, [] { return "message"; });
-        write(&Tool::undoableChanged, [] { return "undo"; });
-        write(&Tool::progressChanged, [&] {
-            std::string words = std::to_string(tool.scanCompleted()) + "/" + std::to_string(tool.scanTotal());
-            for (const Entry& entry : tool.entries()) {
-                words += " " + entry.name;
-            }
-            return words;
-        });
-    }
-
-    /// The lines written since the last call.
-    [[nodiscard]] std::vector<std::string> take() { return std::exchange(m_lines, {}); }
-
-private:
-    std::vector<std::string> m_lines;
-    QObject m_context;
+class FolderNavigator : public testing::Test {
+protected:
+    NavigatorScene scene;
+    FolderNavigatorViewModel& navigator = *scene.navigator;
 };
 
-TEST(FolderNavigator, TellsTheWholeStoryOfAScanInOrderAndNothingTwice)
+TEST_F(FolderNavigator, TellsTheWholeStoryOfAScanInOrderAndNothingTwice)
 {
-    NavigatorScene scene;
-    SignalLog log{*scene.navigator};
-    scene.navigator->open(FileUrl{"/r"});
-    EXPECT_THAT(log.take(), ElementsAre("root /r", "at /r", "scanning"));
+    std::vector<std::string> lines;
+    const auto write = [&](auto signal, auto words) {
+        QObject::connect(&navigator, signal, &navigator, [&lines, words] { lines.push_back(words()); });
+    };
+    using Tool = FolderNavigatorViewModel;
+    write(&Tool::rootURLChanged, [&] { return "root " + navigator.rootURL()->path(); });
+    write(&Tool::currentURLChanged, [&] { return "at " + navigator.currentURL()->path(); });
+    write(&Tool::canGoBackChanged, [&] { return navigator.canGoBack() ? "may go back" : "at its start"; });
+    write(&Tool::stateChanged, [&] { return navigator.isScanning() ? "scanning" : "done"; });
+    write(&Tool::statusMessageChanged, [] { return "message"; });
+    write(&Tool::undoableChanged, [] { return "undo"; });
+    write(&Tool::progressChanged, [&] {
+        return std::to_string(navigator.scanCompleted()) + "/" + std::to_string(navigator.scanTotal()) + " " +
+               testing::PrintToString(scene.listedNames());
+    });
+    const auto told = [&lines] { return std::exchange(lines, {}); };
+    navigator.open(FileUrl{"/r"});
+    EXPECT_THAT(told(), ElementsAre("root /r", "at /r", "scanning"));
     scene.receive({fileEntry("/r/a", 5)});
-    EXPECT_THAT(log.take(), ElementsAre("1/2 a"));
+    EXPECT_THAT(told(), ElementsAre("1/2 { \"a\" }"));
     scene.finishListing({fileEntry("/r/b", 9), fileEntry("/r/a", 5)});
-    EXPECT_THAT(log.take(), ElementsAre("2/2 b a", "done"));
-    scene.navigator->activate(folderEntry("/r/b", 9));
-    EXPECT_THAT(log.take(), ElementsAre("may go back", "at /r/b", "scanning", "0/0"));
+    EXPECT_THAT(told(), ElementsAre("2/2 { \"b\", \"a\" }", "done"));
+    navigator.activate(folderEntry("/r/b", 9));
+    EXPECT_THAT(told(), ElementsAre("may go back", "at /r/b", "scanning", "0/0 {}"));
 }
 
-TEST(FolderNavigator, AnObserverMayNavigateWhileARecordIsHandedOver)
+TEST_F(FolderNavigator, AnObserverMayNavigateWhileARecordIsHandedOver)
 {
-    NavigatorScene scene;
-    scene.navigator->open(FileUrl{"/r"});
+    navigator.open(FileUrl{"/r"});
     QObject observer;
     QObject::connect(
-        scene.navigator.get(), &ListToolViewModel::progressChanged, &observer,
-        [&] { scene.navigator->navigateViaBreadcrumb(FileUrl{"/r/sub"}); }, Qt::SingleShotConnection);
+        &navigator, &ListToolViewModel::progressChanged, &observer,
+        [&] { navigator.navigateViaBreadcrumb(FileUrl{"/r/sub"}); }, Qt::SingleShotConnection);
     scene.listing().send(twoFiles(), 2, 2);
     scene.listing().end();
-    ASSERT_TRUE(waitUntil(scene.navigator.get(), &FolderNavigatorViewModel::currentURLChanged,
+    ASSERT_TRUE(waitUntil(&navigator, &FolderNavigatorViewModel::currentURLChanged,
                           [&] { return scene.listings.size() == 2; }));
-    EXPECT_EQ(scene.navigator->state(), ToolState::scanning());
+    EXPECT_EQ(navigator.state(), ToolState::scanning());
     EXPECT_THAT(scene.listedNames(), IsEmpty());
 }
 
-TEST(FolderNavigator, AFolderThatCannotBeChosenIsAnErrorThatStays)
+TEST_F(FolderNavigator, AFolderThatCannotBeChosenIsAnErrorThatStays)
 {
-    NavigatorScene scene;
     scene.openLoaded("/r", twoFiles());
-    scene.navigator->handleImport(std::unexpected(QStringLiteral("refusé.")));
-    EXPECT_EQ(scene.navigator->state(), ToolState::error(QStringLiteral("Sélection impossible : refusé.")));
+    navigator.handleImport(std::unexpected(QStringLiteral("refusé.")));
+    EXPECT_EQ(navigator.state(), ToolState::error(QStringLiteral("Sélection impossible : refusé.")));
     EXPECT_THAT(scene.listedNames(), ElementsAre("big", "small"));
-    scene.navigator->handleImport(std::vector{FileUrl{"/x"}, FileUrl{"/y"}});
-    EXPECT_EQ(scene.navigator->rootURL(), FileUrl{"/x"});
-    scene.navigator->handleImport(FolderChoice{});
+    navigator.handleImport(std::vector{FileUrl{"/x"}, FileUrl{"/y"}});
+    EXPECT_EQ(navigator.rootURL(), FileUrl{"/x"});
+    navigator.handleImport(FolderChoice{});
     EXPECT_TRUE(scene.listing().isCancelled()) << "its end would pull the message away";
 }
 
-TEST(FolderNavigator, AFileIsShownAndNotEntered)
+TEST_F(FolderNavigator, AFileIsShownAndNotEntered)
 {
-    NavigatorScene scene;
     scene.openLoaded("/r", twoFiles());
-    scene.navigator->activate(fileEntry("/r/big", 900));
+    navigator.activate(fileEntry("/r/big", 900));
     EXPECT_THAT(scene.revealed, ElementsAre(FileUrl{"/r/big"}));
-    EXPECT_FALSE(scene.navigator->canGoBack());
+    EXPECT_FALSE(navigator.canGoBack());
     EXPECT_EQ(scene.listings.size(), 1U);
 }
 
-TEST(FolderNavigator, LeadsBackTheWayItCame)
+TEST_F(FolderNavigator, LeadsBackTheWayItCame)
 {
     for (const auto& row : cases("ways through folders")) {
-        NavigatorScene scene;
-        FolderNavigatorViewModel& navigator = *scene.navigator;
         navigator.open(FileUrl{"/r"});
         std::istringstream steps{row[0]};
         for (std::string step; steps >> step;) {
@@ -131,99 +114,94 @@ TEST(FolderNavigator, LeadsBackTheWayItCame)
     }
 }
 
-TEST(FolderNavigator, TheBreadcrumbGoesFromTheRootToTheCurrentFolderByComponents)
+TEST_F(FolderNavigator, TheBreadcrumbGoesFromTheRootToTheCurrentFolderByComponents)
 {
-    NavigatorScene scene;
-    EXPECT_THAT(scene.navigator->breadcrumb(), IsEmpty());
+    EXPECT_THAT(navigator.breadcrumb(), IsEmpty());
     for (const auto& row : cases("steps of a breadcrumb")) {
-        scene.navigator->open(FileUrl{row[0]});
-        scene.navigator->navigateViaBreadcrumb(FileUrl{row[1]});
+        navigator.open(FileUrl{row[0]});
+        navigator.navigateViaBreadcrumb(FileUrl{row[1]});
         std::string steps;
-        for (const BreadcrumbItem& item : scene.navigator->breadcrumb()) {
+        for (const BreadcrumbItem& item : navigator.breadcrumb()) {
             steps += (steps.empty() ? "" : " ") + item.name + "=" + item.url.path();
         }
         EXPECT_EQ(steps, row[2]) << row[0] << " " << row[1];
     }
 }
 
-TEST(FolderNavigator, WhatEndsInAnotherFolderLeavesItsListAlone)
+TEST_F(FolderNavigator, WhatEndsInAnotherFolderLeavesItsListAlone)
 {
     for (const bool isUndo : {false, true}) {
-        NavigatorScene scene;
         scene.openLoaded("/r", {folderEntry("/r/a", 9), fileEntry("/r/b", 1)});
         if (isUndo) {
             scene.deleteNow({FileUrl{"/r/b"}});
         }
         scene.holdRemovals();
-        isUndo ? scene.navigator->undoDeletion() : scene.navigator->deleteSelected({FileUrl{"/r/b"}}, false);
-        scene.navigator->activate(folderEntry("/r/a", 9));
+        isUndo ? navigator.undoDeletion() : navigator.deleteSelected({FileUrl{"/r/b"}}, false);
+        navigator.activate(folderEntry("/r/a", 9));
         scene.finishListing({fileEntry("/r/a/x", 9)});
         scene.letRemove();
         EXPECT_THAT(scene.listedNames(), ElementsAre("x"));
-        EXPECT_FALSE(scene.navigator->undoable());
-        EXPECT_EQ(scene.navigator->statusMessage(),
+        EXPECT_FALSE(navigator.undoable());
+        EXPECT_EQ(navigator.statusMessage(),
                   isUndo ? QStringLiteral("Suppression annulée · 1 élément(s) restauré(s).")
                          : QStringLiteral("1 élément(s) · 1 o mis à la corbeille."));
     }
 }
 
-TEST(FolderNavigator, TheSameFailureOfAnotherItemIsToldAgain)
+TEST_F(FolderNavigator, TheSameFailureOfAnotherItemIsToldAgain)
 {
-    NavigatorScene scene;
     scene.openLoaded("/r", twoFiles());
     scene.undeletable = {FileUrl{"/r/big"}, FileUrl{"/r/small"}};
-    const QSignalSpy told{scene.navigator.get(), &ScanToolViewModel::statusMessageChanged};
+    const QSignalSpy told{&navigator, &ScanToolViewModel::statusMessageChanged};
     scene.deleteNow({FileUrl{"/r/big"}});
     scene.deleteNow({FileUrl{"/r/small"}});
     EXPECT_EQ(told.count(), 2);
-    EXPECT_EQ(scene.navigator->failures().front().url, FileUrl{"/r/small"});
+    EXPECT_EQ(navigator.failures().front().url, FileUrl{"/r/small"});
 }
 
-TEST(FolderNavigator, ARunningScanDoesNotBringBackWhatWasDeletedNorLosesWhatWasPutBack)
+TEST_F(FolderNavigator, ARunningScanDoesNotBringBackWhatWasDeletedNorLosesWhatWasPutBack)
 {
-    NavigatorScene scene;
-    scene.navigator->open(FileUrl{"/r"});
+    navigator.open(FileUrl{"/r"});
     scene.receive(twoFiles());
     scene.deleteNow({FileUrl{"/r/big"}, FileUrl{"/r/small"}});
     scene.listing().send({fileEntry("/r/big", 900), fileEntry("/r/new", 50), fileEntry("/r/small", 10)}, 3,
                          4);
-    ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::progressChanged,
-                          [&] { return scene.navigator->scanCompleted() == 3; }));
+    ASSERT_TRUE(waitUntil(&navigator, &ListToolViewModel::progressChanged,
+                          [&] { return navigator.scanCompleted() == 3; }));
     EXPECT_THAT(scene.listedNames(), ElementsAre("new"));
-    scene.undoNow();
+    navigator.undoDeletion();
+    ASSERT_TRUE(scene.waitForRemoval());
     EXPECT_THAT(scene.listedNames(), ElementsAre("big", "new", "small"));
     scene.finishListing({fileEntry("/r/new", 50), fileEntry("/r/small", 10)});
     EXPECT_THAT(scene.listedNames(), ElementsAre("big", "new", "small"));
 }
 
-TEST(FolderNavigator, ASecondDeletionIsRefusedInWordsWhileOneRuns)
+TEST_F(FolderNavigator, ASecondDeletionIsRefusedInWordsWhileOneRuns)
 {
-    NavigatorScene scene;
     scene.openLoaded("/r", twoFiles());
     scene.holdRemovals();
-    scene.navigator->deleteSelected({FileUrl{"/r/big"}}, false);
-    scene.navigator->deleteSelected({FileUrl{"/r/small"}}, true);
-    EXPECT_TRUE(scene.navigator->statusMessage().value_or(QString{}).contains(QStringLiteral("en cours")));
+    navigator.deleteSelected({FileUrl{"/r/big"}}, false);
+    navigator.deleteSelected({FileUrl{"/r/small"}}, true);
+    EXPECT_TRUE(navigator.statusMessage().value_or(QString{}).contains(QStringLiteral("en cours")));
     scene.letRemove();
     EXPECT_THAT(scene.listedNames(), ElementsAre("small"));
-    EXPECT_TRUE(scene.navigator->undoable());
+    EXPECT_TRUE(navigator.undoable());
 }
 
-TEST(FolderNavigator, AStepAboveTheRootOpensItAndOneBelowDoesNot)
+TEST_F(FolderNavigator, AStepAboveTheRootOpensItAndOneBelowDoesNot)
 {
-    NavigatorScene scene;
-    EXPECT_THAT(scene.navigator->wayToRoot(), IsEmpty());
+    EXPECT_THAT(navigator.wayToRoot(), IsEmpty());
     scene.openLoaded("/home/moi/photos", {});
     const std::vector<BreadcrumbItem> above{
         {"/", FileUrl{"/"}}, {"home", FileUrl{"/home"}}, {"moi", FileUrl{"/home/moi"}}};
-    EXPECT_EQ(scene.navigator->wayToRoot(), above);
-    scene.navigator->activate(folderEntry("/home/moi/photos/2020", 1));
-    scene.navigator->goTo(FileUrl{"/home/moi/photos"});
-    EXPECT_EQ(scene.navigator->rootURL(), FileUrl{"/home/moi/photos"});
-    scene.navigator->goTo(FileUrl{"/home"});
-    EXPECT_EQ(scene.navigator->rootURL(), FileUrl{"/home"});
-    EXPECT_EQ(scene.navigator->currentURL(), FileUrl{"/home"});
-    EXPECT_EQ(scene.navigator->wayToRoot().size(), 1U);
+    EXPECT_EQ(navigator.wayToRoot(), above);
+    navigator.activate(folderEntry("/home/moi/photos/2020", 1));
+    navigator.goTo(FileUrl{"/home/moi/photos"});
+    EXPECT_EQ(navigator.rootURL(), FileUrl{"/home/moi/photos"});
+    navigator.goTo(FileUrl{"/home"});
+    EXPECT_EQ(navigator.rootURL(), FileUrl{"/home"});
+    EXPECT_EQ(navigator.currentURL(), FileUrl{"/home"});
+    EXPECT_EQ(navigator.wayToRoot().size(), 1U);
 }
 
 TEST(Breadcrumb, ShowsTheFolderAndItsParentAndTheRestInAMenu)

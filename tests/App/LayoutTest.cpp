@@ -1,14 +1,20 @@
-#include "App/NavigatorScene.h"
+#include "App/ExplorerScene.h"
+#include "App/ToolScene.h"
+#include "Controls/OptionMenu.h"
 #include "Controls/SearchField.h"
 #include "Controls/SelectionBar.h"
 #include "Theme/Theme.h"
 #include "Tools/DiskUsage/Breadcrumb.h"
-#include "Tools/DiskUsage/DiskUsageView.h"
+#include "Tools/Frame/ListToolScreen.h"
+#include "Tools/Frame/ToolHeader.h"
+#include "Tools/NodeModules/NodeModules.h"
 #include "Welcome/ToolWelcome.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QLayout>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
@@ -20,11 +26,8 @@ namespace tallyroom {
 
 namespace {
 
-TEST(DiskUsageView, TheWayShrinksAfterTheFilterAndNothingMovesWhileAScanRuns)
+TEST_F(ExplorerScene, TheWayShrinksAfterTheFilterAndNothingMovesWhileAScanRuns)
 {
-    NavigatorScene scene;
-    DiskUsageView view{*scene.navigator};
-    view.show();
     scene.openLoaded("/r", {});
     scene.navigator->activate(folderEntry("/r/a folder of some length", 30));
     scene.finishListing({folderEntry("/r/a folder of some length/and another one in it", 10)});
@@ -160,6 +163,73 @@ TEST(ToolWelcome, InASmallWindowEverythingCanBeScrolledTo)
         EXPECT_GT(place.top(), bottom) << "the parts do not overlap";
         bottom = place.bottom();
     }
+}
+
+/// The screen of a list tool in the smallest window, on a tree with something to find.
+class NarrowScreen : public ToolScene {
+protected:
+    NarrowScreen()
+    {
+        Theme::shared().apply();
+        scan(tool, tree.url());
+        screen->resize(900 - Theme::sidebarWidth, 600);
+        screen->show();
+        activate(*screen);
+    }
+
+    template <class Part>
+    [[nodiscard]] Part& part() const
+    {
+        return *screen->findChild<Part*>();
+    }
+
+    TemporaryTree tree{file("project/node_modules/x/y", 1), file("other/node_modules/z", 1)};
+    NodeModulesViewModel tool{deletions};
+    std::unique_ptr<ListToolScreen> screen{makeNodeModulesScreen(tool)};
+};
+
+TEST_F(NarrowScreen, FilterAndOptionsShareALineAndThePlaceholderIsWhole)
+{
+    auto& search = part<SearchField>();
+    auto& options = part<OptionMenu>();
+    EXPECT_EQ(search.mapToGlobal(QPoint{0, 0}).y(), options.mapToGlobal(QPoint{0, 0}).y());
+    EXPECT_GE(search.width(), search.minimumSizeHint().width());
+    EXPECT_GT(search.minimumSizeHint().width(),
+              search.textMargins().left() + search.fontMetrics().horizontalAdvance(search.placeholderText()));
+    screen->resize(1600, 600);
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(search.mapToGlobal(QPoint{0, 0}).y(),
+              visibleButton(*screen, QStringLiteral("Exporter"))->mapToGlobal(QPoint{0, 0}).y());
+}
+
+TEST_F(NarrowScreen, AnOptionMenuOpensAtTheChoiceThatIsOn)
+{
+    QMenu& menu = *part<OptionMenu>().menu();
+    menu.popup({});
+    ASSERT_NE(menu.activeAction(), nullptr);
+    EXPECT_TRUE(menu.activeAction()->isChecked());
+    menu.hide();
+}
+
+TEST_F(NarrowScreen, AChoiceThatFailedLeavesTheHeader)
+{
+    tool.handleImport(std::unexpected(QStringLiteral("refus")));
+    EXPECT_TRUE(part<ToolHeader>().isVisible());
+    EXPECT_TRUE(visibleTexts(*screen).join(u' ').contains(QStringLiteral("refus")));
+}
+
+TEST_F(NarrowScreen, RowsOfAHiddenListAreNotShowing)
+{
+    QAccessibleInterface* const list = QAccessible::queryAccessibleInterface(&part<EntryTable>());
+    ASSERT_NE(list, nullptr);
+    ASSERT_GT(list->childCount(), 0);
+    const auto isShowing = [list] {
+        QAccessibleInterface* const cell = list->child(list->childCount() - 1);
+        return !cell->state().invisible && !cell->rect().isEmpty();
+    };
+    EXPECT_TRUE(isShowing());
+    part<EntryTable>().hide();
+    EXPECT_FALSE(isShowing());
 }
 
 } // namespace

@@ -16,9 +16,8 @@ using testing::UnorderedElementsAre;
 /// The explorer's map on a folder of the disk.
 class MapFlowTest : public WindowScene {
 protected:
-    MapFlowTest() : data("XDG_DATA_HOME", home.path())
+    MapFlowTest()
     {
-        open();
         scan("disk-usage", tree.url());
         click("Treemap");
     }
@@ -39,8 +38,6 @@ protected:
         QTest::keyClick(&map(), Qt::Key_Space);
     }
 
-    TemporaryTree home;
-    ScopedVariable data;
     TemporaryTree tree{file("photos/2023/a.jpg", 3_MiB), file("photos/2023/b.jpg", 2_MiB),
                        file("photos/c.jpg", 1_MiB), file("film.mov", 5_MiB)};
 };
@@ -54,16 +51,14 @@ TEST_F(MapFlowTest, WhatIsCheckedFurtherDownIsWhatIsDeletedAndComesBackThere)
     ASSERT_NE(question, nullptr);
     EXPECT_THAT(question->pending().urls,
                 UnorderedElementsAre(tree.url("film.mov"), tree.url("photos/2023/b.jpg")));
-    QTest::mouseClick(visibleButton(*question, QStringLiteral("Mettre à la corbeille")), Qt::LeftButton);
-    ASSERT_TRUE(QTest::qWaitFor([this] { return window->findChild<DeleteConfirmation*>() == nullptr; }));
+    answer<DeleteConfirmation>("Mettre à la corbeille");
     waitForRemoval();
     EXPECT_THAT(tree.names("photos/2023"), ElementsAre("a.jpg"));
-    EXPECT_THAT(home.names("Trash/files"), UnorderedElementsAre("b.jpg", "film.mov"));
+    EXPECT_THAT(trash.names("Trash/files"), UnorderedElementsAre("b.jpg", "film.mov"));
     EXPECT_TRUE(draws("photos/2023/b.jpg", false));
     EXPECT_EQ(shown<ToolScreen>().findChild<EntryTable*>()->selection().count(), 0U);
 
-    store().diskUsage.undoDeletion();
-    waitForRemoval();
+    undo(store().diskUsage);
     EXPECT_TRUE(draws("photos/2023/b.jpg"));
     std::vector<std::string> listed;
     store().diskUsage.forEachEntry([&](const Entry& entry) { listed.push_back(entry.name); });
@@ -84,14 +79,11 @@ TEST_F(MapFlowTest, WhatIsSwappedFurtherDownIsNotDeleted)
 TEST_F(MapFlowTest, ADoubleClickGoesInAtAnyDepthAndBackspaceOutAgain)
 {
     ASSERT_TRUE(draws("photos/2023/b.jpg"));
-    const auto doubleClick = [this](const char* path) {
-        const std::size_t tile = *map().scene().find(tree.url(path));
-        const QPoint place = map().tileRect(tile).topLeft().toPoint() + QPoint{12, 8};
-        QTest::mouseClick(&map(), Qt::LeftButton, {}, place);
-        QTest::mouseDClick(&map(), Qt::LeftButton, {}, place);
-        QTest::mouseRelease(&map(), Qt::LeftButton, {}, place);
-    };
-    doubleClick("photos/2023");
+    const std::size_t year = *map().scene().find(tree.url("photos/2023"));
+    const QPoint place = map().tileRect(year).topLeft().toPoint() + QPoint{12, 8};
+    QTest::mouseClick(&map(), Qt::LeftButton, {}, place);
+    QTest::mouseDClick(&map(), Qt::LeftButton, {}, place);
+    QTest::mouseRelease(&map(), Qt::LeftButton, {}, place);
     ASSERT_TRUE(waitUntil(&map(), &TreemapView::laidOut, [this] { return map().scene().topCount() == 2; }));
     EXPECT_EQ(store().diskUsage.currentURL(), tree.url("photos/2023"));
     QTest::keyClick(&map(), Qt::Key_Backspace);

@@ -6,16 +6,6 @@
 
 namespace tallyroom {
 
-namespace {
-
-Entry entryAt(const std::string& path, std::int64_t size, bool isDirectory)
-{
-    const FileUrl url{path};
-    return {url, std::string{url.lastPathComponent()}, size, isDirectory, {}};
-}
-
-} // namespace
-
 NavigatorScene::NavigatorScene()
 {
     Settings::store().clear(); // before a view reads them
@@ -95,12 +85,6 @@ void NavigatorScene::deleteNow(const UrlSet& urls, bool permanently)
     ASSERT_TRUE(waitForRemoval());
 }
 
-void NavigatorScene::undoNow()
-{
-    navigator->undoDeletion();
-    ASSERT_TRUE(waitForRemoval());
-}
-
 bool NavigatorScene::waitForRemoval()
 {
     return waitUntil(deletions.get(), &DeletionRunner::isRunningChanged,
@@ -116,12 +100,15 @@ std::vector<std::string> NavigatorScene::listedNames() const
 
 Entry fileEntry(const std::string& path, std::int64_t size)
 {
-    return entryAt(path, size, false);
+    const FileUrl url{path};
+    return {url, std::string{url.lastPathComponent()}, size, false};
 }
 
 Entry folderEntry(const std::string& path, std::int64_t size)
 {
-    return entryAt(path, size, true);
+    Entry entry = fileEntry(path, size);
+    entry.isDirectory = true;
+    return entry;
 }
 
 } // namespace tallyroom

@@ -53,8 +53,6 @@ public:
     /// Deletes and waits until the view model has heard of the end.
     void deleteNow(const UrlSet& urls, bool permanently = false);
 
-    void undoNow();
-
     [[nodiscard]] bool waitForRemoval();
 
     void awaitGate() const

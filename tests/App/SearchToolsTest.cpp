@@ -3,6 +3,7 @@
 #include "Rows/EntryTable.h"
 #include "Rows/EntryTableModel.h"
 #include "Support/CacheTree.h"
+#include "Support/Cases.h"
 #include "Support/GitTree.h"
 #include "Text/FileUrlText.h"
 #include "Tools/BuildCaches/BuildCaches.h"
@@ -192,14 +193,9 @@ TEST_F(SearchToolsTest, EachRepositorySaysWhatIsNowhereElseAndTheDialogNamesThos
         EXPECT_TRUE(table.setCurrentEntry(tree.url(name + "/.git"))) << name;
         return table.currentIndex().data(Qt::AccessibleTextRole).toString();
     };
-    for (const auto& [name, words] : std::vector<std::pair<std::string, QString>>{
-             {"ahead", QStringLiteral("2 commits non poussés")},
-             {"other-branch", QStringLiteral("1 commit non poussé")},
-             {"lonely", QStringLiteral("sans dépôt distant")},
-             {"stashes", QStringLiteral("modifications en réserve (stash)")},
-             {"worktrees", QStringLiteral("en dépend")},
-             {"broken", QStringLiteral("état inconnu")}}) {
-        EXPECT_TRUE(spoken(name).contains(words)) << name << ": " << spoken(name).toStdString();
+    for (const auto& row : cases("what a repository says")) {
+        EXPECT_TRUE(spoken(row[0]).contains(QString::fromStdString(row[1])))
+            << row[0] << ": " << spoken(row[0]).toStdString();
     }
     EXPECT_FALSE(spoken("pushed").contains(QStringLiteral("pouss")));
 

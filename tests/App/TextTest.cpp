@@ -44,6 +44,9 @@ TEST(Texts, CountNoneAsOneAndNameWhatIsTooSmallForFigures)
               QStringLiteral("1 o · moins de 0,1 % de « a » · 6,3 % du tout · date inconnue"));
     EXPECT_EQ(TreemapText::noTiles(1, false), QStringLiteral("1 élément trop petit pour être dessiné"));
     EXPECT_EQ(TreemapText::noTiles(2, false), QStringLiteral("2 éléments trop petits pour être dessinés"));
+    EXPECT_EQ((NodeModulesProgress{true, 7, 0, 0}.text()),
+              QStringLiteral("Recherche… 7 node_modules trouvés"));
+    EXPECT_EQ((NodeModulesProgress{false, 7, 3, 3.0 / 7}.text()), QStringLiteral("Mesure des tailles… 3/7"));
 }
 
 TEST(TextFilter, FindsWhateverTheCaseAndTheAccents)
@@ -81,13 +84,6 @@ TEST(AgeText, SaysHowLongAgoInWords)
     }
     EXPECT_EQ(ageText({}, now), QStringLiteral("date inconnue"));
     EXPECT_EQ(modifiedAtSortKey(Entry{}), 0.0);
-}
-
-TEST(NodeModulesProgress, TellsWhatIsFoundAndThenWhatIsMeasured)
-{
-    EXPECT_EQ((NodeModulesProgress{true, 7, 0, 0}.text()),
-              QStringLiteral("Recherche… 7 node_modules trouvés"));
-    EXPECT_EQ((NodeModulesProgress{false, 7, 3, 3.0 / 7}.text()), QStringLiteral("Mesure des tailles… 3/7"));
 }
 
 } // namespace

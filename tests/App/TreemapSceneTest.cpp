@@ -147,26 +147,6 @@ TEST(TreemapScene, AFlatFolderOfAnySizeIsDrawnWithinTheLimit)
     }
 }
 
-TEST(TreemapScene, APlaceAndALocationLeadToTheInnermostTile)
-{
-    const DrawnTree tree{
-        "moi",
-        0,
-        {{"photos", 0, {{"2023", 0, {{"a.jpg", 500}, {"b.jpg", 300}}}, {"c.jpg", 90}}}, {"film.mov", 700}}};
-    const SharedOutline outline = outlineOf(tree, "/home/moi");
-    const TreemapScene scene = sceneOf(listingOf(outline), {outline}, {0, 0, 600, 400}, 1);
-    for (const char* const path :
-         {"photos", "photos/2023", "photos/2023/b.jpg", "photos/c.jpg", "film.mov"}) {
-        const auto tile = scene.find(FileUrl{"/home/moi"}.appending(path));
-        ASSERT_TRUE(tile) << path;
-        const QRect painted = scene.painted(*tile);
-        const QPoint place = scene.isOpen(*tile) ? scene.header(*tile).center() : painted.center();
-        EXPECT_EQ(scene.tileAt(place), tile) << path;
-    }
-    EXPECT_EQ(scene.find(FileUrl{"/home/moi/photos/2023/z.jpg"}), std::nullopt);
-    EXPECT_DOUBLE_EQ(scene.shareOfParent(*scene.find(FileUrl{"/home/moi/photos/2023/b.jpg"})), 0.375);
-}
-
 TEST(TreemapScene, AnOutlineThatBeginsFurtherDownTellsMore)
 {
     const DrawnTree closer{"projets", 0, {{"a.cpp", 60}, {"b.cpp", 40}}};

@@ -6,10 +6,8 @@
 
 #include <QAccessible>
 #include <QContextMenuEvent>
-#include <QEventLoop>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTimer>
 #include <QWheelEvent>
 
 #include <gmock/gmock.h>
@@ -66,39 +64,27 @@ protected:
     void show(const EntryList& entries)
     {
         give({});
+        replace(entries);
+    }
+
+    /// Shows the list at once in place of the one before.
+    void replace(const EntryList& entries)
+    {
         view.hide();
         give(entries);
         view.show();
     }
 
-    /// Shows the list at once in place of the one before.
-    void replace(const Sizes& sizes)
-    {
-        view.hide();
-        give(listOf(sizes));
-        view.show();
-    }
-
-    QPoint centre(const std::string& name)
-    {
-        const auto tile = view.scene().find(urlOf(name));
-        EXPECT_TRUE(tile) << name;
-        return tile ? view.tileRect(*tile).center().toPoint() : QPoint{};
-    }
+    QPoint centre(const std::string& name) { return view.tileRect(tile(name)).center().toPoint(); }
 
     /// Gives the list to the map and to the checks, as a screen does.
     void give(const EntryList& entries)
     {
         const EntryArrangement all{{entries, {}, {}, {}, {}}};
         selection.follow(entries, all.shown(), all.shownBytes());
-        giveTo(view, entries);
-    }
-
-    static void giveTo(TreemapView& map, const EntryList& entries)
-    {
         std::vector<std::uint32_t> positions(entries.size());
         std::iota(positions.begin(), positions.end(), 0U);
-        map.setEntries(entries, std::move(positions));
+        view.setEntries(entries, std::move(positions));
     }
 
     /// Shows a folder with a folder in it at once.
@@ -147,7 +133,7 @@ protected:
 TEST_F(TreemapViewTest, AClickOnlyMakesCurrentAndTheBoxOrCtrlChecks)
 {
     show(sixEntries());
-    const QPointF gap = view.tileRect(*view.scene().find(urlOf("a"))).topRight() + QPointF{0.5, 50};
+    const QPointF gap = view.tileRect(tile("a")).topRight() + QPointF{0.5, 50};
     QTest::mouseClick(&view, Qt::LeftButton, {}, gap.toPoint());
     click("b");
     EXPECT_THAT(log, ElementsAre("at a", "at b")) << "a gap belongs to the tile before it";
@@ -209,29 +195,16 @@ TEST_F(TreemapViewTest, ArrowKeysMoveToTheTileBesideAndBack)
         << "the way back is at the level one came on";
 }
 
-TEST_F(TreemapViewTest, KeysCheckAndOpenAndLeaveTheOwnersShortcutsAlone)
-{
-    show(sixEntries());
-    QTest::keyClick(&view, Qt::Key_End);
-    QTest::keyClick(&view, Qt::Key_Space);
-    QTest::keyClick(&view, Qt::Key_Return);
-    EXPECT_THAT(log, ElementsAre("at f", "check f", "open f"));
-    QKeyEvent back{QEvent::KeyPress, Qt::Key_Left, Qt::AltModifier};
-    QCoreApplication::sendEvent(&view, &back);
-    EXPECT_FALSE(back.isAccepted());
-    EXPECT_EQ(log.size(), 3U);
-}
-
 TEST_F(TreemapViewTest, TheCurrentTileIsKnownByLocationAndNotByPlace)
 {
     show(sixEntries());
     click("c");
     log.clear();
-    replace({{"new", 500}, {"c", 300}, {"a", 60}});
+    replace(listOf({{"new", 500}, {"c", 300}, {"a", 60}}));
     EXPECT_EQ(view.currentEntry()->name, "c");
     EXPECT_TRUE(log.empty());
 
-    replace({{"new", 500}, {"a", 60}});
+    replace(listOf({{"new", 500}, {"a", 60}}));
     EXPECT_EQ(log.size(), 1U) << "deleted: the tile that took its place is current";
     EXPECT_TRUE(view.currentEntry());
 
@@ -299,11 +272,11 @@ TEST_F(TreemapViewTest, AssistiveTechnologyKeepsItsTilesWhileTheListChanges)
     tile->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_THAT(log, ElementsAre("open b"));
 
-    replace({{"b", 1}, {"a", 2}, {"c", 3}});
+    replace(listOf({{"b", 1}, {"a", 2}, {"c", 3}}));
     EXPECT_EQ(map->indexOfChild(tile), 2);
     EXPECT_EQ(tile->text(QAccessible::Name), QStringLiteral("b, 1 o"));
     EXPECT_EQ(map->child(2), tile);
-    replace({{"a", 2}});
+    replace(listOf({{"a", 2}}));
     EXPECT_EQ(map->childCount(), 1);
     EXPECT_EQ(map->child(1), nullptr);
 }
@@ -323,11 +296,8 @@ TEST_F(TreemapViewTest, ATileIsCheckedAtAnyDepthAndNothingTwice)
     QTest::mouseClick(&view, Qt::LeftButton, Qt::ControlModifier, centre("photos/2023/a.jpg"));
     EXPECT_EQ(selection.bytes(), 890);
     EXPECT_TRUE(view.isCovered(tile("photos/2023/a.jpg")));
-    std::vector<std::string> names;
-    for (const Entry& entry : selection.checkedEntries()) {
-        names.push_back(entry.name);
-    }
-    EXPECT_THAT(names, ElementsAre("2023", "c.jpg"));
+    EXPECT_THAT(selection.checkedEntries(),
+                ElementsAre(testing::Field(&Entry::name, "2023"), testing::Field(&Entry::name, "c.jpg")));
 
     QTest::mouseClick(&view, Qt::LeftButton, {}, boxOf("photos"));
     EXPECT_EQ(selection.bytes(), 970);
@@ -336,7 +306,7 @@ TEST_F(TreemapViewTest, ATileIsCheckedAtAnyDepthAndNothingTwice)
     EXPECT_EQ(selection.count(), 0U);
 }
 
-TEST_F(TreemapViewTest, KeysGoAmongSiblingsAndFromLevelToLevel)
+TEST_F(TreemapViewTest, KeysGoAmongSiblingsAndLevelsAndLeaveTheOwnersAlone)
 {
     showTree();
     QTest::keyClick(&view, Qt::Key_Home);
@@ -349,16 +319,19 @@ TEST_F(TreemapViewTest, KeysGoAmongSiblingsAndFromLevelToLevel)
     EXPECT_EQ(log.front(), "at 2023");
     EXPECT_EQ(log.back(), "open 2023");
     EXPECT_THAT(log, testing::Not(testing::Contains("at film.mov"))) << "arrows stay within their folder";
-    const auto isTakenByMap = [this] {
-        QKeyEvent escape{QEvent::ShortcutOverride, Qt::Key_Escape, {}};
-        escape.ignore();
-        QCoreApplication::sendEvent(&view, &escape);
-        return escape.isAccepted();
+    const auto isTakenByMap = [this](QEvent::Type type, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QKeyEvent event{type, key, modifiers};
+        event.setAccepted(type == QEvent::KeyPress);
+        QCoreApplication::sendEvent(&view, &event);
+        return event.isAccepted();
     };
-    EXPECT_TRUE(isTakenByMap());
+    EXPECT_FALSE(isTakenByMap(QEvent::KeyPress, Key_Left, Qt::AltModifier));
+    EXPECT_EQ(view.currentEntry()->name, "2023");
+    EXPECT_TRUE(isTakenByMap(QEvent::ShortcutOverride, Key_Escape));
     QTest::keyClick(&view, Qt::Key_Escape);
     EXPECT_EQ(view.currentEntry()->name, "photos");
-    EXPECT_FALSE(isTakenByMap()) << "on the first level it is the owner's: it stops the scan";
+    EXPECT_FALSE(isTakenByMap(QEvent::ShortcutOverride, Key_Escape))
+        << "on the first level it is the owner's: it stops the scan";
 }
 
 TEST_F(TreemapViewTest, TheWheelLooksCloserAtWhatIsUnderThePointer)

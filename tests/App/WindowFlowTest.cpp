@@ -1,11 +1,9 @@
 #include "App/WindowScene.h"
 #include "Controls/Spinner.h"
 #include "Deletion/DeleteConfirmation.h"
-#include "Rows/EntryRows.h"
 #include "Text/SizeText.h"
 #include "Tools/Frame/ExportFlow.h"
 
-#include <QApplication>
 #include <QFileDialog>
 #include <QListWidget>
 #include <QMessageBox>
@@ -58,13 +56,6 @@ protected:
         std::vector<std::string> all;
         tool.forEachEntry([&all](const Entry& entry) { all.push_back(entry.name); });
         return all;
-    }
-
-    /// Takes what was removed back, and waits for it.
-    void undo(ScanToolViewModel& tool) const
-    {
-        tool.undoDeletion();
-        waitForRemoval();
     }
 
     /// Begins to remove the files "a", "b" and "c" of the tree for good, until `gate` has the first in hand.
@@ -158,13 +149,11 @@ TEST_F(WindowFlowTest, ClosingDuringADeletionAsksOnceAndStopsItWhenTold)
     window->close();
     EXPECT_TRUE(window->isVisible());
     ASSERT_EQ(window->findChildren<QMessageBox*>().size(), 1);
-    QTest::mouseClick(visibleButton(*dialog<QMessageBox>(), QStringLiteral("Continuer")), Qt::LeftButton);
+    answer<QMessageBox>("Continuer");
     EXPECT_FALSE(store().deletions.progress()->isStopping);
 
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     window->close();
-    QTest::mouseClick(visibleButton(*dialog<QMessageBox>(), QStringLiteral("Arrêter et quitter")),
-                      Qt::LeftButton);
+    answer<QMessageBox>("Arrêter et quitter");
     EXPECT_TRUE(store().deletions.progress()->isStopping);
     EXPECT_TRUE(window->isVisible()) << "the item in hand is waited for";
     gate.mayGoOn.count_down();
@@ -228,8 +217,7 @@ TEST_F(WindowFlowTest, AnExportReplacesALinkOnlyWhenToldAndNeverWritesThroughIt)
     const TemporaryTree place{link("list.csv", "keys")};
     scan("disk-usage", tree.url());
     auto* const screen = window->findChild<ToolScreen*>();
-    for (const auto& [answer, isLink] : {std::pair{QStringLiteral("Annuler"), true},
-                                         std::pair{QStringLiteral("Remplacer le lien"), false}}) {
+    for (const auto& [choice, isLink] : {std::pair{"Annuler", true}, {"Remplacer le lien", false}}) {
         screen->exportEntries();
         auto* const chooser = dialog<QFileDialog>();
         ASSERT_NE(chooser, nullptr);
@@ -238,8 +226,7 @@ TEST_F(WindowFlowTest, AnExportReplacesALinkOnlyWhenToldAndNeverWritesThroughIt)
         auto* const box = dialog<QMessageBox>();
         ASSERT_NE(box, nullptr);
         EXPECT_TRUE(box->text().contains(QStringLiteral("« keys »"))) << box->text().toStdString();
-        QTest::mouseClick(visibleButton(*box, answer), Qt::LeftButton);
-        delete box;
+        answer<QMessageBox>(choice);
         if (!isLink) {
             ASSERT_TRUE(waitUntil(&store().diskUsage, &ScanToolViewModel::statusMessageChanged,
                                   [&] { return store().diskUsage.statusMessage().has_value(); }));

@@ -61,6 +61,13 @@ protected:
         waitForRemoval();
     }
 
+    /// Takes what was removed back, and waits for it.
+    void undo(ScanToolViewModel& tool) const
+    {
+        tool.undoDeletion();
+        waitForRemoval();
+    }
+
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
     {
         QTest::keyClick(window->focusWidget(), key, modifiers);
@@ -108,6 +115,16 @@ protected:
     {
         const auto isShown = [this] { return window->findChild<Dialog*>() != nullptr; };
         return QTest::qWaitFor(isShown, 20'000) ? window->findChild<Dialog*>() : nullptr;
+    }
+
+    /// Presses a button of the dialog on show, and waits until that is gone.
+    template <class Dialog>
+    void answer(const char* text) const
+    {
+        const Dialog* const asking = dialog<Dialog>();
+        ASSERT_NE(asking, nullptr);
+        QTest::mouseClick(visibleButton(*asking, QString::fromUtf8(text)), Qt::LeftButton);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return window->findChild<Dialog*>() == nullptr; }));
     }
 
     std::unique_ptr<ContentView> window;
