@@ -134,9 +134,7 @@ TEST(DuplicateFinder, FilesOfExbibytesDoNotEndTheProcess)
 {
     TemporaryTree tree{folder("volume")};
     const auto volume = TemporaryMount::memory(tree.path("volume"));
-    if (!volume.isMounted()) {
-        GTEST_SKIP() << volume.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(volume);
     constexpr std::int64_t exbibyte = 1'048'576_MiB * 1'048'576;
     tree.add({sparseFile("volume/a", 7 * exbibyte), sparseFile("volume/b", 7 * exbibyte)});
     auto stream = DuplicateFinder::stream(tree.url("volume"), 1);

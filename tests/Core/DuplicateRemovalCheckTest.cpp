@@ -39,14 +39,20 @@ std::shared_ptr<const std::vector<DuplicateGroup>> duplicatesIn(const TemporaryT
 using Groups = decltype(duplicatesIn(std::declval<const TemporaryTree&>()));
 using Names = std::vector<std::string>;
 
+std::unordered_set<FileUrl> urlsOf(const TemporaryTree& tree, const Names& names)
+{
+    std::unordered_set<FileUrl> urls;
+    for (const std::string& name : names) {
+        urls.insert(tree.url(name));
+    }
+    return urls;
+}
+
 /// Removes `victims`, and tells "name: reason" of those that stayed.
 Names removeIn(const TemporaryTree& tree, const Groups& groups, const Names& victims,
                FileRemover::BatchOptions options = {}, bool permanently = true)
 {
-    std::unordered_set<FileUrl> urls;
-    for (const std::string& victim : victims) {
-        urls.insert(tree.url(victim));
-    }
+    const std::unordered_set<FileUrl> urls = urlsOf(tree, victims);
     std::vector<Entry> entries;
     for (const DuplicateGroup& group : *groups) {
         std::ranges::copy_if(group.entries, std::back_inserter(entries),
@@ -99,9 +105,7 @@ TEST(DuplicateRemovalCheck, EachGroupIsLookedAtRightBeforeItGoes)
 {
     TemporaryTree tree{folder("volume")};
     const auto volume = TemporaryMount::memory(tree.path("volume"));
-    if (!volume.isMounted()) {
-        GTEST_SKIP() << volume.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(volume);
     constexpr std::size_t size = 200'000; // all three digests
     tree.add({file("volume/1a", static_cast<std::int64_t>(size) * 2),
               file("volume/1b", static_cast<std::int64_t>(size) * 2),
@@ -170,12 +174,9 @@ TEST(DuplicateRemovalCheck, ACopyInATrashIsNoCopyToRelyOn)
                              folder(".Trash-1000/info"),
                              folder(".Trash/0/info")};
     const auto groups = duplicatesIn(tree);
-    const auto losing = [&](std::initializer_list<std::string_view> victims) {
-        std::unordered_set<FileUrl> urls;
-        std::ranges::transform(victims, std::inserter(urls, urls.end()),
-                               [&tree](std::string_view name) { return tree.url(name); });
-        return std::ranges::count_if(*groups, [&urls](const DuplicateGroup& group) {
-            return DuplicateRemovalCheck::losesAllCopies(group, urls);
+    const auto losing = [&](const Names& victims) {
+        return std::ranges::count_if(*groups, [&](const DuplicateGroup& group) {
+            return DuplicateRemovalCheck::losesAllCopies(group, urlsOf(tree, victims));
         });
     };
     EXPECT_EQ(losing({"b", ".Trash/0/files/y"}), 0);
@@ -192,9 +193,7 @@ TEST(DuplicateRemovalCheck, AFileThatIsReachedByTwoRoutesIsNotRemovedThroughOneO
 {
     const TemporaryTree tree{file("real/a", "same"), folder("route"), file("c", "same")};
     const auto route = TemporaryMount::bind(tree.path("real"), tree.path("route"));
-    if (!route.isMounted()) {
-        GTEST_SKIP() << route.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(route);
     const auto groups = duplicatesIn(tree);
     ASSERT_EQ(groups->size(), 1U);
     EXPECT_EQ((*groups)[0].wastedBytes(), 8);
@@ -212,9 +211,7 @@ TEST(DuplicateRemovalCheck, TheImageOfAFileInAnOverlayIsNoCopy)
     }
     const auto overlay =
         TemporaryMount::overlay(tree.path("layers/upper"), tree.path("layers/lower"), tree.path("merged"));
-    if (!overlay.isMounted()) {
-        GTEST_SKIP() << overlay.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(overlay);
     const auto groups = duplicatesIn(tree);
     ASSERT_EQ(groups->size(), 1U);
     ASSERT_EQ((*groups)[0].entries.size(), 3U);

@@ -84,9 +84,8 @@ TEST_F(FileRemoverTest, MountPointsAndWhatHoldsThemAreRefusedByAnyRoute)
         {folder("disks/my disk\\1\n"), file("album/photo", "p"), link("route", "disks"), folder("window")});
     const auto disk = TemporaryMount::bind(tree.path("album"), tree.path("disks/my disk\\1\n"));
     const auto homes = TemporaryMount::bind(tree.path("home"), tree.path("window"));
-    if (!disk.isMounted() || !homes.isMounted()) {
-        GTEST_SKIP() << disk.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(disk);
+    SKIP_UNLESS_MOUNTED(homes);
     const std::vector<FileUrl> urls{tree.url("disks/my disk\\1\n"), tree.url("route/my disk\\1\n/"),
                                     tree.url("disks"), tree.url("route/../disks"), tree.url("window/me")};
     for (const bool permanently : {false, true}) {
@@ -105,9 +104,8 @@ TEST_F(FileRemoverTest, WhatAMountShowsStaysAtItsOtherPlacesToo)
     tree.add({file("store/homes/real/photo", "p"), file("disk/album/photo", "p"), folder("window")});
     const auto homeShown = TemporaryMount::bind(tree.path("store/homes"), tree.path("home"));
     const auto album = TemporaryMount::bind(tree.path("disk/album"), tree.path("window"));
-    if (!homeShown.isMounted() || !album.isMounted()) {
-        GTEST_SKIP() << homeShown.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(homeShown);
+    SKIP_UNLESS_MOUNTED(album);
     const ScopedVariable realHome{"HOME", tree.path("home/real")};
     const std::string holdsHome = "Ce dossier contient le dossier personnel.";
     const std::string isHome = "Le dossier personnel ne peut pas être supprimé.";

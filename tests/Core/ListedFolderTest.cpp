@@ -143,15 +143,8 @@ TEST_F(ListedFolderTest, TheListIsBoundedAndTheCountIsNot)
 
 TEST_F(ListedFolderTest, WhatFurtherNamesAddIsTheSameFromTheCache)
 {
-    TemporaryTree tree{file("a/one", 40'000), file("a/in/x", 9000), file("d/three", 12'000)};
-    for (const auto& [path, existing] : {std::pair{"a/two", "a/one"},
-                                         {"b/x", "a/in/x"},
-                                         {"b/y", "a/in/x"},
-                                         {"c", "a/in/x"},
-                                         {"d/e/three", "d/three"},
-                                         {"f/g/h/three", "d/three"}}) {
-        tree.add(hardLink(path, existing));
-    }
+    TemporaryTree tree;
+    addCases(tree, "further names");
     const std::int64_t one = allocated(tree.path("a/one"));
     const std::int64_t x = allocated(tree.path("a/in/x"));
     const std::int64_t three = allocated(tree.path("d/three"));

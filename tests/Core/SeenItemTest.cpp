@@ -84,28 +84,17 @@ protected:
 
 TEST_F(SeenItemTest, ASecondLookComesWhenAnItemIsAwayAndCanStillComeBack)
 {
-    struct Case {
-        bool permanent;
-        bool refuses;
-        bool isPlaceTaken;
-        std::string outcome; ///< what failed, what lies in the trash, and what is left
-    };
-
-    for (const auto& [permanent, refuses, isPlaceTaken, outcome] :
-         {Case{true, false, false, "0 b=b"}, Case{true, true, false, "Non. 0 a=a b=b"},
-          Case{true, true, true,
-               "Non. Il se trouve à présent sous le nom « ASIDE ». 0 ASIDE=a a=another b=b"},
-          Case{false, false, false, "1 b=b"}, Case{false, true, false, "Non. 0 a=a b=b"},
-          Case{false, true, true, "1 a=another b=b"}}) {
+    for (const auto& row : cases("second looks at what is about to go")) {
+        const bool permanent = row[0] == "for good";
         tree.add({file("work/a", "a"), file("work/b", "b")});
         std::vector<std::string> seen;
         FileRemover::BatchOptions options;
-        const auto look = [&, refusing = refuses, taken = isPlaceTaken]() -> std::optional<std::string> {
+        const auto look = [&]() -> std::optional<std::string> {
             seen = tree.names("work");
-            if (taken) {
+            if (row[2] == "taken") {
                 tree.add(file("work/a", "another"));
             }
-            return refusing ? std::optional<std::string>{"Non."} : std::nullopt;
+            return row[1] == "refuses" ? std::optional<std::string>{"Non."} : std::nullopt;
         };
         options.screening = [&](const auto&, const auto&) { return FileRemover::Screened{{}, look}; };
         const auto result = FileRemover::remove(std::vector{listed("work", "a")}, permanent, options);
@@ -119,7 +108,7 @@ TEST_F(SeenItemTest, ASecondLookComesWhenAnItemIsAwayAndCanStillComeBack)
         for (std::size_t at = 0; permanent && (at = told.find(seen[0])) != std::string::npos;) {
             told.replace(at, seen[0].size(), "ASIDE");
         }
-        EXPECT_EQ(told, outcome) << permanent;
+        EXPECT_EQ(told, row[3]) << row[0];
         std::ignore = FileRemover::deletePermanently(tree.url("work"));
     }
 }
@@ -192,9 +181,7 @@ TEST_F(SeenItemTest, AnotherVolumeAtThePlaceStays)
         std::vector<Entry> photos;
         {
             const auto first = TemporaryMount::memory(tree.path("media/stick"));
-            if (!first.isMounted()) {
-                GTEST_SKIP() << first.refusal();
-            }
+            SKIP_UNLESS_MOUNTED(first);
             tree.add(file("media/stick/DCIM/1.jpg", "first"));
             photos = found("DCIM", scanned);
             ASSERT_THAT(photos, SizeIs(1));

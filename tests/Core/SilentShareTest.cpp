@@ -17,9 +17,8 @@ TEST(SilentShare, CountsAsUnreadInEveryScanAndHoldsUpNothingBesideIt)
     TemporaryTree tree{file("a", 4096), file("in/b", 8192), folder("in/share"), folder("share")};
     const TemporaryMount inner = TemporaryMount::silent(tree.path("in/share"));
     const TemporaryMount silent = TemporaryMount::silent(tree.path("share"));
-    if (!silent.isMounted() || !inner.isMounted()) {
-        GTEST_SKIP() << silent.refusal() << inner.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(silent);
+    SKIP_UNLESS_MOUNTED(inner);
     FileScanner::clearCache();
     const UnreadPlace innerPlace{tree.url("in/share"), {ETIMEDOUT}};
     const UnreadPlace place{tree.url("share"), {ETIMEDOUT}};

@@ -259,9 +259,7 @@ class VolumeTrashTest : public TrashTest {
 protected:
     void SetUp() override
     {
-        if (!volume.isMounted()) {
-            GTEST_SKIP() << volume.refusal();
-        }
+        SKIP_UNLESS_MOUNTED(volume);
         tree.add(file("volume/album/été", "p"));
     }
 

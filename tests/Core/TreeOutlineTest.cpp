@@ -3,12 +3,13 @@
 #include "Scanning/FileScanner.h"
 #include "Scanning/SizeCache.h"
 #include "Support/AllRecords.h"
+#include "Support/Cases.h"
 #include "Support/Interception.h"
-#include "Support/TemporaryTree.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <numeric>
+#include <sstream>
 
 namespace tallyroom {
 
@@ -76,38 +77,26 @@ protected:
     void SetUp() override
     {
         FileScanner::clearCache();
+        addCases(tree, "the tree of an outline");
         ASSERT_EQ(allocated(tree.path("big/film")), 40 * 4096);
     }
 
-    TemporaryTree tree{file("big/film", 40 * 4096),
-                       file("big/deep/photo", 20 * 4096),
-                       file("big/deep/note", 4096),
-                       file("big/deep/list", 4096),
-                       file("small/a", 3 * 4096),
-                       file("small/b", 2 * 4096),
-                       file("equal", 20 * 4096),
-                       file("least", 4096),
-                       folder("none")};
+    TemporaryTree tree;
 };
 
 TEST_F(TreeOutlineTest, TheRestAndThePartsAreTheWholeHoweverMuchIsTold)
 {
-    const std::string all = ". 88";
-    for (const auto& [detail, expected] :
-         {std::pair<TreeOutline::Detail, Lines>{{.leastShare = 0},
-                                                {all, "big 62", "equal 20", "small 5", "least 1", "none 0…",
-                                                 "big/film 40", "big/deep 22", "small/a 3", "small/b 2",
-                                                 "big/deep/photo 20", "big/deep/list 1", "big/deep/note 1"}},
-          {{.leastShare = 4.0 / 88},
-           {all + " +2 1", "big 62", "equal 20", "small 5…", "big/film 40", "big/deep 22 +2 2",
-            "big/deep/photo 20"}},
-          {{.leastShare = 0, .mostNodes = 4}, {all + " +4 26", "big 62", "big/film 40", "big/deep 22…"}},
-          // Of equal ones the one that lies higher.
-          {{.leastShare = 0, .mostNodes = 5},
-           {all + " +3 6", "big 62", "equal 20", "big/film 40", "big/deep 22…"}},
-          {{.leastShare = 0, .mostNodes = 0}, {all + "…"}},
-          {{.leastShare = 1}, {all + "…"}}}) {
-        EXPECT_EQ(outlineOf(tree, detail), expected) << detail.leastShare << " " << detail.mostNodes;
+    for (const auto& row : cases("outlines")) {
+        TreeOutline::Detail detail{.leastShare = std::stod(row[0])};
+        if (!row[1].empty()) {
+            detail.mostNodes = std::stoul(row[1]);
+        }
+        Lines expected;
+        std::istringstream lines{row[2]};
+        for (std::string line; std::getline(lines >> std::ws, line, ',');) {
+            expected.push_back(line);
+        }
+        EXPECT_EQ(outlineOf(tree, detail), expected) << row[0] << " " << row[1];
     }
 }
 

@@ -128,9 +128,7 @@ TEST(TreeRemoval, DoesNotEnterWhatIsMountedInside)
 {
     TemporaryTree tree{folder("out/a/mounted"), file("out/a/other", "x"), file("precious/photo", "p")};
     const auto mount = TemporaryMount::bind(tree.path("precious"), tree.path("out/a/mounted"));
-    if (!mount.isMounted()) {
-        GTEST_SKIP() << mount.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(mount);
     EXPECT_EQ(errorOf(removeFrom(tree, "out")), EXDEV);
     EXPECT_EQ(tree.content("precious/photo"), "p");
     EXPECT_THAT(tree.names("out/a"), ElementsAre("mounted"));

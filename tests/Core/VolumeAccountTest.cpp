@@ -15,9 +15,7 @@ TEST(VolumeAccount, TellsWhatLiesElsewhereTwiceOrOutOfReachFromWhatWasFound)
 {
     TemporaryTree tree{folder("v")};
     const TemporaryMount volume = TemporaryMount::memory(tree.path("v"), "size=4m");
-    if (!volume.isMounted()) {
-        GTEST_SKIP() << volume.refusal();
-    }
+    SKIP_UNLESS_MOUNTED(volume);
     tree.add({file("v/a/one", 100 << 10), file("v/a/b/two", 20 << 10), file("v/.git/x", 40 << 10),
               file("v/deleted", 80 << 10), folder("v/other"), folder("v/again")});
     tree.add(hardLink("v/link", "v/a/one"));

@@ -24,7 +24,7 @@ private:
 };
 
 /// A file system of its own in memory, or a bind mount, for its life. Made in a mount namespace of this
-/// process alone. Many machines do not permit it: ask `isMounted`, and GTEST_SKIP with `refusal`.
+/// process alone. Many machines do not permit it: see SKIP_UNLESS_MOUNTED.
 class TemporaryMount {
 public:
     /// Mounts a tmpfs, `options` as mount(8) takes them ("size=64k").
@@ -59,6 +59,14 @@ private:
     std::string m_refusal;
     FileDescriptor m_server; ///< of a file system in user space
 };
+
+/// Ends a test as skipped where a mount is not permitted.
+#define SKIP_UNLESS_MOUNTED(mount)                                                                           \
+    do {                                                                                                     \
+        if (!(mount).isMounted()) {                                                                          \
+            GTEST_SKIP() << (mount).refusal();                                                               \
+        }                                                                                                    \
+    } while (false)
 
 /// Runs `action` in so many child processes at once, and returns what each returned, 0 to 255, or -1 when it
 /// crashed. The children have none of the workers: nothing in them may wait for one.
