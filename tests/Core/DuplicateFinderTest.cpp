@@ -64,17 +64,8 @@ constexpr std::int64_t span = 64_KiB;
 
 TEST(DuplicateFinder, EachSizeIsSettledByTheStageThatHasSeenEveryByte)
 {
-    const std::vector<std::pair<std::int64_t, std::string>> stages{
-        {1, "head:"},
-        {span - 1, "head:"},
-        {span, "head:"},
-        {span + 1, "headtail:"},
-        {2 * span - 1, "headtail:"},
-        {2 * span, "headtail:"},
-        {2 * span + 1, "full:"},
-        {3_MiB + 5, "full:"},
-    };
-    for (const auto& [size, idBegin] : stages) {
+    for (const auto& row : cases("which stage settles which size")) {
+        const std::int64_t size = std::stoll(row[0]);
         SCOPED_TRACE(size);
         TemporaryTree tree{file("a", content(size)), file("d/b", content(size))};
         // One that differs in each place that a stage might forget.
@@ -85,7 +76,7 @@ TEST(DuplicateFinder, EachSizeIsSettledByTheStageThatHasSeenEveryByte)
         }
         const auto groups = groupsIn(tree);
         ASSERT_THAT(names(tree, groups), ElementsAre("a, d/b"));
-        EXPECT_THAT(groups[0].id, StartsWith(idBegin + std::to_string(size) + "|"));
+        EXPECT_THAT(groups[0].id, StartsWith(row[1] + ":" + row[0] + "|"));
         EXPECT_EQ(groups[0].wastedBytes(), size);
         EXPECT_EQ(groups[0].entries[1], (Entry{tree.url("d/b"), "b", size, false, {}}));
     }

@@ -107,18 +107,10 @@ TEST_F(FileRemoverTest, WhatAMountShowsStaysAtItsOtherPlacesToo)
     SKIP_UNLESS_MOUNTED(homeShown);
     SKIP_UNLESS_MOUNTED(album);
     const ScopedVariable realHome{"HOME", tree.path("home/real")};
-    const std::string holdsHome = "Ce dossier contient le dossier personnel.";
-    const std::string isHome = "Le dossier personnel ne peut pas être supprimé.";
-    const std::string isShown = "Ce dossier, ou un dossier qu'il contient, est monté ailleurs.";
     for (const bool permanently : {false, true}) {
-        for (const auto& [name, words] :
-             std::vector<std::pair<std::string, std::string>>{{"store/homes/real", isHome},
-                                                              {"store/homes", holdsHome},
-                                                              {"store", holdsHome},
-                                                              {"disk/album", isShown},
-                                                              {"disk", isShown}}) {
-            EXPECT_THAT(told(tree, remove({tree.url(name)}, permanently).failures),
-                        ElementsAre(name + ": " + words));
+        for (const auto& row : cases("what mounts show elsewhere")) {
+            EXPECT_THAT(told(tree, remove({tree.url(row[0])}, permanently).failures),
+                        ElementsAre(row[0] + ": " + row[1]));
         }
         EXPECT_EQ(tree.content("store/homes/real/photo"), "p");
         EXPECT_EQ(tree.content("disk/album/photo"), "p");
@@ -177,14 +169,8 @@ Reclaim reclaimOf(const TemporaryTree& tree, const std::vector<std::string>& nam
 
 TEST(ReclaimEstimate, AFileComesBackWithTheLastOfItsNames)
 {
-    const TemporaryTree tree{file("store/a", 64_KiB),
-                             hardLink("project/a", "store/a"),
-                             hardLink("project/again", "store/a"),
-                             file("project/own", 8_KiB),
-                             file("project/deep/own", 16_KiB),
-                             link("project/way", "../store/a"),
-                             sparseFile("project/hole", 1_MiB),
-                             file("project b/c", 4_KiB)};
+    TemporaryTree tree{sparseFile("project/hole", 1_MiB)};
+    addCases(tree, "files of several names");
     const std::int64_t way = allocated(tree.path("project/way")); // nothing on most file systems
     const Reclaim linked{24_KiB + way, 24_KiB + way, 64_KiB};
     EXPECT_EQ(reclaimOf(tree, {"project"}), linked);

@@ -1,8 +1,11 @@
 #include "Treemap/SteadyLayout.h"
 
+#include "Support/Cases.h"
+
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <sstream>
 
 namespace tallyroom {
 
@@ -34,46 +37,37 @@ std::vector<TreemapLayout::Tile> fresh(const Items& items, const Rectangle& rect
 
 TEST(SteadyLayout, TilesKeepTheirPlacesWhileTheirSharesChangeLittle)
 {
-    struct Case {
-        const char* what;
+    for (const auto& row : cases("sizes that a treemap is given next")) {
+        SCOPED_TRACE(row[0]);
+        const bool isKept = row[1] == "kept";
+        Rectangle rectangle;
+        std::istringstream{row[2]} >> rectangle.x >> rectangle.y >> rectangle.width >> rectangle.height;
         Items then;
-        Rectangle rectangle = whole;
-        bool isKept = true;
-    };
-
-    const std::vector<Case> cases{
-        {"two change their ranks",
-         {{1, 400}, {2, 300}, {3, 99}, {4, 106}, {5, 58}, {6, 60}, {7, 20}, {8, 1}}},
-        {"a small one comes, and one goes",
-         {{1, 400}, {2, 300}, {3, 105}, {4, 100}, {5, 60}, {6, 58}, {9, 15}}},
-        {"all grow alike", {{1, 800}, {2, 600}, {3, 210}, {4, 200}, {5, 120}, {6, 116}, {7, 40}, {8, 2}}},
-        {"the window becomes a little wider", eightItems(), {5, 7, 660, 400}},
-        {"another one is the largest", {{2, 700}, {1, 400}, {3, 105}, {4, 100}, {5, 60}}, whole, false},
-        {"a large one comes", {{1, 400}, {9, 350}, {2, 300}, {3, 105}, {4, 100}}, whole, false},
-        {"the window becomes tall", eightItems(), {0, 0, 300, 800}, false}};
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.what);
+        std::istringstream sizes{row[3]};
+        for (SteadyLayout::Item item; sizes >> item.key >> item.weight;) {
+            then.push_back(item);
+        }
         SteadyLayout layout;
         const Items before = eightItems();
         const auto first = layout.tiles(7, before, whole);
         ASSERT_EQ(first, fresh(before, whole)) << "the first time it is squarified as ever";
-        const Items after = ranked(one.then);
-        const auto second = layout.tiles(7, after, one.rectangle);
+        const Items after = ranked(then);
+        const auto second = layout.tiles(7, after, rectangle);
         ASSERT_EQ(second.size(), after.size());
-        EXPECT_TRUE(one.isKept || second == fresh(after, one.rectangle));
+        EXPECT_TRUE(isKept || second == fresh(after, rectangle));
         double sum = 0;
         std::ranges::for_each(after, [&](const SteadyLayout::Item& item) { sum += item.weight; });
         for (const auto& [index, rect] : second) {
-            const double area = one.rectangle.width * one.rectangle.height;
+            const double area = rectangle.width * rectangle.height;
             EXPECT_NEAR(rect.width * rect.height, area * after[index].weight / sum, 1e-6)
                 << "areas are true all the same";
             const auto known = std::ranges::find_if(first, [&](const TreemapLayout::Tile& tile) {
                 return before[tile.index].key == after[index].key;
             });
-            if (one.isKept && known != first.end()) {
-                const double right = one.rectangle.width / whole.width;
-                EXPECT_NEAR((rect.x - one.rectangle.x) / right, known->rect.x, 20) << after[index].key;
-                EXPECT_NEAR(rect.y - one.rectangle.y, known->rect.y, 20) << after[index].key;
+            if (isKept && known != first.end()) {
+                const double right = rectangle.width / whole.width;
+                EXPECT_NEAR((rect.x - rectangle.x) / right, known->rect.x, 20) << after[index].key;
+                EXPECT_NEAR(rect.y - rectangle.y, known->rect.y, 20) << after[index].key;
             }
         }
     }
