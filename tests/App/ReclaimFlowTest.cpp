@@ -21,7 +21,6 @@ namespace tallyroom {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// What comes back from a deletion, from the question to the emptied trash.
 class ReclaimFlowTest : public WindowScene {};
