@@ -26,7 +26,12 @@ void warmOutline(benchmark::State& state)
     state.counters["nodes"] = static_cast<double>(nodes);
 }
 
-BENCHMARK(warmOutline)->Arg(2'000)->Arg(20'000)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime();
+BENCHMARK(warmOutline)
+    ->Arg(2'000)
+    ->Arg(20'000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MeasureProcessCPUTime();
 
 } // namespace
 

@@ -100,8 +100,7 @@ std::vector<Tile> SteadyLayout::tiles(std::size_t folder, Items items, const Rec
 
 void SteadyLayout::forgetUnused()
 {
-    std::erase_if(m_divisions,
-                  [this](const auto& division) { return division.second.lastRound != m_round; });
+    std::erase_if(m_divisions, [this](const auto& division) { return division.second.lastRound != m_round; });
     ++m_round;
 }
 

@@ -121,10 +121,11 @@ void DiskUsageView::connectTreemap()
             [this](const Entry& entry) { selection().toggle(entry); });
     connect(m_treemap, &TreemapView::lookedCloser, &m_navigator.outline(), &FolderOutline::lookCloser);
     connect(&m_navigator.outline(), &FolderOutline::changed, this, &DiskUsageView::showOutline);
-    connect(&m_navigator, &FolderNavigatorViewModel::itemsGone, this, [this](const std::vector<Entry>& items) {
-        const RemovedPlaces places{items};
-        selection().forgetDeeper([&places](const Entry& entry) { return places.covers(entry); });
-    });
+    connect(&m_navigator, &FolderNavigatorViewModel::itemsGone, this,
+            [this](const std::vector<Entry>& items) {
+                const RemovedPlaces places{items};
+                selection().forgetDeeper([&places](const Entry& entry) { return places.covers(entry); });
+            });
     connect(m_treemap, &TreemapView::activated, this, [this](const Entry& entry) { activate(entry); });
     connect(m_treemap, &TreemapView::contextMenuRequested, this,
             [this](const Entry& entry, const QPoint& position) {

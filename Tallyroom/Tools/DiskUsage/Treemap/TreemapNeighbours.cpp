@@ -59,8 +59,7 @@ std::optional<std::size_t> neighbour(const TreemapScene& scene, std::size_t from
     return nearest;
 }
 
-QPoint anchorWithin(const TreemapScene& scene, std::size_t tile, Direction direction,
-                    const QPoint& anchor)
+QPoint anchorWithin(const TreemapScene& scene, std::size_t tile, Direction direction, const QPoint& anchor)
 {
     const QRect rect = scene.painted(tile);
     const QPoint middle = rect.center();
