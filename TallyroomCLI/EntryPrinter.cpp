@@ -12,6 +12,7 @@ namespace tallyroom::EntryPrinter {
 
 namespace {
 
+using TableText::dayWidth;
 using TableText::gap;
 using TableText::rightAligned;
 using TableText::sizeWidth;
@@ -24,6 +25,10 @@ std::string tableLine(const Entry& entry, double fraction, std::size_t barWidth,
     line.append(gap, ' ').append(colour);
     if (barWidth > 0) {
         line.append(TableText::bar(fraction, barWidth)).append(gap, ' ');
+    }
+    if (style.showsDates) {
+        line += TableText::leftAligned(entry.modifiedAt ? TableText::day(*entry.modifiedAt) : "–", dayWidth);
+        line.append(gap, ' ');
     }
     line += Terminal::printable(style.showsPaths ? entry.url.path() : entry.name);
     if (entry.isDirectory) {

@@ -15,6 +15,7 @@ struct TableStyle {
     std::size_t columns = 80;
     bool colours = false;
     bool showsPaths = false; ///< paths in place of names
+    bool showsDates = false; ///< the day of the last change before the name
 };
 
 /// Lists as the command line prints them.

@@ -84,8 +84,8 @@ ExitCode ScanCommand::end(bool isWritten, const Interruption& interruption)
 
 namespace {
 
-/// How a table names its entries.
-enum class Shown : bool { names, paths };
+/// How a table names its entries, and what it says of them besides.
+enum class Shown : unsigned char { names, paths, datesAndPaths };
 
 /// Finds out more about the entries, and says how to add it to their objects.
 using FindOut = std::function<EntryPrinter::AddMembers(const EntryList& entries)>;
@@ -117,9 +117,10 @@ ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interr
         Terminal::complain("analyse interrompue, la liste est incomplète.");
     }
     ScanCommand::tellUnread(found.unreadPlaces);
-    const bool showsPaths = shown == Shown::paths;
+    const bool showsPaths = shown != Shown::names;
     const EntryList entries = showsPaths ? rankedByPath(found.entries) : found.entries;
-    const TableStyle style{Terminal::columns(), Terminal::showsColours(), showsPaths};
+    const TableStyle style{Terminal::columns(), Terminal::showsColours(), showsPaths,
+                           shown == Shown::datesAndPaths};
     return ScanCommand::print(
         options.format, interruption,
         [&](OutputWriter& writer) { EntryPrinter::addTable(entries, style, writer); },
@@ -137,10 +138,12 @@ ExitCode runUsage(const ScanOptions& options, const Interruption& interruption)
                [](const FileUrl& url) { return FileScanner::directEntriesStream(url, false); });
 }
 
-ExitCode runLargest(const ScanOptions& options, std::int64_t limit, const Interruption& interruption)
+ExitCode runLargest(const ScanOptions& options, std::int64_t limit, const FileScanner::FileCriteria& criteria,
+                    const Interruption& interruption)
 {
-    return run(options, Shown::paths, interruption,
-               [limit](const FileUrl& url) { return FileScanner::findLargestFilesStream(url, limit); });
+    return run(options, Shown::datesAndPaths, interruption, [limit, &criteria](const FileUrl& url) {
+        return FileScanner::findLargestFilesStream(url, limit, criteria);
+    });
 }
 
 ExitCode runBuildCaches(const ScanOptions& options, const std::set<Ecosystem>& ecosystems,

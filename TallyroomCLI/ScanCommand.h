@@ -74,8 +74,9 @@ template <class AddTable, class AddCsv, class AddJson>
 /// `usage`: the folder's direct children, largest first.
 [[nodiscard]] ExitCode runUsage(const ScanOptions& options, const Interruption& interruption);
 
-/// `largest`: the `limit` largest files below the folder.
+/// `largest`: the `limit` largest files below the folder that meet the criteria.
 [[nodiscard]] ExitCode runLargest(const ScanOptions& options, std::int64_t limit,
+                                  const FileScanner::FileCriteria& criteria,
                                   const Interruption& interruption);
 
 /// `build-caches`: the folders that the tools of `ecosystems` make.

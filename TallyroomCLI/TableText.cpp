@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
+#include <ctime>
 
 namespace tallyroom::TableText {
 
@@ -42,6 +44,16 @@ std::string bar(double fraction, std::size_t width)
     text += last;
     text.append(width - eighths / 8 - (last.empty() ? 0 : 1), ' ');
     return text;
+}
+
+std::string day(Timestamp moment)
+{
+    const std::time_t seconds =
+        std::chrono::floor<std::chrono::seconds>(moment).time_since_epoch() / std::chrono::seconds{1};
+    std::tm local = {};
+    std::array<char, 32> text{};
+    ::localtime_r(&seconds, &local);
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d", &local)};
 }
 
 std::size_t columnsOf(std::string_view text)

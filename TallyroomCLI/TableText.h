@@ -12,6 +12,7 @@ namespace tallyroom {
 namespace TableText {
 
 inline constexpr std::size_t sizeWidth = 9; ///< "1000,9 Ko" and all that is shorter
+inline constexpr std::size_t dayWidth = 10; ///< "2024-05-01"
 inline constexpr std::size_t gap = 2;       ///< columns between columns
 inline constexpr std::string_view reset = "\033[0m";
 
@@ -23,6 +24,9 @@ inline constexpr std::string_view reset = "\033[0m";
 
 /// A bar in eighths of a column, padded to `width` columns. `fraction` is within [0, 1].
 [[nodiscard]] std::string bar(double fraction, std::size_t width);
+
+/// The day of a moment in the user's time, as 2024-05-01.
+[[nodiscard]] std::string day(Timestamp moment);
 
 [[nodiscard]] std::size_t columnsOf(std::string_view text);
 [[nodiscard]] std::string rightAligned(std::string_view text, std::size_t width);

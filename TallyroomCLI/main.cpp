@@ -1,6 +1,7 @@
 #include "DuplicatesCommand.h"
 #include "KindsCommand.h"
 #include "Model/Ecosystem.h"
+#include "Model/FileKind.h"
 #include "ScanCommand.h"
 #include "Terminal.h"
 #include "VolumesCommand.h"
@@ -131,6 +132,61 @@ void addEcosystems(CLI::App& command, std::set<Ecosystem>& ecosystems)
         ->type_name("NOMS");
 }
 
+/// "image|video|…", as --kind takes them.
+std::string kindNames()
+{
+    std::string names;
+    for (const FileKind kind : FileKind::all) {
+        if (kind != FileKind::folder) {
+            names.append(names.empty() ? "" : "|").append(kind.rawValue());
+        }
+    }
+    return names;
+}
+
+/// The days of "30d", "2w", "6m" or "1y"; a month has 30 and a year 365.
+std::optional<std::chrono::days> daysOf(std::string_view age)
+{
+    static const std::map<char, int> units{{'d', 1}, {'w', 7}, {'m', 30}, {'y', 365}};
+    constexpr int longest = 100'000; // so that no date is left of what a clock can tell
+    int number = 0;
+    const auto [end, error] = std::from_chars(age.data(), age.data() + age.size(), number);
+    const auto unit = age.empty() ? units.end() : units.find(age.back());
+    const bool isNumber = error == std::errc{} && end == age.data() + age.size() - 1;
+    if (!isNumber || unit == units.end() || number < 0 || number > longest / unit->second) {
+        return std::nullopt;
+    }
+    return std::chrono::days{number * unit->second};
+}
+
+void addCriteria(CLI::App& command, FileScanner::FileCriteria& criteria)
+{
+    command
+        .add_option_function<std::string>(
+            "--kind",
+            [&criteria](const std::string& name) {
+                criteria.kind = FileKind::fromRawValue(name);
+                if (!criteria.kind || criteria.kind == FileKind::folder) {
+                    throw CLI::ValidationError{"--kind", name};
+                }
+            },
+            "Seulement les fichiers de ce type")
+        ->type_name(kindNames());
+    command
+        .add_option_function<std::string>(
+            "--older-than",
+            [&criteria](const std::string& age) {
+                const auto days = daysOf(age);
+                if (!days) {
+                    throw CLI::ValidationError{"--older-than", age};
+                }
+                criteria.modifiedBefore = std::chrono::system_clock::now() - *days;
+            },
+            "Seulement les fichiers modifiés il y a plus longtemps, par exemple 30d, 2w, 6m ou 1y (jours, "
+            "semaines, mois, années)")
+        ->type_name("ÂGE");
+}
+
 /// An option that takes a whole number, not below 0.
 void addNumber(CLI::App& command, const std::string& name, const std::string& unit, std::int64_t& number,
                const std::string& description)
@@ -155,9 +211,11 @@ public:
     {
         add("usage", "Le contenu direct d'un dossier, du plus lourd au plus léger",
             [this] { return runUsage(m_options, m_interruption); });
-        addNumber(add("largest", "Les plus gros fichiers d'une arborescence",
-                      [this] { return runLargest(m_options, m_limit, m_interruption); }),
-                  "--limit", "N", m_limit, "Nombre de fichiers à garder");
+        CLI::App& largest = add("largest", "Les plus gros fichiers d'une arborescence", [this] {
+            return runLargest(m_options, m_limit, m_criteria, m_interruption);
+        });
+        addNumber(largest, "--limit", "N", m_limit, "Nombre de fichiers à garder");
+        addCriteria(largest, m_criteria);
         add("node-modules", "Les dossiers node_modules et leur poids",
             [this] { return runSearch(m_options, {"node_modules"}, m_interruption); });
         addEcosystems(add("build-caches", "Les dossiers que les outils de développement savent refaire",
@@ -201,6 +259,7 @@ private:
     const Interruption& m_interruption;
     ScanOptions m_options;
     std::int64_t m_limit = 100;
+    FileScanner::FileCriteria m_criteria;
     std::int64_t m_minimumSize = DuplicatesOptions{}.minimumSize;
     std::set<Ecosystem> m_ecosystems = allEcosystems();
     ExitCode m_code = ExitCode::success;

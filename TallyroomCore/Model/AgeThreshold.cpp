@@ -50,6 +50,11 @@ std::string_view AgeThreshold::label() const noexcept
     return thresholdRowOf(m_value).label;
 }
 
+Timestamp AgeThreshold::before(Timestamp reference) const noexcept
+{
+    return reference - thresholdRowOf(m_value).age;
+}
+
 bool AgeThreshold::isOld(const std::optional<Timestamp>& date, Timestamp reference) const noexcept
 {
     // Two dates may lie further apart than 64 bits can count in nanoseconds.

@@ -32,6 +32,9 @@ public:
     /// The words for people, such as "3 mois".
     [[nodiscard]] std::string_view label() const noexcept;
 
+    /// The moment that lies exactly the age before `reference`: what is older than that is old.
+    [[nodiscard]] Timestamp before(Timestamp reference) const noexcept;
+
     /// True when `date` lies further back from `reference` than the age; exactly the age is not old yet, and
     /// an absent date is never old.
     [[nodiscard]] bool isOld(const std::optional<Timestamp>& date, Timestamp reference) const noexcept;

@@ -57,6 +57,7 @@ void BoundedTopHeap::offer(const FileUrl& folder, std::span<const Candidate> fil
                   .name = std::string{file.name},
                   .sizeBytes = file.sizeBytes,
                   .form = file.form,
+                  .modifiedAt = file.modifiedAt,
                   .identity = file.identity});
         }
     }

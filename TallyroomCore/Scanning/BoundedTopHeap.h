@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,7 @@ public:
         std::int64_t sizeBytes = 0;
         EntryForm form = EntryForm::ordinary;
         ItemIdentity identity{};
+        std::optional<Timestamp> modifiedAt{};
     };
 
     /// Keeps `capacity` entries at most; none when it is 0 or negative.

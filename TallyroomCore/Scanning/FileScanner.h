@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Concurrency/ProgressStream.h"
+#include "Model/FileKind.h"
 #include "Model/FolderNames.h"
 #include "Scanning/FindInspector.h"
 #include "Scanning/FolderSize.h"
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <future>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -49,15 +51,25 @@ struct ScanStream : ProgressStream<ScanProgress> {
 /// kept.
 [[nodiscard]] ScanStream directEntriesStream(const FileUrl& url, bool useCache);
 
+/// Which files a search for the largest is about; all without a criterion.
+struct FileCriteria {
+    std::optional<FileKind> kind{};
+    /// Last modified before this moment; a file without a date never is.
+    std::optional<Timestamp> modifiedBefore{};
+};
+
 /// The `limit` largest files anywhere below `folder`, larger first, equal sizes by path (bytes); none when
 /// `limit` is 0 or negative. Folders called ".git", ".hg" or ".svn" are not entered, links not offered, what
-/// cannot be read counts as a file of size 0. Entries carry no date. `folder` itself may be a link. Time
-/// linear in the files, memory in `limit`.
-[[nodiscard]] std::future<EntryList> findLargestFiles(const FileUrl& folder, std::int64_t limit);
+/// cannot be read counts as a file of size 0. `folder` itself may be a link. Time linear in the files, memory
+/// in `limit`.
+[[nodiscard]] std::future<EntryList> findLargestFiles(const FileUrl& folder, std::int64_t limit,
+                                                      const FileCriteria& criteria = {});
 
-/// The same with a record of the ranking so far every 120 ms, `completed` and `total` the files seen so far.
-/// Only the last record, the whole result, has isDiscovering false; a cancelled scan ends without it.
-[[nodiscard]] ScanStream findLargestFilesStream(const FileUrl& folder, std::int64_t limit);
+/// The same with a record of the ranking so far every 120 ms, `completed` and `total` the files seen so far,
+/// whether they match or not. Only the last record, the whole result, has isDiscovering false; a cancelled
+/// scan ends without it.
+[[nodiscard]] ScanStream findLargestFilesStream(const FileUrl& folder, std::int64_t limit,
+                                                const FileCriteria& criteria = {});
 
 /// The folders below `folder` that bear one of the names, each with its total, largest first, equal sizes by
 /// path. Matches are not searched inside, nor are ".git", ".hg" and ".svn" where they do not match; links

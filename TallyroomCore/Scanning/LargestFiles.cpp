@@ -19,8 +19,9 @@ namespace {
 /// ranking so far some eight times a second, by a clock: a disk that answers slowly is no reason for silence.
 class LargestFilesVisitor final : public AttentiveVisitor {
 public:
-    LargestFilesVisitor(std::int64_t limit, ProgressSender<ScanProgress> sender)
-        : m_heap(limit), m_sender(std::move(sender)),
+    LargestFilesVisitor(std::int64_t limit, const FileScanner::FileCriteria& criteria,
+                        ProgressSender<ScanProgress> sender)
+        : m_criteria(criteria), m_heap(limit), m_sender(std::move(sender)),
           m_reporter(tryThread([this](const std::stop_token& stop) { keepReporting(stop); }))
     {}
 
@@ -42,8 +43,9 @@ public:
                 // An unreadable file has size 0.
                 const std::int64_t size = child.attributes != nullptr ? child.attributes->allocatedBytes : 0;
                 ++files;
-                if (m_heap.mayTake(size)) {
-                    candidates.push_back({child.name, size, child.form(), identity(folder, child)});
+                if (m_heap.mayTake(size) && matches(child)) {
+                    candidates.push_back(
+                        {child.name, size, child.form(), identity(folder, child), modifiedAt(child)});
                 }
             }
         }
@@ -66,6 +68,18 @@ public:
     }
 
 private:
+    static std::optional<Timestamp> modifiedAt(const TreeWalk::Child& child)
+    {
+        return child.attributes != nullptr ? child.attributes->modifiedAt : std::nullopt;
+    }
+
+    [[nodiscard]] bool matches(const TreeWalk::Child& child) const
+    {
+        const auto& [kind, before] = m_criteria;
+        return (!kind || FileKind::of(nameExtension(child.name)) == *kind) &&
+               (!before || modifiedAt(child).value_or(Timestamp::max()) < *before);
+    }
+
     static ItemIdentity identity(const TreeWalk::Folder& folder, const TreeWalk::Child& child)
     {
         return child.attributes != nullptr ? folder.scanRoot().identify(*child.attributes) : ItemIdentity{};
@@ -102,6 +116,7 @@ private:
         wake = m_sender->enqueue({std::move(record)});
     }
 
+    const FileScanner::FileCriteria m_criteria;
     BoundedTopHeap m_heap;
     std::atomic<std::int64_t> m_seen = 0;
     std::atomic<bool> m_hasSeen = false;
@@ -112,18 +127,21 @@ private:
 
 } // namespace
 
-std::future<EntryList> FileScanner::findLargestFiles(const FileUrl& folder, std::int64_t limit)
+std::future<EntryList> FileScanner::findLargestFiles(const FileUrl& folder, std::int64_t limit,
+                                                     const FileCriteria& criteria)
 {
-    return lastRecord(findLargestFilesStream(folder, limit),
+    return lastRecord(findLargestFilesStream(folder, limit, criteria),
                       [](ScanProgress last) { return std::move(last.entries); });
 }
 
-FileScanner::ScanStream FileScanner::findLargestFilesStream(const FileUrl& folder, std::int64_t limit)
+FileScanner::ScanStream FileScanner::findLargestFilesStream(const FileUrl& folder, std::int64_t limit,
+                                                            const FileCriteria& criteria)
 {
     auto [sender, stream] = makeProgressStream<ScanProgress>();
     std::stop_token stop = sender.stopToken();
     TreeWalk::start({folder.standardized(), std::make_unique<TreeWalk::Folder>()},
-                    std::make_unique<LargestFilesVisitor>(limit, std::move(sender)), std::move(stop));
+                    std::make_unique<LargestFilesVisitor>(limit, criteria, std::move(sender)),
+                    std::move(stop));
     return std::move(stream);
 }
 

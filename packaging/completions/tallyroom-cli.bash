@@ -27,7 +27,7 @@ _tallyroom_cli_options() {
     local options="--format -h --help"
     [[ $1 == volumes ]] || options+=" --quiet"
     case $1 in
-        largest) options+=" --limit" ;;
+        largest) options+=" --limit --kind --older-than" ;;
         build-caches) options+=" --ecosystems" ;;
         duplicates) options+=" --min-size" ;;
         "") options="-h --help --version" ;;
@@ -53,6 +53,8 @@ _tallyroom_cli() {
     case $previous in
         --format) _tallyroom_cli_words "table csv json" "$current" ;;
         --ecosystems) _tallyroom_cli_ecosystems "$current" ;;
+        --kind) _tallyroom_cli_words "image video audio archive code document spreadsheet data diskImage other" "$current" ;;
+        --older-than) _tallyroom_cli_words "1w 1m 3m 6m 1y" "$current" ;;
         --limit | --min-size) ;; # a number
         *)
             if [[ $current == -* ]]; then

@@ -30,6 +30,10 @@ complete -c tallyroom-cli -n "$given; and not __fish_seen_subcommand_from volume
 complete -c tallyroom-cli -n "$given; and not __fish_seen_subcommand_from volumes" \
     -a "(__fish_complete_directories (commandline -ct))"
 complete -c tallyroom-cli -n "__fish_seen_subcommand_from largest" -l limit -x -d "Nombre de fichiers à garder"
+complete -c tallyroom-cli -n "__fish_seen_subcommand_from largest" -l kind -x \
+    -a "image video audio archive code document spreadsheet data diskImage other" -d "Seulement ce type"
+complete -c tallyroom-cli -n "__fish_seen_subcommand_from largest" -l older-than -x \
+    -a "1w 1m 3m 6m 1y" -d "Seulement les plus anciens"
 complete -c tallyroom-cli -n "__fish_seen_subcommand_from duplicates" -l min-size -x \
     -d "Plus petite taille considérée, en octets"
 complete -c tallyroom-cli -n "__fish_seen_subcommand_from build-caches" -l ecosystems -x \

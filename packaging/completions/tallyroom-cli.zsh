@@ -25,7 +25,11 @@ _tallyroom_cli() {
     local -a options=($help '--format=[forme du résultat]:forme:(table csv json)')
     [[ $line[1] == volumes ]] || options+=('--quiet[ne pas montrer la progression]' '1:dossier:_files -/')
     case $line[1] in
-        largest) options+=('--limit=[nombre de fichiers à garder]:nombre: ') ;;
+        largest)
+            options+=('--limit=[nombre de fichiers à garder]:nombre: '
+                '--kind=[seulement ce type]:type:(image video audio archive code document spreadsheet data diskImage other)'
+                '--older-than=[seulement les plus anciens]:âge:(1w 1m 3m 6m 1y)')
+            ;;
         duplicates) options+=('--min-size=[plus petite taille considérée]:octets: ') ;;
         build-caches)
             options+=('--ecosystems=[écosystèmes cherchés]:écosystèmes:_sequence -s , compadd - javascript rust python jvm php xcode')

@@ -135,6 +135,41 @@ TEST_F(SearchToolsTest, TheChipOfAKindThatIsGoneStaysUntilItIsLetGoOf)
     EXPECT_FALSE(tool.isFiltering());
 }
 
+TEST_F(SearchToolsTest, AKindOrAnAgeThatTheLimitHasCutOffIsSearchedAgain)
+{
+    const TemporaryTree tree{file("film.mp4", 90'000), file("other.mp4", 80'000), file("a.jpg", 50'000),
+                             file("old.jpg", 40'000).modifiedAt(1'600'000'000)};
+    LargeFilesViewModel tool{deletions};
+    const std::unique_ptr<ListToolScreen> screen{makeLargeFilesScreen(tool)};
+    const auto shown = [&](const std::optional<std::string>& kind, const std::optional<AgeThreshold>& age) {
+        tool.setCategory(kind);
+        tool.setAge(age);
+        waitForScan(tool);
+        return below(tree, tool.filteredEntries());
+    };
+    tool.setLimit(3);
+    show(*screen, tool, tree.url());
+    EXPECT_THAT(shown("image", {}), ElementsAre("a.jpg", "old.jpg"));
+    EXPECT_NE(visibleButton(*screen, QStringLiteral("Vidéos · 2")), nullptr) << "the way to another kind";
+    EXPECT_THAT(shown("image", AgeThreshold::oneYear), ElementsAre("old.jpg"));
+    EXPECT_THAT(shown("video", AgeThreshold::oneYear), ElementsAre());
+    visibleButton(*screen, QStringLiteral("Effacer le filtre"))->click();
+    waitForScan(tool);
+    EXPECT_THAT(below(tree, tool.entries()), ElementsAre("film.mp4", "other.mp4", "a.jpg"));
+
+    tool.setLimit(4);
+    waitForScan(tool);
+    tool.setLimit(5);
+    waitForScan(tool);
+    const QSignalSpy states{&tool, &FolderTool::stateChanged};
+    EXPECT_THAT(shown("video", {}), ElementsAre("film.mp4", "other.mp4"));
+    EXPECT_TRUE(states.isEmpty()) << "a list that holds all files need not be made again";
+    tool.openLargestOf(tree.url(), FileKind::image);
+    ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged, [&] { return tool.isScanning(); }));
+    waitForScan(tool);
+    EXPECT_THAT(below(tree, tool.entries()), ElementsAre("a.jpg", "old.jpg"));
+}
+
 TEST_F(SearchToolsTest, OnlyItsOwnBoxChecksWhatNothingProvesToBeACache)
 {
     const TemporaryTree tree{file("a/package.json", 2), file("a/dist/x", 90'000),

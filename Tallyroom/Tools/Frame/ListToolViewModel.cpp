@@ -10,6 +10,7 @@
 #include <chrono>
 #include <iterator>
 #include <tuple>
+#include <utility>
 
 namespace tallyroom {
 
@@ -47,8 +48,15 @@ std::function<bool(const Entry&)> ListToolViewModel::filter() const
 void ListToolViewModel::setCategory(const std::optional<std::string>& category)
 {
     if (m_categoryOf && assignIfChanged(m_category, category)) {
+        categoryChosen();
         Q_EMIT categoryChanged();
     }
+}
+
+void ListToolViewModel::openCategory(FileUrl root, std::string category)
+{
+    m_categoryToOpen = std::move(category);
+    open(std::move(root));
 }
 
 CategoryCounts ListToolViewModel::categoryCounts() const
@@ -69,7 +77,8 @@ void ListToolViewModel::clearFilter()
 
 void ListToolViewModel::rootChosen(PropertyUpdate& update)
 {
-    update.assign(m_category, std::nullopt, &ListToolViewModel::categoryChanged);
+    update.assign(m_category, std::exchange(m_categoryToOpen, std::nullopt),
+                  &ListToolViewModel::categoryChanged);
 }
 
 EntryList ListToolViewModel::filteredEntries() const

@@ -46,14 +46,17 @@ public:
     void setCategory(const std::optional<std::string>& category);
 
     /// How many `entries` there are of each category; none where the tool knows no categories.
-    [[nodiscard]] CategoryCounts categoryCounts() const;
+    [[nodiscard]] virtual CategoryCounts categoryCounts() const;
+
+    /// Opens `root` with the list narrowed down to a category from the start.
+    void openCategory(FileUrl root, std::string category);
 
     [[nodiscard]] bool isFiltering() const override;
     void clearFilter() override;
 
     /// Whether an entry contains the search text and is of the category; empty while there is neither. A copy
     /// of what it needs: it may be called on any thread.
-    [[nodiscard]] std::function<bool(const Entry&)> filter() const;
+    [[nodiscard]] virtual std::function<bool(const Entry&)> filter() const;
 
     /// `entries` that the filter lets through, in the same order. Linear in the list.
     [[nodiscard]] EntryList filteredEntries() const;
@@ -85,6 +88,8 @@ public:
 
 Q_SIGNALS:
     void categoryChanged();
+    /// An option of the tool's own changed what `filter` lets through.
+    void filterChanged();
     void runningChanged();
 
 protected:
@@ -99,6 +104,9 @@ protected:
     void startScan(PropertyUpdate& update) override;
     void dropScan(PropertyUpdate& update) override;
     void rootChosen(PropertyUpdate& update) override;
+
+    /// The category was chosen anew, but not by the choice of a root.
+    virtual void categoryChosen() {}
 
     /// Whether an item that is back belongs to the list for sure, also one that was never listed.
     [[nodiscard]] virtual bool lists(const Entry& /*entry*/) const { return false; }
@@ -121,6 +129,7 @@ private:
     ScanBeginning m_beginning;
     CategoryOf m_categoryOf;
     std::optional<std::string> m_category;
+    std::optional<std::string> m_categoryToOpen; // for the root that is about to be chosen
     EntryList m_entries;
     std::int64_t m_scanCompleted = 0;
     std::int64_t m_scanTotal = 0;

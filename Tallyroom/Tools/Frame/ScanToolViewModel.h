@@ -93,6 +93,9 @@ public:
     /// Whether a filter may hide entries.
     [[nodiscard]] virtual bool isFiltering() const { return !m_searchText.isEmpty(); }
 
+    /// Whether the scan did not look for what the filter hides: its list may then be empty because of that.
+    [[nodiscard]] virtual bool hasNarrowedScan() const { return false; }
+
     /// Shows everything again.
     virtual void clearFilter() { setSearchText({}); }
 

@@ -83,6 +83,9 @@ QWidget* ToolPages::page(bool isPatient, bool hidesEverything) const
         return isEmpty && !m_tool.isShowingRunning() && !isPatient ? static_cast<QWidget*>(m_scanning)
                                                                    : m_lists;
     case ToolState::Phase::loaded:
+        if (isEmpty && m_tool.hasNarrowedScan() && m_tool.scanEnd().isComplete()) {
+            return m_noMatch;
+        }
         if (isEmpty) {
             return m_empty;
         }

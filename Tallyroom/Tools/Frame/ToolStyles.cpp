@@ -34,11 +34,15 @@ ListToolStyle projects(const std::string& icon, const QString& title, const QStr
     ListToolStyle style = search(icon, title, message);
     style.table.name = projectName;
     style.table.symbol = [icon](const Entry&) { return icon; };
-    style.table.columns.push_back(
-        {QStringLiteral("Modifié"), 130,
-         [](const Entry& entry) { return ageText(entry.modifiedAt, std::chrono::system_clock::now()); },
-         modifiedAtSortKey});
+    style.table.columns.push_back(ageColumn());
     return style;
+}
+
+EntryTableColumn ageColumn()
+{
+    return {QStringLiteral("Modifié"), 130,
+            [](const Entry& entry) { return ageText(entry.modifiedAt, std::chrono::system_clock::now()); },
+            modifiedAtSortKey};
 }
 
 std::vector<EntryBadge> markBadges(const Entry& entry)

@@ -20,6 +20,9 @@ namespace ToolStyles {
 /// age.
 [[nodiscard]] ListToolStyle projects(const std::string& icon, const QString& title, const QString& message);
 
+/// The column with the age of an entry.
+[[nodiscard]] EntryTableColumn ageColumn();
+
 /// A badge for each mark of an entry.
 [[nodiscard]] std::vector<EntryBadge> markBadges(const Entry& entry);
 
