@@ -78,6 +78,11 @@ LargeFilesViewModel::LargeFilesViewModel(DeletionRunner& deletions)
         }
         m_isCut = m_isCut || static_cast<std::int64_t>(entries().size()) >= m_limit;
     });
+    connect(this, &FolderTool::stateChanged, this, [this] {
+        if (state() == ToolState::loaded()) {
+            scanWhereNeeded();
+        }
+    });
 }
 
 void LargeFilesViewModel::setLimit(std::int64_t limit)
@@ -113,9 +118,9 @@ void LargeFilesViewModel::openLargestOf(const FileUrl& folder, FileKind kind)
 void LargeFilesViewModel::rootChosen(PropertyUpdate& update)
 {
     m_kindCounts.clear();
-    m_scanned = {};
     ListToolViewModel::rootChosen(update);
     update.assign(m_age, std::nullopt, &LargeFilesViewModel::ageChanged);
+    m_toScan = wanted();
     update.announce(&ListToolViewModel::filterChanged);
 }
 
@@ -129,9 +134,11 @@ void LargeFilesViewModel::scanWhereNeeded()
     if (state() == ToolState::idle()) {
         return;
     }
-    // A list that the user stopped is no reason for a scan as long as it may hold what is wanted.
-    const bool mayLackSome = isScanning() || (m_isCut && scanEnd().isComplete());
-    if (!m_scanned.contains(wanted()) || (mayLackSome && wanted() != m_scanned)) {
+    // Whether a running scan will lack some is known at its end; and one that the user stopped is no reason
+    // for another as long as it may hold what is wanted.
+    const bool lacksSome = m_isCut && scanEnd().isComplete();
+    if (!m_scanned.contains(wanted()) || (lacksSome && wanted() != m_scanned)) {
+        m_toScan = wanted();
         scan();
     }
 }
@@ -174,7 +181,7 @@ ScanLine LargeFilesViewModel::scanLine() const
 
 FileScanner::ScanStream LargeFilesViewModel::startStream()
 {
-    m_scanned = wanted();
+    m_scanned = m_toScan;
     m_isCut = false;
     FileScanner::FileCriteria criteria;
     if (m_scanned.kind) {

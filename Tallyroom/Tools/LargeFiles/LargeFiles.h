@@ -75,6 +75,7 @@ private:
     std::int64_t m_limit;
     std::optional<AgeThreshold> m_age;
     Narrowing m_scanned;         // what the list was searched for
+    Narrowing m_toScan;          // what the next one is to be searched for
     bool m_isCut = false;        // the list reached the limit: there may be more
     CategoryCounts m_kindCounts; // before the scan left kinds out
 };
