@@ -18,7 +18,7 @@ CategoryChips::CategoryChips(const std::vector<Chip>& chips, QWidget* parent) : 
         auto* const button = new QPushButton(chip.label);
         button->setIcon(SymbolIcon::icon(chip.symbol));
         button->setCheckable(true);
-        Theme::dress(button, Theme::Button::chip);
+        Theme::style(button, Theme::Button::chip);
         button->setIconSize({Theme::smallIconSize + Theme::gap / 2, Theme::smallIconSize});
         connect(button, &QPushButton::clicked, this, [this, category = chip.category](bool isOn) {
             Q_EMIT chosen(isOn ? std::optional{category} : std::nullopt);

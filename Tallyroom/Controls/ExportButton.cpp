@@ -6,7 +6,7 @@ namespace tallyroom {
 
 ExportButton::ExportButton(QWidget* parent) : QPushButton(QStringLiteral("Exporter"), parent)
 {
-    Theme::dress(this, Theme::Button::plain);
+    Theme::style(this, Theme::Button::plain);
     setIcon(SymbolIcon::icon("square.and.arrow.up"));
     setEntryCount(0);
 }

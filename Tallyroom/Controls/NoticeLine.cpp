@@ -20,7 +20,7 @@ NoticeLine::NoticeLine(QWidget* parent)
     row->addWidget(m_symbol);
     row->addWidget(m_text, 1);
     row->addWidget(m_action);
-    Theme::dress(m_action, Theme::Button::plain);
+    Theme::style(m_action, Theme::Button::plain);
     connect(m_action, &QPushButton::clicked, this, &NoticeLine::actionRequested);
     connect(&Theme::shared(), &Theme::changed, this, &NoticeLine::showColours);
     showColours();

@@ -12,7 +12,7 @@ OptionMenu::OptionMenu(Choices choices, std::function<QString()> title, QWidget*
 {
     m_group->setExclusionPolicy(choices == Choices::one ? QActionGroup::ExclusionPolicy::Exclusive
                                                         : QActionGroup::ExclusionPolicy::None);
-    Theme::dress(this, Theme::Button::plain);
+    Theme::style(this, Theme::Button::plain);
     connect(menu(), &QMenu::aboutToShow, this, &OptionMenu::showCurrent);
     showTitle();
 }

@@ -19,7 +19,7 @@ constexpr int steps = 10'000;
 QLabel* secondaryLabel(QWidget* parent)
 {
     auto* const label = new QLabel{parent};
-    Theme::dress(label, Theme::Text::secondary);
+    Theme::style(label, Theme::Text::secondary);
     return label;
 }
 

@@ -26,8 +26,8 @@ SelectionBar::SelectionBar(QWidget* parent)
       m_selectAll(new QPushButton{this}), m_clear(new QPushButton{this}),
       m_delete(new QPushButton{QStringLiteral("Supprimer…"), this})
 {
-    Theme::dress(this, Theme::Surface::bar);
-    Theme::dress(m_size, Theme::Text::secondary);
+    Theme::style(this, Theme::Surface::bar);
+    Theme::style(m_size, Theme::Text::secondary);
     setUpButtons();
     auto* const line = new QHBoxLayout{this};
     line->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
@@ -52,7 +52,7 @@ void SelectionBar::setUpButtons()
 {
     m_selectAll->setAccessibleName(selectAllText);
     m_clear->setAccessibleName(clearText);
-    Theme::dress(m_delete, Theme::Button::danger);
+    Theme::style(m_delete, Theme::Button::danger);
     m_delete->setIcon(SymbolIcon::icon("trash", Theme::Colour::danger));
     connect(m_selectAll, &QPushButton::clicked, this, [this] { Q_EMIT selectAllRequested(); });
     connect(m_clear, &QPushButton::clicked, this, [this] { Q_EMIT clearRequested(); });
@@ -70,7 +70,7 @@ void SelectionBar::setSelection(std::int64_t count, std::int64_t bytes)
         m_count->setText(NumberText::plural(count, QStringLiteral("sélectionné")));
         m_size->setText(QStringLiteral("· %1").arg(sizeText(bytes)));
     }
-    Theme::dress(m_count, m_isEmpty ? Theme::Text::secondary : Theme::Text::strong);
+    Theme::style(m_count, m_isEmpty ? Theme::Text::secondary : Theme::Text::strong);
     m_delete->setEnabled(count >= 1);
     showSymbol();
 }
@@ -110,7 +110,7 @@ void SelectionBar::showWords(bool areShown)
         button->setText(areShown ? words : QString{});
         button->setIcon(areShown ? QIcon{} : SymbolIcon::icon(symbol));
         button->setToolTip(areShown ? QString{} : words);
-        Theme::dress(button, areShown ? Theme::Button::plain : Theme::Button::icon);
+        Theme::style(button, areShown ? Theme::Button::plain : Theme::Button::icon);
     }
 }
 

@@ -16,8 +16,8 @@ DeletionQuestion::DeletionQuestion(const QString& title, QWidget* parent)
     setWindowTitle(title);
     setAttribute(Qt::WA_DeleteOnClose);
     auto* const heading = new QLabel(title);
-    Theme::dress(heading, Theme::Text::title);
-    Theme::dress(m_cancel, Theme::Button::plain);
+    Theme::style(heading, Theme::Text::title);
+    Theme::style(m_cancel, Theme::Button::plain);
     connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     m_texts->setSpacing(Theme::gap);
     m_texts->addWidget(heading);
@@ -36,7 +36,7 @@ QLabel* DeletionQuestion::addText(const QString& text)
 {
     auto* const label = new QLabel(text);
     label->setTextFormat(Qt::PlainText);
-    Theme::dress(label, Theme::Text::body);
+    Theme::style(label, Theme::Text::body);
     addWidget(label);
     return label;
 }
@@ -56,7 +56,7 @@ void DeletionQuestion::addWidget(QWidget* widget)
 QPushButton* DeletionQuestion::addChoice(const QString& text)
 {
     auto* const button = new QPushButton(text, this);
-    Theme::dress(button, Theme::Button::danger);
+    Theme::style(button, Theme::Button::danger);
     m_buttons->insertWidget(m_buttons->count() - 1, button);
     setTabOrder(button, m_cancel); // which was there first
     return button;

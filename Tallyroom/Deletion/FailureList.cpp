@@ -22,7 +22,7 @@ FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failure
             : QStringLiteral("Éléments laissés en place (%1)").arg(NumberText::grouped(failures.size()));
     setWindowTitle(title);
     auto* const heading = new QLabel(title);
-    Theme::dress(heading, Theme::Text::title);
+    Theme::style(heading, Theme::Text::title);
     heading->setMinimumHeight(Theme::headerHeight); // the accent of a capital reaches above the line
     auto* const list = new QPlainTextEdit;
     list->setReadOnly(true);

@@ -25,7 +25,7 @@ ReclaimLine::ReclaimLine(std::vector<Entry> entries, QWidget* parent)
 {
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
-    Theme::dress(this, Theme::Text::body);
+    Theme::style(this, Theme::Text::body);
     const std::int64_t size = totalSize(entries);
     const auto measure = [entries = std::move(entries), stop = m_stop.get_token()] {
         return measureReclaim(entries, stop);

@@ -39,11 +39,11 @@ StatusBanner::StatusBanner(QWidget* parent)
 {
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
-    Theme::dress(m_details, Theme::Button::plain);
-    Theme::dress(m_undo, Theme::Button::plain);
-    Theme::dress(m_deleteTrashed, Theme::Button::plain);
-    Theme::dress(m_stop, Theme::Button::plain);
-    Theme::dress(m_close, Theme::Button::quiet);
+    Theme::style(m_details, Theme::Button::plain);
+    Theme::style(m_undo, Theme::Button::plain);
+    Theme::style(m_deleteTrashed, Theme::Button::plain);
+    Theme::style(m_stop, Theme::Button::plain);
+    Theme::style(m_close, Theme::Button::quiet);
     m_close->setIcon(SymbolIcon::icon("xmark", Theme::Colour::secondary));
     m_close->setAccessibleName(QStringLiteral("Fermer le message"));
     m_close->setToolTip(m_close->accessibleName());
@@ -137,7 +137,7 @@ void StatusBanner::showSymbol()
 {
     const bool hasFailed = m_tone == ReportTone::failed;
     const QColor colour = Theme::shared().colour(hasFailed ? Theme::Colour::danger : Theme::Colour::done);
-    Theme::dress(this, hasFailed ? Theme::Surface::alert : Theme::Surface::banner);
+    Theme::style(this, hasFailed ? Theme::Surface::alert : Theme::Surface::banner);
     const char* const symbol = hasFailed ? "exclamationmark.triangle" : "checkmark.circle.fill";
     m_symbol->setPixmap(SymbolIcon::pixmap(symbol, colour, Theme::iconSize, devicePixelRatioF()));
     QPalette palette = m_text->palette();

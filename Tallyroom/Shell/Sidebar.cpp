@@ -79,9 +79,9 @@ Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
     : QWidget(parent), m_list(new ToolList)
 {
     setFixedWidth(Theme::sidebarWidth);
-    Theme::dress(this, Theme::Surface::side);
+    Theme::style(this, Theme::Surface::side);
     auto* const title = new QLabel(QStringLiteral("Outils"));
-    Theme::dress(title, Theme::Text::section);
+    Theme::style(title, Theme::Text::section);
     title->setIndent(inset + Theme::gap);
 
     m_list->setAccessibleName(title->text());
@@ -90,7 +90,7 @@ Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
     m_list->setMouseTracking(true);
     m_list->setUniformItemSizes(true);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    Theme::dress(m_list, Theme::Surface::side);
+    Theme::style(m_list, Theme::Surface::side);
     for (const ToolDescriptor& tool : tools) {
         auto* const item = new QListWidgetItem(tool.name, m_list);
         item->setData(idRole, tool.id);

@@ -13,7 +13,7 @@ namespace tallyroom {
 [[nodiscard]] QString toSentence(std::string_view reason);
 
 /// `text` for a tool tip, which the toolkit reads as rich text when it looks like it: shown letter by letter
-/// whatever it holds. For every tool tip with a name in it; labels are plain by `Theme::dress`.
+/// whatever it holds. For every tool tip with a name in it; labels are plain by `Theme::style`.
 [[nodiscard]] QString plainToolTip(const QString& text);
 
 } // namespace tallyroom

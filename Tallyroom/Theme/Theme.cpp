@@ -263,7 +263,7 @@ QFont Theme::small() const
     return font(11, QFont::Normal);
 }
 
-void Theme::dress(QAbstractButton* button, Button look)
+void Theme::style(QAbstractButton* button, Button look)
 {
     static constexpr std::array names{"plain", "icon", "primary", "prominent", "danger", "quiet",
                                       "row",   "card", "chip",    "first",     "last"};
@@ -275,14 +275,14 @@ void Theme::dress(QAbstractButton* button, Button look)
     button->setIconSize({button->text().isEmpty() ? iconSize : iconSize + gap / 2, iconSize});
 }
 
-void Theme::dress(QLabel* label, Text look)
+void Theme::style(QLabel* label, Text look)
 {
     static constexpr std::array names{"body", "strong", "title", "heading", "section", "secondary", "small"};
     label->setTextFormat(Qt::PlainText); // names may look like markup
     setLook(label, "tallyText", QString::fromLatin1(names.at(static_cast<std::size_t>(look))));
 }
 
-void Theme::dress(QWidget* widget, Surface surface)
+void Theme::style(QWidget* widget, Surface surface)
 {
     static constexpr std::array names{"window", "side", "bar", "card", "banner", "alert"};
     widget->setAttribute(Qt::WA_StyledBackground);

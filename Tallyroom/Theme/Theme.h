@@ -122,18 +122,18 @@ public:
     [[nodiscard]] QFont strong() const;  ///< body, semibold
     [[nodiscard]] QFont small() const;   ///< 11 pixels
 
-    /// Dresses a button, a label or a plain widget; stays right when the theme changes.
-    /// The text of a button is set before.
-    static void dress(QAbstractButton* button, Button look);
-    static void dress(QLabel* label, Text look);
-    static void dress(QWidget* widget, Surface surface);
+    /// Gives a button, a label or a plain widget its look, which follows the theme. Set the text of a button
+    /// first.
+    static void style(QAbstractButton* button, Button look);
+    static void style(QLabel* label, Text look);
+    static void style(QWidget* widget, Surface surface);
 
     /// Applies palette, style sheet and fonts to the whole application, and follows the desktop's changes.
     /// TALLYROOM_THEME=light or dark in the environment holds one of them.
     void apply();
 
 Q_SIGNALS:
-    /// Light became dark, the accent or the font changed: whoever keeps drawn pictures draws them anew.
+    /// Light became dark, the accent or the font changed: drawn pictures are to be drawn again.
     void changed();
 
 protected:

@@ -20,8 +20,8 @@ MessagePage::MessagePage(std::string symbol, QWidget* parent)
     : QWidget(parent), m_symbolName(std::move(symbol)), m_symbol(new QLabel), m_title(new QLabel),
       m_message(new QLabel), m_actions(new QHBoxLayout)
 {
-    Theme::dress(m_title, Theme::Text::title);
-    Theme::dress(m_message, Theme::Text::secondary);
+    Theme::style(m_title, Theme::Text::title);
+    Theme::style(m_message, Theme::Text::secondary);
     m_message->setTextFormat(Qt::PlainText);
     m_message->setWordWrap(true);
     m_actions->setSpacing(Theme::gap);
@@ -57,7 +57,7 @@ QPushButton* MessagePage::addAction(const QString& text)
 {
     auto* const button = new QPushButton(text);
     const bool isFirst = m_actions->count() == 2;
-    Theme::dress(button, isFirst ? Theme::Button::primary : Theme::Button::plain);
+    Theme::style(button, isFirst ? Theme::Button::primary : Theme::Button::plain);
     m_actions->insertWidget(m_actions->count() - 1, button);
     return button;
 }

@@ -24,7 +24,7 @@ public:
         : QPushButton(parent), m_name(FileUrlText::display(location.lastPathComponent())),
           m_path(FileUrlText::display(location)), m_location(location)
     {
-        Theme::dress(this, Theme::Button::row);
+        Theme::style(this, Theme::Button::row);
         setFixedHeight(Theme::tallRowHeight);
         setToolTip(plainToolTip(m_path));
         setAccessibleName(m_name);
@@ -110,7 +110,7 @@ void RecentFolderList::setRecents(const std::vector<FileUrl>& recents)
     rows->setContentsMargins(0, 3 * Theme::gap, 0, 0);
     rows->setSpacing(Theme::gap - 2);
     auto* const title = new QLabel{QStringLiteral("Récents")};
-    Theme::dress(title, Theme::Text::section);
+    Theme::style(title, Theme::Text::section);
     rows->addWidget(title);
     for (std::size_t place = 0; place < std::min(recents.size(), shownCount); ++place) {
         const FileUrl& location = recents[place];

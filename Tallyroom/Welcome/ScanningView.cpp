@@ -18,7 +18,7 @@ ScanningView::ScanningView(const QString& message, QWidget* parent)
     layout->addWidget(new Spinner{Theme::controlHeight, this}, 0, Qt::AlignHCenter);
     layout->addWidget(m_message);
     layout->addStretch();
-    Theme::dress(m_message, Theme::Text::secondary);
+    Theme::style(m_message, Theme::Text::secondary);
     m_message->setAlignment(Qt::AlignCenter);
     m_message->setWordWrap(true);
     setMessage(message);

@@ -22,7 +22,7 @@ QLabel* addCentredText(QVBoxLayout& column, const QString& text, Theme::Text loo
     label->setTextFormat(Qt::PlainText);
     label->setAlignment(Qt::AlignCenter);
     label->setWordWrap(true);
-    Theme::dress(label, look);
+    Theme::style(label, look);
     column.addWidget(label);
     return label;
 }
@@ -55,8 +55,8 @@ ToolWelcome::ToolWelcome(Content content, QWidget* parent)
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWidget(page);
-    Theme::dress(page, Theme::Surface::window);
-    Theme::dress(this, Theme::Surface::window);
+    Theme::style(page, Theme::Surface::window);
+    Theme::style(this, Theme::Surface::window);
     setAccessibleName(m_content.title);
     connect(&Theme::shared(), &Theme::changed, this, &ToolWelcome::showSymbols);
     connect(m_recents, &RecentFolderList::requested, this, &ToolWelcome::recentRequested);
@@ -87,7 +87,7 @@ void ToolWelcome::addHint(QVBoxLayout& column)
     auto* const hint = new QLabel{*m_content.hint};
     hint->setTextFormat(Qt::PlainText);
     hint->setWordWrap(true);
-    Theme::dress(hint, Theme::Text::secondary);
+    Theme::style(hint, Theme::Text::secondary);
     // Beside its symbol the hint is as wide as its text, and wraps only where that has no room.
     const int wanted = QFontMetrics{Theme::shared().body()}.horizontalAdvance(*m_content.hint) + Theme::gap;
     hint->setMaximumWidth(std::min(wanted, Theme::messageWidth));
@@ -104,7 +104,7 @@ void ToolWelcome::addHint(QVBoxLayout& column)
 void ToolWelcome::addAction(QVBoxLayout& column)
 {
     auto* const action = new QPushButton{m_content.actionTitle};
-    Theme::dress(action, Theme::Button::prominent);
+    Theme::style(action, Theme::Button::prominent);
     connect(action, &QPushButton::clicked, this, [this] { Q_EMIT actionRequested(); });
     column.addSpacing(Theme::gap);
     column.addWidget(action, 0, Qt::AlignHCenter);

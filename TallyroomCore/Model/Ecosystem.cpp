@@ -8,9 +8,7 @@ namespace tallyroom {
 namespace {
 
 struct EcosystemRow {
-    std::string_view rawValue;
-    std::string_view displayName;
-    std::string_view symbolName;
+    CaseNames names;
     std::span<const CacheFolder> folders;
 };
 
@@ -62,23 +60,17 @@ constexpr std::array<CacheFolder, 1> xcodeFolders{{{"DerivedData", "xcodebuild",
 
 /// In the order of the cases.
 constexpr std::array<EcosystemRow, 6> ecosystemRows{{
-    {"javascript", "JavaScript", "shippingbox", javascriptFolders},
-    {"rust", "Rust", "gearshape.2", rustFolders},
-    {"python", "Python", "ladybug", pythonFolders},
-    {"jvm", "JVM / Gradle", "cup.and.saucer", jvmFolders},
-    {"php", "PHP", "chevron.left.forwardslash.chevron.right", phpFolders},
-    {"xcode", "Xcode", "hammer", xcodeFolders},
+    {{"javascript", "JavaScript", "shippingbox"}, javascriptFolders},
+    {{"rust", "Rust", "gearshape.2"}, rustFolders},
+    {{"python", "Python", "ladybug"}, pythonFolders},
+    {{"jvm", "JVM / Gradle", "cup.and.saucer"}, jvmFolders},
+    {{"php", "PHP", "chevron.left.forwardslash.chevron.right"}, phpFolders},
+    {{"xcode", "Xcode", "hammer"}, xcodeFolders},
 }};
 
 } // namespace
 
 constinit const std::array<Ecosystem, 6> Ecosystem::all{javascript, rust, python, jvm, php, xcode};
-
-std::optional<Ecosystem> Ecosystem::fromRawValue(std::string_view text)
-{
-    const auto* const found = std::ranges::find(all, text, &Ecosystem::rawValue);
-    return found != all.end() ? std::optional{*found} : std::nullopt;
-}
 
 std::optional<Ecosystem> Ecosystem::first(std::string_view name)
 {
@@ -120,19 +112,9 @@ FolderNames Ecosystem::ruleNames(const std::set<Ecosystem>& ecosystems)
     return names;
 }
 
-std::string_view Ecosystem::rawValue() const noexcept
+const CaseNames& Ecosystem::namesAt(std::size_t index) noexcept
 {
-    return ecosystemRows[index()].rawValue;
-}
-
-std::string_view Ecosystem::displayName() const noexcept
-{
-    return ecosystemRows[index()].displayName;
-}
-
-std::string_view Ecosystem::symbolName() const noexcept
-{
-    return ecosystemRows[index()].symbolName;
+    return ecosystemRows[index].names;
 }
 
 } // namespace tallyroom

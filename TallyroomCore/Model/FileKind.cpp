@@ -9,27 +9,25 @@ namespace tallyroom {
 namespace {
 
 struct KindRow {
-    std::string_view rawValue;
-    std::string_view displayName;
-    std::string_view symbolName;
+    CaseNames names;
     std::string_view extensions; // separated by one space
 };
 
 /// In the order of the cases.
 constexpr std::array<KindRow, 11> kindRows{{
-    {"folder", "Dossiers", "folder.fill", ""},
-    {"image", "Images", "photo", "jpg jpeg png gif heic heif webp bmp tiff tif svg ico"},
-    {"video", "Vidéos", "film", "mp4 mov avi mkv webm m4v wmv flv"},
-    {"audio", "Audio", "music.note", "mp3 wav aac flac m4a ogg aiff"},
-    {"archive", "Archives", "archivebox", "zip tar gz tgz bz2 7z rar xz zst"},
-    {"code", "Code", "chevron.left.forwardslash.chevron.right",
+    {{"folder", "Dossiers", "folder.fill"}, ""},
+    {{"image", "Images", "photo"}, "jpg jpeg png gif heic heif webp bmp tiff tif svg ico"},
+    {{"video", "Vidéos", "film"}, "mp4 mov avi mkv webm m4v wmv flv"},
+    {{"audio", "Audio", "music.note"}, "mp3 wav aac flac m4a ogg aiff"},
+    {{"archive", "Archives", "archivebox"}, "zip tar gz tgz bz2 7z rar xz zst"},
+    {{"code", "Code", "chevron.left.forwardslash.chevron.right"},
      "swift js mjs cjs ts tsx jsx py rb go rs java kt c cpp cc h hpp cs php html "
      "css scss json yaml yml toml sh bash zsh"},
-    {"document", "Documents", "doc.text", "pdf doc docx txt md rtf pages key odt"},
-    {"spreadsheet", "Tableurs", "tablecells", "xls xlsx csv tsv numbers"},
-    {"data", "Données", "cylinder.split.1x2", "sql db sqlite sqlite3 log dat bin parquet"},
-    {"diskImage", "Images disque", "opticaldiscdrive", "dmg iso pkg img"},
-    {"other", "Autres", "doc", ""},
+    {{"document", "Documents", "doc.text"}, "pdf doc docx txt md rtf pages key odt"},
+    {{"spreadsheet", "Tableurs", "tablecells"}, "xls xlsx csv tsv numbers"},
+    {{"data", "Données", "cylinder.split.1x2"}, "sql db sqlite sqlite3 log dat bin parquet"},
+    {{"diskImage", "Images disque", "opticaldiscdrive"}, "dmg iso pkg img"},
+    {{"other", "Autres", "doc"}, ""},
 }};
 
 using ExtensionMap = std::unordered_map<std::string_view, FileKind>;
@@ -55,12 +53,6 @@ constexpr std::size_t longestExtension = 7;
 const std::array<FileKind, 11> FileKind::all{folder,   image,       video, audio,     archive, code,
                                              document, spreadsheet, data,  diskImage, other};
 
-std::optional<FileKind> FileKind::fromRawValue(std::string_view text)
-{
-    const auto* const found = std::ranges::find(all, text, &FileKind::rawValue);
-    return found != all.end() ? std::optional{*found} : std::nullopt;
-}
-
 FileKind FileKind::of(const Entry& entry)
 {
     return entry.isDirectory ? FileKind{folder} : of(entry.url.pathExtension());
@@ -81,19 +73,9 @@ FileKind FileKind::of(std::string_view extension)
     return found == map.end() ? FileKind{other} : found->second;
 }
 
-std::string_view FileKind::rawValue() const noexcept
+const CaseNames& FileKind::namesAt(std::size_t index) noexcept
 {
-    return kindRows[index()].rawValue;
-}
-
-std::string_view FileKind::displayName() const noexcept
-{
-    return kindRows[index()].displayName;
-}
-
-std::string_view FileKind::symbolName() const noexcept
-{
-    return kindRows[index()].symbolName;
+    return kindRows[index].names;
 }
 
 } // namespace tallyroom

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Model/ClosedSet.h"
 #include "Model/Entry.h"
 
 #include <array>
@@ -11,7 +12,7 @@
 namespace tallyroom {
 
 /// The category that decides an entry's icon, label and colour. Any thread.
-class FileKind {
+class FileKind : public ClosedSet<FileKind> {
 public:
     enum class Value : unsigned char {
         folder,
@@ -31,15 +32,12 @@ public:
     /// Every kind, in the order of declaration.
     static const std::array<FileKind, 11> all;
 
-    constexpr FileKind(Value value) noexcept : m_value(value) {} // NOLINT: a kind is its value
+    // NOLINTBEGIN(google-explicit-constructor): a kind is its value, and switch sees the cases.
+    constexpr FileKind(Value value) noexcept : ClosedSet(std::to_underlying(value)) {}
 
-    constexpr operator Value() const noexcept { return m_value; } // NOLINT: so that switch sees the cases
+    constexpr operator Value() const noexcept { return static_cast<Value>(index()); }
 
-    /// Its place in `all`.
-    [[nodiscard]] constexpr std::size_t index() const noexcept { return std::to_underlying(m_value); }
-
-    /// The kind whose raw value is `text`, letter by letter; nothing for any other text.
-    [[nodiscard]] static std::optional<FileKind> fromRawValue(std::string_view text);
+    // NOLINTEND(google-explicit-constructor)
 
     /// `folder` for a folder whatever its name; else the kind of the last component's extension.
     [[nodiscard]] static FileKind of(const Entry& entry);
@@ -47,17 +45,10 @@ public:
     /// The kind of a bare extension in any letter case; a leading dot is not removed. `other` when unknown.
     [[nodiscard]] static FileKind of(std::string_view extension);
 
-    /// The case's name.
-    [[nodiscard]] std::string_view rawValue() const noexcept;
-
-    /// The French name of the kind's files, in the plural.
-    [[nodiscard]] std::string_view displayName() const noexcept;
-
-    /// The name of the icon that stands for the kind.
-    [[nodiscard]] std::string_view symbolName() const noexcept;
-
 private:
-    Value m_value;
+    friend ClosedSet;
+
+    static const CaseNames& namesAt(std::size_t index) noexcept;
 };
 
 } // namespace tallyroom

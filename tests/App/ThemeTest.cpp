@@ -158,7 +158,7 @@ TEST_F(ThemeTest, EnterPressesEveryButtonAsSpaceDoes)
     for (const Theme::Button look :
          {plain, icon, primary, prominent, danger, quiet, row, card, chip, first, last}) {
         QPushButton button;
-        Theme::dress(&button, look);
+        Theme::style(&button, look);
         const QSignalSpy clicks{&button, &QPushButton::clicked};
         for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
             QTest::keyClick(&button, key);

@@ -37,7 +37,7 @@ QLabel* plainLabel(Theme::Text look)
 {
     auto* const label = new QLabel;
     label->setTextFormat(Qt::PlainText);
-    Theme::dress(label, look);
+    Theme::style(label, look);
     return label;
 }
 
@@ -54,7 +54,7 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(partsPatience);
-    Theme::dress(m_total, Theme::Text::secondary);
+    Theme::style(m_total, Theme::Text::secondary);
     makeLayout();
     connect(m_total, &LinkedLabel::linkRequested, this,
             [this] { UnreadList::open(m_dashboard.analysisEnd().unreadPlaces, this); });
@@ -84,7 +84,7 @@ QWidget* BreakdownPanel::makeHeader()
     auto* const header = new QWidget;
     auto* const choose = new QPushButton(QStringLiteral("Choisir un dossier…"));
     choose->setIcon(SymbolIcon::icon("folder"));
-    Theme::dress(choose, Theme::Button::plain);
+    Theme::style(choose, Theme::Button::plain);
     connect(choose, &QPushButton::clicked, this, &BreakdownPanel::folderRequested);
     auto* const recents = new FolderButton;
     recents->setIcon(SymbolIcon::icon("clock"));
@@ -102,11 +102,11 @@ QWidget* BreakdownPanel::makeHeader()
 QWidget* BreakdownPanel::makeCard()
 {
     auto* const card = new QWidget;
-    Theme::dress(card, Theme::Surface::card);
+    Theme::style(card, Theme::Surface::card);
     m_message->setAlignment(Qt::AlignCenter);
     m_message->setWordWrap(true);
     m_message->setMinimumHeight(Theme::tallRowHeight);
-    Theme::dress(m_resume, Theme::Button::plain);
+    Theme::style(m_resume, Theme::Button::plain);
     connect(m_resume, &QPushButton::clicked, &m_dashboard, &DashboardViewModel::resumeAnalysis);
     auto* const column = new QVBoxLayout(card);
     column->setContentsMargins(Theme::cardPadding, Theme::cardPadding, Theme::cardPadding,
@@ -147,7 +147,7 @@ QWidget* BreakdownPanel::makeProgress()
 {
     auto* const stop = new QPushButton(QStringLiteral("Arrêter"));
     stop->setIcon(SymbolIcon::icon("stop.fill"));
-    Theme::dress(stop, Theme::Button::plain);
+    Theme::style(stop, Theme::Button::plain);
     connect(stop, &QPushButton::clicked, &m_dashboard, &DashboardViewModel::cancelAnalysis);
     auto* const row = new QHBoxLayout(m_progress);
     row->setContentsMargins({});

@@ -76,7 +76,7 @@ void DashboardView::makeLayout()
     column->addSpacing(Theme::gap);
     column->addWidget(breakdown);
     column->addStretch(1);
-    Theme::dress(page, Theme::Surface::window);
+    Theme::style(page, Theme::Surface::window);
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFocusPolicy(Qt::NoFocus); // its parts take the keys, and hand on those that scroll
@@ -87,7 +87,7 @@ QWidget* DashboardView::makeHeader()
 {
     m_reload->setIcon(SymbolIcon::icon("arrow.clockwise"));
     m_reload->setToolTip(QStringLiteral("Recharger l'espace disque (instantané)"));
-    Theme::dress(m_reload, Theme::Button::plain);
+    Theme::style(m_reload, Theme::Button::plain);
     auto* const header = new QWidget;
     auto* const row = new QHBoxLayout(header);
     row->setContentsMargins({});
@@ -99,9 +99,9 @@ QWidget* DashboardView::makeHeader()
 
 QWidget* DashboardView::makeVolumes()
 {
-    Theme::dress(m_noVolume, Theme::Surface::card);
-    Theme::dress(m_noVolume, Theme::Text::secondary);
-    Theme::dress(m_unanswered, Theme::Text::secondary);
+    Theme::style(m_noVolume, Theme::Surface::card);
+    Theme::style(m_noVolume, Theme::Text::secondary);
+    Theme::style(m_unanswered, Theme::Text::secondary);
     m_noVolume->setAlignment(Qt::AlignCenter);
     // As high as the card that takes its place.
     const auto measure = [this] { m_noVolume->setFixedHeight(VolumeCard::cardHeight()); };

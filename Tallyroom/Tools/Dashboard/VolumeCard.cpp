@@ -60,13 +60,13 @@ int heightOf(const QFont& font)
 
 VolumeCard::VolumeCard(QWidget* parent) : QPushButton(parent), m_empty(new QPushButton(this))
 {
-    Theme::dress(m_empty, Theme::Button::plain);
+    Theme::style(m_empty, Theme::Button::plain);
     m_empty->setToolTip(emptyLabel);
     m_empty->setAccessibleName(emptyLabel);
     m_empty->hide();
     connect(m_empty, &QPushButton::clicked, this, &VolumeCard::emptyRequested);
     connect(&Theme::shared(), &Theme::changed, this, &VolumeCard::placeButton);
-    Theme::dress(this, Theme::Button::card);
+    Theme::style(this, Theme::Button::card);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 

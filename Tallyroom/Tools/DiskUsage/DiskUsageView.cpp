@@ -51,7 +51,7 @@ QPushButton* listButton(std::string_view symbol, const QString& name, Theme::But
     button->setIcon(SymbolIcon::icon(symbol));
     button->setAccessibleName(name);
     button->setToolTip(QStringLiteral("Basculer entre tableau et treemap"));
-    Theme::dress(button, look);
+    Theme::style(button, look);
     return button;
 }
 
@@ -82,7 +82,7 @@ QWidget* DiskUsageView::makeWayBack()
     m_back->setAccessibleName(QStringLiteral("Retour"));
     m_back->setToolTip(QStringLiteral("Retour"));
     m_back->setEnabled(m_navigator.canGoBack());
-    Theme::dress(m_back, Theme::Button::icon);
+    Theme::style(m_back, Theme::Button::icon);
     connect(m_back, &QPushButton::clicked, &m_navigator, &FolderNavigatorViewModel::goBack);
     connect(m_breadcrumb, &Breadcrumb::selected, &m_navigator, &FolderNavigatorViewModel::goTo);
     auto* const way = new QWidget;

@@ -82,7 +82,7 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table,
     addMinimumSizes();
     addKeepRules();
     m_checkRedundant->setIcon(SymbolIcon::icon("checkmark.circle.fill"));
-    Theme::dress(m_checkRedundant, Theme::Button::plain);
+    Theme::style(m_checkRedundant, Theme::Button::plain);
     header().addOption(m_minimumSize);
     header().addOption(m_keepRule);
     table->setPolicy(tool.policy());

@@ -13,7 +13,7 @@ namespace tallyroom {
 
 FolderButton::FolderButton(QWidget* parent) : MenuButton(parent)
 {
-    Theme::dress(this, Theme::Button::icon);
+    Theme::style(this, Theme::Button::icon);
     setIcon(SymbolIcon::icon("folder"));
     setAccessibleName(QStringLiteral("Changer de dossier"));
     setToolTip(accessibleName());

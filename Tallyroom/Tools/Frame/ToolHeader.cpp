@@ -34,16 +34,16 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
 {
     m_search->setMaximumWidth(searchWidth);
     m_search->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    Theme::dress(m_refresh, Theme::Button::icon);
+    Theme::style(m_refresh, Theme::Button::icon);
     m_refresh->setIcon(SymbolIcon::icon("arrow.clockwise"));
     m_refresh->setAccessibleName(QStringLiteral("Rafraîchir"));
     m_refresh->setToolTip(QStringLiteral("Recalculer les tailles (ignore le cache)"));
     // As wide as the button whose place it takes: nothing moves when a scan begins or ends.
-    Theme::dress(m_stop, Theme::Button::icon);
+    Theme::style(m_stop, Theme::Button::icon);
     m_stop->setIcon(SymbolIcon::icon("stop.fill"));
     m_stop->setAccessibleName(QStringLiteral("Arrêter"));
     m_stop->setToolTip(QStringLiteral("Arrêter l’analyse (Échap)"));
-    Theme::dress(m_summary, Theme::Text::secondary);
+    Theme::style(m_summary, Theme::Text::secondary);
     m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum);
     m_summary->setWordWrap(true);
     m_summary->setMinimumHeight(summaryHeight); // the list below does not jump

@@ -28,10 +28,10 @@ UnreadList::UnreadList(SharedUnreadPlaces unread, QWidget* parent)
     const QString title = UnreadText::count(m_unread);
     setWindowTitle(title);
     auto* const heading = new QLabel(title);
-    Theme::dress(heading, Theme::Text::title);
+    Theme::style(heading, Theme::Text::title);
     heading->setMinimumHeight(Theme::headerHeight); // the accent of a capital reaches above the line
     auto* const remark = new QLabel;
-    Theme::dress(remark, Theme::Text::secondary);
+    Theme::style(remark, Theme::Text::secondary);
     remark->setWordWrap(true);
     QString text = QStringLiteral("Ce qu’ils contiennent n’est pas compté : les tailles sont des minimums.");
     if (const auto others = m_unread->count - std::ssize(m_unread->places); others > 0) {

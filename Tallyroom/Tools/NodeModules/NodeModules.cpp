@@ -130,7 +130,7 @@ ListToolScreen* makeNodeModulesScreen(NodeModulesViewModel& tool)
         [&tool](AgeThreshold threshold, bool) { tool.setThreshold(threshold); });
     thresholds->follow(tool, &NodeModulesViewModel::thresholdChanged);
     auto* const deleteOld = new QPushButton;
-    Theme::dress(deleteOld, Theme::Button::danger);
+    Theme::style(deleteOld, Theme::Button::danger);
     auto* const screen = new ListToolScreen(tool, nodeModulesStyle(tool));
     screen->addOption(thresholds);
     screen->addOption(deleteOld);
