@@ -273,16 +273,16 @@ private:
     void judgeJobs()
     {
         const auto all = m_places.heldUp();
-        bool someReturn = false;
+        bool mayGoOn = all > 0; // beside what hangs there may be more to do
         for (const auto& running : m_jobs) {
             const unsigned own = m_places.heldUpWithin(running.get());
             const Standing now = own == 0                               ? Standing::usual
                                  : own > (capacity() - (all - own)) / 4 ? Standing::passedOver
                                                                         : Standing::last;
             const Standing before = running->standing.exchange(now);
-            someReturn |= before == Standing::passedOver && now != before;
+            mayGoOn |= before == Standing::passedOver && now != before;
         }
-        if (someReturn) {
+        if (mayGoOn) {
             ++m_announced;
             m_wake.notify_all();
         }

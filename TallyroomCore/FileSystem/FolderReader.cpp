@@ -189,8 +189,10 @@ bool NameBuffer::read(int folder)
 
 void NameBuffer::parse(std::vector<ListedName>& names) const
 {
-    forEachRecord(m_bytes.data(), m_used, [&names](const dirent64& record) {
-        names.push_back({record.d_name, std::strlen(record.d_name), typeOf(record.d_type)});
+    const std::size_t before = names.size();
+    forEachRecord(m_bytes.data(), m_used, [&names, before](const dirent64& record) {
+        names.push_back({record.d_name, record.d_ino, static_cast<std::uint32_t>(std::strlen(record.d_name)),
+                         static_cast<std::uint32_t>(names.size() - before), typeOf(record.d_type)});
     });
 }
 

@@ -4,6 +4,7 @@
 #include "FileSystem/FileDescriptor.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -40,7 +41,9 @@ enum class FolderAccess : unsigned char {
 /// One name of a folder, as getdents64(2) returns it.
 struct ListedName {
     const char* name = nullptr; ///< zero-terminated, in the buffer that was read
-    std::size_t length = 0;
+    std::uint64_t inode = 0;
+    std::uint32_t length = 0;
+    std::uint32_t index = 0; ///< its place among the buffer's names
     EntryType type = EntryType::unknown;
 
     [[nodiscard]] std::string_view view() const noexcept { return {name, length}; }

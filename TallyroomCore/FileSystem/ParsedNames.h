@@ -2,6 +2,7 @@
 
 #include "FileSystem/FolderReader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <vector>
 
@@ -23,10 +24,14 @@ struct ParsedNames {
         return some;
     }
 
-    void parse()
+    /// `isOrdered`: as inodes lie on the disk, not as the folder lists them.
+    void parse(bool isOrdered)
     {
         if (parsed.empty()) {
             buffer.parse(parsed);
+            if (isOrdered) {
+                std::ranges::sort(parsed, {}, &ListedName::inode);
+            }
         }
     }
 };

@@ -1,15 +1,13 @@
 #include "FileSystem/TreeWalk.h"
 
-#include "Concurrency/StealingQueues.h"
 #include "FileSystem/LookTime.h"
 #include "FileSystem/OpenFolders.h"
-#include "FileSystem/ParsedNames.h"
 #include "FileSystem/RealPath.h"
+#include "FileSystem/WalkAgenda.h"
 #include "FileSystem/WalkMounts.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <limits>
 #include <ranges>
 
 namespace tallyroom {
@@ -36,9 +34,9 @@ bool isGone(int error)
 
 class TreeWalk::Run final : public WorkerPool::Job {
 public:
-    Run(WorkerPool& pool, std::unique_ptr<Visitor> visitor, std::stop_token stop)
-        : m_pool(pool), m_visitor(std::move(visitor)), m_stop(std::move(stop)), m_queues(pool.width()),
-          m_mounts(m_stop), m_desks(pool.capacity())
+    Run(WorkerPool& pool, std::unique_ptr<Visitor> visitor, std::stop_token stop, const DiskSense& sense)
+        : m_pool(pool), m_visitor(std::move(visitor)), m_stop(std::move(stop)), m_sense(sense),
+          m_agenda(pool, sense), m_mounts(m_stop), m_desks(pool.capacity())
     {}
 
     /// Queues the roots; false when there are none.
@@ -52,7 +50,7 @@ public:
                 root.link == RootLink::followed ? FolderAccess::listing : FolderAccess::listingNoLink;
             items.push_back({root.folder.release(), {}});
         }
-        m_queues.put(0, std::move(items));
+        m_agenda.put(0, items);
         return !roots.empty();
     }
 
@@ -61,10 +59,14 @@ public:
     bool work(unsigned worker) override
     {
         Item item;
-        if (!m_queues.take(worker, item)) {
+        if (!m_agenda.take(worker, item)) {
             return false;
         }
+        if (waitsItsTurn(worker, item)) {
+            return true;
+        }
         Desk& desk = deskOf(worker);
+        desk.account.begin(*item.folder, m_sense);
         if (item.piece.names != nullptr) {
             m_waitingPieces.fetch_sub(1, std::memory_order_relaxed);
         }
@@ -75,7 +77,9 @@ public:
         } else {
             enter(worker, desk, *item.folder);
         }
+        desk.account.tell();
         m_openFolders.release(*item.folder);
+        m_agenda.giveBack(item);
         release(item.folder);
         return true;
     }
@@ -83,20 +87,6 @@ public:
     void abandon() noexcept override { m_abandoned = true; }
 
 private:
-    /// Some of the names of a buffer, from `begin` to `end`; to its own end when that comes first.
-    struct Piece {
-        std::shared_ptr<ParsedNames> names;
-        std::size_t firstIndex = 0; ///< of the buffer's first name among the folder's
-        std::size_t begin = 0;
-        std::size_t end = std::numeric_limits<std::size_t>::max();
-    };
-
-    /// A folder to list, or names of it to visit.
-    struct Item {
-        Folder* folder = nullptr;
-        Piece piece;
-    };
-
     /// Storage that one worker reuses from folder to folder.
     struct Desk {
         std::shared_ptr<ParsedNames> current = std::make_shared<ParsedNames>();
@@ -106,6 +96,7 @@ private:
         std::vector<Item> found;
         OpenFolders::Last last;
         bool isShared = false; ///< others visit some of the names that were just visited
+        DiskAccount account{};
     };
 
     bool isStopped() const { return m_stop.stop_requested() || m_abandoned.load(); }
@@ -119,20 +110,30 @@ private:
         return *desk;
     }
 
-    void put(unsigned worker, std::vector<Item>& items)
+    /// Leaves a root that has to be read in order to whoever comes to it.
+    bool waitsItsTurn(unsigned worker, Item& item)
     {
-        const std::size_t count = items.size();
-        if (count > 0) {
-            m_queues.put(worker, std::exchange(items, {}));
-            m_pool.announce(count);
+        Folder& folder = *item.folder;
+        if (!folder.isRoot() || folder.m_position.mount() != nullptr) {
+            return false;
         }
+        place(folder, folder.m_name);
+        if (!Agenda::isOrdered(folder)) {
+            return false;
+        }
+        std::vector<Item> again{std::move(item)};
+        m_agenda.put(worker, again);
+        return true;
+    }
+
+    void place(Folder& root, std::string_view path)
+    {
+        root.m_position = m_mounts.find(path);
+        root.m_spindles = m_agenda.spindlesOf(root.m_position.mount());
     }
 
     SystemResult<FileDescriptor> open(Desk& desk, Folder& folder)
     {
-        if (folder.isRoot()) {
-            folder.m_position = m_mounts.find(folder.m_name);
-        }
         // Below its top a mount has answered, but a root may lie anywhere.
         const auto& position = folder.m_position;
         const Mount* const mount = folder.isRoot() ? position.mount() : position.mountPoint();
@@ -142,7 +143,7 @@ private:
         auto opened = m_openFolders.open(folder, desk.last);
         if (opened && folder.isRoot()) {
             if (const auto path = realPathOf(opened->get())) {
-                folder.m_position = m_mounts.find(*path);
+                place(folder, *path);
             }
         }
         return opened;
@@ -161,7 +162,7 @@ private:
         folder.m_descriptor = std::move(*opened);
         m_openFolders.add(folder);
         if (m_visitor->wish(folder).countFirst) {
-            enterCounted(worker, folder);
+            enterCounted(worker, desk, folder);
             return;
         }
         std::size_t index = 0;
@@ -171,10 +172,10 @@ private:
             const bool more = desk.next->read(folder.m_descriptor.get());
             failure = desk.next->failure;
             const std::size_t count = more ? desk.current->buffer.count() : 0;
-            desk.isShared = more && !isStopped() && hasRoomForPieces();
+            desk.isShared = more && !isStopped() && hasRoomForPieces() && !Agenda::isOrdered(folder);
             if (desk.isShared) {
                 desk.found.push_back(itemOf(folder, {desk.current, index}));
-                put(worker, desk.found);
+                m_agenda.put(worker, desk.found);
             } else {
                 visit(worker, desk, folder, {desk.current, index});
             }
@@ -195,20 +196,27 @@ private:
         }
     }
 
-    void enterCounted(unsigned worker, Folder& folder)
+    void enterCounted(unsigned worker, Desk& desk, Folder& folder)
     {
-        std::vector<Item> items;
+        std::vector<Piece> pieces;
         std::size_t count = 0;
         auto names = std::make_shared<ParsedNames>();
         while (!isStopped() && names->read(folder.m_descriptor.get())) {
             const std::size_t more = names->buffer.count();
             names->buffer.shrink();
-            items.push_back(itemOf(folder, {std::exchange(names, std::make_shared<ParsedNames>()), count}));
+            pieces.push_back({std::exchange(names, std::make_shared<ParsedNames>()), count});
             count += more;
         }
         tellUnreadable(folder, names->failure);
         m_visitor->counted(folder, count);
-        put(worker, items);
+        auto next = pieces.begin();
+        for (; next != pieces.end() && Agenda::isOrdered(folder) && !isStopped(); ++next) {
+            visit(worker, desk, folder, std::move(*next));
+        }
+        std::vector<Item> items;
+        std::transform(next, pieces.end(), std::back_inserter(items),
+                       [&](Piece& piece) { return itemOf(folder, std::move(piece)); });
+        m_agenda.put(worker, items);
     }
 
     /// Names are read faster than files are looked at: beyond this, whoever reads them visits them as well,
@@ -230,7 +238,7 @@ private:
     /// nothing else waits for a worker, free workers get a share of those that are left.
     void visit(unsigned worker, Desk& desk, Folder& folder, Piece piece)
     {
-        piece.names->parse();
+        piece.names->parse(Agenda::isOrdered(folder));
         piece.end = std::min(piece.end, piece.names->parsed.size());
         do {
             piece.begin = look(worker, desk, folder, piece);
@@ -239,7 +247,8 @@ private:
             }
             m_visitor->visit(folder, desk.children);
             descend(worker, desk, folder);
-            if (piece.begin < piece.end && m_queues.isEmpty()) {
+            desk.account.tell();
+            if (piece.begin < piece.end && m_agenda.isEmpty() && !Agenda::isOrdered(folder)) {
                 share(worker, desk, folder, piece);
                 return;
             }
@@ -255,7 +264,7 @@ private:
                 itemOf(folder, {piece.names, piece.firstIndex, begin, std::min(begin + share, piece.end)}));
         }
         std::ranges::reverse(desk.found); // the newest is taken first
-        put(worker, desk.found);
+        m_agenda.put(worker, desk.found);
         desk.isShared = true;
     }
 
@@ -268,7 +277,7 @@ private:
         }
         std::vector<Item> alone;
         alone.push_back(itemOf(folder, {piece.names, piece.firstIndex, index, index + 1}));
-        put(worker, alone);
+        m_agenda.put(worker, alone);
         desk.isShared = true;
         return true;
     }
@@ -276,7 +285,7 @@ private:
     /// Makes children of names, until the piece or the time is over. Returns where it got to.
     std::size_t look(unsigned worker, Desk& desk, Folder& folder, const Piece& piece)
     {
-        const Attributes wanted = m_visitor->wish(folder).attributes;
+        const Wish wish = m_visitor->wish(folder);
         const LookTime time;
         std::size_t looks = 0;
         desk.children.clear();
@@ -287,12 +296,12 @@ private:
                 return i;
             }
             const ListedName& name = piece.names->parsed[i];
-            const bool isWanted = needsAttributes(wanted, name.type);
+            const bool isWanted = wish.asksFor(name.type);
             if (isWanted && setAside(worker, desk, folder, piece, i)) {
                 continue;
             }
-            Child& child =
-                desk.children.emplace_back(name.view(), name.type, nullptr, 0, piece.firstIndex + i);
+            Child& child = desk.children.emplace_back(name.view(), name.type, nullptr, 0,
+                                                      piece.firstIndex + name.index, name.inode);
             if (isWanted) {
                 readAttributes(folder, name, child, desk.attributes[count]);
                 if (++looks % looksBetweenTimes == 0 && time.isOver()) {
@@ -318,21 +327,6 @@ private:
         }
     }
 
-    static bool needsAttributes(Attributes wanted, EntryType type)
-    {
-        switch (type) {
-        case EntryType::unknown:
-            return true;
-        case EntryType::folder:
-            return wanted == Attributes::everything;
-        case EntryType::link:
-            return wanted == Attributes::everything || wanted == Attributes::filesAndLinks;
-        case EntryType::file:
-            return wanted != Attributes::none;
-        }
-        return true;
-    }
-
     void descend(unsigned worker, Desk& desk, Folder& folder)
     {
         for (const Child& child : std::views::reverse(desk.children)) {
@@ -341,13 +335,17 @@ private:
                 record->m_parent = &folder;
                 record->m_name = child.name;
                 record->m_position = folder.m_position.child(child.name);
+                record->m_spindles = record->m_position.mount() == folder.m_position.mount()
+                                         ? folder.m_spindles
+                                         : m_agenda.spindlesOf(record->m_position.mount());
+                record->m_inode = child.inode;
                 desk.found.push_back({record.release(), {}});
             }
         }
         const auto count = static_cast<std::uint32_t>(desk.found.size());
         folder.m_pending.fetch_add(count);
         OpenFolders::expect(folder, count, desk.last);
-        put(worker, desk.found);
+        m_agenda.put(worker, desk.found);
     }
 
     /// `folder` waits for one thing less. The worker that takes the last one leaves it, and so on upwards.
@@ -370,7 +368,8 @@ private:
     std::unique_ptr<Visitor> m_visitor;
     std::stop_token m_stop;
     std::atomic<bool> m_abandoned = false;
-    StealingQueues<Item> m_queues;
+    const DiskSense& m_sense;
+    Agenda m_agenda;
     WalkMounts m_mounts;
     OpenFolders m_openFolders;
     std::vector<std::unique_ptr<Desk>> m_desks;
@@ -379,9 +378,9 @@ private:
 };
 
 void TreeWalk::start(WorkerPool& pool, std::vector<Root> roots, std::unique_ptr<Visitor> visitor,
-                     std::stop_token stop)
+                     std::stop_token stop, const DiskSense& sense)
 {
-    auto run = std::make_shared<Run>(pool, std::move(visitor), std::move(stop));
+    auto run = std::make_shared<Run>(pool, std::move(visitor), std::move(stop), sense);
     if (run->begin(std::move(roots))) {
         pool.add(std::move(run));
     } else {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Concurrency/WorkerPool.h"
+#include "FileSystem/DiskSense.h"
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FileDescriptor.h"
 #include "FileSystem/FolderReader.h"
@@ -21,10 +22,13 @@ namespace tallyroom {
 
 /// The one parallel walk that every search stands on. A folder is one piece of work, and so is every further
 /// buffer of names of a large folder, or a part of one where the disk is slow: all workers of the pool share
-/// a tree whatever its shape. Folders are opened relative to their open parent, never through a link; depth,
-/// name and path length are unlimited and nothing recurses on the stack. Open descriptors are bounded. A stop
-/// is asked once a folder and every 256 entries.
+/// a tree whatever its shape. What lies on a rotating disk is read in the order of inode numbers instead, by
+/// one worker a disk (DiskPace). Folders are opened relative to their open parent, never through a link;
+/// depth, name and path length are unlimited and nothing recurses on the stack. Open descriptors are bounded.
+/// A stop is asked once a folder and every 256 entries.
 class TreeWalk {
+    struct Spindles;
+
 public:
     /// A folder on its way through the walk. Visitors derive from it to keep their sums.
     class Folder {
@@ -68,6 +72,8 @@ public:
         std::string m_name;
         FileDescriptor m_descriptor;
         MountPlaces::Position m_position;
+        Spindles* m_spindles = nullptr;          ///< where a rotating disk holds it
+        std::uint64_t m_inode = 0;               ///< as its parent lists it
         std::atomic<std::uint32_t> m_pending{1}; ///< its own listing, its buffers, its child folders
         std::atomic<std::uint32_t> m_uses{1};    ///< who still needs the descriptor
         std::uint64_t m_serial = 0;              ///< tells one folder from a later one at the same address
@@ -83,6 +89,7 @@ public:
         const FileAttributes* attributes = nullptr; ///< none when not asked for, or not readable
         int failure = 0;                            ///< errno: why not readable; 0 for what is gone
         std::size_t index = 0;                      ///< its place in the listing, for folders counted first
+        std::uint64_t inode = 0;                    ///< as listed: of a mount point, what it covers
         std::uint64_t mark = 0;                     ///< the visitor's own, from `visit` to `descendInto`
         bool descend = false;                       ///< the visitor's answer: walk into this folder
 
@@ -106,6 +113,8 @@ public:
         Attributes attributes = Attributes::none;
         /// Read all names before the first visit, and call `counted` with their number.
         bool countFirst = false;
+
+        [[nodiscard]] bool asksFor(EntryType type) const noexcept;
     };
 
     /// Sees the tree. All calls but `finish` come from many workers at once, for one folder too.
@@ -156,12 +165,16 @@ public:
 
     /// Starts a walk on the pool and returns at once. The pool keeps the visitor until it has finished.
     static void start(WorkerPool& pool, std::vector<Root> roots, std::unique_ptr<Visitor> visitor,
-                      std::stop_token stop);
+                      std::stop_token stop, const DiskSense& sense = DiskSense::machine());
 
     /// The same from one root, on the process's pool.
     static void start(Root root, std::unique_ptr<Visitor> visitor, std::stop_token stop);
 
 private:
+    struct Piece;
+    struct Item;
+    class DiskAccount;
+    class Agenda;
     class OpenFolders;
     class Run;
 };

@@ -38,6 +38,21 @@ FileUrl TreeWalk::Folder::url(std::string_view child) const
     return FileUrl{std::move(path)};
 }
 
+bool TreeWalk::Wish::asksFor(EntryType type) const noexcept
+{
+    switch (type) {
+    case EntryType::unknown:
+        return true;
+    case EntryType::folder:
+        return attributes == Attributes::everything;
+    case EntryType::link:
+        return attributes == Attributes::everything || attributes == Attributes::filesAndLinks;
+    case EntryType::file:
+        return attributes != Attributes::none;
+    }
+    return true;
+}
+
 const ScanRoot& TreeWalk::Folder::scanRoot() const
 {
     const Folder* root = this;

@@ -1,5 +1,6 @@
 #include "Volumes/DeviceTraits.h"
 
+#include "FileSystem/BlockDevices.h"
 #include "FileSystem/FileDescriptor.h"
 #include "Model/Hexadecimal.h"
 
@@ -13,7 +14,6 @@
 #include <linux/fs.h>
 #include <memory>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <sys/sysmacros.h>
 
 namespace tallyroom {
@@ -21,9 +21,6 @@ namespace tallyroom {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Disks below logical volumes on mirrors on encrypted partitions: deeper is no machine but a loop.
-constexpr int deepestStack = 16;
 
 /// The first line of an attribute; empty when there is none.
 std::string attribute(const fs::path& file)
@@ -43,12 +40,8 @@ bool isPluggedBus(const std::string& step)
     });
 }
 
-bool isExternalDisk(fs::path disk, const fs::path& devices)
+bool isExternalDisk(const fs::path& disk, const fs::path& devices)
 {
-    std::error_code unknown;
-    if (fs::exists(disk / "partition", unknown)) {
-        disk = disk.parent_path();
-    }
     // A card of "MMC" type is soldered to the board, a card of "SD" type is put into a slot.
     if (attribute(disk / "removable") == "1" || attribute(disk / "device/type") == "SD") {
         return true;
@@ -59,19 +52,6 @@ bool isExternalDisk(fs::path disk, const fs::path& devices)
         }
     }
     return false;
-}
-
-/// The parts of a logical device; empty for a disk and its partitions.
-std::vector<fs::path> devicesBelow(const fs::path& device)
-{
-    std::vector<fs::path> below;
-    std::error_code none;
-    for (fs::directory_iterator it{device / "slaves", none}, end; !none && it != end; it.increment(none)) {
-        if (const fs::path target = fs::canonical(it->path(), none); !none) {
-            below.push_back(target);
-        }
-    }
-    return below;
 }
 
 struct Unreference {
@@ -119,64 +99,36 @@ std::string labelInFileSystem(const std::string& mountPoint)
     return label.data();
 }
 
-/// The number of the block device behind a mount: where the mount has none (btrfs), its source's.
-std::optional<dev_t> blockDevice(const Mount& mount)
-{
-    const auto majorNumber = static_cast<unsigned>(mount.device >> 32U);
-    if (majorNumber != 0) {
-        return ::makedev(majorNumber, static_cast<unsigned>(mount.device));
-    }
-    struct stat status = {};
-    if (mount.source.starts_with("/dev/") && ::stat(mount.source.c_str(), &status) == 0 &&
-        S_ISBLK(status.st_mode)) {
-        return status.st_rdev;
-    }
-    return std::nullopt;
-}
-
 } // namespace
 
 std::optional<bool> isInternalDevice(std::uint64_t device, const std::string& sysfs)
 {
     std::error_code unknown;
     const fs::path devices = fs::canonical(fs::path{sysfs} / "devices", unknown);
-    const fs::path start =
-        fs::canonical(fs::path{sysfs} / "dev/block" /
-                          (std::to_string(device >> 32U) + ":" + std::to_string(device & 0xFFFF'FFFFU)),
-                      unknown);
-    if (unknown) {
+    const auto disks = BlockDevices::disksOf(device, sysfs);
+    if (unknown || !disks) {
         return std::nullopt;
     }
-    std::vector<fs::path> level{start};
-    for (int depth = 0; depth < deepestStack && !level.empty(); ++depth) {
-        std::vector<fs::path> next;
-        for (const fs::path& part : level) {
-            std::vector<fs::path> below = devicesBelow(part);
-            if (below.empty() && isExternalDisk(part, devices)) {
-                return false;
-            }
-            std::ranges::move(below, std::back_inserter(next));
-        }
-        level = std::move(next);
-    }
-    return true;
+    return std::ranges::none_of(*disks,
+                                [&devices](const fs::path& disk) { return isExternalDisk(disk, devices); });
 }
 
 DeviceTraits deviceTraits(const Mount& mount)
 {
     DeviceTraits traits;
-    const auto device = blockDevice(mount);
+    const auto device = BlockDevices::behind(mount);
     if (!device) {
         return traits;
     }
-    std::string label = labelInUdev(*device);
+    std::string label =
+        labelInUdev(::makedev(static_cast<unsigned>(*device >> 32U), static_cast<unsigned>(*device)));
     if (label.empty()) {
         label = labelInFileSystem(mount.mountPoint);
     }
     if (!label.empty()) {
         traits.label = std::move(label);
     }
-    traits.isInternal = isInternalDevice((std::uint64_t{major(*device)} << 32U) | minor(*device));
+    traits.isInternal = isInternalDevice(*device);
     return traits;
 }
 

@@ -1,5 +1,6 @@
 #include "Volumes/VolumeInfo.h"
 
+#include "FileSystem/BlockDevices.h"
 #include "Support/AllRecords.h"
 #include "Support/Cases.h"
 #include "Support/Isolation.h"
@@ -89,10 +90,11 @@ std::uint64_t deviceNumber(const std::string& text)
     return (std::stoull(text) << 32U) | std::stoull(text.substr(text.find(':') + 1));
 }
 
-TEST(DeviceTraits, ADiskIsExternalByItsPortItsFlagOrWhatIsBelow)
+TEST(DeviceTraits, ADiskIsExternalOrRotatesByItselfOrWhatIsBelow)
 {
     TemporaryTree sys;
-    std::map<std::string, bool> internal; ///< by number
+    std::map<std::string, bool> internal;                     ///< by number
+    std::map<std::string, std::vector<std::string>> rotating; ///< likewise
     std::ifstream lines{TALLYROOM_MACHINES "/../disks"};
     for (std::string line; std::getline(lines, line);) {
         std::istringstream words{line};
@@ -106,6 +108,10 @@ TEST(DeviceTraits, ADiskIsExternalByItsPortItsFlagOrWhatIsBelow)
         } else if (word == "on") {
             const std::string name{FileUrl{"/" + second}.lastPathComponent()};
             sys.add(link("devices/" + first + "/slaves/" + name, "../../../../" + second));
+        } else if (word == "rotating") {
+            for (auto& names = rotating[first]; !second.empty(); second.clear(), words >> second) {
+                names.push_back(second);
+            }
         }
     }
     EXPECT_GE(internal.size(), 12U);
@@ -113,6 +119,13 @@ TEST(DeviceTraits, ADiskIsExternalByItsPortItsFlagOrWhatIsBelow)
         EXPECT_EQ(isInternalDevice(deviceNumber(number), sys.path()), isInternal) << number;
     }
     EXPECT_EQ(isInternalDevice(deviceNumber("1:2"), sys.path()), std::nullopt);
+    EXPECT_GE(rotating.size(), 8U);
+    for (const auto& [number, names] : rotating) {
+        std::vector<std::string> told;
+        std::ranges::transform(BlockDevices::rotatingDisksOf(deviceNumber(number), sys.path()),
+                               std::back_inserter(told), [](const auto& disk) { return disk.filename(); });
+        EXPECT_EQ(told, names) << number;
+    }
 }
 
 /// The numbers of the block devices of this machine: "8:1".

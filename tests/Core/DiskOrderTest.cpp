@@ -1,0 +1,218 @@
+#include "FileSystem/DiskPace.h"
+#include "FileSystem/TreeWalk.h"
+#include "Support/Interception.h"
+#include "Support/TemporaryTree.h"
+
+#include <condition_variable>
+#include <future>
+#include <gmock/gmock.h>
+#include <map>
+#include <mutex>
+#include <set>
+#include <sys/stat.h>
+
+namespace tallyroom {
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAreArray;
+
+/// The longest wait; only a test that fails takes so long.
+constexpr auto ample = 60s;
+
+constexpr DiskUse inMemory{1ms, 0ms, 0, 0};
+constexpr DiskUse headMoves{1ms, 5ms, 1, 1};
+
+/// All lies on one rotating disk, and whatever a thread does there is `use`.
+class OneDisk final : public DiskSense {
+public:
+    explicit OneDisk(const DiskUse& use) : m_use(use) {}
+
+    std::vector<std::string> rotatingDisks(const Mount& /*mount*/) const override { return {"disk"}; }
+
+    DiskUse useSoFar() const override
+    {
+        thread_local std::int64_t steps = 0;
+        ++steps;
+        return {m_use.worked * steps, m_use.slept * steps, m_use.sleeps * steps, m_use.blocksRead * steps};
+    }
+
+private:
+    DiskUse m_use;
+};
+
+std::uint64_t inodeOf(int folder)
+{
+    struct stat status = {};
+    EXPECT_EQ(::fstat(folder, &status), 0);
+    return status.st_ino;
+}
+
+/// Walks everything and tells each folder before it is left to others.
+class Wanderer final : public TreeWalk::Visitor {
+public:
+    using Seen = std::function<void(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children)>;
+
+    Wanderer(Seen seen, std::promise<void>& end) : m_seen(std::move(seen)), m_end(end) {}
+
+    TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const override
+    {
+        return {TreeWalk::Attributes::files};
+    }
+
+    void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
+    {
+        m_seen(folder, children);
+        std::ranges::for_each(children, [](TreeWalk::Child& child) { child.descend = child.isFolder(); });
+    }
+
+    void finish(bool /*stopped*/) override { m_end.set_value(); }
+
+private:
+    Seen m_seen;
+    std::promise<void>& m_end;
+};
+
+std::future<void> walk(const TemporaryTree& tree, const DiskSense& sense, std::promise<void>& end,
+                       Wanderer::Seen seen)
+{
+    std::vector<TreeWalk::Root> roots;
+    roots.push_back({tree.url(), std::make_unique<TreeWalk::Folder>()});
+    TreeWalk::start(WorkerPool::shared(), std::move(roots), std::make_unique<Wanderer>(std::move(seen), end),
+                    {}, sense);
+    return end.get_future();
+}
+
+/// Folders in folders, and files whose numbers are not in the order of their names, made in turns.
+void addScatteredFolders(TemporaryTree& tree)
+{
+    for (const int round : {3, 1, 4, 2}) {
+        for (int i = 0; i < 40; ++i) {
+            const std::string folder = std::to_string(i * 7 % 10) + "/" + std::to_string(i * 13 % 40);
+            tree.add(file(folder + "/" + std::to_string(round)));
+        }
+    }
+}
+
+TEST(DiskOrder, ARotatingDiskHasOneReaderThatAlwaysGoesOnToTheNextHigherInode)
+{
+    TemporaryTree tree;
+    addScatteredFolders(tree);
+    std::mutex mutex;
+    std::vector<std::uint64_t> opened;
+    std::map<std::uint64_t, std::vector<std::uint64_t>> stats; // by folder
+    std::set<std::uint64_t> known{inodeOf(openFolder(tree.url(), FolderAccess::listing)->get())};
+    std::vector<std::uint64_t> expected;
+    std::atomic<int> inside = 0;
+    const Interception looks{[&](const InterceptedCall& call) {
+        const int others = inside++;
+        EXPECT_EQ(others, 0) << "another reader";
+        if (S_ISREG(call.told->stx_mode)) {
+            const std::scoped_lock lock{mutex};
+            stats[inodeOf(call.folder)].push_back(call.told->stx_ino);
+        }
+        --inside;
+        return 0;
+    }};
+    const OneDisk disk{headMoves};
+    std::promise<void> end;
+    walk(tree, disk, end, [&](TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) {
+        const std::scoped_lock lock{mutex};
+        opened.push_back(inodeOf(folder.descriptor()));
+        auto next = known.lower_bound(expected.empty() ? 0 : expected.back());
+        next = next == known.end() ? known.begin() : next;
+        expected.push_back(*next);
+        known.erase(next);
+        for (const TreeWalk::Child& child : children) {
+            if (child.isFolder()) {
+                known.insert(child.inode);
+            }
+        }
+    }).wait();
+    EXPECT_EQ(opened.size(), 51U);
+    EXPECT_THAT(opened, ElementsAreArray(expected));
+    EXPECT_EQ(stats.size(), 40U);
+    for (const auto& [folder, files] : stats) {
+        EXPECT_EQ(files.size(), 4U);
+        EXPECT_TRUE(std::ranges::is_sorted(files));
+    }
+}
+
+TEST(DiskOrder, WhatLiesInMemoryHasAllReaders)
+{
+    TemporaryTree tree;
+    addScatteredFolders(tree);
+    std::mutex mutex;
+    std::condition_variable comes;
+    std::size_t visits = 0, inside = 0, most = 0;
+    bool isLate = false;
+    const OneDisk disk{inMemory};
+    std::promise<void> end;
+    walk(tree, disk, end, [&](TreeWalk::Folder&, std::span<TreeWalk::Child>) {
+        std::unique_lock lock{mutex};
+        most = std::max(most, ++inside);
+        comes.notify_all();
+        if (++visits > 20) { // by now nothing has come from the disk for long
+            isLate = isLate || !comes.wait_for(lock, ample, [&] { return isLate || most >= 4; });
+        }
+        --inside;
+    }).wait();
+    EXPECT_GE(most, 4U);
+}
+
+TEST(DiskOrder, AFileThatHangsDoesNotKeepTheOnlyReader)
+{
+    TemporaryTree tree{file("a/hangs")};
+    addScatteredFolders(tree);
+    std::promise<void> gate, others, end;
+    const std::shared_future<void> isOpen = gate.get_future().share();
+    const auto hanging = Interception::at(InterceptedCall::Kind::statx, "hangs", [isOpen] { isOpen.wait(); });
+    const OneDisk disk{headMoves};
+    std::atomic<int> visits = 0;
+    const auto isDone = walk(tree, disk, end, [&](TreeWalk::Folder&, std::span<TreeWalk::Child>) {
+        if (++visits == 51) {
+            others.set_value();
+        }
+    });
+    EXPECT_EQ(others.get_future().wait_for(ample), std::future_status::ready);
+    gate.set_value();
+    isDone.wait();
+    EXPECT_EQ(visits, 52);
+}
+
+TEST(DiskPace, FollowsTheHeadAndNotTheProcessor)
+{
+    constexpr DiskUse shortReads{1ms, 1ms, 10, 10};
+    constexpr DiskUse sleepsElsewhere{1ms, 20ms, 1, 0};
+
+    struct Row {
+        const char* what;
+        std::vector<std::pair<int, DiskUse>> notes; ///< each so many times
+        bool isOrdered;
+    };
+
+    const std::vector<Row> rows{
+        {"a head that moves now and then", {{20, shortReads}, {1, headMoves}, {20, shortReads}}, true},
+        {"a solid disk that says it rotates", {{30, shortReads}}, false},
+        {"a short rest", {{2, inMemory}, {1, headMoves}, {2, inMemory}}, true},
+        {"memory", {{3, inMemory}}, false},
+        {"a lock, or a dead server", {{1, sleepsElsewhere}}, false},
+        {"all readers, who wait long", {{3, inMemory}, {12, headMoves}}, true},
+        {"one of them waits once", {{3, inMemory}, {1, headMoves}, {60, inMemory}}, false},
+        {"the same stretch of memory soon after", {{3, inMemory}, {12, headMoves}, {3, inMemory}}, true},
+        {"a longer one", {{3, inMemory}, {12, headMoves}, {6, inMemory}}, false}};
+    for (const Row& row : rows) {
+        DiskPace pace;
+        for (const auto& [times, use] : row.notes) {
+            for (int i = 0; i < times; ++i) {
+                pace.note(use);
+            }
+        }
+        EXPECT_EQ(pace.isOrdered(), row.isOrdered) << row.what;
+    }
+}
+
+} // namespace
+
+} // namespace tallyroom
