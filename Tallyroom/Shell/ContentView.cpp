@@ -53,6 +53,8 @@ ContentView::ContentView(RemovalOperations operations)
     addShortcuts();
     restoreSize();
     std::ranges::for_each(ToolRegistry::all(), [this](const ToolDescriptor& tool) { watch(tool); });
+    m_store.dashboard.recovery().setTools(ToolRegistry::recoveryTools(m_store));
+    connect(&m_store.dashboard, &DashboardViewModel::toolRequested, this, &ContentView::selectTool);
     connect(m_sidebar, &Sidebar::selected, this, &ContentView::selectTool);
     selectTool(ToolRegistry::initial().id);
 }

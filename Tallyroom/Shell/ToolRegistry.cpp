@@ -55,6 +55,18 @@ const ToolDescriptor* ToolRegistry::find(const QString& id)
     return found == all().end() ? nullptr : &*found;
 }
 
+std::vector<RecoveryTool> ToolRegistry::recoveryTools(SessionStore& store)
+{
+    std::vector<RecoveryTool> tools;
+    for (const char* const id : {"build-caches", "node-modules", "git-repos", "large-files", "duplicates"}) {
+        const ToolDescriptor* const descriptor = find(QString::fromLatin1(id));
+        if (auto* const tool = qobject_cast<ScanToolViewModel*>(&descriptor->tool(store))) {
+            tools.push_back({descriptor->id, descriptor->name, descriptor->icon, tool});
+        }
+    }
+    return tools;
+}
+
 const ToolDescriptor& ToolRegistry::initial()
 {
     const ToolDescriptor* const dashboard = find(QStringLiteral("dashboard"));

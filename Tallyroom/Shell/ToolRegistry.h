@@ -15,6 +15,9 @@ namespace ToolRegistry {
 /// The tool of that id; null when there is none.
 [[nodiscard]] const ToolDescriptor* find(const QString& id);
 
+/// Those whose finds the dashboard gathers for somebody who wants room, the fastest first.
+[[nodiscard]] std::vector<RecoveryTool> recoveryTools(SessionStore& store);
+
 /// The tool that a new window shows: the dashboard, or the first one.
 [[nodiscard]] const ToolDescriptor& initial();
 

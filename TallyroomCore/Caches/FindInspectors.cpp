@@ -17,6 +17,26 @@ namespace {
 /// So long a cache that was written to is taken to be in use.
 constexpr std::chrono::minutes recently{10};
 
+/// Marks those that other programs use now, as the files tell that they hold open in the folder that counts
+/// for each.
+template <class Place>
+void markOpen(const FileUrl& root, std::span<Entry> finds, const Place& place)
+{
+    const auto folder = openFolder(root, FolderAccess::throughOnly);
+    const auto real = folder ? realPathOf(folder->get()) : std::unexpected(folder.error());
+    if (!real || finds.empty()) {
+        return;
+    }
+    const OpenFiles open = OpenFiles::look();
+    const std::string base = *real == "/" ? std::string{} : *real;
+    const std::size_t rootLength = root.path() == "/" ? 0 : root.path().size();
+    for (Entry& find : finds) {
+        if (open.isAnyIn(place(FileUrl{base + find.url.path().substr(rootLength)}))) {
+            find.set(EntryMark::inUse, true);
+        }
+    }
+}
+
 class CacheInspector final : public FindInspector {
 public:
     void inspect(int parent, Entry& find) const override
@@ -26,6 +46,9 @@ public:
         if (!proof.isProven) {
             find.set(EntryMark::toVerify, true);
         }
+        if (isOfInstalledProgram(find.url)) {
+            find.set(EntryMark::application, true);
+        }
         if (RecentWrites::isAnyBetween(parent, find.name.c_str(), m_start - recently, m_start + recently)) {
             find.set(EntryMark::inUse, true);
         }
@@ -33,19 +56,7 @@ public:
 
     void conclude(const FileUrl& root, std::span<Entry> finds) const override
     {
-        const auto folder = openFolder(root, FolderAccess::throughOnly);
-        const auto real = folder ? realPathOf(folder->get()) : std::unexpected(folder.error());
-        if (!real || finds.empty()) {
-            return;
-        }
-        const OpenFiles open = OpenFiles::look();
-        const std::string base = *real == "/" ? std::string{} : *real;
-        const std::size_t rootLength = root.path() == "/" ? 0 : root.path().size();
-        for (Entry& find : finds) {
-            if (open.isAnyIn(FileUrl{base + find.url.path().substr(rootLength)})) {
-                find.set(EntryMark::inUse, true);
-            }
-        }
+        markOpen(root, finds, [](const FileUrl& cache) { return cache; });
     }
 
 private:
@@ -59,6 +70,12 @@ public:
         if (isOfInstalledProgram(find.url)) {
             find.set(EntryMark::application, true);
         }
+    }
+
+    /// A program that works in a project may load any of its modules at any time.
+    void conclude(const FileUrl& root, std::span<Entry> finds) const override
+    {
+        markOpen(root, finds, [](const FileUrl& nodeModules) { return nodeModules.parent(); });
     }
 };
 

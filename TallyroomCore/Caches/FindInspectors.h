@@ -9,10 +9,11 @@ namespace tallyroom {
 /// Inspectors for searches of what can be made again. Any thread.
 namespace FindInspectors {
 
-/// For build caches: finds the ecosystem, and marks unproven caches and those in use.
+/// For build caches: finds the ecosystem, and marks unproven caches, those of installed programs and those in
+/// use.
 [[nodiscard]] std::shared_ptr<const FindInspector> ofCaches();
 
-/// For node_modules: marks those of installed programs.
+/// For node_modules: marks those of installed programs, and those of projects that a program works in.
 [[nodiscard]] std::shared_ptr<const FindInspector> ofNodeModules();
 
 /// Whether an item at `url` belongs to an installed program: below a hidden folder of the home folder or of

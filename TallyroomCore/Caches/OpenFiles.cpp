@@ -89,6 +89,7 @@ std::vector<std::string> ownProcesses(int table)
 void addOpen(int process, const Patience& patience, Paths& paths)
 {
     addLink(process, "exe", paths);
+    addLink(process, "cwd", paths);
     const auto open = openChildFolder(process, "fd");
     for (const std::string& name : open ? namesIn(open->get()) : std::vector<std::string>{}) {
         if (patience.isOver()) {

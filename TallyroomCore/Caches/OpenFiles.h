@@ -8,8 +8,8 @@
 
 namespace tallyroom {
 
-/// The files that other programs of this user hold open, run or have mapped, as /proc tells: their real
-/// paths, asked of no disk. A value.
+/// The files that other programs of this user hold open, run or have mapped, and the folders that they work
+/// in, as /proc tells: their real paths, asked of no disk. A value.
 class OpenFiles {
 public:
     /// The time that one look takes at most; a file that it has not seen by then counts as not open.

@@ -2,8 +2,10 @@
 
 #include "Caches/FindInspectors.h"
 #include "Controls/OptionMenu.h"
+#include "Recovery/SafeRemoval.h"
 #include "Settings/Settings.h"
 #include "Text/MarkText.h"
+#include "Text/NumberText.h"
 #include "Text/PlainText.h"
 #include "Tools/Frame/ToolStyles.h"
 
@@ -112,6 +114,18 @@ void BuildCachesViewModel::enable(Ecosystem ecosystem, bool isOn)
         ecosystems.erase(ecosystem);
     }
     setEnabledEcosystems(ecosystems);
+}
+
+Recovery BuildCachesViewModel::recovery() const
+{
+    // A tool of their own tells of node_modules.
+    const EntryList own =
+        entries().parted([](const Entry& entry) { return entry.name == "node_modules"; }).second;
+    Recovery recovery = Recovery::parted(own, SafeRemoval::isSafeCache);
+    recovery.words = NumberText::plural(recovery.safe.size(), QStringLiteral("cache prouvé"),
+                                        QStringLiteral("caches prouvés")) +
+                     QStringLiteral(" sur ") + NumberText::grouped(own.size());
+    return recovery;
 }
 
 FileScanner::ScanStream BuildCachesViewModel::startStream()

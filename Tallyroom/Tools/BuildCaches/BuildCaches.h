@@ -27,6 +27,8 @@ public:
     /// The same with one more, or one less.
     void enable(Ecosystem ecosystem, bool isOn);
 
+    [[nodiscard]] Recovery recovery() const override;
+
 Q_SIGNALS:
     void enabledEcosystemsChanged();
 

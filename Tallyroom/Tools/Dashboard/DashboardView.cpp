@@ -10,6 +10,7 @@
 #include "Theme/Theme.h"
 #include "Tools/Dashboard/BreakdownPanel.h"
 #include "Tools/Dashboard/DashboardViewModel.h"
+#include "Tools/Dashboard/RecoveryPanel.h"
 #include "Tools/Dashboard/VolumeCard.h"
 #include "Tools/Dashboard/VolumeGrid.h"
 #include "Tools/Frame/ToolTitle.h"
@@ -17,6 +18,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -75,6 +77,15 @@ void DashboardView::makeLayout()
     column->addWidget(makeVolumes());
     column->addSpacing(Theme::gap);
     column->addWidget(breakdown);
+    auto* const recovery = new RecoveryPanel(m_dashboard);
+    connect(recovery, &RecoveryPanel::emptyRequested, &m_dashboard.trash(), &TrashViewModel::prepareEmptying);
+    // What comes in above it must not push it off the window.
+    connect(&m_dashboard.recovery(), &RecoveryViewModel::searchBegan, recovery, [this, recovery] {
+        layOutNow(recovery);
+        verticalScrollBar()->setValue(recovery->y() - Theme::cardGap);
+    });
+    column->addSpacing(Theme::gap);
+    column->addWidget(recovery);
     column->addStretch(1);
     Theme::style(page, Theme::Surface::window);
     setWidgetResizable(true);
@@ -122,7 +133,10 @@ void DashboardView::addShortcuts()
 {
     addShortcut(this, Qt::CTRL | Qt::Key_O, [this] { chooseFolder(); });
     addShortcut(this, Qt::Key_F5, [this] { m_dashboard.refresh(); });
-    addShortcut(this, Qt::Key_Escape, [this] { m_dashboard.cancelAnalysis(); });
+    addShortcut(this, Qt::Key_Escape, [this] {
+        m_dashboard.cancelAnalysis();
+        m_dashboard.recovery().stop();
+    });
 }
 
 void DashboardView::chooseFolder()
@@ -173,8 +187,10 @@ void DashboardView::askToEmpty(const FileUrl& mountPoint)
     }
     auto* const dialog =
         new EmptyTrashConfirmation(*contents, FileUrlText::display((*card)->usage().name), this);
-    connect(dialog, &QDialog::accepted, &m_dashboard.trash(),
-            [&trash = m_dashboard.trash(), contents] { trash.empty(contents); });
+    connect(dialog, &QDialog::accepted, &m_dashboard.trash(), [&dashboard = m_dashboard, contents] {
+        dashboard.recovery().keepBefore();
+        dashboard.trash().empty(contents);
+    });
     dialog->open();
 }
 

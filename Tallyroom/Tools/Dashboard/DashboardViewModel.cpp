@@ -1,5 +1,6 @@
 #include "Tools/Dashboard/DashboardViewModel.h"
 
+#include "FileSystem/HomeFolder.h"
 #include "Settings/RecentFolders.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
@@ -11,7 +12,8 @@
 namespace tallyroom {
 
 DashboardViewModel::DashboardViewModel(DeletionRunner& deletions, DashboardSources sources)
-    : m_sources(std::move(sources)), m_trash(deletions, m_sources.trash)
+    : m_sources(std::move(sources)), m_trash(deletions, m_sources.trash),
+      m_recovery([this](const FileUrl& folder) { return volumeOf(folder); })
 {
     connect(&deletions, &DeletionRunner::diskChanged, this, &DashboardViewModel::refresh);
     refresh();
@@ -95,6 +97,25 @@ void DashboardViewModel::show(PropertyUpdate& update, const VolumeReport& report
     update.assign(m_volumes, report.volumes, &DashboardViewModel::volumesChanged);
     update.assign(m_mainVolume, report.mainVolume, &DashboardViewModel::mainVolumeChanged);
     update.assign(m_unansweredVolumes, report.unanswered, &DashboardViewModel::unansweredVolumesChanged);
+}
+
+std::optional<VolumeUsage> DashboardViewModel::volumeOf(const FileUrl& folder) const
+{
+    if (m_mainVolume && folder == HomeFolder::current()) {
+        return m_mainVolume; // though a link may lead there
+    }
+    std::optional<VolumeUsage> nearest;
+    const auto consider = [&](const VolumeUsage& volume) {
+        if (isWithin(folder.path(), volume.url.path()) &&
+            (!nearest || nearest->url.path().size() < volume.url.path().size())) {
+            nearest = volume;
+        }
+    };
+    std::ranges::for_each(m_volumes, consider);
+    if (m_mainVolume) {
+        consider(*m_mainVolume);
+    }
+    return nearest;
 }
 
 void DashboardViewModel::handleImport(const FolderChoice& choice)

@@ -3,6 +3,7 @@
 #include "Bridge/Observable.h"
 #include "Bridge/StreamPump.h"
 #include "Kinds/FolderAnalyzer.h"
+#include "Tools/Dashboard/RecoveryViewModel.h"
 #include "Tools/Dashboard/TrashViewModel.h"
 #include "Tools/Frame/FolderTool.h"
 #include "Tools/Frame/ScanEnd.h"
@@ -70,6 +71,15 @@ public:
     /// What lies in the trash of these volumes.
     [[nodiscard]] TrashViewModel& trash() { return m_trash; }
 
+    /// The search for room.
+    [[nodiscard]] RecoveryViewModel& recovery() { return m_recovery; }
+
+    /// The volume that holds `folder`, by its name, as far as the volumes are known.
+    [[nodiscard]] std::optional<VolumeUsage> volumeOf(const FileUrl& folder) const;
+
+    /// Asks for the tool of that id to be shown.
+    void view(const QString& toolID) { Q_EMIT toolRequested(toolID); }
+
     [[nodiscard]] const AnalysisState& analysisState() const { return m_analysisState; }
 
     /// How the last breakdown ended; changes with `analysisState` only.
@@ -126,6 +136,7 @@ Q_SIGNALS:
     void summaryChanged();
     void analysisScannedChanged();
     void analyzedFolderChanged();
+    void toolRequested(const QString& toolID);
 
 private:
     void receive(VolumeReport report);
@@ -138,6 +149,7 @@ private:
 
     DashboardSources m_sources;
     TrashViewModel m_trash;
+    RecoveryViewModel m_recovery;
     std::vector<VolumeUsage> m_volumes;
     std::optional<VolumeUsage> m_mainVolume;
     std::int64_t m_unansweredVolumes = 0;

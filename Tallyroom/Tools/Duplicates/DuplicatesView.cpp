@@ -178,9 +178,7 @@ ToolScreen::Caution DuplicatesView::caution(const std::vector<Entry>& entries) c
     std::ranges::transform(entries, std::inserter(urls, urls.end()), &Entry::url);
     const std::size_t lost = m_duplicates.groupsLosingAllCopies(urls);
     if (lost == 0) {
-        return {QStringLiteral("Au moins une copie de chaque fichier est gardée. Juste avant la suppression, "
-                               "Tallyroom vérifie qu’elle est encore là."),
-                {}};
+        return {DuplicatesViewModel::copiesStay(), {}};
     }
     const QString groups = NumberText::plural(lost, QStringLiteral("groupe"));
     return {

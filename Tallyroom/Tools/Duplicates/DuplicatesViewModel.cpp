@@ -1,7 +1,9 @@
 #include "Tools/Duplicates/DuplicatesViewModel.h"
 
+#include "Bridge/AskApart.h"
 #include "Duplicates/DuplicateRemovalCheck.h"
 #include "Model/CheckedArithmetic.h"
+#include "Recovery/SafeRemoval.h"
 #include "Settings/Settings.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
@@ -74,6 +76,32 @@ bool holdsAny(const std::vector<DuplicateGroup>& groups, const RemovedPlaces& pl
     });
 }
 
+Recovery recoveryOf(const std::vector<DuplicateGroup>& groups, const KeepPolicy& policy)
+{
+    Recovery recovery;
+    std::vector<Entry> copies;
+    for (const DuplicateGroup& group : groups) {
+        const std::vector<bool> safe = SafeRemoval::safeCopies(group, policy);
+        const std::int64_t freed = group.freedBytes(safe);
+        for (std::size_t copy = 0; copy < safe.size(); ++copy) {
+            if (safe[copy]) {
+                copies.push_back(group.entries[copy]);
+            }
+        }
+        recovery.safeBytes = checkedSum(recovery.safeBytes, freed);
+        if (const std::int64_t rest = group.reclaimableBytes() - freed; rest > 0) {
+            ++recovery.otherCount;
+            recovery.otherBytes = checkedSum(recovery.otherBytes, rest);
+        }
+    }
+    recovery.safe = EntryList{std::move(copies)};
+    recovery.words = NumberText::plural(recovery.safe.size(), QStringLiteral("copie en trop"),
+                                        QStringLiteral("copies en trop")) +
+                     QStringLiteral(" · une copie de chaque reste");
+    recovery.caution = DuplicatesViewModel::copiesStay();
+    return recovery;
+}
+
 } // namespace
 
 DuplicatesViewModel::DuplicatesViewModel(DeletionRunner& deletions)
@@ -93,7 +121,32 @@ std::vector<std::uint32_t> DuplicatesViewModel::shownGroups() const
 void DuplicatesViewModel::setPolicy(KeepPolicy policy)
 {
     if (assignIfChanged(m_policy, std::move(policy))) {
+        makeRecovery();
         Q_EMIT policyChanged();
+    }
+}
+
+QString DuplicatesViewModel::copiesStay()
+{
+    return QStringLiteral("Au moins une copie de chaque fichier est gardée. Juste avant la suppression, "
+                          "Tallyroom vérifie qu’elle est encore là.");
+}
+
+/// Only of a search that has ended: its groups change many times before.
+void DuplicatesViewModel::makeRecovery()
+{
+    m_recovery = {};
+    m_recovery.isKnown = false;
+    m_recoveryPump.reset();
+    if (!isScanning()) {
+        m_recoveryPump = std::make_unique<StreamPump<Recovery>>(
+            askApart<Recovery>(
+                [groups = m_groups, policy = m_policy] { return recoveryOf(*groups, policy); }),
+            [this](Recovery recovery) {
+                m_recovery = std::move(recovery);
+                Q_EMIT recoveryChanged();
+            },
+            [] {});
     }
 }
 
@@ -134,6 +187,7 @@ void DuplicatesViewModel::startScan(PropertyUpdate& update)
     m_found = std::make_shared<const std::vector<DuplicateGroup>>();
     m_gone.clear();
     setGroups(update, m_found);
+    makeRecovery();
     m_unread.reset();
     m_unreadPlaces.reset();
     update.assign(m_scanned, 0, &DuplicatesViewModel::progressChanged);
@@ -141,7 +195,10 @@ void DuplicatesViewModel::startScan(PropertyUpdate& update)
     m_pump = std::make_unique<StreamPump<DuplicateProgress>>(
         DuplicateFinder::stream(*rootURL(), m_minimumSize),
         [this](DuplicateProgress record) { receive(std::move(record)); },
-        [this] { endScan(ScanEnd::reached(m_unread, m_unreadPlaces)); });
+        [this] {
+            endScan(ScanEnd::reached(m_unread, m_unreadPlaces));
+            makeRecovery();
+        });
 }
 
 void DuplicatesViewModel::dropScan(PropertyUpdate& update)
@@ -189,6 +246,7 @@ void DuplicatesViewModel::setGroups(PropertyUpdate& update, DuplicateGroups grou
         m_totalReclaimable = checkedSum(m_totalReclaimable, group.reclaimableBytes());
     }
     filterGroups();
+    makeRecovery();
     update.announce(&DuplicatesViewModel::progressChanged);
 }
 

@@ -99,6 +99,13 @@ public:
     [[nodiscard]] bool hasProgress() const override { return isScanning(); }
 
     [[nodiscard]] ScanLine scanLine() const override;
+
+    /// What a complete search found; made off the main thread.
+    [[nodiscard]] Recovery recovery() const override { return m_recovery; }
+
+    /// What is said before copies go of which others stay.
+    [[nodiscard]] static QString copiesStay();
+
     [[nodiscard]] QString scanReport() const override;
 
 Q_SIGNALS:
@@ -121,6 +128,7 @@ private:
     void showPresent(PropertyUpdate& update);
     void setGroups(PropertyUpdate& update, DuplicateGroups groups);
     void filterGroups();
+    void makeRecovery();
     void setPolicy(KeepPolicy policy);
 
     KeepPolicy m_policy;
@@ -132,6 +140,8 @@ private:
     std::int64_t m_scanned = 0;
     std::optional<double> m_hashing; // 0 to 1, while contents are read
     bool m_truncated = false;
+    Recovery m_recovery;
+    std::unique_ptr<StreamPump<Recovery>> m_recoveryPump;
     std::int64_t m_minimumSize;
     std::optional<SystemError> m_unread; // of the running scan, as what follows
     SharedUnreadPlaces m_unreadPlaces;

@@ -6,6 +6,7 @@
 #include "Deletion/DeletionSupport.h"
 #include "Model/Entry.h"
 #include "Tools/Frame/FolderTool.h"
+#include "Tools/Frame/Recovery.h"
 #include "Tools/Frame/ScanEnd.h"
 #include "Tools/Frame/ToolState.h"
 
@@ -85,6 +86,10 @@ public:
     /// The progress line of a running scan.
     [[nodiscard]] virtual ScanLine scanLine() const = 0;
 
+    /// What its finds amount to for somebody who wants room; nothing for a tool that proposes nothing. Linear
+    /// in the list; follows `progressChanged` and `recoveryChanged`.
+    [[nodiscard]] virtual Recovery recovery() const { return {}; }
+
     /// Whether the list shows something that is still being measured.
     [[nodiscard]] virtual bool isShowingRunning() const { return false; }
 
@@ -150,6 +155,8 @@ Q_SIGNALS:
     void searchTextChanged();
     /// The list or the progress of the scan changed: one signal a record.
     void progressChanged();
+    /// Something else that `recovery` depends on has changed.
+    void recoveryChanged();
 
 protected:
     /// What a tool adds to a deletion when it begins.

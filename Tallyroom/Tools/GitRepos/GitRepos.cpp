@@ -104,6 +104,24 @@ GitReposViewModel::GitReposViewModel(DeletionRunner& deletions)
       m_states(RepositoryState::read, [this] { Q_EMIT repositoryStatesChanged(); })
 {
     connect(this, &ScanToolViewModel::progressChanged, this, [this] { m_states.follow(entries()); });
+    connect(this, &GitReposViewModel::repositoryStatesChanged, this, &ScanToolViewModel::recoveryChanged);
+}
+
+Recovery GitReposViewModel::recovery() const
+{
+    Recovery recovery = Recovery::parted(entries(), [](const Entry&) { return false; });
+    std::size_t losing = 0;
+    for (const Entry& entry : entries()) {
+        const State* const state = repositoryState(entry.url);
+        recovery.isKnown = recovery.isKnown && state != nullptr;
+        losing += state != nullptr && (!*state || (*state)->wouldLoseWork()) ? 1 : 0;
+    }
+    recovery.words = NumberText::plural(entries().size(), QStringLiteral("historique"));
+    if (losing > 0) {
+        recovery.words += QStringLiteral(" · %1 avec du travail qui n’est nulle part ailleurs")
+                              .arg(NumberText::grouped(losing));
+    }
+    return recovery;
 }
 
 ListToolScreen* makeGitReposScreen(GitReposViewModel& tool)

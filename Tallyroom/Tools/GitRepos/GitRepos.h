@@ -23,6 +23,9 @@ public:
     /// entry.
     [[nodiscard]] const State* repositoryState(const FileUrl& url) const { return m_states.find(url); }
 
+    /// Nothing is safe: whether the remotes still have what they had, only they know.
+    [[nodiscard]] Recovery recovery() const override;
+
 Q_SIGNALS:
     void repositoryStatesChanged();
 

@@ -179,6 +179,14 @@ ScanLine LargeFilesViewModel::scanLine() const
     return {QStringLiteral("Analyse en cours… ") + NumberText::examinedFiles(scanCompleted()), std::nullopt};
 }
 
+Recovery LargeFilesViewModel::recovery() const
+{
+    Recovery recovery = Recovery::parted(entries(), [](const Entry&) { return false; });
+    recovery.words =
+        QStringLiteral("les %1 plus gros · à vous de choisir").arg(NumberText::grouped(entries().size()));
+    return recovery;
+}
+
 FileScanner::ScanStream LargeFilesViewModel::startStream()
 {
     m_scanned = m_toScan;

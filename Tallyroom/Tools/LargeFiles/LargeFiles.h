@@ -49,6 +49,9 @@ public:
     void clearFilter() override;
     [[nodiscard]] ScanLine scanLine() const override;
 
+    /// Nothing is safe: these are people's own files.
+    [[nodiscard]] Recovery recovery() const override;
+
 Q_SIGNALS:
     void limitChanged();
     void ageChanged();

@@ -1,7 +1,6 @@
 #include "Tools/NodeModules/NodeModules.h"
 
 #include "Caches/FindInspectors.h"
-#include "Caches/RecentWrites.h"
 #include "Controls/OptionMenu.h"
 #include "Rows/Selection.h"
 #include "Settings/Settings.h"
@@ -86,9 +85,26 @@ QString NodeModulesProgress::text() const
 
 NodeModulesViewModel::NodeModulesViewModel(DeletionRunner& deletions)
     : ListToolViewModel(deletions), m_threshold(storedThreshold()),
-      m_projectDates([](const FileUrl& url) { return RecentWrites::newestOwnFile(url.parent()); }, [] {})
+      m_projects(SafeRemoval::projectOf, [this] { Q_EMIT recoveryChanged(); })
 {
-    connect(this, &ScanToolViewModel::progressChanged, this, [this] { m_projectDates.follow(entries()); });
+    connect(this, &ScanToolViewModel::progressChanged, this, [this] { m_projects.follow(entries()); });
+    connect(this, &NodeModulesViewModel::thresholdChanged, this, &ScanToolViewModel::recoveryChanged);
+}
+
+Recovery NodeModulesViewModel::recovery() const
+{
+    const Timestamp now = std::chrono::system_clock::now();
+    bool isKnown = true;
+    Recovery recovery = Recovery::parted(entries(), [&](const Entry& entry) {
+        const SafeRemoval::NodeProject* const project = m_projects.find(entry.url);
+        isKnown = isKnown && project != nullptr;
+        return project != nullptr && SafeRemoval::isSafeNodeModules(entry, *project, m_threshold, now);
+    });
+    recovery.isKnown = isKnown;
+    recovery.words = QStringLiteral("%1 sur %2 · projets sans changement depuis %3")
+                         .arg(NumberText::plural(recovery.safe.size(), QStringLiteral("ancien")),
+                              NumberText::grouped(entries().size()), labelOf(m_threshold));
+    return recovery;
 }
 
 void NodeModulesViewModel::setThreshold(AgeThreshold threshold)

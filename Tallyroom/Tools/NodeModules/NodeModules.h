@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/AgeThreshold.h"
+#include "Recovery/SafeRemoval.h"
 #include "Tools/Frame/EntryFacts.h"
 #include "Tools/Frame/ListToolViewModel.h"
 
@@ -34,8 +34,11 @@ public:
     /// was found, null while it is not known. It comes after the entry.
     [[nodiscard]] const std::optional<Timestamp>* projectDate(const Entry& nodeModules) const
     {
-        return m_projectDates.find(nodeModules.url);
+        const SafeRemoval::NodeProject* const project = m_projects.find(nodeModules.url);
+        return project != nullptr ? &project->changedAt : nullptr;
     }
+
+    [[nodiscard]] Recovery recovery() const override;
 
 Q_SIGNALS:
     void thresholdChanged();
@@ -45,7 +48,7 @@ protected:
 
 private:
     AgeThreshold m_threshold;
-    EntryFacts<std::optional<Timestamp>> m_projectDates;
+    EntryFacts<SafeRemoval::NodeProject> m_projects;
 };
 
 /// The progress line of a search: the number of folders found, then of those measured.

@@ -1,0 +1,229 @@
+#include "Tools/Dashboard/RecoveryViewModel.h"
+
+#include "Text/SizeText.h"
+#include "Text/UnreadText.h"
+
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace tallyroom {
+
+namespace {
+
+using Phase = RecoveryRow::Phase;
+
+constexpr std::chrono::milliseconds pace{250};
+
+Phase phaseOf(const ScanToolViewModel& tool)
+{
+    if (tool.isScanning()) {
+        return Phase::running;
+    }
+    switch (tool.scanEnd().kind) {
+    case ScanEnd::Kind::complete:
+        return Phase::complete;
+    case ScanEnd::Kind::unread:
+        return Phase::unread;
+    case ScanEnd::Kind::none:
+    case ScanEnd::Kind::stopped:
+        break;
+    }
+    return Phase::stopped;
+}
+
+/// What a tool says of its finds, and whether they are all.
+QString wordsOf(const ScanToolViewModel& tool, const Recovery& recovery, Phase phase)
+{
+    if (phase == Phase::running) {
+        return tool.hasProgress() ? tool.scanLine().text : QStringLiteral("Analyse en cours…");
+    }
+    const ScanEnd& end = tool.scanEnd();
+    if (tool.entryCount() == 0) {
+        return end.emptyText(QStringLiteral("rien trouvé"));
+    }
+    if (!recovery.isKnown && phase == Phase::complete) {
+        return QStringLiteral("Vérification en cours…");
+    }
+    QStringList parts{recovery.words, end.notice(), UnreadText::count(end.unreadPlaces)};
+    if (recovery.otherBytes > 0) {
+        parts.insert(1, sizeText(recovery.otherBytes) + QStringLiteral(" à regarder"));
+    }
+    parts.removeAll(QString{});
+    return parts.join(QStringLiteral(" · "));
+}
+
+} // namespace
+
+RecoveryViewModel::RecoveryViewModel(VolumeOf volumeOf) : m_volumeOf(std::move(volumeOf))
+{
+    m_pace.setSingleShot(true);
+    m_pace.setInterval(pace);
+    connect(&m_pace, &QTimer::timeout, this, &RecoveryViewModel::show);
+}
+
+void RecoveryViewModel::setTools(std::vector<RecoveryTool> tools)
+{
+    m_tools = std::move(tools);
+    for (std::size_t place = 0; place < m_tools.size(); ++place) {
+        ScanToolViewModel* const tool = m_tools[place].tool;
+        const auto soon = [this] {
+            if (m_folder && !m_pace.isActive()) {
+                m_pace.start();
+            }
+        };
+        connect(tool, &FolderTool::stateChanged, this, [this, place] { follow(place); });
+        connect(tool, &ScanToolViewModel::rootURLChanged, this, soon);
+        connect(tool, &ScanToolViewModel::progressChanged, this, soon);
+        connect(tool, &ScanToolViewModel::recoveryChanged, this, soon);
+        const auto tell = [this, tool] {
+            if (tool == m_remover) {
+                Q_EMIT removalChanged();
+            }
+        };
+        connect(tool, &ScanToolViewModel::statusMessageChanged, this, tell);
+        connect(tool, &ScanToolViewModel::undoableChanged, this, tell);
+        connect(tool, &ScanToolViewModel::removalChanged, this, tell);
+    }
+}
+
+/// Whether the tool at `place` shows the searched folder.
+bool RecoveryViewModel::isOurs(std::size_t place) const
+{
+    return place < m_next && m_tools[place].tool->rootURL() == m_folder;
+}
+
+bool RecoveryViewModel::isSearching() const
+{
+    return std::ranges::any_of(m_rows, [](const RecoveryRow& row) {
+        return row.phase == Phase::waiting || row.phase == Phase::running;
+    });
+}
+
+void RecoveryViewModel::handleImport(const FolderChoice& choice)
+{
+    if (!choice) {
+        m_error = QStringLiteral("Sélection impossible : ") + choice.error();
+        Q_EMIT changed();
+    } else if (!choice->empty()) {
+        search(choice->front());
+    }
+}
+
+void RecoveryViewModel::examine(const FileUrl& folder)
+{
+    Desktop::examine(this, folder, [this](const FolderChoice& choice) { handleImport(choice); });
+}
+
+void RecoveryViewModel::search(FileUrl folder)
+{
+    stop();
+    m_error.clear();
+    m_folder = std::move(folder);
+    m_next = 0;
+    m_isStopped = false;
+    m_remover = nullptr;
+    m_before.reset();
+    startNext();
+    show();
+    Q_EMIT removalChanged();
+    Q_EMIT searchBegan();
+}
+
+void RecoveryViewModel::stop()
+{
+    if (!isSearching()) {
+        return;
+    }
+    m_isStopped = true;
+    for (std::size_t place = 0; place < m_next; ++place) {
+        if (isOurs(place)) {
+            m_tools[place].tool->cancelScan();
+        }
+    }
+    show();
+}
+
+/// Lets the next tools begin, as many as may search at once.
+void RecoveryViewModel::startNext()
+{
+    if (m_isStarting) {
+        return; // a tool that ends at once calls from within
+    }
+    const QScopedValueRollback guard{m_isStarting, true};
+    const auto running = [this] {
+        std::size_t count = 0;
+        for (std::size_t place = 0; place < m_next; ++place) {
+            count += isOurs(place) && m_tools[place].tool->isScanning() ? 1 : 0;
+        }
+        return count;
+    };
+    while (m_folder && !m_isStopped && m_next < m_tools.size() && running() < mostAtOnce) {
+        m_tools[m_next++].tool->open(*m_folder);
+    }
+}
+
+void RecoveryViewModel::follow(std::size_t place)
+{
+    if (!m_folder) {
+        return;
+    }
+    startNext();
+    if (place < m_next && !m_tools[place].tool->isScanning()) {
+        show();
+    } else if (!m_pace.isActive()) {
+        m_pace.start();
+    }
+}
+
+void RecoveryViewModel::show()
+{
+    m_pace.stop();
+    if (!m_folder) {
+        return;
+    }
+    std::vector<RecoveryRow> rows;
+    for (std::size_t place = 0; place < m_tools.size(); ++place) {
+        rows.push_back(rowOf(place));
+    }
+    if (assignIfChanged(m_rows, std::move(rows))) {
+        Q_EMIT changed();
+    }
+}
+
+RecoveryRow RecoveryViewModel::rowOf(std::size_t place) const
+{
+    if (place >= m_next) {
+        return m_isStopped
+                   ? RecoveryRow{Phase::stopped, {}, QStringLiteral("Pas analysé : recherche arrêtée")}
+                   : RecoveryRow{Phase::waiting, {}, QStringLiteral("En attente…")};
+    }
+    if (!isOurs(place)) {
+        return {Phase::elsewhere, {}, QStringLiteral("Un autre dossier est ouvert dans cet outil")};
+    }
+    const ScanToolViewModel& tool = *m_tools[place].tool;
+    const Phase phase = phaseOf(tool);
+    Recovery recovery = tool.recovery();
+    QString words = wordsOf(tool, recovery, phase);
+    return {phase, std::move(recovery), std::move(words)};
+}
+
+void RecoveryViewModel::remove(std::size_t place, const std::vector<Entry>& entries, bool permanently)
+{
+    keepBefore();
+    m_remover = m_tools[place].tool;
+    m_remover->dismissStatus(); // what it says is about something else
+    m_remover->deleteEntries(entries, permanently);
+    Q_EMIT removalChanged();
+}
+
+void RecoveryViewModel::keepBefore()
+{
+    if (m_folder && !m_before) {
+        m_before = m_volumeOf(*m_folder);
+    }
+}
+
+} // namespace tallyroom

@@ -1,0 +1,94 @@
+#include "Recovery/SafeRemoval.h"
+
+#include "Caches/CacheProof.h"
+#include "Caches/FindInspectors.h"
+#include "Caches/RecentWrites.h"
+#include "FileSystem/FolderReader.h"
+#include "Model/Ecosystem.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace tallyroom::SafeRemoval {
+
+namespace {
+
+constexpr std::string_view nodeModulesName = "node_modules";
+
+/// What the programs of this machine count on, or hold at the moment, or what could not be read.
+bool isReserved(const Entry& entry)
+{
+    return entry.needsOwnCheck() || entry.has(EntryMark::inUse) || entry.has(EntryMark::unreadable) ||
+           entry.unread > 0;
+}
+
+/// Whether one of the folders above the item is called like a cache: a removal of caches may take it along.
+bool isBelowCacheName(std::string_view path)
+{
+    for (std::size_t start = 1; start < path.size();) {
+        const std::size_t end = path.find('/', start);
+        if (end == std::string_view::npos) {
+            return false; // the item itself
+        }
+        if (Ecosystem::first(path.substr(start, end - start))) {
+            return true;
+        }
+        start = end + 1;
+    }
+    return false;
+}
+
+bool isShaky(const FileUrl& url)
+{
+    return isBelowCacheName(url.path()) || FindInspectors::isOfInstalledProgram(url);
+}
+
+/// A copy that stays whatever else is proposed; nothing where the person chose a folder whose copies stay.
+std::optional<std::size_t> firstSound(const DuplicateGroup& group, const KeepPolicy& policy)
+{
+    for (std::size_t copy = 0; copy < group.entries.size(); ++copy) {
+        if (policy.rule != KeepRule::inFolder && !group.inTrash[copy] && !isShaky(group.entries[copy].url)) {
+            return copy;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+NodeProject projectOf(const FileUrl& nodeModules)
+{
+    const FileUrl folder = nodeModules.parent();
+    const auto opened = openFolder(folder, FolderAccess::throughOnly);
+    return {RecentWrites::newestOwnFile(folder),
+            opened && proveCache(opened->get(), nodeModules.lastPathComponent()).isProven};
+}
+
+bool isSafeCache(const Entry& cache)
+{
+    return cache.name != nodeModulesName && cache.name != ".venv" && !isReserved(cache);
+}
+
+bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project, AgeThreshold threshold,
+                       Timestamp now)
+{
+    return !isReserved(nodeModules) && project.isProven && threshold.isOld(nodeModules.modifiedAt, now) &&
+           (!project.changedAt || threshold.isOld(project.changedAt, now));
+}
+
+std::vector<bool> safeCopies(const DuplicateGroup& group, const KeepPolicy& policy)
+{
+    std::vector<bool> safe = policy.redundant(group);
+    std::optional<std::size_t> kept = policy.keptCopy(group);
+    if (kept && isShaky(group.entries[*kept].url)) {
+        kept = firstSound(group, policy);
+        safe = kept ? policy.redundantBeside(group, *kept) : std::vector<bool>(safe.size());
+    }
+    for (std::size_t copy = 0; copy < safe.size(); ++copy) {
+        safe[copy] = safe[copy] && !isShaky(group.entries[copy].url);
+    }
+    return safe;
+}
+
+} // namespace tallyroom::SafeRemoval

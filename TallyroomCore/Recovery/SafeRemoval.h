@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Duplicates/KeepPolicy.h"
+#include "Model/AgeThreshold.h"
+#include "Model/Entry.h"
+
+#include <optional>
+#include <vector>
+
+namespace tallyroom {
+
+/// What may be proposed for removal without a look at each item: what tools make again, and further copies.
+/// One answer for all who propose. No call reads a disk unless it says so. Any thread.
+namespace SafeRemoval {
+
+/// What is known of the project around a node_modules folder.
+struct NodeProject {
+    std::optional<Timestamp> changedAt; ///< the newest of its own files; nothing where none was found
+    bool isProven = false;              ///< what has to be installed again is written beside it, or in it
+
+    friend bool operator==(const NodeProject&, const NodeProject&) = default;
+};
+
+/// Looks at the project around the folder at `nodeModules`. Blocks for some milliseconds.
+[[nodiscard]] NodeProject projectOf(const FileUrl& nodeModules);
+
+/// Whether a build cache may go: proven, of no installed program, not in use, and read as a whole. Those that
+/// hold what was installed are left out: node_modules are judged by their age, and nothing beside a virtual
+/// environment says for sure what is in it.
+[[nodiscard]] bool isSafeCache(const Entry& cache);
+
+/// Whether a node_modules folder may go: the same, and neither it nor its project has changed for the time
+/// that `threshold` says.
+[[nodiscard]] bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project,
+                                     AgeThreshold threshold, Timestamp now);
+
+/// Which copies of a group may go, by its order: those that the policy does not keep, outside of installed
+/// programs and of folders called like caches. The copy that stays lies outside of them too, whatever the
+/// policy keeps: in there it may be gone after the next removal.
+[[nodiscard]] std::vector<bool> safeCopies(const DuplicateGroup& group, const KeepPolicy& policy);
+
+} // namespace SafeRemoval
+
+} // namespace tallyroom

@@ -1,0 +1,173 @@
+#include "App/WindowScene.h"
+#include "Deletion/DeleteConfirmation.h"
+#include "Support/CacheTree.h"
+#include "Tools/Dashboard/RecoveryPanel.h"
+
+#include <QPushButton>
+
+#include <algorithm>
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace tallyroom {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsSubsetOf;
+using testing::UnorderedElementsAre;
+
+/// A home with what may go and what must not, searched from the dashboard.
+class RecoveryFlowTest : public WindowScene {
+protected:
+    RecoveryFlowTest()
+    {
+        const std::string picture(90'000, 'p');
+        tree.add({file("old/package.json", "{}"), file("old/src.js", 10), file("old/node_modules/x", 50'000),
+                  file("old/dist/page.png", picture), file("bare/node_modules/x", 60'000),
+                  file("live/package.json", "{}"), file("live/node_modules/x", 70'000),
+                  file("crate/Cargo.toml", 9), file("crate/target/app", 200'000),
+                  file("crate/.venv/pyvenv.cfg", 9), file("Maison/build/permis.pdf", 40'000),
+                  file(".tool/package.json", "{}"), file(".tool/dist/x", 30'000),
+                  file(".tool/page.png", picture), file("photos/a.png", picture),
+                  file("photos/b.png", picture), file("film.mp4", 400'000), folder("repo/.git/objects"),
+                  file("repo/.git/objects/x", 5'000)});
+        dateAll(tree, 1'600'000'000);
+        tree.add(file("live/main.js", 10));
+        Settings::write(QStringLiteral("dup.minSize"), 1000);
+        open(); // which reads the smallest size
+    }
+
+    [[nodiscard]] const RecoveryViewModel& recovery() const { return store().dashboard.recovery(); }
+
+    void search() const
+    {
+        click("Chercher dans le dossier personnel");
+        ASSERT_TRUE(waitUntil(&recovery(), &RecoveryViewModel::changed, [this] {
+            const auto& rows = recovery().rows();
+            return !rows.empty() && std::ranges::all_of(rows, [](const RecoveryRow& row) {
+                return row.phase == RecoveryRow::Phase::complete && row.recovery.isKnown;
+            });
+        }));
+    }
+
+    /// What a tool proposes, by the buttons of its line.
+    void free(const char* tool) const
+    {
+        const auto& tools = recovery().tools();
+        const auto found = std::ranges::find(tools, QString::fromUtf8(tool), &RecoveryTool::name);
+        ASSERT_NE(found, tools.end());
+        const Recovery& safe = recovery().rows()[static_cast<std::size_t>(found - tools.begin())].recovery;
+        const QString name = found->name + QStringLiteral(" : Libérer ");
+        for (auto* const one : window->findChildren<QPushButton*>()) {
+            if (one->isVisible() && one->accessibleName().startsWith(name)) {
+                QTest::mouseClick(one, Qt::LeftButton);
+            }
+        }
+        const auto* const asked = dialog<DeleteConfirmation>();
+        ASSERT_NE(asked, nullptr) << tool;
+        EXPECT_EQ(asked->pending().urls.size(), safe.safe.size());
+        answer<DeleteConfirmation>("Mettre à la corbeille");
+        waitForRemoval();
+    }
+
+    /// All files and links below the home, by their relative paths.
+    [[nodiscard]] std::vector<std::string> files() const
+    {
+        std::vector<std::string> paths;
+        for (const auto& item : std::filesystem::recursive_directory_iterator{tree.path()}) {
+            if (!item.is_directory()) {
+                paths.push_back(item.path().string().substr(tree.path().size() + 1));
+            }
+        }
+        std::ranges::sort(paths);
+        return paths;
+    }
+
+    /// What has gone since `before`.
+    [[nodiscard]] std::vector<std::string> lostSince(const std::vector<std::string>& before) const
+    {
+        std::vector<std::string> lost;
+        std::ranges::set_difference(before, files(), std::back_inserter(lost));
+        return lost;
+    }
+
+    TemporaryTree tree;
+    ScopedVariable home{"HOME", tree.path()};
+};
+
+TEST_F(RecoveryFlowTest, OnlyWhatIsMadeAgainAndFurtherCopiesGoAndNothingElse)
+{
+    const std::vector<std::string> before = files();
+    search();
+    EXPECT_EQ(files(), before);
+    free("Caches de build");
+    EXPECT_THAT(lostSince(before), ElementsAre("crate/target/app", "old/dist/page.png"));
+    free("node_modules");
+    EXPECT_THAT(lostSince(before),
+                ElementsAre("crate/target/app", "old/dist/page.png", "old/node_modules/x"));
+    free("Doublons");
+    EXPECT_THAT(lostSince(before),
+                ElementsAre("crate/target/app", "old/dist/page.png", "old/node_modules/x", "photos/b.png"));
+    EXPECT_THAT(trash.names("Trash/files"), UnorderedElementsAre("target", "dist", "node_modules", "b.png"));
+    click("Annuler la suppression");
+    waitForRemoval();
+    EXPECT_TRUE(tree.exists("photos/b.png")) << "the last one is taken back from here too";
+}
+
+TEST_F(RecoveryFlowTest, ALineLeadsToItsToolWithTheSameListAndWithoutAFilter)
+{
+    search();
+    store().buildCaches.setSearchText(QStringLiteral("nothing"));
+    click("Caches de build : voir dans l’outil");
+    EXPECT_EQ(window->selectedToolID(), QStringLiteral("build-caches"));
+    EXPECT_FALSE(store().buildCaches.isScanning()) << "it was searched already";
+    EXPECT_TRUE(QTest::qWaitFor([this] { return rows().size() == store().buildCaches.entryCount(); }));
+    EXPECT_GT(store().buildCaches.entryCount(), 4U);
+}
+
+TEST_F(RecoveryFlowTest, TwoToolsSearchAtOnceAStopEndsAllAndNothingIsProposed)
+{
+    std::size_t most = 0;
+    RecoveryViewModel& search = store().dashboard.recovery();
+    for (const RecoveryTool& one : search.tools()) {
+        QObject::connect(one.tool, &FolderTool::stateChanged, &search, [&] {
+            const auto running = std::ranges::count_if(
+                search.tools(), [](const RecoveryTool& tool) { return tool.tool->isScanning(); });
+            most = std::max(most, static_cast<std::size_t>(running));
+        });
+    }
+    search.search(tree.url());
+    EXPECT_EQ(most, RecoveryViewModel::mostAtOnce);
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(search.isSearching());
+    for (const RecoveryRow& row : search.rows()) {
+        EXPECT_EQ(row.phase, RecoveryRow::Phase::stopped);
+        EXPECT_FALSE(row.proposes());
+    }
+    EXPECT_FALSE(store().duplicates.rootURL()) << "its turn had not come";
+
+    this->search();
+    EXPECT_EQ(most, RecoveryViewModel::mostAtOnce);
+    scan(store().nodeModules, tree.url("old"));
+    EXPECT_TRUE(waitUntil(&search, &RecoveryViewModel::changed, [&] {
+        return std::ranges::count(search.rows(), RecoveryRow::Phase::elsewhere, &RecoveryRow::phase) == 1;
+    })) << "another folder was opened in a tool";
+}
+
+TEST_F(RecoveryFlowTest, AFolderThatCannotBeReadIsNotCalledEmpty)
+{
+    store().dashboard.recovery().search(tree.url("gone"));
+    ASSERT_TRUE(
+        waitUntil(&recovery(), &RecoveryViewModel::changed, [this] { return !recovery().isSearching(); }));
+    for (const RecoveryRow& row : recovery().rows()) {
+        EXPECT_EQ(row.phase, RecoveryRow::Phase::unread);
+        EXPECT_TRUE(row.words.startsWith(QStringLiteral("Ce dossier ne peut pas être lu")))
+            << row.words.toStdString();
+    }
+    EXPECT_FALSE(shows("Rien à proposer dans ce dossier : il n’y a rien qui parte sans risque."));
+}
+
+} // namespace
+
+} // namespace tallyroom
