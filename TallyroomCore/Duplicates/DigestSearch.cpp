@@ -2,9 +2,10 @@
 
 #include "Concurrency/ParallelFor.h"
 #include "Duplicates/BatchDigester.h"
+#include "Duplicates/CandidateContents.h"
+#include "Duplicates/CandidateDisks.h"
 #include "Duplicates/DigestStage.h"
 #include "Model/CheckedArithmetic.h"
-#include "Removal/TrashFolders.h"
 
 #include <algorithm>
 #include <atomic>
@@ -22,14 +23,6 @@ namespace {
 using namespace DigestStages;
 using Stage = DigestStage;
 
-/// One file on the disk, with all the paths that lead to it: it is read once.
-struct Content {
-    std::uint32_t firstPath = 0; ///< among the candidates
-    std::uint32_t paths = 0;
-    FileIdentity identity; ///< as it was when it was read last
-    ItemIdentity item{};   ///< likewise
-};
-
 /// Files that no stage has told apart yet.
 struct Suspects {
     std::string key;
@@ -40,14 +33,10 @@ struct Suspects {
 class Search {
 public:
     Search(CandidateWalk::Findings findings, std::stop_token stop,
-           const std::function<void(Progress)>& onProgress)
-        : m_findings(std::move(findings)), m_stop(std::move(stop)), m_onProgress(onProgress),
-          m_trash(m_findings.root == nullptr ? TrashFolders::Lookup{}
-                                             : TrashFolders::Lookup{*m_findings.root}),
-          m_isTrashed(m_findings.folders.size())
-    {
-        gatherContents();
-    }
+           const std::function<void(Progress)>& onProgress, const DiskSense& sense)
+        : m_contents(std::move(findings)), m_disks(m_contents.devices(), sense), m_stop(std::move(stop)),
+          m_onProgress(onProgress)
+    {}
 
     std::vector<DuplicateGroup> groups()
     {
@@ -73,6 +62,7 @@ private:
     struct Batch {
         std::uint32_t suspects = 0;
         std::span<const std::uint32_t> contents;
+        bool isOrdered = false; ///< read while nobody else reads that disk
     };
 
     struct Digested {
@@ -83,38 +73,24 @@ private:
         friend auto operator<=>(const Digested&, const Digested&) = default;
     };
 
-    const Candidate& candidate(std::uint32_t content) const
-    {
-        return m_findings.candidates[m_contents[content].firstPath];
-    }
-
-    /// Brings the candidates into the order of their inodes, which is about that of the disk and costs
-    /// nothing, and the paths of one file together.
-    void gatherContents()
-    {
-        auto& candidates = m_findings.candidates;
-        std::ranges::sort(candidates, {}, [](const Candidate& file) {
-            return std::tuple{file.identity.device, file.identity.inode, file.size, file.identity.changedAt,
-                              file.identity.modifiedAt};
-        });
-        for (std::uint32_t i = 0; i < candidates.size(); ++i) {
-            if (m_contents.empty() || candidates[i].size != candidates[i - 1].size ||
-                candidates[i].identity != candidates[i - 1].identity) {
-                m_contents.push_back({i, 0, candidates[i].identity, {}});
-            }
-            ++m_contents.back().paths;
-        }
-    }
+    /// A stage on its way.
+    struct Reading {
+        const std::vector<Suspects>& suspects;
+        Stage stage{};
+        std::int64_t toRead = 0;
+        std::atomic<std::int64_t> readBytes = 0;
+        std::vector<Digested> digested{};
+    };
 
     std::vector<Suspects> bySize() const
     {
         std::vector<std::uint32_t> contents(m_contents.size());
         std::iota(contents.begin(), contents.end(), 0U);
         std::ranges::stable_sort(contents, {},
-                                 [this](std::uint32_t content) { return candidate(content).size; });
+                                 [this](std::uint32_t content) { return m_contents[content].size; });
         std::vector<Suspects> suspects;
         for (const std::uint32_t content : contents) {
-            const std::int64_t size = candidate(content).size;
+            const std::int64_t size = m_contents[content].size;
             if (suspects.empty() || suspects.back().size != size) {
                 suspects.push_back({std::to_string(size), size, {}});
             }
@@ -162,13 +138,13 @@ private:
     {
         std::uint32_t paths = 0;
         for (const std::uint32_t content : alike.contents) {
-            paths += m_contents[content].paths;
+            paths += m_contents.paths(content);
         }
         if (paths < 2) {
             return;
         }
         if (isSettled(stage, alike.size)) {
-            DuplicateGroup group = makeGroup(std::string{idPrefix(stage)} + alike.key, alike);
+            DuplicateGroup group = m_contents.group(std::string{idPrefix(stage)} + alike.key, alike.contents);
             if (group.entries.size() > 1) {
                 m_groups.push_back(std::move(group));
             }
@@ -177,37 +153,143 @@ private:
         }
     }
 
+    /// Files on rotating disks that are read in order come last, one at a time. When such a disk turns out
+    /// to be quick, or a quick one slow, what is left is dealt with anew.
     std::vector<Digested> digestAll(const std::vector<Suspects>& suspects, Stage stage)
+    {
+        Reading reading{suspects, stage, bytesToRead(suspects, stage)};
+        std::vector<Batch> left;
+        for (std::uint32_t set = 0; set < suspects.size(); ++set) {
+            left.push_back({set, suspects[set].contents});
+        }
+        while (!left.empty() && !m_stop.stop_requested()) {
+            std::vector<Batch> ordered;
+            std::vector<Batch> others = withoutOrdered(std::move(left), ordered);
+            const bool isOrdered = others.empty();
+            const unsigned lanes =
+                isOrdered ? m_disks.readers() : lanesOf(stage, WorkerPool::shared().width());
+            left = isOrdered
+                       ? digest(inOrder(ordered, reading), reading, lanes)
+                       : digest(batchesOf(others, reading, reading.toRead / (2 * lanes)), reading, lanes);
+            if (!isOrdered) {
+                left.insert(left.end(), ordered.begin(), ordered.end());
+            }
+        }
+        return std::move(reading.digested);
+    }
+
+    /// Digests batches until the disk of one of them wants to be read otherwise. Returns those that are left.
+    std::vector<Batch> digest(const std::vector<Batch>& batches, Reading& reading, unsigned lanes)
     {
         WorkerPool& pool = WorkerPool::shared();
         std::vector<std::unique_ptr<BatchDigester>> digesters(pool.capacity());
-        std::atomic<std::int64_t> readBytes = 0;
-        const std::int64_t toRead = bytesToRead(suspects, stage);
         ParallelForOptions options;
         options.stop = m_stop;
-        options.lanes = lanesOf(stage, pool.width());
+        options.lanes = lanes;
         options.whileWaiting = [&] {
             // A file that differs from its model late is read twice and counts once.
-            const std::int64_t bytes = std::min(readBytes.load(std::memory_order_relaxed), toRead);
+            const std::int64_t bytes =
+                std::min(reading.readBytes.load(std::memory_order_relaxed), reading.toRead);
             m_onProgress({m_progress.done + bytes, m_progress.total});
         };
-        const std::vector<Batch> batches = batchesOf(suspects, stage, toRead / (2 * options.lanes));
-        std::vector<BatchDigester::Digests> digests(batches.size());
-        const auto digest = [&](std::size_t number, unsigned worker) {
+        std::vector<std::optional<BatchDigester::Digests>> digests(batches.size());
+        const auto work = [&](std::size_t number, unsigned worker) {
             auto& digester = digesters[worker];
             if (digester == nullptr) {
                 digester = std::make_unique<BatchDigester>();
             }
             const Batch& batch = batches[number];
-            const Suspects& set = suspects[batch.suspects];
+            if (m_disks.areOrdered(deviceOf(batch)) != batch.isOrdered) {
+                return;
+            }
+            const Suspects& set = reading.suspects[batch.suspects];
             const auto open = [&](std::size_t index) {
-                return this->open(m_contents[batch.contents[index]], set, stage);
+                return m_contents.open(batch.contents[index], set.key, reading.stage, m_stop);
             };
-            digests[number] =
-                digester->digest(batch.contents.size(), spanOf(stage, set.size), open, m_stop, readBytes);
+            m_disks.watch(deviceOf(batch), [&] {
+                digests[number] = digester->digest(batch.contents.size(), spanOf(reading.stage, set.size),
+                                                   open, m_stop, reading.readBytes);
+            });
         };
-        parallelFor(pool, batches.size(), digest, options);
-        return flattened(batches, digests);
+        parallelFor(pool, batches.size(), work, options);
+        std::vector<Batch> left;
+        for (std::size_t i = 0; i < batches.size(); ++i) {
+            if (!digests[i]) {
+                left.push_back(batches[i]);
+                continue;
+            }
+            for (std::size_t file = 0; file < digests[i]->size(); ++file) {
+                if (const auto& digest = (*digests[i])[file]) {
+                    reading.digested.push_back({batches[i].suspects, *digest, batches[i].contents[file]});
+                }
+            }
+        }
+        return left;
+    }
+
+    std::uint64_t deviceOf(const Batch& batch) const
+    {
+        return m_contents[batch.contents.front()].identity.device;
+    }
+
+    /// Moves the files that are to be read in order to `ordered`. The contents of a set are sorted by device.
+    std::vector<Batch> withoutOrdered(std::vector<Batch> batches, std::vector<Batch>& ordered) const
+    {
+        std::vector<Batch> others;
+        for (const Batch& batch : joined(std::move(batches))) {
+            for (std::span rest = batch.contents; !rest.empty();) {
+                const std::uint64_t device = m_contents[rest.front()].identity.device;
+                const auto end = std::ranges::find_if(rest, [&](std::uint32_t content) {
+                    return m_contents[content].identity.device != device;
+                });
+                const Batch part{batch.suspects, {rest.begin(), end}};
+                (m_disks.areOrdered(device) ? ordered : others).push_back(part);
+                rest = {end, rest.end()};
+            }
+        }
+        return others;
+    }
+
+    /// Parts of a set that lie side by side become one again.
+    static std::vector<Batch> joined(std::vector<Batch> batches)
+    {
+        std::ranges::sort(batches, {}, [](const Batch& batch) {
+            return std::pair{batch.suspects, batch.contents.data()};
+        });
+        std::vector<Batch> result;
+        for (const Batch& batch : batches) {
+            if (!result.empty() && result.back().suspects == batch.suspects &&
+                result.back().contents.data() + result.back().contents.size() == batch.contents.data()) {
+                result.back().contents = {result.back().contents.data(),
+                                          result.back().contents.size() + batch.contents.size()};
+            } else {
+                result.push_back({batch.suspects, batch.contents});
+            }
+        }
+        return result;
+    }
+
+    /// Each file by itself, as the spans that will be read lie on the disk; as their inodes do where the file
+    /// system does not tell.
+    std::vector<Batch> inOrder(const std::vector<Batch>& batches, const Reading& reading) const
+    {
+        using Place = std::tuple<std::uint64_t, bool, std::uint64_t, std::uint32_t>;
+        std::vector<std::pair<Place, Batch>> placed;
+        for (const Batch& batch : batches) {
+            const std::int64_t size = reading.suspects[batch.suspects].size;
+            const std::int64_t offset = spanOf(reading.stage, size).offset;
+            for (const std::uint32_t& content : batch.contents) {
+                const FileId& identity = m_contents[content].identity;
+                const auto file = openForReading(m_contents.url(content));
+                const auto place = file ? placeOnDisk(file->get(), offset) : std::nullopt;
+                placed.push_back({{identity.device, !place, place.value_or(identity.inode), content},
+                                  {batch.suspects, {&content, 1}, true}});
+            }
+        }
+        std::ranges::sort(placed, {}, &std::pair<Place, Batch>::first);
+        std::vector<Batch> result;
+        std::ranges::transform(placed, std::back_inserter(result), &std::pair<Place, Batch>::second);
+        return result;
     }
 
     static std::int64_t bytesToRead(const std::vector<Suspects>& suspects, Stage stage)
@@ -222,42 +304,27 @@ private:
 
     /// Files that are likely to be identical go together, unless that would leave other workers idle: a batch
     /// of several files has at most `mostBytes` to read.
-    static std::vector<Batch> batchesOf(const std::vector<Suspects>& suspects, Stage stage,
+    static std::vector<Batch> batchesOf(const std::vector<Batch>& sets, const Reading& reading,
                                         std::int64_t mostBytes)
     {
         std::vector<Batch> batches;
-        for (std::uint32_t set = 0; set < suspects.size(); ++set) {
-            const auto fitting =
-                static_cast<std::size_t>(mostBytes / spanOf(stage, suspects[set].size).length);
+        for (const Batch& set : sets) {
+            const auto fitting = static_cast<std::size_t>(
+                mostBytes / spanOf(reading.stage, reading.suspects[set.suspects].size).length);
             const std::size_t most = std::clamp<std::size_t>(fitting, 1, BatchDigester::filesAtOnce);
-            std::span<const std::uint32_t> rest{suspects[set].contents};
-            while (!rest.empty()) {
+            for (std::span rest = set.contents; !rest.empty();) {
                 const std::size_t count = std::min(most, rest.size());
-                batches.push_back({set, rest.first(count)});
+                batches.push_back({set.suspects, rest.first(count)});
                 rest = rest.subspan(count);
             }
         }
         // The order of the disk for short reads; the longest first for whole files, so that none is left at
         // the end for one worker alone.
-        std::ranges::sort(batches, {}, [&suspects, stage](const Batch& batch) {
-            return std::tuple{stage == Stage::whole ? -suspects[batch.suspects].size : 0,
+        std::ranges::sort(batches, {}, [&reading](const Batch& batch) {
+            return std::tuple{reading.stage == Stage::whole ? -reading.suspects[batch.suspects].size : 0,
                               batch.contents.front()};
         });
         return batches;
-    }
-
-    static std::vector<Digested> flattened(const std::vector<Batch>& batches,
-                                           const std::vector<BatchDigester::Digests>& digests)
-    {
-        std::vector<Digested> result;
-        for (std::size_t i = 0; i < batches.size(); ++i) {
-            for (std::size_t file = 0; file < digests[i].size(); ++file) {
-                if (const auto& digest = digests[i][file]) {
-                    result.push_back({batches[i].suspects, *digest, batches[i].contents[file]});
-                }
-            }
-        }
-        return result;
     }
 
     /// Short reads wait for the disk and are begun many at a time; whole files keep a core busy each, and
@@ -275,110 +342,20 @@ private:
         return most;
     }
 
-    /// Opens a file by the first of its paths that still leads to it. What was read of it before is read
-    /// again when its state has changed since: only with the same bytes there is it still one of the set.
-    std::optional<StableFile> open(Content& content, const Suspects& set, Stage stage) const
-    {
-        for (std::uint32_t path = 0; path < content.paths; ++path) {
-            const Candidate& way = m_findings.candidates[content.firstPath + path];
-            auto file = StableFile::open(urlOf(way), set.size, way.identity.modifiedAt);
-            if (!file) {
-                continue;
-            }
-            if (file->identity() != content.identity && !hasKeyOf(set, *file, stage)) {
-                return std::nullopt;
-            }
-            content.identity = file->identity();
-            content.item = m_findings.root->identify(file->attributes());
-            return std::move(*file);
-        }
-        return std::nullopt;
-    }
-
-    bool hasKeyOf(const Suspects& set, const StableFile& file, Stage stage) const
-    {
-        switch (stage) {
-        case Stage::head:
-            return true;
-        case Stage::tail:
-            return contentKey(file, Stage::head, m_stop) == set.key;
-        case Stage::whole:
-            return contentKey(file, Stage::tail, m_stop) == set.key;
-        }
-        return false;
-    }
-
-    FileUrl urlOf(const Candidate& way) const
-    {
-        return FileUrl{m_findings.folders.path(way.folder, way.name)};
-    }
-
-    /// The paths that lead to the files of a set. Where several paths led to one file, those that no longer
-    /// do are left out.
-    DuplicateGroup makeGroup(std::string id, const Suspects& alike)
-    {
-        struct Copy {
-            Entry entry;
-            FileIdentity identity;
-            bool isInTrash = false;
-        };
-
-        std::vector<Copy> copies;
-        for (const std::uint32_t number : alike.contents) {
-            const Content& content = m_contents[number];
-            for (std::uint32_t path = 0; path < content.paths; ++path) {
-                const Candidate& way = m_findings.candidates[content.firstPath + path];
-                Entry entry{
-                    .url = urlOf(way), .name = way.name, .sizeBytes = way.size, .identity = content.item};
-                if (content.paths == 1 || leadsTo(entry.url, content.identity)) {
-                    const bool isTrashed = isInTrash(way.folder, entry.url);
-                    copies.push_back({std::move(entry), content.identity, isTrashed});
-                }
-            }
-        }
-        std::ranges::sort(copies, {}, [](const Copy& copy) -> const FileUrl& { return copy.entry.url; });
-        DuplicateGroup group;
-        group.id = std::move(id);
-        for (Copy& copy : copies) {
-            group.entries.push_back(std::move(copy.entry));
-            group.identities.push_back(copy.identity);
-            group.inTrash.push_back(copy.isInTrash);
-        }
-        return group;
-    }
-
-    /// One question a folder, and no look-up by name for the other files in it.
-    bool isInTrash(std::uint32_t folder, const FileUrl& file)
-    {
-        std::optional<bool>& known = m_isTrashed[folder];
-        if (!known) {
-            known = m_trash.contains(file);
-        }
-        return *known;
-    }
-
-    static bool leadsTo(const FileUrl& url, const FileIdentity& file)
-    {
-        const auto now = fileAttributes(url);
-        return now && FileIdentity::of(*now).isSameFile(file);
-    }
-
-    CandidateWalk::Findings m_findings;
+    CandidateContents m_contents;
+    CandidateDisks m_disks;
     std::stop_token m_stop;
     const std::function<void(Progress)>& m_onProgress;
-    std::vector<Content> m_contents; // in the order of the disk; a worker writes those of its batch
     std::vector<DuplicateGroup> m_groups;
-    TrashFolders::Lookup m_trash;
-    std::vector<std::optional<bool>> m_isTrashed; // the folders, by their numbers
     Progress m_progress;
 };
 
 } // namespace
 
 std::vector<DuplicateGroup> run(CandidateWalk::Findings findings, const std::stop_token& stop,
-                                const std::function<void(Progress)>& onProgress)
+                                const std::function<void(Progress)>& onProgress, const DiskSense& sense)
 {
-    return Search{std::move(findings), stop, onProgress}.groups();
+    return Search{std::move(findings), stop, onProgress, sense}.groups();
 }
 
 } // namespace tallyroom::DigestSearch

@@ -3,6 +3,7 @@
 #include "Duplicates/CandidateWalk.h"
 #include "Duplicates/DigestStage.h"
 #include "Duplicates/DuplicateGroup.h"
+#include "FileSystem/DiskSense.h"
 
 #include <cstdint>
 #include <functional>
@@ -13,6 +14,7 @@ namespace tallyroom {
 
 /// The second half of the search for duplicates: candidates of one size are told apart by digests of their
 /// first 64 KiB, their last 64 KiB, and all of their bytes, each only where the one before did not settle it.
+/// A rotating disk is read from one end to the other in each stage (DiskPace).
 namespace DigestSearch {
 
 /// How far the digesting has come, in bytes. A file that drops out counts as done with all that it might
@@ -28,7 +30,8 @@ struct Progress {
 /// it must not be one of the process's pool workers. After a stop the result is empty. At most one open file
 /// a worker.
 [[nodiscard]] std::vector<DuplicateGroup> run(CandidateWalk::Findings findings, const std::stop_token& stop,
-                                              const std::function<void(Progress)>& onProgress);
+                                              const std::function<void(Progress)>& onProgress,
+                                              const DiskSense& sense = DiskSense::machine());
 
 } // namespace DigestSearch
 

@@ -17,16 +17,6 @@ namespace {
 
 constexpr int readingFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-SystemResult<FileDescriptor> openForReading(const FileUrl& url)
-{
-    if (url.path().size() < PATH_MAX) {
-        return openAt(AT_FDCWD, url.path().c_str(), readingFlags);
-    }
-    const auto folder = openFolder(url.parent(), FolderAccess::throughOnly);
-    return folder ? openAt(folder->get(), std::string{url.lastPathComponent()}.c_str(), readingFlags)
-                  : std::unexpected(folder.error());
-}
-
 /// The clock that file systems stamp with, which moves in steps of some milliseconds.
 Timestamp tickingClock()
 {
@@ -50,6 +40,16 @@ bool outliveTick(Timestamp changedAt)
 }
 
 } // namespace
+
+SystemResult<FileDescriptor> openForReading(const FileUrl& url)
+{
+    if (url.path().size() < PATH_MAX) {
+        return openAt(AT_FDCWD, url.path().c_str(), readingFlags);
+    }
+    const auto folder = openFolder(url.parent(), FolderAccess::throughOnly);
+    return folder ? openAt(folder->get(), std::string{url.lastPathComponent()}.c_str(), readingFlags)
+                  : std::unexpected(folder.error());
+}
 
 StableFile::StableFile(FileDescriptor descriptor, const FileAttributes& attributes)
     : m_descriptor(std::move(descriptor)), m_attributes(attributes)

@@ -1,15 +1,19 @@
+#include "Duplicates/CandidateDisks.h"
+#include "Duplicates/DigestSearch.h"
 #include "FileSystem/DiskPace.h"
 #include "FileSystem/TreeWalk.h"
 #include "Support/Interception.h"
 #include "Support/TemporaryTree.h"
 
 #include <condition_variable>
+#include <fcntl.h>
 #include <future>
 #include <gmock/gmock.h>
 #include <map>
 #include <mutex>
 #include <set>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tallyroom {
 
@@ -179,6 +183,54 @@ TEST(DiskOrder, AFileThatHangsDoesNotKeepTheOnlyReader)
     gate.set_value();
     isDone.wait();
     EXPECT_EQ(visits, 52);
+}
+
+/// The inodes of the files in the order in which they were opened for a stage.
+std::vector<std::uint64_t> digestedInOrder(const TemporaryTree& tree, const DiskUse& use)
+{
+    const OneDisk disk{use};
+    std::mutex mutex;
+    std::vector<std::uint64_t> opened;
+    auto findings = CandidateWalk::run(tree.url(), 1, {100, 100}, {}, [](std::int64_t) {});
+    const Interception looks{[&](const InterceptedCall& call) {
+        const std::scoped_lock lock{mutex};
+        if (call.name[0] == 0 && S_ISREG(call.told->stx_mode) &&
+            (opened.empty() || opened.back() != call.told->stx_ino)) { // looked at again once it was read
+            opened.push_back(call.told->stx_ino);
+        }
+        return 0;
+    }};
+    EXPECT_EQ(DigestSearch::run(
+                  std::move(findings), {}, [](DigestSearch::Progress) {}, disk)
+                  .size(),
+              2U);
+    return opened;
+}
+
+TEST(DiskOrder, FilesAreDigestedOneByOneAsTheyLieOnTheDisk)
+{
+    TemporaryTree tree;
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> places; // and inodes
+    for (int i = 0; i < 12; ++i) {
+        tree.add(file(std::to_string(i)));
+    }
+    for (int i = 0; i < 12; ++i) {
+        const std::string path = tree.path(std::to_string(i * 5 % 12));
+        const FileDescriptor file{::open(path.c_str(), O_RDWR | O_CLOEXEC)};
+        const std::string content(i % 2 == 0 ? 5000 : 9000, 'x');
+        ASSERT_EQ(::pwrite(file.get(), content.data(), content.size(), 0), ssize_t(content.size()));
+        ASSERT_EQ(::fsync(file.get()), 0); // has its place on the disk from now on
+        const std::uint64_t inode = inodeOf(file.get());
+        places.emplace_back(placeOnDisk(file.get(), 0).value_or(inode), inode);
+    }
+    std::ranges::sort(places);
+    std::vector<std::uint64_t> expected;
+    std::ranges::transform(places, std::back_inserter(expected),
+                           [](const auto& place) { return place.second; });
+    EXPECT_THAT(digestedInOrder(tree, headMoves), ElementsAreArray(expected));
+    const auto inAnyOrder = digestedInOrder(tree, inMemory);
+    EXPECT_EQ(std::set(inAnyOrder.begin(), inAnyOrder.end()).size(), 12U)
+        << "none is lost when the way changes";
 }
 
 TEST(DiskPace, FollowsTheHeadAndNotTheProcessor)

@@ -12,23 +12,23 @@ namespace tallyroom {
 namespace {
 
 using TreemapLayout::Rectangle;
-using Items = std::vector<SteadyLayout::Item>;
+using WeightedItems = std::vector<SteadyLayout::Item>;
 
 constexpr Rectangle whole{0, 0, 600, 400};
 
 /// Larger first, as a folder is given.
-Items ranked(Items items)
+WeightedItems ranked(WeightedItems items)
 {
     std::ranges::stable_sort(items, std::greater{}, &SteadyLayout::Item::weight);
     return items;
 }
 
-Items eightItems()
+WeightedItems eightItems()
 {
     return {{1, 400}, {2, 300}, {3, 105}, {4, 100}, {5, 60}, {6, 58}, {7, 20}, {8, 1}};
 }
 
-std::vector<TreemapLayout::Tile> fresh(const Items& items, const Rectangle& rectangle)
+std::vector<TreemapLayout::Tile> fresh(const WeightedItems& items, const Rectangle& rectangle)
 {
     std::vector<double> weights;
     std::ranges::transform(items, std::back_inserter(weights), &SteadyLayout::Item::weight);
@@ -42,16 +42,16 @@ TEST(SteadyLayout, TilesKeepTheirPlacesWhileTheirSharesChangeLittle)
         const bool isKept = row[1] == "kept";
         Rectangle rectangle;
         std::istringstream{row[2]} >> rectangle.x >> rectangle.y >> rectangle.width >> rectangle.height;
-        Items then;
+        WeightedItems then;
         std::istringstream sizes{row[3]};
         for (SteadyLayout::Item item; sizes >> item.key >> item.weight;) {
             then.push_back(item);
         }
         SteadyLayout layout;
-        const Items before = eightItems();
+        const WeightedItems before = eightItems();
         const auto first = layout.tiles(7, before, whole);
         ASSERT_EQ(first, fresh(before, whole)) << "the first time it is squarified as ever";
-        const Items after = ranked(then);
+        const WeightedItems after = ranked(then);
         const auto second = layout.tiles(7, after, rectangle);
         ASSERT_EQ(second.size(), after.size());
         EXPECT_TRUE(isKept || second == fresh(after, rectangle));
@@ -76,11 +76,11 @@ TEST(SteadyLayout, TilesKeepTheirPlacesWhileTheirSharesChangeLittle)
 TEST(SteadyLayout, SmallChangesAddUpUntilItIsLaidOutAnew)
 {
     SteadyLayout layout;
-    Items items = eightItems();
+    WeightedItems items = eightItems();
     EXPECT_FALSE(layout.tiles(7, items, whole).empty());
     layout.forgetUnused();
     int kept = 0;
-    Items changed = items;
+    WeightedItems changed = items;
     do {
         items[3].weight += 8; // ranks above its neighbour from the first time on
         changed = ranked(items);
