@@ -4,7 +4,7 @@
 
 namespace tallyroom {
 
-/// A button that opens a menu; whoever derives from it fills the menu. Main thread.
+/// A button that opens a menu, which derived classes fill. Main thread.
 class MenuButton : public QPushButton {
     Q_OBJECT
 

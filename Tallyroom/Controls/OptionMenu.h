@@ -35,7 +35,7 @@ public:
         }
     }
 
-    /// Shows the title anew whenever `tool` says that the choice has changed.
+    /// Updates the title when `tool` says that the choice has changed.
     template <class Tool>
     void follow(const Tool& tool, void (Tool::*choiceChanged)())
     {

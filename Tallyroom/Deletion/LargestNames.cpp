@@ -27,17 +27,20 @@ QString shortened(const QString& name)
 
 QStringList largestNames(const std::vector<Entry>& entries)
 {
-    std::vector<const Entry*> largest;
-    std::ranges::transform(entries, std::back_inserter(largest), [](const Entry& entry) { return &entry; });
+    std::vector<const Entry*> named;
+    std::ranges::transform(entries, std::back_inserter(named), [](const Entry& entry) { return &entry; });
     const auto shown = static_cast<std::ptrdiff_t>(std::min(entries.size(), mostNames));
-    std::ranges::partial_sort(largest, largest.begin() + shown, [](const Entry* left, const Entry* right) {
+    std::ranges::partial_sort(named, named.begin() + shown, [](const Entry* left, const Entry* right) {
+        if (left->needsOwnCheck() != right->needsOwnCheck()) {
+            return left->needsOwnCheck();
+        }
         return left->sizeBytes != right->sizeBytes ? left->sizeBytes > right->sizeBytes
                                                    : left->url < right->url;
     });
-    largest.resize(static_cast<std::size_t>(shown));
+    named.resize(static_cast<std::size_t>(shown));
     QStringList lines;
-    for (const Entry* const entry : largest) {
-        const bool isAlike = std::ranges::count(largest, entry->name, &Entry::name) > 1;
+    for (const Entry* const entry : named) {
+        const bool isAlike = std::ranges::count(named, entry->name, &Entry::name) > 1;
         lines +=
             QStringLiteral("• ") + shortened(FileUrlText::display(entry->name)) +
             (isAlike ? QStringLiteral(" dans ") + shortened(FileUrlText::displayFromHome(entry->url.parent()))
@@ -46,7 +49,7 @@ QStringList largestNames(const std::vector<Entry>& entries)
             (QStringList{sizeText(entry->sizeBytes)} + MarkText::words(*entry)).join(QStringLiteral(", ")) +
             QLatin1Char{')'};
     }
-    if (const std::size_t others = entries.size() - largest.size(); others > 0) {
+    if (const std::size_t others = entries.size() - named.size(); others > 0) {
         lines += QStringLiteral("et ") + NumberText::plural(others, QStringLiteral("autre"));
     }
     return lines;

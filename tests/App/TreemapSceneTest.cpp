@@ -1,10 +1,17 @@
 #include "Tools/DiskUsage/Treemap/TreemapScene.h"
 
 #include "App/OutlineMaker.h"
+#include "Scanning/FileScanner.h"
+#include "Scanning/TreeOutline.h"
+#include "Support/AllRecords.h"
+#include "Support/TemporaryTree.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
 #include <numeric>
 #include <random>
+#include <sys/stat.h>
 
 namespace tallyroom {
 
@@ -90,6 +97,50 @@ void expectTrueAreas(const TreemapScene& scene, std::uint32_t folder, const QRec
     }
 }
 
+/// That each level is covered, siblings in proportion, and that all tiles together are `bytes`.
+void expectTheWhole(const TreemapScene& scene, const QRect& area, std::int64_t bytes, double scale)
+{
+    EXPECT_TRUE(ownEveryPixelOnce(cellsIn(scene, TreemapScene::none), area));
+    expectTrueAreas(scene, TreemapScene::none, area, double(bytes), scale);
+    std::int64_t leaves = 0;
+    std::size_t open = 0;
+    for (std::uint32_t tile = 0; tile < scene.tiles().size(); ++tile) {
+        if (!scene.isOpen(tile)) {
+            leaves += scene.entry(tile).sizeBytes;
+            continue;
+        }
+        ++open;
+        const QRect content = scene.tiles()[tile].content;
+        EXPECT_TRUE(scene.painted(tile).contains(content));
+        EXPECT_TRUE(ownEveryPixelOnce(cellsIn(scene, tile), content));
+        expectTrueAreas(scene, tile, content, double(scene.entry(tile).sizeBytes), scale);
+    }
+    EXPECT_GT(open, 1U);
+    for (const TreemapScene::Rest& rest : scene.rests()) {
+        leaves += rest.sizeBytes;
+    }
+    EXPECT_EQ(leaves, bytes);
+    const auto kinds = scene.bytesByKind();
+    EXPECT_EQ(std::accumulate(kinds.begin(), kinds.end(), std::int64_t{0}), bytes);
+}
+
+/// What each folder and file takes, each of a file's names for itself: `du -l` without the folders' own
+/// blocks.
+std::map<std::filesystem::path, std::int64_t> blocksIn(const std::filesystem::path& folder)
+{
+    std::map<std::filesystem::path, std::int64_t> bytes;
+    for (const auto& item : std::filesystem::recursive_directory_iterator{folder}) {
+        struct stat status {};
+
+        if (::lstat(item.path().c_str(), &status) == 0 && !S_ISDIR(status.st_mode)) {
+            for (auto path = item.path(); path != folder.parent_path(); path = path.parent_path()) {
+                bytes[path] += status.st_blocks * 512;
+            }
+        }
+    }
+    return bytes;
+}
+
 TEST(TreemapScene, EachLevelIsCoveredInProportionAndNothingIsLost)
 {
     for (const double scale : {1.0, 1.5, 2.0}) {
@@ -102,29 +153,30 @@ TEST(TreemapScene, EachLevelIsCoveredInProportionAndNothingIsLost)
             const SharedOutline outline = outlineOf(tree, "/home/moi");
             const QRect area{2, 2, int(701 * scale), int(403 * scale)};
             const TreemapScene scene = sceneOf(listingOf(outline), {outline}, area, scale);
+            expectTheWhole(scene, area, tree.sizeBytes(), scale);
+        }
+    }
+}
 
-            EXPECT_TRUE(ownEveryPixelOnce(cellsIn(scene, TreemapScene::none), area));
-            expectTrueAreas(scene, TreemapScene::none, area, double(tree.sizeBytes()), scale);
-            std::int64_t leaves = 0;
-            std::size_t open = 0;
-            for (std::uint32_t tile = 0; tile < scene.tiles().size(); ++tile) {
-                if (!scene.isOpen(tile)) {
-                    leaves += scene.entry(tile).sizeBytes;
-                    continue;
-                }
-                ++open;
-                const QRect content = scene.tiles()[tile].content;
-                EXPECT_TRUE(scene.painted(tile).contains(content));
-                EXPECT_TRUE(ownEveryPixelOnce(cellsIn(scene, tile), content));
-                expectTrueAreas(scene, tile, content, double(scene.entry(tile).sizeBytes), scale);
-            }
-            EXPECT_GT(open, 1U);
-            for (const TreemapScene::Rest& rest : scene.rests()) {
-                leaves += rest.sizeBytes;
-            }
-            EXPECT_EQ(leaves, tree.sizeBytes());
-            const auto kinds = scene.bytesByKind();
-            EXPECT_EQ(std::accumulate(kinds.begin(), kinds.end(), std::int64_t{0}), tree.sizeBytes());
+TEST(TreemapScene, TheTilesOfRealFoldersAreWhatTheirFilesTakeOnTheDisk)
+{
+    const TemporaryTree made{file("photos/2023/a.jpg", 3_MiB), file("photos/2023/b.jpg", 70'000),
+                             file("photos/c.jpg", 1_MiB),      file("film.mov", 5_MiB),
+                             link("lien", "film.mov"),         hardLink("photos/encore.mov", "film.mov")};
+    for (const std::string& path :
+         {made.url().path(), std::string{"/usr/include"}, std::string{"/usr/share/doc"}}) {
+        SCOPED_TRACE(path);
+        const FileUrl folder{path};
+        const EntryList entries = FileScanner::directEntries(folder, false).get();
+        auto outlines = allRecords(TreeOutline::read(folder, {}));
+        const QRect area{0, 0, 1280, 800};
+        const auto bytes = blocksIn(path);
+        const TreemapScene scene = sceneOf(entries, {outlines.back().outline}, area, 1);
+        expectTheWhole(scene, area, bytes.at(path), 1);
+        for (std::size_t tile = 0; tile < scene.tiles().size(); ++tile) {
+            const Entry& entry = scene.entry(tile);
+            const auto found = bytes.find(entry.url.path());
+            EXPECT_EQ(entry.sizeBytes, found == bytes.end() ? 0 : found->second) << entry.url.path();
         }
     }
 }

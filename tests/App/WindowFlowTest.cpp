@@ -184,7 +184,7 @@ TEST_F(WindowFlowTest, EscapeAndTheBannerStopADeletionWhichKeepsTheRest)
     }
 }
 
-TEST_F(WindowFlowTest, TheConfirmationNamesTheLargestAndTellsTheAlikeApart)
+TEST_F(WindowFlowTest, TheConfirmationNamesTheDoubtfulThenTheLargestAndTellsTheAlikeApart)
 {
     std::vector<Entry> entries{{FileUrl{"/x/film"}, "film", 9'000, false},
                                {FileUrl{"/y/film"}, "film", 8'000, false}};
@@ -192,11 +192,13 @@ TEST_F(WindowFlowTest, TheConfirmationNamesTheLargestAndTellsTheAlikeApart)
         const std::string name = "note" + std::to_string(rank);
         entries.push_back({FileUrl{"/z/" + name}, name, 10 - rank, false});
     }
+    entries.back().set(EntryMark::toVerify, true);
     const DeleteConfirmation asking{entries, DeleteConfirmation::Default::trash, {}, nullptr};
     const std::string said = asking.accessibleDescription().toStdString();
     EXPECT_THAT(said, testing::StartsWith("7 éléments · 17 Ko\n\n« Mettre à la corbeille » est réversible."));
-    EXPECT_THAT(said, testing::HasSubstr("• film dans /x (9 Ko)\n• film dans /y (8 Ko)\n• note0 (10 o)\n"
-                                         "• note1 (9 o)\n• note2 (8 o)\net 2 autres"));
+    EXPECT_THAT(said,
+                testing::HasSubstr("• note4 (6 o, à vérifier)\n• film dans /x (9 Ko)\n"
+                                   "• film dans /y (8 Ko)\n• note0 (10 o)\n• note1 (9 o)\net 2 autres"));
 }
 
 TEST_F(WindowFlowTest, AReportDoesNotFollowIntoAnotherFolder)

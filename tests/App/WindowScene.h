@@ -40,7 +40,7 @@ protected:
         scan(ToolRegistry::find(window->selectedToolID())->tool(store()), folder);
     }
 
-    /// Waits until the tool has read this folder, whoever opened it.
+    /// Waits until the tool has read this folder.
     template <class Tool>
     [[nodiscard]] static bool hasScanned(Tool& tool, const FileUrl& folder)
     {

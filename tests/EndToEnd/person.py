@@ -19,6 +19,8 @@ LIMIT_SECONDS = 30
 SESSION = Path(os.environ["TALLYROOM_SESSION"])
 HOME = Path(os.environ["HOME"])
 TRASH = Path(os.environ["XDG_DATA_HOME"]) / "Trash"
+CONFIRM = "Mettre à la corbeille"
+UNDO = "Annuler la suppression"
 
 # AT-SPI 2.56 calls it by another name.
 ROLES = {"push button": "button"}
@@ -73,8 +75,11 @@ class Item:
         self.role = ROLES.get(role, role)
         self.name = accessible.get_name() or ""
 
+    def box(self):
+        return self.accessible.get_extents(Atspi.CoordType.SCREEN)
+
     def middle(self):
-        box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
+        box = self.box()
         return box.x + box.width // 2, box.y + box.height // 2
 
 
@@ -131,7 +136,7 @@ class Window:
                 if item.role in ("list item", "table cell") and not is_in_focus:
                     states.discard("focused")  # the current row of a list that has not the keyboard claims it too
                 found.append(item)
-                waiting += [(accessible.get_child_at_index(i), "focused" in states)
+                waiting += [(accessible.get_child_at_index(i), is_in_focus or "focused" in states)
                             for i in range(accessible.get_child_count())]
             except (AttributeError, GLib.Error):
                 pass  # gone since its parent was asked
@@ -178,3 +183,71 @@ class Window:
         self.press("ctrl+q")
         if (code := self.process.wait(LIMIT_SECONDS)) != 0:
             sys.exit(f"The program left with {code}")
+
+
+class Mouse:
+    """All is done by pressing its first button."""
+
+    def __init__(self, window):
+        self.window = window
+
+    def delete(self):
+        self.window.click("button", "Supprimer…")
+
+    def confirm(self):
+        self.window.click("button", CONFIRM)
+
+    def undo(self):
+        self.window.click("button", UNDO)
+
+
+class Keyboard:
+    """All is done by the keys that the README names, and by Tab."""
+
+    def __init__(self, window):
+        self.window = window
+
+    def go_to(self, what, is_there, key, most):
+        """Presses a key until a thing has the keyboard; each press is seen before the next one."""
+        for _ in range(most):
+            if is_there():
+                return
+            before = self.window.focus()
+            self.window.press(key)
+            self.window.wait(f"{key} moves on to {what}", lambda: self.window.focus() != before)
+        sys.exit(f"{key} does not lead to {what}, but to {self.window.focus()}")
+
+    def delete(self):
+        self.window.press("Delete")
+
+    def confirm(self):
+        self.window.wait("the trash is proposed first", lambda: self.window.has_button(CONFIRM, "focused"))
+        self.window.press("Return")
+
+    def undo(self):
+        self.window.press("ctrl+z")
+
+
+def remove_and_put_back(window, hand, folder, name, place, is_listed):
+    """Trashes an item by its name and undoes it; `is_listed(name, state)` tells what the window shows of it."""
+    def seen():
+        """All but the folders around it, whose dates change."""
+        return {path: what for path, what in contents(folder).items() if not place.startswith(path + "/")}
+
+    before = seen()
+    rest = {path: what for path, what in before.items() if not f"{path}/".startswith(place + "/")}
+    hand.check(name)
+    window.wait(f"{name} is checked", lambda: is_listed(name, ", coché"))
+    hand.delete()
+    window.wait("the confirmation asks", lambda: window.has_button(CONFIRM))
+    expect_equal("Before the confirmation", seen(), before)
+    hand.confirm()
+    window.wait("an undo is offered", lambda: window.has_button(UNDO))
+    expect_equal(f"The folder without {place}", seen(), rest)
+    if len(list((TRASH / "info").iterdir())) != 1:
+        sys.exit("The trash holds something else.")
+    window.wait(f"{name} is gone", lambda: not is_listed(name))
+    hand.undo()
+    window.wait(f"{name} is back", lambda: is_listed(name))
+    expect_equal("The folder after the undo", seen(), before)
+    expect_equal("The trash after the undo", {**contents(TRASH / "files"), **contents(TRASH / "info")}, {})

@@ -24,6 +24,14 @@ namespace {
 constexpr int searchWidth = 220;
 constexpr int summaryHeight = 20; // of a line, whatever signs it needs from other fonts
 
+void moveInto(QBoxLayout* target, int index, QLayout* part)
+{
+    if (auto* const current = qobject_cast<QBoxLayout*>(part->parent()); current != target) {
+        current->removeItem(part);
+        target->insertLayout(index, part);
+    }
+}
+
 } // namespace
 
 ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
@@ -156,38 +164,11 @@ void ToolHeader::fold()
     const int wanted = m_leading == nullptr ? 0 : m_leading->sizeHint().width();
     const bool isNarrow = room < leading + Theme::gap + smallestSearch + others;
     const int search = std::max(std::min(room - wanted - Theme::gap - others, searchWidth), smallestSearch);
-    placeFilters(isNarrow);
+    moveInto(isNarrow ? m_column : m_row, isNarrow ? 1 : m_row->indexOf(m_folder), m_filters);
     m_search->setMinimumWidth(isNarrow ? smallestSearch : search);
     m_search->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : search);
-    placeOptions(options > 0 && room < smallestSearch + options);
-}
-
-void ToolHeader::placeFilters(bool areBelow)
-{
-    if (std::exchange(m_areFiltersBelow, areBelow) == areBelow) {
-        return;
-    }
-    if (areBelow) {
-        m_row->removeItem(m_filters);
-        m_column->insertLayout(1, m_filters);
-    } else {
-        m_column->removeItem(m_filters);
-        m_row->insertLayout(m_row->indexOf(m_folder), m_filters);
-    }
-}
-
-void ToolHeader::placeOptions(bool areBelow)
-{
-    if (std::exchange(m_areOptionsBelow, areBelow) == areBelow) {
-        return;
-    }
-    if (areBelow) {
-        m_filters->removeItem(m_options);
-        m_column->insertLayout(2, m_options);
-    } else {
-        m_column->removeItem(m_options);
-        m_filters->addLayout(m_options);
-    }
+    const bool areOptionsBelow = options > 0 && room < smallestSearch + options;
+    moveInto(areOptionsBelow ? m_column : m_filters, areOptionsBelow ? 2 : m_filters->count(), m_options);
 }
 
 } // namespace tallyroom

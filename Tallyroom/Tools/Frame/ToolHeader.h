@@ -7,9 +7,9 @@
 
 #include <array>
 
+class QBoxLayout;
 class QHBoxLayout;
 class QPushButton;
-class QVBoxLayout;
 
 namespace tallyroom {
 
@@ -67,16 +67,12 @@ private:
     /// Those that all tools have.
     [[nodiscard]] std::array<QWidget*, 4> buttons() const;
     [[nodiscard]] int buttonsWidth() const;
-    void placeFilters(bool areBelow);
-    void placeOptions(bool areBelow);
 
-    QVBoxLayout* m_column;
-    QHBoxLayout* m_row;
+    QBoxLayout* m_column;
+    QBoxLayout* m_row;
     QWidget* m_leading = nullptr;
-    QHBoxLayout* m_filters; // the search field and the options
+    QBoxLayout* m_filters; // the search field and the options
     FlowLayout* m_options;
-    bool m_areFiltersBelow = false;
-    bool m_areOptionsBelow = false;
     SearchField* m_search;
     FolderButton* m_folder;
     QPushButton* m_refresh;
