@@ -4,6 +4,7 @@
 #include "Concurrency/Locked.h"
 #include "Concurrency/ParallelFor.h"
 #include "EntryPrinter.h"
+#include "FileSystem/DiskSense.h"
 #include "FileSystem/FolderReader.h"
 #include "Git/RepositoryState.h"
 #include "Terminal.h"
@@ -132,8 +133,67 @@ ExitCode run(const ScanOptions& options, Shown shown, const Interruption& interr
 
 } // namespace
 
+namespace {
+
+/// What scans decide about disks, told on standard error at the end of its life.
+class DiskReport {
+public:
+    explicit DiskReport(bool isWanted) : m_isWanted(isWanted)
+    {
+        if (isWanted) {
+            DiskSense::listen([decisions = m_decisions](const DiskDecision& decision) {
+                decisions->with([&](auto& known) { known.push_back(decision); });
+            });
+        }
+    }
+
+    DiskReport(const DiskReport&) = delete;
+    DiskReport& operator=(const DiskReport&) = delete;
+
+    ~DiskReport()
+    {
+        if (!m_isWanted) {
+            return;
+        }
+        auto decisions = m_decisions->get();
+        if (decisions.empty()) {
+            decisions.emplace_back(); // nobody knows what holds the folder
+        }
+        std::vector<std::string> told;
+        for (const DiskDecision& decision : decisions) {
+            if (const std::string text = textOf(decision); std::ranges::find(told, text) == told.end()) {
+                Terminal::complain(told.emplace_back(text));
+            }
+        }
+    }
+
+private:
+    static std::string textOf(const DiskDecision& decision)
+    {
+        std::string disks;
+        for (const std::string& name : decision.rotating) {
+            disks += (disks.empty() ? "" : ", ") + name;
+        }
+        if (disks.empty()) {
+            return "tous les lecteurs : pas de disque rotatif";
+        }
+        const std::size_t count = decision.rotating.size();
+        const std::string plural = count > 1 ? "s" : "";
+        return decision.isOrdered ? std::to_string(count) + " lecteur" + plural + " : disque" + plural +
+                                        " rotatif" + plural + " (" + disks + ")"
+                                  : "tous les lecteurs : répond sans attendre (" + disks + ")";
+    }
+
+    const bool m_isWanted;
+    std::shared_ptr<Locked<std::vector<DiskDecision>>> m_decisions =
+        std::make_shared<Locked<std::vector<DiskDecision>>>();
+};
+
+} // namespace
+
 ExitCode runUsage(const ScanOptions& options, const Interruption& interruption)
 {
+    const DiskReport report{options.verbose};
     return run(options, Shown::names, interruption,
                [](const FileUrl& url) { return FileScanner::directEntriesStream(url, false); });
 }

@@ -18,7 +18,8 @@ namespace tallyroom {
 struct ScanOptions {
     std::string folder;
     OutputFormat format = OutputFormat::table;
-    bool quiet = false; ///< no progress, even on a terminal
+    bool quiet = false;   ///< no progress, even on a terminal
+    bool verbose = false; ///< say how disks were read
 };
 
 /// Parts shared by the commands: they check the folder, follow the stream and stop on Ctrl+C.

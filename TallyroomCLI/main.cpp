@@ -209,8 +209,9 @@ class Commands {
 public:
     Commands(CLI::App& app, const Interruption& interruption) : m_app(app), m_interruption(interruption)
     {
-        add("usage", "Le contenu direct d'un dossier, du plus lourd au plus léger",
-            [this] { return runUsage(m_options, m_interruption); });
+        add("usage", "Le contenu direct d'un dossier, du plus lourd au plus léger", [this] {
+            return runUsage(m_options, m_interruption);
+        }).add_flag("--verbose", m_options.verbose, "Dire combien de lecteurs chaque disque a eus");
         CLI::App& largest = add("largest", "Les plus gros fichiers d'une arborescence", [this] {
             return runLargest(m_options, m_limit, m_criteria, m_interruption);
         });

@@ -42,7 +42,9 @@ CandidateDisks::CandidateDisks(const std::set<std::uint64_t>& devices, const Dis
         }
         if (const auto disks = sense.rotatingDisks(mount); !disks.empty()) {
             m_rotating.insert(mount.device);
-            m_readers = std::max(m_readers, static_cast<unsigned>(disks.size()));
+            if (disks.size() > m_disks.size()) {
+                m_disks = disks;
+            }
         }
     }
 }
@@ -55,7 +57,9 @@ void CandidateDisks::watch(std::uint64_t device, const std::function<void()>& re
     }
     const DiskUse before = m_sense.useSoFar();
     read();
-    m_pace.note(m_sense.useSoFar().since(before));
+    if (m_pace.note(m_sense.useSoFar().since(before))) {
+        m_sense.hear({m_disks, m_pace.isOrdered()});
+    }
 }
 
 } // namespace tallyroom

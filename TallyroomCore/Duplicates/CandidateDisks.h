@@ -7,6 +7,8 @@
 #include <functional>
 #include <optional>
 #include <set>
+#include <string>
+#include <vector>
 
 namespace tallyroom {
 
@@ -27,7 +29,7 @@ public:
     }
 
     /// How many may be read at a time then.
-    [[nodiscard]] unsigned readers() const noexcept { return m_readers; }
+    [[nodiscard]] unsigned readers() const noexcept { return static_cast<unsigned>(m_disks.size()); }
 
     /// Reads a file on `device`, and watches how its disk answers.
     void watch(std::uint64_t device, const std::function<void()>& read);
@@ -35,8 +37,8 @@ public:
 private:
     const DiskSense& m_sense;
     std::set<std::uint64_t> m_rotating;
-    unsigned m_readers = 1;
-    DiskPace m_pace;
+    std::vector<std::string> m_disks; ///< of the device that lies on most
+    DiskPace m_pace{8};
 };
 
 } // namespace tallyroom

@@ -28,18 +28,20 @@ constexpr int mostPatience = 128;
 
 } // namespace
 
-void DiskPace::note(const DiskUse& use)
+bool DiskPace::note(const DiskUse& use)
 {
     const nanoseconds busy = use.worked + use.slept;
     const bool isRead = use.blocksRead > 0;
     const bool isLong =
         isRead && use.sleeps > 0 && use.slept >= longWait && use.slept / use.sleeps >= leastMean;
     const std::scoped_lock lock{m_mutex};
-    if (isOrdered()) {
+    const bool wasOrdered = isOrdered();
+    if (wasOrdered) {
         noteOrdered(busy, isRead, isLong);
     } else {
         noteWide(busy, isLong ? use.slept : 0ns);
     }
+    return isOrdered() != wasOrdered;
 }
 
 void DiskPace::noteOrdered(nanoseconds busy, bool isRead, bool isLong)

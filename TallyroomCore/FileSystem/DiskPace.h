@@ -15,10 +15,15 @@ namespace tallyroom {
 /// read of the thread's own count: a busy processor changes nothing. Any thread.
 class DiskPace {
 public:
+    DiskPace() = default;
+
+    /// So many times as long has nothing to make the one wait: where what is read in order lies side by side.
+    explicit DiskPace(int patience) : m_patience(patience) {}
+
     [[nodiscard]] bool isOrdered() const noexcept { return m_isOrdered.load(std::memory_order_relaxed); }
 
-    /// What one reader did just now on this disk.
-    void note(const DiskUse& use);
+    /// What one reader did just now on this disk. True when that changes how it is read.
+    bool note(const DiskUse& use);
 
 private:
     void noteOrdered(std::chrono::nanoseconds busy, bool isRead, bool isLong);

@@ -9,9 +9,11 @@
 #include <charconv>
 #include <ctime>
 #include <fcntl.h>
+#include <iterator>
 #include <string_view>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tallyroom {
 
@@ -43,12 +45,27 @@ nanoseconds queued()
 
 class Machine final : public DiskSense {
 public:
+    static Machine& shared()
+    {
+        static Machine& machine = *new Machine; // workers may ask while the program ends
+        return machine;
+    }
+
+    void listen(std::function<void(const DiskDecision&)> listener) { m_listener = std::move(listener); }
+
+    void hear(const DiskDecision& decision) const override
+    {
+        if (m_listener) {
+            m_listener(decision);
+        }
+    }
+
     std::vector<std::string> rotatingDisks(const Mount& mount) const override
     {
         std::vector<std::string> names;
         if (const auto device = isServed(mount) ? std::nullopt : BlockDevices::behind(mount)) {
-            const auto disks = BlockDevices::rotatingDisksOf(*device);
-            names.assign(disks.begin(), disks.end());
+            std::ranges::transform(BlockDevices::rotatingDisksOf(*device), std::back_inserter(names),
+                                   [](const auto& disk) { return disk.filename().native(); });
         }
         return names;
     }
@@ -60,14 +77,21 @@ public:
         const nanoseconds worked = now(CLOCK_THREAD_CPUTIME_ID);
         return {worked, now(CLOCK_MONOTONIC) - worked - queued(), usage.ru_nvcsw, usage.ru_inblock};
     }
+
+private:
+    std::function<void(const DiskDecision&)> m_listener;
 };
 
 } // namespace
 
 const DiskSense& DiskSense::machine()
 {
-    static const Machine& sense = *new Machine; // workers may ask while the program ends
-    return sense;
+    return Machine::shared();
+}
+
+void DiskSense::listen(std::function<void(const DiskDecision&)> listener)
+{
+    Machine::shared().listen(std::move(listener));
 }
 
 } // namespace tallyroom

@@ -25,7 +25,9 @@ void TreeWalk::DiskAccount::tell()
 {
     if (m_spindles != nullptr) {
         const DiskUse use = m_sense->useSoFar();
-        m_spindles->pace.note(use.since(m_before));
+        if (m_spindles->pace.note(use.since(m_before))) {
+            m_sense->hear({m_spindles->disks, m_spindles->pace.isOrdered()});
+        }
         m_spindles->folders.showLife();
         m_before = use;
     }
@@ -45,10 +47,12 @@ TreeWalk::Spindles* TreeWalk::Agenda::spindlesOf(const Mount* mount)
     const std::scoped_lock lock{m_mutex};
     const auto [known, isNew] = m_byMount.try_emplace(mount->id, nullptr);
     if (isNew) {
-        if (const auto disks = m_sense.rotatingDisks(*mount); !disks.empty()) {
+        const auto disks = m_sense.rotatingDisks(*mount);
+        m_sense.hear({disks, !disks.empty()});
+        if (!disks.empty()) {
             auto& spindles = m_byDisks[disks];
             if (spindles == nullptr) {
-                spindles = std::make_unique<Spindles>(disks.size());
+                spindles = std::make_unique<Spindles>(disks);
                 spindles->next = m_first.load();
                 m_first = spindles.get();
             }
@@ -60,7 +64,7 @@ TreeWalk::Spindles* TreeWalk::Agenda::spindlesOf(const Mount* mount)
 
 std::size_t TreeWalk::Agenda::readers(const Spindles& spindles) const
 {
-    return spindles.pace.isOrdered() ? spindles.count : m_pool.capacity();
+    return spindles.pace.isOrdered() ? spindles.disks.size() : m_pool.capacity();
 }
 
 bool TreeWalk::Agenda::putInOrder(Folder& folder) const

@@ -39,9 +39,9 @@ struct TreeWalk::Item {
 struct TreeWalk::Spindles {
     using Place = std::pair<std::uint64_t, std::uint64_t>; ///< device and inode
 
-    explicit Spindles(std::size_t disks) : count(disks) {}
+    explicit Spindles(std::vector<std::string> names) : disks(std::move(names)) {}
 
-    const std::size_t count;
+    const std::vector<std::string> disks;
     DiskPace pace{};
     ElevatorQueue<Place, Folder*> folders{};
     Spindles* next = nullptr; ///< of the same walk

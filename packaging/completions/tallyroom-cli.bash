@@ -27,6 +27,7 @@ _tallyroom_cli_options() {
     local options="--format -h --help"
     [[ $1 == volumes ]] || options+=" --quiet"
     case $1 in
+        usage) options+=" --verbose" ;;
         largest) options+=" --limit --kind --older-than" ;;
         build-caches) options+=" --ecosystems" ;;
         duplicates) options+=" --min-size" ;;

@@ -29,6 +29,8 @@ complete -c tallyroom-cli -n "$given; and not __fish_seen_subcommand_from volume
     -d "Ne pas montrer la progression"
 complete -c tallyroom-cli -n "$given; and not __fish_seen_subcommand_from volumes" \
     -a "(__fish_complete_directories (commandline -ct))"
+complete -c tallyroom-cli -n "__fish_seen_subcommand_from usage" -l verbose \
+    -d "Dire combien de lecteurs chaque disque a eus"
 complete -c tallyroom-cli -n "__fish_seen_subcommand_from largest" -l limit -x -d "Nombre de fichiers à garder"
 complete -c tallyroom-cli -n "__fish_seen_subcommand_from largest" -l kind -x \
     -a "image video audio archive code document spreadsheet data diskImage other" -d "Seulement ce type"

@@ -25,6 +25,7 @@ _tallyroom_cli() {
     local -a options=($help '--format=[forme du résultat]:forme:(table csv json)')
     [[ $line[1] == volumes ]] || options+=('--quiet[ne pas montrer la progression]' '1:dossier:_files -/')
     case $line[1] in
+        usage) options+=('--verbose[dire combien de lecteurs chaque disque a eus]') ;;
         largest)
             options+=('--limit=[nombre de fichiers à garder]:nombre: '
                 '--kind=[seulement ce type]:type:(image video audio archive code document spreadsheet data diskImage other)'
