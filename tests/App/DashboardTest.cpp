@@ -264,6 +264,30 @@ TEST_F(DashboardTest, EveryPhaseOfTheBreakdownHasItsWordsAndItsWayOn)
     EXPECT_THAT(texts(), Contains(QStringLiteral("Aucun fichier dans ce dossier.")));
 }
 
+TEST_F(DashboardTest, ABreakdownSaysThatItsFolderHasChangedAndCanBeMadeAgain)
+{
+    const auto change = [this](const char* folder) {
+        DiskChange changed;
+        changed.folders = {FileUrl{folder}, FileUrl{"/"}};
+        Q_EMIT deletions.diskChanged(changed);
+    };
+    const QString again = QStringLiteral("Analyser de nouveau");
+    change("/r");
+    dashboard.analyze(FileUrl{"/r"});
+    ASSERT_TRUE(finish({videos}));
+    change("/elsewhere");
+    EXPECT_EQ(button(again), nullptr);
+    change("/r");
+    ASSERT_NE(button(again), nullptr);
+    EXPECT_THAT(texts(),
+                Contains(QStringLiteral("Le contenu a changé depuis : ces chiffres datent d’avant.")));
+    QTest::mouseClick(button(again), Qt::LeftButton);
+    EXPECT_EQ(analyses.senders.size(), 2U);
+    change("/r"); // while it runs
+    ASSERT_TRUE(finish({videos}));
+    EXPECT_NE(button(again), nullptr);
+}
+
 TEST_F(DashboardTest, AVolumeIsRedFromNineTenthsOn)
 {
     EXPECT_EQ(VolumeText::fill(volume("/", 1000, 101)), QStringLiteral("90 %"));

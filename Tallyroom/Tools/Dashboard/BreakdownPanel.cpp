@@ -1,6 +1,7 @@
 #include "Tools/Dashboard/BreakdownPanel.h"
 
 #include "Controls/LinkedLabel.h"
+#include "Controls/NoticeLine.h"
 #include "Controls/Spinner.h"
 #include "Layout/LayoutNow.h"
 #include "Settings/RecentFolders.h"
@@ -47,7 +48,7 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
     : QWidget(parent), m_dashboard(dashboard), m_title(new ToolTitle(QStringLiteral("Répartition par type"))),
       m_error(new QWidget), m_errorSymbol(new QLabel), m_errorText(plainLabel(Theme::Text::body)),
       m_progress(new QWidget), m_scanned(plainLabel(Theme::Text::secondary)), m_kinds(new QWidget),
-      m_bar(new KindBar), m_total(new LinkedLabel), m_rows(new QVBoxLayout),
+      m_bar(new KindBar), m_outdated(new NoticeLine), m_total(new LinkedLabel), m_rows(new QVBoxLayout),
       m_account(plainLabel(Theme::Text::secondary)), m_message(plainLabel(Theme::Text::secondary)),
       m_resume(new QPushButton(QStringLiteral("Reprendre"))), m_recentsPlace(new QWidget),
       m_recents(new RecentFolderList)
@@ -60,6 +61,11 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
             [this] { UnreadList::open(m_dashboard.analysisEnd().unreadPlaces, this); });
     connect(&m_patience, &QTimer::timeout, this, &BreakdownPanel::showParts);
     connect(&m_dashboard, &DashboardViewModel::stateChanged, this, &BreakdownPanel::showState);
+    connect(&m_dashboard, &DashboardViewModel::summaryChanged, this, [this] {
+        if (!m_dashboard.isScanning()) { // else with the end
+            showParts();
+        }
+    });
     connect(&m_dashboard, &DashboardViewModel::analysisScannedChanged, this, &BreakdownPanel::showProgress);
     connect(&m_dashboard, &DashboardViewModel::analyzedFolderChanged, this, &BreakdownPanel::showState);
     connect(&RecentFolders::shared(), &RecentFolders::urlsChanged, this, &BreakdownPanel::showRecents);
@@ -164,11 +170,13 @@ QWidget* BreakdownPanel::makeKinds()
     auto* const column = new QVBoxLayout(m_kinds);
     column->setContentsMargins({});
     column->setSpacing(Theme::gap);
+    column->addWidget(m_outdated);
     column->addWidget(m_bar);
     column->addWidget(m_total);
     column->addLayout(m_rows);
     m_account->setWordWrap(true);
     column->addWidget(m_account);
+    connect(m_outdated, &NoticeLine::actionRequested, &m_dashboard, &DashboardViewModel::resumeAnalysis);
     return m_kinds;
 }
 
@@ -214,6 +222,10 @@ void BreakdownPanel::showKinds()
     if (!summary) {
         return;
     }
+    m_outdated->setText(m_dashboard.isOutdated()
+                            ? QStringLiteral("Le contenu a changé depuis : ces chiffres datent d’avant.")
+                            : QString{},
+                        QStringLiteral("Analyser de nouveau"));
     m_total->setContent(KindText::total(*summary), UnreadText::count(m_dashboard.analysisEnd().unreadPlaces));
     const std::optional<VolumeAccount>& account = m_dashboard.volumeAccount();
     m_account->setVisible(account.has_value());

@@ -12,6 +12,7 @@ namespace tallyroom {
 class DashboardViewModel;
 class KindBar;
 class LinkedLabel;
+class NoticeLine;
 class RecentFolderList;
 class ToolTitle;
 
@@ -56,6 +57,7 @@ private:
     QLabel* m_scanned;
     QWidget* m_kinds;
     KindBar* m_bar;
+    NoticeLine* m_outdated;
     LinkedLabel* m_total;
     QVBoxLayout* m_rows;
     QLabel* m_account;

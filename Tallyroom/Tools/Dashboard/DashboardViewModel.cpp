@@ -15,8 +15,17 @@ DashboardViewModel::DashboardViewModel(DeletionRunner& deletions, DashboardSourc
     : m_sources(std::move(sources)), m_trash(deletions, m_sources.trash),
       m_recovery([this](const FileUrl& folder) { return volumeOf(folder); })
 {
-    connect(&deletions, &DeletionRunner::diskChanged, this, &DashboardViewModel::refresh);
+    connect(&deletions, &DeletionRunner::diskChanged, this, &DashboardViewModel::follow);
     refresh();
+}
+
+void DashboardViewModel::follow(const DiskChange& change)
+{
+    refresh();
+    if (m_analyzedURL && change.folders.contains(*m_analyzedURL) && (m_summary || isScanning())) {
+        PropertyUpdate update{this};
+        update.assign(m_isOutdated, true, &DashboardViewModel::summaryChanged);
+    }
 }
 
 double DashboardViewModel::fraction(const CategorySize& category) const
@@ -148,6 +157,7 @@ void DashboardViewModel::analyze(FileUrl folder)
     update.assign(m_analysisState, AnalysisState{AnalysisState::Phase::scanning, {}},
                   &DashboardViewModel::stateChanged);
     update.assign(m_summary, std::nullopt, &DashboardViewModel::summaryChanged);
+    update.assign(m_isOutdated, false, &DashboardViewModel::summaryChanged);
     update.assign(m_analysisScanned, 0, &DashboardViewModel::analysisScannedChanged);
     m_scanTask = std::make_unique<StreamPump<FolderAnalyzer::Progress>>(
         m_sources.analysis(folder), [this](const FolderAnalyzer::Progress& record) { receive(record); },
@@ -191,7 +201,7 @@ void DashboardViewModel::cancelAnalysis()
 
 void DashboardViewModel::resumeAnalysis()
 {
-    if (m_analyzedURL && !isScanning() && m_analysisEnd.kind == ScanEnd::Kind::stopped) {
+    if (m_analyzedURL && !isScanning() && (m_isOutdated || m_analysisEnd.kind == ScanEnd::Kind::stopped)) {
         analyze(FileUrl{*m_analyzedURL});
     }
 }

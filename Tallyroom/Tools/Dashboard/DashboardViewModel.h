@@ -88,6 +88,10 @@ public:
     /// The last breakdown; nothing until a walk has come to its end.
     [[nodiscard]] const std::optional<FolderSummary>& summary() const { return m_summary; }
 
+    /// Whether something was removed there, or put back, since the breakdown was begun; changes with
+    /// `summary`.
+    [[nodiscard]] bool isOutdated() const { return m_isOutdated; }
+
     /// The account of the volume whose top was analysed; changes with `analysisState` only.
     [[nodiscard]] const std::optional<VolumeAccount>& volumeAccount() const { return m_volumeAccount; }
 
@@ -118,7 +122,7 @@ public:
     /// Stops a running breakdown, and forgets its counts.
     void cancelAnalysis();
 
-    /// Begins a stopped analysis again.
+    /// Begins a stopped or outdated analysis again.
     void resumeAnalysis();
 
     [[nodiscard]] bool isScanning() const override
@@ -146,6 +150,7 @@ private:
     [[nodiscard]] VolumeReport completed(VolumeReport report) const;
     void receive(const FolderAnalyzer::Progress& record);
     void endAnalysis();
+    void follow(const DiskChange& change);
 
     DashboardSources m_sources;
     TrashViewModel m_trash;
@@ -155,6 +160,7 @@ private:
     std::int64_t m_unansweredVolumes = 0;
     bool m_isRefreshing = false;
     AnalysisState m_analysisState;
+    bool m_isOutdated = false;
     ScanEnd m_analysisEnd;
     std::optional<SystemError> m_unread; // of the running breakdown, as what follows
     SharedUnreadPlaces m_unreadPlaces;
