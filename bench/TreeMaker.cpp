@@ -8,14 +8,17 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <map>
+#include <memory>
 #include <optional>
 #include <random>
 #include <span>
 #include <string>
 #include <string_view>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -71,6 +74,11 @@ public:
     void hardLink(const std::string& name, const std::string& existing) const
     {
         require(::linkat(m_descriptor, existing.c_str(), m_descriptor, name.c_str(), 0) == 0, name);
+    }
+
+    void remove(const std::string& name) const
+    {
+        require(::unlinkat(m_descriptor, name.c_str(), 0) == 0, name);
     }
 
     void fifo(const std::string& name) const
@@ -228,6 +236,52 @@ void makeCopies(const Wishes& wishes)
     }
 }
 
+/// As years leave a disk: files made at random over many folders, a third removed, others in their room, some
+/// of them copies.
+void makeAged(const Wishes& wishes)
+{
+    rlimit files = {}; // all folders stay open
+    ::getrlimit(RLIMIT_NOFILE, &files);
+    files.rlim_cur = files.rlim_max;
+    if (::setrlimit(RLIMIT_NOFILE, &files) != 0) {
+        fail("limit of open folders");
+    }
+    Chance chance{wishes.seed};
+    const Folder root{wishes.path};
+    std::vector<std::unique_ptr<Folder>> folders;
+    for (std::uint64_t number = 0; number < wishes.files / 15 + 1; ++number) {
+        const std::uint64_t above = folders.empty() ? 0 : chance.below(folders.size() + 1);
+        const std::string name = number % 50 == 49 ? "node_modules-" : "folder-";
+        folders.push_back(std::make_unique<Folder>(above == folders.size() ? root : *folders[above],
+                                                   name + std::to_string(number)));
+    }
+
+    struct Place {
+        Folder* folder = nullptr;
+        std::string name;
+    };
+
+    std::vector<Place> places;
+    std::string copied = chance.content();
+    const auto add = [&](std::uint64_t number) {
+        Folder& folder = *folders[chance.below(folders.size())];
+        places.push_back({&folder, chance.name("file-", number)});
+        folder.file(places.back().name, chance.below(8) == 0 ? copied : (copied = chance.content()));
+    };
+    for (std::uint64_t number = 0; number < wishes.files; ++number) {
+        add(number);
+    }
+    for (std::uint64_t removed = 0; removed < wishes.files / 3; ++removed) {
+        std::swap(places[chance.below(places.size())], places.back());
+        places.back().folder->remove(places.back().name);
+        places.pop_back();
+    }
+    ::sync(); // what comes now gets the room of what went
+    for (std::uint64_t number = 0; number < wishes.files / 3; ++number) {
+        add(wishes.files + number);
+    }
+}
+
 void makeOddNames(const Folder& folder)
 {
     for (const std::string& name :
@@ -273,9 +327,9 @@ using Maker = void (*)(const Wishes&);
 
 const std::map<std::string_view, Maker>& makers()
 {
-    static const std::map<std::string_view, Maker> known{{"wide", makeWide},     {"skewed", makeSkewed},
-                                                         {"deep", makeDeep},     {"node", makeNode},
-                                                         {"copies", makeCopies}, {"odd", makeOdd}};
+    static const std::map<std::string_view, Maker> known{
+        {"wide", makeWide},     {"skewed", makeSkewed}, {"deep", makeDeep}, {"node", makeNode},
+        {"copies", makeCopies}, {"aged", makeAged},     {"odd", makeOdd}};
     return known;
 }
 
@@ -309,7 +363,7 @@ int main(int argc, char** argv)
 {
     const auto wishes = parse({argv, static_cast<std::size_t>(argc)});
     if (!wishes) {
-        std::fputs("usage: tree-maker wide|skewed|deep|node|copies|odd PATH [--files N] [--seed S]\n",
+        std::fputs("usage: tree-maker wide|skewed|deep|node|copies|aged|odd PATH [--files N] [--seed S]\n",
                    stderr);
         return 2;
     }

@@ -10,7 +10,7 @@ declare -A tallyroom_packages=(
     [fuzz]="clang-16 libclang-rt-16-dev"
     [ci]="ccache clang-format clang-tidy-16 shellcheck libbenchmark-dev"
     [pictures]="imagemagick"
-    [bench]="libbenchmark-dev python3 gdu ncdu fd-find rdfind jdupes fdupes rmlint"
+    [bench]="libbenchmark-dev python3 gdu ncdu fd-find rdfind jdupes fdupes rmlint mmdebstrap"
 )
 
 # need PURPOSE...: returns once the packages for these purposes are there. Silent when they already are.

@@ -5,7 +5,7 @@ namespace tallyroom {
 namespace {
 
 /// While all workers read a rotating disk, each tells of one step in so many.
-constexpr unsigned stepsATelling = 16;
+constexpr unsigned stepsATelling = 64;
 
 } // namespace
 
