@@ -63,7 +63,7 @@ void DeleteConfirmation::demand(const QString& acknowledgement, const QList<QPus
 
 QPushButton* DeleteConfirmation::addWay(const QString& text, bool permanently)
 {
-    QPushButton* const button = addChoice(text);
+    QPushButton* const button = addChoice(text, permanently);
     connect(button, &QPushButton::clicked, this, [this, permanently] {
         Q_EMIT confirmed(m_entries, permanently);
         accept();

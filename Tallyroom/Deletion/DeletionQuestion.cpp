@@ -53,10 +53,10 @@ void DeletionQuestion::addWidget(QWidget* widget)
     m_texts->addWidget(widget);
 }
 
-QPushButton* DeletionQuestion::addChoice(const QString& text)
+QPushButton* DeletionQuestion::addChoice(const QString& text, bool isFinal)
 {
     auto* const button = new QPushButton(text, this);
-    Theme::style(button, Theme::Button::danger);
+    Theme::style(button, isFinal ? Theme::Button::danger : Theme::Button::primary);
     m_buttons->insertWidget(m_buttons->count() - 1, button);
     setTabOrder(button, m_cancel); // which was there first
     return button;

@@ -27,8 +27,8 @@ protected:
     /// Adds anything else below the texts.
     void addWidget(QWidget* widget);
 
-    /// Adds a button that deletes something, before "Annuler".
-    QPushButton* addChoice(const QString& text);
+    /// Adds a button that goes on, before "Annuler". `isFinal`: what it takes cannot come back.
+    QPushButton* addChoice(const QString& text, bool isFinal);
 
     [[nodiscard]] QPushButton* cancelButton() const { return m_cancel; }
 

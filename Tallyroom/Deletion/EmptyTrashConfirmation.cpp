@@ -49,7 +49,8 @@ EmptyTrashConfirmation::EmptyTrashConfirmation(const TrashContents& contents, co
     const auto* const text = addWrappedText(message(contents, volume));
     const auto* const names = addText(largestNames(originals(contents)).join(QLatin1Char{'\n'}));
     setAccessibleDescription(text->text() + QStringLiteral("\n\n") + names->text());
-    connect(addChoice(QStringLiteral("Vider la corbeille")), &QPushButton::clicked, this, &QDialog::accept);
+    connect(addChoice(QStringLiteral("Vider la corbeille"), true), &QPushButton::clicked, this,
+            &QDialog::accept);
     prefer(cancelButton());
 }
 

@@ -55,6 +55,11 @@ ContentView::ContentView(RemovalOperations operations)
     std::ranges::for_each(ToolRegistry::all(), [this](const ToolDescriptor& tool) { watch(tool); });
     m_store.dashboard.recovery().setTools(ToolRegistry::recoveryTools(m_store));
     connect(&m_store.dashboard, &DashboardViewModel::toolRequested, this, &ContentView::selectTool);
+    connect(&m_store.dashboard, &DashboardViewModel::largestRequested, this,
+            [this](const FileUrl& folder, FileKind kind) {
+                selectTool(QStringLiteral("large-files"));
+                m_store.largeFiles.openLargestOf(folder, kind);
+            });
     connect(m_sidebar, &Sidebar::selected, this, &ContentView::selectTool);
     selectTool(ToolRegistry::initial().id);
 }

@@ -211,6 +211,15 @@ TEST_F(DashboardTest, TheKindsAreListedLargestFirstWithSharesThatAddUp)
     EXPECT_TRUE(rows[3]->accessibleName().endsWith(QStringLiteral("0 %, 1 fichier")));
     EXPECT_EQ(view.findChild<KindBar*>()->accessibleDescription(),
               QStringLiteral("Vidéos 76,3 %, Archives 23,7 %, Code < 0,1 %"));
+    std::vector<std::pair<FileUrl, std::string>> largest;
+    QObject::connect(
+        &dashboard, &DashboardViewModel::largestRequested, &view,
+        [&](const FileUrl& folder, FileKind kind) { largest.emplace_back(folder, kind.rawValue()); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return rows[1]->isVisible(); }));
+    rows[1]->setFocus();
+    press(Qt::Key_Return);
+    EXPECT_EQ(largest,
+              (std::vector{std::pair{FileUrl{"/r"}, std::string{FileKind{FileKind::archive}.rawValue()}}}));
 }
 
 TEST_F(DashboardTest, ThePointerFindsEachKindUnderItsPartOfTheBar)

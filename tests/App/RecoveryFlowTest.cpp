@@ -1,6 +1,7 @@
 #include "App/WindowScene.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Support/CacheTree.h"
+#include "Tools/Dashboard/KindRow.h"
 #include "Tools/Dashboard/RecoveryPanel.h"
 
 #include <QPushButton>
@@ -30,7 +31,7 @@ protected:
                   file("crate/.venv/pyvenv.cfg", 9), file("Maison/build/permis.pdf", 40'000),
                   file(".tool/package.json", "{}"), file(".tool/dist/x", 30'000),
                   file(".tool/page.png", picture), file("photos/a.png", picture),
-                  file("photos/b.png", picture), file("film.mp4", 400'000), folder("repo/.git/objects"),
+                  file("photos/b.png", picture), file("film.mp4", 900'000), folder("repo/.git/objects"),
                   file("repo/.git/objects/x", 5'000)});
         dateAll(tree, 1'600'000'000);
         tree.add(file("live/main.js", 10));
@@ -124,6 +125,17 @@ TEST_F(RecoveryFlowTest, ALineLeadsToItsToolWithTheSameListAndWithoutAFilter)
     EXPECT_FALSE(store().buildCaches.isScanning()) << "it was searched already";
     EXPECT_TRUE(QTest::qWaitFor([this] { return rows().size() == store().buildCaches.entryCount(); }));
     EXPECT_GT(store().buildCaches.entryCount(), 4U);
+}
+
+TEST_F(RecoveryFlowTest, AKindOfTheBreakdownLeadsToTheLargestFilesOfThatKind)
+{
+    scan(store().dashboard, tree.url());
+    auto* const film = window->findChild<KindRow*>(); // of the largest kind
+    ASSERT_TRUE(QTest::qWaitFor([&] { return film->isVisible(); }));
+    QTest::mouseClick(film, Qt::LeftButton);
+    EXPECT_EQ(window->selectedToolID(), QStringLiteral("large-files"));
+    EXPECT_TRUE(hasScanned(store().largeFiles, tree.url()));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return rows() == std::vector<std::string>{"film.mp4"}; }));
 }
 
 TEST_F(RecoveryFlowTest, TwoToolsSearchAtOnceAStopEndsAllAndNothingIsProposed)

@@ -237,8 +237,11 @@ void BreakdownPanel::showKinds()
     }
     m_bar->setKinds(kinds);
     for (const KindShare& kind : kinds) {
-        m_rows->addWidget(new KindRow(
-            {.kind = kind, .largest = kinds.front().category.totalBytes, .isLast = &kind == &kinds.back()}));
+        auto* const row = new KindRow(
+            {.kind = kind, .largest = kinds.front().category.totalBytes, .isLast = &kind == &kinds.back()});
+        connect(row, &KindRow::clicked, &m_dashboard,
+                [&dashboard = m_dashboard, name = kind.category.kind] { dashboard.openLargestOf(name); });
+        m_rows->addWidget(row);
     }
 }
 

@@ -77,6 +77,9 @@ public:
     /// The volume that holds `folder`, by its name, as far as the volumes are known.
     [[nodiscard]] std::optional<VolumeUsage> volumeOf(const FileUrl& folder) const;
 
+    /// Asks for the largest files of a kind in the analysed folder.
+    void openLargestOf(FileKind kind) { Q_EMIT largestRequested(*m_analyzedURL, kind); }
+
     /// Asks for the tool of that id to be shown.
     void view(const QString& toolID) { Q_EMIT toolRequested(toolID); }
 
@@ -141,6 +144,7 @@ Q_SIGNALS:
     void analysisScannedChanged();
     void analyzedFolderChanged();
     void toolRequested(const QString& toolID);
+    void largestRequested(const tallyroom::FileUrl& folder, tallyroom::FileKind kind);
 
 private:
     void receive(VolumeReport report);

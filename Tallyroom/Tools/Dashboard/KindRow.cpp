@@ -21,12 +21,16 @@ bool isNarrowAt(int width)
 
 } // namespace
 
-KindRow::KindRow(const Content& content, QWidget* parent) : QWidget(parent), m_content(content)
+KindRow::KindRow(const Content& content, QWidget* parent) : QPushButton(parent), m_content(content)
 {
     QSizePolicy policy{QSizePolicy::Preferred, QSizePolicy::Preferred};
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
     setAccessibleName(KindText::name(m_content.kind.category, m_content.kind.share));
+    setAccessibleDescription(QStringLiteral("Montre les plus gros fichiers de ce type."));
+    setToolTip(accessibleDescription());
+    setCursor(Qt::PointingHandCursor);
+    Theme::style(this, Theme::Button::quiet);
     connect(&Theme::shared(), &Theme::changed, this, qOverload<>(&QWidget::update));
 }
 
@@ -50,15 +54,18 @@ bool KindRow::isNarrow() const
     return isNarrowAt(width());
 }
 
-void KindRow::paintEvent(QPaintEvent* /*event*/)
+void KindRow::paintEvent(QPaintEvent* event)
 {
+    QPushButton::paintEvent(event); // the ground under the mouse, and the line around what has the keyboard
     const Theme& theme = Theme::shared();
     const CategorySize& category = m_content.kind.category;
     QPainter painter{this};
     if (!m_content.isLast) {
         painter.fillRect(0, height() - 1, width(), 1, theme.colour(Theme::Colour::line));
     }
-    QRect room = rect().adjusted(Theme::gap, 0, 0, 0);
+    QRect room = rect().adjusted(Theme::gap, 0, -Theme::smallIconSize - Theme::gap, 0);
+    SymbolIcon::paint(painter, {room.right() + 1, 0, Theme::smallIconSize + Theme::gap, height()},
+                      "chevron.right", theme.colour(Theme::Colour::secondary), Theme::smallIconSize);
     SymbolIcon::paint(painter, {room.left(), 0, Theme::iconSize, height()}, category.kind.symbolName(),
                       theme.tint(category.kind));
     const int barWidth = isNarrow() ? Theme::sizeColumnMinimum : Theme::sizeColumnIdeal;

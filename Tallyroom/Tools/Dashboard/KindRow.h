@@ -2,15 +2,16 @@
 
 #include "Tools/Dashboard/KindShare.h"
 
-#include <QWidget>
+#include <QPushButton>
 
 #include <cstdint>
 
 namespace tallyroom {
 
 /// A kind of files as a line: symbol and name, how many files, which share, and the size as a bar. Has two
-/// lines where the window is narrow. Main thread.
-class KindRow : public QWidget {
+/// lines where the window is narrow. A click, or Enter on it, leads to the largest files of the kind. Main
+/// thread.
+class KindRow : public QPushButton {
     Q_OBJECT
 
 public:

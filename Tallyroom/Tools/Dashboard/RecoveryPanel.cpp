@@ -134,10 +134,10 @@ QWidget* RecoveryPanel::makeCard()
     auto* const column = new QVBoxLayout(card);
     column->setContentsMargins(Theme::cardPadding, Theme::gap, Theme::cardPadding, Theme::gap);
     column->setSpacing(Theme::gap);
+    column->addWidget(m_banner); // what was done is seen without scrolling
+    column->addWidget(makeGain());
     column->addWidget(m_message);
     column->addLayout(m_column);
-    column->addWidget(makeGain());
-    column->addWidget(m_banner);
     addLines();
     return card;
 }

@@ -67,6 +67,8 @@ VolumeCard::VolumeCard(QWidget* parent) : QPushButton(parent), m_empty(new QPush
     connect(m_empty, &QPushButton::clicked, this, &VolumeCard::emptyRequested);
     connect(&Theme::shared(), &Theme::changed, this, &VolumeCard::placeButton);
     Theme::style(this, Theme::Button::card);
+    setCursor(Qt::PointingHandCursor);
+    m_empty->setCursor(Qt::ArrowCursor);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
@@ -148,7 +150,12 @@ void VolumeCard::paintEvent(QPaintEvent* event)
     const Theme& theme = Theme::shared();
     QPainter painter{this};
     QRect room = content();
-    paintNames(painter, room);
+    // It can be entered.
+    SymbolIcon::paint(
+        painter,
+        {room.right() + 1 - Theme::smallIconSize, room.top(), Theme::smallIconSize, heightOf(theme.strong())},
+        "chevron.right", theme.colour(Theme::Colour::secondary), Theme::smallIconSize);
+    paintNames(painter, room.adjusted(0, 0, -Theme::smallIconSize - Theme::gap, 0));
     if (height() > cardHeight()) { // this one, or one beside it, has something in its trash
         paintTrash(painter);
         room.adjust(0, 0, 0, -trashHeight());
