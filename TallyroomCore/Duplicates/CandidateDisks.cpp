@@ -11,10 +11,23 @@
 
 namespace tallyroom {
 
+namespace {
+
+/// Of a structure whose last member has no length, which cannot be initialized.
+template <class Structure>
+Structure zeroed()
+{
+    Structure structure;
+    std::memset(&structure, 0, sizeof structure);
+    return structure;
+}
+
+} // namespace
+
 std::optional<std::uint64_t> placeOnDisk(int descriptor, std::int64_t offset)
 {
     alignas(fiemap) std::array<std::byte, sizeof(fiemap) + sizeof(fiemap_extent)> storage{};
-    fiemap request{};
+    fiemap request = zeroed<fiemap>();
     request.fm_start = static_cast<std::uint64_t>(offset);
     request.fm_length = FIEMAP_MAX_OFFSET - request.fm_start;
     request.fm_extent_count = 1;
@@ -23,7 +36,7 @@ std::optional<std::uint64_t> placeOnDisk(int descriptor, std::int64_t offset)
         return std::nullopt;
     }
     std::memcpy(&request, storage.data(), sizeof request);
-    fiemap_extent extent{};
+    fiemap_extent extent = zeroed<fiemap_extent>();
     std::memcpy(&extent, storage.data() + sizeof request, sizeof extent);
     constexpr auto noPlace = FIEMAP_EXTENT_UNKNOWN | FIEMAP_EXTENT_DATA_INLINE;
     if (request.fm_mapped_extents == 0 || (extent.fe_flags & noPlace) != 0) {

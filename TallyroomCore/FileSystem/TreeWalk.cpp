@@ -65,22 +65,14 @@ public:
         if (waitsItsTurn(worker, item)) {
             return true;
         }
-        Desk& desk = deskOf(worker);
-        desk.account.begin(*item.folder, m_sense);
-        if (item.piece.names != nullptr) {
-            m_waitingPieces.fetch_sub(1, std::memory_order_relaxed);
+        const LookTime time;
+        bool goesOn = true;
+        while (goesOn) {
+            Folder* const folder = item.folder;
+            workOn(worker, item);
+            goesOn = m_agenda.goOn(item, time.isOver());
+            release(folder);
         }
-        if (isStopped()) {
-            item.piece.names.reset();
-        } else if (item.piece.names != nullptr) {
-            visit(worker, desk, *item.folder, item.piece);
-        } else {
-            enter(worker, desk, *item.folder);
-        }
-        desk.account.tell();
-        m_openFolders.release(*item.folder);
-        m_agenda.giveBack(item);
-        release(item.folder);
         return true;
     }
 
@@ -98,6 +90,24 @@ private:
         bool isShared = false; ///< others visit some of the names that were just visited
         DiskAccount account{};
     };
+
+    void workOn(unsigned worker, Item& item)
+    {
+        Desk& desk = deskOf(worker);
+        desk.account.begin(*item.folder, m_sense);
+        if (item.piece.names != nullptr) {
+            m_waitingPieces.fetch_sub(1, std::memory_order_relaxed);
+        }
+        if (isStopped()) {
+            item.piece.names.reset();
+        } else if (item.piece.names != nullptr) {
+            visit(worker, desk, *item.folder, item.piece);
+        } else {
+            enter(worker, desk, *item.folder);
+        }
+        desk.account.tell();
+        m_openFolders.release(*item.folder);
+    }
 
     bool isStopped() const { return m_stop.stop_requested() || m_abandoned.load(); }
 
@@ -386,13 +396,6 @@ void TreeWalk::start(WorkerPool& pool, std::vector<Root> roots, std::unique_ptr<
     } else {
         run->finish(false);
     }
-}
-
-void TreeWalk::start(Root root, std::unique_ptr<Visitor> visitor, std::stop_token stop)
-{
-    std::vector<Root> roots;
-    roots.push_back(std::move(root));
-    start(WorkerPool::shared(), std::move(roots), std::move(visitor), std::move(stop));
 }
 
 } // namespace tallyroom

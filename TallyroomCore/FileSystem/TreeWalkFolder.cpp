@@ -79,4 +79,11 @@ SystemResult<FileDescriptor> TreeWalk::Folder::openFromRoot() const
     return openDescendantFolder(root->m_descriptor.get(), below);
 }
 
+void TreeWalk::start(Root root, std::unique_ptr<Visitor> visitor, std::stop_token stop)
+{
+    std::vector<Root> roots;
+    roots.push_back(std::move(root));
+    start(WorkerPool::shared(), std::move(roots), std::move(visitor), std::move(stop));
+}
+
 } // namespace tallyroom

@@ -109,14 +109,23 @@ bool TreeWalk::Agenda::take(unsigned worker, Item& item)
     return false;
 }
 
-void TreeWalk::Agenda::giveBack(const Item& item)
+bool TreeWalk::Agenda::goOn(Item& item, bool isTimeOver)
 {
-    if (item.taken == nullptr) {
-        return;
+    Spindles* const spindles = item.taken;
+    if (spindles == nullptr) {
+        return false;
     }
-    if (const std::size_t waiting = item.taken->folders.giveBack(item.ticket); waiting > 0) {
-        m_pool.announce(std::min(readers(*item.taken), waiting));
+    const std::size_t waiting = spindles->folders.giveBack(item.ticket);
+    if (!isTimeOver && spindles->pace.isOrdered()) {
+        if (const auto taken = spindles->folders.take(readers(*spindles))) {
+            item = {taken->item, {}, spindles, taken->ticket};
+            return true;
+        }
     }
+    if (waiting > 0) {
+        m_pool.announce(std::min(readers(*spindles), waiting));
+    }
+    return false;
 }
 
 } // namespace tallyroom

@@ -87,8 +87,9 @@ public:
     /// False when there is nothing that this worker may do now.
     [[nodiscard]] bool take(unsigned worker, Item& item);
 
-    /// An item that was taken is done.
-    void giveBack(const Item& item);
+    /// An item that was taken is done. True when the same worker goes on with another one, then in `item`: a
+    /// disk that is read in order waits for no other worker to wake up, unless this one has had its time.
+    [[nodiscard]] bool goOn(Item& item, bool isTimeOver);
 
     /// Nothing waits for just any worker.
     [[nodiscard]] bool isEmpty() const { return m_queues.isEmpty(); }

@@ -23,7 +23,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAreArray;
 
 /// The longest wait; only a test that fails takes so long.
-constexpr auto ample = 60s;
+constexpr auto plenty = 60s;
 
 constexpr DiskUse inMemory{1ms, 0ms, 0, 0};
 constexpr DiskUse headMoves{1ms, 5ms, 1, 1};
@@ -158,7 +158,7 @@ TEST(DiskOrder, WhatLiesInMemoryHasAllReaders)
         most = std::max(most, ++inside);
         comes.notify_all();
         if (++visits > 20) { // by now nothing has come from the disk for long
-            isLate = isLate || !comes.wait_for(lock, ample, [&] { return isLate || most >= 4; });
+            isLate = isLate || !comes.wait_for(lock, plenty, [&] { return isLate || most >= 4; });
         }
         --inside;
     }).wait();
@@ -179,7 +179,7 @@ TEST(DiskOrder, AFileThatHangsDoesNotKeepTheOnlyReader)
             others.set_value();
         }
     });
-    EXPECT_EQ(others.get_future().wait_for(ample), std::future_status::ready);
+    EXPECT_EQ(others.get_future().wait_for(plenty), std::future_status::ready);
     gate.set_value();
     isDone.wait();
     EXPECT_EQ(visits, 52);
