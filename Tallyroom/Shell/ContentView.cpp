@@ -62,6 +62,7 @@ ContentView::ContentView(RemovalOperations operations)
             });
     connect(m_sidebar, &Sidebar::selected, this, &ContentView::selectTool);
     selectTool(ToolRegistry::initial().id);
+    m_detail->currentWidget()->setFocus(); // Enter takes what it offers first
 }
 
 void ContentView::makeLayout()

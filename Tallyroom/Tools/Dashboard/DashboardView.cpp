@@ -86,6 +86,7 @@ void DashboardView::makeLayout()
     });
     column->addSpacing(Theme::gap);
     column->addWidget(recovery);
+    setFocusProxy(recovery);
     column->addStretch(1);
     Theme::style(page, Theme::Surface::window);
     setWidgetResizable(true);

@@ -84,6 +84,7 @@ RecoveryPanel::RecoveryPanel(DashboardViewModel& dashboard, QWidget* parent)
     connect(&m_dashboard, &DashboardViewModel::isRefreshingChanged, this, &RecoveryPanel::showGain);
     connect(&m_dashboard, &DashboardViewModel::volumesChanged, this, &RecoveryPanel::showEverything);
     connect(&m_dashboard.trash(), &TrashViewModel::contentsChanged, this, &RecoveryPanel::showEverything);
+    setFocusProxy(m_search);
     setVisible(!m_recovery.tools().empty());
     showEverything();
     showBanner();
