@@ -88,14 +88,19 @@ std::future<void> walk(const TemporaryTree& tree, const DiskSense& sense, std::p
     return end.get_future();
 }
 
-/// Folders in folders, and files whose numbers are not in the order of their names, made in turns.
+/// Folders in folders that were made after them, and files made in turns: what is found later often lies
+/// before what was read last.
 void addScatteredFolders(TemporaryTree& tree)
 {
     for (const int round : {3, 1, 4, 2}) {
         for (int i = 0; i < 40; ++i) {
-            const std::string folder = std::to_string(i * 7 % 10) + "/" + std::to_string(i * 13 % 40);
-            tree.add(file(folder + "/" + std::to_string(round)));
+            tree.add(file(std::to_string(i * 13 % 40) + "/" + std::to_string(round)));
         }
+    }
+    for (int i = 0; i < 40; ++i) {
+        const std::string above = "in-" + std::to_string(i * 7 % 10);
+        tree.add(folder(above));
+        tree.rename(std::to_string(i), above + "/" + std::to_string(i));
     }
 }
 
