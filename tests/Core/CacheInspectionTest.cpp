@@ -123,6 +123,23 @@ TEST(CacheInspection, AFileThatAnotherProgramHoldsOpenMeansInUseAlsoThroughALink
     EXPECT_THAT(inUse(cachesIn(tree, tree.url("shortcut"))), UnorderedElementsAre("shortcut/target"));
 }
 
+TEST(ProgramInspection, NodeModulesAreInUseWhileAProgramWorksInTheirProject)
+{
+    const TemporaryTree tree{file("served/index.js", 9), file("served/node_modules/a", 9),
+                             file("served/inner/node_modules/a", 9), file("left/node_modules/a", 9)};
+    const Holder holder{tree.path("served/index.js")};
+    auto stream = FileScanner::findNodeModulesStream(tree.url(), FindInspectors::ofNodeModules());
+    ScanProgress last;
+    while (auto record = stream.next()) {
+        last = std::move(*record);
+    }
+    ASSERT_EQ(last.entries.size(), 3U);
+    for (const Entry& entry : last.entries) {
+        EXPECT_EQ(entry.has(EntryMark::inUse), entry.url == tree.url("served/node_modules"))
+            << entry.url.path();
+    }
+}
+
 TEST(ProgramInspection, NodeModulesOfProgramsAreToldFromThoseOfProjects)
 {
     const ScopedVariable home{"HOME", "/tmp/somebody"};

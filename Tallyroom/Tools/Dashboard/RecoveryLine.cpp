@@ -19,8 +19,8 @@ namespace {
 constexpr int leastBar = 10 * Theme::gap;
 constexpr int mostBar = 40 * Theme::gap;
 constexpr int leastFigure = 10 * Theme::gap;
-constexpr int leastAction = 22 * Theme::gap; // the buttons of all lines stand below each other
-constexpr int narrow = 90 * Theme::gap;      // less has no room for a bar
+constexpr int leastAction = 22 * Theme::gap;       // the buttons of all lines stand below each other
+constexpr int leastWidthWithBar = 90 * Theme::gap; // less has no room for a bar
 
 } // namespace
 
@@ -130,7 +130,7 @@ void RecoveryLine::paintEvent(QPaintEvent* /*event*/)
 void RecoveryLine::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    m_bar->setVisible(width() >= narrow);
+    m_bar->setVisible(width() >= leastWidthWithBar);
 }
 
 void RecoveryLine::showSymbol()

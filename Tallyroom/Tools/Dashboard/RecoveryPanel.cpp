@@ -28,8 +28,6 @@ namespace tallyroom {
 
 namespace {
 
-using Phase = RecoveryRow::Phase;
-
 /// A line with what it is ranked by: those that are known first, then by what may go and by what is left.
 struct RankedLine {
     RecoveryLine* line = nullptr;
@@ -44,9 +42,9 @@ struct RankedLine {
 RankedLine rankedLine(RecoveryLine* line, const RecoveryRow& row)
 {
     const Recovery& found = row.recovery;
-    RankedLine ranked{line, {}, row.phase == Phase::complete, found.safeBytes, found.otherBytes};
+    RankedLine ranked{line, {}, row.phase == RecoveryRow::Phase::complete, found.safeBytes, found.otherBytes};
     ranked.content.words = row.words;
-    ranked.content.isBusy = row.phase == Phase::running || !found.isKnown;
+    ranked.content.isBusy = row.phase == RecoveryRow::Phase::running || !found.isKnown;
     if (found.safeBytes > 0) {
         ranked.content.figure = sizeText(found.safeBytes);
     }
@@ -263,10 +261,10 @@ QString RecoveryPanel::message() const
             "Tallyroom cherche ce qui peut partir sans risque : caches qui se refont, anciens "
             "node_modules, copies en trop.\nRien n’est modifié pendant la recherche.");
     }
-    const bool isNothing =
-        m_trash->isHidden() && std::ranges::all_of(rows, [](const RecoveryRow& row) {
-            return row.phase == Phase::complete && row.recovery.isKnown && row.recovery.safe.empty();
-        });
+    const bool isNothing = m_trash->isHidden() && std::ranges::all_of(rows, [](const RecoveryRow& row) {
+                               return row.phase == RecoveryRow::Phase::complete && row.recovery.isKnown &&
+                                      row.recovery.safe.empty();
+                           });
     return isNothing
                ? QStringLiteral("Rien à proposer dans ce dossier : il n’y a rien qui parte sans risque.")
                : QString{};

@@ -13,38 +13,36 @@ namespace tallyroom {
 
 namespace {
 
-using Phase = RecoveryRow::Phase;
+constexpr std::chrono::milliseconds tellingPace{250};
 
-constexpr std::chrono::milliseconds pace{250};
-
-Phase phaseOf(const ScanToolViewModel& tool)
+RecoveryRow::Phase phaseOf(const ScanToolViewModel& tool)
 {
     if (tool.isScanning()) {
-        return Phase::running;
+        return RecoveryRow::Phase::running;
     }
     switch (tool.scanEnd().kind) {
     case ScanEnd::Kind::complete:
-        return Phase::complete;
+        return RecoveryRow::Phase::complete;
     case ScanEnd::Kind::unread:
-        return Phase::unread;
+        return RecoveryRow::Phase::unread;
     case ScanEnd::Kind::none:
     case ScanEnd::Kind::stopped:
         break;
     }
-    return Phase::stopped;
+    return RecoveryRow::Phase::stopped;
 }
 
 /// What a tool says of its finds, and whether they are all.
-QString wordsOf(const ScanToolViewModel& tool, const Recovery& recovery, Phase phase)
+QString wordsOf(const ScanToolViewModel& tool, const Recovery& recovery, RecoveryRow::Phase phase)
 {
-    if (phase == Phase::running) {
+    if (phase == RecoveryRow::Phase::running) {
         return tool.hasProgress() ? tool.scanLine().text : QStringLiteral("Analyse en cours…");
     }
     const ScanEnd& end = tool.scanEnd();
     if (tool.entryCount() == 0) {
         return end.emptyText(QStringLiteral("rien trouvé"));
     }
-    if (!recovery.isKnown && phase == Phase::complete) {
+    if (!recovery.isKnown && phase == RecoveryRow::Phase::complete) {
         return QStringLiteral("Vérification en cours…");
     }
     QStringList parts{recovery.words, end.notice(), UnreadText::count(end.unreadPlaces)};
@@ -60,7 +58,7 @@ QString wordsOf(const ScanToolViewModel& tool, const Recovery& recovery, Phase p
 RecoveryViewModel::RecoveryViewModel(VolumeOf volumeOf) : m_volumeOf(std::move(volumeOf))
 {
     m_pace.setSingleShot(true);
-    m_pace.setInterval(pace);
+    m_pace.setInterval(tellingPace);
     connect(&m_pace, &QTimer::timeout, this, &RecoveryViewModel::show);
 }
 
@@ -98,7 +96,7 @@ bool RecoveryViewModel::isOurs(std::size_t place) const
 bool RecoveryViewModel::isSearching() const
 {
     return std::ranges::any_of(m_rows, [](const RecoveryRow& row) {
-        return row.phase == Phase::waiting || row.phase == Phase::running;
+        return row.phase == RecoveryRow::Phase::waiting || row.phase == RecoveryRow::Phase::running;
     });
 }
 
@@ -196,15 +194,17 @@ void RecoveryViewModel::show()
 RecoveryRow RecoveryViewModel::rowOf(std::size_t place) const
 {
     if (place >= m_next) {
-        return m_isStopped
-                   ? RecoveryRow{Phase::stopped, {}, QStringLiteral("Pas analysé : recherche arrêtée")}
-                   : RecoveryRow{Phase::waiting, {}, QStringLiteral("En attente…")};
+        return m_isStopped ? RecoveryRow{RecoveryRow::Phase::stopped,
+                                         {},
+                                         QStringLiteral("Pas analysé : recherche arrêtée")}
+                           : RecoveryRow{RecoveryRow::Phase::waiting, {}, QStringLiteral("En attente…")};
     }
     if (!isOurs(place)) {
-        return {Phase::elsewhere, {}, QStringLiteral("Un autre dossier est ouvert dans cet outil")};
+        return {
+            RecoveryRow::Phase::elsewhere, {}, QStringLiteral("Un autre dossier est ouvert dans cet outil")};
     }
     const ScanToolViewModel& tool = *m_tools[place].tool;
-    const Phase phase = phaseOf(tool);
+    const RecoveryRow::Phase phase = phaseOf(tool);
     Recovery recovery = tool.recovery();
     QString words = wordsOf(tool, recovery, phase);
     return {phase, std::move(recovery), std::move(words)};
