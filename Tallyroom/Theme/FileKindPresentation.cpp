@@ -20,8 +20,12 @@ QString kindName(const Entry& entry)
         return displayName(FileKind::of(entry));
     case EntryForm::link:
         return QStringLiteral("Lien");
-    case EntryForm::special:
-        return QStringLiteral("Fichier spécial");
+    case EntryForm::fifo:
+        return QStringLiteral("Tube nommé");
+    case EntryForm::socket:
+        return QStringLiteral("Socket");
+    case EntryForm::device:
+        return QStringLiteral("Périphérique");
     }
     return {};
 }
@@ -33,8 +37,12 @@ std::string symbolName(const Entry& entry)
         return std::string{FileKind::of(entry).symbolName()};
     case EntryForm::link:
         return "link";
-    case EntryForm::special:
+    case EntryForm::fifo:
+        return "arrow.right.arrow.left";
+    case EntryForm::socket:
         return "powerplug";
+    case EntryForm::device:
+        return "cpu";
     }
     return {};
 }

@@ -1,6 +1,7 @@
 #include "FileSystem/FileAttributes.h"
 
 #include "FileSystem/FolderReader.h"
+#include "FileSystem/StatxTime.h"
 
 #include <algorithm>
 #include <bit>
@@ -28,17 +29,21 @@ EntryType typeOf(unsigned mode)
     }
 }
 
-/// Dates before 1678 and after 2262, which nanoseconds in 64 bits cannot tell, become the first or last one.
-Timestamp momentOf(const statx_timestamp& time)
+EntryForm formOf(unsigned mode)
 {
-    const std::chrono::seconds seconds{time.tv_sec};
-    if (seconds >= std::chrono::floor<std::chrono::seconds>(Timestamp::max()).time_since_epoch()) {
-        return Timestamp::max();
+    switch (mode & static_cast<unsigned>(S_IFMT)) {
+    case S_IFLNK:
+        return EntryForm::link;
+    case S_IFIFO:
+        return EntryForm::fifo;
+    case S_IFSOCK:
+        return EntryForm::socket;
+    case S_IFCHR:
+    case S_IFBLK:
+        return EntryForm::device;
+    default:
+        return EntryForm::ordinary;
     }
-    if (seconds <= std::chrono::ceil<std::chrono::seconds>(Timestamp::min()).time_since_epoch()) {
-        return Timestamp::min();
-    }
-    return Timestamp{seconds + std::chrono::nanoseconds{time.tv_nsec}};
 }
 
 /// Asks for a number that no later mount gets again (STATX_MNT_ID_UNIQUE; kernels since 6.8, headers later).
@@ -75,6 +80,7 @@ SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
     }
     FileAttributes result;
     result.type = typeOf(stat.stx_mode);
+    result.form = formOf(stat.stx_mode);
     result.isRegular = S_ISREG(stat.stx_mode);
     result.links = stat.stx_nlink;
     result.logicalBytes = static_cast<std::int64_t>(

@@ -28,6 +28,7 @@ struct FileId {
 /// The result of one statx(2) call.
 struct FileAttributes : FileId {
     EntryType type = EntryType::unknown;
+    EntryForm form = EntryForm::ordinary;
     bool isRegular = false; ///< a file whose content can be read
     std::uint32_t links = 0;
     std::int64_t allocatedBytes = 0; ///< st_blocks × 512; the logical size when blocks are not reported

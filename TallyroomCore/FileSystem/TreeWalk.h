@@ -97,11 +97,9 @@ public:
 
         [[nodiscard]] EntryForm form() const noexcept
         {
-            if (type == EntryType::link) {
-                return EntryForm::link;
-            }
-            const bool isSpecial = type == EntryType::file && attributes != nullptr && !attributes->isRegular;
-            return isSpecial ? EntryForm::special : EntryForm::ordinary;
+            return type == EntryType::link ? EntryForm::link
+                   : attributes != nullptr ? attributes->form
+                                           : EntryForm::ordinary;
         }
     };
 

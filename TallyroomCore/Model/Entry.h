@@ -21,7 +21,9 @@ using Timestamp = std::chrono::sys_time<std::chrono::nanoseconds>;
 enum class EntryForm : unsigned char {
     ordinary,
     link,
-    special ///< a FIFO, a socket or a device
+    fifo,
+    socket,
+    device ///< a character or a block device
 };
 
 /// What a search found out about an entry besides its size; a set of bits.

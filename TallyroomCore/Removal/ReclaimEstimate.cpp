@@ -3,7 +3,7 @@
 #include "FileSystem/FolderReader.h"
 #include "FileSystem/TreeWalk.h"
 #include "Model/CheckedArithmetic.h"
-#include "Model/UrlSet.h"
+#include "Model/OutermostUrls.h"
 
 #include <algorithm>
 #include <array>
@@ -243,19 +243,6 @@ private:
     const std::unique_ptr<Account> m_account;
     std::promise<Reclaim> m_result;
 };
-
-/// True when `url` lies below one of `folders`.
-bool isBelowAny(const FileUrl& url, const UrlSet& folders)
-{
-    for (FileUrl step = url.parent();; step = step.parent()) {
-        if (folders.contains(step)) {
-            return true;
-        }
-        if (step == step.parent()) {
-            return false;
-        }
-    }
-}
 
 } // namespace
 

@@ -4,6 +4,7 @@
 #include "Model/FileKind.h"
 #include "Model/FolderNames.h"
 #include "Scanning/FindInspector.h"
+#include "Scanning/FolderContents.h"
 #include "Scanning/FolderSize.h"
 #include "Scanning/RunningFolders.h"
 #include "Scanning/ScanProgress.h"
@@ -26,12 +27,15 @@ namespace FileScanner {
 
 /// The records of a scan.
 struct ScanStream : ProgressStream<ScanProgress> {
-    ScanStream(ProgressStream<ScanProgress> records, std::shared_ptr<const RunningFolders> folders = {})
-        : ProgressStream(std::move(records)), running(std::move(folders))
+    ScanStream(ProgressStream<ScanProgress> records, std::shared_ptr<const RunningFolders> folders = {},
+               SharedFolderContents found = {})
+        : ProgressStream(std::move(records)), running(std::move(folders)), contents(std::move(found))
     {}
 
     /// Of a listing: the folders that its records do not contain yet. Null where nothing is measured.
     std::shared_ptr<const RunningFolders> running;
+    /// Of a listing: what the listed folders hold besides bytes, so far.
+    SharedFolderContents contents;
 };
 
 /// The space used by a file or a link itself, or by everything below a folder that is no folder. Hard links
@@ -95,6 +99,9 @@ struct FileCriteria {
 
 /// Forgets one folder's listing and every folder total. Done when it returns; touches no file system.
 void invalidateCache(const FileUrl& url);
+
+/// The same with the listings of all folders above it, which show its size, and below it.
+void invalidateAround(const FileUrl& url);
 
 /// Forgets every listing and every folder total. Done when it returns.
 void clearCache();

@@ -32,6 +32,9 @@ public:
         }
     }
 
+    /// Filled while the listing goes on.
+    [[nodiscard]] const SharedFolderContents& contents() const { return m_contents; }
+
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& folder) const final
     {
         return folder.isRoot() ? TreeWalk::Wish{TreeWalk::Attributes::everything, true}
@@ -64,11 +67,14 @@ public:
                 finished(child, sizeOfItem(child));
             }
         }
-        root.addItems(sizeOfItems(children));
+        const FolderSize items = sizeOfItems(children);
+        root.addItems(items);
+        m_contents->count(items.bytes);
         countShared(root, children);
         lookUpFolders(root, children, [&](const TreeWalk::Child& child, const FolderSize& size) {
             root.add(size);
             countAgain(child.name, size.countedAgain);
+            m_contents->of(std::string{child.name}).add(size);
             finished(child, size);
         });
         keepUnread(root, children);
@@ -90,6 +96,7 @@ public:
         folder->index = child.index;
         folder->running = running() != nullptr ? running()->add(std::move(entry)) : nullptr;
         folder->soFar = folder->running != nullptr ? &folder->running->bytes : nullptr;
+        folder->contentSoFar = &m_contents->of(std::string{child.name});
         return folder;
     }
 
@@ -119,6 +126,7 @@ protected:
                     .identity = listed.identity};
         size.applyTo(entry);
         countAgain(listed.name(), size.countedAgain);
+        m_contents->set(listed.name(), size);
         std::vector<IndexedEntry> done;
         done.push_back({listed.index, std::move(entry), listed.running});
         deliver(std::move(done));
@@ -169,7 +177,11 @@ protected:
 
     void sharedWith(std::string_view child, std::int64_t bytes) final { countAgain(child, bytes); }
 
-    void keep(const Listing& listing) const { ScanCache::shared().store(m_url, listing, m_epoch); }
+    void keep(Listing listing) const
+    {
+        listing.contents = m_contents;
+        ScanCache::shared().store(m_url, listing, m_epoch);
+    }
 
 private:
     void countAgain(std::string_view child, std::int64_t bytes)
@@ -183,6 +195,7 @@ private:
 
     const FileUrl m_url;
     const std::uint64_t m_epoch;
+    const SharedFolderContents m_contents = std::make_shared<FolderContents>();
     std::optional<SystemError> m_unread;
     std::int64_t m_knownAgain = 0; ///< from a walk that did not take children from the store
     mutable std::mutex m_mutex;
@@ -294,6 +307,7 @@ FileScanner::ScanStream FileScanner::directEntriesStream(const FileUrl& url, boo
     auto [sender, stream] = makeProgressStream<ScanProgress>();
     if (auto known = useCache ? ScanCache::shared().find(url) : std::nullopt) {
         const auto length = static_cast<std::int64_t>(known->entries.size());
+        const SharedFolderContents contents = known->contents;
         sender.send({std::move(known->entries),
                      length,
                      length,
@@ -301,17 +315,25 @@ FileScanner::ScanStream FileScanner::directEntriesStream(const FileUrl& url, boo
                      {},
                      std::move(known->unreadPlaces),
                      std::move(known->countedAgain)});
-        return std::move(stream);
+        return {std::move(stream), {}, contents};
     }
     std::stop_token stop = sender.stopToken();
     auto running = std::make_shared<RunningFolders>();
-    startListing(url, std::make_unique<StreamedListing>(url, std::move(sender), running), std::move(stop));
-    return {std::move(stream), std::move(running)};
+    auto visitor = std::make_unique<StreamedListing>(url, std::move(sender), running);
+    const SharedFolderContents contents = visitor->contents();
+    startListing(url, std::move(visitor), std::move(stop));
+    return {std::move(stream), std::move(running), contents};
 }
 
 void FileScanner::invalidateCache(const FileUrl& url)
 {
     ScanCache::shared().remove(url);
+    SizeCache::shared().clear();
+}
+
+void FileScanner::invalidateAround(const FileUrl& url)
+{
+    ScanCache::shared().removeAround(url);
     SizeCache::shared().clear();
 }
 

@@ -58,6 +58,22 @@ void ScanCache::remove(const FileUrl& url)
     }
 }
 
+void ScanCache::removeAround(const FileUrl& url)
+{
+    Order dropped; // destroyed after the lock
+    const std::string key = url.standardized().path();
+    const std::scoped_lock lock{m_mutex};
+    ++m_epoch;
+    for (auto kept = m_order.begin(); kept != m_order.end();) {
+        const auto next = std::next(kept);
+        if (isWithin(kept->key, key) || isWithin(key, kept->key)) {
+            m_store.erase(kept->key);
+            dropped.splice(dropped.end(), m_order, kept);
+        }
+        kept = next;
+    }
+}
+
 void ScanCache::clear()
 {
     Order dropped; // destroyed after the lock

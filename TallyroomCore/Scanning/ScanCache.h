@@ -3,6 +3,7 @@
 #include "FileSystem/UnreadPlaces.h"
 #include "Model/EntryList.h"
 #include "Scanning/CountedAgain.h"
+#include "Scanning/FolderContents.h"
 
 #include <cstdint>
 #include <list>
@@ -13,11 +14,12 @@
 
 namespace tallyroom {
 
-/// A folder's children and what could not be read below it.
+/// A folder's children, what could not be read below it, and what they hold besides bytes.
 struct Listing {
     EntryList entries;
     SharedUnreadPlaces unreadPlaces = {};
     SharedCountedAgain countedAgain = {};
+    SharedFolderContents contents = {};
 };
 
 /// The listings of the folders used most recently, by standardized path. Operations take turns; any thread.
@@ -41,6 +43,9 @@ public:
 
     /// Forgets that one folder; its parent's and its children's listings stay.
     void remove(const FileUrl& url);
+
+    /// Forgets that folder, and all above and below it.
+    void removeAround(const FileUrl& url);
 
     /// Forgets every listing.
     void clear();

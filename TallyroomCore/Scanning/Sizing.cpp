@@ -29,18 +29,6 @@ FolderSize SizingVisitor::SizedFolder::size() const
             .isUnreadable = cause.has_value() && bytes == 0};
 }
 
-namespace {
-
-template <class Number>
-void raise(std::atomic<Number>& number, Number least)
-{
-    Number known = number.load(std::memory_order_relaxed);
-    while (known < least && !number.compare_exchange_weak(known, least, std::memory_order_relaxed)) {
-    }
-}
-
-} // namespace
-
 void SizingVisitor::SizedFolder::add(const FolderSize& child)
 {
     sum(child);
@@ -123,15 +111,20 @@ void SizingVisitor::visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> c
 {
     auto& sized = static_cast<SizedFolder&>(folder);
     const FolderSize items = sizeOfItems(children);
-    std::int64_t found = items.bytes;
+    FolderSize found = items;
     sized.addItems(items);
     countShared(sized, children);
     lookUpFolders(sized, children, [&](const TreeWalk::Child&, const FolderSize& known) {
         sized.add(known);
-        found = saturatedSum(found, known.bytes);
+        found.bytes = saturatedSum(found.bytes, known.bytes);
+        found.files += known.files;
+        found.newest = std::max(found.newest, known.newest);
     });
     if (sized.soFar != nullptr) {
-        sized.soFar->fetch_add(found, std::memory_order_relaxed);
+        sized.soFar->fetch_add(found.bytes, std::memory_order_relaxed);
+    }
+    if (sized.contentSoFar != nullptr) {
+        sized.contentSoFar->add(found);
     }
     keepUnread(sized, children);
 }
@@ -143,6 +136,7 @@ std::unique_ptr<TreeWalk::Folder> SizingVisitor::descendInto(TreeWalk::Folder& p
     const auto& above = static_cast<SizedFolder&>(parent);
     folder->place = {above.place.epoch, static_cast<std::uint32_t>(child.mark)};
     folder->soFar = above.soFar;
+    folder->contentSoFar = above.contentSoFar;
     return folder;
 }
 

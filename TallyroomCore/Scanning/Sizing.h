@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileSystem/TreeWalk.h"
+#include "Scanning/FolderContents.h"
 #include "Scanning/SharedFiles.h"
 #include "Scanning/SizeCache.h"
 
@@ -26,6 +27,8 @@ public:
         /// Where all that is found below it is counted at once, for one who cannot wait for totals; may be
         /// null. Folders below it count there too.
         std::atomic<std::int64_t>* soFar = nullptr;
+        /// The same for what is found besides bytes.
+        FolderContents::Growing* contentSoFar = nullptr;
 
         [[nodiscard]] FolderSize size() const;
 

@@ -132,7 +132,7 @@ TEST_F(ThemeTest, EveryKindAndEveryButtonHasItsSymbolAtEveryScale)
     for (const FileKind kind : FileKind::all) {
         names.emplace_back(kind.symbolName());
     }
-    for (const EntryForm form : {EntryForm::link, EntryForm::special}) {
+    for (const EntryForm form : {EntryForm::link, EntryForm::fifo, EntryForm::socket, EntryForm::device}) {
         names.push_back(symbolName(Entry{FileUrl{"/a.jpg"}, "a.jpg", 0, false, form}));
     }
     EXPECT_EQ(std::set(names.begin(), names.end()).size(), names.size()) << "no two look the same";

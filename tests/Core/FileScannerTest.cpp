@@ -48,9 +48,9 @@ TEST_F(FileScannerTest, LinksAndSpecialFilesAreToldFromFiles)
     const TemporaryTree tree{folder("folder"),        file("file", 1), link("link", "folder"),
                              link("lost", "nowhere"), fifo("fifo"),    socket("socket")};
     using enum EntryForm;
-    const std::map<std::string, EntryForm> wanted{{"folder", ordinary}, {"file", ordinary},
-                                                  {"link", link},       {"lost", link},
-                                                  {"fifo", special},    {"socket", special}};
+    const std::map<std::string, EntryForm> wanted{
+        {"folder", ordinary}, {"file", ordinary},        {"link", link},
+        {"lost", link},       {"fifo", EntryForm::fifo}, {"socket", EntryForm::socket}};
     std::map<std::string, EntryForm> listed;
     for (const Entry& entry : FileScanner::directEntries(tree.url(), false).get()) {
         listed[entry.name] = entry.form;
@@ -59,6 +59,9 @@ TEST_F(FileScannerTest, LinksAndSpecialFilesAreToldFromFiles)
     for (const Entry& entry : FileScanner::findLargestFiles(tree.url(), 10).get()) {
         EXPECT_EQ(entry.form, wanted.at(entry.name)) << entry.name;
     }
+    const EntryList devices = FileScanner::directEntries(FileUrl{"/dev"}, false).get();
+    const auto null = std::ranges::find(devices, "null", &Entry::name);
+    EXPECT_TRUE(null != devices.end() && null->form == device);
     EXPECT_LE(sizeof(Entry), 112U) << "a listing of a million entries is kept whole";
 }
 
@@ -87,6 +90,24 @@ TEST_F(FileScannerTest, ACachedListingIsGivenAgainUntilItIsRefreshedOrInvalidate
     FileScanner::invalidateCache(tree.url());
     const std::int64_t now = allocated(tree.path("a/one")) + allocated(tree.path("a/two"));
     EXPECT_EQ(FileScanner::directEntries(tree.url(), true).get()[0].sizeBytes, now);
+}
+
+TEST_F(FileScannerTest, ARefreshedFolderIsNewInAllListingsThatShowItAndTheOthersStay)
+{
+    TemporaryTree tree{file("a/b/c/f", 4096), file("other/f", 4096)};
+    const auto size = [&tree](const char* path) {
+        const EntryList entries = FileScanner::directEntries(tree.url(path), true).get();
+        return entries.empty() ? -1 : entries[0].sizeBytes;
+    };
+    for (const char* const path : {"", "a", "a/b", "a/b/c", "other"}) {
+        EXPECT_EQ(size(path), 4096) << path;
+    }
+    tree.add({file("a/b/c/f", 8192), file("other/f", 8192)});
+    FileScanner::invalidateAround(tree.url("a/b"));
+    for (const char* const path : {"", "a", "a/b", "a/b/c"}) {
+        EXPECT_EQ(size(path), 8192) << path;
+    }
+    EXPECT_EQ(size("other"), 4096) << "nobody asked for it";
 }
 
 TEST_F(FileScannerTest, TheTotalOfAListedFolderHoldsWhatWasKnownBefore)

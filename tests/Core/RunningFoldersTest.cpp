@@ -12,7 +12,7 @@ namespace tallyroom {
 
 namespace {
 
-TEST(RunningFolders, TellTheBytesSoFarOfWhatHangsAndNothingTwice)
+TEST(RunningFolders, TellWhatIsFoundSoFarInWhatHangsAndNothingTwice)
 {
     FileScanner::clearCache();
     TemporaryTree tree{file("slow/known/a", 8192), file("slow/known/hangs", 4096), file("quick/file", 4096),
@@ -20,8 +20,10 @@ TEST(RunningFolders, TellTheBytesSoFarOfWhatHangsAndNothingTwice)
     for (int i = 0; i < 50; ++i) {
         tree.add(file("f" + std::to_string(i) + "/deep/file", 4096));
     }
-    tree.addEmptyFiles("slow/known", std::string(230, 'n'), 900); // several buffers of names
-    tree.add(file("slow/beside", 12288));
+    tree.addEmptyFiles("slow/known", std::string(230, 'n'), 900);   // several buffers of names
+    tree.add(file("slow/beside", 12288).modifiedAt(4'000'000'000)); // newer than all others
+    tree.add(fifo("slow/known/deep/pipe"));
+    tree.add(folder("slow/known/empty"));
     EXPECT_EQ(FileScanner::directorySize(tree.url("quick")), 4096); // known before: never on show
     std::promise<void> gate;
     const std::shared_future<void> isOpen = gate.get_future().share();
@@ -41,11 +43,22 @@ TEST(RunningFolders, TellTheBytesSoFarOfWhatHangsAndNothingTwice)
     }
     EXPECT_LT(left[0].sizeBytes, 12288 + 8192 + 4096);
     EXPECT_TRUE(left[0].isDirectory && left[0].identity.isKnown());
+    const SharedFolderContents contents = stream.contents;
+    using Content = FolderContents::Content;
+    const Content soFar = contents->find("slow").value_or(Content{});
+    EXPECT_EQ(soFar.newest, 4'000'000'000);
+    EXPECT_TRUE(soFar.files >= 1 && soFar.files < 904) << soFar.files;
     gate.set_value();
     for (auto record = stream.next(); record; record = stream.next()) {
         records.push_back(std::move(*record));
     }
     ASSERT_EQ(records.size(), 53U);
+    // All of it: what was met after the wait, what was known before, and what a listing remembers.
+    for (const auto& listing : {contents, FileScanner::directEntriesStream(tree.url(), true).contents}) {
+        EXPECT_EQ(listing->find("slow"), (Content{904, 4'000'000'000}));
+        EXPECT_EQ(listing->find("quick").value_or(Content{}).files, 1);
+        EXPECT_FALSE(listing->find("file"));
+    }
     for (const ScanProgress& record : records) {
         std::map<FileUrl, int> seen;
         for (const Entry& entry : record.entries) {

@@ -3,6 +3,7 @@
 #include "Support/AllRecords.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
+#include "Volumes/VolumesBelow.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -36,8 +37,11 @@ TEST(VolumeAccount, TellsWhatLiesElsewhereTwiceOrOutOfReachFromWhatWasFound)
     ASSERT_TRUE(account);
     EXPECT_EQ(*account, expected);
     EXPECT_EQ(account->missing(), 120 << 10);
-    EXPECT_FALSE(accountOf("v/a")) << "not the top";
-    EXPECT_FALSE(accountOf("v/again")) << "a part of a volume";
+    EXPECT_EQ(usedBytesBelow(tree.url("v/")), expected.used);
+    for (const char* const part : {"v/a", "v/again"}) { // not the top, and a part of a volume
+        EXPECT_FALSE(accountOf(part)) << part;
+        EXPECT_FALSE(usedBytesBelow(tree.url(part))) << part;
+    }
 }
 
 } // namespace
