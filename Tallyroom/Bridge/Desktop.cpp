@@ -1,5 +1,6 @@
 #include "Bridge/Desktop.h"
 
+#include "Bridge/StartedProgram.h"
 #include "Bridge/StreamPump.h"
 #include "Concurrency/PatientCalls.h"
 #include "FileSystem/FileDescriptor.h"
@@ -12,7 +13,6 @@
 #include <QDBusPendingCallWatcher>
 #include <QFileDialog>
 #include <QGuiApplication>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTimer>
 #include <QUrl>
@@ -45,8 +45,7 @@ QString describe(const SystemError& error)
     }
 }
 
-/// The toolkit's own way tells nothing of how it went. The starter may run as long as the program that it
-/// starts, and outlive this one: it is thrown away when it ends, and not before.
+/// The toolkit's own way tells nothing of how it went.
 void openWithDesktop(const FileUrl& url, const QString& refusal)
 {
     const auto refuse = [refusal] { Q_EMIT DesktopRefusals::shared().refused(refusal); };
@@ -55,23 +54,13 @@ void openWithDesktop(const FileUrl& url, const QString& refusal)
         refuse();
         return;
     }
-    auto* const starter = new QProcess;
-    QObject::connect(starter, &QProcess::errorOccurred, starter, [=](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) {
-            refuse();
-            starter->deleteLater();
-        }
-    });
-    QObject::connect(starter, &QProcess::finished, starter, [=](int exitCode) {
+    const auto ended = [refuse](int exitCode) {
         // 2: no such file, 3: a tool is missing, 4: nobody took it (xdg-open(1)).
-        if (exitCode >= 2 && exitCode <= 4) {
+        if (exitCode == StartedProgram::notStarted || (exitCode >= 2 && exitCode <= 4)) {
             refuse();
         }
-        starter->deleteLater();
-    });
-    starter->setStandardOutputFile(QProcess::nullDevice());
-    starter->setStandardErrorFile(QProcess::nullDevice());
-    starter->start(program, {QString::fromStdString(url.percentEncoded())});
+    };
+    StartedProgram::start(program, {QString::fromStdString(url.percentEncoded())}, ended);
 }
 
 FolderChoice choiceOf(const FileUrl& url)

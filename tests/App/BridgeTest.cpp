@@ -1,11 +1,13 @@
 #include "App/EventWait.h"
 #include "Bridge/Desktop.h"
 #include "Bridge/StreamPump.h"
+#include "Bridge/Terminal.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
 
 #include <QTest>
 
+#include <cstdio>
 #include <gmock/gmock.h>
 #include <memory>
 #include <string>
@@ -126,6 +128,45 @@ TEST(Desktop, WithoutAFileManagerTheFolderIsOpenedAndARefusalIsSaid)
     ASSERT_TRUE(QTest::qWaitFor([&] { return refusals.size() == 2; }, 20'000));
     EXPECT_EQ(refusals, (QStringList{QStringLiteral("Aucun gestionnaire de fichiers n’a répondu."),
                                      QStringLiteral("Aucun programme ne peut ouvrir « photo.jpg ».")}));
+}
+
+TEST(Desktop, ATerminalOpensInTheFolderWhateverItsNameAndTheNextOneWhereItFails)
+{
+    const std::string odd = "-e $(touch pwned) 'é'\xff";
+    TemporaryTree tree{folder(odd), folder("bin")};
+    QStringList refusals;
+    const QObject context;
+    QObject::connect(&DesktopRefusals::shared(), &DesktopRefusals::refused, &context,
+                     [&refusals](const QString& words) { refusals << words; });
+    const std::string log = tree.path("log");
+    const auto script = [&log](const char* name, const char* end) {
+        return "#!/bin/sh\n{ printf '" + std::string{name} +
+               "'; printf '<%s>' \"$@\" \"$(/bin/pwd -P)\"; } >>'" + log + "'\n" + end + "\n";
+    };
+    const ScopedVariable path{"PATH", tree.path("bin")};
+    const ScopedVariable chosen{"TERMINAL", "mine --flag \"two words\""};
+    const auto opens = [&](const std::string& expected) {
+        std::remove(log.c_str());
+        refusals.clear();
+        Terminal::openIn(tree.url(odd));
+        return QTest::qWaitFor([&] { return tree.content("log") == expected || !refusals.isEmpty(); },
+                               20'000) &&
+               refusals.isEmpty();
+    };
+    const std::string place = "<" + tree.path(odd) + ">";
+    Terminal::openIn(tree.url(odd));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !refusals.isEmpty(); }, 20'000)) << "there is none";
+    EXPECT_EQ(refusals, QStringList{QStringLiteral("Aucun terminal n’a pu être ouvert.")});
+    tree.add(file("bin/xterm", script("xterm", "exit 0")).withMode(0755));
+    EXPECT_TRUE(opens("xterm" + place));
+    tree.add(file("bin/mine", script("mine", "exit 0")).withMode(0755));
+    EXPECT_TRUE(opens("mine<--flag><two words>" + place));
+    tree.add(file("bin/xdg-terminal-exec", script("xdg", "exit 1")).withMode(0755));
+    EXPECT_TRUE(opens("xdg" + place + "mine<--flag><two words>" + place));
+    EXPECT_EQ(tree.names(odd), std::vector<std::string>{}) << "no shell has read the name";
+    Terminal::openIn(tree.url("gone"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !refusals.isEmpty(); }, 20'000));
+    EXPECT_TRUE(refusals[0].endsWith(QStringLiteral("le dossier n’existe pas.")));
 }
 
 TEST(Desktop, AFolderOnADeadMountHoldsUpNothing)
