@@ -22,8 +22,9 @@ void CheckBox::paintBox(QPainter& painter, const QRect& rect, const Look& look)
                                                            rect.y() + (rect.height() - size) / 2);
     const QColor accent = theme.colour(Theme::Colour::accentFill);
     const QColor secondary = theme.colour(Theme::Colour::secondary);
-    const QColor outline = look.isChecked || look.isHovered || look.hasFocus ? accent : secondary;
-    const QColor fill = look.isChecked ? accent : theme.colour(Theme::Colour::window);
+    const bool isMarked = look.isChecked || look.isPartial;
+    const QColor outline = isMarked || look.isHovered || look.hasFocus ? accent : secondary;
+    const QColor fill = isMarked ? accent : theme.colour(Theme::Colour::window);
 
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
@@ -33,12 +34,14 @@ void CheckBox::paintBox(QPainter& painter, const QRect& rect, const Look& look)
     painter.setPen(QPen{outline, 1.2});
     painter.setBrush(fill);
     painter.drawRoundedRect(box.adjusted(0.6, 0.6, -0.6, -0.6), Theme::badgeRadius, Theme::badgeRadius);
+    // By hand: the symbol's own stroke is too thin at this size.
+    painter.setPen(QPen{Theme::readableOn(fill), 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin});
+    const QPointF corner = box.topLeft();
     if (look.isChecked) {
-        // By hand: the symbol's own stroke is too thin at this size.
-        painter.setPen(QPen{Theme::readableOn(fill), 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin});
-        const QPointF corner = box.topLeft();
         painter.drawPolyline(
             QPolygonF{{corner + QPointF{4.4, 8.3}, corner + QPointF{7, 10.9}, corner + QPointF{11.7, 5.6}}});
+    } else if (look.isPartial) {
+        painter.drawLine(corner + QPointF{4.8, 8}, corner + QPointF{11.2, 8});
     }
     painter.restore();
 }

@@ -15,6 +15,7 @@ public:
         bool isEnabled = true;
         bool isHovered = false;
         bool hasFocus = false;
+        bool isPartial = false; ///< not checked, but a part of what it stands for is
     };
 
     explicit CheckBox(const QString& text = {}, QWidget* parent = nullptr);

@@ -36,9 +36,9 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
                        m_clock.elapsed());
     } else if (index.column() == EntryTableModel::checkColumn) {
         const bool isHovered = index.row() == m_view.hoveredRow();
-        CheckBox::paintBox(*painter,
-                           {cell.left() + Theme::margin, cell.top(), Theme::checkBoxSize, cell.height()},
-                           {m_model.isChecked(index.row()), true, isHovered, false});
+        CheckBox::paintBox(
+            *painter, {cell.left() + Theme::margin, cell.top(), Theme::checkBoxSize, cell.height()},
+            {m_model.isChecked(index.row()), true, isHovered, false, m_model.isPartlyChecked(index.row())});
     } else if (index.column() == EntryTableModel::nameColumn) {
         paintName(*painter, cell, index.row(), entry);
     } else if (index.column() == m_model.sizeColumn()) {
@@ -46,9 +46,11 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     } else {
         painter->setPen(Theme::shared().colour(Theme::Colour::secondary));
         painter->setFont(Theme::shared().body());
-        const QString text = painter->fontMetrics().elidedText(index.data().toString(), Qt::ElideRight,
-                                                               cell.width() - Theme::gap);
-        painter->drawText(cell, Qt::AlignLeft | Qt::AlignVCenter, text);
+        const QRect place = cell.adjusted(0, 0, -2 * Theme::gap, 0);
+        const bool isNumeric = m_model.ownColumn(index.column())->isNumeric;
+        const QString text =
+            painter->fontMetrics().elidedText(index.data().toString(), Qt::ElideRight, place.width());
+        painter->drawText(place, (isNumeric ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter, text);
     }
     painter->restore();
 }

@@ -324,17 +324,24 @@ void EntryRows::addActions(QMenu& menu, const Entry& entry)
 std::unique_ptr<QMenu> EntryRows::makeContextMenu(const Entry& entry)
 {
     auto menu = std::make_unique<QMenu>();
+    const auto add = [&](const QIcon& icon, const QString& text, void (EntryRows::*request)(const Entry&)) {
+        connect(menu->addAction(icon, text), &QAction::triggered, this, [this, entry, request] {
+            Q_EMIT(this->*request)(entry);
+        });
+    };
     addActions(*menu, entry);
-    connect(menu->addAction(SymbolIcon::icon("folder"),
-                            QStringLiteral("Révéler dans le gestionnaire de fichiers")),
-            &QAction::triggered, this, [this, entry] { Q_EMIT revealRequested(entry); });
-    connect(menu->addAction(SymbolIcon::icon("doc.on.doc"), QStringLiteral("Copier le chemin")),
-            &QAction::triggered, this, [this, entry] { Q_EMIT copyPathRequested(entry); });
+    add(SymbolIcon::icon("arrow.up.forward.app"), QStringLiteral("Ouvrir"), &EntryRows::openRequested);
+    add(SymbolIcon::icon("folder"), QStringLiteral("Révéler dans le gestionnaire de fichiers"),
+        &EntryRows::revealRequested);
+    add(SymbolIcon::icon("terminal"), QStringLiteral("Ouvrir un terminal ici"),
+        &EntryRows::terminalRequested);
+    add(SymbolIcon::icon("doc.on.doc"), QStringLiteral("Copier le chemin"), &EntryRows::copyPathRequested);
+    menu->addSeparator();
+    add(SymbolIcon::icon("info.circle"), QStringLiteral("Propriétés"), &EntryRows::propertiesRequested);
     if (m_isDeletionEnabled) {
         menu->addSeparator();
-        connect(menu->addAction(SymbolIcon::icon("trash", Theme::Colour::danger),
-                                QStringLiteral("Mettre à la corbeille")),
-                &QAction::triggered, this, [this, entry] { Q_EMIT deleteRequested(entry); });
+        add(SymbolIcon::icon("trash", Theme::Colour::danger), QStringLiteral("Mettre à la corbeille"),
+            &EntryRows::deleteRequested);
     }
     return menu;
 }

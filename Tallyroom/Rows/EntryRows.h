@@ -65,8 +65,11 @@ Q_SIGNALS:
     /// list.
     void activated(const tallyroom::Entry& entry);
     void deleteRequested(const tallyroom::Entry& entry);
+    void openRequested(const tallyroom::Entry& entry);
     void revealRequested(const tallyroom::Entry& entry);
+    void terminalRequested(const tallyroom::Entry& entry);
     void copyPathRequested(const tallyroom::Entry& entry);
+    void propertiesRequested(const tallyroom::Entry& entry);
     /// Space on a row that shows no entry.
     void sectionToggled(int row);
 

@@ -28,6 +28,12 @@ bool EntryRowsModel::isChecked(int row) const
     return position && m_selection.contains(*position);
 }
 
+bool EntryRowsModel::isPartlyChecked(int row) const
+{
+    const std::optional<std::uint32_t> position = positionAt(row);
+    return position && m_selection.isPartlyChecked(*position);
+}
+
 std::optional<int> EntryRowsModel::rowOf(const FileUrl& url, int likelyRow) const
 {
     const auto row = findOutwards(static_cast<std::size_t>(rowCount({})), static_cast<std::size_t>(likelyRow),
@@ -53,7 +59,9 @@ void EntryRowsModel::setRangeChecked(int firstRow, int lastRow, bool isChecked)
 
 QString EntryRowsModel::accessibleCheck(int row) const
 {
-    return isChecked(row) ? QStringLiteral("coché") : QStringLiteral("non coché");
+    return isChecked(row)         ? QStringLiteral("coché")
+           : isPartlyChecked(row) ? QStringLiteral("contient des éléments cochés")
+                                  : QStringLiteral("non coché");
 }
 
 QString EntryRowsModel::accessibleCheckBox(const QString& name)

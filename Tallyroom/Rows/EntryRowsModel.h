@@ -39,6 +39,9 @@ public:
 
     [[nodiscard]] bool isChecked(int row) const;
 
+    /// Whether something below a row's entry is checked.
+    [[nodiscard]] bool isPartlyChecked(int row) const;
+
     /// The row that shows `url`, looked for from `likelyRow` on. O(n).
     [[nodiscard]] std::optional<int> rowOf(const FileUrl& url, int likelyRow) const;
 

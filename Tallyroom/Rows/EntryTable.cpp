@@ -3,12 +3,19 @@
 #include "Rows/EntryRowDelegate.h"
 #include "Rows/EntryTableHeader.h"
 
+#include <QMenu>
 #include <QScrollBar>
 
 #include <algorithm>
 #include <utility>
 
 namespace tallyroom {
+
+namespace {
+
+constexpr int nameBesideChosen = 150; // of names where somebody has asked for more columns
+
+} // namespace
 
 EntryTable::EntryTable(EntryTableStyle style, QWidget* parent)
     : EntryTable(new EntryTableModel{std::move(style)}, parent)
@@ -20,7 +27,12 @@ EntryTable::EntryTable(EntryTableModel* model, QWidget* parent)
 {
     setHorizontalHeader(m_header);
     setItemDelegate(new EntryRowDelegate{m_model, *this});
+    for (const EntryTableColumn& column : m_model.style().columns) {
+        m_widths.push_back(column.width);
+    }
     connect(m_header, &QHeaderView::sectionClicked, this, &EntryTable::sortBy);
+    connect(m_header, &EntryTableHeader::menuRequested, this, &EntryTable::showColumnMenu);
+    connect(m_header, &EntryTableHeader::widthChosen, this, &EntryTable::widen);
     connect(model, &EntryTableModel::sortOrderChanged, this, &EntryTable::showSortOrder);
     connect(model, &EntryTableModel::runningAboutToChange, this, [this] { rememberPlace(); });
     connect(model, &EntryTableModel::runningChanged, this, &EntryTable::showChangedRows);
@@ -30,25 +42,101 @@ EntryTable::EntryTable(EntryTableModel* model, QWidget* parent)
 
 void EntryTable::layOutColumns()
 {
-    const int own = static_cast<int>(m_model.style().columns.size());
     m_header->setMinimumSectionSize(Theme::checkColumnWidth);
     m_header->setSectionResizeMode(QHeaderView::Fixed);
     const int width = viewport()->width();
     int rest = width - Theme::margin - Theme::checkColumnWidth;
-    // Where the room is small the size keeps its minimum, and a tool's own columns give way.
-    const bool isNarrow = width < Theme::narrowWidth;
-    const int sizeWidth = (isNarrow ? Theme::sizeColumnMinimum : Theme::sizeColumnIdeal) + trailingMargin();
+    int optional = 0;
+    for (int column = EntryTableModel::firstOwnColumn; column < m_model.sizeColumn(); ++column) {
+        const bool isCounted = m_model.ownColumn(column)->isOptional() && m_model.isChosen(column);
+        optional += isCounted ? widthOf(column) : 0;
+    }
+    // Where the room is small the size keeps its minimum, and a tool's own columns give way. The bar makes
+    // room for the columns that somebody has asked for.
+    const int spare = rest - trailingMargin() - nameBesideChosen - optional;
+    const int ideal = optional == 0 ? Theme::sizeColumnIdeal
+                                    : std::clamp(spare, Theme::sizeColumnMinimum, Theme::sizeColumnIdeal);
+    const int sizeWidth = (width < Theme::narrowWidth ? Theme::sizeColumnMinimum : ideal) + trailingMargin();
     rest -= sizeWidth;
-    for (int column = 0; column < own; ++column) {
-        const int wanted = m_model.style().columns[static_cast<std::size_t>(column)].width;
-        const bool fits = rest - wanted >= Theme::nameColumnMinimum;
-        setColumnHidden(EntryTableModel::firstOwnColumn + column, !fits);
-        setColumnWidth(EntryTableModel::firstOwnColumn + column, wanted);
+    for (int column = EntryTableModel::firstOwnColumn; column < m_model.sizeColumn(); ++column) {
+        const int wanted = widthOf(column);
+        const int least =
+            m_model.ownColumn(column)->isOptional() ? nameBesideChosen : Theme::nameColumnMinimum;
+        const bool fits = m_model.isChosen(column) && rest - wanted >= least;
+        setColumnHidden(column, !fits);
+        setColumnWidth(column, wanted);
         rest -= fits ? wanted : 0;
     }
     setColumnWidth(EntryTableModel::checkColumn, Theme::margin + Theme::checkColumnWidth);
     setColumnWidth(EntryTableModel::nameColumn, std::max(rest, Theme::checkColumnWidth));
     setColumnWidth(m_model.sizeColumn(), sizeWidth);
+}
+
+std::vector<EntryColumnChoice> EntryTable::columnChoices() const
+{
+    std::vector<EntryColumnChoice> choices;
+    for (int column = EntryTableModel::firstOwnColumn; column < m_model.sizeColumn(); ++column) {
+        if (const EntryTableColumn& own = *m_model.ownColumn(column); own.isOptional()) {
+            choices.push_back({own.optionName, m_model.isChosen(column), widthOf(column)});
+        }
+    }
+    return choices;
+}
+
+void EntryTable::chooseColumns(const std::vector<EntryColumnChoice>& choices)
+{
+    for (int column = EntryTableModel::firstOwnColumn; column < m_model.sizeColumn(); ++column) {
+        const auto choice =
+            std::ranges::find(choices, m_model.ownColumn(column)->optionName, &EntryColumnChoice::optionName);
+        if (m_model.ownColumn(column)->isOptional() && choice != choices.end()) {
+            m_model.setChosen(column, choice->isShown);
+            if (choice->width >= Theme::ownColumnMinimum && choice->width <= Theme::ownColumnMaximum) {
+                widthOf(column) = choice->width;
+            }
+        }
+    }
+    layOutColumns();
+}
+
+void EntryTable::choose(int column, bool isShown)
+{
+    m_model.setChosen(column, isShown);
+    layOutColumns();
+    Q_EMIT columnsChosen();
+}
+
+/// The name keeps its minimum.
+void EntryTable::widen(int column, int width)
+{
+    const int spare = columnWidth(EntryTableModel::nameColumn) - nameBesideChosen;
+    const int most = std::min(columnWidth(column) + std::max(spare, 0), Theme::ownColumnMaximum);
+    const EntryTableColumn* const own = m_model.ownColumn(column);
+    if (own != nullptr && own->isOptional() && !isColumnHidden(column)) {
+        widthOf(column) = std::clamp(width, Theme::ownColumnMinimum, std::max(most, Theme::ownColumnMinimum));
+        layOutColumns();
+        Q_EMIT columnsChosen();
+    }
+}
+
+void EntryTable::showColumnMenu(const QPoint& globalPosition)
+{
+    auto* const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (int column = EntryTableModel::firstOwnColumn; column < m_model.sizeColumn(); ++column) {
+        if (const EntryTableColumn& own = *m_model.ownColumn(column); own.isOptional()) {
+            QAction* const action = menu->addAction(own.title);
+            action->setCheckable(true);
+            action->setChecked(m_model.isChosen(column));
+            connect(action, &QAction::triggered, this,
+                    [this, column](bool isShown) { choose(column, isShown); });
+        }
+    }
+    if (menu->isEmpty()) {
+        delete menu;
+        return;
+    }
+    menu->popup(globalPosition);
+    menu->setActiveAction(menu->actions().front());
 }
 
 void EntryTable::resizeEvent(QResizeEvent* event)

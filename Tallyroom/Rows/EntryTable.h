@@ -35,6 +35,15 @@ public:
     /// Shows only what `filter` accepts; everything when it is empty. Checks of hidden rows stay.
     void setFilter(EntryTableModel::Filter filter) { m_model.setFilter(std::move(filter)); }
 
+    /// What is chosen of the style's optional columns, in their order. Without a choice they are hidden.
+    [[nodiscard]] std::vector<EntryColumnChoice> columnChoices() const;
+
+    /// Takes up choices made earlier; those for other columns, and widths out of reason, are passed over.
+    void chooseColumns(const std::vector<EntryColumnChoice>& choices);
+
+    /// The sum of all sizes listed and counted so far, also of what the filter hides. Bytes.
+    [[nodiscard]] std::int64_t countedBytes() const { return m_model.countedBytes(); }
+
     void setSortOrder(const EntrySortOrder& order) { m_model.setSortOrder(order); }
 
     [[nodiscard]] const EntrySortOrder& sortOrder() const { return m_model.sortOrder(); }
@@ -46,6 +55,10 @@ public:
 
     /// Goes where the bookmark says, as far as its rows are there.
     void goTo(const EntryBookmark& bookmark);
+
+Q_SIGNALS:
+    /// Somebody has chosen other columns, or other widths.
+    void columnsChosen();
 
 protected:
     void rememberPlace() override;
@@ -67,6 +80,19 @@ private:
     using QTableView::scrollTo;
     void scrollTo(int row, int top);
     void layOutColumns();
+    void showColumnMenu(const QPoint& globalPosition);
+    void choose(int column, bool isShown);
+    void widen(int column, int width);
+
+    [[nodiscard]] int widthOf(int column) const { return m_widths[ownNumber(column)]; }
+
+    [[nodiscard]] int& widthOf(int column) { return m_widths[ownNumber(column)]; }
+
+    [[nodiscard]] static std::size_t ownNumber(int column)
+    {
+        return static_cast<std::size_t>(column - EntryTableModel::firstOwnColumn);
+    }
+
     void showSortOrder();
     void sortBy(int column);
     [[nodiscard]] std::optional<int> anchorRow() const;
@@ -74,6 +100,7 @@ private:
 
     EntryTableModel& m_model;
     EntryTableHeader* m_header;
+    std::vector<int> m_widths; // of the style's columns
     Place m_place;
 };
 

@@ -2,9 +2,15 @@
 
 #include "Theme/SymbolIcon.h"
 
+#include <QContextMenuEvent>
 #include <QFocusEvent>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 namespace tallyroom {
 
@@ -15,6 +21,7 @@ EntryTableHeader::EntryTableHeader(QWidget* parent) : QHeaderView(Qt::Horizontal
     setHighlightSections(false);
     setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     setFocusPolicy(Qt::TabFocus);
+    setMouseTracking(true); // for the pointer over an edge
 }
 
 void EntryTableHeader::showSortOrder(int column, bool isAscending)
@@ -59,15 +66,67 @@ void EntryTableHeader::nameChoice()
     setAccessibleName(name);
 }
 
+std::optional<int> EntryTableHeader::edgeAt(int x) const
+{
+    for (int column = 0; column < count(); ++column) {
+        const bool isNear = std::abs(sectionViewportPosition(column) - x) <= Theme::gap / 2;
+        if (isNear && !isSectionHidden(column) &&
+            model()->headerData(column, orientation(), widthRole).toBool()) {
+            return column;
+        }
+    }
+    return std::nullopt;
+}
+
+void EntryTableHeader::contextMenuEvent(QContextMenuEvent* event)
+{
+    const bool isByMouse = event->reason() == QContextMenuEvent::Mouse;
+    const QPoint below{sectionViewportPosition(std::max(m_chosenColumn, 0)), height()};
+    Q_EMIT menuRequested(isByMouse ? event->globalPos() : viewport()->mapToGlobal(below));
+}
+
+void EntryTableHeader::mousePressEvent(QMouseEvent* event)
+{
+    const int x = event->position().toPoint().x();
+    const std::optional<int> column = event->button() == Qt::LeftButton ? edgeAt(x) : std::nullopt;
+    if (column) {
+        m_drag = {*column, sectionSize(*column), x};
+    } else {
+        QHeaderView::mousePressEvent(event);
+    }
+}
+
+void EntryTableHeader::mouseMoveEvent(QMouseEvent* event)
+{
+    const int x = event->position().toPoint().x();
+    if (m_drag) {
+        Q_EMIT widthChosen(m_drag->column, m_drag->width + m_drag->x - x);
+        return;
+    }
+    viewport()->setCursor(edgeAt(x) ? Qt::SplitHCursor : Qt::ArrowCursor);
+    QHeaderView::mouseMoveEvent(event);
+}
+
+void EntryTableHeader::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (!std::exchange(m_drag, std::nullopt)) {
+        QHeaderView::mouseReleaseEvent(event);
+    }
+}
+
 void EntryTableHeader::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
     case Qt::Key_Left:
-        moveChoice(-1);
+    case Qt::Key_Right: {
+        const int step = event->key() == Qt::Key_Right ? 1 : -1;
+        if (event->modifiers().testFlag(Qt::ControlModifier)) {
+            Q_EMIT widthChosen(m_chosenColumn, sectionSize(m_chosenColumn) + step * Theme::gap);
+        } else {
+            moveChoice(step);
+        }
         break;
-    case Qt::Key_Right:
-        moveChoice(1);
-        break;
+    }
     case Qt::Key_Space:
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -109,17 +168,20 @@ void EntryTableHeader::paintSection(QPainter* painter, const QRect& rect, int lo
     painter->setPen(theme.colour(isSorting ? Theme::Colour::text : Theme::Colour::secondary));
     const int mark = isSorting ? Theme::sortMarkSize + 4 : 0;
     const QFontMetrics metrics{font};
-    const QString shown = metrics.elidedText(title(logicalIndex), Qt::ElideRight, rect.width() - mark);
-    painter->drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, shown);
+    const bool isRight = (model()->headerData(logicalIndex, orientation(), Qt::TextAlignmentRole).toInt() &
+                          static_cast<int>(Qt::AlignRight)) != 0;
+    const int room = rect.width() - mark - (isRight ? 2 * Theme::gap : 0);
+    const QString shown = metrics.elidedText(title(logicalIndex), Qt::ElideRight, room);
+    const int width = metrics.horizontalAdvance(shown);
+    const int left = rect.x() + (isRight ? room - width : 0);
+    painter->drawText(QRect{left, rect.y(), width, rect.height()}, Qt::AlignLeft | Qt::AlignVCenter, shown);
     if (hasFocus() && logicalIndex == m_chosenColumn) {
-        const int width = metrics.horizontalAdvance(shown) + mark;
         painter->setPen(theme.colour(Theme::Colour::accent));
-        painter->drawRoundedRect(QRectF{rect.x() - 4.5, rect.y() + 3.5, width + 9.0, rect.height() - 7.0},
+        painter->drawRoundedRect(QRectF{left - 4.5, rect.y() + 3.5, width + mark + 9.0, rect.height() - 7.0},
                                  Theme::badgeRadius, Theme::badgeRadius);
     }
     if (isSorting) {
-        const QRect place{rect.x() + metrics.horizontalAdvance(shown) + 4, rect.y(), Theme::sortMarkSize,
-                          rect.height()};
+        const QRect place{left + width + 4, rect.y(), Theme::sortMarkSize, rect.height()};
         SymbolIcon::paint(*painter, place, m_isAscending ? "chevron.up" : "chevron.down",
                           theme.colour(Theme::Colour::text), Theme::sortMarkSize);
     }

@@ -1,5 +1,6 @@
 #include "Rows/EntryTableModel.h"
 
+#include "Rows/EntryTableHeader.h"
 #include "Text/FileUrlText.h"
 #include "Text/PlainText.h"
 #include "Text/UnreadText.h"
@@ -11,7 +12,31 @@ EntryTableModel::EntryTableModel(EntryTableStyle style, QObject* parent)
     : EntryRowsModel(parent), m_style(std::move(style))
 {
     m_request.name = m_style.name;
+    for (const EntryTableColumn& column : m_style.columns) {
+        m_chosen.push_back(!column.isOptional());
+    }
     connect(&m_arranger, &EntryArranger::arranged, this, &EntryTableModel::takeRows);
+}
+
+const EntryTableColumn* EntryTableModel::ownColumn(int column) const
+{
+    const bool isOwn = column >= firstOwnColumn && column < sizeColumn();
+    return isOwn ? &m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)] : nullptr;
+}
+
+bool EntryTableModel::isChosen(int column) const
+{
+    return ownColumn(column) == nullptr || m_chosen[static_cast<std::size_t>(column - firstOwnColumn)];
+}
+
+void EntryTableModel::setChosen(int column, bool isChosen)
+{
+    const auto number = static_cast<std::size_t>(column - firstOwnColumn);
+    m_chosen[number] = isChosen;
+    const EntrySortOrder& order = m_request.order;
+    if (!isChosen && order.key == EntrySortOrder::Key::column && order.column == number) {
+        setSortOrder({}); // nobody could see what the rows are sorted by
+    }
 }
 
 void EntryTableModel::setEntries(const EntryList& entries)
@@ -69,6 +94,10 @@ void EntryTableModel::setRunning(std::vector<Entry> running)
         return;
     }
     m_allRunning = std::move(running);
+    m_runningBytes = 0;
+    for (const Entry& entry : m_allRunning) {
+        m_runningBytes = saturatedSum(m_runningBytes, entry.sizeBytes);
+    }
     const RunningRows placed{m_allRunning, m_request, m_rows};
     changeRows(
         rowCount(), static_cast<int>(m_rows.rowCount() + placed.count()), [&] { m_running = placed; },
@@ -94,11 +123,8 @@ std::optional<EntrySortOrder::Key> EntryTableModel::sortKey(int column) const
     if (column == sizeColumn()) {
         return EntrySortOrder::Key::size;
     }
-    if (column >= firstOwnColumn &&
-        m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].sortKey) {
-        return EntrySortOrder::Key::column;
-    }
-    return std::nullopt;
+    const EntryTableColumn* const own = ownColumn(column);
+    return own != nullptr && own->sortKey ? std::optional{EntrySortOrder::Key::column} : std::nullopt;
 }
 
 std::string EntryTableModel::shownName(const Entry& entry) const
@@ -137,7 +163,9 @@ QVariant EntryTableModel::data(const QModelIndex& index, int role) const
         return UnreadText::toolTip(entry);
     }
     if (role == Qt::CheckStateRole && index.column() == checkColumn) {
-        return isChecked(index.row()) ? Qt::Checked : Qt::Unchecked;
+        return isChecked(index.row())         ? Qt::Checked
+               : isPartlyChecked(index.row()) ? Qt::PartiallyChecked
+                                              : Qt::Unchecked;
     }
     const bool isAboutMore = role == Qt::ToolTipRole || role == Qt::AccessibleDescriptionRole;
     if (isAboutMore && index.column() == nameColumn) {
@@ -175,7 +203,13 @@ QString EntryTableModel::text(const Entry& entry, int column) const
     if (column == sizeColumn()) {
         return UnreadText::size(entry);
     }
-    return m_style.columns[static_cast<std::size_t>(column - firstOwnColumn)].text(entry);
+    return ownColumn(column)->text(entry);
+}
+
+QString EntryTableModel::spokenText(const Entry& entry, int column) const
+{
+    const EntryTableColumn& own = *ownColumn(column);
+    return own.spoken ? own.spoken(entry) : own.text(entry);
 }
 
 QString EntryTableModel::accessibleText(int row, int column) const
@@ -188,7 +222,7 @@ QString EntryTableModel::accessibleText(int row, int column) const
         return UnreadText::spokenSize(entry);
     }
     if (column != nameColumn) {
-        return text(entry, column);
+        return spokenText(entry, column);
     }
     // The name cell is the current one: it speaks for the whole row.
     QStringList parts{nameText(entry), kindName(entry)};
@@ -197,7 +231,9 @@ QString EntryTableModel::accessibleText(int row, int column) const
         parts += m_style.secondLine(entry);
     }
     for (int other = firstOwnColumn; other < sizeColumn(); ++other) {
-        parts += text(entry, other);
+        if (const QString words = isChosen(other) ? spokenText(entry, other) : QString{}; !words.isEmpty()) {
+            parts += words;
+        }
     }
     parts += UnreadText::spokenSize(entry);
     parts += isRunning(row) ? QStringLiteral("en cours de mesure") : accessibleCheck(row);
@@ -209,8 +245,14 @@ QVariant EntryTableModel::headerData(int section, Qt::Orientation orientation, i
     if (orientation != Qt::Horizontal) {
         return {};
     }
+    if (role == EntryTableHeader::widthRole) {
+        return ownColumn(section) != nullptr && ownColumn(section)->isOptional();
+    }
     if (role == Qt::AccessibleTextRole && section == checkColumn) {
         return QStringLiteral("Coché");
+    }
+    if (role == Qt::TextAlignmentRole && ownColumn(section) != nullptr && ownColumn(section)->isNumeric) {
+        return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
     }
     if ((role != Qt::DisplayRole && role != Qt::AccessibleTextRole) || section == checkColumn) {
         return {};
@@ -221,7 +263,7 @@ QVariant EntryTableModel::headerData(int section, Qt::Orientation orientation, i
     if (section == sizeColumn()) {
         return QStringLiteral("Taille");
     }
-    return m_style.columns[static_cast<std::size_t>(section - firstOwnColumn)].title;
+    return ownColumn(section)->title;
 }
 
 } // namespace tallyroom

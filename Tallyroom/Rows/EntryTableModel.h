@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Model/CheckedArithmetic.h"
 #include "Rows/EntryArranger.h"
 #include "Rows/EntryRowsModel.h"
 #include "Rows/EntryTableStyle.h"
@@ -23,6 +24,19 @@ public:
     [[nodiscard]] const EntryTableStyle& style() const { return m_style; }
 
     [[nodiscard]] int sizeColumn() const { return firstOwnColumn + static_cast<int>(m_style.columns.size()); }
+
+    /// The style's column behind one of the table's; null for check, name and size.
+    [[nodiscard]] const EntryTableColumn* ownColumn(int column) const;
+
+    /// Whether a column is shown where there is room; optional ones are when they are chosen.
+    [[nodiscard]] bool isChosen(int column) const;
+    void setChosen(int column, bool isChosen);
+
+    /// The sum of all sizes listed and counted so far, also of what the filter hides. Bytes.
+    [[nodiscard]] std::int64_t countedBytes() const
+    {
+        return saturatedSum(m_rows.totalBytes(), m_runningBytes);
+    }
 
     void setEntries(const EntryList& entries);
     void setFilter(Filter filter);
@@ -81,14 +95,17 @@ private:
     void arrange(EntryArranger::IfBusy ifBusy);
     void takeRows(const EntryArrangement& rows);
     [[nodiscard]] QString text(const Entry& entry, int column) const;
+    [[nodiscard]] QString spokenText(const Entry& entry, int column) const;
     [[nodiscard]] QStringList badgeWords(const Entry& entry) const;
     [[nodiscard]] QString accessibleText(int row, int column) const;
 
     EntryTableStyle m_style;
+    std::vector<bool> m_chosen; // of the style's columns
     EntryArrangement::Request m_request;
     EntryArrangement m_rows;
     EntryArranger m_arranger;
     std::vector<Entry> m_allRunning; // also those that the filter hides
+    std::int64_t m_runningBytes = 0;
     RunningRows m_running;
 };
 

@@ -17,7 +17,7 @@ struct EntryBadge {
     Theme::Colour colour = Theme::Colour::secondary;
 };
 
-/// A text column of a tool's own, between the name and the size.
+/// A text column of a tool's own, between the name and the size. Names of optional ones go into the settings.
 struct EntryTableColumn {
     QString title{};
     int width = 120; ///< device-independent pixels
@@ -25,6 +25,22 @@ struct EntryTableColumn {
     /// What the column sorts by, smaller first when ascending; the column cannot be sorted without it. Called
     /// on other threads too: it must not touch the screen.
     std::function<double(const Entry&)> sortKey{};
+    /// Of a column that is shown only where somebody chooses it, and as wide as he wants it.
+    QString optionName{};
+    /// What a screen reader says instead of the text.
+    std::function<QString(const Entry&)> spoken{};
+    bool isNumeric = false; ///< numbers, below each other to the right
+
+    [[nodiscard]] bool isOptional() const { return !optionName.isEmpty(); }
+};
+
+/// A person's choice for an optional column.
+struct EntryColumnChoice {
+    QString optionName;
+    bool isShown = false;
+    int width = 0; ///< device-independent pixels
+
+    friend bool operator==(const EntryColumnChoice&, const EntryColumnChoice&) = default;
 };
 
 /// What a tool's table shows of an entry. Everything but the title has a use without being given. A plain

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <ranges>
-#include <tuple>
+#include <utility>
 
 namespace tallyroom {
 
@@ -37,7 +37,30 @@ std::size_t rankOf(const Entry& entry, const Request& request, const EntryArrang
     case EntrySortOrder::Key::column:
         break;
     }
-    return 0;
+    if (!request.sortKey) {
+        return 0;
+    }
+    const double key = request.sortKey(entry);
+    return rank([&](std::size_t row) {
+        const Entry& one = arrangement.entry(row);
+        const double other = request.sortKey(one);
+        return other == key ? one.sizeBytes >= entry.sizeBytes : (other < key) == isAscending;
+    });
+}
+
+/// What running entries at the same rank are sorted by, smaller first.
+double keyAmongRunning(const Entry& entry, const Request& request)
+{
+    const double sign = request.order.isAscending ? 1 : -1;
+    switch (request.order.key) {
+    case EntrySortOrder::Key::name:
+        return 0;
+    case EntrySortOrder::Key::size:
+        return sign * static_cast<double>(entry.sizeBytes);
+    case EntrySortOrder::Key::column:
+        break;
+    }
+    return request.sortKey ? sign * request.sortKey(entry) : 0;
 }
 
 } // namespace
@@ -47,17 +70,13 @@ RunningRows::RunningRows(const std::vector<Entry>& running, const Request& reque
 {
     for (const Entry& entry : running) {
         if (!request.filter || request.filter(entry)) {
-            m_placed.push_back({entry, rankOf(entry, request, arrangement)});
+            m_placed.push_back({entry, rankOf(entry, request, arrangement), keyAmongRunning(entry, request)});
             m_largestSize = std::max(m_largestSize, entry.sizeBytes);
         }
     }
-    const bool isBySize = request.order.key == EntrySortOrder::Key::size;
-    const std::int64_t sign = !isBySize ? 0 : request.order.isAscending ? 1 : -1;
     const bool isBackwards = request.order.key == EntrySortOrder::Key::name && !request.order.isAscending;
     std::ranges::stable_sort(m_placed, [&](const Placed& left, const Placed& right) {
-        const auto place = [sign](const Placed& one) {
-            return std::tuple{one.next, sign * one.entry.sizeBytes};
-        };
+        const auto place = [](const Placed& one) { return std::pair{one.next, one.key}; };
         if (place(left) != place(right)) {
             return place(left) < place(right);
         }

@@ -15,7 +15,7 @@ class RunningRows {
 public:
     RunningRows() = default;
 
-    /// Those of `running` that the filter lets through. By a column of a tool's own they cannot be ranked,
+    /// Those of `running` that the filter lets through. By a column without a sort key they cannot be ranked,
     /// and come first.
     RunningRows(const std::vector<Entry>& running, const EntryArrangement::Request& request,
                 const EntryArrangement& arrangement);
@@ -39,6 +39,7 @@ private:
     struct Placed {
         Entry entry;
         std::size_t next = 0; ///< the row of the arrangement that follows
+        double key = 0;       ///< its place among those with the same one
     };
 
     /// How many of them lie before a row.

@@ -75,7 +75,7 @@ PositionSet Selection::moveChecks(const EntryList& earlier)
     return {};
 }
 
-/// What lies below an entry that the list lacks by now is not on show any more.
+/// What lies below an entry that the list lacks is not on show; a list that fills anew may still bring it.
 void Selection::findDeeper()
 {
     if (m_deeper.empty()) {
@@ -83,7 +83,7 @@ void Selection::findDeeper()
     }
     std::unordered_map<FileUrl, std::uint32_t> positions;
     for (const auto& [url, deeper] : m_deeper) {
-        positions.emplace(deeper.listed, static_cast<std::uint32_t>(m_entries.size()));
+        positions.emplace(deeper.listed, nowhere);
     }
     for (std::uint32_t position = 0; position < m_entries.size(); ++position) {
         if (const auto found = positions.find(m_entries[position].url); found != positions.end()) {
@@ -93,7 +93,13 @@ void Selection::findDeeper()
     for (auto& [url, deeper] : m_deeper) {
         deeper.position = positions.at(deeper.listed);
     }
-    std::erase_if(m_deeper, [this](const auto& one) { return one.second.position == m_entries.size(); });
+}
+
+void Selection::forgetAbsent()
+{
+    m_absent.reset();
+    m_isSearchDue = false;
+    std::erase_if(m_deeper, [](const auto& one) { return one.second.position == nowhere; });
 }
 
 /// What lies below something that is checked goes along with it.
@@ -114,7 +120,11 @@ void Selection::recount()
     m_count = checked.count();
     // The fewer sizes are looked up: all of a long list but one costs as little as one.
     m_bytes = m_count <= m_shownCount / 2 ? sum(checked) : m_shownBytes - sum(m_shown - m_checked);
+    m_partly = {};
     for (const auto& [url, deeper] : m_deeper) {
+        if (deeper.position != nowhere) {
+            m_partly.insert(deeper.position);
+        }
         if (m_shown.contains(deeper.position)) {
             ++m_count;
             m_bytes = checkedSum(m_bytes, deeper.entry.sizeBytes);
@@ -194,6 +204,34 @@ void Selection::toggleBelow(std::uint32_t position, const Entry& entry)
     }
     if (m_deeper.erase(entry.url) == 0) {
         m_deeper.emplace(entry.url, Deeper{entry, m_entries[position].url, position});
+    }
+    recount();
+    Q_EMIT changed(std::nullopt);
+}
+
+std::vector<Entry> Selection::deeperEntries() const
+{
+    std::vector<Entry> entries;
+    for (const auto& [url, deeper] : m_deeper) {
+        entries.push_back(deeper.entry);
+    }
+    return entries;
+}
+
+void Selection::renewDeeper(const std::vector<Entry>& asked, const std::vector<Entry>& found)
+{
+    const auto isFound = [&found](const Entry& entry) {
+        return std::ranges::find(found, entry.url, &Entry::url) != found.end();
+    };
+    for (const Entry& entry : asked) {
+        if (!isFound(entry)) {
+            m_deeper.erase(entry.url);
+        }
+    }
+    for (const Entry& entry : found) {
+        if (const auto known = m_deeper.find(entry.url); known != m_deeper.end()) {
+            known->second.entry = entry;
+        }
     }
     recount();
     Q_EMIT changed(std::nullopt);

@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <functional>
+#include <limits>
 #include <map>
 #include <optional>
 
@@ -31,12 +32,8 @@ public:
     /// The checks of entries that the list may lack; none where it lacks none.
     [[nodiscard]] const std::shared_ptr<const AbsentChecks>& absent() const { return m_absent; }
 
-    /// Forgets the checks of entries that a complete list lacks.
-    void forgetAbsent()
-    {
-        m_absent.reset();
-        m_isSearchDue = false;
-    }
+    /// Forgets the checks of entries that a complete list lacks, and of those below them.
+    void forgetAbsent();
 
     /// Whether absent checks have not been looked for in the list yet.
     [[nodiscard]] bool isSearchDue() const { return m_isSearchDue; }
@@ -80,6 +77,15 @@ public:
     /// Whether an entry below a listed one is checked by itself.
     [[nodiscard]] bool containsDeeper(const FileUrl& url) const { return m_deeper.contains(url); }
 
+    /// Whether something below the entry at that position is checked by itself.
+    [[nodiscard]] bool isPartlyChecked(std::uint32_t position) const { return m_partly.contains(position); }
+
+    /// The checked entries below listed ones.
+    [[nodiscard]] std::vector<Entry> deeperEntries() const;
+
+    /// They were looked at again: those that `found` lacks are gone, the others may have other sizes.
+    void renewDeeper(const std::vector<Entry>& asked, const std::vector<Entry>& found);
+
     /// Forgets the checks of entries below listed ones that are gone.
     void forgetDeeper(const std::function<bool(const Entry& entry)>& isGone);
 
@@ -117,9 +123,11 @@ private:
     /// A checked entry below a listed one.
     struct Deeper {
         Entry entry;
-        FileUrl listed; ///< what is listed of it
-        std::uint32_t position = 0;
+        FileUrl listed; ///< what is listed of it, or was until the list began to fill anew
+        std::uint32_t position = nowhere;
     };
+
+    static constexpr auto nowhere = std::numeric_limits<std::uint32_t>::max();
 
     [[nodiscard]] PositionSet moveChecks(const EntryList& earlier);
     void findDeeper();
@@ -137,6 +145,7 @@ private:
     std::shared_ptr<const AbsentChecks> m_absent;
     bool m_isSearchDue = false;
     std::map<FileUrl, Deeper> m_deeper;
+    PositionSet m_partly; // what holds some of them
     std::size_t m_count = 0;
     std::int64_t m_bytes = 0;
 };

@@ -7,6 +7,16 @@
 
 namespace tallyroom {
 
+namespace {
+
+QString inFrench(Timestamp date, const QString& format)
+{
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(date).time_since_epoch().count();
+    return QLocale{QLocale::French}.toString(QDateTime::fromSecsSinceEpoch(seconds), format);
+}
+
+} // namespace
+
 QString ageText(const std::optional<Timestamp>& date, Timestamp now)
 {
     if (!date) {
@@ -40,9 +50,12 @@ QString dateText(const std::optional<Timestamp>& date)
     if (!date) {
         return QStringLiteral("date inconnue");
     }
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(*date).time_since_epoch().count();
-    return QLocale{QLocale::French}.toString(QDateTime::fromSecsSinceEpoch(seconds),
-                                             QStringLiteral("d MMMM yyyy 'à' HH:mm:ss"));
+    return inFrench(*date, QStringLiteral("d MMMM yyyy 'à' HH:mm:ss"));
+}
+
+QString dayText(Timestamp date)
+{
+    return inFrench(date, QStringLiteral("d MMM yyyy"));
 }
 
 double modifiedAtSortKey(const Entry& entry)

@@ -15,6 +15,9 @@ namespace tallyroom {
 /// The date to the second, in the user's time: "12 mars 2024 à 14:03:22"; "date inconnue".
 [[nodiscard]] QString dateText(const std::optional<Timestamp>& date);
 
+/// The day, in the user's time: "12 mars 2024", "3 févr. 2024".
+[[nodiscard]] QString dayText(Timestamp date);
+
 /// Seconds since 1970-01-01T00:00:00Z to sort by; 0 without a date, so that it counts as the oldest.
 [[nodiscard]] double modifiedAtSortKey(const Entry& entry);
 

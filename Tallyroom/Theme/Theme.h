@@ -80,6 +80,8 @@ public:
     static constexpr int nameColumnMinimum = 200;
     static constexpr int sizeColumnMinimum = 100;
     static constexpr int sizeColumnIdeal = 190;
+    static constexpr int ownColumnMinimum = 56; ///< of a column whose width people choose
+    static constexpr int ownColumnMaximum = 320;
     static constexpr int gainColumnMinimum = 150;
     static constexpr int narrowWidth = 600; ///< of a list, below which it saves room
     static constexpr int selectionBarHeight = 52;

@@ -352,10 +352,11 @@ TEST_F(EntryTableTest, TheContextMenuOffersWhatTheRowCanDo)
         }
         return result.join(u'|').toStdString();
     };
-    EXPECT_EQ(texts(fileRow("f", 1)), "Révéler dans le gestionnaire de fichiers|Copier le chemin");
+    const std::string all = "Ouvrir|Révéler dans le gestionnaire de fichiers|Ouvrir un terminal ici|"
+                            "Copier le chemin|-|Propriétés";
+    EXPECT_EQ(texts(fileRow("f", 1)), all);
     table->setDeletionEnabled(true);
-    EXPECT_EQ(texts(fileRow("d", 1, true)),
-              "Entrer|Révéler dans le gestionnaire de fichiers|Copier le chemin|-|Mettre à la corbeille");
+    EXPECT_EQ(texts(fileRow("d", 1, true)), "Entrer|" + all + "|-|Mettre à la corbeille");
 
     const QSignalSpy deleted{table.get(), &EntryTable::deleteRequested};
     table->setEntries({fileRow("a", 2), fileRow("\xff", 1)});

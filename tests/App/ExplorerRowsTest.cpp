@@ -5,9 +5,12 @@
 #include "Text/NumberText.h"
 #include "Tools/Frame/UnreadList.h"
 
+#include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QFileDialog>
-#include <QGuiApplication>
+#include <QHeaderView>
+#include <QMenu>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -106,6 +109,80 @@ TEST_F(RunningRowsTest, WhatIsBeingMeasuredCannotBeCheckedOrDeletedButEntered)
     EXPECT_EQ(table().model()->rowCount(), 0) << "rows of the folder that was left";
 }
 
+TEST_F(RunningRowsTest, ChosenColumnsGrowSortAreReadAndStayChosen)
+{
+    const auto clickChoice = [this](const QString& title) {
+        QHeaderView& header = *table().horizontalHeader();
+        QContextMenuEvent rightClick{QContextMenuEvent::Mouse, {40, 8}, header.mapToGlobal(QPoint{40, 8})};
+        QCoreApplication::sendEvent(header.viewport(), &rightClick);
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        for (QAction* const action : menu->actions()) {
+            if (action->text() == title) {
+                action->trigger();
+            }
+        }
+        menu->close();
+    };
+    const auto shown = [](const EntryTable& one) {
+        std::vector<std::string> titles;
+        for (int column = 2; column < one.model()->columnCount() - 1; ++column) {
+            if (!one.isColumnHidden(column)) {
+                titles.push_back(one.model()->headerData(column, Qt::Horizontal).toString().toStdString());
+            }
+        }
+        return titles;
+    };
+    EXPECT_THAT(shown(table()), ElementsAre());
+    for (const char* const title : {"Part du dossier", "Fichiers", "Modifié"}) {
+        clickChoice(QString::fromUtf8(title));
+    }
+    EXPECT_THAT(shown(table()), ElementsAre("Part du dossier", "Fichiers", "Modifié")) << "at 900 by 600";
+
+    const SharedFolderContents contents = scene.listing().contents;
+    const auto mayOf = [](int year) {
+        const std::chrono::sys_days day = std::chrono::year{year} / 5 / 8;
+        const auto noon = std::chrono::sys_seconds{day} + std::chrono::hours{12};
+        return FolderSize{.files = year - 2000,
+                          .newest = static_cast<std::uint32_t>(noon.time_since_epoch().count())};
+    };
+    Entry dated = fileEntry("/r/file", 1000);
+    dated.modifiedAt = Timestamp{std::chrono::seconds{mayOf(2020).newest}};
+    contents->set("done", mayOf(2012));
+    contents->of("slow").add(mayOf(2018));
+    slow->bytes = 2000;
+    scene.receive({folderEntry("/r/done", 5000), dated});
+    awaitRows(ElementsAre("done 62,5 % du dossier 12 fichiers modifié le 8 mai 2012 5 Ko non coché",
+                          "slow 25,0 % du dossier 18 fichiers modifié le 8 mai 2018 2 Ko en cours de mesure",
+                          "file 12,5 % du dossier modifié le 8 mai 2020 1 Ko non coché",
+                          "other 0 % du dossier 0 o en cours de mesure"));
+    contents->of("other").add(mayOf(2015));
+    const auto sortBy = [&](int column) { Q_EMIT table().horizontalHeader()->sectionClicked(column); };
+    sortBy(3);
+    awaitRows(ElementsAre(HasSubstr("18 fichiers"), HasSubstr("15 fichiers"), HasSubstr("12 fichiers"),
+                          HasSubstr("file")));
+    sortBy(4);
+    sortBy(4);
+    awaitRows(ElementsAre(HasSubstr("2012"), HasSubstr("2015"), HasSubstr("2018"), HasSubstr("2020")));
+    clickChoice(QStringLiteral("Modifié"));
+    EXPECT_EQ(table().sortOrder(), EntrySortOrder{}) << "nobody could see what sorts";
+    QHeaderView& header = *table().horizontalHeader();
+    const QPoint edge{header.sectionViewportPosition(3) + 1, 10};
+    const int width = header.sectionSize(3);
+    QTest::mousePress(header.viewport(), Qt::LeftButton, {}, edge);
+    QTest::mouseMove(header.viewport(), edge - QPoint{30, 0});
+    QTest::mouseRelease(header.viewport(), Qt::LeftButton, {}, edge - QPoint{30, 0});
+    EXPECT_EQ(header.sectionSize(3), width + 30);
+    EXPECT_EQ(header.sectionViewportPosition(3) + 1, edge.x() - 30) << "the edge stays under the mouse";
+
+    DiskUsageView next{*scene.navigator};
+    next.resize(900, 600);
+    next.show();
+    const EntryTable& again = *next.findChild<EntryTable*>();
+    EXPECT_THAT(shown(again), ElementsAre("Part du dossier", "Fichiers"));
+    EXPECT_EQ(again.columnWidth(3), width + 30);
+}
+
 /// What the explorer's rows and exports say of a scan that did not read all.
 class ExplorerRows : public ExplorerScene {};
 
@@ -164,6 +241,24 @@ TEST_F(ExplorerRows, ASizeThatLeavesSomethingOutIsNotShownAsWhole)
     scene.navigator->refresh();
     scene.finishListing({fileEntry("/r/whole", 1000)});
     EXPECT_FALSE(summary->accessibleName().contains(QStringLiteral("illisible"))) << "opened since";
+}
+
+TEST_F(ExplorerRows, OnlyAScanOfAWholeVolumeKnowsHowFarItIs)
+{
+    for (const bool isVolume : {false, true}) {
+        scene.usedBytes = isVolume ? std::optional{8'000} : std::nullopt;
+        scene.navigator->open(FileUrl{"/v" + std::to_string(isVolume)});
+        static_cast<void>(scene.listing().running->add(folderEntry("/v/slow", 0)));
+        scene.listing().contents->of("slow").add({.bytes = 1'000});
+        scene.listing().contents->count(1'000);
+        scene.receive({fileEntry("/v/file", 1'000)});
+        const auto words = [this] { return visibleTexts(view).join(u'|').replace(QChar{0xa0}, u' '); };
+        ASSERT_TRUE(
+            QTest::qWaitFor([&] { return words().contains(QStringLiteral("25 %")) == isVolume; }, 20'000));
+        EXPECT_EQ(words().contains(QStringLiteral("Analyse en cours… 1/2 · 2 Ko sur 8 Ko")), isVolume);
+        scene.listing().contents->of("slow").add({.bytes = 10'000}); // files of several names
+        EXPECT_EQ(scene.navigator->scanLine().fraction.value_or(-1), isVolume ? 0.99 : -1);
+    }
 }
 
 TEST_F(ExplorerRows, AnExportIsNamedAfterItsFolderAndSaysWhenTheScanWasStopped)

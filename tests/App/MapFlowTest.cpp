@@ -65,6 +65,34 @@ TEST_F(MapFlowTest, WhatIsCheckedFurtherDownIsWhatIsDeletedAndComesBackThere)
     EXPECT_THAT(listed, UnorderedElementsAre("photos", "film.mov")) << "it lies further down";
 }
 
+TEST_F(MapFlowTest, WhatIsCheckedFurtherDownShowsInTheTableAndOutlivesARefreshWhereItExists)
+{
+    check("photos/2023/a.jpg");
+    check("photos/2023/b.jpg");
+    click("Tableau");
+    const Selection& selection = shown<EntryTable>().selection();
+    const auto said = [this](int role) {
+        const QAbstractItemModel& rows = *shown<EntryTable>().model();
+        return rows.index(0, role == Qt::CheckStateRole ? 0 : 1).data(role);
+    };
+    ASSERT_EQ(rows().front(), "photos");
+    EXPECT_EQ(said(Qt::CheckStateRole), Qt::PartiallyChecked);
+    EXPECT_TRUE(
+        said(Qt::AccessibleTextRole).toString().endsWith(QStringLiteral("contient des éléments cochés")));
+
+    tree.remove("photos/2023/b.jpg");
+    tree.add(file("photos/2023/a.jpg", 6_MiB));
+    press(Qt::Key_F5);
+    waitForScan(store().diskUsage);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return selection.count() == 1 && selection.bytes() == 6_MiB; }, 20'000))
+        << selection.count() << " of " << selection.bytes();
+    EXPECT_EQ(said(Qt::CheckStateRole), Qt::PartiallyChecked);
+    QTest::keyClick(&shown<EntryTable>(), Qt::Key_Home);
+    QTest::keyClick(&shown<EntryTable>(), Qt::Key_Space);
+    EXPECT_EQ(said(Qt::CheckStateRole), Qt::Checked) << "all of it";
+    EXPECT_EQ(selection.count(), 1U);
+}
+
 TEST_F(MapFlowTest, WhatIsSwappedFurtherDownIsNotDeleted)
 {
     check("photos/2023/b.jpg");

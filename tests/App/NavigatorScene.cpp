@@ -42,11 +42,12 @@ NavigatorScene::NavigatorScene()
         auto running = std::make_shared<RunningFolders>();
         listings.push_back(std::make_unique<HandFedListing>(
             useCache, std::make_unique<ProgressSender<ScanProgress>>(std::move(sender)), running));
-        return FileScanner::ScanStream{std::move(stream), std::move(running)};
+        return FileScanner::ScanStream{std::move(stream), std::move(running), listing().contents};
     };
     navigator = std::make_unique<FolderNavigatorViewModel>(
         *deletions, FolderServices{list, [this](const FileUrl& url) { invalidated.push_back(url); },
-                                   [this](const FileUrl& url) { revealed.push_back(url); }});
+                                   [this](const FileUrl& url) { revealed.push_back(url); }, TreeOutline::read,
+                                   [this](const FileUrl&) { return usedBytes; }});
 }
 
 void NavigatorScene::openLoaded(const std::string& folder, std::vector<Entry> entries)

@@ -15,6 +15,7 @@ struct HandFedListing {
     bool useCache = false;
     std::unique_ptr<ProgressSender<ScanProgress>> sender;
     std::shared_ptr<RunningFolders> running;
+    SharedFolderContents contents = std::make_shared<FolderContents>();
 
     void send(std::vector<Entry> entries, std::int64_t completed, std::int64_t total,
               const std::optional<SystemError>& unread = {}) const
@@ -68,6 +69,7 @@ public:
     std::vector<FileUrl> invalidated;
     std::vector<FileUrl> revealed;
     UrlSet undeletable;
+    std::optional<std::int64_t> usedBytes; ///< of a volume whose top is listed
     std::promise<void> gate;
     std::shared_future<void> mayRemove;
     std::unique_ptr<DeletionRunner> deletions;

@@ -204,7 +204,19 @@ TEST(Selection, WhatIsCheckedBelowAListedFolderCountsOnlyWhileThatIsShown)
 
     follow(selection, EntryList{{folderEntry("/r/photos", 870)}}, ""); // measured again
     EXPECT_TRUE(selection.containsDeeper(deep.url));
+    follow(selection, EntryList{}, "");
+    EXPECT_EQ(selection.count(), 0U) << "the list fills anew";
+    follow(selection, both, "");
+    EXPECT_EQ(selection.count(), 1U);
+    EXPECT_TRUE(selection.isPartlyChecked(0) && !selection.isPartlyChecked(1));
+    const Entry grown = fileEntry("/r/photos/2023/b", 50);
+    selection.renewDeeper({deep}, {grown});
+    EXPECT_EQ(selection.bytes(), 50);
+    selection.renewDeeper({grown}, {});
+    EXPECT_FALSE(selection.isPartlyChecked(0)) << "it is gone";
+    selection.toggle(deep);
     follow(selection, EntryList{{fileEntry("/r/film", 700)}}, "");
+    selection.forgetAbsent();
     EXPECT_FALSE(selection.containsDeeper(deep.url)) << "went with its folder";
     selection.clear();
 

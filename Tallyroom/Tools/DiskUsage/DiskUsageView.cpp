@@ -1,6 +1,8 @@
 #include "Tools/DiskUsage/DiskUsageView.h"
 
+#include "Bridge/AskApart.h"
 #include "Deletion/RemovedPlaces.h"
+#include "FileSystem/FileAttributes.h"
 #include "Rows/Selection.h"
 #include "Settings/Settings.h"
 #include "Text/FileUrlText.h"
@@ -26,7 +28,7 @@ namespace {
 
 const QString treemapKey = QStringLiteral("diskUsage.treemap");
 
-ListToolStyle explorerStyle()
+ListToolStyle explorerStyle(const ShownContents& contents, std::function<std::int64_t()> total)
 {
     ListToolStyle style;
     style.title = QStringLiteral("Espace disque");
@@ -41,6 +43,8 @@ ListToolStyle explorerStyle()
     style.welcome.actionTitle = QStringLiteral("Choisir un dossier…");
     style.table.firstColumnTitle = QStringLiteral("Nom");
     style.table.showsChevronForDirectories = true;
+    style.table.columns = contentColumns(contents, std::move(total));
+    style.columnsKey = QStringLiteral("diskUsage.columns");
     return style;
 }
 
@@ -58,8 +62,9 @@ QPushButton* listButton(std::string_view symbol, const QString& name, Theme::But
 } // namespace
 
 DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* parent)
-    : ListToolScreen(navigator, explorerStyle(), parent), m_navigator(navigator), m_back(new QPushButton),
-      m_breadcrumb(new Breadcrumb),
+    : ListToolScreen(navigator,
+                     explorerStyle(navigator.contents(), [this] { return table().countedBytes(); }), parent),
+      m_navigator(navigator), m_back(new QPushButton), m_breadcrumb(new Breadcrumb),
       m_tableButton(listButton("list.bullet", QStringLiteral("Tableau"), Theme::Button::first)),
       m_treemapButton(listButton("square.grid.2x2", QStringLiteral("Treemap"), Theme::Button::last)),
       m_panel(new TreemapPanel(selection())), m_treemap(&m_panel->map())
@@ -70,7 +75,10 @@ DiskUsageView::DiskUsageView(FolderNavigatorViewModel& navigator, QWidget* paren
     connectTreemap();
     addNavigationShortcuts();
     connect(&m_navigator, &FolderNavigatorViewModel::currentURLChanged, this, &DiskUsageView::changeFolder);
-    connect(&m_navigator, &FolderNavigatorViewModel::stateChanged, this, &DiskUsageView::forgetPlace);
+    connect(&m_navigator, &FolderNavigatorViewModel::stateChanged, this, [this] {
+        forgetPlace();
+        examineDeeperChecks();
+    });
     connect(&m_navigator, &FolderNavigatorViewModel::canGoBackChanged, m_back,
             [this] { m_back->setEnabled(m_navigator.canGoBack()); });
     showTreemap(Settings::flag(treemapKey, false));
@@ -249,6 +257,29 @@ void DiskUsageView::forgetPlace()
     if (!m_navigator.isScanning() && table().isUpToDate()) {
         m_return.reset();
     }
+}
+
+/// After a scan: what was checked further down may be gone since, or have grown.
+void DiskUsageView::examineDeeperChecks()
+{
+    const std::vector<Entry> asked = selection().deeperEntries();
+    if (m_navigator.isScanning() || asked.empty()) {
+        return;
+    }
+    using Entries = std::vector<Entry>;
+    const auto look = [asked] {
+        Entries found;
+        for (Entry entry : asked) {
+            const auto attributes = fileAttributes(entry.url);
+            if (attributes && (attributes->type == EntryType::folder) == entry.isDirectory) {
+                FileScanner::measure(entry.url).applyTo(entry);
+                found.push_back(entry);
+            }
+        }
+        return found;
+    };
+    askApart<Entries>(this, look,
+                      [this, asked](const Entries& found) { selection().renewDeeper(asked, found); });
 }
 
 void DiskUsageView::showTreemap(bool isShown)

@@ -46,6 +46,7 @@ private:
     void showOutline();
     void returnToPlace();
     void forgetPlace();
+    void examineDeeperChecks();
 
     FolderNavigatorViewModel& m_navigator;
     QPushButton* m_back;

@@ -1,5 +1,8 @@
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
 
+#include "Bridge/AskApart.h"
+#include "Text/SizeText.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -117,7 +120,42 @@ void FolderNavigatorViewModel::refreshCurrent()
 
 FileScanner::ScanStream FolderNavigatorViewModel::startStream()
 {
-    return m_services.list(*m_currentURL, m_caching == Caching::use);
+    FileScanner::ScanStream stream = m_services.list(*m_currentURL, m_caching == Caching::use);
+    m_contents->set(stream.contents);
+    m_usedBytes.reset();
+    using Used = std::optional<std::int64_t>;
+    m_askingVolume = std::make_unique<StreamPump<Used>>(
+        askApart<Used>([ask = m_services.usedBytes, folder = *m_currentURL] { return ask(folder); }),
+        [this](const Used& used) {
+            m_usedBytes = used;
+            if (used) {
+                Q_EMIT progressChanged();
+            }
+        },
+        [] {});
+    return stream;
+}
+
+ScanLine FolderNavigatorViewModel::scanLine() const
+{
+    ScanLine line = ListToolViewModel::scanLine();
+    const SharedFolderContents found = m_contents->get();
+    if (!m_usedBytes || found == nullptr || !isScanning()) {
+        return line;
+    }
+    // Files of several names count with each: the end comes with the last folder only.
+    constexpr double most = 0.99;
+    const std::int64_t counted = found->countedBytes();
+    line.fraction = std::min(static_cast<double>(counted) / static_cast<double>(*m_usedBytes), most);
+    line.text += QStringLiteral(" · %1 sur %2").arg(sizeText(counted), sizeText(*m_usedBytes));
+    return line;
+}
+
+void FolderNavigatorViewModel::noteMeasured(const Entry& folder, const FolderSize& size)
+{
+    if (const SharedFolderContents shown = m_contents->get()) {
+        shown->set(folder.name, size);
+    }
 }
 
 void FolderNavigatorViewModel::rootChosen(PropertyUpdate& update)

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Tools/DiskUsage/ContentColumns.h"
 #include "Tools/DiskUsage/FolderOutline.h"
 #include "Tools/Frame/ListToolViewModel.h"
+#include "Volumes/VolumesBelow.h"
 
 #include <functional>
 #include <string>
@@ -21,9 +23,10 @@ struct BreadcrumbItem {
 struct FolderServices {
     std::function<FileScanner::ScanStream(const FileUrl& folder, bool useCache)> list =
         FileScanner::directEntriesStream;
-    std::function<void(const FileUrl& folder)> invalidate = FileScanner::invalidateCache;
+    std::function<void(const FileUrl& folder)> invalidate = FileScanner::invalidateAround;
     std::function<void(const FileUrl& file)> reveal = Desktop::reveal;
     FolderOutline::Read outline = TreeOutline::read;
+    std::function<std::optional<std::int64_t>(const FileUrl& folder)> usedBytes = usedBytesBelow;
 };
 
 /// Walks down a folder level by level: the children of the current one with their sizes, the way back, the
@@ -56,10 +59,16 @@ public:
     /// What lies deeper in the current folder.
     [[nodiscard]] FolderOutline& outline() { return m_outline; }
 
+    /// What the listed folders hold besides bytes.
+    [[nodiscard]] ShownContents contents() const { return m_contents; }
+
     /// Enters a folder; shows a file in the file browser.
     void activate(const Entry& entry);
 
     void goBack();
+
+    /// While the top of a volume is listed: what is counted of what the volume says is used.
+    [[nodiscard]] ScanLine scanLine() const override;
 
     /// To the parent, not above the root.
     void goUp();
@@ -90,6 +99,7 @@ protected:
     void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
     void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;
     void measureAgain(const UrlSet& folders) override;
+    void noteMeasured(const Entry& folder, const FolderSize& size) override;
 
     [[nodiscard]] bool lists(const Entry& entry) const override
     {
@@ -106,7 +116,11 @@ private:
     std::optional<FileUrl> m_currentURL;
     std::vector<FileUrl> m_history; // oldest first
     FolderOutline m_outline;
+    const std::shared_ptr<Locked<SharedFolderContents>> m_contents =
+        std::make_shared<Locked<SharedFolderContents>>();
     Caching m_caching = Caching::use;
+    std::optional<std::int64_t> m_usedBytes; // of the volume that is listed, once it is known
+    std::unique_ptr<StreamPump<std::optional<std::int64_t>>> m_askingVolume;
 };
 
 } // namespace tallyroom

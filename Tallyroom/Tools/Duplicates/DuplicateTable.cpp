@@ -62,9 +62,6 @@ void DuplicateTable::addActions(QMenu& menu, const Entry& entry)
     connect(
         menu.addAction(SymbolIcon::icon("checklist"), QStringLiteral("Garder celui-ci, cocher les autres")),
         &QAction::triggered, this, [this, entry] { m_model.checkOthers(entry); });
-    menu.addSeparator();
-    connect(menu.addAction(SymbolIcon::icon("doc"), QStringLiteral("Ouvrir")), &QAction::triggered, this,
-            [this, entry] { Q_EMIT openRequested(entry); });
     const bool isProtected = m_model.policy().isProtected(entry.url);
     const QString folder = FileUrlText::display(entry.url.parent().lastPathComponent());
     connect(menu.addAction(SymbolIcon::icon("lock"),
@@ -73,6 +70,7 @@ void DuplicateTable::addActions(QMenu& menu, const Entry& entry)
                                .arg(folder)),
             &QAction::triggered, this,
             [this, entry, isProtected] { Q_EMIT protectionRequested(entry.url, !isProtected); });
+    menu.addSeparator();
 }
 
 void DuplicateTable::addSectionActions(QMenu& menu, int row)

@@ -21,7 +21,6 @@ public:
     void setPolicy(const KeepPolicy& policy);
 
 Q_SIGNALS:
-    void openRequested(const tallyroom::Entry& entry);
     /// Whether anything in the folder of the copy may be proposed from now on.
     void protectionRequested(const tallyroom::FileUrl& copy, bool isProtected);
 

@@ -89,8 +89,6 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table,
     header().addAction(m_checkRedundant);
     connect(m_checkRedundant, &QPushButton::clicked, this,
             [this] { selection().setUrls(m_duplicates.redundantURLs()); });
-    connect(table, &DuplicateTable::openRequested, this,
-            [](const Entry& entry) { Desktop::open(entry.url); });
     connect(table, &DuplicateTable::protectionRequested, this,
             [&tool](const FileUrl& copy, bool isProtected) {
                 isProtected ? tool.protect(copy.parent()) : tool.unprotect(copy);

@@ -1,13 +1,11 @@
 #include "Tools/Frame/ListToolScreen.h"
 
-#include "Model/CheckedArithmetic.h"
 #include "Rows/EntryTable.h"
+#include "Settings/Settings.h"
 #include "Text/CSVExport.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Tools/Frame/ToolHeader.h"
-
-#include <numeric>
 
 namespace tallyroom {
 
@@ -21,6 +19,26 @@ std::string exportedRows(const EntryArrangement& rows)
         text.append("\n").append(CSVExport::line(rows.entry(row)));
     }
     return text;
+}
+
+/// As "+files:92" for one that is shown, "-files:92" for one that is not.
+std::vector<EntryColumnChoice> storedColumns(const QString& key)
+{
+    std::vector<EntryColumnChoice> choices;
+    for (const QString& text : Settings::textList(key).value_or(QStringList{})) {
+        const QString name = text.section(u':', 0, 0);
+        choices.push_back({name.mid(1), name.startsWith(u'+'), text.section(u':', 1).toInt()});
+    }
+    return choices;
+}
+
+void storeColumns(const QString& key, const std::vector<EntryColumnChoice>& choices)
+{
+    QStringList texts;
+    for (const EntryColumnChoice& choice : choices) {
+        texts += (choice.isShown ? u'+' : u'-') + choice.optionName + u':' + QString::number(choice.width);
+    }
+    Settings::write(key, texts);
 }
 
 } // namespace
@@ -41,6 +59,11 @@ ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& sty
         showProgress();
         showSummary();
     });
+    if (!style.columnsKey.isEmpty()) {
+        m_table->chooseColumns(storedColumns(style.columnsKey));
+        connect(m_table, &EntryTable::columnsChosen, this,
+                [this, key = style.columnsKey] { storeColumns(key, m_table->columnChoices()); });
+    }
     if (!style.categories.empty()) {
         addChips(style.categories);
     }
@@ -59,12 +82,8 @@ QString ListToolScreen::summary() const
 {
     const EntryArrangement& rows = m_table->arrangement();
     const std::vector<Entry>& running = m_list.running();
-    const auto add = [](std::int64_t sum, const Entry& folder) {
-        return saturatedSum(sum, folder.sizeBytes);
-    };
-    const std::int64_t counted = std::accumulate(running.begin(), running.end(), rows.totalBytes(), add);
     QString text = NumberText::plural(rows.entries().size(), QStringLiteral("élément")) +
-                   QStringLiteral(" · ") + sizeText(counted);
+                   QStringLiteral(" · ") + sizeText(m_table->countedBytes());
     if (!running.empty()) {
         text += QStringLiteral(" comptés · %1 en cours de mesure")
                     .arg(NumberText::plural(running.size(), QStringLiteral("dossier")));

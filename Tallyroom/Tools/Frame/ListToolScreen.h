@@ -12,6 +12,8 @@ class EntryTable;
 /// What a list tool's screen says of itself and of its rows.
 struct ListToolStyle : ToolScreenStyle {
     EntryTableStyle table;
+    /// Where the settings keep the choice of the table's optional columns.
+    QString columnsKey{};
     /// The categories that the list can be narrowed down to, for tools that know some.
     std::vector<CategoryChips::Chip> categories{};
     /// What the summary ends with; may be none.

@@ -271,7 +271,9 @@ void ListToolViewModel::showSizes(const Sizes& sizes)
         [&sizes](const Entry& entry) { return entry.isDirectory && sizes.contains(entry.url); });
     std::vector<Entry> measured = folders.toVector();
     for (Entry& folder : measured) {
-        sizes.at(folder.url).applyTo(folder);
+        const FolderSize& size = sizes.at(folder.url);
+        size.applyTo(folder);
+        noteMeasured(folder, size);
     }
     PropertyUpdate update{this};
     update.assign(m_entries, others.merged(EntryList{std::move(measured)}),

@@ -115,6 +115,9 @@ protected:
     void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;
     void measureAgain(const UrlSet& folders) override;
 
+    /// A folder of the list was measured again.
+    virtual void noteMeasured(const Entry& /*folder*/, const FolderSize& /*size*/) {}
+
 private:
     void receive(const ScanProgress& record);
     void showRunning(PropertyUpdate& update);

@@ -1,10 +1,12 @@
 #include "Tools/Frame/ToolScreen.h"
 
+#include "Bridge/Terminal.h"
 #include "Controls/ScanProgressBar.h"
 #include "Controls/SearchField.h"
 #include "Controls/SelectionBar.h"
 #include "Controls/Shortcut.h"
 #include "Deletion/StatusBanner.h"
+#include "Properties/PropertiesDialog.h"
 #include "Rows/EntryRows.h"
 #include "Rows/Selection.h"
 #include "Text/FileUrlText.h"
@@ -17,10 +19,13 @@
 #include "Tools/Frame/ToolTitle.h"
 #include "Tools/Frame/UnreadList.h"
 
+#include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QEvent>
 #include <QScopedValueRollback>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <chrono>
 
 namespace tallyroom {
@@ -165,6 +170,10 @@ void ToolScreen::connectWidgets()
             [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });
     connect(m_rows, &EntryRows::revealRequested, this,
             [](const Entry& entry) { Desktop::reveal(entry.url); });
+    connect(m_rows, &EntryRows::openRequested, this, [](const Entry& entry) { Desktop::open(entry.url); });
+    connect(m_rows, &EntryRows::terminalRequested, this,
+            [](const Entry& entry) { Terminal::openIn(entry.isDirectory ? entry.url : entry.url.parent()); });
+    connect(m_rows, &EntryRows::propertiesRequested, this, &ToolScreen::showProperties);
     connect(m_rows, &EntryRows::copyPathRequested, this,
             [](const Entry& entry) { Desktop::copyPaths({entry}); });
     connect(m_banner, &StatusBanner::contentChanged, this, &ToolScreen::showFooter);
@@ -194,6 +203,23 @@ void ToolScreen::addShortcuts()
         const auto entry = currentEntry();
         Desktop::copyPaths(entry ? std::vector{*entry} : selection().checkedEntries());
     });
+    // The toolkit knows the menu key only.
+    addShortcut(Qt::SHIFT | Qt::Key_F10, [this] {
+        if (QWidget* const focused = focusWidget()) {
+            const QPoint middle = focused->rect().center();
+            QContextMenuEvent byKey{QContextMenuEvent::Keyboard, middle, focused->mapToGlobal(middle)};
+            QCoreApplication::sendEvent(focused, &byKey);
+        }
+    });
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        addShortcut(Qt::ALT | key, [this] {
+            if (const auto entry = currentEntry()) {
+                showProperties(*entry);
+            } else if (const auto checked = selection().checkedEntries(); !checked.empty()) {
+                showProperties(checked.front());
+            }
+        });
+    }
     addShortcut(Qt::CTRL | Qt::Key_E, [this] { exportEntries(); });
     addShortcut(Qt::CTRL | Qt::Key_Z, [this] { m_tool.undoDeletion(); });
     addShortcut(Qt::Key_Delete, [this] { askDeletionOfChecked(DeleteConfirmation::Default::trash); });
@@ -332,6 +358,15 @@ void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmati
         connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteEntries);
         dialog->open();
     }
+}
+
+void ToolScreen::showProperties(const Entry& entry)
+{
+    std::vector<Entry> entries = selection().checkedEntries();
+    if (std::ranges::find(entries, entry.url, &Entry::url) == entries.end()) {
+        entries = {entry};
+    }
+    PropertiesDialog::open(std::move(entries), this);
 }
 
 void ToolScreen::askFinalDeletion()
