@@ -67,7 +67,9 @@ NodeProject projectOf(const FileUrl& nodeModules)
 
 bool isSafeCache(const Entry& cache)
 {
-    return cache.name != nodeModulesName && cache.name != ".venv" && !isReserved(cache);
+    static constexpr std::array<std::string_view, 5> keptNames{nodeModulesName, ".venv", "dist", "build",
+                                                               "vendor"};
+    return std::ranges::find(keptNames, cache.name) == keptNames.end() && !isReserved(cache);
 }
 
 bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project, AgeThreshold threshold,

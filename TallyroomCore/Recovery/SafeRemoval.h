@@ -24,9 +24,10 @@ struct NodeProject {
 /// Looks at the project around the folder at `nodeModules`. Blocks for some milliseconds.
 [[nodiscard]] NodeProject projectOf(const FileUrl& nodeModules);
 
-/// Whether a build cache may go: proven, of no installed program, not in use, and read as a whole. Those that
-/// hold what was installed are left out: node_modules are judged by their age, and nothing beside a virtual
-/// environment says for sure what is in it.
+/// Whether a build cache may go: proven, of no installed program, not in use, and read as a whole. Left
+/// out are those that hold what was installed: node_modules are judged by their age, and nothing beside a
+/// virtual environment says for sure what is in it. And so are names that people keep under version control
+/// as well: dist, build, vendor.
 [[nodiscard]] bool isSafeCache(const Entry& cache);
 
 /// Whether a node_modules folder may go: the same, and neither it nor its project has changed for the time

@@ -103,14 +103,12 @@ TEST_F(RecoveryFlowTest, OnlyWhatIsMadeAgainAndFurtherCopiesGoAndNothingElse)
     search();
     EXPECT_EQ(files(), before);
     free("Caches de build");
-    EXPECT_THAT(lostSince(before), ElementsAre("crate/target/app", "old/dist/page.png"));
+    EXPECT_THAT(lostSince(before), ElementsAre("crate/target/app")) << "dist may be a person's own";
     free("node_modules");
-    EXPECT_THAT(lostSince(before),
-                ElementsAre("crate/target/app", "old/dist/page.png", "old/node_modules/x"));
+    EXPECT_THAT(lostSince(before), ElementsAre("crate/target/app", "old/node_modules/x"));
     free("Doublons");
-    EXPECT_THAT(lostSince(before),
-                ElementsAre("crate/target/app", "old/dist/page.png", "old/node_modules/x", "photos/b.png"));
-    EXPECT_THAT(trash.names("Trash/files"), UnorderedElementsAre("target", "dist", "node_modules", "b.png"));
+    EXPECT_THAT(lostSince(before), ElementsAre("crate/target/app", "old/node_modules/x", "photos/b.png"));
+    EXPECT_THAT(trash.names("Trash/files"), UnorderedElementsAre("target", "node_modules", "b.png"));
     click("Annuler la suppression");
     waitForRemoval();
     EXPECT_TRUE(tree.exists("photos/b.png")) << "the last one is taken back from here too";

@@ -122,8 +122,8 @@ Recovery BuildCachesViewModel::recovery() const
     const EntryList own =
         entries().parted([](const Entry& entry) { return entry.name == "node_modules"; }).second;
     Recovery recovery = Recovery::parted(own, SafeRemoval::isSafeCache);
-    recovery.words = NumberText::plural(recovery.safe.size(), QStringLiteral("cache prouvé"),
-                                        QStringLiteral("caches prouvés")) +
+    recovery.words = NumberText::plural(recovery.safe.size(), QStringLiteral("cache sans risque"),
+                                        QStringLiteral("caches sans risque")) +
                      QStringLiteral(" sur ") + NumberText::grouped(own.size());
     return recovery;
 }
