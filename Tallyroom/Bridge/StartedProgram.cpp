@@ -8,7 +8,8 @@
 namespace tallyroom {
 
 void StartedProgram::start(const QString& program, const QStringList& arguments,
-                           std::function<void(int exitCode)> ended, const std::optional<FileUrl>& folder)
+                           const std::function<void(int exitCode)>& ended,
+                           const std::optional<FileUrl>& folder)
 {
     auto* const process = new QProcess; // thrown away when the program ends, and not before
     QObject::connect(process, &QProcess::errorOccurred, process, [=](QProcess::ProcessError error) {

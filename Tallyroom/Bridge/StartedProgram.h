@@ -18,8 +18,8 @@ constexpr int notStarted = -1;
 
 /// Starts `program`, a path, in `folder` where one is given, whatever its name's bytes. It may run as long as
 /// it likes and outlive this one; should it end before, `ended` gets its exit code.
-void start(const QString& program, const QStringList& arguments, std::function<void(int exitCode)> ended,
-           const std::optional<FileUrl>& folder = {});
+void start(const QString& program, const QStringList& arguments,
+           const std::function<void(int exitCode)>& ended, const std::optional<FileUrl>& folder = {});
 
 } // namespace StartedProgram
 

@@ -50,7 +50,8 @@ void EntryRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
         const bool isNumeric = m_model.ownColumn(index.column())->isNumeric;
         const QString text =
             painter->fontMetrics().elidedText(index.data().toString(), Qt::ElideRight, place.width());
-        painter->drawText(place, (isNumeric ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter, text);
+        const Qt::Alignment alignment = (isNumeric ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+        painter->drawText(place, static_cast<int>(alignment), text);
     }
     painter->restore();
 }

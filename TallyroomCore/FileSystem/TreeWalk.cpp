@@ -124,16 +124,15 @@ private:
     bool waitsItsTurn(unsigned worker, Item& item)
     {
         Folder& folder = *item.folder;
-        if (!folder.isRoot() || folder.m_position.mount() != nullptr) {
-            return false;
+        if (folder.isRoot() && folder.m_position.mount() == nullptr) {
+            place(folder, folder.m_name);
+            if (Agenda::isOrdered(folder)) {
+                std::vector<Item> again{std::move(item)};
+                m_agenda.put(worker, again);
+                return true;
+            }
         }
-        place(folder, folder.m_name);
-        if (!Agenda::isOrdered(folder)) {
-            return false;
-        }
-        std::vector<Item> again{std::move(item)};
-        m_agenda.put(worker, again);
-        return true;
+        return false;
     }
 
     void place(Folder& root, std::string_view path)

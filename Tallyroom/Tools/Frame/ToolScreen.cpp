@@ -1,31 +1,27 @@
 #include "Tools/Frame/ToolScreen.h"
 
-#include "Bridge/Terminal.h"
 #include "Controls/ScanProgressBar.h"
 #include "Controls/SearchField.h"
 #include "Controls/SelectionBar.h"
 #include "Controls/Shortcut.h"
 #include "Deletion/StatusBanner.h"
-#include "Properties/PropertiesDialog.h"
 #include "Rows/EntryRows.h"
 #include "Rows/Selection.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
 #include "Text/UnreadText.h"
 #include "Theme/Theme.h"
+#include "Tools/Frame/EntryActions.h"
 #include "Tools/Frame/ExportFlow.h"
 #include "Tools/Frame/ToolHeader.h"
 #include "Tools/Frame/ToolPages.h"
 #include "Tools/Frame/ToolTitle.h"
 #include "Tools/Frame/UnreadList.h"
 
-#include <QContextMenuEvent>
-#include <QCoreApplication>
 #include <QEvent>
 #include <QScopedValueRollback>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <chrono>
 
 namespace tallyroom {
@@ -47,6 +43,7 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
     connectTool();
     connectWidgets();
     addShortcuts();
+    EntryActions::install(*this, *m_rows, [this] { return currentEntry(); });
 }
 
 bool ToolScreen::event(QEvent* event)
@@ -168,14 +165,6 @@ void ToolScreen::connectWidgets()
     connect(m_rows, &EntryRows::activated, this, [this](const Entry& entry) { activate(entry); });
     connect(m_rows, &EntryRows::deleteRequested, this,
             [this](const Entry& entry) { askDeletion({entry}, DeleteConfirmation::Default::trash); });
-    connect(m_rows, &EntryRows::revealRequested, this,
-            [](const Entry& entry) { Desktop::reveal(entry.url); });
-    connect(m_rows, &EntryRows::openRequested, this, [](const Entry& entry) { Desktop::open(entry.url); });
-    connect(m_rows, &EntryRows::terminalRequested, this,
-            [](const Entry& entry) { Terminal::openIn(entry.isDirectory ? entry.url : entry.url.parent()); });
-    connect(m_rows, &EntryRows::propertiesRequested, this, &ToolScreen::showProperties);
-    connect(m_rows, &EntryRows::copyPathRequested, this,
-            [](const Entry& entry) { Desktop::copyPaths({entry}); });
     connect(m_banner, &StatusBanner::contentChanged, this, &ToolScreen::showFooter);
     connect(m_banner, &StatusBanner::stopRequested, &m_tool, &ScanToolViewModel::stopRemoval);
     connect(m_banner, &StatusBanner::undoRequested, &m_tool, &ScanToolViewModel::undoDeletion);
@@ -199,27 +188,6 @@ void ToolScreen::addShortcuts()
     addShortcut(Qt::CTRL | Qt::Key_F, [this] { m_header->searchField().setFocus(Qt::ShortcutFocusReason); });
     addShortcut(Qt::Key_Escape, [this] { stopOrClearFilter(); });
     addShortcut(Qt::CTRL | Qt::Key_A, [this] { selection().setAll(); });
-    addShortcut(Qt::CTRL | Qt::Key_C, [this] {
-        const auto entry = currentEntry();
-        Desktop::copyPaths(entry ? std::vector{*entry} : selection().checkedEntries());
-    });
-    // The toolkit knows the menu key only.
-    addShortcut(Qt::SHIFT | Qt::Key_F10, [this] {
-        if (QWidget* const focused = focusWidget()) {
-            const QPoint middle = focused->rect().center();
-            QContextMenuEvent byKey{QContextMenuEvent::Keyboard, middle, focused->mapToGlobal(middle)};
-            QCoreApplication::sendEvent(focused, &byKey);
-        }
-    });
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
-        addShortcut(Qt::ALT | key, [this] {
-            if (const auto entry = currentEntry()) {
-                showProperties(*entry);
-            } else if (const auto checked = selection().checkedEntries(); !checked.empty()) {
-                showProperties(checked.front());
-            }
-        });
-    }
     addShortcut(Qt::CTRL | Qt::Key_E, [this] { exportEntries(); });
     addShortcut(Qt::CTRL | Qt::Key_Z, [this] { m_tool.undoDeletion(); });
     addShortcut(Qt::Key_Delete, [this] { askDeletionOfChecked(DeleteConfirmation::Default::trash); });
@@ -358,15 +326,6 @@ void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmati
         connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteEntries);
         dialog->open();
     }
-}
-
-void ToolScreen::showProperties(const Entry& entry)
-{
-    std::vector<Entry> entries = selection().checkedEntries();
-    if (std::ranges::find(entries, entry.url, &Entry::url) == entries.end()) {
-        entries = {entry};
-    }
-    PropertiesDialog::open(std::move(entries), this);
 }
 
 void ToolScreen::askFinalDeletion()

@@ -126,8 +126,6 @@ private:
     void dropVanishedChecks();
     [[nodiscard]] bool hasList() const;
 
-    /// Tells about an entry, or about all that are checked where it is one of several.
-    void showProperties(const Entry& entry);
     void askFinalDeletion();
     void askDeletionOfChecked(DeleteConfirmation::Default choice);
     void stopOrClearFilter();
