@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QPushButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace tallyroom {
@@ -18,9 +19,22 @@ namespace {
 
 constexpr int leastBar = 10 * Theme::gap;
 constexpr int mostBar = 40 * Theme::gap;
-constexpr int leastFigure = 10 * Theme::gap;
-constexpr int leastAction = 22 * Theme::gap;       // the buttons of all lines stand below each other
 constexpr int leastWidthWithBar = 90 * Theme::gap; // less has no room for a bar
+
+/// As wide as sums and buttons get: those of all lines stand below each other.
+const QString widestSum = QStringLiteral("888,8\u00a0Mo");
+
+int widestAction(QPushButton& button)
+{
+    button.ensurePolished();
+    int width = 0;
+    for (const QString& text :
+         {QStringLiteral("Libérer %1…").arg(widestSum), QStringLiteral("Vider la corbeille…")}) {
+        button.setText(text);
+        width = std::max(width, button.sizeHint().width());
+    }
+    return width;
+}
 
 } // namespace
 
@@ -69,9 +83,11 @@ void RecoveryLine::makeLayout(bool canBeViewed)
     m_words->setWordWrap(true);
     Theme::style(m_figure, Theme::Text::strong);
     m_figure->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_figure->setMinimumWidth(leastFigure);
+    m_figure->setText(widestSum);
+    m_figure->ensurePolished();
+    m_figure->setMinimumWidth(m_figure->sizeHint().width());
     Theme::style(m_action, Theme::Button::primary);
-    m_action->setMinimumWidth(leastAction);
+    m_action->setMinimumWidth(widestAction(*m_action));
     QSizePolicy keepsRoom = m_action->sizePolicy();
     keepsRoom.setRetainSizeWhenHidden(true);
     m_action->setSizePolicy(keepsRoom);
