@@ -27,6 +27,15 @@ namespace tallyroom {
 
 namespace {
 
+QString typeText(const Entry& entry)
+{
+    if (entry.isDirectory) {
+        return QStringLiteral("Dossier");
+    }
+    const bool isOrdinary = entry.form == EntryForm::ordinary;
+    return (isOrdinary ? QStringLiteral("Fichier · ") : QString{}) + kindName(entry);
+}
+
 /// The folder that all of `entries` lie in directly; none when they lie in several.
 std::optional<FileUrl> commonFolder(const std::vector<Entry>& entries)
 {
@@ -94,6 +103,7 @@ QLineEdit* PropertiesDialog::addLine(const QString& name, const QString& text)
     line->setAccessibleName(name);
     line->setCursorPosition(0);
     label->setBuddy(line);
+    label->setMinimumHeight(line->sizeHint().height());
     m_lines->addRow(label, line);
     return line;
 }
@@ -108,7 +118,7 @@ void PropertiesDialog::addIdentity()
     addLine(QStringLiteral("Emplacement"),
             folder ? FileUrlText::displayFromHome(*folder) : QStringLiteral("plusieurs dossiers"));
     if (isOne) {
-        addLine(QStringLiteral("Type"), kindName(first));
+        addLine(QStringLiteral("Type"), typeText(first));
     }
 }
 

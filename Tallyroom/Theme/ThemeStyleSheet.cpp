@@ -68,6 +68,7 @@ QLineEdit {
     background: @control; color: @text; border: 1px solid @line; border-radius: @controlRadius;
     min-height: @controlInner; padding: 0 6px; selection-background-color: @accentFill; selection-color: @onAccent;
 }
+QLineEdit[readOnly="true"] { background: transparent; border: 1px solid transparent; }
 QLineEdit:focus { border: 1px solid @accent; }
 QLineEdit QToolButton { border: none; background: transparent; min-width: 0; min-height: 0; }
 QComboBox {

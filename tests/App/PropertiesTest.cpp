@@ -58,6 +58,7 @@ TEST_F(PropertiesTest, TellAboutTheRowOrTheSumOfWhatIsChecked)
     press(Qt::Key_Return, Qt::AltModifier);
     auto said = lines(12);
     EXPECT_EQ(said["Nom"], "<b>d") << "plain text";
+    EXPECT_EQ(said["Type"], "Dossier");
     EXPECT_EQ(said["Taille sur le disque"], "16,4 Ko (16 384 octets)");
     EXPECT_EQ(said["Contenu"], "2 fichiers, 1 dossier, dont 2 fichiers avec d’autres noms (liens physiques)");
     const auto words = [this] {
