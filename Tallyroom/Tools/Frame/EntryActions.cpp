@@ -58,7 +58,7 @@ void addKeys(QWidget& screen, const EntryRows& rows, const std::function<std::op
 
 } // namespace
 
-void install(QWidget& screen, EntryRows& rows, std::function<std::optional<Entry>()> current)
+void install(QWidget& screen, EntryRows& rows, const std::function<std::optional<Entry>()>& current)
 {
     QObject::connect(&rows, &EntryRows::revealRequested, &screen,
                      [](const Entry& entry) { Desktop::reveal(entry.url); });
@@ -71,7 +71,7 @@ void install(QWidget& screen, EntryRows& rows, std::function<std::optional<Entry
                      [&screen, &rows](const Entry& entry) { showProperties(screen, rows, entry); });
     QObject::connect(&rows, &EntryRows::copyPathRequested, &screen,
                      [](const Entry& entry) { Desktop::copyPaths({entry}); });
-    addKeys(screen, rows, std::move(current));
+    addKeys(screen, rows, current);
 }
 
 } // namespace tallyroom::EntryActions

@@ -17,7 +17,7 @@ namespace EntryActions {
 /// Lets the menu of `rows` open and reveal entries, open a terminal beside them, copy their paths and show
 /// their properties, and adds the keys for it to `screen`, which holds the rows. `current` tells the entry
 /// that the keyboard is on.
-void install(QWidget& screen, EntryRows& rows, std::function<std::optional<Entry>()> current);
+void install(QWidget& screen, EntryRows& rows, const std::function<std::optional<Entry>()>& current);
 
 } // namespace EntryActions
 
