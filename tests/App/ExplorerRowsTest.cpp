@@ -246,7 +246,7 @@ TEST_F(ExplorerRows, ASizeThatLeavesSomethingOutIsNotShownAsWhole)
 TEST_F(ExplorerRows, OnlyAScanOfAWholeVolumeKnowsHowFarItIs)
 {
     for (const bool isVolume : {false, true}) {
-        scene.usedBytes = isVolume ? std::optional{8'000} : std::nullopt;
+        scene.usedBytes->set(isVolume ? std::optional<std::int64_t>{8'000} : std::nullopt);
         scene.navigator->open(FileUrl{"/v" + std::to_string(isVolume)});
         static_cast<void>(scene.listing().running->add(folderEntry("/v/slow", 0)));
         scene.listing().contents->of("slow").add({.bytes = 1'000});

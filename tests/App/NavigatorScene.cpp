@@ -47,7 +47,7 @@ NavigatorScene::NavigatorScene()
     navigator = std::make_unique<FolderNavigatorViewModel>(
         *deletions, FolderServices{list, [this](const FileUrl& url) { invalidated.push_back(url); },
                                    [this](const FileUrl& url) { revealed.push_back(url); }, TreeOutline::read,
-                                   [this](const FileUrl&) { return usedBytes; }});
+                                   [used = usedBytes](const FileUrl&) { return used->get(); }});
 }
 
 void NavigatorScene::openLoaded(const std::string& folder, std::vector<Entry> entries)

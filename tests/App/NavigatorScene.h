@@ -1,6 +1,7 @@
 #pragma once
 
 #include "App/EventWait.h"
+#include "Concurrency/Locked.h"
 #include "Tools/DiskUsage/FolderNavigatorViewModel.h"
 
 #include <future>
@@ -69,7 +70,9 @@ public:
     std::vector<FileUrl> invalidated;
     std::vector<FileUrl> revealed;
     UrlSet undeletable;
-    std::optional<std::int64_t> usedBytes; ///< of a volume whose top is listed
+    /// Of a volume whose top is listed. Asked for on a thread that may outlive the scene.
+    std::shared_ptr<Locked<std::optional<std::int64_t>>> usedBytes =
+        std::make_shared<Locked<std::optional<std::int64_t>>>();
     std::promise<void> gate;
     std::shared_future<void> mayRemove;
     std::unique_ptr<DeletionRunner> deletions;
