@@ -8,6 +8,7 @@
 #include <linux/fiemap.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <utility>
 
 namespace tallyroom {
 
@@ -21,6 +22,32 @@ Structure zeroed()
     std::memset(&structure, 0, sizeof structure);
     return structure;
 }
+
+using DisksOfDevices = std::map<std::uint64_t, std::vector<std::string>>;
+
+DisksOfDevices rotating(const std::set<std::uint64_t>& devices, const DiskSense& sense)
+{
+    DisksOfDevices rotating;
+    std::set<std::uint64_t> asked;
+    for (const Mount& mount : MountTable::read()) {
+        if (devices.contains(mount.device) && asked.insert(mount.device).second) {
+            if (auto disks = sense.rotatingDisks(mount); !disks.empty()) {
+                rotating[mount.device] = std::move(disks);
+            }
+        }
+    }
+    return rotating;
+}
+
+std::vector<std::string> mostDisks(const DisksOfDevices& rotating)
+{
+    const auto most = std::ranges::max_element(
+        rotating, {}, [](const auto& deviceAndDisks) { return deviceAndDisks.second.size(); });
+    return most != rotating.end() ? most->second : std::vector<std::string>{};
+}
+
+/// Files that lie side by side are read without a move of the head.
+constexpr int patience = 8;
 
 } // namespace
 
@@ -46,21 +73,9 @@ std::optional<std::uint64_t> placeOnDisk(int descriptor, std::int64_t offset)
 }
 
 CandidateDisks::CandidateDisks(const std::set<std::uint64_t>& devices, const DiskSense& sense)
-    : m_sense(sense)
-{
-    std::set<std::uint64_t> asked;
-    for (const Mount& mount : MountTable::read()) {
-        if (!devices.contains(mount.device) || !asked.insert(mount.device).second) {
-            continue;
-        }
-        if (const auto disks = sense.rotatingDisks(mount); !disks.empty()) {
-            m_rotating.insert(mount.device);
-            if (disks.size() > m_disks.size()) {
-                m_disks = disks;
-            }
-        }
-    }
-}
+    : m_sense(sense), m_rotating(rotating(devices, sense)), m_disks(mostDisks(m_rotating)),
+      m_pace(!sense.lookSolid(m_disks), patience)
+{}
 
 void CandidateDisks::watch(std::uint64_t device, const std::function<void()>& read)
 {

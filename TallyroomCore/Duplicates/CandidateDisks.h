@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -36,9 +37,9 @@ public:
 
 private:
     const DiskSense& m_sense;
-    std::set<std::uint64_t> m_rotating;
-    std::vector<std::string> m_disks; ///< of the device that lies on most
-    DiskPace m_pace{8};
+    const std::map<std::uint64_t, std::vector<std::string>> m_rotating; ///< devices, with their disks
+    const std::vector<std::string> m_disks;                             ///< of the device that lies on most
+    DiskPace m_pace;
 };
 
 } // namespace tallyroom

@@ -1,6 +1,7 @@
 #include "FileSystem/BlockDevices.h"
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -13,6 +14,12 @@ namespace fs = std::filesystem;
 
 /// Disks below logical volumes on mirrors on encrypted partitions: deeper is no machine but a loop.
 constexpr int deepestStack = 16;
+
+/// Fewer reads than that may all have come from one place.
+constexpr std::uint64_t enoughReads = 1000;
+
+/// Heads take ten times as long to move, but not before each read.
+constexpr std::chrono::microseconds leastMean{400};
 
 /// The devices that a logical device is made of; empty for a disk and its partitions.
 std::vector<fs::path> devicesBelow(const fs::path& device)
@@ -84,6 +91,14 @@ std::vector<fs::path> rotatingDisksOf(std::uint64_t device, const std::string& s
     std::vector<fs::path> disks = disksOf(device, sysfs).value_or(std::vector<fs::path>{});
     std::erase_if(disks, [](const fs::path& disk) { return !isRotating(disk); });
     return disks;
+}
+
+bool looksSolid(const fs::path& disk)
+{
+    std::uint64_t reads = 0, merged = 0, sectors = 0;
+    std::chrono::milliseconds::rep waited = 0;
+    return std::ifstream{disk / "stat"} >> reads >> merged >> sectors >> waited && reads >= enoughReads &&
+           std::chrono::milliseconds{waited} < reads * leastMean;
 }
 
 } // namespace tallyroom::BlockDevices

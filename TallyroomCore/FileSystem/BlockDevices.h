@@ -28,6 +28,10 @@ namespace BlockDevices {
 [[nodiscard]] std::vector<std::filesystem::path> rotatingDisksOf(std::uint64_t device,
                                                                  const std::string& sysfs = "/sys");
 
+/// Whether a disk has answered too quickly so far for a head that moves, on average of many reads. `disk` is
+/// a folder of sysfs as above. False when it has not been asked much yet.
+[[nodiscard]] bool looksSolid(const std::filesystem::path& disk);
+
 } // namespace BlockDevices
 
 } // namespace tallyroom

@@ -70,6 +70,13 @@ public:
         return names;
     }
 
+    bool lookSolid(const std::vector<std::string>& disks) const override
+    {
+        static const std::filesystem::path all = "/sys/class/block";
+        return std::ranges::all_of(disks,
+                                   [](const auto& disk) { return BlockDevices::looksSolid(all / disk); });
+    }
+
     DiskUse useSoFar() const override
     {
         rusage usage = {};

@@ -45,6 +45,9 @@ public:
     /// another machine or a program answers for.
     [[nodiscard]] virtual std::vector<std::string> rotatingDisks(const Mount& mount) const = 0;
 
+    /// Whether these disks have answered so far as if nothing rotated in any of them.
+    [[nodiscard]] virtual bool lookSolid(const std::vector<std::string>& /*disks*/) const { return false; }
+
     /// What the calling thread has done since some point in time.
     [[nodiscard]] virtual DiskUse useSoFar() const = 0;
 

@@ -106,6 +106,7 @@ private:
             enter(worker, desk, *item.folder);
         }
         desk.account.tell();
+        desk.account.end();
         m_openFolders.release(*item.folder);
     }
 

@@ -13,7 +13,9 @@ void TreeWalk::DiskAccount::begin(const Folder& folder, const DiskSense& sense)
 {
     m_sense = &sense;
     m_spindles = folder.m_spindles;
-    if (m_spindles != nullptr && !m_spindles->pace.isOrdered() && ++m_steps % stepsATelling != 0) {
+    m_time = {};
+    if (m_spindles != nullptr && !m_spindles->pace.isOrdered() && !m_wasLong &&
+        m_steps++ % stepsATelling != 0) {
         m_spindles = nullptr;
     }
     if (m_spindles != nullptr) {
@@ -48,11 +50,12 @@ TreeWalk::Spindles* TreeWalk::Agenda::spindlesOf(const Mount* mount)
     const auto [known, isNew] = m_byMount.try_emplace(mount->id, nullptr);
     if (isNew) {
         const auto disks = m_sense.rotatingDisks(*mount);
-        m_sense.hear({disks, !disks.empty()});
+        const bool isOrdered = !disks.empty() && !m_sense.lookSolid(disks);
+        m_sense.hear({disks, isOrdered});
         if (!disks.empty()) {
             auto& spindles = m_byDisks[disks];
             if (spindles == nullptr) {
-                spindles = std::make_unique<Spindles>(disks);
+                spindles = std::make_unique<Spindles>(disks, isOrdered);
                 spindles->next = m_first.load();
                 m_first = spindles.get();
             }

@@ -3,6 +3,7 @@
 #include "Concurrency/ElevatorQueue.h"
 #include "Concurrency/StealingQueues.h"
 #include "FileSystem/DiskPace.h"
+#include "FileSystem/LookTime.h"
 #include "FileSystem/ParsedNames.h"
 #include "FileSystem/TreeWalk.h"
 
@@ -39,28 +40,34 @@ struct TreeWalk::Item {
 struct TreeWalk::Spindles {
     using Place = std::pair<std::uint64_t, std::uint64_t>; ///< device and inode
 
-    explicit Spindles(std::vector<std::string> names) : disks(std::move(names)) {}
+    Spindles(std::vector<std::string> names, bool isOrdered) : disks(std::move(names)), pace(isOrdered) {}
 
     const std::vector<std::string> disks;
-    DiskPace pace{};
+    DiskPace pace;
     ElevatorQueue<Place, Folder*> folders{};
     Spindles* next = nullptr; ///< of the same walk
 };
 
-/// How rotating disks answer one worker, told to them. One thread at a time.
+/// How rotating disks answer one worker, told to them. While all workers read them, few of its steps are
+/// enough: the first, some of the others, and each that follows one that took long. One thread at a time.
 class TreeWalk::DiskAccount {
 public:
-    /// The worker turns to a folder. While all workers read its disk, a few of their steps are enough.
+    /// The worker turns to a folder.
     void begin(const Folder& folder, const DiskSense& sense);
 
     /// It got on, or is done.
     void tell();
+
+    /// It turns away from the folder.
+    void end() { m_wasLong = m_time.isOver(); }
 
 private:
     const DiskSense* m_sense = nullptr;
     Spindles* m_spindles = nullptr; ///< to be told; null for none
     DiskUse m_before{};             ///< this thread's, when they were told last
     unsigned m_steps = 0;
+    LookTime m_time{};
+    bool m_wasLong = false;
 };
 
 /// What is still to be done in a walk, and who does it: what lies on rotating disks in order, one reader a

@@ -1,6 +1,8 @@
+#include "Concurrency/Locked.h"
 #include "Duplicates/CandidateDisks.h"
 #include "Duplicates/DigestSearch.h"
 #include "FileSystem/DiskPace.h"
+#include "FileSystem/LookTime.h"
 #include "FileSystem/TreeWalk.h"
 #include "Support/Interception.h"
 #include "Support/TemporaryTree.h"
@@ -20,6 +22,7 @@ namespace tallyroom {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 /// The longest wait; only a test that fails takes so long.
@@ -31,19 +34,33 @@ constexpr DiskUse headMoves{1ms, 5ms, 1, 1};
 /// All lies on one rotating disk, and whatever a thread does there is `use`.
 class OneDisk final : public DiskSense {
 public:
-    explicit OneDisk(const DiskUse& use) : m_use(use) {}
+    explicit OneDisk(const DiskUse& use, bool looksSolid = false) : m_use(use), m_looksSolid(looksSolid) {}
 
     std::vector<std::string> rotatingDisks(const Mount& /*mount*/) const override { return {"disk"}; }
+
+    bool lookSolid(const std::vector<std::string>& /*disks*/) const override { return m_looksSolid; }
 
     DiskUse useSoFar() const override
     {
         thread_local std::int64_t steps = 0;
         ++steps;
-        return {m_use.worked * steps, m_use.slept * steps, m_use.sleeps * steps, m_use.blocksRead * steps};
+        const DiskUse use = m_use.get();
+        return {use.worked * steps, use.slept * steps, use.sleeps * steps, use.blocksRead * steps};
     }
 
+    void hear(const DiskDecision& decision) const override
+    {
+        m_decisions.with([&](auto& decisions) { decisions.push_back(decision); });
+    }
+
+    void become(const DiskUse& use) { m_use.set(use); }
+
+    std::vector<DiskDecision> decisions() const { return m_decisions.get(); }
+
 private:
-    DiskUse m_use;
+    Locked<DiskUse> m_use;
+    mutable Locked<std::vector<DiskDecision>> m_decisions;
+    bool m_looksSolid;
 };
 
 std::uint64_t inodeOf(int folder)
@@ -79,12 +96,11 @@ private:
 };
 
 std::future<void> walk(const TemporaryTree& tree, const DiskSense& sense, std::promise<void>& end,
-                       Wanderer::Seen seen)
+                       Wanderer::Seen seen, WorkerPool& pool = WorkerPool::shared())
 {
     std::vector<TreeWalk::Root> roots;
     roots.push_back({tree.url(), std::make_unique<TreeWalk::Folder>()});
-    TreeWalk::start(WorkerPool::shared(), std::move(roots), std::make_unique<Wanderer>(std::move(seen), end),
-                    {}, sense);
+    TreeWalk::start(pool, std::move(roots), std::make_unique<Wanderer>(std::move(seen), end), {}, sense);
     return end.get_future();
 }
 
@@ -168,6 +184,36 @@ TEST(DiskOrder, WhatLiesInMemoryHasAllReaders)
         --inside;
     }).wait();
     EXPECT_GE(most, 4U);
+}
+
+TEST(DiskOrder, ADiskThatHasAlwaysBeenQuickBeginsWithAllReadersAndGetsItsOrderBackWhenTheyWait)
+{
+    TemporaryTree tree;
+    addScatteredFolders(tree);
+    WorkerPool two{2};
+    std::mutex mutex;
+    std::condition_variable comes;
+    std::size_t visits = 0;
+    OneDisk disk{inMemory, true};
+    std::promise<void> end;
+    const auto seen = [&](TreeWalk::Folder& folder, std::span<TreeWalk::Child>) {
+        if (folder.isRoot()) {
+            return;
+        }
+        std::unique_lock lock{mutex};
+        ++visits;
+        comes.notify_all();
+        if (visits <= 2) { // both readers tell of their first steps
+            EXPECT_TRUE(comes.wait_for(lock, plenty, [&] { return visits >= 2; }));
+        } else if (disk.decisions().size() == 1) {
+            disk.become({1ms, 60ms, 1, 1});
+            lock.unlock();
+            for (const LookTime time; !time.isOver();) { // a head moves
+            }
+        }
+    };
+    walk(tree, disk, end, seen, two).wait();
+    EXPECT_THAT(disk.decisions(), ElementsAre(DiskDecision{{"disk"}, false}, DiskDecision{{"disk"}, true}));
 }
 
 TEST(DiskOrder, AFileThatHangsDoesNotKeepTheOnlyReader)

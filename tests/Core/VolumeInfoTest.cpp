@@ -95,6 +95,7 @@ TEST(DeviceTraits, ADiskIsExternalOrRotatesByItselfOrWhatIsBelow)
     TemporaryTree sys;
     std::map<std::string, bool> internal;                     ///< by number
     std::map<std::string, std::vector<std::string>> rotating; ///< likewise
+    std::map<std::string, bool> solid;                        ///< by place
     std::ifstream lines{TALLYROOM_MACHINES "/../disks"};
     for (std::string line; std::getline(lines, line);) {
         std::istringstream words{line};
@@ -104,7 +105,11 @@ TEST(DeviceTraits, ADiskIsExternalOrRotatesByItselfOrWhatIsBelow)
             sys.add({folder("devices/" + second), link("dev/block/" + first, "../../devices/" + second)});
             internal[first] = word == "internal";
         } else if (word == "says") {
-            sys.add(file("devices/" + first, second + "\n"));
+            std::string more;
+            std::getline(words, more);
+            sys.add(file("devices/" + first, second + more + "\n"));
+        } else if (word == "solid" || word == "heads") {
+            solid[first] = word == "solid";
         } else if (word == "on") {
             const std::string name{FileUrl{"/" + second}.lastPathComponent()};
             sys.add(link("devices/" + first + "/slaves/" + name, "../../../../" + second));
@@ -125,6 +130,10 @@ TEST(DeviceTraits, ADiskIsExternalOrRotatesByItselfOrWhatIsBelow)
         std::ranges::transform(BlockDevices::rotatingDisksOf(deviceNumber(number), sys.path()),
                                std::back_inserter(told), [](const auto& disk) { return disk.filename(); });
         EXPECT_EQ(told, names) << number;
+    }
+    EXPECT_EQ(solid.size(), 4U);
+    for (const auto& [disk, looksSolid] : solid) {
+        EXPECT_EQ(BlockDevices::looksSolid(sys.path("devices/" + disk)), looksSolid) << disk;
     }
 }
 
