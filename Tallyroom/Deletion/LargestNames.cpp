@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace tallyroom {
 
@@ -14,13 +15,33 @@ namespace {
 
 constexpr std::size_t mostNames = 5;
 constexpr qsizetype longestName = 60; // characters; the dialog is as wide as its longest line
+constexpr qsizetype longestFolder = 40;
 
-/// A long name keeps its beginning and its end, which tell it from others.
-QString shortened(const QString& name)
+/// A long text keeps its beginning and its end, which tell it from others.
+QString shortened(const QString& text, qsizetype longest)
 {
-    return name.size() <= longestName
-               ? name
-               : name.first(longestName / 2) + QStringLiteral("…") + name.last(longestName / 2 - 1);
+    return text.size() <= longest
+               ? text
+               : text.first(longest / 2) + QStringLiteral("…") + text.last(longest / 2 - 1);
+}
+
+std::string_view folderPath(const Entry& entry)
+{
+    const std::string_view path = entry.url.path();
+    return path.substr(0, path.rfind('/'));
+}
+
+QString folderOf(const Entry& entry)
+{
+    return shortened(FileUrlText::displayFromHome(entry.url.parent()), longestFolder);
+}
+
+QString lineOf(const Entry& entry, bool withFolder)
+{
+    return QStringLiteral("• ") + shortened(FileUrlText::display(entry.name), longestName) +
+           (withFolder ? QStringLiteral(" dans ") + folderOf(entry) : QString{}) + QStringLiteral(" (") +
+           (QStringList{sizeText(entry.sizeBytes)} + MarkText::words(entry)).join(QStringLiteral(", ")) +
+           QLatin1Char{')'};
 }
 
 } // namespace
@@ -38,16 +59,14 @@ QStringList largestNames(const std::vector<Entry>& entries)
                                                    : left->url < right->url;
     });
     named.resize(static_cast<std::size_t>(shown));
+    const bool shareFolder = std::ranges::all_of(
+        entries, [&entries](const Entry& entry) { return folderPath(entry) == folderPath(entries.front()); });
     QStringList lines;
+    if (shareFolder && !entries.empty()) {
+        lines += QStringLiteral("Dans %1 :").arg(folderOf(entries.front()));
+    }
     for (const Entry* const entry : named) {
-        const bool isAlike = std::ranges::count(named, entry->name, &Entry::name) > 1;
-        lines +=
-            QStringLiteral("• ") + shortened(FileUrlText::display(entry->name)) +
-            (isAlike ? QStringLiteral(" dans ") + shortened(FileUrlText::displayFromHome(entry->url.parent()))
-                     : QString{}) +
-            QStringLiteral(" (") +
-            (QStringList{sizeText(entry->sizeBytes)} + MarkText::words(*entry)).join(QStringLiteral(", ")) +
-            QLatin1Char{')'};
+        lines += lineOf(*entry, !shareFolder);
     }
     if (const std::size_t others = entries.size() - named.size(); others > 0) {
         lines += QStringLiteral("et ") + NumberText::plural(others, QStringLiteral("autre"));

@@ -70,7 +70,8 @@ TEST_F(TrashCardTest, TheCardSaysWhatLiesInTheTrashAndEmptiesItAfterAQuestion)
     const QString words = dialog->accessibleDescription();
     EXPECT_TRUE(words.startsWith(QStringLiteral("3 éléments · 3 Mo\n")));
     EXPECT_TRUE(words.contains(QStringLiteral("d’autres programmes")));
-    EXPECT_TRUE(words.endsWith(QStringLiteral("\n• le <b>film (3 Mo)\n• c (8,2 Ko)\n• b (4,1 Ko)")));
+    EXPECT_TRUE(words.contains(QStringLiteral("\n• le <b>film dans /x (3 Mo)\n• c dans "))) << "by size";
+    EXPECT_TRUE(words.endsWith(QStringLiteral(" (4,1 Ko)")));
     QTest::keyClick(dialog, Qt::Key_Return);
     EXPECT_FALSE(deletions.isRunning()) << "\"Annuler\" is the default";
     EXPECT_EQ(tree.names("v/data/Trash/files").size(), 3U);

@@ -184,7 +184,7 @@ TEST_F(WindowFlowTest, EscapeAndTheBannerStopADeletionWhichKeepsTheRest)
     }
 }
 
-TEST_F(WindowFlowTest, TheConfirmationNamesTheDoubtfulThenTheLargestAndTellsTheAlikeApart)
+TEST_F(WindowFlowTest, TheConfirmationNamesTheDoubtfulThenTheLargestAndWhereTheyAre)
 {
     std::vector<Entry> entries{{FileUrl{"/x/film"}, "film", 9'000, false},
                                {FileUrl{"/y/film"}, "film", 8'000, false}};
@@ -197,8 +197,13 @@ TEST_F(WindowFlowTest, TheConfirmationNamesTheDoubtfulThenTheLargestAndTellsTheA
     const std::string said = asking.accessibleDescription().toStdString();
     EXPECT_THAT(said, testing::StartsWith("7 éléments · 17 Ko\n\n« Mettre à la corbeille » est réversible."));
     EXPECT_THAT(said,
-                testing::HasSubstr("• note4 (6 o, à vérifier)\n• film dans /x (9 Ko)\n"
-                                   "• film dans /y (8 Ko)\n• note0 (10 o)\n• note1 (9 o)\net 2 autres"));
+                testing::HasSubstr("• note4 dans /z (6 o, à vérifier)\n• film dans /x (9 Ko)\n• film dans /y "
+                                   "(8 Ko)\n• note0 dans /z (10 o)\n• note1 dans /z (9 o)\net 2 autres"));
+    entries.erase(entries.begin(), entries.begin() + 4);
+    const DeleteConfirmation inOneFolder{entries, DeleteConfirmation::Default::trash, {}, nullptr};
+    EXPECT_THAT(
+        inOneFolder.accessibleDescription().toStdString(),
+        testing::HasSubstr("\n\nDans /z :\n• note4 (6 o, à vérifier)\n• note2 (8 o)\n• note3 (7 o)\n"));
 }
 
 TEST_F(WindowFlowTest, AReportDoesNotFollowIntoAnotherFolder)
