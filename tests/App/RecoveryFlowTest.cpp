@@ -103,6 +103,11 @@ TEST_F(RecoveryFlowTest, OnlyWhatIsMadeAgainAndFurtherCopiesGoAndNothingElse)
     search();
     EXPECT_EQ(files(), before);
     free("Caches de build");
+    activate(*window); // after the question
+    QTest::keyClick(window.get(), Qt::Key_Z, Qt::ControlModifier);
+    waitForRemoval();
+    EXPECT_EQ(files(), before);
+    free("Caches de build");
     EXPECT_THAT(lostSince(before), ElementsAre("crate/target/app")) << "dist may be a person's own";
     free("node_modules");
     EXPECT_THAT(lostSince(before), ElementsAre("crate/target/app", "old/node_modules/x"));

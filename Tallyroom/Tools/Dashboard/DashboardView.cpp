@@ -134,9 +134,12 @@ void DashboardView::addShortcuts()
 {
     addShortcut(this, Qt::CTRL | Qt::Key_O, [this] { chooseFolder(); });
     addShortcut(this, Qt::Key_F5, [this] { m_dashboard.refresh(); });
+    addShortcut(this, Qt::CTRL | Qt::Key_Z, [this] { m_dashboard.recovery().undoRemoval(); });
     addShortcut(this, Qt::Key_Escape, [this] {
-        m_dashboard.cancelAnalysis();
-        m_dashboard.recovery().stop();
+        if (!m_dashboard.recovery().stopRemoval()) {
+            m_dashboard.cancelAnalysis();
+            m_dashboard.recovery().stop();
+        }
     });
 }
 

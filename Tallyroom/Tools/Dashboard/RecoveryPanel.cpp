@@ -179,16 +179,13 @@ void RecoveryPanel::addLines()
 
 void RecoveryPanel::connectBanner()
 {
-    const auto tell = [this](void (ScanToolViewModel::*act)()) {
-        return [this, act] {
-            if (ScanToolViewModel* const remover = m_recovery.remover()) {
-                (remover->*act)();
-            }
-        };
-    };
-    connect(m_banner, &StatusBanner::stopRequested, this, tell(&ScanToolViewModel::stopRemoval));
-    connect(m_banner, &StatusBanner::undoRequested, this, tell(&ScanToolViewModel::undoDeletion));
-    connect(m_banner, &StatusBanner::dismissed, this, tell(&ScanToolViewModel::dismissStatus));
+    connect(m_banner, &StatusBanner::stopRequested, &m_recovery, &RecoveryViewModel::stopRemoval);
+    connect(m_banner, &StatusBanner::undoRequested, &m_recovery, &RecoveryViewModel::undoRemoval);
+    connect(m_banner, &StatusBanner::dismissed, this, [this] {
+        if (ScanToolViewModel* const remover = m_recovery.remover()) {
+            remover->dismissStatus();
+        }
+    });
     connect(m_banner, &StatusBanner::finalDeletionRequested, this, &RecoveryPanel::askFinalDeletion);
 }
 
@@ -211,7 +208,10 @@ void RecoveryPanel::showEverything()
 
 void RecoveryPanel::showButtons()
 {
-    m_title->setFolder(m_recovery.folder() ? FileUrlText::displayFromHome(*m_recovery.folder()) : QString{});
+    const std::optional<FileUrl>& folder = m_recovery.folder();
+    m_title->setFolder(!folder                            ? QString{}
+                       : *folder == HomeFolder::current() ? QStringLiteral("dossier personnel")
+                                                          : FileUrlText::displayFromHome(*folder));
     const bool isSearching = m_recovery.isSearching();
     const bool hadKeyboard = m_search->hasFocus() || m_stop->hasFocus();
     m_stop->setVisible(isSearching);
@@ -284,12 +284,11 @@ void RecoveryPanel::showGain()
     if (!now || m_dashboard.isRefreshing() || (remover != nullptr && remover->removal())) {
         return;
     }
-    const std::int64_t gained = now->availableBytes - before->availableBytes;
     QString text = QStringLiteral("%1 disponibles avant, %2 maintenant.")
                        .arg(VolumeText::size(before->availableBytes), VolumeText::size(now->availableBytes));
-    text = (gained > 0 ? QStringLiteral("Libéré : %1 · ").arg(VolumeText::size(gained))
-                       : QStringLiteral("Rien n’est encore libéré · ")) +
-           text;
+    if (remover != nullptr && remover->tellsOfTrash()) { // other programs write and delete meanwhile
+        text = QStringLiteral("Rien n’est encore libéré · ") + text;
+    }
     const auto trash = m_dashboard.trash().of(now->url);
     if (trash != nullptr) {
         text += QStringLiteral(" La corbeille contient %1, libérés quand elle sera vidée.")

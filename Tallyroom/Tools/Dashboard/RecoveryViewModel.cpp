@@ -219,6 +219,22 @@ void RecoveryViewModel::remove(std::size_t place, const std::vector<Entry>& entr
     Q_EMIT removalChanged();
 }
 
+bool RecoveryViewModel::stopRemoval()
+{
+    const bool isRunning = m_remover != nullptr && m_remover->removal().has_value();
+    if (isRunning) {
+        m_remover->stopRemoval();
+    }
+    return isRunning;
+}
+
+void RecoveryViewModel::undoRemoval()
+{
+    if (m_remover != nullptr) {
+        m_remover->undoDeletion();
+    }
+}
+
 void RecoveryViewModel::keepBefore()
 {
     if (m_folder && !m_before) {

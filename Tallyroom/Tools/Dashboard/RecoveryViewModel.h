@@ -89,6 +89,12 @@ public:
     /// The tool that has removed last from here; null before.
     [[nodiscard]] ScanToolViewModel* remover() const { return m_remover; }
 
+    /// Stops the deletion or undo that was asked for here. Whether one ran.
+    bool stopRemoval();
+
+    /// Puts back what the last removal from here moved to the trash, if it still can.
+    void undoRemoval();
+
     /// The folder's volume as it was before the first removal since the search began.
     [[nodiscard]] const std::optional<VolumeUsage>& volumeBefore() const { return m_before; }
 
