@@ -124,6 +124,10 @@ TEST_F(Screens, ChipsFilterAndSortingDecideWhatIsListedAndExported)
     chip("Images · 3").click();
     scan("large-files", other.url());
     EXPECT_THAT(rows(), ElementsAre("x.jpg", "y.mp4")) << "a chip is chosen for one folder";
+
+    chip("Images · 1").setFocus();
+    tool.handleImport(std::unexpected{QStringLiteral("accès refusé.")});
+    EXPECT_TRUE(button(QStringLiteral("Choisir un dossier…"))->hasFocus());
 }
 
 TEST_F(Screens, ProjectsAreNamedMeasuredAgainAndOldFromTheChosenAgeOn)

@@ -106,9 +106,14 @@ void ToolPages::showPage(bool isPatient, bool hidesEverything)
     m_error->setText(QStringLiteral("Ce dossier n’a pas pu être ouvert"), m_tool.state().message);
     const QWidget* const before = currentWidget();
     setCurrentWidget(page(isPatient, hidesEverything));
-    // After the choice of a folder the keyboard goes on in its list.
+    // After the choice of a folder the keyboard goes on with what came of it.
     const bool wasElsewhere = before == m_welcome || before == m_error;
-    if (wasElsewhere && currentWidget() != before && isVisible()) {
+    if (currentWidget() == before || !isVisible()) {
+        return;
+    }
+    if (currentWidget() == m_error) {
+        takeKeyboard();
+    } else if (wasElsewhere) {
         list()->setFocus();
     }
 }
