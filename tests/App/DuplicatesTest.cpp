@@ -305,6 +305,17 @@ TEST_F(DuplicatesScreenTest, LosingEveryCopyIsAskedOnceMore)
     EXPECT_FALSE(tree.exists("a/big") || tree.exists("b/big") || tree.exists("d/small"));
 }
 
+TEST_F(DuplicatesScreenTest, TheCopyThatStaysGoesElsewhereWhileTheQuestionIsOpenThenTheOthersStay)
+{
+    DeleteConfirmation* const dialog = ask({"x/medium", "x/medium link"});
+    ASSERT_EQ(dialog->findChild<QCheckBox*>(), nullptr);
+    remove({"c/medium"}, true);
+    ASSERT_FALSE(tree.exists("c/medium"));
+    visibleButton(*dialog, QStringLiteral("Supprimer définitivement"))->click();
+    waitForRemoval(*tool);
+    EXPECT_TRUE(tree.exists("x/medium") && tree.exists("x/medium link"));
+}
+
 TEST_F(DuplicatesScreenTest, WhatIsNotCertainStaysAndTheReasonsAreAClickAway)
 {
     tree.add(file("a/big", "grown since " + big)); // the copy to keep

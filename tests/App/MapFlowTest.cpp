@@ -99,7 +99,7 @@ TEST_F(MapFlowTest, WhatIsSwappedFurtherDownIsNotDeleted)
     tree.remove("photos/2023/b.jpg");
     tree.add(file("photos/2023/b.jpg", "something else"));
     store().diskUsage.deleteEntries(
-        shown<ToolScreen>().findChild<EntryTable*>()->selection().checkedEntries(), true);
+        shown<ToolScreen>().findChild<EntryTable*>()->selection().checkedEntries(), true, {});
     waitForRemoval();
     EXPECT_TRUE(tree.exists("photos/2023/b.jpg"));
 }

@@ -52,8 +52,8 @@ protected:
         }));
     }
 
-    /// What a tool proposes, by the buttons of its line.
-    void free(const char* tool) const
+    /// Presses the button of a tool's line.
+    void ask(const char* tool) const
     {
         const auto& tools = recovery().tools();
         const auto found = std::ranges::find(tools, QString::fromUtf8(tool), &RecoveryTool::name);
@@ -68,6 +68,11 @@ protected:
         const auto* const asked = dialog<DeleteConfirmation>();
         ASSERT_NE(asked, nullptr) << tool;
         EXPECT_EQ(asked->pending().urls.size(), safe.safe.size());
+    }
+
+    void free(const char* tool) const
+    {
+        ask(tool);
         answer<DeleteConfirmation>("Mettre à la corbeille");
         waitForRemoval();
     }
@@ -117,6 +122,20 @@ TEST_F(RecoveryFlowTest, OnlyWhatIsMadeAgainAndFurtherCopiesGoAndNothingElse)
     click("Annuler la suppression");
     waitForRemoval();
     EXPECT_TRUE(tree.exists("photos/b.png")) << "the last one is taken back from here too";
+}
+
+TEST_F(RecoveryFlowTest, WhatIsProposedStaysWhereTheCopyBesideItGoesDuringTheQuestion)
+{
+    const std::string song(80'000, 's');
+    tree.add({file("music/a.ogg", song), file("music/b.ogg", song), file("music/c.ogg", song)});
+    search();
+    scan(store().diskUsage, tree.url("music"));
+    ask("Doublons");
+    remove(store().diskUsage, {tree.url("music/a.ogg")}, true);
+    answer<DeleteConfirmation>("Mettre à la corbeille");
+    waitForRemoval();
+    EXPECT_FALSE(tree.exists("music/a.ogg") || tree.exists("photos/b.png"));
+    EXPECT_TRUE(tree.exists("music/b.ogg") && tree.exists("music/c.ogg"));
 }
 
 TEST_F(RecoveryFlowTest, ALineLeadsToItsToolWithTheSameListAndWithoutAFilter)

@@ -316,12 +316,17 @@ void RecoveryPanel::showBanner()
 
 void RecoveryPanel::ask(std::size_t place)
 {
-    const Recovery& found = m_recovery.rows()[place].recovery;
-    auto* const dialog = new DeleteConfirmation(found.safe.toVector(), DeleteConfirmation::Default::trash,
-                                                {found.caution, {}}, this);
+    const RecoveryRow row = m_recovery.proposalOf(place);
+    if (!row.proposes()) {
+        return; // since the line was written
+    }
+    const std::vector<Entry> proposed = row.recovery.safe.toVector();
+    auto* const dialog = new DeleteConfirmation(proposed, DeleteConfirmation::Default::trash,
+                                                {row.recovery.caution, {}}, this);
     connect(dialog, &DeleteConfirmation::confirmed, &m_recovery,
-            [this, place](const std::vector<Entry>& entries, bool permanently) {
-                m_recovery.remove(place, entries, permanently);
+            [this, place, plan = m_recovery.tools()[place].tool->planRemoval(proposed)](
+                const std::vector<Entry>& entries, bool permanently) {
+                m_recovery.remove(place, entries, permanently, plan);
             });
     dialog->open();
 }

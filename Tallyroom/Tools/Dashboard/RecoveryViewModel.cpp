@@ -210,12 +210,13 @@ RecoveryRow RecoveryViewModel::rowOf(std::size_t place) const
     return {phase, std::move(recovery), std::move(words)};
 }
 
-void RecoveryViewModel::remove(std::size_t place, const std::vector<Entry>& entries, bool permanently)
+void RecoveryViewModel::remove(std::size_t place, const std::vector<Entry>& entries, bool permanently,
+                               const ScanToolViewModel::RemovalPlan& plan)
 {
     keepBefore();
     m_remover = m_tools[place].tool;
     m_remover->dismissStatus(); // what it says is about something else
-    m_remover->deleteEntries(entries, permanently);
+    m_remover->deleteEntries(entries, permanently, plan);
     Q_EMIT removalChanged();
 }
 

@@ -83,8 +83,12 @@ public:
     /// Stops the tools that this search has started, and starts no other.
     void stop();
 
-    /// Removes `entries`, which the tool at `place` has found.
-    void remove(std::size_t place, const std::vector<Entry>& entries, bool permanently);
+    /// What the tool at `place` proposes at this moment; the rows lag behind it.
+    [[nodiscard]] RecoveryRow proposalOf(std::size_t place) const { return rowOf(place); }
+
+    /// Removes `entries`, which the tool at `place` has found, by the plan that it made for them.
+    void remove(std::size_t place, const std::vector<Entry>& entries, bool permanently,
+                const ScanToolViewModel::RemovalPlan& plan);
 
     /// The tool that has removed last from here; null before.
     [[nodiscard]] ScanToolViewModel* remover() const { return m_remover; }

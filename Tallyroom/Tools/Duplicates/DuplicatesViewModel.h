@@ -78,6 +78,8 @@ public:
     /// How many groups would keep no copy, the trash aside, if `urls` were removed.
     [[nodiscard]] std::size_t groupsLosingAllCopies(const UrlSet& urls) const;
 
+    [[nodiscard]] RemovalPlan planRemoval(const std::vector<Entry>& entries) const override;
+
     /// Files visited by the scan.
     [[nodiscard]] std::int64_t scanned() const { return m_scanned; }
 
@@ -118,7 +120,6 @@ protected:
 
     void searchTextChosen() override { filterGroups(); }
 
-    [[nodiscard]] RemovalPlan planRemoval(const std::vector<Entry>& entries) const override;
     void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
     void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;
     [[nodiscard]] QString restoreReport(const RemovalOutcome& outcome) const override;

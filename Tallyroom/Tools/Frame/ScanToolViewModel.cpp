@@ -129,16 +129,16 @@ void ScanToolViewModel::deleteSelected(const UrlSet& urls, bool permanently)
             entries.push_back(entry);
         }
     });
-    deleteEntries(entries, permanently);
+    deleteEntries(entries, permanently, planRemoval(entries));
 }
 
-void ScanToolViewModel::deleteEntries(const std::vector<Entry>& entries, bool permanently)
+void ScanToolViewModel::deleteEntries(const std::vector<Entry>& entries, bool permanently,
+                                      const RemovalPlan& plan)
 {
     if (entries.empty()) {
         return;
     }
-    RemovalPlan plan = planRemoval(entries);
-    const auto finished = [this, permanently, freed = std::move(plan.freed), folder = listedFolder(),
+    const auto finished = [this, permanently, freed = plan.freed, folder = listedFolder(),
                            filling = std::weak_ptr{m_filling}](PropertyUpdate& update,
                                                                const RemovalOutcome& outcome) {
         const std::int64_t bytes = freed(outcome.done);
@@ -155,7 +155,7 @@ void ScanToolViewModel::deleteEntries(const std::vector<Entry>& entries, bool pe
             m_removedFrom = folder;
         }
     };
-    beginRemoval(m_deletions.remove(entries, permanently, listener(finished), std::move(plan.screening)),
+    beginRemoval(m_deletions.remove(entries, permanently, listener(finished), plan.screening),
                  {.completed = 0, .total = entries.size()});
 }
 

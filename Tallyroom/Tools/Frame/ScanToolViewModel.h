@@ -120,12 +120,24 @@ public:
     /// Stops a running scan and keeps its finds.
     void cancelScan();
 
+    /// What a tool adds to a deletion.
+    struct RemovalPlan {
+        FileRemover::Screening screening; ///< looks at each item right before it goes
+        /// The bytes that come free when `done` has been removed.
+        std::function<std::int64_t(const std::vector<Entry>& done)> freed = totalSize;
+    };
+
+    /// For a deletion that the person is asked about now: other removals may change the list before the
+    /// answer comes, and what was agreed to stays as it was.
+    [[nodiscard]] virtual RemovalPlan planRemoval(const std::vector<Entry>& /*entries*/) const { return {}; }
+
     /// Deletes those of the entries found that `urls` names.
     void deleteSelected(const UrlSet& urls, bool permanently);
 
-    /// Deletes `entries` as they were found. Runs on; the list, `statusMessage` and `undoable` follow. Does
-    /// nothing without entries, and says so when another removal runs.
-    void deleteEntries(const std::vector<Entry>& entries, bool permanently);
+    /// Deletes `entries` as they were found, by the plan that was made for them. Runs on; the list,
+    /// `statusMessage` and `undoable` follow. Does nothing without entries, and says so when another removal
+    /// runs.
+    void deleteEntries(const std::vector<Entry>& entries, bool permanently, const RemovalPlan& plan);
 
     /// Puts back what the last deletion moved to the trash. Runs on like a deletion.
     void undoDeletion();
@@ -159,17 +171,8 @@ Q_SIGNALS:
     void recoveryChanged();
 
 protected:
-    /// What a tool adds to a deletion when it begins.
-    struct RemovalPlan {
-        FileRemover::Screening screening; ///< looks at each item right before it goes
-        /// The bytes that come free when `done` has been removed.
-        std::function<std::int64_t(const std::vector<Entry>& done)> freed = totalSize;
-    };
-
     /// `deletions` must outlive the view model.
     explicit ScanToolViewModel(DeletionRunner& deletions);
-
-    [[nodiscard]] virtual RemovalPlan planRemoval(const std::vector<Entry>& /*entries*/) const { return {}; }
 
     /// Takes removed items, and all that lay below them, out of the list.
     virtual void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) = 0;

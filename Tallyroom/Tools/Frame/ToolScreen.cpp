@@ -323,7 +323,11 @@ void ToolScreen::askDeletion(const std::vector<Entry>& entries, DeleteConfirmati
 {
     if (!entries.empty()) {
         auto* const dialog = new DeleteConfirmation(entries, choice, caution(entries), this);
-        connect(dialog, &DeleteConfirmation::confirmed, &m_tool, &ScanToolViewModel::deleteEntries);
+        connect(dialog, &DeleteConfirmation::confirmed, &m_tool,
+                [&tool = m_tool, plan = m_tool.planRemoval(entries)](const std::vector<Entry>& confirmed,
+                                                                     bool permanently) {
+                    tool.deleteEntries(confirmed, permanently, plan);
+                });
         dialog->open();
     }
 }
