@@ -34,6 +34,9 @@ std::string tableLine(const Entry& entry, double fraction, std::size_t barWidth,
     if (entry.isDirectory) {
         line.push_back('/');
     }
+    if (entry.has(EntryMark::excluded)) {
+        line += entry.has(EntryMark::unreadable) ? "  (exclu)" : "  (exclu en partie)";
+    }
     return line.append(colour.empty() ? std::string_view{} : TableText::reset).append("\n");
 }
 
@@ -54,6 +57,9 @@ JsonLine jsonLine(const Entry& entry, std::string_view group)
         line.text("modifiedAt", CSVExport::internetDateTime(*entry.modifiedAt));
     } else {
         line.null("modifiedAt");
+    }
+    if (entry.has(EntryMark::excluded)) {
+        line.truth("excluded", true);
     }
     return entry.unread > 0 ? line.number("unreadable", entry.unread) : line;
 }

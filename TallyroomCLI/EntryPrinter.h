@@ -24,8 +24,8 @@ namespace EntryPrinter {
 using AddMembers = std::function<void(const Entry& entry, JsonLine& line)>;
 
 /// One object with name, path, url, sizeBytes, isDirectory and modifiedAt, and unreadable where something at
-/// or below the entry could not be read. `url` is percent-encoded and loses no byte. `group`, where there is
-/// one, comes first.
+/// or below the entry was not read, excluded where the user wants that. `url` is percent-encoded and loses no
+/// byte. `group`, where there is one, comes first.
 [[nodiscard]] JsonLine jsonLine(const Entry& entry, std::string_view group = {});
 
 /// A line an entry (size, bar where the width allows, name), and a last one with the total.

@@ -6,6 +6,7 @@
 #include "EntryPrinter.h"
 #include "FileSystem/DiskSense.h"
 #include "FileSystem/FolderReader.h"
+#include "FileSystem/ScanScope.h"
 #include "Git/RepositoryState.h"
 #include "Terminal.h"
 #include "Text/SizeFormatter.h"
@@ -65,12 +66,46 @@ std::optional<FileUrl> ScanCommand::folder(const std::string& argument)
     return std::nullopt;
 }
 
+bool ScanCommand::applyScope(const ScanOptions& options)
+{
+    ScanScope::Rules rules;
+    rules.staysOnFileSystem = options.staysOnFileSystem;
+    for (const std::string& excluded : options.excluded) {
+        if (excluded.empty()) {
+            Terminal::complain("le dossier à exclure n'a pas de nom.");
+            return false;
+        }
+        if (excluded.find('/') == std::string::npos) {
+            rules.names.insert(excluded);
+            continue;
+        }
+        std::error_code failed;
+        const std::filesystem::path path = std::filesystem::weakly_canonical(excluded, failed);
+        if (failed) {
+            Terminal::complain(excluded + " : " + reasonOf({failed.value()}));
+            return false;
+        }
+        rules.folders.push_back(FileUrl{path.native()}.standardized());
+    }
+    ScanScope::use(std::move(rules));
+    return true;
+}
+
 void ScanCommand::tellUnread(const SharedUnreadPlaces& places)
 {
-    if (places != nullptr) {
-        const std::string plural = places->count > 1 ? "s" : "";
-        Terminal::complain(std::to_string(places->count) + (places->hasItems ? " élément" : " dossier") +
-                           plural + " illisible" + plural + " : total incomplet");
+    if (places == nullptr) {
+        return;
+    }
+    const auto pluralOf = [](std::int64_t count) { return count > 1 ? "s" : ""; };
+    if (const std::int64_t unread = places->count - places->excluded; unread > 0) {
+        const std::string plural = pluralOf(unread);
+        Terminal::complain(std::to_string(unread) + (places->hasItems ? " élément" : " dossier") + plural +
+                           " illisible" + plural + " : total incomplet");
+    }
+    if (const std::int64_t excluded = places->excluded; excluded > 0) {
+        const std::string plural = pluralOf(excluded);
+        Terminal::complain(std::to_string(excluded) + " dossier" + plural + " exclu" + plural +
+                           " : total incomplet");
     }
 }
 

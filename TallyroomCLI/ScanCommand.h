@@ -11,6 +11,7 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace tallyroom {
 
@@ -18,7 +19,9 @@ namespace tallyroom {
 struct ScanOptions {
     std::string folder;
     OutputFormat format = OutputFormat::table;
-    bool quiet = false;   ///< no progress, even on a terminal
+    bool quiet = false;                ///< no progress, even on a terminal
+    std::vector<std::string> excluded; ///< names of folders, and folders
+    bool staysOnFileSystem = false;
     bool verbose = false; ///< say how disks were read
 };
 
@@ -43,6 +46,9 @@ template <class Record>
     }
     return newest;
 }
+
+/// Leaves out what the options say; false after a message on standard error. Before the first scan.
+[[nodiscard]] bool applyScope(const ScanOptions& options);
 
 /// Says on standard error that the scan could not read everything; nothing when it could.
 void tellUnread(const SharedUnreadPlaces& places);

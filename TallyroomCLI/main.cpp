@@ -82,6 +82,14 @@ void addScanOptions(CLI::App& command, ScanOptions& options)
     command.add_option("dossier", options.folder, "Dossier à analyser")->type_name("DOSSIER")->required();
     addFormat(command, options.format);
     command.add_flag("--quiet", options.quiet, "Ne pas montrer la progression");
+    command
+        .add_option_function<std::string>(
+            "--exclude", [&options](const std::string& folder) { options.excluded.push_back(folder); },
+            "Laisser de côté les dossiers de ce nom, ou ce dossier ; peut être répété")
+        ->trigger_on_parse()
+        ->type_name("NOM|DOSSIER");
+    command.add_flag("--one-file-system", options.staysOnFileSystem,
+                     "Ne pas entrer dans ce qui est monté sous le dossier");
 }
 
 std::set<Ecosystem> allEcosystems()
@@ -251,7 +259,9 @@ private:
     /// A command that scans a folder.
     CLI::App& add(const std::string& name, const std::string& description, std::function<ExitCode()> action)
     {
-        CLI::App& command = addCommand(name, description, std::move(action));
+        CLI::App& command = addCommand(name, description, [this, run = std::move(action)] {
+            return ScanCommand::applyScope(m_options) ? run() : ExitCode::failure;
+        });
         addScanOptions(command, m_options);
         return command;
     }

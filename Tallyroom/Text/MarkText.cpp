@@ -16,9 +16,9 @@ struct MarkRow {
     QString warning; ///< goes on after the number of entries
 };
 
-const std::array<MarkRow, 3>& markRows()
+const std::array<MarkRow, 4>& markRows()
 {
-    static const std::array<MarkRow, 3> rows{{
+    static const std::array<MarkRow, 4> rows{{
         {EntryMark::toVerify, QStringLiteral("à vérifier"),
          QStringLiteral("Rien ne prouve que ce dossier soit un cache : regardez ce qu’il contient."),
          QStringLiteral(" à vérifier : rien ne prouve que ce soit un cache qui se refait.")},
@@ -28,6 +28,9 @@ const std::array<MarkRow, 3>& markRows()
         {EntryMark::application, QStringLiteral("application"),
          QStringLiteral("Fait partie d’un programme installé, qui en a besoin."),
          QStringLiteral(" d’un programme installé, qui en a besoin.")},
+        {EntryMark::excluded, QStringLiteral("exclusions"),
+         QStringLiteral("Un dossier exclu des analyses s’y trouve, ou c’en est un."),
+         QStringLiteral(" avec un dossier exclu des analyses : il serait supprimé aussi.")},
     }};
     return rows;
 }

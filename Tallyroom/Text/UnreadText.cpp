@@ -3,6 +3,8 @@
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 
+#include <QStringList>
+
 namespace tallyroom::UnreadText {
 
 namespace {
@@ -10,7 +12,7 @@ namespace {
 QString sizeAfter(const QString& atLeast, const Entry& entry)
 {
     if (entry.has(EntryMark::unreadable)) {
-        return QStringLiteral("illisible");
+        return entry.has(EntryMark::excluded) ? QStringLiteral("exclu") : QStringLiteral("illisible");
     }
     return (entry.unread > 0 ? atLeast : QString{}) + sizeText(entry.sizeBytes);
 }
@@ -27,7 +29,18 @@ QString count(std::int64_t unread, bool hasItems)
 
 QString count(const SharedUnreadPlaces& unread)
 {
-    return unread == nullptr ? QString{} : count(unread->count, unread->hasItems);
+    if (unread == nullptr) {
+        return {};
+    }
+    QStringList parts;
+    if (const std::int64_t refused = unread->count - unread->excluded; refused > 0) {
+        parts += count(refused, unread->hasItems);
+    }
+    if (unread->excluded > 0) {
+        parts += NumberText::plural(unread->excluded, QStringLiteral("dossier exclu"),
+                                    QStringLiteral("dossiers exclus"));
+    }
+    return parts.join(QStringLiteral(", "));
 }
 
 QString size(const Entry& entry)
@@ -44,6 +57,11 @@ QString toolTip(const Entry& entry)
 {
     if (entry.unread == 0) {
         return {};
+    }
+    if (entry.has(EntryMark::excluded)) {
+        return entry.has(EntryMark::unreadable)
+                   ? QStringLiteral("Ce dossier est exclu des analyses.")
+                   : QStringLiteral("Un dossier exclu des analyses, ou plusieurs, ne sont pas comptés.");
     }
     if (entry.has(EntryMark::unreadable)) {
         return entry.isDirectory ? QStringLiteral("Ce dossier ne peut pas être lu.")

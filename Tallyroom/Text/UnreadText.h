@@ -13,10 +13,11 @@ namespace UnreadText {
 /// "12 dossiers illisibles", "3 éléments illisibles" when not all are folders.
 [[nodiscard]] QString count(std::int64_t unread, bool hasItems);
 
-/// The same of a whole scan; empty when all was read.
+/// The same of a whole scan, with the folders that the user excludes; empty when all was read.
 [[nodiscard]] QString count(const SharedUnreadPlaces& unread);
 
-/// "4,2 Go", "≥ 4,2 Go" when something below could not be read, "illisible" for what cannot be read itself.
+/// "4,2 Go", "≥ 4,2 Go" when something below could not be read, "illisible" for what cannot be read
+/// itself, "exclu" for what is excluded.
 [[nodiscard]] QString size(const Entry& entry);
 
 /// The same to be heard: "au moins 4,2 Go".

@@ -8,9 +8,17 @@
 
 namespace tallyroom {
 
+bool SystemError::isGone() const noexcept
+{
+    // ESRCH: the folder of a process that has ended
+    return code == ENOENT || code == ENOTDIR || code == ELOOP || code == ESRCH;
+}
+
 std::string SystemError::message() const
 {
     static constexpr std::array words{
+        std::pair{SystemError::excluded, "Ce dossier est exclu des analyses."},
+        std::pair{SystemError::otherFileSystem, "Ce dossier est sur un autre système de fichiers."},
         std::pair{EPERM, "Opération non permise."},
         std::pair{ENOENT, "Cet élément n'existe plus."},
         std::pair{EIO, "Le disque a signalé une erreur."},

@@ -3,6 +3,7 @@
 #include "FileSystem/LookTime.h"
 #include "FileSystem/OpenFolders.h"
 #include "FileSystem/RealPath.h"
+#include "FileSystem/ScanScope.h"
 #include "FileSystem/WalkAgenda.h"
 #include "FileSystem/WalkMounts.h"
 
@@ -23,20 +24,14 @@ constexpr std::size_t looksBetweenTimes = 4;
 /// A piece of a buffer that is looked at slowly has at least so many names.
 constexpr std::size_t leastShare = 8;
 
-/// Whether a name leads to nothing, or to something else, since it was read: that is no refusal. ESRCH: the
-/// folder of a process that has ended.
-bool isGone(int error)
-{
-    return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ESRCH;
-}
-
 } // namespace
 
 class TreeWalk::Run final : public WorkerPool::Job {
 public:
     Run(WorkerPool& pool, std::unique_ptr<Visitor> visitor, std::stop_token stop, const DiskSense& sense)
         : m_pool(pool), m_visitor(std::move(visitor)), m_stop(std::move(stop)), m_sense(sense),
-          m_agenda(pool, sense), m_mounts(m_stop), m_desks(pool.capacity())
+          m_agenda(pool, sense), m_mounts(m_stop),
+          m_scope(m_visitor->seesExcluded() ? nullptr : ScanScope::current()), m_desks(pool.capacity())
     {}
 
     /// Queues the roots; false when there are none.
@@ -144,6 +139,9 @@ private:
 
     SystemResult<FileDescriptor> open(Desk& desk, Folder& folder)
     {
+        if (folder.m_exclusion != 0) {
+            return std::unexpected(SystemError{folder.m_exclusion});
+        }
         // Below its top a mount has answered, but a root may lie anywhere.
         const auto& position = folder.m_position;
         const Mount* const mount = folder.isRoot() ? position.mount() : position.mountPoint();
@@ -201,7 +199,7 @@ private:
 
     void tellUnreadable(Folder& folder, int failure)
     {
-        if (failure != 0 && (folder.isRoot() || !isGone(failure))) {
+        if (failure != 0 && (folder.isRoot() || !SystemError{failure}.isGone())) {
             m_visitor->unreadable(folder, {failure});
         }
     }
@@ -314,9 +312,12 @@ private:
                                                       piece.firstIndex + name.index, name.inode);
             if (isWanted) {
                 readAttributes(folder, name, child, desk.attributes[count]);
-                if (++looks % looksBetweenTimes == 0 && time.isOver()) {
-                    return i + 1;
-                }
+            }
+            if (child.isFolder() && m_scope != nullptr) {
+                child.exclusion = m_scope->exclusion(folder, child.name);
+            }
+            if (isWanted && ++looks % looksBetweenTimes == 0 && time.isOver()) {
+                return i + 1;
             }
         }
         return piece.end;
@@ -332,7 +333,7 @@ private:
             storage = *read;
             child.attributes = &storage;
             child.type = read->type;
-        } else if (!isGone(read.error().code)) {
+        } else if (!read.error().isGone()) {
             child.failure = read.error().code;
         }
     }
@@ -342,13 +343,10 @@ private:
         for (const Child& child : std::views::reverse(desk.children)) {
             if (child.descend && child.isFolder()) {
                 auto record = m_visitor->descendInto(folder, child);
-                record->m_parent = &folder;
-                record->m_name = child.name;
-                record->m_position = folder.m_position.child(child.name);
-                record->m_spindles = record->m_position.mount() == folder.m_position.mount()
-                                         ? folder.m_spindles
-                                         : m_agenda.spindlesOf(record->m_position.mount());
-                record->m_inode = child.inode;
+                record->standBelow(folder, child);
+                if (record->m_position.mount() != folder.m_position.mount()) {
+                    record->m_spindles = m_agenda.spindlesOf(record->m_position.mount());
+                }
                 desk.found.push_back({record.release(), {}});
             }
         }
@@ -381,6 +379,7 @@ private:
     const DiskSense& m_sense;
     Agenda m_agenda;
     WalkMounts m_mounts;
+    std::shared_ptr<const ScanScope> m_scope; // none for a visitor that sees everything
     OpenFolders m_openFolders;
     std::vector<std::unique_ptr<Desk>> m_desks;
     std::atomic<std::size_t> m_rootsPending = 0;

@@ -30,6 +30,8 @@ class TreeWalk {
     struct Spindles;
 
 public:
+    struct Child;
+
     /// A folder on its way through the walk. Visitors derive from it to keep their sums.
     class Folder {
     public:
@@ -65,6 +67,9 @@ public:
     private:
         friend class TreeWalk;
 
+        /// Becomes a folder in `parent`, on the same disk.
+        void standBelow(Folder& parent, const Child& child);
+
         /// Opens it by its path below the root, however long that is.
         [[nodiscard]] SystemResult<FileDescriptor> openFromRoot() const;
 
@@ -77,6 +82,7 @@ public:
         std::atomic<std::uint32_t> m_pending{1}; ///< its own listing, its buffers, its child folders
         std::atomic<std::uint32_t> m_uses{1};    ///< who still needs the descriptor
         std::uint64_t m_serial = 0;              ///< tells one folder from a later one at the same address
+        int m_exclusion = 0;                     ///< why it is not read though it may be
         bool m_keepsOpen = false;                ///< children are opened relative to the descriptor
         FolderAccess m_rootAccess = FolderAccess::listing;         ///< how a root is opened
         mutable std::atomic<const ScanRoot*> m_scanRoot = nullptr; ///< of a root that was asked for it
@@ -92,6 +98,7 @@ public:
         std::uint64_t inode = 0;                    ///< as listed: of a mount point, what it covers
         std::uint64_t mark = 0;                     ///< the visitor's own, from `visit` to `descendInto`
         bool descend = false;                       ///< the visitor's answer: walk into this folder
+        int exclusion = 0;                          ///< why this folder is told as unreadable when entered
 
         [[nodiscard]] bool isFolder() const noexcept { return type == EntryType::folder; }
 
@@ -125,9 +132,12 @@ public:
 
         [[nodiscard]] virtual Wish wish(const Folder& folder) const = 0;
 
-        /// A folder cannot be opened, and counts as empty: before `counted`. Or its names cannot be read to
-        /// the end: after their visits, or at once with them. On one thread. Not called for a folder below
-        /// the root that went, or was replaced, since its name was read.
+        /// Whether it sees what the user excludes from scans.
+        [[nodiscard]] virtual bool seesExcluded() const { return false; }
+
+        /// A folder cannot be opened, or is excluded, and counts as empty: before `counted`. Or its names
+        /// cannot be read to the end: after their visits, or at once with them. On one thread. Not called for
+        /// a folder below the root that went, or was replaced, since its name was read.
         virtual void unreadable(Folder& /*folder*/, const SystemError& /*error*/) {}
 
         /// All names of a folder were read; before its first visit, on one thread.

@@ -38,6 +38,16 @@ FileUrl TreeWalk::Folder::url(std::string_view child) const
     return FileUrl{std::move(path)};
 }
 
+void TreeWalk::Folder::standBelow(Folder& parent, const Child& child)
+{
+    m_parent = &parent;
+    m_name = child.name;
+    m_position = parent.m_position.child(child.name);
+    m_spindles = parent.m_spindles;
+    m_inode = child.inode;
+    m_exclusion = child.exclusion;
+}
+
 bool TreeWalk::Wish::asksFor(EntryType type) const noexcept
 {
     switch (type) {

@@ -17,6 +17,7 @@ void UnreadPlaces::keepFirst()
 void UnreadPlaces::add(UnreadPlaces others)
 {
     count += others.count;
+    excluded += others.excluded;
     hasItems = hasItems || others.hasItems;
     std::ranges::move(others.places, std::back_inserter(places));
     keepFirst();
@@ -26,6 +27,7 @@ void UnreadLedger::add(UnreadPlace place)
 {
     const std::scoped_lock lock{m_mutex};
     ++m_places.count;
+    m_places.excluded += place.error.isExclusion() ? 1 : 0;
     m_places.hasItems = m_places.hasItems || !place.isFolder;
     m_places.places.push_back(std::move(place));
     if (m_places.places.size() >= 2 * UnreadPlaces::limit) {

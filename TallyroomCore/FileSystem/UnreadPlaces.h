@@ -28,6 +28,7 @@ struct UnreadPlaces {
     std::int64_t count = 0;          ///< of all, also those that are not kept
     bool hasItems = false;           ///< not all of them are folders
     std::vector<UnreadPlace> places; ///< the first ones by path
+    std::int64_t excluded = 0;       ///< of `count`, the folders that the user excludes
 
     /// Takes in others.
     void add(UnreadPlaces others);

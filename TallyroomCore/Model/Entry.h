@@ -32,7 +32,8 @@ enum class EntryMark : unsigned char {
     inUse = 2,       ///< a cache that a running process holds open, or that was written to just now
     application = 4, ///< a part of an installed program
     unreadable = 8,  ///< a folder that cannot be listed, an item that cannot be examined: its size is unknown
-    unreadItems = 16 ///< not all that is unread below it are folders
+    unreadItems = 16, ///< not all that is unread below it are folders
+    excluded = 32     ///< scans leave it out, or something below it, because the user says so
 };
 
 /// One file or folder, as every list, bar and tile shows it. A plain value.

@@ -216,6 +216,9 @@ public:
         : m_account(std::move(account)), m_result(std::move(result))
     {}
 
+    /// What is removed goes whole.
+    [[nodiscard]] bool seesExcluded() const override { return true; }
+
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const override
     {
         return {TreeWalk::Attributes::filesAndLinks};

@@ -34,6 +34,8 @@ public:
 
     explicit ItemVisitor(std::shared_ptr<Findings> findings) : m_findings(std::move(findings)) {}
 
+    [[nodiscard]] bool seesExcluded() const override { return true; }
+
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& folder) const override
     {
         return {folder.isRoot() ? TreeWalk::Attributes::everything : TreeWalk::Attributes::filesAndLinks,

@@ -47,10 +47,10 @@ public:
             if (!child.isFolder()) {
                 continue;
             }
-            if (m_names.contains(child.name)) {
+            if (child.exclusion == 0 && m_names.contains(child.name)) {
                 matches.push_back(match(folder, child));
             } else {
-                child.descend = !isPruned(child.name);
+                child.descend = child.exclusion != 0 || !isPruned(child.name);
             }
         }
         if (!matches.empty()) {

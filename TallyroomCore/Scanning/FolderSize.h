@@ -25,6 +25,7 @@ struct FolderSize {
     /// When one of them last changed, in seconds since 1970, within 1970 and 2106; 0 when nothing tells.
     std::uint32_t newest = 0;
     bool hasUnreadItems = false; ///< not all of `unread` are folders
+    bool hasExcluded = false;    ///< some of `unread` is left out because the user says so
     bool isUnreadable = false;   ///< the folder itself, and nothing is known of it
 
     /// Makes it the size of an entry, with all that goes with it.
@@ -35,6 +36,7 @@ struct FolderSize {
         entry.unread = static_cast<std::uint32_t>(std::min(unread, most));
         entry.set(EntryMark::unreadable, isUnreadable);
         entry.set(EntryMark::unreadItems, hasUnreadItems);
+        entry.set(EntryMark::excluded, hasExcluded);
     }
 
     friend bool operator==(const FolderSize&, const FolderSize&) = default;

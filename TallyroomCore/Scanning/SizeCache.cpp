@@ -114,6 +114,7 @@ std::optional<FolderSize> SizeCache::sizeAt(std::uint32_t record) const
         size.unread = remark.unread;
         size.countedAgain = remark.countedAgain;
         size.hasUnreadItems = remark.hasUnreadItems;
+        size.hasExcluded = remark.hasExcluded;
         size.isUnreadable = remark.isUnreadable;
     }
     return size;
@@ -170,6 +171,7 @@ void SizeCache::store(Place place, const FolderSize& size, const std::optional<S
                                          .countedAgain = size.countedAgain,
                                          .cause = cause ? cause->code : 0,
                                          .hasUnreadItems = size.hasUnreadItems,
+                                         .hasExcluded = size.hasExcluded,
                                          .isUnreadable = size.isUnreadable};
     }
 }
@@ -199,6 +201,7 @@ UnreadPlaces SizeCache::unreadPlaces(const FileUrl& url) const
     for (const auto& [record, remark] : m_store.remarks) {
         if (remark.cause != 0 && isBelow(record, *folder)) {
             ++found.count;
+            found.excluded += SystemError{remark.cause}.isExclusion() ? 1 : 0;
             found.hasItems = found.hasItems || remark.isItem;
             found.places.push_back({urlOf(record), {remark.cause}, !remark.isItem});
         }

@@ -108,6 +108,7 @@ private:
         std::int64_t countedAgain = 0;
         int cause = 0; ///< errno: why this very item could not be read
         bool hasUnreadItems = false;
+        bool hasExcluded = false;
         bool isUnreadable = false;
         bool isItem = false; ///< no folder
     };

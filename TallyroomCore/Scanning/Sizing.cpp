@@ -26,6 +26,7 @@ FolderSize SizingVisitor::SizedFolder::size() const
             .largestFolder = largestFolder.load(),
             .newest = newest.load(),
             .hasUnreadItems = hasUnreadItems.load(),
+            .hasExcluded = hasExcluded.load(),
             .isUnreadable = cause.has_value() && bytes == 0};
 }
 
@@ -55,12 +56,16 @@ void SizingVisitor::SizedFolder::sum(const FolderSize& part)
     if (part.hasUnreadItems) {
         hasUnreadItems = true;
     }
+    if (part.hasExcluded) {
+        hasExcluded = true;
+    }
 }
 
 void SizingVisitor::unreadable(TreeWalk::Folder& folder, const SystemError& error)
 {
     auto& sized = static_cast<SizedFolder&>(folder);
     sized.cause = error;
+    sized.hasExcluded = sized.hasExcluded || error.isExclusion();
     sized.unread.fetch_add(1, std::memory_order_relaxed);
 }
 

@@ -22,6 +22,7 @@ public:
         std::atomic<std::int64_t> largestFolder = 0;
         std::atomic<std::uint32_t> newest = 0;
         std::atomic<bool> hasUnreadItems = false;
+        std::atomic<bool> hasExcluded = false;
         std::optional<SystemError> cause; ///< why it could not be listed
         SizeCache::Place place;
         /// Where all that is found below it is counted at once, for one who cannot wait for totals; may be
@@ -112,7 +113,7 @@ void SizingVisitor::lookUpFolders(const SizedFolder& folder, std::span<TreeWalk:
         if (!child.isFolder()) {
             continue;
         }
-        if (answer->size) {
+        if (answer->size && child.exclusion == 0) {
             know(child, *answer->size);
         } else {
             child.descend = true;

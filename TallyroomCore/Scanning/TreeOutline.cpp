@@ -213,6 +213,11 @@ private:
                 answers.push_back({sizeOfItem(child), 0, false});
                 continue;
             }
+            if (child.exclusion != 0) {
+                answers.push_back({{.unread = 1, .hasExcluded = true, .isUnreadable = true}, 0, false});
+                ++answer;
+                continue;
+            }
             const bool isPending = !answer->size;
             if (isPending) {
                 noteUnknown(folder.url(child.name));

@@ -25,7 +25,7 @@ _tallyroom_cli_ecosystems() {
 # The options that a command takes.
 _tallyroom_cli_options() {
     local options="--format -h --help"
-    [[ $1 == volumes ]] || options+=" --quiet"
+    [[ $1 == volumes ]] || options+=" --quiet --exclude --one-file-system"
     case $1 in
         usage) options+=" --verbose" ;;
         largest) options+=" --limit --kind --older-than" ;;
@@ -54,6 +54,7 @@ _tallyroom_cli() {
     case $previous in
         --format) _tallyroom_cli_words "table csv json" "$current" ;;
         --ecosystems) _tallyroom_cli_ecosystems "$current" ;;
+        --exclude) _tallyroom_cli_folders "$current" ;;
         --kind) _tallyroom_cli_words "image video audio archive code document spreadsheet data diskImage other" "$current" ;;
         --older-than) _tallyroom_cli_words "1w 1m 3m 6m 1y" "$current" ;;
         --limit | --min-size) ;; # a number

@@ -27,6 +27,10 @@ complete -c tallyroom-cli -n "not $given" -a volumes -d "Les volumes montés"
 complete -c tallyroom-cli -n "$given" -l format -x -a "table csv json" -d "Forme du résultat"
 complete -c tallyroom-cli -n "$given; and not __fish_seen_subcommand_from volumes" -l quiet \
     -d "Ne pas montrer la progression"
+complete -c tallyroom-cli -n "$given; and not __fish_seen_subcommand_from volumes" -l exclude -x \
+    -a "(__fish_complete_directories (commandline -ct))" -d "Dossier, ou nom de dossiers, à laisser de côté"
+complete -c tallyroom-cli -n "$given; and not __fish_seen_subcommand_from volumes" -l one-file-system \
+    -d "Rester sur le système de fichiers"
 complete -c tallyroom-cli -n "$given; and not __fish_seen_subcommand_from volumes" \
     -a "(__fish_complete_directories (commandline -ct))"
 complete -c tallyroom-cli -n "__fish_seen_subcommand_from usage" -l verbose \

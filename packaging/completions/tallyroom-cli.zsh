@@ -23,7 +23,9 @@ _tallyroom_cli() {
     [[ $state == command ]] || return
 
     local -a options=($help '--format=[forme du résultat]:forme:(table csv json)')
-    [[ $line[1] == volumes ]] || options+=('--quiet[ne pas montrer la progression]' '1:dossier:_files -/')
+    [[ $line[1] == volumes ]] || options+=('--quiet[ne pas montrer la progression]' '1:dossier:_files -/'
+        '*--exclude=[nom ou dossier à laisser de côté]:dossier:_files -/'
+        '--one-file-system[rester sur le système de fichiers]')
     case $line[1] in
         usage) options+=('--verbose[dire combien de lecteurs chaque disque a eus]') ;;
         largest)
