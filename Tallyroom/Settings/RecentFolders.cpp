@@ -2,30 +2,11 @@
 
 #include "Bridge/Observable.h"
 #include "Settings/Settings.h"
-#include "Text/Utf8.h"
+#include "Settings/StoredUrl.h"
 
 #include <algorithm>
 
 namespace tallyroom {
-
-namespace {
-
-const QString escapedPrefix = QStringLiteral("file://");
-
-/// The path as it is; one that is not UTF-8 as a file: URL, the only other thing that a text can stand for.
-QString storedText(const FileUrl& url)
-{
-    return QString::fromStdString(Utf8::isValid(url.path()) ? url.path() : url.percentEncoded());
-}
-
-FileUrl fromStoredText(const QString& text)
-{
-    return text.startsWith(escapedPrefix)
-               ? FileUrl{percentDecodedPath(text.sliced(escapedPrefix.size()).toStdString())}
-               : FileUrl{text.toStdString()};
-}
-
-} // namespace
 
 RecentFolders& RecentFolders::shared()
 {
@@ -37,7 +18,7 @@ RecentFolders& RecentFolders::shared()
 RecentFolders::RecentFolders(QString key) : m_key(std::move(key))
 {
     const QStringList texts = Settings::textList(m_key).value_or(QStringList{});
-    std::ranges::transform(texts, std::back_inserter(m_urls), fromStoredText);
+    std::ranges::transform(texts, std::back_inserter(m_urls), StoredUrl::read);
     std::erase_if(m_urls, [](const FileUrl& url) { return !url.path().starts_with('/'); });
 }
 
@@ -48,12 +29,14 @@ void RecentFolders::add(const FileUrl& url)
     std::erase(urls, folder);
     urls.insert(urls.begin(), folder);
     urls.resize(std::min(urls.size(), maxCount));
-    if (!assignIfChanged(m_urls, std::move(urls))) {
+    const bool isOpened = assignIfChanged(m_openedLast, folder);
+    if (assignIfChanged(m_urls, std::move(urls))) {
+        QStringList texts;
+        std::ranges::transform(m_urls, std::back_inserter(texts), StoredUrl::text);
+        Settings::write(m_key, texts);
+    } else if (!isOpened) {
         return;
     }
-    QStringList texts;
-    std::ranges::transform(m_urls, std::back_inserter(texts), storedText);
-    Settings::write(m_key, texts);
     Q_EMIT urlsChanged();
 }
 

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 namespace tallyroom {
@@ -25,15 +26,20 @@ public:
     /// Standardized locations; whether they still exist is not asked.
     [[nodiscard]] const std::vector<FileUrl>& urls() const { return m_urls; }
 
+    /// The folder that a tool opened last since the program began, to be offered by the others.
+    [[nodiscard]] const std::optional<FileUrl>& openedLast() const { return m_openedLast; }
+
     /// Puts a folder that a tool has just opened first, and stores the list at once.
     void add(const FileUrl& url);
 
 Q_SIGNALS:
+    /// So did `openedLast`, maybe alone.
     void urlsChanged();
 
 private:
     QString m_key;
     std::vector<FileUrl> m_urls;
+    std::optional<FileUrl> m_openedLast;
 };
 
 } // namespace tallyroom

@@ -1,5 +1,6 @@
 #include "Removal/ProtectedLocations.h"
 
+#include "Concurrency/Locked.h"
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/HomeFolder.h"
 
@@ -27,7 +28,44 @@ std::vector<std::string> otherPlaces(const Mount& mount, std::span<const Mount> 
     return places;
 }
 
+/// Never destroyed: workers may outlive main().
+Locked<std::vector<FileUrl>>& chosenFolders()
+{
+    static auto& folders = *new Locked<std::vector<FileUrl>>;
+    return folders;
+}
+
 } // namespace
+
+void ProtectedLocations::protect(std::vector<FileUrl> folders)
+{
+    chosenFolders().set(std::move(folders));
+}
+
+void ProtectedLocations::readChosen()
+{
+    for (const FileUrl& folder : chosenFolders().get()) {
+        const FileDescriptor opened{::open(folder.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+        const auto path = opened.isOpen() ? realPathOf(opened.get()) : std::unexpected(SystemError::last());
+        m_chosen.push_back(path ? *path : folder.path());
+    }
+}
+
+std::optional<std::string> ProtectedLocations::refusalByChoice(const std::string& path) const
+{
+    for (const std::string& chosen : m_chosen) {
+        if (chosen == path) {
+            return "Ce dossier est protégé dans les préférences.";
+        }
+        if (isWithin(chosen, path)) {
+            return "Un dossier protégé dans les préférences s'y trouve.";
+        }
+        if (isWithin(path, chosen)) {
+            return "Cet élément est dans un dossier protégé dans les préférences.";
+        }
+    }
+    return std::nullopt;
+}
 
 SystemResult<ProtectedLocations> ProtectedLocations::read(std::span<const Mount> mounts)
 {
@@ -39,6 +77,7 @@ SystemResult<ProtectedLocations> ProtectedLocations::read(std::span<const Mount>
         locations.m_mountPoints.push_back(mount.mountPoint);
         std::ranges::move(otherPlaces(mount, mounts), std::back_inserter(locations.m_shownElsewhere));
     }
+    locations.readChosen();
     for (const FileUrl& home : HomeFolder::all()) {
         locations.guard(home.path());
         locations.guardOtherPlaces(home.path(), mounts);
@@ -114,6 +153,9 @@ std::optional<std::string> ProtectedLocations::refusal(const ItemPlace& place) c
     if (!path) {
         // Beyond PATH_MAX the mount table cannot name it either, and the removal enters no mount.
         return path.error().code == ENAMETOOLONG ? std::nullopt : std::optional{path.error().message()};
+    }
+    if (auto refused = refusalByChoice(*path)) {
+        return refused;
     }
     const auto mount = std::ranges::find_if(
         m_mountPoints, [&path](const std::string& point) { return isWithin(point, *path); });

@@ -22,6 +22,10 @@ public:
     /// table. Good for one batch: the kernel itself protects later mounts.
     [[nodiscard]] static SystemResult<ProtectedLocations> read(std::span<const Mount> mounts);
 
+    /// Folders that the user wants to keep with all that they hold; every batch that begins later refuses
+    /// them. In place of those before. Any thread.
+    static void protect(std::vector<FileUrl> folders);
+
     /// Why an item must stay, in words for people; none when it may go. Refuses a link only
     /// if the home folder's path runs through it.
     [[nodiscard]] std::optional<std::string> refusal(const ItemPlace& place) const;
@@ -33,12 +37,15 @@ private:
     };
 
     void guard(const std::string& home);
+    void readChosen();
+    [[nodiscard]] std::optional<std::string> refusalByChoice(const std::string& path) const;
     void guardOtherPlaces(const std::string& home, std::span<const Mount> mounts);
     [[nodiscard]] const Guarded* find(const FileAttributes& attributes) const;
 
     std::vector<std::string> m_mountPoints;
     std::vector<std::string> m_shownElsewhere; ///< what a mount shows, at its other places
     std::vector<Guarded> m_homeAndAbove;
+    std::vector<std::string> m_chosen; ///< by the user; real paths
 };
 
 } // namespace tallyroom
