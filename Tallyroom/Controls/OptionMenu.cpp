@@ -1,9 +1,10 @@
 #include "Controls/OptionMenu.h"
 
-#include "Theme/Theme.h"
+#include "Theme/SymbolIcon.h"
 
 #include <QActionGroup>
 #include <QMenu>
+#include <QPainter>
 
 namespace tallyroom {
 
@@ -12,7 +13,7 @@ OptionMenu::OptionMenu(Choices choices, std::function<QString()> title, QWidget*
 {
     m_group->setExclusionPolicy(choices == Choices::one ? QActionGroup::ExclusionPolicy::Exclusive
                                                         : QActionGroup::ExclusionPolicy::None);
-    Theme::style(this, Theme::Button::plain);
+    Theme::style(this, Theme::Button::menu);
     connect(menu(), &QMenu::aboutToShow, this, &OptionMenu::showCurrent);
     showTitle();
 }
@@ -20,8 +21,17 @@ OptionMenu::OptionMenu(Choices choices, std::function<QString()> title, QWidget*
 void OptionMenu::showTitle()
 {
     const QString title = m_title();
-    setText(title + QStringLiteral(" ▾"));
+    setText(title);
     setAccessibleName(title);
+}
+
+void OptionMenu::paintEvent(QPaintEvent* event)
+{
+    MenuButton::paintEvent(event);
+    QPainter painter{this};
+    const QRect mark{width() - Theme::gap - Theme::sortMarkSize, 0, Theme::sortMarkSize, height()};
+    SymbolIcon::paint(painter, mark, "chevron.down", Theme::shared().colour(Theme::Colour::secondary),
+                      Theme::sortMarkSize);
 }
 
 /// Lets the keyboard begin at the choice that is on, else at the first one.

@@ -16,7 +16,7 @@ public:
     /// Whether one choice excludes the others.
     enum class Choices { one, many };
 
-    /// `title` makes the text of the button; a small arrow is added.
+    /// `title` makes the text of the button.
     OptionMenu(Choices choices, std::function<QString()> title, QWidget* parent = nullptr);
 
     /// Shows the title as it is now.
@@ -41,6 +41,9 @@ public:
     {
         connect(&tool, choiceChanged, this, &OptionMenu::showTitle);
     }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void showCurrent();

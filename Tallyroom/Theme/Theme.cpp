@@ -266,7 +266,7 @@ QFont Theme::small() const
 void Theme::style(QAbstractButton* button, Button look)
 {
     static constexpr std::array names{"plain", "icon", "primary", "prominent", "danger", "quiet",
-                                      "row",   "card", "chip",    "first",     "last"};
+                                      "row",   "card", "chip",    "menu",      "first",  "last"};
     setLook(button, "tallyButton", QString::fromLatin1(names.at(static_cast<std::size_t>(look))));
     if (auto* const push = qobject_cast<QPushButton*>(button)) {
         push->setAutoDefault(true); // Enter presses it as Space does
@@ -287,6 +287,16 @@ void Theme::style(QWidget* widget, Surface surface)
     static constexpr std::array names{"window", "side", "bar", "card", "banner", "alert"};
     widget->setAttribute(Qt::WA_StyledBackground);
     setLook(widget, "tallySurface", QString::fromLatin1(names.at(static_cast<std::size_t>(surface))));
+}
+
+void Theme::setAnimated(bool isAnimated)
+{
+    if (m_isAnimated != isAnimated) {
+        m_isAnimated = isAnimated;
+        if (m_isApplied) {
+            apply();
+        }
+    }
 }
 
 void Theme::apply()

@@ -36,9 +36,9 @@ public:
     /// How a button looks: `plain` has a line around it, `icon` is a plain square, `primary` is the one
     /// action of a screen, `prominent` the same where there is little else, `danger` deletes, `quiet` is bare
     /// until the mouse is over it, `row` is a row that acts, `card` a whole card that does, `chip` is a small
-    /// one of several to choose from, `first` and `last` are the ends of a row of icons of which one is
-    /// chosen.
-    enum class Button { plain, icon, primary, prominent, danger, quiet, row, card, chip, first, last };
+    /// one of several to choose from, `menu` has room for the mark of a menu on its right, `first` and `last`
+    /// are the ends of a row of icons of which one is chosen.
+    enum class Button { plain, icon, primary, prominent, danger, quiet, row, card, chip, menu, first, last };
     enum class Text { body, strong, title, heading, section, secondary, small };
     /// The ground under a part of the window.
     enum class Surface { window, side, bar, card, banner, alert };
@@ -51,6 +51,7 @@ public:
     static constexpr int tallRowHeight = 46;
     static constexpr int headerHeight = 28;
     static constexpr int controlHeight = 32;
+    static constexpr int windowMenuRoom = controlHeight + gap; ///< at the right end of each header
     static constexpr int controlRadius = 7;
     static constexpr int chipHeight = 26;
     static constexpr int cardRadius = 12;
@@ -130,6 +131,11 @@ public:
     static void style(QLabel* label, Text look);
     static void style(QWidget* widget, Surface surface);
 
+    /// Whether the window may move what it shows; the desktop's own wish to be still comes first.
+    [[nodiscard]] bool isAnimated() const { return m_isAnimated; }
+
+    void setAnimated(bool isAnimated);
+
     /// Applies palette, style sheet and fonts to the whole application, and follows the desktop's changes.
     /// TALLYROOM_THEME=light or dark in the environment holds one of them.
     void apply();
@@ -150,6 +156,7 @@ private:
     [[nodiscard]] QFont font(int pixels, QFont::Weight weight) const;
 
     bool m_isDark = false;
+    bool m_isAnimated = true;
     bool m_isApplied = false;
     bool m_isApplying = false;
     QColor m_accent;

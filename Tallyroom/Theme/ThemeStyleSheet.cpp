@@ -64,6 +64,8 @@ QPushButton[tallyButton="danger"]:disabled { background: @control; color: @disab
 
 *[tallyButton="chip"] { min-height: @chipInner; border-radius: @chipRadius; padding: 0 10px; }
 
+*[tallyButton="menu"] { padding-right: 28px; }
+
 QLineEdit {
     background: @control; color: @text; border: 1px solid @line; border-radius: @controlRadius;
     min-height: @controlInner; padding: 0 6px; selection-background-color: @accentFill; selection-color: @onAccent;
@@ -123,6 +125,8 @@ QString themeStyleSheet(const Theme& theme)
     const auto wash = [&theme](Theme::Colour colour, double opacity) {
         return theme.wash(theme.colour(colour), opacity).name();
     };
+    const QString still =
+        theme.isAnimated() ? QString{} : QStringLiteral("* { widget-animation-duration: 0; }");
     const double strength = theme.isDark() ? 2 : 1;
     // Longest names first, so that no name is taken for the beginning of another.
     const std::vector<std::pair<QString, QString>> values{
@@ -159,7 +163,7 @@ QString themeStyleSheet(const Theme& theme)
         {QStringLiteral("@line"), role(line)},
         {QStringLiteral("@text"), role(text)},
     };
-    QString result = sheet;
+    QString result = sheet + still;
     for (const auto& [name, value] : values) {
         result.replace(name, value);
     }
