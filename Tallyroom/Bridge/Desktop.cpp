@@ -198,6 +198,18 @@ void Desktop::copyPaths(const std::vector<Entry>& entries)
     }
 }
 
+void Desktop::showProgress(const std::optional<double>& fraction)
+{
+    // A signal that docks and task bars listen to; nobody answers.
+    auto message = QDBusMessage::createSignal(QStringLiteral("/org/tallyroom/Tallyroom"),
+                                              QStringLiteral("com.canonical.Unity.LauncherEntry"),
+                                              QStringLiteral("Update"));
+    message << QStringLiteral("application://tallyroom.desktop")
+            << QVariantMap{{QStringLiteral("progress"), fraction.value_or(0)},
+                           {QStringLiteral("progress-visible"), fraction.has_value()}};
+    QDBusConnection::sessionBus().send(message);
+}
+
 void Desktop::notify(const QString& title, const QString& body)
 {
     auto message = QDBusMessage::createMethodCall(

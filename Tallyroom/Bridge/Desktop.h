@@ -74,6 +74,9 @@ void open(const FileUrl& url);
 /// Puts the paths of entries on the clipboard, one a line.
 void copyPaths(const std::vector<Entry>& entries);
 
+/// Shows in the task bar how far a piece of work is, 0 to 1; nothing: none runs, or its end is not known.
+void showProgress(const std::optional<double>& fraction);
+
 /// Tells the user while the window is in the background.
 void notify(const QString& title, const QString& body);
 

@@ -5,10 +5,11 @@
 
 namespace tallyroom {
 
-void addShortcut(QWidget* screen, const QKeySequence& keys, const std::function<void()>& act)
+void addShortcut(QWidget* screen, const QKeySequence& keys, const QString& name,
+                 const std::function<void()>& act)
 {
     // A hidden screen's shortcuts are asleep, and a text field takes the keys it edits with first.
-    auto* const action = new QAction(screen);
+    auto* const action = new QAction(name, screen);
     action->setShortcut(keys);
     QObject::connect(action, &QAction::triggered, screen, act);
     screen->addAction(action);

@@ -122,4 +122,9 @@ std::int64_t duplicatesMinSize()
     return truncatedNumber(QStringLiteral("dup.minSize")).value_or(1'048'576);
 }
 
+QString animationsKey()
+{
+    return QStringLiteral("view.animations");
+}
+
 } // namespace tallyroom::Settings

@@ -48,6 +48,9 @@ void write(const QString& key, const QVariant& value);
 /// The smallest file looked at for duplicates, in bytes: "dup.minSize", 1 MiB when not chosen.
 [[nodiscard]] std::int64_t duplicatesMinSize();
 
+/// Where it is kept whether the map moves: "view.animations", true when not chosen.
+[[nodiscard]] QString animationsKey();
+
 } // namespace Settings
 
 } // namespace tallyroom

@@ -2,9 +2,15 @@
 
 #include "Controls/Shortcut.h"
 #include "Layout/TabOrder.h"
+#include "Settings/RecentFolders.h"
+#include "Settings/ScanRules.h"
 #include "Settings/Settings.h"
+#include "Shell/DropHint.h"
+#include "Shell/KeysDialog.h"
+#include "Shell/PreferencesDialog.h"
 #include "Shell/Sidebar.h"
 #include "Shell/ToolRegistry.h"
+#include "Shell/WindowMenu.h"
 #include "Text/FileUrlText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
@@ -13,7 +19,7 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QHBoxLayout>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -29,7 +35,6 @@ namespace {
 
 constexpr QSize smallestSize{700, 450};
 constexpr QSize defaultSize{900, 600};
-constexpr qint64 longScan = 10'000;                // milliseconds
 constexpr std::chrono::seconds closingPatience{3}; // with the item in hand, when the window is closed
 const QString geometryKey = QStringLiteral("window.geometry");
 
@@ -42,24 +47,21 @@ std::optional<FileUrl> droppedFolder(const QMimeData* dropped)
 } // namespace
 
 ContentView::ContentView(RemovalOperations operations)
-    : m_store(std::move(operations)), m_sidebar(new Sidebar(ToolRegistry::all())),
-      m_detail(new QStackedWidget), m_placeholder(new MessagePage("sidebar.left"))
+    : m_store(std::move(operations)), m_reports(m_store.deletions),
+      m_sidebar(new Sidebar(ToolRegistry::all())), m_menu(new WindowMenu), m_detail(new QStackedWidget),
+      m_placeholder(new MessagePage("sidebar.left")), m_dropHint(new DropHint(this))
 {
     setWindowTitle(QStringLiteral("Tallyroom"));
     setWindowIcon(SymbolIcon::application());
     setMinimumSize(smallestSize);
     setAcceptDrops(true);
     makeLayout();
+    connectMenu();
     addShortcuts();
     restoreSize();
     std::ranges::for_each(ToolRegistry::all(), [this](const ToolDescriptor& tool) { watch(tool); });
     m_store.dashboard.recovery().setTools(ToolRegistry::recoveryTools(m_store));
     connect(&m_store.dashboard, &DashboardViewModel::toolRequested, this, &ContentView::selectTool);
-    connect(&m_store.dashboard, &DashboardViewModel::largestRequested, this,
-            [this](const FileUrl& folder, FileKind kind) {
-                selectTool(QStringLiteral("large-files"));
-                m_store.largeFiles.openLargestOf(folder, kind);
-            });
     connect(m_sidebar, &Sidebar::selected, this, &ContentView::selectTool);
     selectTool(ToolRegistry::initial().id);
     m_detail->currentWidget()->setFocus(); // Enter takes what it offers first
@@ -69,22 +71,99 @@ void ContentView::makeLayout()
 {
     m_placeholder->setText(QStringLiteral("Aucun outil sélectionné"),
                            QStringLiteral("Choisissez un outil dans la barre latérale."));
+    connect(m_placeholder->addAction(QStringLiteral("Aller au tableau de bord")), &QPushButton::clicked, this,
+            [this] { selectTool(ToolRegistry::initial().id); });
     m_detail->addWidget(m_placeholder);
-    auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins({});
-    row->setSpacing(0);
-    row->addWidget(m_sidebar);
-    row->addWidget(m_detail, 1);
+    // The menu lies over the room that each tool's header leaves for it.
+    auto* const grid = new QGridLayout(this);
+    grid->setContentsMargins({});
+    grid->setSpacing(0);
+    grid->addWidget(m_sidebar, 0, 0, 3, 1);
+    grid->addWidget(m_detail, 0, 1, 3, 3);
+    grid->addWidget(m_menu, 1, 2);
+    grid->setRowMinimumHeight(0, Theme::gap + Theme::gap / 2);
+    grid->setRowStretch(2, 1);
+    grid->setColumnStretch(1, 1);
+    grid->setColumnMinimumWidth(3, Theme::margin);
+    m_menu->raise();
+}
+
+void ContentView::connectMenu()
+{
+    connect(m_menu, &WindowMenu::folderRequested, this, &ContentView::chooseFolder);
+    connect(m_menu, &WindowMenu::keysRequested, this, &ContentView::showKeys);
+    connect(m_menu, &WindowMenu::preferencesRequested, this, &ContentView::showPreferences);
+    connect(m_menu, &WindowMenu::aboutRequested, this, &ContentView::showAbout);
+    connect(&ScanRules::shared(), &ScanRules::changed, this, &ContentView::scanAgain);
+}
+
+/// For the tool on show, as Ctrl+O does it there; in the explorer where no tool is.
+void ContentView::chooseFolder()
+{
+    const ToolDescriptor* const tool = ToolRegistry::find(m_selectedToolID);
+    FolderTool& target = tool != nullptr ? tool->tool(m_store) : m_store.diskUsage;
+    Desktop::chooseFolder(this, RecentFolders::shared().openedLast(),
+                          [this, tool, &target](const FolderChoice& choice) {
+                              if (tool == nullptr) {
+                                  selectTool(QStringLiteral("disk-usage"));
+                              }
+                              target.handleImport(choice);
+                          });
+}
+
+void ContentView::showKeys()
+{
+    const ToolDescriptor* const tool = ToolRegistry::find(m_selectedToolID);
+    const QWidget* const screen = tool != nullptr ? m_detail->currentWidget() : nullptr;
+    (new KeysDialog(*this, screen, tool != nullptr ? tool->name : QString{}, this))->open();
+}
+
+void ContentView::showPreferences()
+{
+    (new PreferencesDialog(this))->open();
+}
+
+void ContentView::showAbout()
+{
+    auto* const box =
+        new QMessageBox(QMessageBox::NoIcon, QStringLiteral("À propos de Tallyroom"),
+                        QStringLiteral("Tallyroom ") + QApplication::applicationVersion(), {}, this);
+    box->setIconPixmap(SymbolIcon::application().pixmap(2 * Theme::controlHeight));
+    box->setInformativeText(
+        QStringLiteral("Montre ce qui occupe les disques, et aide à récupérer de la place.\n"
+                       "Logiciel libre sous licence MIT."));
+    box->addButton(QStringLiteral("Fermer"), QMessageBox::RejectRole);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+/// The tool on show: it would go on showing what other rules have found.
+void ContentView::scanAgain()
+{
+    const ToolDescriptor* const descriptor = ToolRegistry::find(m_selectedToolID);
+    if (descriptor == nullptr) {
+        return;
+    }
+    if (auto* const tool = qobject_cast<ScanToolViewModel*>(&descriptor->tool(m_store))) {
+        tool->refresh();
+    }
 }
 
 void ContentView::addShortcuts()
 {
-    addShortcut(this, Qt::CTRL | Qt::Key_Q, [this] { close(); });
     const auto& tools = ToolRegistry::all();
     for (std::size_t index = 0; index < tools.size(); ++index) {
         addShortcut(this, Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + static_cast<int>(index)),
+                    QStringLiteral("Aller à « %1 »").arg(tools[index].name),
                     [this, id = tools[index].id] { selectTool(id); });
     }
+    for (const QKeySequence& keys : {QKeySequence{Qt::Key_F1}, QKeySequence{Qt::CTRL | Qt::Key_Question}}) {
+        addShortcut(this, keys, QStringLiteral("Montrer les raccourcis clavier"), [this] { showKeys(); });
+    }
+    addShortcut(this, Qt::Key_F10, QStringLiteral("Ouvrir le menu"), [this] { m_menu->showMenu(); });
+    addShortcut(this, Qt::CTRL | Qt::Key_Comma, QStringLiteral("Ouvrir les préférences"),
+                [this] { showPreferences(); });
+    addShortcut(this, Qt::CTRL | Qt::Key_Q, QStringLiteral("Quitter"), [this] { close(); });
 }
 
 void ContentView::selectTool(const QString& id)
@@ -118,22 +197,20 @@ void ContentView::openFolder(const FileUrl& folder)
                      [this](const FolderChoice& choice) { m_store.diskUsage.handleImport(choice); });
 }
 
+void ContentView::openLargestOf(const FileUrl& folder, FileKind kind)
+{
+    selectTool(QStringLiteral("large-files"));
+    m_store.largeFiles.openLargestOf(folder, kind);
+}
+
 void ContentView::watch(const ToolDescriptor& descriptor)
 {
     FolderTool& tool = descriptor.tool(m_store);
     connect(&tool, &FolderTool::explorationRequested, this, &ContentView::openFolder);
-    connect(&tool, &FolderTool::stateChanged, this, [this, &descriptor, &tool] {
-        m_sidebar->showBusy(descriptor.id, tool.isScanning());
-        const auto since = m_scansSince.find(&descriptor);
-        if (tool.isScanning() && since == m_scansSince.end()) {
-            m_scansSince[&descriptor].start();
-        } else if (!tool.isScanning() && since != m_scansSince.end()) {
-            if (since->second.hasExpired(longScan) && !isActiveWindow()) {
-                Desktop::notify(descriptor.name + QStringLiteral(" : analyse terminée"), tool.scanReport());
-            }
-            m_scansSince.erase(since);
-        }
-    });
+    connect(&tool, &FolderTool::largestRequested, this, &ContentView::openLargestOf);
+    connect(&tool, &FolderTool::stateChanged, m_sidebar,
+            [this, &descriptor, &tool] { m_sidebar->showBusy(descriptor.id, tool.isScanning()); });
+    m_reports.follow(tool, descriptor.name);
 }
 
 void ContentView::restoreSize()
@@ -197,13 +274,23 @@ bool ContentView::focusNextPrevChild(bool isForward)
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (droppedFolder(event->mimeData())) {
+    const ToolDescriptor* const tool = ToolRegistry::find(m_selectedToolID);
+    if (const auto folder = droppedFolder(event->mimeData()); folder && tool != nullptr) {
         event->acceptProposedAction();
+        m_dropHint->showOver(*m_detail,
+                             QStringLiteral("Déposer pour ouvrir « %1 » dans « %2 »")
+                                 .arg(FileUrlText::display(folder->lastPathComponent()), tool->name));
     }
+}
+
+void ContentView::dragLeaveEvent(QDragLeaveEvent* /*event*/)
+{
+    m_dropHint->hide();
 }
 
 void ContentView::dropEvent(QDropEvent* event)
 {
+    m_dropHint->hide();
     const auto folder = droppedFolder(event->mimeData());
     const ToolDescriptor* const tool = ToolRegistry::find(m_selectedToolID);
     if (!folder || tool == nullptr) {

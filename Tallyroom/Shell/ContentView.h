@@ -2,8 +2,8 @@
 
 #include "Shell/SessionStore.h"
 #include "Shell/ToolDescriptor.h"
+#include "Shell/WorkReports.h"
 
-#include <QElapsedTimer>
 #include <QPointer>
 #include <QWidget>
 
@@ -14,11 +14,13 @@ class QStackedWidget;
 
 namespace tallyroom {
 
+class DropHint;
 class MessagePage;
 class Sidebar;
+class WindowMenu;
 
 /// The window: the tools on the left, the selected one's screen beside them. Remembers its size, takes
-/// dropped folders, and reports long scans that end while nobody looks. Main thread.
+/// dropped folders, and reports long work that ends while nobody looks. Main thread.
 class ContentView : public QWidget {
     Q_OBJECT
 
@@ -33,6 +35,9 @@ public:
 
     [[nodiscard]] SessionStore& store() { return m_store; }
 
+    /// Selects the tool of large files for those of a kind below `folder`.
+    void openLargestOf(const FileUrl& folder, FileKind kind);
+
     /// Selects the disk-usage explorer and opens `folder` in it.
     void openFolder(const FileUrl& folder);
 
@@ -43,11 +48,18 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     bool focusNextPrevChild(bool isForward) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
     void makeLayout();
     void addShortcuts();
+    void connectMenu();
+    void chooseFolder();
+    void showKeys();
+    void showPreferences();
+    void showAbout();
+    void scanAgain();
     void restoreSize();
     void askToLeave();
     void leave();
@@ -56,13 +68,15 @@ private:
 
     SessionStore m_store;
     QString m_selectedToolID;
-    std::unordered_map<const ToolDescriptor*, QElapsedTimer> m_scansSince; // the running ones
-    std::unordered_map<const ToolDescriptor*, QWidget*> m_screens;         // those once on show
-    bool m_isLeaving = false;                                              // though a removal may still run
+    WorkReports m_reports;
+    std::unordered_map<const ToolDescriptor*, QWidget*> m_screens; // those once on show
+    bool m_isLeaving = false;                                      // though a removal may still run
     QPointer<QMessageBox> m_leaveQuestion;
     Sidebar* m_sidebar;
+    WindowMenu* m_menu;
     QStackedWidget* m_detail;
     MessagePage* m_placeholder;
+    DropHint* m_dropHint;
 };
 
 } // namespace tallyroom

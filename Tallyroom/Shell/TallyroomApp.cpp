@@ -1,5 +1,7 @@
 #include "Shell/TallyroomApp.h"
 
+#include "Settings/FolderProtection.h"
+#include "Settings/Settings.h"
 #include "Shell/ContentView.h"
 #include "Text/FileUrlText.h"
 #include "Theme/Theme.h"
@@ -74,7 +76,9 @@ int runWindow(int argc, char** argv, const std::optional<FileUrl>& folder)
     if (words.load(QStringLiteral("qtbase_fr"), QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
         QApplication::installTranslator(&words);
     }
+    Theme::shared().setAnimated(Settings::flag(Settings::animationsKey(), true));
     Theme::shared().apply();
+    FolderProtection::apply();
     ContentView window;
     window.show();
     window.raise();

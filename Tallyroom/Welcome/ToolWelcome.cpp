@@ -1,6 +1,8 @@
 #include "Welcome/ToolWelcome.h"
 
 #include "Layout/LayoutNow.h"
+#include "Text/FileUrlText.h"
+#include "Text/PlainText.h"
 #include "Theme/SymbolIcon.h"
 #include "Welcome/RecentFolderList.h"
 
@@ -30,7 +32,8 @@ QLabel* addCentredText(QVBoxLayout& column, const QString& text, Theme::Text loo
 } // namespace
 
 ToolWelcome::ToolWelcome(Content content, QWidget* parent)
-    : QScrollArea(parent), m_content(std::move(content)), m_recents(new RecentFolderList)
+    : QScrollArea(parent), m_content(std::move(content)), m_offer(new QPushButton),
+      m_action(new QPushButton{m_content.actionTitle}), m_recents(new RecentFolderList)
 {
     auto* const column = new QWidget;
     column->setMaximumWidth(Theme::recentsWidth);
@@ -103,12 +106,35 @@ void ToolWelcome::addHint(QVBoxLayout& column)
 
 void ToolWelcome::addAction(QVBoxLayout& column)
 {
-    auto* const action = new QPushButton{m_content.actionTitle};
-    Theme::style(action, Theme::Button::prominent);
-    connect(action, &QPushButton::clicked, this, [this] { Q_EMIT actionRequested(); });
+    Theme::style(m_offer, Theme::Button::prominent);
+    connect(m_offer, &QPushButton::clicked, this, [this] {
+        if (m_offered) {
+            Q_EMIT offerTaken(FileUrl{*m_offered});
+        }
+    });
+    connect(m_action, &QPushButton::clicked, this, [this] { Q_EMIT actionRequested(); });
     column.addSpacing(Theme::gap);
-    column.addWidget(action, 0, Qt::AlignHCenter);
-    setFocusProxy(action);
+    column.addWidget(m_offer, 0, Qt::AlignHCenter);
+    column.addWidget(m_action, 0, Qt::AlignHCenter);
+    setOffer({});
+}
+
+void ToolWelcome::setOffer(const std::optional<FileUrl>& folder)
+{
+    m_offered = folder;
+    if (folder) {
+        const QFontMetrics metrics{Theme::shared().strong()};
+        const QString place = FileUrlText::displayFromHome(*folder);
+        // An ampersand would be a mark of the button's own.
+        m_offer->setText(QStringLiteral("Analyser ") +
+                         metrics.elidedText(place, Qt::ElideMiddle, Theme::messageWidth * 2 / 3)
+                             .replace(QLatin1Char{'&'}, QStringLiteral("&&")));
+        m_offer->setAccessibleName(QStringLiteral("Analyser ") + place);
+        m_offer->setToolTip(plainToolTip(FileUrlText::display(*folder)));
+    }
+    m_offer->setVisible(folder.has_value());
+    Theme::style(m_action, folder ? Theme::Button::plain : Theme::Button::prominent);
+    setFocusProxy(folder ? m_offer : m_action);
 }
 
 void ToolWelcome::showSymbols()

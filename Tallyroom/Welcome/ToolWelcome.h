@@ -10,6 +10,7 @@
 #include <vector>
 
 class QLabel;
+class QPushButton;
 class QVBoxLayout;
 
 namespace tallyroom {
@@ -37,7 +38,12 @@ public:
     /// The most recent first; the first five are shown, the section is absent when there are none.
     void setRecents(const std::vector<FileUrl>& recents);
 
+    /// Offers a folder that is open elsewhere as the first choice; none: the chooser is.
+    void setOffer(const std::optional<FileUrl>& folder);
+
 Q_SIGNALS:
+    /// The offered folder is wanted.
+    void offerTaken(const tallyroom::FileUrl& folder);
     /// The prominent button was pressed.
     void actionRequested();
     void recentRequested(const tallyroom::FileUrl& location);
@@ -51,6 +57,9 @@ private:
     Content m_content;
     QLabel* m_icon = nullptr;
     QLabel* m_hintIcon = nullptr;
+    std::optional<FileUrl> m_offered;
+    QPushButton* m_offer;
+    QPushButton* m_action;
     RecentFolderList* m_recents;
 };
 

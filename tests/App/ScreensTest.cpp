@@ -2,11 +2,16 @@
 #include "Bridge/FolderPresence.h"
 #include "Controls/CategoryChips.h"
 #include "Controls/SearchField.h"
+#include "Deletion/DeleteConfirmation.h"
 #include "Layout/FlowLayout.h"
 #include "Rows/EntryTableHeader.h"
 #include "Settings/RecentFolders.h"
+#include "Settings/ScanRules.h"
+#include "Shell/KeysDialog.h"
+#include "Shell/PreferencesDialog.h"
 #include "Text/CSVExport.h"
 #include "Text/FileUrlText.h"
+#include "Text/UnreadText.h"
 #include "Theme/Theme.h"
 #include "Tools/Frame/ToolHeader.h"
 #include "Tools/Frame/ToolTitle.h"
@@ -20,6 +25,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QTreeWidget>
 
 #include <algorithm>
 #include <chrono>
@@ -233,6 +239,73 @@ TEST_F(Screens, ARecentFolderOfTheWelcomePageIsScannedAndItsListHasTheKeyboard)
     EXPECT_THAT(RecentFolders::shared().urls().front(), tree.url());
 }
 
+TEST_F(Screens, AFolderOpenElsewhereIsOfferedFirstAndEnterTakesIt)
+{
+    const TemporaryTree tree{file("a&b/big", 90'000)};
+    scan("large-files", tree.url("a&b"));
+    window->selectTool(QStringLiteral("duplicates"));
+    auto* const offer = button(QStringLiteral("Analyser ") + FileUrlText::displayFromHome(tree.url("a&b")));
+    ASSERT_NE(offer, nullptr);
+    EXPECT_FALSE(offer->text().contains(QStringLiteral("a&b"))) << "the sign would be swallowed";
+    shown<ToolWelcome>().setFocus();
+    press(Qt::Key_Return);
+    EXPECT_TRUE(hasScanned(store().duplicates, tree.url("a&b")));
+}
+
+TEST_F(Screens, TheListOfKeysHasThoseOfTheToolOnShow)
+{
+    const auto told = [this](Qt::Key key, Qt::KeyboardModifiers modifiers) {
+        press(key, modifiers);
+        auto* const keys = dialog<KeysDialog>();
+        QStringList all;
+        for (QTreeWidgetItemIterator row{keys->findChild<QTreeWidget*>()}; *row != nullptr; ++row) {
+            all += (*row)->text(0) + QStringLiteral(" = ") + (*row)->text(1);
+        }
+        delete keys;
+        activate(*window);
+        return all;
+    };
+    window->selectTool(QStringLiteral("disk-usage"));
+    const QStringList explorer = told(Qt::Key_F1, Qt::NoModifier);
+    EXPECT_TRUE(explorer.contains(QStringLiteral("Ouvrir un dossier = Ctrl+O")));
+    EXPECT_TRUE(explorer.contains(QStringLiteral("Revenir en arrière = Alt+Left, Backspace")))
+        << explorer.join(QLatin1Char{'\n'}).toStdString();
+    window->selectTool(QStringLiteral("dashboard"));
+    const QStringList dashboard = told(Qt::Key_Question, Qt::ControlModifier);
+    EXPECT_TRUE(dashboard.contains(QStringLiteral("Quitter = Ctrl+Q")));
+    EXPECT_TRUE(dashboard.filter(QStringLiteral("Revenir en arrière")).isEmpty());
+}
+
+TEST_F(Screens, WhatIsExcludedIsShownAndRemovedOnlyAfterAWarning)
+{
+    const TemporaryTree tree{file("films/private/a", 90'000), file("films/b", 40'000), file("c", 10'000)};
+    const ScanScope::Rules none;
+    scan("disk-usage", tree.url());
+    const auto refilled = [&](const FileUrl& folder) { return hasScanned(store().diskUsage, folder); };
+    press(Qt::Key_Comma, Qt::ControlModifier);
+    auto* const preferences = dialog<PreferencesDialog>();
+    auto& name = *preferences->findChildren<QLineEdit*>().front();
+    name.setText(QStringLiteral("private"));
+    QTest::keyClick(&name, Qt::Key_Return);
+    ASSERT_TRUE(refilled(tree.url())) << "the list on show follows";
+    delete preferences;
+    const Entry films = store().diskUsage.entries()[0];
+    EXPECT_EQ(films.sizeBytes, allocated(tree.path("films/b")));
+    EXPECT_TRUE(films.has(EntryMark::excluded));
+    const DeleteConfirmation asking{{films}, DeleteConfirmation::Default::trash, {}, window.get()};
+    EXPECT_TRUE(asking.accessibleDescription().contains(QStringLiteral("exclu des analyses")));
+    scan("disk-usage", tree.url("films"));
+    const auto rows = store().diskUsage.entries();
+    const auto hidden = std::ranges::find(rows, "private", &Entry::name);
+    ASSERT_NE(hidden, rows.end());
+    EXPECT_EQ(UnreadText::size(*hidden), QStringLiteral("exclu"));
+    scan("disk-usage", tree.url("films/private"));
+    EXPECT_THAT(below(tree, store().diskUsage.entries()), ElementsAre("films/private/a")) << "asked for";
+    EXPECT_EQ(Settings::textList(QStringLiteral("scan.excludedNames")),
+              QStringList{QStringLiteral("private")});
+    ScanRules::shared().setRules(none);
+}
+
 /// The parts of a header that lie on others or beyond it, or are cut, and options below others.
 QStringList misplaced(const ToolHeader& header)
 {
@@ -373,7 +446,7 @@ TEST_F(Screens, TabGoesThroughTheWindowAsItIsSeenAndBack)
     const QString order =
         QStringLiteral("Filtrer par nom|Tableau|Changer de dossier|Rafraîchir|Exporter|"
                        "Trier par : Taille, décroissant|Espace disque|Tout sélectionner|Tout désélectionner|"
-                       "Outils|Retour|/");
+                       "Menu de Tallyroom|Outils|Retour|/");
     window->resize(1600, 700);
     shown<SearchField>().setFocus();
     QStringList seen = (order + way).split(u'|');

@@ -1,6 +1,7 @@
 #include "App/WindowScene.h"
 #include "Controls/Spinner.h"
 #include "Deletion/DeleteConfirmation.h"
+#include "Shell/WorkReports.h"
 #include "Text/SizeText.h"
 #include "Tools/Frame/ExportFlow.h"
 
@@ -182,6 +183,39 @@ TEST_F(WindowFlowTest, EscapeAndTheBannerStopADeletionWhichKeepsTheRest)
         EXPECT_TRUE(store().diskUsage.statusMessage()->endsWith(
             QStringLiteral(" Interrompu : 2 éléments non traités.")));
     }
+}
+
+TEST_F(WindowFlowTest, LongWorkIsReportedWhereNobodyLooksAndItsProgressGoesWithIt)
+{
+    const TemporaryTree tree{file("a", 10), file("b", 10)};
+    std::latch mayGoOn{1};
+    open({[&mayGoOn](std::span<const Entry> entries, bool, const FileRemover::BatchOptions&) {
+              mayGoOn.wait();
+              FileRemover::RemovalResult result;
+              std::ranges::transform(entries, std::back_inserter(result.removed), &Entry::url);
+              return result;
+          },
+          {}});
+    scan("disk-usage", tree.url());
+    QStringList news;
+    QStringList unwanted;
+    std::vector<std::optional<double>> progress;
+    const auto add = [](QStringList& list) {
+        return [&list](const QString& title, const QString& body) { list << title << body; };
+    };
+    const WorkReports hasty{store().deletions,
+                            {add(news), [&](const auto& part) { progress.push_back(part); }},
+                            std::chrono::milliseconds{0}};
+    const WorkReports patient{store().deletions, {add(unwanted), [](const auto&) {}}};
+    window->hide();
+    ASSERT_TRUE(QTest::qWaitFor([] { return QApplication::activeWindow() == nullptr; }));
+    store().diskUsage.deleteSelected({tree.url("a"), tree.url("b")}, true);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !progress.empty(); }, 20'000));
+    mayGoOn.count_down();
+    waitForRemoval();
+    EXPECT_EQ(progress, (std::vector<std::optional<double>>{0.0, std::nullopt}));
+    EXPECT_EQ(news, (QStringList{QStringLiteral("Suppression terminée"), QStringLiteral("2 éléments")}));
+    EXPECT_EQ(unwanted, QStringList{}) << "it was not long";
 }
 
 TEST_F(WindowFlowTest, TheConfirmationNamesTheDoubtfulThenTheLargestAndWhereTheyAre)

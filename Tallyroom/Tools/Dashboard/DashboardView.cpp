@@ -106,6 +106,7 @@ QWidget* DashboardView::makeHeader()
     row->setSpacing(Theme::gap);
     row->addWidget(new ToolTitle(QStringLiteral("Tableau de bord")), 1);
     row->addWidget(m_reload);
+    row->addSpacing(Theme::windowMenuRoom);
     return header;
 }
 
@@ -132,10 +133,11 @@ QWidget* DashboardView::makeVolumes()
 
 void DashboardView::addShortcuts()
 {
-    addShortcut(this, Qt::CTRL | Qt::Key_O, [this] { chooseFolder(); });
-    addShortcut(this, Qt::Key_F5, [this] { m_dashboard.refresh(); });
-    addShortcut(this, Qt::CTRL | Qt::Key_Z, [this] { m_dashboard.recovery().undoRemoval(); });
-    addShortcut(this, Qt::Key_Escape, [this] {
+    addShortcut(this, Qt::CTRL | Qt::Key_O, QStringLiteral("Ouvrir un dossier"), [this] { chooseFolder(); });
+    addShortcut(this, Qt::Key_F5, QStringLiteral("Recharger les volumes"), [this] { m_dashboard.refresh(); });
+    addShortcut(this, Qt::CTRL | Qt::Key_Z, QStringLiteral("Annuler la suppression"),
+                [this] { m_dashboard.recovery().undoRemoval(); });
+    addShortcut(this, Qt::Key_Escape, QStringLiteral("Arrêter ce qui est en cours"), [this] {
         if (!m_dashboard.recovery().stopRemoval()) {
             m_dashboard.cancelAnalysis();
             m_dashboard.recovery().stop();

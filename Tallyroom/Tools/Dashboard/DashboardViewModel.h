@@ -144,7 +144,6 @@ Q_SIGNALS:
     void analysisScannedChanged();
     void analyzedFolderChanged();
     void toolRequested(const QString& toolID);
-    void largestRequested(const tallyroom::FileUrl& folder, tallyroom::FileKind kind);
 
 private:
     void receive(VolumeReport report);

@@ -174,11 +174,14 @@ bool DiskUsageView::eventFilter(QObject* watched, QEvent* event)
 
 void DiskUsageView::addNavigationShortcuts()
 {
-    addShortcut(Qt::ALT | Qt::Key_Left, [this] { m_navigator.goBack(); });
-    addShortcut(Qt::Key_Backspace, [this] { m_navigator.goBack(); });
-    addShortcut(Qt::Key_Back, [this] { m_navigator.goBack(); });
-    addShortcut(Qt::ALT | Qt::Key_Up, [this] { m_navigator.goUp(); });
-    addShortcut(Qt::ALT | Qt::Key_Home, [this] { m_navigator.goToRoot(); });
+    addShortcut(Qt::ALT | Qt::Key_Left, QStringLiteral("Revenir en arrière"),
+                [this] { m_navigator.goBack(); });
+    addShortcut(Qt::Key_Backspace, QStringLiteral("Revenir en arrière"), [this] { m_navigator.goBack(); });
+    addShortcut(Qt::Key_Back, {}, [this] { m_navigator.goBack(); });
+    addShortcut(Qt::ALT | Qt::Key_Up, QStringLiteral("Aller au dossier parent"),
+                [this] { m_navigator.goUp(); });
+    addShortcut(Qt::ALT | Qt::Key_Home, QStringLiteral("Aller au premier dossier"),
+                [this] { m_navigator.goToRoot(); });
 }
 
 QString DiskUsageView::exportName() const

@@ -39,20 +39,22 @@ void openMenuByKey(const QWidget& screen)
 
 void addKeys(QWidget& screen, const EntryRows& rows, const std::function<std::optional<Entry>()>& current)
 {
-    addShortcut(&screen, Qt::CTRL | Qt::Key_C, [&rows, current] {
+    addShortcut(&screen, Qt::CTRL | Qt::Key_C, QStringLiteral("Copier le chemin"), [&rows, current] {
         const auto entry = current();
         Desktop::copyPaths(entry ? std::vector{*entry} : rows.selection().checkedEntries());
     });
     // The toolkit knows the menu key only.
-    addShortcut(&screen, Qt::SHIFT | Qt::Key_F10, [&screen] { openMenuByKey(screen); });
+    addShortcut(&screen, Qt::SHIFT | Qt::Key_F10, QStringLiteral("Ouvrir le menu de la ligne"),
+                [&screen] { openMenuByKey(screen); });
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
-        addShortcut(&screen, Qt::ALT | key, [&screen, &rows, current] {
-            if (const auto entry = current()) {
-                showProperties(screen, rows, *entry);
-            } else if (const auto checked = rows.selection().checkedEntries(); !checked.empty()) {
-                showProperties(screen, rows, checked.front());
-            }
-        });
+        addShortcut(&screen, Qt::ALT | key, QStringLiteral("Montrer les propriétés"),
+                    [&screen, &rows, current] {
+                        if (const auto entry = current()) {
+                            showProperties(screen, rows, *entry);
+                        } else if (const auto checked = rows.selection().checkedEntries(); !checked.empty()) {
+                            showProperties(screen, rows, checked.front());
+                        }
+                    });
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Bridge/Desktop.h"
+#include "Model/FileKind.h"
 
 #include <QObject>
 
@@ -31,6 +32,8 @@ public:
 Q_SIGNALS:
     void stateChanged();
     void explorationRequested(const tallyroom::FileUrl& folder);
+    /// Asks for the largest files of a kind below `folder`.
+    void largestRequested(const tallyroom::FileUrl& folder, tallyroom::FileKind kind);
 };
 
 } // namespace tallyroom

@@ -64,6 +64,7 @@ ToolHeader::ToolHeader(const QString& searchPlaceholder, QWidget* parent)
     for (QWidget* const button : buttons()) {
         m_row->addWidget(button);
     }
+    m_row->addSpacing(Theme::windowMenuRoom);
     m_column->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::gap);
     m_column->setSpacing(Theme::gap / 2);
     m_column->addLayout(m_row);
@@ -144,7 +145,7 @@ std::array<QWidget*, 4> ToolHeader::buttons() const
 
 int ToolHeader::buttonsWidth() const
 {
-    int width = 0;
+    int width = Theme::windowMenuRoom;
     for (const QWidget* const button : buttons()) {
         width += button->isHidden() ? 0 : Theme::gap + button->sizeHint().width();
     }

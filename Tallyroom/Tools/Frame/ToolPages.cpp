@@ -24,6 +24,7 @@ ToolPages::ToolPages(ScanToolViewModel& tool, const ToolWelcome::Content& welcom
     std::ranges::for_each(pages, [this](QWidget* one) { addWidget(one); });
     connect(m_welcome, &ToolWelcome::actionRequested, this, &ToolPages::folderRequested);
     connect(m_welcome, &ToolWelcome::recentRequested, &m_tool, &FolderTool::examine);
+    connect(m_welcome, &ToolWelcome::offerTaken, &m_tool, &FolderTool::examine);
     connect(&RecentFolders::shared(), &RecentFolders::urlsChanged, this, &ToolPages::showRecents);
     showRecents();
 }
@@ -45,6 +46,7 @@ void ToolPages::makeMessages()
 
 void ToolPages::showRecents()
 {
+    m_welcome->setOffer(RecentFolders::shared().openedLast());
     m_welcome->setRecents(RecentFolders::shared().urls());
 }
 

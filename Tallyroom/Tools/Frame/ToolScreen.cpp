@@ -176,22 +176,27 @@ void ToolScreen::connectWidgets()
             [this] { askDeletion(selection().checkedEntries(), DeleteConfirmation::Default::trash); });
 }
 
-void ToolScreen::addShortcut(const QKeySequence& keys, const std::function<void()>& act)
+void ToolScreen::addShortcut(const QKeySequence& keys, const QString& name, const std::function<void()>& act)
 {
-    tallyroom::addShortcut(this, keys, act);
+    tallyroom::addShortcut(this, keys, name, act);
 }
 
 void ToolScreen::addShortcuts()
 {
-    addShortcut(Qt::CTRL | Qt::Key_O, [this] { chooseFolder(); });
-    addShortcut(Qt::Key_F5, [this] { m_tool.refresh(); });
-    addShortcut(Qt::CTRL | Qt::Key_F, [this] { m_header->searchField().setFocus(Qt::ShortcutFocusReason); });
-    addShortcut(Qt::Key_Escape, [this] { stopOrClearFilter(); });
-    addShortcut(Qt::CTRL | Qt::Key_A, [this] { selection().setAll(); });
-    addShortcut(Qt::CTRL | Qt::Key_E, [this] { exportEntries(); });
-    addShortcut(Qt::CTRL | Qt::Key_Z, [this] { m_tool.undoDeletion(); });
-    addShortcut(Qt::Key_Delete, [this] { askDeletionOfChecked(DeleteConfirmation::Default::trash); });
-    addShortcut(Qt::SHIFT | Qt::Key_Delete,
+    addShortcut(Qt::CTRL | Qt::Key_O, QStringLiteral("Ouvrir un dossier"), [this] { chooseFolder(); });
+    addShortcut(Qt::Key_F5, QStringLiteral("Analyser de nouveau"), [this] { m_tool.refresh(); });
+    addShortcut(Qt::CTRL | Qt::Key_F, QStringLiteral("Filtrer la liste"),
+                [this] { m_header->searchField().setFocus(Qt::ShortcutFocusReason); });
+    addShortcut(Qt::Key_Escape, QStringLiteral("Arrêter, ou effacer le filtre"),
+                [this] { stopOrClearFilter(); });
+    addShortcut(Qt::CTRL | Qt::Key_A, QStringLiteral("Cocher tous les éléments"),
+                [this] { selection().setAll(); });
+    addShortcut(Qt::CTRL | Qt::Key_E, QStringLiteral("Exporter la liste"), [this] { exportEntries(); });
+    addShortcut(Qt::CTRL | Qt::Key_Z, QStringLiteral("Annuler la suppression"),
+                [this] { m_tool.undoDeletion(); });
+    addShortcut(Qt::Key_Delete, QStringLiteral("Supprimer"),
+                [this] { askDeletionOfChecked(DeleteConfirmation::Default::trash); });
+    addShortcut(Qt::SHIFT | Qt::Key_Delete, QStringLiteral("Supprimer définitivement"),
                 [this] { askDeletionOfChecked(DeleteConfirmation::Default::permanent); });
 }
 

@@ -66,8 +66,9 @@ protected:
     /// Adds a list view besides the rows; it becomes visible by `showList`.
     void addList(QWidget* list);
 
-    /// Runs `act` on `keys` while this screen is on show and no text field wants them.
-    void addShortcut(const QKeySequence& keys, const std::function<void()>& act);
+    /// Runs `act` on `keys` while this screen is on show and no text field wants them; the list of keys says
+    /// what for by `name`.
+    void addShortcut(const QKeySequence& keys, const QString& name, const std::function<void()>& act);
 
     /// "11 éléments · 86,4 Go"
     [[nodiscard]] virtual QString summary() const = 0;

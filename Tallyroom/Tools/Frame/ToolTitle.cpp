@@ -12,7 +12,7 @@ namespace tallyroom {
 
 namespace {
 
-constexpr int leastFolder = 12 * Theme::gap; // less of a path tells nothing
+constexpr int leastFolder = 8 * Theme::gap; // less of a path tells nothing
 
 } // namespace
 

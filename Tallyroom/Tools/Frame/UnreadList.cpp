@@ -56,7 +56,7 @@ UnreadList::UnreadList(SharedUnreadPlaces unread, QWidget* parent)
     column->addWidget(m_list, 1);
     column->addWidget(m_refusal);
     column->addWidget(makeButtons());
-    addShortcut(this, Qt::CTRL | Qt::Key_C, [this] { copyPaths(); });
+    addShortcut(this, Qt::CTRL | Qt::Key_C, QStringLiteral("Copier les chemins"), [this] { copyPaths(); });
 }
 
 void UnreadList::open(const SharedUnreadPlaces& unread, QWidget* parent)
