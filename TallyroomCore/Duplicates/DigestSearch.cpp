@@ -5,6 +5,7 @@
 #include "Duplicates/CandidateContents.h"
 #include "Duplicates/CandidateDisks.h"
 #include "Duplicates/DigestStage.h"
+#include "Duplicates/FilesAhead.h"
 #include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
@@ -22,6 +23,8 @@ namespace {
 
 using namespace DigestStages;
 using Stage = DigestStage;
+
+constexpr std::size_t filesALook = 8;
 
 /// Files that no stage has told apart yet.
 struct Suspects {
@@ -193,25 +196,44 @@ private:
             m_onProgress({m_progress.done + bytes, m_progress.total});
         };
         std::vector<std::optional<BatchDigester::Digests>> digests(batches.size());
-        const auto work = [&](std::size_t number, unsigned worker) {
+        const auto open = [&](const Batch& batch, std::size_t index) {
+            return m_contents.open(batch.contents[index], reading.suspects[batch.suspects].key, reading.stage,
+                                   m_stop);
+        };
+        const auto span = [&](const Batch& batch) {
+            return spanOf(reading.stage, reading.suspects[batch.suspects].size);
+        };
+        FilesAhead ahead{batches.size(), [&](std::size_t number) { return open(batches[number], 0); },
+                         [&](std::size_t number) { return span(batches[number]); }};
+        const auto digestOne = [&](std::size_t number, unsigned worker) {
             auto& digester = digesters[worker];
             if (digester == nullptr) {
                 digester = std::make_unique<BatchDigester>();
             }
             const Batch& batch = batches[number];
+            auto early = batch.isOrdered ? ahead.take(number) : std::nullopt;
+            digests[number] = digester->digest(
+                batch.contents.size(), span(batch),
+                [&](std::size_t index) {
+                    return early ? std::exchange(early, std::nullopt) : open(batch, index);
+                },
+                m_stop, reading.readBytes);
+        };
+        // One look at the disk for many files that lie side by side.
+        const std::size_t step = !batches.empty() && batches.front().isOrdered ? filesALook : 1;
+        const auto work = [&](std::size_t look, unsigned worker) {
+            const std::size_t first = look * step;
+            const Batch& batch = batches[first];
             if (m_disks.areOrdered(deviceOf(batch)) != batch.isOrdered) {
                 return;
             }
-            const Suspects& set = reading.suspects[batch.suspects];
-            const auto open = [&](std::size_t index) {
-                return m_contents.open(batch.contents[index], set.key, reading.stage, m_stop);
-            };
             m_disks.watch(deviceOf(batch), [&] {
-                digests[number] = digester->digest(batch.contents.size(), spanOf(reading.stage, set.size),
-                                                   open, m_stop, reading.readBytes);
+                for (std::size_t i = first; i < std::min(first + step, batches.size()); ++i) {
+                    digestOne(i, worker);
+                }
             });
         };
-        parallelFor(pool, batches.size(), work, options);
+        parallelFor(pool, (batches.size() + step - 1) / step, work, options);
         std::vector<Batch> left;
         for (std::size_t i = 0; i < batches.size(); ++i) {
             if (!digests[i]) {

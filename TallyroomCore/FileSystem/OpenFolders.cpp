@@ -1,23 +1,8 @@
 #include "FileSystem/OpenFolders.h"
 
-#include <algorithm>
-#include <sys/resource.h>
-#include <unistd.h>
+#include "FileSystem/DescriptorShare.h"
 
 namespace tallyroom {
-
-namespace {
-
-int openFolderLimit()
-{
-    rlimit limit = {};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
-        return 1024;
-    }
-    return static_cast<int>(std::clamp<rlim_t>(limit.rlim_cur / 8, 32, 1024));
-}
-
-} // namespace
 
 SystemResult<FileDescriptor> TreeWalk::OpenFolders::open(Folder& folder, Last& last)
 {
@@ -38,7 +23,7 @@ SystemResult<FileDescriptor> TreeWalk::OpenFolders::open(Folder& folder, Last& l
 
 void TreeWalk::OpenFolders::add(Folder& folder)
 {
-    static const int limit = openFolderLimit();
+    static const auto limit = static_cast<int>(descriptorShare());
     // A root stays open for the sake of all that is opened by its path.
     folder.m_keepsOpen = folder.isRoot() || m_count.fetch_add(1) < limit;
     folder.m_serial = folder.m_keepsOpen ? 0 : m_serials.fetch_add(1) + 1;

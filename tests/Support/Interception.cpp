@@ -82,5 +82,12 @@ int unlinkat(int folder, const char* name, int flags) noexcept
                : static_cast<int>(::syscall(SYS_unlinkat, folder, name, flags));
 }
 
+int posix_fadvise(int file, off_t offset, off_t length, int advice) noexcept
+{
+    using tallyroom::InterceptedCall;
+    const int error = tallyroom::heard({InterceptedCall::Kind::advise, file, "", nullptr});
+    return error != 0 ? error : static_cast<int>(-::syscall(SYS_fadvise64, file, offset, length, advice));
+}
+
 } // extern "C"
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)

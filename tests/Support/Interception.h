@@ -9,17 +9,17 @@ namespace tallyroom {
 
 /// A system call of the code under test.
 struct InterceptedCall {
-    enum class Kind : unsigned char { statx, rename, unlink };
+    enum class Kind : unsigned char { statx, rename, unlink, advise };
 
     Kind kind = Kind::statx;
-    int folder = -1;              ///< that the name is relative to; the old one of a rename
+    int folder = -1; ///< that the name is relative to; the old one of a rename; the file itself of an advice
     const char* name = nullptr;   ///< the old one of a rename
     struct statx* told = nullptr; ///< the answer of statx, which the watch may change
 };
 
-/// For its life, `watch` is called at every statx, renameat2 and unlinkat of this process: right after a
-/// statx, right before the others. If it returns an errno, the call fails with it instead. It runs on the
-/// calling thread, and its own calls are not intercepted. One at a time.
+/// For its life, `watch` is called at every statx, renameat2, unlinkat and posix_fadvise of this process:
+/// right after a statx, right before the others. If it returns an errno, the call fails with it instead. It
+/// runs on the calling thread, and its own calls are not intercepted. One at a time.
 class Interception {
 public:
     using Watch = std::function<int(const InterceptedCall& call)>;
