@@ -14,6 +14,9 @@ QString sizeAfter(const QString& atLeast, const Entry& entry)
     if (entry.has(EntryMark::unreadable)) {
         return entry.has(EntryMark::excluded) ? QStringLiteral("exclu") : QStringLiteral("illisible");
     }
+    if (entry.unread > 0 && entry.sizeBytes == 0) {
+        return QStringLiteral("inconnue");
+    }
     return (entry.unread > 0 ? atLeast : QString{}) + sizeText(entry.sizeBytes);
 }
 

@@ -16,8 +16,8 @@ namespace UnreadText {
 /// The same of a whole scan, with the folders that the user excludes; empty when all was read.
 [[nodiscard]] QString count(const SharedUnreadPlaces& unread);
 
-/// "4,2 Go", "≥ 4,2 Go" when something below could not be read, "illisible" for what cannot be read
-/// itself, "exclu" for what is excluded.
+/// "4,2 Go", "≥ 4,2 Go" when something below could not be read, "inconnue" when nothing could, "illisible"
+/// for what cannot be read itself, "exclu" for what is excluded.
 [[nodiscard]] QString size(const Entry& entry);
 
 /// The same to be heard: "au moins 4,2 Go".

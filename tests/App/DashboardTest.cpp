@@ -8,6 +8,7 @@
 #include "Tools/Frame/ToolTitle.h"
 
 #include <QApplication>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -163,6 +164,7 @@ TEST_F(DashboardTest, CardsWrapWithoutOverlapAndThePageScrolls)
 {
     dashboard.analyze(FileUrl{"/r"});
     ASSERT_TRUE(finish({{FileKind::video, 30, 2}, {FileKind::code, 10, 5}}));
+    auto& scroll = *view.findChild<QScrollArea*>();
     // The narrowest place for the screen is the smallest window without the sidebar.
     for (const auto& [count, width] :
          {std::pair{1, 484}, {2, 484}, {8, 484}, {8, 700}, {8, 1200}, {3, 1000}}) {
@@ -171,10 +173,10 @@ TEST_F(DashboardTest, CardsWrapWithoutOverlapAndThePageScrolls)
         ASSERT_TRUE(report(volumes(count)));
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
         QApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
-        const QWidget* const page = view.widget();
-        EXPECT_LE(page->width(), view.viewport()->width());
-        EXPECT_EQ(view.verticalScrollBar()->maximum(),
-                  std::max(0, page->height() - view.viewport()->height()));
+        const QWidget* const page = scroll.widget();
+        EXPECT_LE(page->width(), scroll.viewport()->width());
+        EXPECT_EQ(scroll.verticalScrollBar()->maximum(),
+                  std::max(0, page->height() - scroll.viewport()->height()));
         QRegion covered;
         for (const VolumeCard* const card : cards()) {
             const QRect place{card->mapTo(page, QPoint{}), card->size()};
@@ -188,7 +190,11 @@ TEST_F(DashboardTest, CardsWrapWithoutOverlapAndThePageScrolls)
         EXPECT_GT(bar->mapTo(page, QPoint{}).y(), covered.boundingRect().bottom());
     }
     view.resize(484, 450);
-    EXPECT_GT(view.verticalScrollBar()->maximum(), 0);
+    ASSERT_GT(scroll.verticalScrollBar()->maximum(), 0);
+    const auto* const reload = button(QStringLiteral("Recharger"));
+    const QPoint place = reload->mapTo(&view, QPoint{});
+    scroll.verticalScrollBar()->setValue(scroll.verticalScrollBar()->maximum());
+    EXPECT_EQ(reload->mapTo(&view, QPoint{}), place) << "the window's menu stands beside it";
 }
 
 TEST_F(DashboardTest, TheKindsAreListedLargestFirstWithSharesThatAddUp)

@@ -190,13 +190,15 @@ TEST_F(ExplorerRows, ASizeThatLeavesSomethingOutIsNotShownAsWhole)
 {
     Entry partial = folderEntry("/r/partial", 4'200'000'000);
     FolderSize{.bytes = partial.sizeBytes, .unread = 12}.applyTo(partial);
+    Entry unknown = folderEntry("/r/unknown", 0);
+    FolderSize{.unread = 1}.applyTo(unknown);
     Entry closed = folderEntry("/r/closed", 0);
     FolderSize{.unread = 1, .isUnreadable = true}.applyTo(closed);
     const auto places = std::make_shared<UnreadPlaces>(UnreadPlaces{
         1013, false, {{FileUrl{"/r/closed"}, {EACCES}, true}, {FileUrl{"/r/partial/<b>"}, {EIO}, true}}});
     scene.navigator->open(FileUrl{"/r"});
     scene.listing().sender->send(
-        {EntryList{{partial, fileEntry("/r/whole", 1000), closed}}, 3, 3, false, {}, places});
+        {EntryList{{partial, fileEntry("/r/whole", 1000), closed, unknown}}, 4, 4, false, {}, places});
     scene.listing().end();
     ASSERT_TRUE(waitUntil(scene.navigator.get(), &ListToolViewModel::stateChanged,
                           [this] { return scene.navigator->state() == ToolState::loaded(); }));
@@ -210,9 +212,10 @@ TEST_F(ExplorerRows, ASizeThatLeavesSomethingOutIsNotShownAsWhole)
         }
         return all.join(u'|').toStdString();
     };
-    EXPECT_EQ(said(Qt::DisplayRole), "≥\u00a04,2 Go|1 Ko|illisible");
-    EXPECT_EQ(said(Qt::AccessibleTextRole), "au moins 4,2 Go|1 Ko|illisible");
-    EXPECT_EQ(said(Qt::ToolTipRole), "12 dossiers illisibles||Ce dossier ne peut pas être lu.");
+    EXPECT_EQ(said(Qt::DisplayRole), "≥\u00a04,2 Go|1 Ko|illisible|inconnue");
+    EXPECT_EQ(said(Qt::AccessibleTextRole), "au moins 4,2 Go|1 Ko|illisible|inconnue");
+    EXPECT_EQ(said(Qt::ToolTipRole),
+              "12 dossiers illisibles||Ce dossier ne peut pas être lu.|1 dossier illisible");
     EXPECT_TRUE(rows.index(0, EntryTableModel::nameColumn)
                     .data(Qt::AccessibleTextRole)
                     .toString()

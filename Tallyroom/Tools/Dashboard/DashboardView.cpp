@@ -18,6 +18,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
@@ -34,8 +35,9 @@ constexpr std::chrono::milliseconds noticePatience{500};
 } // namespace
 
 DashboardView::DashboardView(DashboardViewModel& dashboard, QWidget* parent)
-    : QScrollArea(parent), m_dashboard(dashboard), m_reload(new QPushButton(QStringLiteral("Recharger"))),
-      m_volumes(new VolumeGrid), m_noVolume(new QLabel), m_unanswered(new QLabel), m_banner(new StatusBanner)
+    : QWidget(parent), m_dashboard(dashboard), m_scroll(new QScrollArea),
+      m_reload(new QPushButton(QStringLiteral("Recharger"))), m_volumes(new VolumeGrid),
+      m_noVolume(new QLabel), m_unanswered(new QLabel), m_banner(new StatusBanner)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(noticePatience);
@@ -67,13 +69,22 @@ void DashboardView::connectTrash()
 
 void DashboardView::makeLayout()
 {
+    makePage();
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    column->addWidget(makeHeader());
+    column->addWidget(m_scroll, 1);
+}
+
+void DashboardView::makePage()
+{
     auto* const breakdown = new BreakdownPanel(m_dashboard);
     connect(breakdown, &BreakdownPanel::folderRequested, this, &DashboardView::chooseFolder);
     auto* const page = new QWidget;
     auto* const column = new QVBoxLayout(page);
-    column->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::margin);
+    column->setContentsMargins(Theme::margin, Theme::gap / 2, Theme::margin, Theme::margin);
     column->setSpacing(Theme::cardGap);
-    column->addWidget(makeHeader());
     column->addWidget(makeVolumes());
     column->addSpacing(Theme::gap);
     column->addWidget(breakdown);
@@ -82,17 +93,27 @@ void DashboardView::makeLayout()
     // What comes in above it must not push it off the window.
     connect(&m_dashboard.recovery(), &RecoveryViewModel::searchBegan, recovery, [this, recovery] {
         layOutNow(recovery);
-        verticalScrollBar()->setValue(recovery->y() - Theme::cardGap);
+        m_scroll->verticalScrollBar()->setValue(recovery->y() - Theme::cardGap);
     });
     column->addSpacing(Theme::gap);
     column->addWidget(recovery);
     setFocusProxy(recovery);
     column->addStretch(1);
     Theme::style(page, Theme::Surface::window);
-    setWidgetResizable(true);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFocusPolicy(Qt::NoFocus); // its parts take the keys, and hand on those that scroll
-    setWidget(page);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setFocusPolicy(Qt::NoFocus); // its parts take the keys, and hand on those that scroll
+    m_scroll->setWidget(page);
+}
+
+/// Into the page too, wherever it is scrolled to.
+bool DashboardView::focusNextPrevChild(bool next)
+{
+    const bool hasMoved = QWidget::focusNextPrevChild(next);
+    if (QWidget* const focused = focusWidget(); hasMoved && m_scroll->isAncestorOf(focused)) {
+        m_scroll->ensureWidgetVisible(focused);
+    }
+    return hasMoved;
 }
 
 QWidget* DashboardView::makeHeader()
@@ -102,7 +123,8 @@ QWidget* DashboardView::makeHeader()
     Theme::style(m_reload, Theme::Button::plain);
     auto* const header = new QWidget;
     auto* const row = new QHBoxLayout(header);
-    row->setContentsMargins({});
+    row->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin,
+                            Theme::cardGap - Theme::gap / 2);
     row->setSpacing(Theme::gap);
     row->addWidget(new ToolTitle(QStringLiteral("Tableau de bord")), 1);
     row->addWidget(m_reload);

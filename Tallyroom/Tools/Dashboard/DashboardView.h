@@ -1,10 +1,11 @@
 #pragma once
 
-#include <QScrollArea>
 #include <QTimer>
+#include <QWidget>
 
 class QLabel;
 class QPushButton;
+class QScrollArea;
 
 namespace tallyroom {
 
@@ -14,8 +15,8 @@ class StatusBanner;
 class VolumeGrid;
 
 /// The screen of the dashboard: the volumes as cards, and below them the breakdown of a folder by kind of
-/// file. The whole page scrolls where the window is small. Main thread.
-class DashboardView : public QScrollArea {
+/// file. All below the title scrolls where the window is small. Main thread.
+class DashboardView : public QWidget {
     Q_OBJECT
 
 public:
@@ -25,8 +26,12 @@ public:
     /// Opens the folder chooser.
     void chooseFolder();
 
+protected:
+    bool focusNextPrevChild(bool next) override;
+
 private:
     void makeLayout();
+    void makePage();
     [[nodiscard]] QWidget* makeHeader();
     [[nodiscard]] QWidget* makeVolumes();
     void addShortcuts();
@@ -39,6 +44,7 @@ private:
     void showNotices();
 
     DashboardViewModel& m_dashboard;
+    QScrollArea* m_scroll;
     QTimer m_patience; // volumes that answer at once are not worth a word
     QPushButton* m_reload;
     VolumeGrid* m_volumes;
