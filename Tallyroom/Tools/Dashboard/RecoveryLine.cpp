@@ -88,13 +88,10 @@ void RecoveryLine::makeLayout(bool canBeViewed)
     m_figure->setMinimumWidth(m_figure->sizeHint().width());
     Theme::style(m_action, Theme::Button::primary);
     m_action->setMinimumWidth(widestAction(*m_action));
-    QSizePolicy keepsRoom = m_action->sizePolicy();
-    keepsRoom.setRetainSizeWhenHidden(true);
-    m_action->setSizePolicy(keepsRoom);
     m_action->hide();
     Theme::style(m_view, Theme::Button::plain);
     m_view->setAccessibleName(m_name + QStringLiteral(" : voir dans l’outil"));
-    keepsRoom = m_view->sizePolicy();
+    QSizePolicy keepsRoom = m_view->sizePolicy();
     keepsRoom.setRetainSizeWhenHidden(true);
     m_view->setSizePolicy(keepsRoom);
     m_view->setVisible(canBeViewed);
@@ -129,6 +126,11 @@ void RecoveryLine::setContent(const Content& content)
         m_view->setFocus(); // the toolkit would choose any part of the window
     }
     m_action->setVisible(!content.action.isEmpty());
+    QSizePolicy keepsRoom = m_action->sizePolicy();
+    keepsRoom.setRetainSizeWhenHidden(!content.figure.isEmpty()); // below those of other lines
+    m_action->setSizePolicy(keepsRoom);
+    m_figure->setVisible(!content.figure.isEmpty()); // the words take the room where there is none
+    showBar();
     m_isLast = content.isLast;
     const QString figure = content.figure.isEmpty() ? QString{} : QStringLiteral(", ") + content.figure;
     setAccessibleName(m_name + figure + QStringLiteral(", ") + content.words);
@@ -146,7 +148,12 @@ void RecoveryLine::paintEvent(QPaintEvent* /*event*/)
 void RecoveryLine::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    m_bar->setVisible(width() >= leastWidthWithBar);
+    showBar();
+}
+
+void RecoveryLine::showBar()
+{
+    m_bar->setVisible(width() >= leastWidthWithBar && !m_figure->text().isEmpty());
 }
 
 void RecoveryLine::showSymbol()

@@ -47,6 +47,7 @@ protected:
 private:
     void makeLayout(bool canBeViewed);
     void showSymbol();
+    void showBar();
 
     QString m_name;
     std::string m_icon;
