@@ -3,6 +3,7 @@
 #include "Theme/Theme.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -18,6 +19,7 @@ DeletionQuestion::DeletionQuestion(const QString& title, QWidget* parent)
     auto* const heading = new QLabel(title);
     Theme::style(heading, Theme::Text::title);
     Theme::style(m_cancel, Theme::Button::plain);
+    m_cancel->installEventFilter(this);
     connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     m_texts->setSpacing(Theme::gap);
     m_texts->addWidget(heading);
@@ -56,10 +58,26 @@ void DeletionQuestion::addWidget(QWidget* widget)
 QPushButton* DeletionQuestion::addChoice(const QString& text, bool isFinal)
 {
     auto* const button = new QPushButton(text, this);
+    button->installEventFilter(this);
     Theme::style(button, isFinal ? Theme::Button::danger : Theme::Button::primary);
     m_buttons->insertWidget(m_buttons->count() - 1, button);
     setTabOrder(button, m_cancel); // which was there first
     return button;
+}
+
+/// An answer closes the question: no button of it is ever clicked twice.
+bool DeletionQuestion::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::MouseButtonDblClick) {
+        static_cast<QPushButton*>(watched)->setDown(false); // pressed by the event before this one
+        return true;
+    }
+    if (event->type() == QEvent::KeyPress) {
+        const auto* const key = static_cast<QKeyEvent*>(event);
+        const bool isEnter = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+        return isEnter && key->isAutoRepeat();
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 void DeletionQuestion::prefer(QPushButton* button)

@@ -11,12 +11,15 @@ class QVBoxLayout;
 namespace tallyroom {
 
 /// The frame of a question before a deletion: a heading, what goes, and a row of buttons that ends with
-/// "Annuler". It is destroyed when it closes. Main thread.
+/// "Annuler". It is destroyed when it closes. The second click of two, and a key that is kept down, were
+/// meant for what opened it, and answer nothing. Main thread.
 class DeletionQuestion : public QDialog {
     Q_OBJECT
 
 protected:
     DeletionQuestion(const QString& title, QWidget* parent);
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
     /// Adds a paragraph of plain text; the dialog is as wide as its longest line.
     QLabel* addText(const QString& text);

@@ -240,6 +240,36 @@ TEST_F(WindowFlowTest, TheConfirmationNamesTheDoubtfulThenTheLargestAndWhereThey
         testing::HasSubstr("\n\nDans /z :\n• note4 (6 o, à vérifier)\n• note2 (8 o)\n• note3 (7 o)\n"));
 }
 
+/// Who clicks twice on what opens a question, or keeps Enter down, has not read it.
+TEST_F(WindowFlowTest, TheSecondClickOfTwoAndAKeyKeptDownAnswerNoQuestion)
+{
+    const std::vector<Entry> entries{{FileUrl{"/x/film"}, "film", 9'000, false}};
+    auto* const asking =
+        new DeleteConfirmation(entries, DeleteConfirmation::Default::permanent, {}, window.get());
+    const QSignalSpy confirmed{asking, &DeleteConfirmation::confirmed};
+    asking->open();
+    activate(*asking);
+    for (const char* const text : {"Mettre à la corbeille", "Supprimer définitivement", "Annuler"}) {
+        QAbstractButton* const choice = visibleButton(*asking, QString::fromUtf8(text));
+        const QPointF middle = QRectF{choice->rect()}.center();
+        QMouseEvent second{QEvent::MouseButtonDblClick,      middle,
+                           choice->mapToGlobal(middle),      Qt::LeftButton,
+                           Qt::MouseButtons{Qt::LeftButton}, {}};
+        QTest::mousePress(choice, Qt::LeftButton);
+        QApplication::sendEvent(choice, &second);
+        QTest::mouseRelease(choice, Qt::LeftButton);
+        choice->setFocus();
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+            QKeyEvent repeated{QEvent::KeyPress, key, {}, {}, true};
+            QApplication::sendEvent(choice, &repeated);
+        }
+        ASSERT_TRUE(asking->isVisible()) << text;
+    }
+    EXPECT_EQ(confirmed.count(), 0);
+    QTest::keyClick(visibleButton(*asking, QStringLiteral("Supprimer définitivement")), Qt::Key_Return);
+    EXPECT_EQ(confirmed.count(), 1);
+}
+
 TEST_F(WindowFlowTest, AReportDoesNotFollowIntoAnotherFolder)
 {
     const TemporaryTree tree{file("a", 10), folder("folder")};
