@@ -5,6 +5,7 @@
 #include "FileSystem/FolderReader.h"
 #include "Model/CheckedArithmetic.h"
 #include "Removal/EmptiedFolder.h"
+#include "Removal/LookAhead.h"
 
 #include <algorithm>
 #include <atomic>
@@ -52,8 +53,9 @@ class Removal {
     using SharedDescriptor = Folder::SharedDescriptor;
 
 public:
-    Removal(FileDescriptor base, const MeantItem& meant, const std::stop_token& stop)
-        : m_base(std::make_shared<const FileDescriptor>(std::move(base))), m_meant(meant), m_stop(stop)
+    Removal(FileDescriptor base, const MeantItem& meant, const std::stop_token& stop, const DiskSense& sense)
+        : m_base(std::make_shared<const FileDescriptor>(std::move(base))), m_meant(meant), m_stop(stop),
+          m_sense(sense)
     {}
 
     TreeRemoval::Outcome run(const std::string& name)
@@ -61,8 +63,11 @@ public:
         m_waiting.push_back(std::make_shared<Folder>(nullptr, name));
         {
             std::vector<std::jthread> helpers;
+            bool isLarge = false;
             work([&](std::size_t seenNames) {
-                if (helpers.empty() && seenNames >= namesOfALargeTree) {
+                if (!isLarge && seenNames >= namesOfALargeTree) {
+                    isLarge = true;
+                    lookAhead(m_base->get(), name, m_stop, m_sense);
                     startHelpers(helpers);
                 }
             });
@@ -183,6 +188,7 @@ private:
         for (errno = 0; reading.buffer.read(opened->get()->get()); errno = 0) {
             reading.names.clear();
             reading.buffer.parse(reading.names);
+            std::ranges::sort(reading.names, {}, &ListedName::inode); // as they lie on the disk
             for (const ListedName& name : reading.names) {
                 if (isStopped(*folder)) {
                     break;
@@ -350,6 +356,7 @@ private:
     const SharedDescriptor m_base;
     const MeantItem& m_meant;
     const std::stop_token& m_stop;
+    const DiskSense& m_sense;
     std::atomic<std::size_t> m_removedFolders = 0;
     std::mutex m_mutex; // guards what follows
     std::condition_variable m_wake;
@@ -361,7 +368,7 @@ private:
 } // namespace
 
 TreeRemoval::Outcome TreeRemoval::removeItem(int parent, const std::string& name, const MeantItem& meant,
-                                             const std::stop_token& stop)
+                                             const std::stop_token& stop, const DiskSense& sense)
 {
     const auto failed = [](SystemError error) { return Outcome{.error = error, .firstKept = {}, .kept = 1}; };
     const auto found = fileAttributes(parent, name.c_str());
@@ -381,7 +388,7 @@ TreeRemoval::Outcome TreeRemoval::removeItem(int parent, const std::string& name
     if (!base.isOpen()) {
         return failed(SystemError::last());
     }
-    return Removal{std::move(base), meant, stop}.run(name);
+    return Removal{std::move(base), meant, stop, sense}.run(name);
 }
 
 } // namespace tallyroom

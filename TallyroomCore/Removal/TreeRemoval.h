@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileSystem/DiskSense.h"
 #include "FileSystem/SystemError.h"
 #include "Removal/MeantItem.h"
 
@@ -34,12 +35,14 @@ struct Outcome {
 ///
 /// What cannot be removed is left and the rest goes all the same. What others remove at the same time counts
 /// as removed. A stop is asked for before each name. A large tree is shared by up to eight threads that live
-/// no longer than the call; depth and path length are unlimited, open descriptors bounded to a few hundred.
-/// Any thread.
+/// no longer than the call, on a disk that rotates once all of it has been looked at in the disk's order;
+/// names go in the order of their inodes. Depth and path length are unlimited, open descriptors bounded to a
+/// few hundred. Any thread but the pool's.
 ///
 /// `name` is one component: not ".", not "..", no "/".
 [[nodiscard]] Outcome removeItem(int parent, const std::string& name, const MeantItem& meant = {},
-                                 const std::stop_token& stop = {});
+                                 const std::stop_token& stop = {},
+                                 const DiskSense& sense = DiskSense::machine());
 
 } // namespace TreeRemoval
 

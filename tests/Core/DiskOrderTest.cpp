@@ -4,6 +4,7 @@
 #include "FileSystem/DiskPace.h"
 #include "FileSystem/LookTime.h"
 #include "FileSystem/TreeWalk.h"
+#include "Removal/TreeRemoval.h"
 #include "Support/Interception.h"
 #include "Support/TemporaryTree.h"
 
@@ -316,6 +317,62 @@ TEST(DiskOrder, FilesThatAreOpenedEarlyLeaveDescriptorsForTheOthers)
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
     ASSERT_EQ(groups.size(), 1U);
     EXPECT_EQ(groups[0].entries.size(), 200U);
+}
+
+/// What happens to the files of a tree while it is removed.
+struct RemovalOrder {
+    std::vector<std::pair<bool, std::uint64_t>> events; ///< whether a file goes, or else is looked at
+    std::map<std::uint64_t, std::vector<std::uint64_t>> byFolders; ///< which go, one after the other
+};
+
+RemovalOrder removedInOrder(const TemporaryTree& tree, const DiskSense& sense)
+{
+    std::mutex mutex;
+    RemovalOrder order;
+    const Interception calls{[&](const InterceptedCall& call) {
+        struct stat status = {};
+        if (call.name[0] != 0 && ::fstatat(call.folder, call.name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+            S_ISREG(status.st_mode)) {
+            const bool goes = call.kind == InterceptedCall::Kind::unlink;
+            const std::scoped_lock lock{mutex};
+            order.events.emplace_back(goes, status.st_ino);
+            if (goes) {
+                order.byFolders[inodeOf(call.folder)].push_back(status.st_ino);
+            }
+        }
+        return 0;
+    }};
+    const auto parent = openFolder(tree.url(), FolderAccess::listing);
+    EXPECT_TRUE(TreeRemoval::removeItem(parent->get(), "out", {}, {}, sense).isGone());
+    return order;
+}
+
+TEST(DiskOrder, ALargeTreeIsLookedAtInOrderBeforeMostOfItIsRemovedAndFilesGoInOrder)
+{
+    for (const bool looksSolid : {false, true}) {
+        TemporaryTree tree;
+        for (int i = 0; i < 600; ++i) {
+            tree.add(file("out/" + std::to_string(i * 7 % 30) + "/" + std::to_string(i * 37 % 600)));
+        }
+        const OneDisk disk{headMoves, looksSolid};
+        const auto [events, byFolders] = removedInOrder(tree, disk);
+        EXPECT_EQ(byFolders.size(), 30U);
+        EXPECT_TRUE(std::ranges::all_of(byFolders, [](const auto& folderAndFiles) {
+            return std::ranges::is_sorted(folderAndFiles.second);
+        }));
+        std::map<std::uint64_t, int> looks;
+        std::size_t longest = 0, row = 0; // of looks without a removal
+        for (const auto& [goes, inode] : events) {
+            looks[inode] += goes ? 0 : 1;
+            row = goes ? 0 : row + 1;
+            longest = std::max(longest, row);
+        }
+        const auto twice = std::ranges::count(looks, 2, &std::pair<const std::uint64_t, int>::second);
+        EXPECT_EQ(looks.size(), 600U);
+        EXPECT_EQ(twice > 150, !looksSolid);
+        EXPECT_EQ(std::cmp_greater_equal(longest, twice) && twice > 0, !looksSolid)
+            << "all of it before any goes";
+    }
 }
 
 TEST(DiskPace, FollowsTheHeadAndNotTheProcessor)
