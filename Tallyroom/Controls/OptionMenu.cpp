@@ -6,21 +6,25 @@
 #include <QMenu>
 #include <QPainter>
 
+#include <algorithm>
+#include <utility>
+
 namespace tallyroom {
 
-OptionMenu::OptionMenu(Choices choices, std::function<QString()> title, QWidget* parent)
-    : MenuButton(parent), m_title(std::move(title)), m_group(new QActionGroup(this))
+OptionMenu::OptionMenu(Option option, QWidget* parent)
+    : MenuButton(parent), m_option(std::move(option)), m_group(new QActionGroup(this))
 {
-    m_group->setExclusionPolicy(choices == Choices::one ? QActionGroup::ExclusionPolicy::Exclusive
-                                                        : QActionGroup::ExclusionPolicy::None);
+    m_group->setExclusionPolicy(m_option.isOfMany ? QActionGroup::ExclusionPolicy::None
+                                                  : QActionGroup::ExclusionPolicy::Exclusive);
     Theme::style(this, Theme::Button::menu);
-    connect(menu(), &QMenu::aboutToShow, this, &OptionMenu::showCurrent);
+    std::ranges::for_each(m_option.choices, [this](const Option::Choice& choice) { addChoice(choice); });
+    connect(menu(), &QMenu::aboutToShow, this, &OptionMenu::showChoices);
     showTitle();
 }
 
 void OptionMenu::showTitle()
 {
-    const QString title = m_title();
+    const QString title = m_option.title();
     setText(title);
     setAccessibleName(title);
 }
@@ -34,21 +38,24 @@ void OptionMenu::paintEvent(QPaintEvent* event)
                       Theme::sortMarkSize);
 }
 
-/// Lets the keyboard begin at the choice that is on, else at the first one.
-void OptionMenu::showCurrent()
+void OptionMenu::addChoice(const Option::Choice& choice)
 {
-    QAction* const chosen = m_group->checkedAction();
-    menu()->setActiveAction(chosen != nullptr ? chosen : menu()->actions().value(0));
+    QAction* const action = menu()->addAction(choice.name);
+    action->setCheckable(true);
+    m_group->addAction(action);
+    connect(action, &QAction::triggered, this, [take = choice.take](bool isOn) { take(isOn); });
 }
 
-void OptionMenu::addChoice(const QString& text, bool isOn, std::function<void(bool)> chosen)
+/// As they are now, since a choice is not only made here. Lets the keyboard begin at the one that is on, else
+/// at the first one.
+void OptionMenu::showChoices()
 {
-    QAction* const action = menu()->addAction(text);
-    action->setCheckable(true);
-    action->setChecked(isOn);
-    m_group->addAction(action);
-    connect(action, &QAction::triggered, this,
-            [chosen = std::move(chosen)](bool isNowOn) { chosen(isNowOn); });
+    const QList<QAction*> actions = m_group->actions();
+    for (qsizetype place = 0; place < actions.size(); ++place) {
+        actions[place]->setChecked(m_option.choices[static_cast<std::size_t>(place)].isOn());
+    }
+    QAction* const chosen = m_group->checkedAction();
+    menu()->setActiveAction(chosen != nullptr ? chosen : actions.value(0));
 }
 
 } // namespace tallyroom

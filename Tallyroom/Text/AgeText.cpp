@@ -1,6 +1,7 @@
 #include "Text/AgeText.h"
 
 #include "Text/NumberText.h"
+#include "Text/PlainText.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -43,6 +44,11 @@ QString ageText(const std::optional<Timestamp>& date, Timestamp now)
         return ago + NumberText::plural(days / 30, QStringLiteral("mois"), QStringLiteral("mois"));
     }
     return ago + NumberText::plural(days / 365, QStringLiteral("an"));
+}
+
+QString thresholdText(AgeThreshold threshold)
+{
+    return toText(threshold.label());
 }
 
 QString dateText(const std::optional<Timestamp>& date)

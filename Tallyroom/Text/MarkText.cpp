@@ -1,6 +1,9 @@
 #include "Text/MarkText.h"
 
+#include "Model/Ecosystem.h"
+#include "Text/AgeText.h"
 #include "Text/NumberText.h"
+#include "Text/PlainText.h"
 
 #include <algorithm>
 #include <array>
@@ -59,6 +62,33 @@ QString explanation(const Entry& entry)
     QStringList all;
     forEachMark(entry, [&all](const MarkRow& row) { all += row.explanation; });
     return all.join(QLatin1Char{'\n'});
+}
+
+QString cacheExplanation(const Entry& cache)
+{
+    const auto ecosystem = Ecosystem::of(cache);
+    const CacheFolder* const folder = ecosystem ? ecosystem->folder(cache.name) : nullptr;
+    QStringList lines{explanation(cache)};
+    if (folder != nullptr && !cache.has(EntryMark::toVerify)) {
+        lines.prepend(folder->remedy.empty()
+                          ? QStringLiteral("Se refait tout seul à la prochaine exécution.")
+                          : QStringLiteral("Se refait par « %1 ».").arg(toText(folder->remedy)));
+    }
+    lines.removeAll(QString{});
+    return lines.join(QLatin1Char{'\n'});
+}
+
+QString nodeModulesExplanation(const Entry& nodeModules, const std::optional<Timestamp>& projectDate)
+{
+    const Timestamp now = std::chrono::system_clock::now();
+    // Both ages: installing changes one of them, working on the project the other.
+    QStringList lines{QStringLiteral("node_modules modifié : ") + ageText(nodeModules.modifiedAt, now),
+                      explanation(nodeModules)};
+    if (projectDate) {
+        lines.insert(1, QStringLiteral("Fichiers du projet modifiés : ") + ageText(projectDate, now));
+    }
+    lines.removeAll(QString{});
+    return lines.join(QLatin1Char{'\n'});
 }
 
 QString warning(const std::vector<Entry>& entries)

@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace tallyroom {
@@ -16,6 +17,13 @@ namespace MarkText {
 
 /// What the marks mean, a sentence a line; empty without a mark.
 [[nodiscard]] QString explanation(const Entry& entry);
+
+/// How a build cache is made again, then what its marks mean.
+[[nodiscard]] QString cacheExplanation(const Entry& cache);
+
+/// When node_modules were modified and, where it is known, their project; then what the marks mean.
+[[nodiscard]] QString nodeModulesExplanation(const Entry& nodeModules,
+                                             const std::optional<Timestamp>& projectDate);
 
 /// Warnings before `entries` are deleted, a sentence a line; empty where none is marked.
 [[nodiscard]] QString warning(const std::vector<Entry>& entries);

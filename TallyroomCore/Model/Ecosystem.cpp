@@ -87,6 +87,17 @@ std::optional<Ecosystem> Ecosystem::of(const Entry& cache)
                                                                 : first(cache.name);
 }
 
+CaseNames Ecosystem::namesOf(const Entry& cache)
+{
+    const auto ecosystem = of(cache);
+    return ecosystem ? namesAt(ecosystem->index()) : CaseNames{{}, {}, "folder.fill"};
+}
+
+double Ecosystem::orderOf(const Entry& cache)
+{
+    return static_cast<double>(of(cache).value_or(all.back()).index());
+}
+
 std::uint8_t Ecosystem::stored(const std::optional<Ecosystem>& ecosystem) noexcept
 {
     return ecosystem ? static_cast<std::uint8_t>(ecosystem->index() + 1) : std::uint8_t{0};

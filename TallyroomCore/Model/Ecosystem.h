@@ -50,6 +50,12 @@ public:
     /// The ecosystem that a search has told for a cache, else the first one by its name.
     [[nodiscard]] static std::optional<Ecosystem> of(const Entry& cache);
 
+    /// How the ecosystem of a cache is named; a plain folder where none is known.
+    [[nodiscard]] static CaseNames namesOf(const Entry& cache);
+
+    /// Its place in their order, to sort by; the last one where none is known.
+    [[nodiscard]] static double orderOf(const Entry& cache);
+
     /// How entries keep it; 0 stands for none.
     [[nodiscard]] static std::uint8_t stored(const std::optional<Ecosystem>& ecosystem) noexcept;
 

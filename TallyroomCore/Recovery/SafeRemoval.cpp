@@ -72,10 +72,15 @@ bool isSafeCache(const Entry& cache)
     return std::ranges::find(keptNames, cache.name) == keptNames.end() && !isReserved(cache);
 }
 
+bool isOldNodeModules(const Entry& nodeModules, AgeThreshold threshold, Timestamp now)
+{
+    return !nodeModules.needsOwnCheck() && threshold.isOld(nodeModules.modifiedAt, now);
+}
+
 bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project, AgeThreshold threshold,
                        Timestamp now)
 {
-    return !isReserved(nodeModules) && project.isProven && threshold.isOld(nodeModules.modifiedAt, now) &&
+    return !isReserved(nodeModules) && project.isProven && isOldNodeModules(nodeModules, threshold, now) &&
            (!project.changedAt || threshold.isOld(project.changedAt, now));
 }
 

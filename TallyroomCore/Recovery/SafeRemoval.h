@@ -30,6 +30,10 @@ struct NodeProject {
 /// as well: dist, build, vendor.
 [[nodiscard]] bool isSafeCache(const Entry& cache);
 
+/// Whether a node_modules folder counts as old: unchanged for longer than `threshold` says, and of no
+/// installed program.
+[[nodiscard]] bool isOldNodeModules(const Entry& nodeModules, AgeThreshold threshold, Timestamp now);
+
 /// Whether a node_modules folder may go: the same, and neither it nor its project has changed for the time
 /// that `threshold` says.
 [[nodiscard]] bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project,

@@ -15,6 +15,7 @@
 #include "Theme/Theme.h"
 #include "Tools/Frame/ToolHeader.h"
 #include "Tools/Frame/ToolTitle.h"
+#include "Welcome/ToolWelcome.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>

@@ -1,4 +1,5 @@
 #include "App/ToolScene.h"
+#include "Controls/OptionMenu.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Rows/EntryTable.h"
 #include "Rows/EntryTableModel.h"
@@ -13,6 +14,7 @@
 #include "Tools/NodeModules/NodeModules.h"
 
 #include <QAbstractButton>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -153,9 +155,14 @@ TEST_F(SearchToolsTest, AKindOrAnAgeThatTheLimitHasCutOffIsSearchedAgain)
     EXPECT_NE(visibleButton(*screen, QStringLiteral("Vidéos · 2")), nullptr) << "the way to another kind";
     EXPECT_THAT(shown("image", AgeThreshold::oneYear), ElementsAre("old.jpg"));
     EXPECT_THAT(shown("video", AgeThreshold::oneYear), ElementsAre());
+    QMenu& ages = *screen->findChild<OptionMenu*>()->menu();
+    ages.actions().back()->trigger();
     visibleButton(*screen, QStringLiteral("Effacer le filtre"))->click();
     waitForScan(tool);
     EXPECT_THAT(below(tree, tool.entries()), ElementsAre("film.mp4", "other.mp4", "a.jpg"));
+    ages.popup({});
+    EXPECT_TRUE(ages.actions().front()->isChecked()) << "all ages, though not by the menu";
+    ages.hide();
 
     tool.setLimit(4);
     waitForScan(tool);
@@ -219,7 +226,7 @@ TEST_F(SearchToolsTest, EachRepositorySaysWhatIsNowhereElseAndTheDialogNamesThos
     GitReposViewModel tool{deletions};
     const std::unique_ptr<ListToolScreen> screen{makeGitReposScreen(tool)};
     show(*screen, tool, tree.url());
-    ASSERT_TRUE(waitUntil(&tool, &GitReposViewModel::repositoryStatesChanged, [&] {
+    ASSERT_TRUE(waitUntil(&tool, &ScanToolViewModel::remarksChanged, [&] {
         return std::ranges::all_of(
             tool.entries(), [&](const Entry& entry) { return tool.repositoryState(entry.url) != nullptr; });
     }));

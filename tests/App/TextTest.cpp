@@ -2,10 +2,10 @@
 #include "Support/Cases.h"
 #include "Text/AgeText.h"
 #include "Text/FileUrlText.h"
+#include "Text/NodeModulesProgress.h"
 #include "Text/NumberText.h"
 #include "Text/TextFilter.h"
 #include "Text/TreemapText.h"
-#include "Tools/NodeModules/NodeModules.h"
 
 #include <gtest/gtest.h>
 #include <map>

@@ -2,8 +2,7 @@
 
 #include "Model/Ecosystem.h"
 #include "Tools/Frame/ListToolViewModel.h"
-
-#include <set>
+#include "Tools/Frame/ToolOption.h"
 
 namespace tallyroom {
 
@@ -13,33 +12,27 @@ class ListToolScreen;
 class BuildCachesViewModel : public ListToolViewModel {
     Q_OBJECT
     Q_PROPERTY(std::set<tallyroom::Ecosystem> enabledEcosystems READ enabledEcosystems WRITE
-                   setEnabledEcosystems NOTIFY enabledEcosystemsChanged)
+                   setEnabledEcosystems NOTIFY remarksChanged)
 
 public:
     explicit BuildCachesViewModel(DeletionRunner& deletions);
 
     /// The ecosystems that are looked for; survive a restart.
-    [[nodiscard]] const std::set<Ecosystem>& enabledEcosystems() const { return m_enabled; }
+    [[nodiscard]] const std::set<Ecosystem>& enabledEcosystems() const { return m_enabled.value(); }
 
     /// Stores another set and scans again for it.
-    void setEnabledEcosystems(const std::set<Ecosystem>& ecosystems);
-
-    /// The same with one more, or one less.
-    void enable(Ecosystem ecosystem, bool isOn);
+    void setEnabledEcosystems(const std::set<Ecosystem>& ecosystems) { m_enabled.set(ecosystems); }
 
     [[nodiscard]] Recovery recovery() const override;
-
-Q_SIGNALS:
-    void enabledEcosystemsChanged();
 
 protected:
     [[nodiscard]] FileScanner::ScanStream startStream() override;
 
 private:
-    std::set<Ecosystem> m_enabled;
+    ToolOption<std::set<Ecosystem>, Ecosystem> m_enabled;
 };
 
-/// Their screen: the common frame and the choice of ecosystems.
+/// Their screen.
 /// `tool` must outlive it. Main thread.
 [[nodiscard]] ListToolScreen* makeBuildCachesScreen(BuildCachesViewModel& tool);
 

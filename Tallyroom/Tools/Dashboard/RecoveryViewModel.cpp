@@ -75,7 +75,7 @@ void RecoveryViewModel::setTools(std::vector<RecoveryTool> tools)
         connect(tool, &FolderTool::stateChanged, this, [this, place] { follow(place); });
         connect(tool, &ScanToolViewModel::rootURLChanged, this, soon);
         connect(tool, &ScanToolViewModel::progressChanged, this, soon);
-        connect(tool, &ScanToolViewModel::recoveryChanged, this, soon);
+        connect(tool, &ScanToolViewModel::remarksChanged, this, soon);
         const auto tell = [this, tool] {
             if (tool == m_remover) {
                 Q_EMIT removalChanged();

@@ -34,13 +34,9 @@ ListToolStyle explorerStyle(const ShownContents& contents, std::function<std::in
     style.title = QStringLiteral("Espace disque");
     style.searchPlaceholder = QStringLiteral("Filtrer par nom");
     style.emptyMessage = QStringLiteral("Ce dossier est vide.");
-    style.welcome.icon = "internaldrive";
-    style.welcome.title = style.title;
-    style.welcome.message =
-        QStringLiteral("Choisissez un dossier : Tallyroom mesure ce qu’il contient, niveau "
-                       "par niveau, du plus lourd au plus léger.");
-    style.welcome.hint = QStringLiteral("Rien n’est modifié pendant l’analyse.");
-    style.welcome.actionTitle = QStringLiteral("Choisir un dossier…");
+    style.icon = "internaldrive";
+    style.message = QStringLiteral("Choisissez un dossier : Tallyroom mesure ce qu’il contient, niveau "
+                                   "par niveau, du plus lourd au plus léger.");
     style.table.firstColumnTitle = QStringLiteral("Nom");
     style.table.showsChevronForDirectories = true;
     style.table.columns = contentColumns(contents, std::move(total));

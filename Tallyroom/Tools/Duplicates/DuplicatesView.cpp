@@ -10,7 +10,6 @@
 #include "Theme/SymbolIcon.h"
 #include "Tools/Duplicates/DuplicateTable.h"
 #include "Tools/Frame/ToolHeader.h"
-#include "Tools/Frame/ToolStyles.h"
 
 #include <QPushButton>
 
@@ -23,12 +22,11 @@ namespace {
 
 ToolScreenStyle duplicatesStyle()
 {
-    ToolScreenStyle style = ToolStyles::frame(
-        "doc.on.doc", QStringLiteral("Doublons"),
-        QStringLiteral("Choisissez un dossier : Tallyroom y cherche les fichiers au contenu identique et "
-                       "dit ce que leurs copies occupent."));
-    style.emptyMessage = QStringLiteral("Aucun doublon dans ce dossier.");
-    return style;
+    return {.icon = "doc.on.doc",
+            .title = QStringLiteral("Doublons"),
+            .message = QStringLiteral("Choisissez un dossier : Tallyroom y cherche les fichiers au contenu "
+                                      "identique et dit ce que leurs copies occupent."),
+            .emptyMessage = QStringLiteral("Aucun doublon dans ce dossier.")};
 }
 
 QString ruleName(KeepRule rule)
@@ -59,11 +57,6 @@ QString ruleText(const KeepPolicy& policy)
            (name.size() <= longest ? name : name.first(longest - 1) + QStringLiteral("…"));
 }
 
-QString minimumText(std::int64_t size)
-{
-    return size > 0 ? sizeText(size) : QStringLiteral("aucune");
-}
-
 } // namespace
 
 DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, QWidget* parent)
@@ -72,19 +65,11 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, QWidget* parent)
 
 DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table, QWidget* parent)
     : ToolScreen(tool, duplicatesStyle(), table, parent), m_duplicates(tool), m_table(table),
-      m_minimumSize(new OptionMenu(
-          OptionMenu::Choices::one,
-          [&tool] { return QStringLiteral("Taille minimale : ") + minimumText(tool.minimumSize()); })),
-      m_keepRule(new OptionMenu(OptionMenu::Choices::one,
-                                [&tool] { return QStringLiteral("Garder : ") + ruleText(tool.policy()); })),
       m_checkRedundant(new QPushButton(QStringLiteral("Cocher les doublons (garder 1 par groupe)")))
 {
-    addMinimumSizes();
     addKeepRules();
     m_checkRedundant->setIcon(SymbolIcon::icon("checkmark.circle.fill"));
     Theme::style(m_checkRedundant, Theme::Button::plain);
-    header().addOption(m_minimumSize);
-    header().addOption(m_keepRule);
     table->setPolicy(tool.policy());
     header().addAction(m_checkRedundant);
     connect(m_checkRedundant, &QPushButton::clicked, this,
@@ -97,26 +82,18 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table,
             [this] { m_table->setPolicy(m_duplicates.policy()); });
 }
 
-void DuplicatesView::addMinimumSizes()
-{
-    const auto& offered = DuplicatesViewModel::offeredMinimumSizes;
-    std::vector<std::int64_t> sizes{offered.begin(), offered.end()};
-    if (std::ranges::find(sizes, m_duplicates.minimumSize()) == sizes.end()) {
-        sizes.push_back(m_duplicates.minimumSize());
-        std::ranges::sort(sizes);
-    }
-    m_minimumSize->addChoices(
-        sizes, minimumText, [this](std::int64_t size) { return size == m_duplicates.minimumSize(); },
-        [this](std::int64_t size, bool) { m_duplicates.setMinimumSize(size); });
-    m_minimumSize->follow(m_duplicates, &DuplicatesViewModel::minimumSizeChanged);
-}
-
 void DuplicatesView::addKeepRules()
 {
-    m_keepRule->addChoices(
-        KeepPolicy::rules, ruleName, [this](KeepRule rule) { return rule == m_duplicates.policy().rule; },
-        [this](KeepRule rule, bool) { chooseRule(rule); });
-    m_keepRule->follow(m_duplicates, &DuplicatesViewModel::policyChanged);
+    const auto rule = [&tool = m_duplicates] { return tool.policy().rule; };
+    Option option{[&tool = m_duplicates] { return QStringLiteral("Garder : ") + ruleText(tool.policy()); },
+                  {}};
+    for (const KeepRule one : KeepPolicy::rules) {
+        option.choices.push_back(
+            {ruleName(one), [rule, one] { return rule() == one; }, [this, one](bool) { chooseRule(one); }});
+    }
+    auto* const menu = new OptionMenu(option);
+    connect(&m_duplicates, &DuplicatesViewModel::policyChanged, menu, &OptionMenu::showTitle);
+    header().addOption(menu);
 }
 
 void DuplicatesView::chooseRule(KeepRule rule)

@@ -8,7 +8,6 @@ class QPushButton;
 namespace tallyroom {
 
 class DuplicateTable;
-class OptionMenu;
 
 /// The screen of the duplicates: the common frame around groups, the smallest size, and the check of all
 /// copies but one. Main thread.
@@ -30,14 +29,11 @@ protected:
 private:
     DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table, QWidget* parent);
 
-    void addMinimumSizes();
     void addKeepRules();
     void chooseRule(KeepRule rule);
 
     DuplicatesViewModel& m_duplicates;
     DuplicateTable* m_table;
-    OptionMenu* m_minimumSize;
-    OptionMenu* m_keepRule;
     QPushButton* m_checkRedundant;
 };
 

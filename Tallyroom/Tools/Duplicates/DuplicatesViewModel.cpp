@@ -102,10 +102,28 @@ Recovery recoveryOf(const std::vector<DuplicateGroup>& groups, const KeepPolicy&
     return recovery;
 }
 
+QString minimumText(std::int64_t size)
+{
+    return size > 0 ? sizeText(size) : QStringLiteral("aucune");
+}
+
+/// Offers the stored size too.
+OptionPlan<std::int64_t> minimumPlan()
+{
+    const auto& offered = DuplicatesViewModel::offeredMinimumSizes;
+    std::set<std::int64_t> sizes{offered.begin(), offered.end()};
+    sizes.insert(Settings::duplicatesMinSize());
+    return {[](std::int64_t size) { return QStringLiteral("Taille minimale : ") + minimumText(size); },
+            {sizes.begin(), sizes.end()},
+            minimumText};
+}
+
 } // namespace
 
 DuplicatesViewModel::DuplicatesViewModel(DeletionRunner& deletions)
-    : ScanToolViewModel(deletions), m_minimumSize(Settings::duplicatesMinSize())
+    : ScanToolViewModel(deletions),
+      m_minimumSize(*this, {QStringLiteral("dup.minSize"), Settings::duplicatesMinSize()}, minimumPlan(),
+                    [this] { scan(); })
 {
     m_policy.protectedFolders = storedProtectedFolders();
 }
@@ -144,7 +162,7 @@ void DuplicatesViewModel::makeRecovery()
                 [groups = m_groups, policy = m_policy] { return recoveryOf(*groups, policy); }),
             [this](Recovery recovery) {
                 m_recovery = std::move(recovery);
-                Q_EMIT recoveryChanged();
+                Q_EMIT remarksChanged();
             },
             [] {});
     }
@@ -172,16 +190,6 @@ void DuplicatesViewModel::unprotect(const FileUrl& url)
     setPolicy(std::move(policy));
 }
 
-void DuplicatesViewModel::setMinimumSize(std::int64_t size)
-{
-    if (!assignIfChanged(m_minimumSize, size)) {
-        return;
-    }
-    Settings::write(QStringLiteral("dup.minSize"), QVariant::fromValue<qlonglong>(size));
-    Q_EMIT minimumSizeChanged();
-    scan();
-}
-
 void DuplicatesViewModel::startScan(PropertyUpdate& update)
 {
     m_found = std::make_shared<const std::vector<DuplicateGroup>>();
@@ -193,7 +201,7 @@ void DuplicatesViewModel::startScan(PropertyUpdate& update)
     update.assign(m_scanned, 0, &DuplicatesViewModel::progressChanged);
     update.assign(m_truncated, false, &DuplicatesViewModel::progressChanged);
     m_pump = std::make_unique<StreamPump<DuplicateProgress>>(
-        DuplicateFinder::stream(*rootURL(), m_minimumSize),
+        DuplicateFinder::stream(*rootURL(), minimumSize()),
         [this](DuplicateProgress record) { receive(std::move(record)); },
         [this] {
             endScan(ScanEnd::reached(m_unread, m_unreadPlaces));

@@ -4,7 +4,7 @@
 #include "Deletion/RemovedPlaces.h"
 #include "Duplicates/DuplicateFinder.h"
 #include "Duplicates/KeepPolicy.h"
-#include "Tools/Frame/ScanToolViewModel.h"
+#include "Tools/Frame/ToolOption.h"
 
 #include <array>
 #include <cstdint>
@@ -26,7 +26,7 @@ class DuplicatesViewModel : public ScanToolViewModel {
     Q_PROPERTY(std::int64_t scanned READ scanned NOTIFY progressChanged)
     Q_PROPERTY(bool isHashing READ isHashing NOTIFY progressChanged)
     Q_PROPERTY(bool truncated READ truncated NOTIFY progressChanged)
-    Q_PROPERTY(std::int64_t minimumSize READ minimumSize WRITE setMinimumSize NOTIFY minimumSizeChanged)
+    Q_PROPERTY(std::int64_t minimumSize READ minimumSize WRITE setMinimumSize NOTIFY remarksChanged)
 
 public:
     /// The minimum sizes that the screen offers, in bytes.
@@ -90,10 +90,10 @@ public:
     [[nodiscard]] bool truncated() const { return m_truncated; }
 
     /// The smallest file that is looked at, in bytes; survives a restart.
-    [[nodiscard]] std::int64_t minimumSize() const { return m_minimumSize; }
+    [[nodiscard]] std::int64_t minimumSize() const { return m_minimumSize.value(); }
 
     /// Stores another minimum size and scans again with it.
-    void setMinimumSize(std::int64_t size);
+    void setMinimumSize(std::int64_t size) { m_minimumSize.set(size); }
 
     [[nodiscard]] std::size_t entryCount() const override;
     void forEachEntry(const Visitor& visit) const override;
@@ -112,7 +112,6 @@ public:
 
 Q_SIGNALS:
     void policyChanged();
-    void minimumSizeChanged();
 
 protected:
     void startScan(PropertyUpdate& update) override;
@@ -143,7 +142,7 @@ private:
     bool m_truncated = false;
     Recovery m_recovery;
     std::unique_ptr<StreamPump<Recovery>> m_recoveryPump;
-    std::int64_t m_minimumSize;
+    ToolOption<std::int64_t> m_minimumSize;
     std::optional<SystemError> m_unread; // of the running scan, as what follows
     SharedUnreadPlaces m_unreadPlaces;
     std::unique_ptr<StreamPump<DuplicateFinder::DuplicateProgress>> m_pump;

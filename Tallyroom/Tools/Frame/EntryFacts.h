@@ -4,7 +4,7 @@
 #include "Bridge/StreamPump.h"
 #include "Concurrency/Locked.h"
 #include "Concurrency/ParallelFor.h"
-#include "Model/EntryList.h"
+#include "Tools/Frame/ListToolViewModel.h"
 
 #include <algorithm>
 #include <functional>
@@ -14,31 +14,18 @@
 
 namespace tallyroom {
 
-/// Facts about the entries of a list that come after they are on screen: one answer an entry, asked on the
-/// pool's workers and known by location. Main thread.
+/// Facts about the entries of a tool that come after they are on screen: one answer an entry, asked on the
+/// pool's workers and known by location. The tool's remarks change with them. Main thread.
 template <class Fact>
 class EntryFacts {
 public:
     /// Called on workers; must not own anything of the window.
     using Ask = std::function<Fact(const FileUrl&)>;
 
-    /// `changed` is called when answers have come.
-    EntryFacts(Ask ask, std::function<void()> changed) : m_ask(std::move(ask)), m_changed(std::move(changed))
-    {}
-
-    /// Asks about those of `entries` of which nothing is known; an empty list forgets everything. Meant to be
-    /// called whenever the list changes. O(n).
-    void follow(const EntryList& entries)
+    /// `tool` must outlive it, and owns it in general.
+    EntryFacts(ListToolViewModel& tool, Ask ask) : m_tool(tool), m_ask(std::move(ask))
     {
-        m_entries = entries;
-        if (entries.empty()) {
-            m_pump.reset();
-            m_facts.clear();
-            return;
-        }
-        if (m_pump == nullptr) {
-            askForUnknown();
-        }
+        QObject::connect(&tool, &ScanToolViewModel::progressChanged, &m_context, [this] { follow(); });
     }
 
     /// The fact about the entry at `url`; null while it is not known.
@@ -48,13 +35,45 @@ public:
         return found != m_facts.end() ? &found->second : nullptr;
     }
 
+    /// The fact about an entry; an empty one while it is not known.
+    [[nodiscard]] Fact of(const Entry& entry) const
+    {
+        const Fact* const fact = find(entry.url);
+        return fact != nullptr ? *fact : Fact{};
+    }
+
+    /// The tool's entries parted by `isSafe(entry, fact)`; an entry of which nothing is known is not safe.
+    template <class Condition>
+    [[nodiscard]] Recovery recovery(const Condition& isSafe) const
+    {
+        bool isKnown = true;
+        Recovery recovery = Recovery::parted(m_tool.entries(), [&](const Entry& entry) {
+            const Fact* const fact = find(entry.url);
+            isKnown = isKnown && fact != nullptr;
+            return fact != nullptr && isSafe(entry, *fact);
+        });
+        recovery.isKnown = isKnown;
+        return recovery;
+    }
+
 private:
     using Facts = std::unordered_map<FileUrl, Fact>;
+
+    /// Asks about entries of which nothing is known; an empty list forgets everything. O(n).
+    void follow()
+    {
+        if (m_tool.entries().empty()) {
+            m_pump.reset();
+            m_facts.clear();
+        } else if (m_pump == nullptr) {
+            askForUnknown();
+        }
+    }
 
     void askForUnknown()
     {
         std::vector<FileUrl> unknown;
-        for (const Entry& entry : m_entries) {
+        for (const Entry& entry : m_tool.entries()) {
             if (!m_facts.contains(entry.url)) {
                 unknown.push_back(entry.url);
             }
@@ -66,7 +85,7 @@ private:
             start(std::move(unknown), m_ask),
             [this](Facts facts) {
                 m_facts.merge(facts);
-                m_changed();
+                Q_EMIT m_tool.remarksChanged();
             },
             [this] {
                 m_pump.reset();
@@ -96,11 +115,11 @@ private:
         return std::move(stream);
     }
 
+    ListToolViewModel& m_tool;
     Ask m_ask;
-    std::function<void()> m_changed;
-    EntryList m_entries;
     Facts m_facts;
     std::unique_ptr<StreamPump<Facts>> m_pump;
+    QObject m_context; // ends what follows the tool
 };
 
 } // namespace tallyroom

@@ -1,11 +1,17 @@
 #include "Tools/Frame/ListToolScreen.h"
 
 #include "Rows/EntryTable.h"
+#include "Rows/Selection.h"
 #include "Settings/Settings.h"
 #include "Text/CSVExport.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Tools/Frame/ToolHeader.h"
+
+#include <QPushButton>
+
+#include <algorithm>
+#include <iterator>
 
 namespace tallyroom {
 
@@ -49,7 +55,7 @@ ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& sty
 
 ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table,
                                QWidget* parent)
-    : ToolScreen(tool, style, table, parent), m_list(tool), m_remark(style.remark), m_warning(style.warning),
+    : ToolScreen(tool, style, table, parent), m_list(tool), m_sweep(style.sweep), m_warning(style.warning),
       m_table(table)
 {
     connect(&tool, &ListToolViewModel::categoryChanged, this, &ListToolScreen::showFilter);
@@ -67,6 +73,47 @@ ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& sty
     if (!style.categories.empty()) {
         addChips(style.categories);
     }
+    if (!m_sweep.noun.isEmpty()) {
+        addSweep();
+    }
+    connect(&tool, &ScanToolViewModel::remarksChanged, this, [this] {
+        m_table->viewport()->update();
+        showSummary();
+    });
+}
+
+void ListToolScreen::addSweep()
+{
+    m_sweepButton = new QPushButton;
+    Theme::style(m_sweepButton, Theme::Button::danger);
+    header().addOption(m_sweepButton);
+    connect(&m_list, &ScanToolViewModel::progressChanged, m_sweepButton, [this] { showSweep(); });
+    connect(&m_list, &ScanToolViewModel::remarksChanged, m_sweepButton, [this] { showSweep(); });
+    connect(m_sweepButton, &QPushButton::clicked, this, [this] {
+        const std::vector<Entry> entries = m_sweep.entries();
+        UrlSet urls;
+        std::ranges::transform(entries, std::inserter(urls, urls.end()), &Entry::url);
+        selection().setUrls(urls);
+        askDeletion(entries, DeleteConfirmation::Default::trash);
+    });
+    showSweep();
+}
+
+void ListToolScreen::showSweep()
+{
+    const std::vector<Entry> entries = m_sweep.entries();
+    m_sweepButton->setText(
+        QStringLiteral("Supprimer %1s (%2)").arg(m_sweep.noun, NumberText::grouped(entries.size())));
+    m_sweepButton->setEnabled(!entries.empty());
+}
+
+QString ListToolScreen::sweepRemark() const
+{
+    const std::vector<Entry> entries = m_sweep.entries ? m_sweep.entries() : std::vector<Entry>{};
+    return entries.empty()
+               ? QString{}
+               : QStringLiteral(" · %1, %2 à récupérer")
+                     .arg(NumberText::plural(entries.size(), m_sweep.noun), sizeText(totalSize(entries)));
 }
 
 void ListToolScreen::addChips(const std::vector<CategoryChips::Chip>& chips)
@@ -96,7 +143,7 @@ QString ListToolScreen::summary() const
         text += QStringLiteral(" · ") + NumberText::plural(rows.rowCount(), QStringLiteral("affiché")) +
                 QStringLiteral(" · ") + sizeText(rows.shownBytes());
     }
-    return m_remark ? text + m_remark() : text;
+    return text + sweepRemark();
 }
 
 ToolScreen::Caution ListToolScreen::caution(const std::vector<Entry>& entries) const
@@ -106,17 +153,6 @@ ToolScreen::Caution ListToolScreen::caution(const std::vector<Entry>& entries) c
         caution.warning += (caution.warning.isEmpty() ? QString{} : QStringLiteral("\n\n")) + own;
     }
     return caution;
-}
-
-void ListToolScreen::addOption(QWidget* option)
-{
-    header().addOption(option);
-}
-
-void ListToolScreen::showAgain()
-{
-    m_table->viewport()->update();
-    showSummary();
 }
 
 void ListToolScreen::showEntries()

@@ -5,6 +5,8 @@
 #include "Tools/Frame/ListToolViewModel.h"
 #include "Tools/Frame/ToolScreen.h"
 
+class QPushButton;
+
 namespace tallyroom {
 
 class EntryTable;
@@ -16,8 +18,14 @@ struct ListToolStyle : ToolScreenStyle {
     QString columnsKey{};
     /// The categories that the list can be narrowed down to, for tools that know some.
     std::vector<CategoryChips::Chip> categories{};
-    /// What the summary ends with; may be none.
-    std::function<QString()> remark{};
+
+    /// Entries that can be deleted in one go; none without a noun.
+    struct Sweep {
+        QString noun; ///< "ancien"; of many it takes an "s"
+        std::function<std::vector<Entry>()> entries;
+    };
+
+    Sweep sweep{};
     /// What the tool has to say before `entries` are deleted, besides `deletionWarning`; may be none.
     std::function<QString(const std::vector<Entry>& entries)> warning{};
 };
@@ -29,12 +37,6 @@ class ListToolScreen : public ToolScreen {
 public:
     /// `tool` must outlive the screen.
     ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, QWidget* parent = nullptr);
-
-    /// Puts a control of the tool's own into the header.
-    void addOption(QWidget* option);
-
-    /// Draws the rows and the summary again: an option has changed what they say.
-    void showAgain();
 
     void exportEntries() override;
 
@@ -49,13 +51,17 @@ protected:
 private:
     void showChips();
     void addChips(const std::vector<CategoryChips::Chip>& chips);
+    void addSweep();
+    void showSweep();
+    [[nodiscard]] QString sweepRemark() const;
     ListToolScreen(ListToolViewModel& tool, const ListToolStyle& style, EntryTable* table, QWidget* parent);
 
     ListToolViewModel& m_list;
-    std::function<QString()> m_remark;
+    ListToolStyle::Sweep m_sweep;
     std::function<QString(const std::vector<Entry>&)> m_warning;
     EntryTable* m_table;
-    CategoryChips* m_chips = nullptr; // where the tool knows categories
+    CategoryChips* m_chips = nullptr;     // where the tool knows categories
+    QPushButton* m_sweepButton = nullptr; // where there is a sweep
 };
 
 } // namespace tallyroom

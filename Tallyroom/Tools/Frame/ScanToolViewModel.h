@@ -2,6 +2,7 @@
 
 #include "Bridge/Desktop.h"
 #include "Bridge/Observable.h"
+#include "Controls/Option.h"
 #include "Deletion/DeletionRunner.h"
 #include "Deletion/DeletionSupport.h"
 #include "Model/Entry.h"
@@ -13,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tallyroom {
@@ -74,6 +76,12 @@ public:
 
     [[nodiscard]] const QString& searchText() const { return m_searchText; }
 
+    /// The choices that its screen offers, in their order.
+    [[nodiscard]] const std::vector<Option>& options() const { return m_options; }
+
+    /// Offers another one; its functions must live as long as the tool.
+    void addOption(Option option) { m_options.push_back(std::move(option)); }
+
     /// How many entries were found, those included that the search text hides.
     [[nodiscard]] virtual std::size_t entryCount() const = 0;
 
@@ -87,7 +95,7 @@ public:
     [[nodiscard]] virtual ScanLine scanLine() const = 0;
 
     /// What its finds amount to for somebody who wants room; nothing for a tool that proposes nothing. Linear
-    /// in the list; follows `progressChanged` and `recoveryChanged`.
+    /// in the list; follows `progressChanged` and `remarksChanged`.
     [[nodiscard]] virtual Recovery recovery() const { return {}; }
 
     /// Whether the list shows something that is still being measured.
@@ -167,8 +175,9 @@ Q_SIGNALS:
     void searchTextChanged();
     /// The list or the progress of the scan changed: one signal a record.
     void progressChanged();
-    /// Something else that `recovery` depends on has changed.
-    void recoveryChanged();
+    /// Something else has changed that rows, summary and `recovery` depend on: an option, or what comes after
+    /// the entries.
+    void remarksChanged();
 
 protected:
     /// `deletions` must outlive the view model.
@@ -239,6 +248,7 @@ private:
     std::optional<FileUrl> m_removedFrom; // the folder listed when the last deletion began
     std::shared_ptr<Filling> m_filling = std::make_shared<Filling>();
     QString m_searchText;
+    std::vector<Option> m_options;
     std::optional<SecurityScope> m_scope;
 };
 

@@ -1,5 +1,6 @@
 #include "Tools/Frame/ToolScreen.h"
 
+#include "Controls/OptionMenu.h"
 #include "Controls/ScanProgressBar.h"
 #include "Controls/SearchField.h"
 #include "Controls/SelectionBar.h"
@@ -30,8 +31,15 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
                        QWidget* parent)
     : QWidget(parent), m_tool(tool), m_style(style), m_header(new ToolHeader(m_style.searchPlaceholder)),
       m_title(new ToolTitle(m_style.title)),
-      m_pages(new ToolPages(tool, m_style.welcome, m_style.emptyMessage)), m_rows(rows),
-      m_progress(new ScanProgressBar), m_footer(new QWidget), m_banner(new StatusBanner),
+      m_pages(new ToolPages(tool,
+                            {m_style.icon,
+                             m_style.title,
+                             m_style.message,
+                             QStringLiteral("Rien n’est modifié pendant l’analyse."),
+                             QStringLiteral("Choisir un dossier…"),
+                             {}},
+                            m_style.emptyMessage)),
+      m_rows(rows), m_progress(new ScanProgressBar), m_footer(new QWidget), m_banner(new StatusBanner),
       m_selectionBar(new SelectionBar)
 {
     m_spinnerDelay.setSingleShot(true);
@@ -42,6 +50,7 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
     makeLayout();
     connectTool();
     connectWidgets();
+    addOptions();
     addShortcuts();
     EntryActions::install(*this, *m_rows, [this] { return currentEntry(); });
 }
@@ -174,6 +183,15 @@ void ToolScreen::connectWidgets()
     connect(m_selectionBar, &SelectionBar::clearRequested, this, [this] { selection().clear(); });
     connect(m_selectionBar, &SelectionBar::deleteRequested, this,
             [this] { askDeletion(selection().checkedEntries(), DeleteConfirmation::Default::trash); });
+}
+
+void ToolScreen::addOptions()
+{
+    for (const Option& option : m_tool.options()) {
+        auto* const menu = new OptionMenu(option);
+        connect(&m_tool, &ScanToolViewModel::remarksChanged, menu, &OptionMenu::showTitle);
+        m_header->addOption(menu);
+    }
 }
 
 void ToolScreen::addShortcut(const QKeySequence& keys, const QString& name, const std::function<void()>& act)

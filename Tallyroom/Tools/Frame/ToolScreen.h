@@ -2,7 +2,6 @@
 
 #include "Deletion/DeleteConfirmation.h"
 #include "Tools/Frame/ScanToolViewModel.h"
-#include "Welcome/ToolWelcome.h"
 
 #include <QKeySequence>
 #include <QPointer>
@@ -25,11 +24,12 @@ class ToolTitle;
 
 /// What a tool's screen says of itself.
 struct ToolScreenStyle {
-    QString title;
-    QString searchPlaceholder;
-    ToolWelcome::Content welcome;
-    QString emptyMessage;    ///< a finished scan that found nothing
-    QString deletionWarning; ///< the loss beyond the bytes; shown before a deletion
+    std::string icon{}; ///< a symbol's name
+    QString title{};
+    QString message{};         ///< of the welcome: what the tool does
+    QString emptyMessage{};    ///< a finished scan that found nothing
+    QString deletionWarning{}; ///< the loss beyond the bytes; shown before a deletion
+    QString searchPlaceholder = QStringLiteral("Filtrer par chemin");
 };
 
 /// The frame that all tools share that list what they found: header, list, progress, banner, selection bar,
@@ -112,6 +112,7 @@ protected:
     bool focusNextPrevChild(bool next) override;
 
 private:
+    void addOptions();
     void makeLayout();
     void connectTool();
     void connectWidgets();

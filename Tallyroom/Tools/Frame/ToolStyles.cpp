@@ -6,34 +6,22 @@
 
 namespace tallyroom::ToolStyles {
 
-ToolScreenStyle frame(std::string icon, const QString& title, const QString& message)
+ListToolStyle search(const ToolScreenStyle& screen, const QString& firstColumnTitle)
 {
-    ToolScreenStyle style;
-    style.title = title;
-    style.searchPlaceholder = QStringLiteral("Filtrer par chemin");
-    style.welcome.icon = std::move(icon);
-    style.welcome.title = title;
-    style.welcome.message = message;
-    style.welcome.hint = QStringLiteral("Rien n’est modifié pendant l’analyse.");
-    style.welcome.actionTitle = QStringLiteral("Choisir un dossier…");
-    return style;
-}
-
-ListToolStyle search(std::string icon, const QString& title, const QString& message)
-{
-    ListToolStyle style{frame(std::move(icon), title, message), {}};
+    ListToolStyle style{screen, {}};
+    style.table.firstColumnTitle = firstColumnTitle;
     style.table.hasStrongNames = true;
     style.table.secondLine = [](const Entry& entry) { return FileUrlText::displayFromHome(entry.url); };
-    style.table.badges = markBadges;
+    style.table.badges = [](const Entry& entry) { return badges(MarkText::words(entry)); };
     style.table.toolTip = MarkText::explanation;
     return style;
 }
 
-ListToolStyle projects(const std::string& icon, const QString& title, const QString& message)
+ListToolStyle projects(const ToolScreenStyle& screen, const QString& firstColumnTitle)
 {
-    ListToolStyle style = search(icon, title, message);
+    ListToolStyle style = search(screen, firstColumnTitle);
     style.table.name = projectName;
-    style.table.symbol = [icon](const Entry&) { return icon; };
+    style.table.symbol = [icon = screen.icon](const Entry&) { return icon; };
     style.table.columns.push_back(ageColumn());
     return style;
 }
@@ -45,11 +33,11 @@ EntryTableColumn ageColumn()
             modifiedAtSortKey};
 }
 
-std::vector<EntryBadge> markBadges(const Entry& entry)
+std::vector<EntryBadge> badges(const QStringList& words, Theme::Colour colour)
 {
     std::vector<EntryBadge> badges;
-    for (const QString& word : MarkText::words(entry)) {
-        badges.push_back({word, Theme::Colour::old});
+    for (const QString& word : words) {
+        badges.push_back({word, colour});
     }
     return badges;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Text/PlainText.h"
 #include "Tools/Frame/ListToolScreen.h"
 
 #include <string>
@@ -10,21 +11,31 @@ namespace tallyroom {
 /// What the tools that search a whole tree show alike. Main thread.
 namespace ToolStyles {
 
-/// The welcome and the filter by path.
-[[nodiscard]] ToolScreenStyle frame(std::string icon, const QString& title, const QString& message);
-
-/// The same for a list, with rows of two lines, the path below the name.
-[[nodiscard]] ListToolStyle search(std::string icon, const QString& title, const QString& message);
+/// A list with rows of two lines, the path below the name.
+[[nodiscard]] ListToolStyle search(const ToolScreenStyle& screen, const QString& firstColumnTitle);
 
 /// The same for folders of projects, which have the project's name, the tool's icon and a column with the
 /// age.
-[[nodiscard]] ListToolStyle projects(const std::string& icon, const QString& title, const QString& message);
+[[nodiscard]] ListToolStyle projects(const ToolScreenStyle& screen, const QString& firstColumnTitle);
 
 /// The column with the age of an entry.
 [[nodiscard]] EntryTableColumn ageColumn();
 
-/// A badge for each mark of an entry.
-[[nodiscard]] std::vector<EntryBadge> markBadges(const Entry& entry);
+/// A badge for each of `words`.
+[[nodiscard]] std::vector<EntryBadge> badges(const QStringList& words,
+                                             Theme::Colour colour = Theme::Colour::old);
+
+/// A chip for each case of a closed set.
+template <class Cases>
+[[nodiscard]] std::vector<CategoryChips::Chip> chips(const Cases& cases)
+{
+    std::vector<CategoryChips::Chip> chips;
+    for (const auto& one : cases) {
+        chips.push_back(
+            {std::string{one.rawValue()}, toText(one.displayName()), std::string{one.symbolName()}});
+    }
+    return chips;
+}
 
 /// The project that a found folder belongs to: the name of the folder around it.
 [[nodiscard]] std::string projectName(const Entry& entry);

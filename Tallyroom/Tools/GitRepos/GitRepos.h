@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Git/RepositoryState.h"
+#include "Text/RepositoryText.h"
 #include "Tools/Frame/EntryFacts.h"
-#include "Tools/Frame/ListToolViewModel.h"
 
 namespace tallyroom {
 
@@ -15,7 +14,7 @@ class GitReposViewModel : public ListToolViewModel {
 
 public:
     /// Nothing for a repository that cannot be read.
-    using State = std::optional<RepositoryState>;
+    using State = RepositoryText::State;
 
     explicit GitReposViewModel(DeletionRunner& deletions);
 
@@ -26,14 +25,8 @@ public:
     /// Nothing is safe: whether the remotes still have what they had, only they know.
     [[nodiscard]] Recovery recovery() const override;
 
-Q_SIGNALS:
-    void repositoryStatesChanged();
-
 protected:
-    [[nodiscard]] FileScanner::ScanStream startStream() override
-    {
-        return FileScanner::findDirectoriesStream({".git"}, *rootURL());
-    }
+    [[nodiscard]] FileScanner::ScanStream startStream() override;
 
 private:
     EntryFacts<State> m_states;

@@ -1,64 +1,33 @@
 #include "Tools/LargeFiles/LargeFiles.h"
 
-#include "Controls/OptionMenu.h"
-#include "Model/FileKind.h"
-#include "Settings/Settings.h"
+#include "Text/AgeText.h"
 #include "Text/NumberText.h"
-#include "Text/PlainText.h"
-#include "Theme/FileKindPresentation.h"
 #include "Tools/Frame/ToolStyles.h"
 
 namespace tallyroom {
 
 namespace {
 
-ListToolStyle largeFilesStyle()
+OptionPlan<std::int64_t> limitPlan()
 {
-    ListToolStyle style = ToolStyles::search(
-        "doc.text.magnifyingglass", QStringLiteral("Gros fichiers"),
-        QStringLiteral("Choisissez un dossier : Tallyroom y cherche les fichiers les plus lourds, à "
-                       "n’importe quelle profondeur."));
-    style.emptyMessage = QStringLiteral("Aucun fichier dans ce dossier.");
-    style.table.firstColumnTitle = QStringLiteral("Fichier");
-    style.table.columns.push_back(ToolStyles::ageColumn());
-    for (const FileKind kind : FileKind::all) {
-        if (kind != FileKind::folder) {
-            style.categories.push_back(
-                {std::string{kind.rawValue()}, displayName(kind), std::string{kind.symbolName()}});
-        }
-    }
-    return style;
+    const auto& offered = LargeFilesViewModel::offeredLimits;
+    return {
+        [](std::int64_t limit) { return QStringLiteral("Les %1 plus gros").arg(NumberText::grouped(limit)); },
+        {offered.begin(), offered.end()},
+        [](std::int64_t limit) { return QString::number(limit); }};
 }
 
-QString ageChoice(const std::optional<AgeThreshold>& age)
-{
-    return age ? QStringLiteral("plus de ") + toText(age->label()) : QStringLiteral("tous");
-}
+using Age = std::optional<AgeThreshold>;
 
-OptionMenu* makeLimits(LargeFilesViewModel& tool)
+OptionPlan<Age> agePlan()
 {
-    auto* const limits = new OptionMenu(OptionMenu::Choices::one, [&tool] {
-        return QStringLiteral("Les %1 plus gros").arg(NumberText::grouped(tool.limit()));
-    });
-    limits->addChoices(
-        LargeFilesViewModel::offeredLimits, [](std::int64_t limit) { return QString::number(limit); },
-        [&tool](std::int64_t limit) { return limit == tool.limit(); },
-        [&tool](std::int64_t limit, bool) { tool.setLimit(limit); });
-    limits->follow(tool, &LargeFilesViewModel::limitChanged);
-    return limits;
-}
-
-OptionMenu* makeAges(LargeFilesViewModel& tool)
-{
-    auto* const ages = new OptionMenu(OptionMenu::Choices::one,
-                                      [&tool] { return QStringLiteral("Âge : ") + ageChoice(tool.age()); });
-    std::vector<std::optional<AgeThreshold>> choices{std::nullopt};
-    choices.insert(choices.end(), AgeThreshold::all.begin(), AgeThreshold::all.end());
-    ages->addChoices(
-        choices, ageChoice, [&tool](const auto& age) { return age == tool.age(); },
-        [&tool](const auto& age, bool) { tool.setAge(age); });
-    ages->follow(tool, &LargeFilesViewModel::ageChanged);
-    return ages;
+    const auto name = [](const Age& age) {
+        return age ? QStringLiteral("plus de ") + thresholdText(*age) : QStringLiteral("tous");
+    };
+    OptionPlan<Age> plan{
+        [name](const Age& age) { return QStringLiteral("Âge : ") + name(age); }, {Age{}}, name};
+    plan.choices.insert(plan.choices.end(), AgeThreshold::all.begin(), AgeThreshold::all.end());
+    return plan;
 }
 
 } // namespace
@@ -70,38 +39,25 @@ bool LargeFilesViewModel::Narrowing::contains(const Narrowing& other) const
 
 LargeFilesViewModel::LargeFilesViewModel(DeletionRunner& deletions)
     : ListToolViewModel(deletions, [](const Entry& entry) { return FileKind::of(entry).rawValue(); }),
-      m_limit(Settings::largeFilesLimit())
+      m_age(*this, {}, agePlan(),
+            [this] {
+                scanWhereNeeded();
+                Q_EMIT filterChanged();
+            }),
+      m_limit(*this, {QStringLiteral("lf.limit"), Settings::largeFilesLimit()}, limitPlan(),
+              [this] { scan(); })
 {
     connect(this, &ScanToolViewModel::progressChanged, this, [this] {
         if (!m_scanned.kind && !entries().empty()) {
             m_kindCounts = ListToolViewModel::categoryCounts();
         }
-        m_isCut = m_isCut || static_cast<std::int64_t>(entries().size()) >= m_limit;
+        m_isCut = m_isCut || static_cast<std::int64_t>(entries().size()) >= limit();
     });
     connect(this, &FolderTool::stateChanged, this, [this] {
         if (state() == ToolState::loaded()) {
             scanWhereNeeded();
         }
     });
-}
-
-void LargeFilesViewModel::setLimit(std::int64_t limit)
-{
-    if (!assignIfChanged(m_limit, limit)) {
-        return;
-    }
-    Settings::write(QStringLiteral("lf.limit"), QVariant::fromValue<qlonglong>(limit));
-    Q_EMIT limitChanged();
-    scan();
-}
-
-void LargeFilesViewModel::setAge(const std::optional<AgeThreshold>& age)
-{
-    if (assignIfChanged(m_age, age)) {
-        scanWhereNeeded();
-        Q_EMIT ageChanged();
-        Q_EMIT filterChanged();
-    }
 }
 
 void LargeFilesViewModel::openLargestOf(const FileUrl& folder, FileKind kind)
@@ -119,7 +75,7 @@ void LargeFilesViewModel::rootChosen(PropertyUpdate& update)
 {
     m_kindCounts.clear();
     ListToolViewModel::rootChosen(update);
-    update.assign(m_age, std::nullopt, &LargeFilesViewModel::ageChanged);
+    m_age.set(std::nullopt, update);
     m_toScan = wanted();
     update.announce(&ListToolViewModel::filterChanged);
 }
@@ -155,16 +111,16 @@ CategoryCounts LargeFilesViewModel::categoryCounts() const
 std::function<bool(const Entry&)> LargeFilesViewModel::filter() const
 {
     auto usual = ListToolViewModel::filter();
-    if (!m_age) {
+    if (!age()) {
         return usual;
     }
-    return [usual = std::move(usual), age = *m_age, now = Timestamp{std::chrono::system_clock::now()}](
+    return [usual = std::move(usual), age = *age(), now = Timestamp{std::chrono::system_clock::now()}](
                const Entry& entry) { return age.isOld(entry.modifiedAt, now) && usual(entry); };
 }
 
 bool LargeFilesViewModel::isFiltering() const
 {
-    return m_age.has_value() || ListToolViewModel::isFiltering();
+    return age().has_value() || ListToolViewModel::isFiltering();
 }
 
 void LargeFilesViewModel::clearFilter()
@@ -198,15 +154,22 @@ FileScanner::ScanStream LargeFilesViewModel::startStream()
     if (m_scanned.age) {
         criteria.modifiedBefore = m_scanned.age->before(std::chrono::system_clock::now());
     }
-    return FileScanner::findLargestFilesStream(*rootURL(), m_limit, criteria);
+    return FileScanner::findLargestFilesStream(*rootURL(), limit(), criteria);
 }
 
 ListToolScreen* makeLargeFilesScreen(LargeFilesViewModel& tool)
 {
-    auto* const screen = new ListToolScreen(tool, largeFilesStyle());
-    screen->addOption(makeAges(tool));
-    screen->addOption(makeLimits(tool));
-    return screen;
+    ListToolStyle style =
+        ToolStyles::search({.icon = "doc.text.magnifyingglass",
+                            .title = QStringLiteral("Gros fichiers"),
+                            .message = QStringLiteral(
+                                "Choisissez un dossier : Tallyroom y cherche les fichiers les plus lourds, à "
+                                "n’importe quelle profondeur."),
+                            .emptyMessage = QStringLiteral("Aucun fichier dans ce dossier.")},
+                           QStringLiteral("Fichier"));
+    style.table.columns.push_back(ToolStyles::ageColumn());
+    style.categories = ToolStyles::chips(FileKind::all);
+    return new ListToolScreen(tool, style);
 }
 
 } // namespace tallyroom

@@ -3,6 +3,7 @@
 #include "Model/AgeThreshold.h"
 #include "Model/FileKind.h"
 #include "Tools/Frame/ListToolViewModel.h"
+#include "Tools/Frame/ToolOption.h"
 
 #include <array>
 
@@ -15,8 +16,8 @@ class ListToolScreen;
 /// Main thread.
 class LargeFilesViewModel : public ListToolViewModel {
     Q_OBJECT
-    Q_PROPERTY(std::int64_t limit READ limit WRITE setLimit NOTIFY limitChanged)
-    Q_PROPERTY(std::optional<tallyroom::AgeThreshold> age READ age WRITE setAge NOTIFY ageChanged)
+    Q_PROPERTY(std::int64_t limit READ limit WRITE setLimit NOTIFY remarksChanged)
+    Q_PROPERTY(std::optional<tallyroom::AgeThreshold> age READ age WRITE setAge NOTIFY remarksChanged)
 
 public:
     /// The limits that the screen offers.
@@ -25,15 +26,15 @@ public:
     explicit LargeFilesViewModel(DeletionRunner& deletions);
 
     /// How many files are kept; survives a restart.
-    [[nodiscard]] std::int64_t limit() const { return m_limit; }
+    [[nodiscard]] std::int64_t limit() const { return m_limit.value(); }
 
     /// Stores a new limit and scans again with it.
-    void setLimit(std::int64_t limit);
+    void setLimit(std::int64_t limit) { m_limit.set(limit); }
 
     /// The age that the files shown are beyond; none: all are shown.
-    [[nodiscard]] const std::optional<AgeThreshold>& age() const { return m_age; }
+    [[nodiscard]] const std::optional<AgeThreshold>& age() const { return m_age.value(); }
 
-    void setAge(const std::optional<AgeThreshold>& age);
+    void setAge(const std::optional<AgeThreshold>& age) { m_age.set(age); }
 
     /// Opens `folder`, which may be gone, for its largest files of one kind.
     void openLargestOf(const FileUrl& folder, FileKind kind);
@@ -52,10 +53,6 @@ public:
     /// Nothing is safe: these are people's own files.
     [[nodiscard]] Recovery recovery() const override;
 
-Q_SIGNALS:
-    void limitChanged();
-    void ageChanged();
-
 protected:
     [[nodiscard]] FileScanner::ScanStream startStream() override;
     void rootChosen(PropertyUpdate& update) override;
@@ -71,19 +68,19 @@ private:
         friend bool operator==(const Narrowing&, const Narrowing&) = default;
     };
 
-    [[nodiscard]] Narrowing wanted() const { return {category(), m_age}; }
+    [[nodiscard]] Narrowing wanted() const { return {category(), age()}; }
 
     void scanWhereNeeded();
 
-    std::int64_t m_limit;
-    std::optional<AgeThreshold> m_age;
+    ToolOption<std::optional<AgeThreshold>> m_age;
+    ToolOption<std::int64_t> m_limit;
     Narrowing m_scanned;         // what the list was searched for
     Narrowing m_toScan;          // what the next one is to be searched for
     bool m_isCut = false;        // the list reached the limit: there may be more
     CategoryCounts m_kindCounts; // before the scan left kinds out
 };
 
-/// Their screen: the common frame and the choice of how many.
+/// Their screen.
 /// `tool` must outlive it. Main thread.
 [[nodiscard]] ListToolScreen* makeLargeFilesScreen(LargeFilesViewModel& tool);
 
