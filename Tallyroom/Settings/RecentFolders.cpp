@@ -30,14 +30,15 @@ void RecentFolders::add(const FileUrl& url)
     urls.insert(urls.begin(), folder);
     urls.resize(std::min(urls.size(), maxCount));
     const bool isOpened = assignIfChanged(m_openedLast, folder);
-    if (assignIfChanged(m_urls, std::move(urls))) {
+    const bool isNew = assignIfChanged(m_urls, std::move(urls));
+    if (isNew) {
         QStringList texts;
         std::ranges::transform(m_urls, std::back_inserter(texts), StoredUrl::text);
         Settings::write(m_key, texts);
-    } else if (!isOpened) {
-        return;
     }
-    Q_EMIT urlsChanged();
+    if (isNew || isOpened) {
+        Q_EMIT urlsChanged();
+    }
 }
 
 } // namespace tallyroom
