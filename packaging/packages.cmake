@@ -1,5 +1,9 @@
-# `cpack` in a build folder makes one Debian package of each component.
+# `cpack` in a build folder makes one Debian package of each component, and an RPM too where rpmbuild is there.
 set(CPACK_GENERATOR DEB)
+find_program(RPMBUILD_PROGRAM rpmbuild)
+if(RPMBUILD_PROGRAM)
+  list(APPEND CPACK_GENERATOR RPM)
+endif()
 set(CPACK_PACKAGE_NAME tallyroom)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each has its own
 set(CPACK_PACKAGE_VENDOR "The Tallyroom developers")
@@ -44,6 +48,34 @@ histories. What is selected goes to the trash, and can be put back, or is
 deleted for good after a confirmation.
 
 The window speaks French.")
+
+# The same for systems with RPM. What a program links to, rpmbuild finds out by itself; the folders below are the
+# system's own.
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/places.cmake)
+set(CPACK_RPM_COMPONENT_INSTALL ON)
+set(CPACK_RPM_FILE_NAME RPM-DEFAULT)
+set(CPACK_RPM_PACKAGE_LICENSE "MIT")
+set(CPACK_RPM_PACKAGE_GROUP Applications/File)
+# Programs are stripped and manuals compressed by now.
+set(CPACK_RPM_SPEC_MORE_DEFINE "%define _build_id_links none\n%define __os_install_post %{nil}")
+set(CPACK_PACKAGE_RELOCATABLE OFF)
+foreach(folder IN ITEMS "" /bin /share /share/doc /share/applications /share/metainfo /share/man /share/man/man1 /share/zsh
+    /share/zsh/site-functions /share/fish /share/fish/vendor_completions.d /share/bash-completion
+    /share/bash-completion/completions /share/icons /share/icons/hicolor)
+  list(APPEND CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION /usr${folder})
+endforeach()
+foreach(size IN ITEMS 16x16 22x22 24x24 32x32 48x48 64x64 128x128 256x256 512x512 scalable)
+  list(APPEND CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
+    /usr/share/icons/hicolor/${size} /usr/share/icons/hicolor/${size}/apps)
+endforeach()
+foreach(component IN ITEMS CLI APPLICATION)
+  set(CPACK_RPM_${component}_PACKAGE_NAME ${CPACK_DEBIAN_${component}_PACKAGE_NAME})
+  set(description "${CPACK_DEBIAN_${component}_DESCRIPTION}")
+  string(FIND "${description}" "\n" end)
+  string(SUBSTRING "${description}" 0 ${end} CPACK_RPM_${component}_PACKAGE_SUMMARY)
+  math(EXPR end "${end} + 1")
+  string(SUBSTRING "${description}" ${end} -1 CPACK_RPM_${component}_PACKAGE_DESCRIPTION)
+endforeach()
 
 # What no package is to be made with, though a plain installation may be.
 file(STRINGS changelog newest LIMIT_COUNT 1)
