@@ -3,6 +3,7 @@
 #include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 #include <utility>
 
@@ -220,11 +221,10 @@ std::vector<Entry> Selection::deeperEntries() const
 
 void Selection::renewDeeper(const std::vector<Entry>& asked, const std::vector<Entry>& found)
 {
-    const auto isFound = [&found](const Entry& entry) {
-        return std::ranges::find(found, entry.url, &Entry::url) != found.end();
-    };
+    UrlSet present;
+    std::ranges::transform(found, std::inserter(present, present.end()), &Entry::url);
     for (const Entry& entry : asked) {
-        if (!isFound(entry)) {
+        if (!present.contains(entry.url)) {
             m_deeper.erase(entry.url);
         }
     }

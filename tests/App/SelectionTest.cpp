@@ -210,9 +210,11 @@ TEST(Selection, WhatIsCheckedBelowAListedFolderCountsOnlyWhileThatIsShown)
     EXPECT_EQ(selection.count(), 1U);
     EXPECT_TRUE(selection.isPartlyChecked(0) && !selection.isPartlyChecked(1));
     const Entry grown = fileEntry("/r/photos/2023/b", 50);
-    selection.renewDeeper({deep}, {grown});
-    EXPECT_EQ(selection.bytes(), 50);
-    selection.renewDeeper({grown}, {});
+    const Entry other = fileEntry("/r/photos/2022/c", 7);
+    selection.toggle(other);
+    selection.renewDeeper({deep, other}, {other, grown});
+    EXPECT_EQ(selection.bytes(), 57);
+    selection.renewDeeper({grown, other}, {});
     EXPECT_FALSE(selection.isPartlyChecked(0)) << "it is gone";
     selection.toggle(deep);
     follow(selection, EntryList{{fileEntry("/r/film", 700)}}, "");
