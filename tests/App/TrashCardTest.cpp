@@ -1,11 +1,15 @@
 #include "App/DashboardScene.h"
 #include "Deletion/EmptyTrashConfirmation.h"
+#include "Support/CacheTree.h"
 #include "Support/Isolation.h"
 #include "Support/TemporaryTree.h"
+#include "Tools/BuildCaches/BuildCaches.h"
+#include "Tools/Dashboard/RecoveryPanel.h"
 
 #include <QPushButton>
 #include <QSignalSpy>
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace tallyroom {
@@ -114,6 +118,64 @@ TEST_F(TrashCardTest, WhatCouldNotGoIsNamedByThePlaceWhereItWas)
     ASSERT_EQ(dashboard.trash().failures().size(), 1U);
     EXPECT_EQ(dashboard.trash().failures().front().url, FileUrl{"/x/le <b>film"});
     EXPECT_EQ(tree.content("v/data/Trash/files/a.2"), "new");
+}
+
+TEST_F(TrashCardTest, AfterAProposalTheLineSaysWhatIsStillInTheTrashAndItsButtonEmptiesIt)
+{
+    tree.add({file("v/home/crate/Cargo.toml", 9), file("v/home/crate/target/app", 200'000)});
+    dateAll(tree, 1'600'000'000);
+    BuildCachesViewModel caches{deletions};
+    HandFedStreams<VolumeReport> figures;
+    DashboardViewModel model{deletions, {[&] { return figures.begin(); }, {}, TrashContents::stream}};
+    RecoveryViewModel& recovery = model.recovery();
+    recovery.setTools({{QStringLiteral("build-caches"), QStringLiteral("Caches"), "hammer", &caches}});
+    DashboardView own{model};
+    own.show();
+    activate(own);
+    const auto reportFree = [&](std::int64_t bytes) {
+        const VolumeUsage now = volume(tree.path("v"), 900, bytes);
+        figures.send({{now}, now, 0});
+        figures.end();
+        return waitUntil(&model, &DashboardViewModel::isRefreshingChanged,
+                         [&] { return !model.isRefreshing(); });
+    };
+    ASSERT_TRUE(reportFree(100));
+    const auto line = [&](const QString& begin) {
+        const QStringList all = visibleTexts(own);
+        const auto found =
+            std::ranges::find_if(all, [&](const QString& one) { return one.startsWith(begin); });
+        return found != all.end() ? *found : QString{};
+    };
+    recovery.search(tree.url("v/home"));
+    ASSERT_TRUE(
+        waitUntil(&recovery, &RecoveryViewModel::changed, [&] { return recovery.rows()[0].proposes(); }));
+    const std::vector<Entry> proposed = recovery.rows()[0].recovery.safe.toVector();
+    recovery.remove(0, proposed, false, caches.planRemoval(proposed));
+    ASSERT_TRUE(waitUntil(&caches, &ScanToolViewModel::removalChanged, [&] { return !caches.removal(); }));
+    ASSERT_TRUE(reportFree(101));
+    const QString told =
+        QStringLiteral("Rien n’est encore libéré · 100 o disponibles avant, 101 o maintenant. "
+                       "La corbeille contient 3,2 Mo, libérés quand elle sera vidée.");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return line(QStringLiteral("Rien n’est")) == told; }, 20'000))
+        << visibleTexts(own).join(u'|').toStdString();
+
+    const auto buttons = own.findChild<RecoveryPanel*>()->findChildren<QPushButton*>();
+    const auto empty = std::ranges::find_if(buttons, [](const QPushButton* one) {
+        return one->isVisible() && one->text() == QStringLiteral("Vider la corbeille…");
+    });
+    ASSERT_NE(empty, buttons.end());
+    QTest::mouseClick(*empty, Qt::LeftButton);
+    const auto dialog = [&] { return own.findChild<EmptyTrashConfirmation*>(); };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog() != nullptr && dialog()->isVisible(); }, 20'000));
+    visibleButton(*dialog(), QStringLiteral("Vider la corbeille"))->click();
+    ASSERT_TRUE(
+        waitUntil(&deletions, &DeletionRunner::isRunningChanged, [&] { return !deletions.isRunning(); }));
+    EXPECT_THAT(tree.names("v/data/Trash/files"), IsEmpty());
+    ASSERT_TRUE(reportFree(700));
+    const QString freed = QStringLiteral("100 o disponibles avant, 700 o maintenant.");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return line(QStringLiteral("100 o")) == freed; }, 20'000))
+        << visibleTexts(own).join(u'|').toStdString();
+    EXPECT_FALSE((*empty)->isVisible()) << "there is nothing left in it";
 }
 
 } // namespace
