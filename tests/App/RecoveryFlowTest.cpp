@@ -138,15 +138,55 @@ TEST_F(RecoveryFlowTest, WhatIsProposedStaysWhereTheCopyBesideItGoesDuringTheQue
     EXPECT_TRUE(tree.exists("music/b.ogg") && tree.exists("music/c.ogg"));
 }
 
-TEST_F(RecoveryFlowTest, ALineLeadsToItsToolWithTheSameListAndWithoutAFilter)
+TEST_F(RecoveryFlowTest, ALineLeadsToItsToolWithWhatItProposesAndFromThereToAll)
 {
     search();
     store().buildCaches.setSearchText(QStringLiteral("nothing"));
-    click("Caches de build : voir dans l’outil");
-    EXPECT_EQ(window->selectedToolID(), QStringLiteral("build-caches"));
-    EXPECT_FALSE(store().buildCaches.isScanning()) << "it was searched already";
-    EXPECT_TRUE(QTest::qWaitFor([this] { return rows().size() == store().buildCaches.entryCount(); }));
+
+    struct Way {
+        const char* line;
+        const char* id;
+        ScanToolViewModel& tool;
+        std::vector<std::string> shown;
+    };
+
+    const std::vector<std::string> repositories{"repo"};
+    for (const Way& way : {Way{"Caches de build", "build-caches", store().buildCaches, {"crate / target"}},
+                           Way{"node_modules", "node-modules", store().nodeModules, {"old"}},
+                           Way{"Dépôts Git", "git-repos", store().gitRepos, repositories}}) {
+        window->selectTool(QStringLiteral("dashboard"));
+        click((way.line + std::string{" : voir dans l’outil"}).c_str());
+        EXPECT_EQ(window->selectedToolID(), QString::fromLatin1(way.id));
+        EXPECT_FALSE(way.tool.isScanning()) << "it was searched already";
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rows() == way.shown; })) << way.id;
+        if (way.shown != repositories) {
+            click("Tout afficher");
+        }
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rows().size() == way.tool.entryCount(); })) << way.id;
+        EXPECT_EQ(button(QStringLiteral("Tout afficher")), nullptr) << way.id;
+    }
     EXPECT_GT(store().buildCaches.entryCount(), 4U);
+}
+
+TEST_F(RecoveryFlowTest, GroupsWithoutAProposalAreHiddenUntilAllAreWantedAndWhatIsGoneIsNoLongerShown)
+{
+    const std::string page(70'000, 'w');
+    tree.add({file("old/dist/a.html", page), file("bare/dist/a.html", page)});
+    search();
+    const DuplicatesViewModel& tool = store().duplicates;
+    click("Doublons : voir dans l’outil");
+    EXPECT_EQ(tool.groups().size(), 2U);
+    EXPECT_EQ(tool.filteredGroups().size(), 1U);
+    scan("duplicates", tree.url("photos"));
+    EXPECT_FALSE(tool.isFiltering()) << "another folder";
+
+    window->selectTool(QStringLiteral("dashboard"));
+    click("Caches de build : voir dans l’outil");
+    EXPECT_TRUE(QTest::qWaitFor([this] { return rows().size() == 1; }));
+    remove(store().buildCaches, {tree.url("crate/target")});
+    EXPECT_TRUE(QTest::qWaitFor([this] { return shows("Aucun élément ne correspond au filtre."); }));
+    click("Effacer le filtre");
+    EXPECT_TRUE(QTest::qWaitFor([this] { return rows().size() == store().buildCaches.entryCount(); }));
 }
 
 TEST_F(RecoveryFlowTest, AKindOfTheBreakdownLeadsToTheLargestFilesOfThatKind)

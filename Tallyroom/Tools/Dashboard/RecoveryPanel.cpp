@@ -163,8 +163,9 @@ void RecoveryPanel::addLines()
         auto* const line = new RecoveryLine(tools[place].name, tools[place].icon, true);
         connect(line, &RecoveryLine::actionRequested, this, [this, place] { ask(place); });
         connect(line, &RecoveryLine::viewRequested, &m_dashboard,
-                [&dashboard = m_dashboard, tool = tools[place]] {
+                [&dashboard = m_dashboard, place, tool = tools[place]] {
                     tool.tool->clearFilter();
+                    tool.tool->showProposed(dashboard.recovery().rows()[place].proposes());
                     dashboard.view(tool.id);
                 });
         m_lines.push_back(line);

@@ -262,13 +262,17 @@ void DuplicatesViewModel::filterGroups()
 {
     m_filtered.resize(m_groups->size());
     std::iota(m_filtered.begin(), m_filtered.end(), 0U);
-    if (searchText().isEmpty()) {
+    if (!isFiltering()) {
         return;
     }
     const TextFilter text{searchText()};
     std::erase_if(m_filtered, [&](std::uint32_t index) {
-        return std::ranges::none_of((*m_groups)[index].entries,
-                                    [&](const Entry& entry) { return text.matches(entry.url.path()); });
+        const std::vector<Entry>& copies = (*m_groups)[index].entries;
+        return std::ranges::none_of(copies,
+                                    [&](const Entry& entry) { return text.matches(entry.url.path()); }) ||
+               (isShowingProposed() && std::ranges::none_of(copies, [&](const Entry& entry) {
+                    return proposed()->contains(entry.url);
+                }));
     });
 }
 

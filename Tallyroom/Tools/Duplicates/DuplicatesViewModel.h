@@ -41,8 +41,8 @@ public:
     /// The same, to be kept.
     [[nodiscard]] const DuplicateGroups& sharedGroups() const { return m_groups; }
 
-    /// The indices of the groups of which a path contains the search text, ascending; such a group is shown
-    /// whole.
+    /// The indices of the groups of which a path contains the search text and, where only that is shown, a
+    /// copy is proposed; ascending. Such a group is shown whole.
     [[nodiscard]] const std::vector<std::uint32_t>& filteredGroups() const { return m_filtered; }
 
     /// The same, those apart at the end of which tools keep all copies.
@@ -117,7 +117,7 @@ protected:
     void startScan(PropertyUpdate& update) override;
     void dropScan(PropertyUpdate& update) override;
 
-    void searchTextChosen() override { filterGroups(); }
+    void filterChosen() override { filterGroups(); }
 
     void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
     void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;

@@ -59,7 +59,6 @@ ListToolScreen::ListToolScreen(ListToolViewModel& tool, const ListToolStyle& sty
       m_table(table)
 {
     connect(&tool, &ListToolViewModel::categoryChanged, this, &ListToolScreen::showFilter);
-    connect(&tool, &ListToolViewModel::filterChanged, this, &ListToolScreen::showFilter);
     connect(&tool, &ListToolViewModel::runningChanged, this, [this] {
         m_table->setRunning(m_list.running());
         showProgress();

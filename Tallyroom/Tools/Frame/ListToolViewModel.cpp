@@ -39,8 +39,9 @@ std::function<bool(const Entry&)> ListToolViewModel::filter() const
         return {};
     }
     return [text = TextFilter{searchText()}, subject = m_filterSubject, category = m_category,
-            categoryOf = m_categoryOf](const Entry& entry) {
-        return (!category || categoryOf(entry) == *category) &&
+            categoryOf = m_categoryOf, proposed = proposed()](const Entry& entry) {
+        return (!proposed || proposed->contains(entry.url)) &&
+               (!category || categoryOf(entry) == *category) &&
                text.matches(subject == FilterSubject::name ? entry.name : entry.url.path());
     };
 }

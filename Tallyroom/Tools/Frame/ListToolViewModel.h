@@ -88,8 +88,6 @@ public:
 
 Q_SIGNALS:
     void categoryChanged();
-    /// An option of the tool's own changed what `filter` lets through.
-    void filterChanged();
     void runningChanged();
 
 protected:

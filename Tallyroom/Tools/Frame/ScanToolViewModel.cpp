@@ -33,6 +33,8 @@ std::optional<UndoableDeletion> remainder(const UndoableDeletion& undone, const 
 ScanToolViewModel::ScanToolViewModel(DeletionRunner& deletions) : m_deletions(deletions)
 {
     connect(&deletions, &DeletionRunner::diskChanged, this, &ScanToolViewModel::follow);
+    connect(this, &ScanToolViewModel::progressChanged, this, &ScanToolViewModel::followProposed);
+    connect(this, &ScanToolViewModel::remarksChanged, this, &ScanToolViewModel::followProposed);
 }
 
 void ScanToolViewModel::refresh()
@@ -46,8 +48,41 @@ void ScanToolViewModel::refresh()
 void ScanToolViewModel::setSearchText(const QString& text)
 {
     if (assignIfChanged(m_searchText, text)) {
-        searchTextChosen();
+        filterChosen();
         Q_EMIT searchTextChanged();
+    }
+}
+
+void ScanToolViewModel::showProposed(bool isOnly)
+{
+    if (isOnly == isShowingProposed()) {
+        return;
+    }
+    m_proposed = isOnly ? std::make_shared<const UrlSet>() : nullptr;
+    followProposed();
+    filterChosen();
+    Q_EMIT filterChanged();
+}
+
+void ScanToolViewModel::clearFilter()
+{
+    setSearchText({});
+    showProposed(false);
+}
+
+/// What is being found out does not hide what was proposed before.
+void ScanToolViewModel::followProposed()
+{
+    if (!isShowingProposed()) {
+        return;
+    }
+    const Recovery found = recovery();
+    UrlSet urls;
+    std::ranges::transform(found.safe, std::inserter(urls, urls.end()), &Entry::url);
+    if (found.isKnown && urls != *m_proposed) {
+        m_proposed = std::make_shared<const UrlSet>(std::move(urls));
+        filterChosen();
+        Q_EMIT filterChanged();
     }
 }
 
@@ -76,6 +111,7 @@ void ScanToolViewModel::open(FileUrl root)
     RecentFolders::shared().add(root);
     PropertyUpdate update{this};
     update.assign(m_rootURL, std::move(root), &ScanToolViewModel::rootURLChanged);
+    update.assign(m_proposed, nullptr, &ScanToolViewModel::filterChanged);
     rootChosen(update);
     beginScan(update);
 }

@@ -103,14 +103,20 @@ public:
 
     void setSearchText(const QString& text);
 
+    /// Whether only what `recovery` proposes is let through.
+    [[nodiscard]] bool isShowingProposed() const { return m_proposed != nullptr; }
+
+    /// Lets only that through, also when it changes, or everything again. Forgotten with the root.
+    void showProposed(bool isOnly);
+
     /// Whether a filter may hide entries.
-    [[nodiscard]] virtual bool isFiltering() const { return !m_searchText.isEmpty(); }
+    [[nodiscard]] virtual bool isFiltering() const { return !m_searchText.isEmpty() || isShowingProposed(); }
 
     /// Whether the scan did not look for what the filter hides: its list may then be empty because of that.
     [[nodiscard]] virtual bool hasNarrowedScan() const { return false; }
 
     /// Shows everything again.
-    virtual void clearFilter() { setSearchText({}); }
+    virtual void clearFilter();
 
     void handleImport(const FolderChoice& choice) override;
 
@@ -173,6 +179,8 @@ Q_SIGNALS:
     void undoableChanged();
     void removalChanged();
     void searchTextChanged();
+    /// Something else than the search text changed what the filter lets through.
+    void filterChanged();
     /// The list or the progress of the scan changed: one signal a record.
     void progressChanged();
     /// Something else has changed that rows, summary and `recovery` depend on: an option, or what comes after
@@ -207,8 +215,11 @@ protected:
     /// A root was chosen: a tool resets the properties that depend on it.
     virtual void rootChosen(PropertyUpdate& /*update*/) {}
 
-    /// Called when the search text changes.
-    virtual void searchTextChosen() {}
+    /// Called when the search text changes, or what is proposed.
+    virtual void filterChosen() {}
+
+    /// The locations that the filter lets through, never changed; none where it does not look at them.
+    [[nodiscard]] const std::shared_ptr<const UrlSet>& proposed() const { return m_proposed; }
 
     /// Replaces the running scan by a new one; does nothing without a root. For changed options.
     void scan();
@@ -225,6 +236,7 @@ private:
 
     using Finished = std::function<void(PropertyUpdate& update, const RemovalOutcome& outcome)>;
 
+    void followProposed();
     void forgetUndo(PropertyUpdate& update, const std::vector<Entry>& gone);
     [[nodiscard]] DeletionRunner::Listener listener(Finished finished);
     void beginRemoval(bool isAccepted, const RemovalProgress& progress);
@@ -248,6 +260,7 @@ private:
     std::optional<FileUrl> m_removedFrom; // the folder listed when the last deletion began
     std::shared_ptr<Filling> m_filling = std::make_shared<Filling>();
     QString m_searchText;
+    std::shared_ptr<const UrlSet> m_proposed; // while nothing else is shown
     std::vector<Option> m_options;
     std::optional<SecurityScope> m_scope;
 };

@@ -140,6 +140,10 @@ void ToolScreen::connectTool()
         });
     });
     connect(&m_tool, &ScanToolViewModel::searchTextChanged, this, &ToolScreen::showFilter);
+    connect(&m_tool, &ScanToolViewModel::filterChanged, this, [this] {
+        showFilter();
+        showNotice();
+    });
     connect(&m_tool, &ScanToolViewModel::rootURLChanged, this, [this] { resetView(); });
     connect(&m_tool, &ScanToolViewModel::statusMessageChanged, this, [this] {
         m_isReportOld = false;
@@ -162,7 +166,8 @@ void ToolScreen::connectWidgets()
     connect(m_header, &ToolHeader::recentRequested, &m_tool, &FolderTool::examine);
     connect(m_header, &ToolHeader::refreshRequested, &m_tool, [this] { m_tool.refresh(); });
     connect(m_header, &ToolHeader::stopRequested, &m_tool, &ScanToolViewModel::cancelScan);
-    connect(m_header, &ToolHeader::noticeActionRequested, &m_tool, &ScanToolViewModel::resumeScan);
+    connect(m_header, &ToolHeader::noticeActionRequested, &m_tool,
+            [this] { m_tool.scanEnd().notice().isEmpty() ? m_tool.clearFilter() : m_tool.resumeScan(); });
     connect(m_header, &ToolHeader::unreadRequested, this,
             [this] { UnreadList::open(m_tool.scanEnd().unreadPlaces, this); });
     connect(m_header, &ToolHeader::exportRequested, this, &ToolScreen::exportEntries);
@@ -234,9 +239,14 @@ void ToolScreen::showState()
 
 void ToolScreen::showNotice()
 {
-    const QString partial = m_tool.scanEnd().notice();
-    m_header->showNotice(partial.isEmpty() ? notice() : partial,
-                         partial.isEmpty() ? QString{} : QStringLiteral("Reprendre"));
+    if (const QString partial = m_tool.scanEnd().notice(); !partial.isEmpty()) {
+        m_header->showNotice(partial, QStringLiteral("Reprendre"));
+    } else if (m_tool.isShowingProposed() && notice().isEmpty()) {
+        m_header->showNotice(QStringLiteral("Seul ce qui peut partir sans risque est affiché."),
+                             QStringLiteral("Tout afficher"));
+    } else {
+        m_header->showNotice(notice());
+    }
 }
 
 /// Forgets the checks of vanished entries; during a scan no entry is known to have vanished.
