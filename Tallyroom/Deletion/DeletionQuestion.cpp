@@ -65,6 +65,20 @@ QPushButton* DeletionQuestion::addChoice(const QString& text, bool isFinal)
     return button;
 }
 
+/// In a window that has just come the toolkit takes a repeated key for a new one. X tells of such a key that
+/// it is released and pressed at the same moment.
+bool DeletionQuestion::isOfKeptEnter(const QKeyEvent& event)
+{
+    if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter) {
+        return false;
+    }
+    if (event.type() == QEvent::KeyRelease) {
+        m_enterReleased = event.timestamp();
+        return false;
+    }
+    return event.isAutoRepeat() || (event.timestamp() > 0 && event.timestamp() == m_enterReleased);
+}
+
 /// An answer closes the question: no button of it is ever clicked twice.
 bool DeletionQuestion::eventFilter(QObject* watched, QEvent* event)
 {
@@ -72,10 +86,8 @@ bool DeletionQuestion::eventFilter(QObject* watched, QEvent* event)
         static_cast<QPushButton*>(watched)->setDown(false); // pressed by the event before this one
         return true;
     }
-    if (event->type() == QEvent::KeyPress) {
-        const auto* const key = static_cast<QKeyEvent*>(event);
-        const bool isEnter = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
-        return isEnter && key->isAutoRepeat();
+    if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
+        return isOfKeptEnter(*static_cast<QKeyEvent*>(event));
     }
     return QDialog::eventFilter(watched, event);
 }

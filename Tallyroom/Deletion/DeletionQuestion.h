@@ -3,7 +3,11 @@
 #include <QDialog>
 #include <QString>
 
+#include <cstdint>
+#include <optional>
+
 class QHBoxLayout;
+class QKeyEvent;
 class QLabel;
 class QPushButton;
 class QVBoxLayout;
@@ -39,9 +43,13 @@ protected:
     static void prefer(QPushButton* button);
 
 private:
+    /// Whether Enter has been down since before the question.
+    [[nodiscard]] bool isOfKeptEnter(const QKeyEvent& event);
+
     QVBoxLayout* m_texts;
     QHBoxLayout* m_buttons;
     QPushButton* m_cancel;
+    std::optional<std::uint64_t> m_enterReleased; // the moment, as events tell it
 };
 
 } // namespace tallyroom

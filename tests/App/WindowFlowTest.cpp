@@ -262,6 +262,11 @@ TEST_F(WindowFlowTest, TheSecondClickOfTwoAndAKeyKeptDownAnswerNoQuestion)
         for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
             QKeyEvent repeated{QEvent::KeyPress, key, {}, {}, true};
             QApplication::sendEvent(choice, &repeated);
+            for (const QEvent::Type type : {QEvent::KeyRelease, QEvent::KeyPress}) {
+                QKeyEvent unmarked{type, key, {}};
+                unmarked.setTimestamp(7);
+                QApplication::sendEvent(choice, &unmarked);
+            }
         }
         ASSERT_TRUE(asking->isVisible()) << text;
     }
