@@ -45,9 +45,14 @@ std::optional<FileUrl> commonFolder(const std::vector<Entry>& entries)
     return isCommon ? std::optional{folder} : std::nullopt;
 }
 
+QString leastText(bool isLeast)
+{
+    return isLeast ? QStringLiteral("au moins ") : QString{};
+}
+
 QString bytesText(std::int64_t bytes, bool isLeast)
 {
-    return (isLeast ? QStringLiteral("au moins ") : QString{}) +
+    return leastText(isLeast) +
            QStringLiteral("%1 (%2)").arg(sizeText(bytes), NumberText::plural(bytes, QStringLiteral("octet")));
 }
 
@@ -64,13 +69,14 @@ PropertiesDialog::PropertiesDialog(std::vector<Entry> entries, QWidget* parent)
     m_lines->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     addIdentity();
     addFigures();
+    addFacts();
     m_unread->setTextFormat(Qt::PlainText);
     Theme::style(m_unread, Theme::Text::secondary);
     m_unread->hide();
     auto* const reclaim = new ReclaimLine(m_entries);
     reclaim->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     auto* const buttons = new QDialogButtonBox;
-    buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
+    QPushButton* const close = buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* const foot = new QHBoxLayout;
     foot->addWidget(m_spinner);
@@ -83,6 +89,7 @@ PropertiesDialog::PropertiesDialog(std::vector<Entry> entries, QWidget* parent)
     column->addWidget(reclaim);
     column->addStretch(1);
     column->addLayout(foot);
+    close->setFocus(); // the first line would look like a field to fill in
     askFacts();
     count();
 }
@@ -132,6 +139,36 @@ void PropertiesDialog::addFigures()
 }
 
 /// The file system's own answers make sense for one item only.
+void PropertiesDialog::addFacts()
+{
+    const Entry& first = m_entries.front();
+    if (m_entries.size() > 1) {
+        return;
+    }
+    QStringList names;
+    if (first.form == EntryForm::link) {
+        names += QStringLiteral("Mène à");
+    } else if (!first.isDirectory && first.form == EntryForm::ordinary) {
+        names += QStringLiteral("Liens physiques");
+    }
+    names += {QStringLiteral("Propriétaire"), QStringLiteral("Groupe"),        QStringLiteral("Permissions"),
+              QStringLiteral("Modifié"),      QStringLiteral("Dernier accès"), QStringLiteral("Créé")};
+    for (const QString& name : names) {
+        m_facts.push_back(addLine(name, {}));
+    }
+}
+
+void PropertiesDialog::setFact(const QString& name, const QString& text)
+{
+    const auto line = std::ranges::find(m_facts, name, &QLineEdit::accessibleName);
+    if (line == m_facts.end()) {
+        addLine(name, text);
+        return;
+    }
+    (*line)->setText(text);
+    (*line)->setCursorPosition(0);
+}
+
 void PropertiesDialog::askFacts()
 {
     if (m_entries.size() == 1) {
@@ -144,26 +181,30 @@ void PropertiesDialog::askFacts()
 void PropertiesDialog::showFacts(const Facts& facts)
 {
     if (!facts) {
+        for (QLineEdit* const line : m_facts) {
+            m_lines->removeRow(line);
+        }
+        m_facts.clear();
         addLine(QStringLiteral("État"), toSentence(facts.error().message()));
         return;
     }
     if (facts->type == EntryType::link) {
-        addLine(QStringLiteral("Mène à"), FileUrlText::display(facts->linkTarget));
+        setFact(QStringLiteral("Mène à"), FileUrlText::display(facts->linkTarget));
     }
     if (facts->type == EntryType::file) {
-        addLine(QStringLiteral("Liens physiques"),
+        setFact(QStringLiteral("Liens physiques"),
                 facts->names == 1 ? QStringLiteral("aucun autre nom")
                                   : NumberText::plural(facts->names, QStringLiteral("nom")) +
                                         QStringLiteral(" pour ce fichier"));
     }
-    addLine(QStringLiteral("Propriétaire"), FileUrlText::display(facts->owner));
-    addLine(QStringLiteral("Groupe"), FileUrlText::display(facts->group));
-    addLine(QStringLiteral("Permissions"),
+    setFact(QStringLiteral("Propriétaire"), FileUrlText::display(facts->owner));
+    setFact(QStringLiteral("Groupe"), FileUrlText::display(facts->group));
+    setFact(QStringLiteral("Permissions"),
             QStringLiteral("%1 (%2)").arg(QString::fromStdString(permissionLetters(facts->permissions)),
                                           QString::number(facts->permissions, 8).rightJustified(3, u'0')));
-    addLine(QStringLiteral("Modifié"), dateText(facts->modifiedAt));
-    addLine(QStringLiteral("Dernier accès"), dateText(facts->accessedAt));
-    addLine(QStringLiteral("Créé"), dateText(facts->createdAt));
+    setFact(QStringLiteral("Modifié"), dateText(facts->modifiedAt));
+    setFact(QStringLiteral("Dernier accès"), dateText(facts->accessedAt));
+    setFact(QStringLiteral("Créé"), dateText(facts->createdAt));
 }
 
 void PropertiesDialog::count()
@@ -179,7 +220,7 @@ void PropertiesDialog::showFigures(const ContentFigures& figures)
     m_onDisk->setText(bytesText(figures.allocatedBytes, isLeast));
     m_logical->setText(bytesText(figures.logicalBytes, isLeast));
     if (m_content != nullptr) {
-        QString text = NumberText::files(figures.files) + QStringLiteral(", ") +
+        QString text = leastText(isLeast) + NumberText::files(figures.files) + QStringLiteral(", ") +
                        NumberText::plural(figures.folders, QStringLiteral("dossier"));
         if (figures.linkedNames > 0) {
             text += QStringLiteral(", dont %1 avec d’autres noms (liens physiques)")

@@ -43,11 +43,15 @@ private:
 
     void addIdentity();
     void addFigures();
+    void addFacts();
     void askFacts();
     void count();
     void showFacts(const Facts& facts);
     void showFigures(const ContentFigures& figures);
     void endCount();
+
+    /// Writes a fact into its line; one that nobody expected gets a line of its own.
+    void setFact(const QString& name, const QString& text);
 
     /// A line of text that can be selected, with its name before it.
     QLineEdit* addLine(const QString& name, const QString& text);
@@ -57,7 +61,8 @@ private:
     Spinner* m_spinner;
     QLineEdit* m_onDisk = nullptr;
     QLineEdit* m_logical = nullptr;
-    QLineEdit* m_content = nullptr; // none for one that is no folder
+    QLineEdit* m_content = nullptr;  // none for one that is no folder
+    std::vector<QLineEdit*> m_facts; // there from the start: nothing moves when the answers come
     QLabel* m_unread;
     std::unique_ptr<StreamPump<ContentFigures>> m_pump;
 };

@@ -105,7 +105,7 @@ void count(const std::vector<Entry>& entries, ProgressSender<ContentFigures> sen
             folders.insert(entry.url);
         }
     }
-    ContentFigures files;
+    ContentFigures known; // before the walk
     std::vector<TreeWalk::Root> roots;
     const std::stop_token stop = sender.stopToken();
     for (const Entry& entry : entries) {
@@ -113,14 +113,15 @@ void count(const std::vector<Entry>& entries, ProgressSender<ContentFigures> sen
             continue;
         }
         if (entry.isDirectory) {
+            known.folders += entries.size() > 1 ? 1 : 0;
             roots.push_back({entry.url, std::make_unique<TreeWalk::Folder>(), TreeWalk::RootLink::refused});
         } else {
             const auto attributes = fileAttributes(entry.url);
-            add(files, attributes ? figuresOf(*attributes) : unreadItem);
+            add(known, attributes ? figuresOf(*attributes) : unreadItem);
         }
     }
     TreeWalk::start(WorkerPool::shared(), std::move(roots),
-                    std::make_unique<CountingVisitor>(std::move(sender), files), stop);
+                    std::make_unique<CountingVisitor>(std::move(sender), known), stop);
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace tallyroom {
 /// How much some items are, with all that lies below them. A plain value.
 struct ContentFigures {
     std::int64_t files = 0;   ///< items that are no folders, chosen ones too
-    std::int64_t folders = 0; ///< below the chosen ones
+    std::int64_t folders = 0; ///< below the chosen one; where several are chosen, with these
     std::int64_t allocatedBytes = 0;
     std::int64_t logicalBytes = 0;
     /// Names of files that have others, there or elsewhere.

@@ -75,11 +75,21 @@ TEST_F(PropertiesTest, TellAboutTheRowOrTheSumOfWhatIsChecked)
         EXPECT_EQ(lines(12)[line], text);
         close();
     }
+    ASSERT_TRUE(table.setCurrentEntry(tree.url("<b>d")));
+    for (const char* const path : {"<b>d/two", "<b>d/x/one", "<b>d/x", "<b>d"}) {
+        tree.remove(path);
+    }
+    Q_EMIT table.propertiesRequested(*table.currentEntry());
+    said = lines(7);
+    EXPECT_THAT(said["Contenu"], "au moins 0 fichier, 0 dossier");
+    EXPECT_NE(said["État"], "");
+    close();
+    tree.add({file("<b>d/x/one", 8192), hardLink("<b>d/two", "<b>d/x/one")});
     table.selection().setAll();
     Q_EMIT table.propertiesRequested(table.arrangement().entry(0));
     said = lines(5);
     EXPECT_EQ(said["Nom"], "3 éléments");
-    EXPECT_THAT(said["Contenu"], HasSubstr("4 fichiers, 1 dossier"));
+    EXPECT_THAT(said["Contenu"], HasSubstr("4 fichiers, 2 dossiers"));
     close();
 }
 
