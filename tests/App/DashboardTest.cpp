@@ -61,6 +61,26 @@ TEST_F(DashboardTest, AVolumeThatHasYetToAnswerAgainStaysUntilTheReadingEnds)
     EXPECT_THAT(dashboard.volumes(), IsEmpty()) << "none has answered this time";
 }
 
+TEST_F(DashboardTest, AVolumeThatGoesBeforeItsTrashIsReadAsksNothingWhenItComesBack)
+{
+    HandFedStreams<TrashContents> looks;
+    trashes = [&](const FileUrl&) { return looks.begin(); };
+    ASSERT_TRUE(report({root, key}));
+    dashboard.trash().prepareEmptying(key.url);
+    for (const auto& list : {std::vector{root}, std::vector{root, key}}) {
+        dashboard.refresh();
+        ASSERT_TRUE(report(list));
+    }
+    EXPECT_TRUE(texts().contains(QStringLiteral("La corbeille de ce volume n’a pas pu être lue.")));
+    const QSignalSpy asked{&dashboard.trash(), &TrashViewModel::emptyingReady};
+    TrashContents contents;
+    contents.items.push_back({Entry{.url = FileUrl{"/media/key/.Trash/files/a"}, .name = "a"}, {}});
+    looks.send(std::move(contents));
+    ASSERT_TRUE(waitUntil(&dashboard.trash(), &TrashViewModel::contentsChanged,
+                          [this] { return dashboard.trash().of(key.url) != nullptr; }));
+    EXPECT_TRUE(asked.isEmpty());
+}
+
 TEST_F(DashboardTest, ANewerReadingReplacesTheOneUnderWayAndLeavesTheBreakdownAlone)
 {
     dashboard.analyze(FileUrl{"/r"});

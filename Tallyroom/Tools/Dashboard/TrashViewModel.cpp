@@ -34,6 +34,9 @@ void TrashViewModel::endRound()
     if (std::erase_if(m_contents, isGone) > 0) {
         Q_EMIT contentsChanged();
     }
+    if (m_awaited && !m_round.contains(*m_awaited)) {
+        end(FileUrl{*m_awaited}); // a volume that comes back later asks nothing
+    }
 }
 
 void TrashViewModel::start(const FileUrl& mountPoint)
