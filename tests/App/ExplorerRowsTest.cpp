@@ -3,6 +3,8 @@
 #include "Controls/LinkedLabel.h"
 #include "Rows/EntryTableModel.h"
 #include "Text/NumberText.h"
+#include "Text/SizeText.h"
+#include "Tools/DiskUsage/ContentColumns.h"
 #include "Tools/Frame/UnreadList.h"
 
 #include <QApplication>
@@ -16,6 +18,7 @@
 
 #include <cerrno>
 #include <gmock/gmock.h>
+#include <limits>
 
 namespace tallyroom {
 
@@ -246,6 +249,28 @@ TEST_F(ExplorerRows, ASizeThatLeavesSomethingOutIsNotShownAsWhole)
     EXPECT_FALSE(summary->accessibleName().contains(QStringLiteral("illisible"))) << "opened since";
 }
 
+TEST(ContentColumns, NoDateSaysMoreThanIsKnown)
+{
+    constexpr std::uint32_t known = 1'500'000'000; // 14 July 2017
+    const auto contents = std::make_shared<Locked<SharedFolderContents>>();
+    contents->set(std::make_shared<FolderContents>());
+    const EntryTableColumn newest = contentColumns(contents, [] { return 0; }).back();
+    const std::vector<std::tuple<std::uint32_t, std::uint32_t, std::string, std::string>> cases{
+        {known, 0, "14 juil. 2017", "modifié le 14 juil. 2017"},
+        {known, 2, "≥ 14 juil. 2017", "modifié au plus tôt le 14 juil. 2017"},
+        {1, 0, "≤ 1 janv. 1970", "modifié au plus tard le 1 janv. 1970"},
+        {std::numeric_limits<std::uint32_t>::max(), 0, "≥ 7 févr. 2106",
+         "modifié au plus tôt le 7 févr. 2106"},
+        {0, 1, "", ""}};
+    for (const auto& [told, unread, text, spoken] : cases) {
+        Entry entry = folderEntry("/r/folder", 10);
+        contents->get()->set("folder", {.newest = told});
+        entry.unread = unread;
+        EXPECT_EQ(newest.text(entry).replace(QChar{0xa0}, u' ').toStdString(), text);
+        EXPECT_EQ(newest.spoken(entry).toStdString(), spoken);
+    }
+}
+
 TEST_F(ExplorerRows, OnlyAScanOfAWholeVolumeKnowsHowFarItIs)
 {
     for (const bool isVolume : {false, true}) {
@@ -260,7 +285,10 @@ TEST_F(ExplorerRows, OnlyAScanOfAWholeVolumeKnowsHowFarItIs)
             QTest::qWaitFor([&] { return words().contains(QStringLiteral("25 %")) == isVolume; }, 20'000));
         EXPECT_EQ(words().contains(QStringLiteral("Analyse en cours… 1/2 · 2 Ko sur 8 Ko")), isVolume);
         scene.listing().contents->of("slow").add({.bytes = 10'000}); // files of several names
-        EXPECT_EQ(scene.navigator->scanLine().fraction.value_or(-1), isVolume ? 0.99 : -1);
+        const ScanLine line = scene.navigator->scanLine();
+        EXPECT_FALSE(line.fraction) << "more than there is";
+        EXPECT_EQ(line.text.endsWith(QStringLiteral(" · ") + sizeText(12'000)), isVolume)
+            << line.text.toStdString();
     }
 }
 

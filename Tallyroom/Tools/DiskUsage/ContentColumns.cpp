@@ -4,6 +4,8 @@
 #include "Text/KindText.h"
 #include "Text/NumberText.h"
 
+#include <cstdint>
+#include <limits>
 #include <optional>
 
 namespace tallyroom {
@@ -23,12 +25,50 @@ std::optional<Content> contentOf(const ShownContents& contents, const Entry& ent
     return entry.isDirectory && shown != nullptr ? shown->find(entry.name) : std::nullopt;
 }
 
-/// The last change at or below an entry.
-std::optional<Timestamp> newestAt(const ShownContents& contents, const Entry& entry)
+/// The last change at or below an entry, as far as it is known.
+struct Newest {
+    enum class Bound : unsigned char { exact, least, most };
+
+    Timestamp moment;
+    Bound bound = Bound::exact;
+};
+
+/// The first and the last moment that a folder's content tells stand for all before and after them.
+std::optional<Newest> newestAt(const ShownContents& contents, const Entry& entry)
 {
+    constexpr std::uint32_t first = 1;
+    constexpr std::uint32_t last = std::numeric_limits<std::uint32_t>::max();
     const auto content = contentOf(contents, entry);
-    return content && content->newest > 0 ? Timestamp{std::chrono::seconds{content->newest}}
-                                          : entry.modifiedAt;
+    const std::uint32_t told = content ? content->newest : 0;
+    if (told == 0 && !entry.modifiedAt) {
+        return std::nullopt;
+    }
+    const bool isLeast = entry.unread > 0 || told == last;
+    return Newest{told > 0 ? Timestamp{std::chrono::seconds{told}} : *entry.modifiedAt,
+                  isLeast         ? Newest::Bound::least
+                  : told == first ? Newest::Bound::most
+                                  : Newest::Bound::exact};
+}
+
+/// A day after the word for its bound.
+std::function<QString(const Entry&)> newestText(const ShownContents& contents, const QString& exactly,
+                                                const QString& atLeast, const QString& atMost)
+{
+    return [=](const Entry& entry) {
+        const auto newest = newestAt(contents, entry);
+        if (!newest) {
+            return QString{};
+        }
+        switch (newest->bound) {
+        case Newest::Bound::least:
+            return atLeast + dayText(newest->moment);
+        case Newest::Bound::most:
+            return atMost + dayText(newest->moment);
+        case Newest::Bound::exact:
+            break;
+        }
+        return exactly + dayText(newest->moment);
+    };
 }
 
 /// Text that says nothing of a folder that cannot be read, and "at least" of one that was read in part.
@@ -80,20 +120,17 @@ EntryTableColumn filesColumn(const ShownContents& contents)
 
 EntryTableColumn newestColumn(const ShownContents& contents)
 {
-    const auto text = [contents](const Entry& entry) {
-        const auto newest = newestAt(contents, entry);
-        return newest ? dayText(*newest) : QString{};
-    };
     const auto key = [contents](const Entry& entry) {
         const auto newest = newestAt(contents, entry);
-        return newest ? std::chrono::duration<double>(newest->time_since_epoch()).count() : 0;
+        return newest ? std::chrono::duration<double>(newest->moment.time_since_epoch()).count() : 0;
     };
-    EntryTableColumn column{QStringLiteral("Modifié"), newestColumnWidth, text, key};
+    EntryTableColumn column{QStringLiteral("Modifié"), newestColumnWidth,
+                            newestText(contents, {}, QStringLiteral("≥\u00a0"), QStringLiteral("≤\u00a0")),
+                            key};
     column.optionName = QStringLiteral("newest");
-    column.spoken = [text](const Entry& entry) {
-        const QString day = text(entry);
-        return day.isEmpty() ? day : QStringLiteral("modifié le ") + day;
-    };
+    column.spoken =
+        newestText(contents, QStringLiteral("modifié le "), QStringLiteral("modifié au plus tôt le "),
+                   QStringLiteral("modifié au plus tard le "));
     return column;
 }
 

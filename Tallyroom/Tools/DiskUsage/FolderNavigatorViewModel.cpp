@@ -143,9 +143,13 @@ ScanLine FolderNavigatorViewModel::scanLine() const
     if (!m_usedBytes || found == nullptr || !isScanning()) {
         return line;
     }
-    // Files of several names count with each: the end comes with the last folder only.
-    constexpr double most = 0.99;
     const std::int64_t counted = found->countedBytes();
+    if (counted > *m_usedBytes) { // files of several names count with each, and nothing tells how many
+        line.fraction.reset();
+        line.text += QStringLiteral(" · ") + sizeText(counted);
+        return line;
+    }
+    constexpr double most = 0.99; // the end comes with the last folder only
     line.fraction = std::min(static_cast<double>(counted) / static_cast<double>(*m_usedBytes), most);
     line.text += QStringLiteral(" · %1 sur %2").arg(sizeText(counted), sizeText(*m_usedBytes));
     return line;
