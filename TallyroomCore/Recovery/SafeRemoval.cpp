@@ -2,12 +2,16 @@
 
 #include "Caches/CacheProof.h"
 #include "Caches/FindInspectors.h"
+#include "Caches/OpenFiles.h"
 #include "Caches/RecentWrites.h"
 #include "FileSystem/FolderReader.h"
+#include "FileSystem/RealPath.h"
 #include "Model/Ecosystem.h"
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <optional>
 #include <string_view>
 
 namespace tallyroom::SafeRemoval {
@@ -82,6 +86,32 @@ bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project, Age
 {
     return !isReserved(nodeModules) && project.isProven && isOldNodeModules(nodeModules, threshold, now) &&
            (!project.changedAt || threshold.isOld(project.changedAt, now));
+}
+
+FileRemover::Screening refuseInUse()
+{
+    using Clock = std::chrono::steady_clock;
+
+    struct Look {
+        OpenFiles open;
+        Clock::time_point end;
+    };
+
+    return [look = std::optional<Look>{}](const Entry& entry, const std::stop_token& /*stop*/) mutable {
+        if (!look || Clock::now() >= look->end) {
+            look = Look{OpenFiles::look(), Clock::now() + std::chrono::seconds{1}};
+        }
+        // A program that works in a project may load any of its modules at any time.
+        const bool isOfProject = entry.name == nodeModulesName;
+        const auto folder =
+            openFolder(isOfProject ? entry.url.parent() : entry.url, FolderAccess::throughOnly);
+        const auto place = folder ? realPathOf(folder->get()) : std::unexpected(folder.error());
+        FileRemover::Screened answer;
+        if (place && look->open.isAnyIn(FileUrl{*place})) {
+            answer.refusal = "un programme s'en sert maintenant";
+        }
+        return answer;
+    };
 }
 
 std::vector<bool> safeCopies(const DuplicateGroup& group, const KeepPolicy& policy)

@@ -3,6 +3,7 @@
 #include "Duplicates/KeepPolicy.h"
 #include "Model/AgeThreshold.h"
 #include "Model/Entry.h"
+#include "Removal/Screening.h"
 
 #include <optional>
 #include <vector>
@@ -38,6 +39,10 @@ struct NodeProject {
 /// that `threshold` says.
 [[nodiscard]] bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project,
                                      AgeThreshold threshold, Timestamp now);
+
+/// Looks right before a cache or node_modules goes whether a program has begun to use it since its scan,
+/// which then keeps it. Asks the kernel once a second at most.
+[[nodiscard]] FileRemover::Screening refuseInUse();
 
 /// Which copies of a group may go, by its order: those that the policy does not keep, outside of installed
 /// programs and of folders called like caches. The copy that stays lies outside of them too, whatever the

@@ -4,6 +4,7 @@
 #include "Tools/Dashboard/KindRow.h"
 #include "Tools/Dashboard/RecoveryPanel.h"
 
+#include <QProcess>
 #include <QPushButton>
 
 #include <algorithm>
@@ -122,6 +123,26 @@ TEST_F(RecoveryFlowTest, OnlyWhatIsMadeAgainAndFurtherCopiesGoAndNothingElse)
     click("Annuler la suppression");
     waitForRemoval();
     EXPECT_TRUE(tree.exists("photos/b.png")) << "the last one is taken back from here too";
+}
+
+TEST_F(RecoveryFlowTest, WhatAProgramHasBegunToUseSinceTheSearchStaysAndSaysWhy)
+{
+    search();
+    ask("Caches de build");
+    QProcess program;
+    program.setWorkingDirectory(QString::fromStdString(tree.path("crate/target")));
+    program.start(QStringLiteral("sleep"), {QStringLiteral("60")});
+    ASSERT_TRUE(program.waitForStarted());
+    answer<DeleteConfirmation>("Mettre à la corbeille");
+    waitForRemoval();
+    program.kill();
+    program.waitForFinished();
+    EXPECT_TRUE(tree.exists("crate/target/app"));
+    const auto& failures = store().buildCaches.failures();
+    ASSERT_EQ(failures.size(), 1U);
+    EXPECT_EQ(failures.front().message, "un programme s'en sert maintenant");
+    free("Caches de build");
+    EXPECT_FALSE(tree.exists("crate/target/app")) << "the program has ended";
 }
 
 TEST_F(RecoveryFlowTest, WhatIsProposedStaysWhereTheCopyBesideItGoesDuringTheQuestion)

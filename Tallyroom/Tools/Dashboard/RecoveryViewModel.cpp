@@ -1,5 +1,6 @@
 #include "Tools/Dashboard/RecoveryViewModel.h"
 
+#include "Recovery/SafeRemoval.h"
 #include "Text/SizeText.h"
 #include "Text/UnreadText.h"
 
@@ -211,8 +212,11 @@ RecoveryRow RecoveryViewModel::rowOf(std::size_t place) const
 }
 
 void RecoveryViewModel::remove(std::size_t place, const std::vector<Entry>& entries, bool permanently,
-                               const ScanToolViewModel::RemovalPlan& plan)
+                               ScanToolViewModel::RemovalPlan plan)
 {
+    if (!plan.screening) {
+        plan.screening = SafeRemoval::refuseInUse(); // nobody has looked at each of them
+    }
     keepBefore();
     m_remover = m_tools[place].tool;
     m_remover->dismissStatus(); // what it says is about something else

@@ -88,7 +88,7 @@ public:
 
     /// Removes `entries`, which the tool at `place` has found, by the plan that it made for them.
     void remove(std::size_t place, const std::vector<Entry>& entries, bool permanently,
-                const ScanToolViewModel::RemovalPlan& plan);
+                ScanToolViewModel::RemovalPlan plan);
 
     /// The tool that has removed last from here; null before.
     [[nodiscard]] ScanToolViewModel* remover() const { return m_remover; }
