@@ -1,9 +1,11 @@
 #include "Bridge/Desktop.h"
 
+#include "Bridge/AskApart.h"
 #include "Bridge/StartedProgram.h"
 #include "Bridge/StreamPump.h"
 #include "Concurrency/PatientCalls.h"
 #include "FileSystem/FileDescriptor.h"
+#include "FileSystem/RealPath.h"
 #include "FileSystem/SystemError.h"
 #include "Text/FileUrlText.h"
 
@@ -196,6 +198,13 @@ void Desktop::copyPaths(const std::vector<Entry>& entries)
     if (!paths.isEmpty()) {
         QGuiApplication::clipboard()->setText(paths.join(QLatin1Char{'\n'}));
     }
+}
+
+void Desktop::findRealPlace(QObject* context, const FileUrl& folder,
+                            std::function<void(const FileUrl&)> found)
+{
+    askApart<FileUrl>(
+        context, [folder] { return realPlaceOf(folder); }, std::move(found));
 }
 
 void Desktop::showProgress(const std::optional<double>& fraction)

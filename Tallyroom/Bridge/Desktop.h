@@ -74,6 +74,10 @@ void open(const FileUrl& url);
 /// Puts the paths of entries on the clipboard, one a line.
 void copyPaths(const std::vector<Entry>& entries);
 
+/// Tells `found` where a folder lies, without links, once another thread has asked the disk, unless `context`
+/// is gone by then.
+void findRealPlace(QObject* context, const FileUrl& folder, std::function<void(const FileUrl&)> found);
+
 /// Shows in the task bar how far a piece of work is, 0 to 1; nothing: none runs, or its end is not known.
 void showProgress(const std::optional<double>& fraction);
 

@@ -96,7 +96,20 @@ QRect EntryRows::visualRect(const QModelIndex& index) const
 
 int EntryRows::trailingMargin() const
 {
+    return endMargin() + m_spareWidth;
+}
+
+int EntryRows::endMargin() const
+{
     return std::max(Theme::margin - (width() - viewport()->width()), 0);
+}
+
+void EntryRows::setNameWidth(int left, int last, int lastWidth)
+{
+    const int nameWidth = std::clamp(left, Theme::checkColumnWidth, Theme::nameColumnMaximum);
+    m_spareWidth = std::max(left - nameWidth, 0);
+    setColumnWidth(EntryRowsModel::nameColumn, nameWidth);
+    setColumnWidth(last, lastWidth + trailingMargin());
 }
 
 void EntryRows::makeCurrent(int row)
@@ -336,6 +349,7 @@ std::unique_ptr<QMenu> EntryRows::makeContextMenu(const Entry& entry)
     add(SymbolIcon::icon("terminal"), QStringLiteral("Ouvrir un terminal ici"),
         &EntryRows::terminalRequested);
     add(SymbolIcon::icon("doc.on.doc"), QStringLiteral("Copier le chemin"), &EntryRows::copyPathRequested);
+    Q_EMIT menuMade(menu.get(), entry);
     menu->addSeparator();
     add(SymbolIcon::icon("info.circle"), QStringLiteral("Propriétés"), &EntryRows::propertiesRequested);
     if (m_isDeletionEnabled) {

@@ -46,7 +46,7 @@ public:
     /// The menu of an entry, as a right click or the menu key opens it.
     [[nodiscard]] std::unique_ptr<QMenu> makeContextMenu(const Entry& entry);
 
-    /// The free space to the right of the rows, without the scroll bar.
+    /// The free space to the right of what the last column shows, without the scroll bar.
     [[nodiscard]] int trailingMargin() const;
 
     /// Nothing while the list is hidden: its rows do not pass for visible ones (assistive technology).
@@ -70,6 +70,8 @@ Q_SIGNALS:
     void terminalRequested(const tallyroom::Entry& entry);
     void copyPathRequested(const tallyroom::Entry& entry);
     void propertiesRequested(const tallyroom::Entry& entry);
+    /// An entry's menu is made: whoever knows more about the entry adds to it at once.
+    void menuMade(QMenu* menu, const tallyroom::Entry& entry);
     /// Space on a row that shows no entry.
     void sectionToggled(int row);
 
@@ -92,6 +94,13 @@ protected:
 
     /// Without scrolling.
     void makeCurrent(int row);
+
+    /// What stays free in any case to the right of the rows, without the scroll bar.
+    [[nodiscard]] int endMargin() const;
+
+    /// Gives the name the width that is left, and `lastWidth` to what the last column shows. What the name
+    /// does not need lies to the right of that: in a wide window sizes stay near their names.
+    void setNameWidth(int left, int last, int lastWidth);
 
     /// Whether the first row is the current one, whichever it is.
     [[nodiscard]] bool staysAtFirst() const { return m_staysAtFirst; }
@@ -124,6 +133,7 @@ private:
     [[nodiscard]] std::optional<FileUrl> urlAt(int row) const;
 
     EntryRowsModel& m_rows;
+    int m_spareWidth = 0; // to the right of the last column
     bool m_isDeletionEnabled = false;
     std::optional<Press> m_press;
     std::optional<FileUrl> m_rangeStart;

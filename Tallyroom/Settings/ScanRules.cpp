@@ -1,5 +1,6 @@
 #include "Settings/ScanRules.h"
 
+#include "Bridge/Desktop.h"
 #include "Bridge/Observable.h"
 #include "Scanning/FileScanner.h"
 #include "Settings/Settings.h"
@@ -63,13 +64,37 @@ void ScanRules::setRules(ScanScope::Rules rules)
     Q_EMIT changed();
 }
 
+bool ScanRules::isFolderExcluded(std::string_view name) const
+{
+    return std::ranges::any_of(m_rules.folders,
+                               [name](const FileUrl& folder) { return folder.lastPathComponent() == name; });
+}
+
 void ScanRules::exclude(const FileUrl& folder)
 {
+    Desktop::findRealPlace(this, folder, [this](const FileUrl& place) {
+        ScanScope::Rules rules = m_rules;
+        if (std::ranges::find(rules.folders, place) == rules.folders.end()) {
+            rules.folders.push_back(place);
+            setRules(std::move(rules));
+        }
+    });
+}
+
+void ScanRules::includeName(const std::string& name)
+{
     ScanScope::Rules rules = m_rules;
-    if (std::ranges::find(rules.folders, folder) == rules.folders.end()) {
-        rules.folders.push_back(folder);
+    rules.names.erase(name);
+    setRules(std::move(rules));
+}
+
+void ScanRules::include(const FileUrl& folder)
+{
+    Desktop::findRealPlace(this, folder, [this, folder](const FileUrl& place) {
+        ScanScope::Rules rules = m_rules;
+        std::erase_if(rules.folders, [&](const FileUrl& one) { return one == folder || one == place; });
         setRules(std::move(rules));
-    }
+    });
 }
 
 } // namespace tallyroom

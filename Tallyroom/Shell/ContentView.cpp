@@ -94,7 +94,7 @@ void ContentView::connectMenu()
     connect(m_menu, &WindowMenu::keysRequested, this, &ContentView::showKeys);
     connect(m_menu, &WindowMenu::preferencesRequested, this, &ContentView::showPreferences);
     connect(m_menu, &WindowMenu::aboutRequested, this, &ContentView::showAbout);
-    connect(&ScanRules::shared(), &ScanRules::changed, this, &ContentView::scanAgain);
+    connect(&ScanRules::shared(), &ScanRules::changed, this, &ContentView::followScanRules);
 }
 
 /// For the tool on show, as Ctrl+O does it there; in the explorer where no tool is.
@@ -137,15 +137,12 @@ void ContentView::showAbout()
     box->open();
 }
 
-/// The tool on show: it would go on showing what other rules have found.
-void ContentView::scanAgain()
+/// What is on show would go on showing what other rules have found; the other tools follow once they are on
+/// show.
+void ContentView::followScanRules()
 {
-    const ToolDescriptor* const descriptor = ToolRegistry::find(m_selectedToolID);
-    if (descriptor == nullptr) {
-        return;
-    }
-    if (auto* const tool = qobject_cast<ScanToolViewModel*>(&descriptor->tool(m_store))) {
-        tool->refresh();
+    if (const ToolDescriptor* const tool = ToolRegistry::find(m_selectedToolID)) {
+        tool->tool(m_store).followScanRules();
     }
 }
 
@@ -188,6 +185,7 @@ void ContentView::showTool()
         m_detail->addWidget(screen);
     }
     m_detail->setCurrentWidget(screen);
+    followScanRules();
 }
 
 void ContentView::openFolder(const FileUrl& folder)

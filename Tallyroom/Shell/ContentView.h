@@ -59,7 +59,7 @@ private:
     void showKeys();
     void showPreferences();
     void showAbout();
-    void scanAgain();
+    void followScanRules();
     void restoreSize();
     void askToLeave();
     void leave();

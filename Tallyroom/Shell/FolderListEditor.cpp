@@ -39,7 +39,7 @@ FolderListEditor::FolderListEditor(const QString& title, const QString& explanat
     connect(m_name, &QLineEdit::returnPressed, this, &FolderListEditor::addTyped);
     connect(m_list, &QListWidget::currentRowChanged, m_remove,
             [this](int row) { m_remove->setEnabled(row >= 0); });
-    showRows();
+    showRows(0);
 }
 
 void FolderListEditor::makeLayout(const QString& title, const QString& explanation, Takes takes)
@@ -53,6 +53,8 @@ void FolderListEditor::makeLayout(const QString& title, const QString& explanati
     m_list->setFixedHeight(shownRows * Theme::headerHeight);
     Theme::style(m_list, Theme::Surface::card);
     auto* const add = plainButton(QStringLiteral("Ajouter un dossier…"));
+    add->setAccessibleName(title + QStringLiteral(" : ajouter un dossier"));
+    m_remove->setAccessibleName(title + QStringLiteral(" : retirer le dossier choisi"));
     connect(add, &QPushButton::clicked, this, [this] {
         Desktop::chooseFolder(window(), {}, [this](const FolderChoice& choice) {
             if (choice && !choice->empty()) {
@@ -63,7 +65,7 @@ void FolderListEditor::makeLayout(const QString& title, const QString& explanati
     auto* const buttons = new QHBoxLayout;
     buttons->setSpacing(Theme::gap);
     buttons->addWidget(add);
-    m_name->setPlaceholderText(QStringLiteral("Nom, par exemple node_modules"));
+    m_name->setPlaceholderText(QStringLiteral("Nom de dossiers"));
     m_name->setAccessibleName(QStringLiteral("Nom de dossiers à ajouter"));
     m_name->setVisible(takes == Takes::foldersAndNames);
     buttons->addWidget(m_name, 1);
@@ -88,28 +90,36 @@ void FolderListEditor::setContent(const std::vector<FileUrl>& folders, const std
 {
     m_folders = folders;
     m_names = names;
-    showRows();
+    showRows(0);
 }
 
-void FolderListEditor::showRows()
+/// One row stays the current one, so that the keyboard goes on at the same place.
+void FolderListEditor::showRows(int current)
 {
     m_list->clear();
+    const auto add = [this](const QString& text) {
+        (new QListWidgetItem(text, m_list))->setSizeHint({0, Theme::headerHeight});
+    };
     for (const FileUrl& folder : m_folders) {
-        m_list->addItem(FileUrlText::displayFromHome(folder));
+        add(FileUrlText::displayFromHome(folder));
     }
     for (const std::string& name : m_names) {
-        m_list->addItem(QStringLiteral("Tout dossier « %1 »").arg(FileUrlText::display(name)));
+        add(QStringLiteral("Tout dossier « %1 »").arg(FileUrlText::display(name)));
     }
+    m_list->setCurrentRow(std::min(current, m_list->count() - 1));
     m_remove->setEnabled(m_list->currentRow() >= 0);
 }
 
+/// Where it lies without links: that is what scans and removals look at.
 void FolderListEditor::addFolder(const FileUrl& folder)
 {
-    if (std::ranges::find(m_folders, folder) == m_folders.end()) {
-        m_folders.push_back(folder);
-        showRows();
-        Q_EMIT edited();
-    }
+    Desktop::findRealPlace(this, folder, [this](const FileUrl& place) {
+        if (std::ranges::find(m_folders, place) == m_folders.end()) {
+            m_folders.push_back(place);
+            showRows(static_cast<int>(m_folders.size()) - 1);
+            Q_EMIT edited();
+        }
+    });
 }
 
 /// A path is a folder, anything else a name.
@@ -128,7 +138,7 @@ void FolderListEditor::addTyped()
     }
     if (std::ranges::find(m_names, typed) == m_names.end()) {
         m_names.push_back(typed);
-        showRows();
+        showRows(static_cast<int>(m_folders.size() + m_names.size()) - 1);
         Q_EMIT edited();
     }
 }
@@ -145,7 +155,7 @@ void FolderListEditor::removeCurrent()
     } else {
         m_names.erase(m_names.begin() + (row - folders));
     }
-    showRows();
+    showRows(row);
     Q_EMIT edited();
 }
 

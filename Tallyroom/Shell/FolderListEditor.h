@@ -35,7 +35,7 @@ Q_SIGNALS:
 
 private:
     void makeLayout(const QString& title, const QString& explanation, Takes takes);
-    void showRows();
+    void showRows(int current);
     void addFolder(const FileUrl& folder);
     void addTyped();
     void removeCurrent();

@@ -1,6 +1,9 @@
 #include "FileSystem/RealPath.h"
 
+#include "FileSystem/FileDescriptor.h"
+
 #include <climits>
+#include <fcntl.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -16,6 +19,13 @@ SystemResult<std::string> realPathOf(int folder)
     }
     path.resize(static_cast<std::size_t>(length));
     return path;
+}
+
+FileUrl realPlaceOf(const FileUrl& folder)
+{
+    const FileDescriptor opened{::open(folder.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    const auto path = opened.isOpen() ? realPathOf(opened.get()) : std::unexpected(SystemError::last());
+    return path ? FileUrl{*path} : folder.standardized();
 }
 
 } // namespace tallyroom

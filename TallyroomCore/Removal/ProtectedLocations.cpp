@@ -45,9 +45,7 @@ void ProtectedLocations::protect(std::vector<FileUrl> folders)
 void ProtectedLocations::readChosen()
 {
     for (const FileUrl& folder : chosenFolders().get()) {
-        const FileDescriptor opened{::open(folder.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
-        const auto path = opened.isOpen() ? realPathOf(opened.get()) : std::unexpected(SystemError::last());
-        m_chosen.push_back(path ? *path : folder.path());
+        m_chosen.push_back(realPlaceOf(folder).path());
     }
 }
 

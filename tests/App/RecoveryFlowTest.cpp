@@ -1,11 +1,13 @@
 #include "App/WindowScene.h"
 #include "Deletion/DeleteConfirmation.h"
+#include "Settings/ScanRules.h"
 #include "Support/CacheTree.h"
 #include "Tools/Dashboard/KindRow.h"
 #include "Tools/Dashboard/RecoveryPanel.h"
 
 #include <QProcess>
 #include <QPushButton>
+#include <QScopeGuard>
 
 #include <algorithm>
 #include <filesystem>
@@ -42,15 +44,20 @@ protected:
 
     [[nodiscard]] const RecoveryViewModel& recovery() const { return store().dashboard.recovery(); }
 
-    void search() const
+    [[nodiscard]] bool isComplete() const
     {
-        click("Chercher dans le dossier personnel");
-        ASSERT_TRUE(waitUntil(&recovery(), &RecoveryViewModel::changed, [this] {
+        return waitUntil(&recovery(), &RecoveryViewModel::changed, [this] {
             const auto& rows = recovery().rows();
             return !rows.empty() && std::ranges::all_of(rows, [](const RecoveryRow& row) {
                 return row.phase == RecoveryRow::Phase::complete && row.recovery.isKnown;
             });
-        }));
+        });
+    }
+
+    void search() const
+    {
+        click("Chercher dans le dossier personnel");
+        ASSERT_TRUE(isComplete());
     }
 
     /// Presses the button of a tool's line.
@@ -157,6 +164,22 @@ TEST_F(RecoveryFlowTest, WhatIsProposedStaysWhereTheCopyBesideItGoesDuringTheQue
     waitForRemoval();
     EXPECT_FALSE(tree.exists("music/a.ogg") || tree.exists("photos/b.png"));
     EXPECT_TRUE(tree.exists("music/b.ogg") && tree.exists("music/c.ogg"));
+}
+
+TEST_F(RecoveryFlowTest, NothingIsProposedThatIsExcludedOrHoldsWhatIs)
+{
+    const QScopeGuard clean{[] { ScanRules::shared().setRules({}); }};
+    tree.add(file("old/node_modules/mine/letter", 9));
+    dateAll(tree, 1'600'000'000);
+    tree.add(file("live/other.js", 10));
+    search();
+    EXPECT_EQ(std::ranges::count_if(recovery().rows(), &RecoveryRow::proposes), 3);
+    ScanRules::shared().setRules(
+        {{}, {tree.url("old/node_modules/mine"), tree.url("crate"), tree.url("photos")}, false});
+    ASSERT_TRUE(isComplete());
+    for (const RecoveryRow& row : recovery().rows()) {
+        EXPECT_FALSE(row.proposes()) << row.words.toStdString();
+    }
 }
 
 TEST_F(RecoveryFlowTest, ALineLeadsToItsToolWithWhatItProposesAndFromThereToAll)

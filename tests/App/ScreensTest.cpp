@@ -5,6 +5,7 @@
 #include "Deletion/DeleteConfirmation.h"
 #include "Layout/FlowLayout.h"
 #include "Rows/EntryTableHeader.h"
+#include "Settings/FolderProtection.h"
 #include "Settings/RecentFolders.h"
 #include "Settings/ScanRules.h"
 #include "Shell/KeysDialog.h"
@@ -26,6 +27,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTreeWidget>
 
 #include <algorithm>
@@ -305,6 +307,69 @@ TEST_F(Screens, WhatIsExcludedIsShownAndRemovedOnlyAfterAWarning)
     EXPECT_EQ(Settings::textList(QStringLiteral("scan.excludedNames")),
               QStringList{QStringLiteral("private")});
     ScanRules::shared().setRules(none);
+}
+
+TEST_F(Screens, AFolderIsExcludedByItsMenuForAllToolsAndComesBackByIt)
+{
+    const TemporaryTree tree{file("films/private/a", 90'000), file("films/b", 40'000),
+                             file("projet/node_modules/x", 9), link("way", "films")};
+    const QScopeGuard clean{[] { ScanRules::shared().setRules({}); }};
+    const auto choose = [this](const char* text, const Entry& entry) {
+        const auto menu = shown<EntryTable>().makeContextMenu(entry);
+        const auto actions = menu->actions();
+        const auto found = std::ranges::find(actions, QString::fromUtf8(text), &QAction::text);
+        if (found == actions.end()) {
+            return false;
+        }
+        (*found)->trigger();
+        return true;
+    };
+    const auto largest = [&] { return below(tree, store().largeFiles.entries()); };
+    const auto privateRow = [this] {
+        const EntryList rows = store().diskUsage.entries();
+        return *std::ranges::find(rows, "private", &Entry::name);
+    };
+    const auto isShownAs = [&](const QString& size) {
+        return waitUntil(&store().diskUsage, &FolderTool::stateChanged, [&] {
+            const EntryList rows = store().diskUsage.entries();
+            return !store().diskUsage.isScanning() && rows.size() == 2 &&
+                   UnreadText::size(privateRow()) == size;
+        });
+    };
+    scan("large-files", tree.url("films"));
+    const Entry file = store().largeFiles.entries()[0];
+    EXPECT_FALSE(choose("Exclure « films » des analyses", store().largeFiles.entries()[1])) << "it is open";
+    scan("disk-usage", tree.url("way"));
+    const QString whole = UnreadText::size(privateRow());
+    ASSERT_TRUE(choose("Exclure des analyses", privateRow()));
+    ASSERT_TRUE(isShownAs(QStringLiteral("exclu")));
+    EXPECT_THAT(ScanRules::shared().rules().folders, ElementsAre(tree.url("films/private")));
+    EXPECT_EQ(store().largeFiles.entries().size(), 2) << "what is not on show waits";
+    window->selectTool(QStringLiteral("large-files"));
+    ASSERT_TRUE(hasScanned(store().largeFiles, tree.url("films")));
+    EXPECT_THAT(largest(), ElementsAre("films/b"));
+    window->selectTool(QStringLiteral("disk-usage"));
+    ASSERT_TRUE(choose("Ne plus exclure des analyses", privateRow()));
+    ASSERT_TRUE(isShownAs(whole));
+    window->selectTool(QStringLiteral("large-files"));
+    ASSERT_TRUE(hasScanned(store().largeFiles, tree.url("films")));
+    ASSERT_TRUE(choose("Exclure « private » des analyses", file));
+    ASSERT_TRUE(waitUntil(&store().largeFiles, &FolderTool::stateChanged,
+                          [&] { return !store().largeFiles.isScanning() && largest().size() == 1; }));
+}
+
+TEST_F(Screens, WhatIsProtectedIsNotRemovedAndTheWindowSaysWhy)
+{
+    const TemporaryTree tree{file("films/a", 90'000), file("b", 9)};
+    const QScopeGuard clean{[] { FolderProtection::setFolders({}); }};
+    FolderProtection::setFolders({tree.url("films")});
+    scan("disk-usage", tree.url());
+    for (const bool permanently : {false, true}) {
+        remove(store().diskUsage, {tree.url("films")}, permanently);
+        EXPECT_TRUE(tree.exists("films/a"));
+        ASSERT_EQ(store().diskUsage.failures().size(), 1);
+        EXPECT_EQ(store().diskUsage.failures()[0].message, "Ce dossier est protégé dans les préférences.");
+    }
 }
 
 /// The parts of a header that lie on others or beyond it, or are cut, and options below others.

@@ -2,6 +2,7 @@
 
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FileDescriptor.h"
+#include "Removal/ProtectedLocations.h"
 #include "Removal/ReclaimEstimate.h"
 #include "Support/Cases.h"
 #include "Support/Interception.h"
@@ -115,6 +116,30 @@ TEST_F(FileRemoverTest, WhatAMountShowsStaysAtItsOtherPlacesToo)
         EXPECT_EQ(tree.content("store/homes/real/photo"), "p");
         EXPECT_EQ(tree.content("disk/album/photo"), "p");
     }
+}
+
+TEST_F(FileRemoverTest, WhatTheUserProtectsStaysWithAllInItAndAllAboveIt)
+{
+    tree.add({file("safe/inner/letter", "l"), file("safe-not", "n"), link("way", "safe/inner")});
+    ProtectedLocations::protect({tree.url("way/"), tree.url("missing")});
+    for (const bool permanently : {false, true}) {
+        tree.add(file("safe/note", "o"));
+        const auto result =
+            remove({tree.url("safe"), tree.url("safe/inner"), tree.url("way/letter"),
+                    tree.url("safe/inner/letter"), tree.url("safe/note"), tree.url("safe-not")},
+                   permanently);
+        EXPECT_THAT(told(tree, result.failures),
+                    ElementsAre("safe: Un dossier protégé dans les préférences s'y trouve.",
+                                "safe/inner: Ce dossier est protégé dans les préférences.",
+                                "way/letter: Cet élément est dans un dossier protégé dans les préférences.",
+                                "safe/inner/letter: Cet élément est dans un dossier protégé dans les "
+                                "préférences."));
+        EXPECT_THAT(result.removed, ElementsAre(tree.url("safe/note"), tree.url("safe-not")));
+        EXPECT_TRUE(tree.exists("safe/inner/letter"));
+        tree.add(file("safe-not", "n"));
+    }
+    ProtectedLocations::protect({});
+    EXPECT_TRUE(remove({tree.url("safe")}, true).allSucceeded());
 }
 
 TEST_F(FileRemoverTest, WhatGoesInPartSaysWhatIsLeftAndWhatIsFreed)

@@ -1,5 +1,6 @@
 #include "Scanning/TreeOutline.h"
 
+#include "FileSystem/ScanScope.h"
 #include "Scanning/FileScanner.h"
 #include "Scanning/SizeCache.h"
 #include "Support/AllRecords.h"
@@ -98,6 +99,19 @@ TEST_F(TreeOutlineTest, TheRestAndThePartsAreTheWholeHoweverMuchIsTold)
         }
         EXPECT_EQ(outlineOf(tree, detail), expected) << row[0] << " " << row[1];
     }
+}
+
+TEST_F(TreeOutlineTest, WhatIsExcludedCountsForNothingThoughItWasMeasuredBefore)
+{
+    EXPECT_EQ(FileScanner::directorySize(tree.url()), 88 * 4096);
+    ScanScope::use({{}, {tree.url("big/deep")}, false});
+    FileScanner::clearCache();
+    const auto records = allRecords(TreeOutline::read(tree.url(), {.leastShare = 0.01}));
+    ScanScope::use({});
+    const Outline& outline = *records.back().outline;
+    EXPECT_THAT(linesOf(outline, tree), ElementsAre(". 66 +1 0", "big 40 +1 0", "equal 20", "small 5",
+                                                    "least 1", "big/film 40", "small/a 3", "small/b 2"));
+    EXPECT_TRUE(outline.nodes[0].entry.unread == 1 && outline.nodes[1].entry.has(EntryMark::excluded));
 }
 
 TEST_F(TreeOutlineTest, WhatSomebodyElseMeasuresIsPendingAndNotMeasuredAgain)

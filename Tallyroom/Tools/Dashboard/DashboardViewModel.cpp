@@ -147,6 +147,7 @@ void DashboardViewModel::analyze(FileUrl folder)
     m_scopedRoot = SecurityScope::take(folder);
     RecentFolders::shared().add(folder);
     m_scanTask.reset();
+    m_scanScope = ScanScope::current();
     m_analysisEnd = {};
     m_unread.reset();
     m_unreadPlaces.reset();
@@ -197,6 +198,14 @@ void DashboardViewModel::cancelAnalysis()
     update.assign(m_analysisState,
                   AnalysisState{m_summary ? AnalysisState::Phase::loaded : AnalysisState::Phase::none, {}},
                   &DashboardViewModel::stateChanged);
+}
+
+void DashboardViewModel::followScanRules()
+{
+    if (m_analyzedURL && m_scanScope != ScanScope::current()) {
+        analyze(FileUrl{*m_analyzedURL});
+    }
+    m_recovery.followScanRules();
 }
 
 void DashboardViewModel::resumeAnalysis()

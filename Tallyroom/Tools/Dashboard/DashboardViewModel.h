@@ -128,6 +128,9 @@ public:
     /// Begins a stopped or outdated analysis again.
     void resumeAnalysis();
 
+    /// The breakdown and the search for room.
+    void followScanRules() override;
+
     [[nodiscard]] bool isScanning() const override
     {
         return m_analysisState.phase == AnalysisState::Phase::scanning;
@@ -172,6 +175,7 @@ private:
     std::int64_t m_analysisScanned = 0;
     QString m_analyzedFolder;
     std::optional<FileUrl> m_analyzedURL;
+    std::shared_ptr<const ScanScope> m_scanScope; // of the last breakdown
     std::optional<SecurityScope> m_scopedRoot;
     VolumeReport m_report; // the newest of the refresh under way
     std::unique_ptr<StreamPump<VolumeReport>> m_volumesPump;

@@ -119,8 +119,25 @@ void RecoveryViewModel::examine(const FileUrl& folder)
 void RecoveryViewModel::search(FileUrl folder)
 {
     stop();
-    m_error.clear();
     m_folder = std::move(folder);
+    m_isRepeating = false;
+    begin();
+    Q_EMIT searchBegan();
+}
+
+void RecoveryViewModel::followScanRules()
+{
+    if (m_folder && m_scanScope != ScanScope::current()) {
+        stop();
+        m_isRepeating = true;
+        begin();
+    }
+}
+
+void RecoveryViewModel::begin()
+{
+    m_scanScope = ScanScope::current();
+    m_error.clear();
     m_next = 0;
     m_isStopped = false;
     m_remover = nullptr;
@@ -128,7 +145,6 @@ void RecoveryViewModel::search(FileUrl folder)
     startNext();
     show();
     Q_EMIT removalChanged();
-    Q_EMIT searchBegan();
 }
 
 void RecoveryViewModel::stop()
@@ -160,7 +176,10 @@ void RecoveryViewModel::startNext()
         return count;
     };
     while (m_folder && !m_isStopped && m_next < m_tools.size() && running() < mostAtOnce) {
-        m_tools[m_next++].tool->open(*m_folder);
+        ScanToolViewModel& tool = *m_tools[m_next++].tool;
+        if (!m_isRepeating || tool.rootURL() == m_folder) {
+            tool.open(*m_folder);
+        }
     }
 }
 

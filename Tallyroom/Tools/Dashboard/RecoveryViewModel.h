@@ -80,6 +80,10 @@ public:
     /// Searches `folder`, instead of the search under way. By value: the recent folders change under way.
     void search(FileUrl folder);
 
+    /// Searches again where other folders were left out than now, but for the tools that have been led to
+    /// another folder since.
+    void followScanRules();
+
     /// Stops the tools that this search has started, and starts no other.
     void stop();
 
@@ -114,6 +118,7 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] bool isOurs(std::size_t place) const;
+    void begin();
     void startNext();
     void follow(std::size_t place);
     void show();
@@ -126,6 +131,8 @@ private:
     bool m_isStopped = false;
     bool m_isStarting = false;
     std::optional<FileUrl> m_folder;
+    bool m_isRepeating = false;                   // the search before, by other rules
+    std::shared_ptr<const ScanScope> m_scanScope; // of the last search
     QString m_error;
     QTimer m_pace; // what a running scan finds is told a few times a second
     ScanToolViewModel* m_remover = nullptr;

@@ -118,6 +118,11 @@ void FolderNavigatorViewModel::refreshCurrent()
     navigate(*m_currentURL, Caching::ignore, m_history);
 }
 
+void FolderNavigatorViewModel::scanAgain()
+{
+    navigate(*m_currentURL, Caching::use, m_history);
+}
+
 FileScanner::ScanStream FolderNavigatorViewModel::startStream()
 {
     FileScanner::ScanStream stream = m_services.list(*m_currentURL, m_caching == Caching::use);

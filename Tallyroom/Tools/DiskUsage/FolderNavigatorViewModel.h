@@ -85,6 +85,8 @@ public:
 
     void refresh() override { refreshCurrent(); }
 
+    [[nodiscard]] std::optional<FileUrl> listedFolder() const override { return m_currentURL; }
+
 Q_SIGNALS:
     void currentURLChanged();
     void canGoBackChanged();
@@ -92,9 +94,8 @@ Q_SIGNALS:
     void itemsGone(const std::vector<tallyroom::Entry>& items);
 
 protected:
-    [[nodiscard]] std::optional<FileUrl> listedFolder() const override { return m_currentURL; }
-
     [[nodiscard]] FileScanner::ScanStream startStream() override;
+    void scanAgain() override;
     void rootChosen(PropertyUpdate& update) override;
     void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;
     void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) override;

@@ -6,9 +6,13 @@
 #include "Properties/PropertiesDialog.h"
 #include "Rows/EntryRows.h"
 #include "Rows/Selection.h"
+#include "Settings/ScanRules.h"
+#include "Text/FileUrlText.h"
+#include "Theme/SymbolIcon.h"
 
 #include <QContextMenuEvent>
 #include <QCoreApplication>
+#include <QMenu>
 
 #include <algorithm>
 #include <utility>
@@ -58,9 +62,39 @@ void addKeys(QWidget& screen, const EntryRows& rows, const std::function<std::op
     }
 }
 
+/// Excludes an entry, or of a file the folder that holds it, or takes it back.
+void addExclusion(QMenu& menu, const Entry& entry, const Subject& subject)
+{
+    ScanRules& rules = ScanRules::shared();
+    const FileUrl folder = entry.isDirectory ? entry.url : entry.url.parent();
+    const std::string name{folder.lastPathComponent()};
+    const QString shown = FileUrlText::display(name);
+    const auto add = [&](const QString& text, const std::function<void()>& act) {
+        QObject::connect(menu.addAction(SymbolIcon::icon("minus.circle"), text), &QAction::triggered, &rules,
+                         act);
+    };
+    if (!entry.has(EntryMark::excluded) || !entry.has(EntryMark::unreadable)) {
+        // The folder that was scanned is never left out.
+        if (folder != subject.listedFolder()) {
+            add(entry.isDirectory ? QStringLiteral("Exclure des analyses")
+                                  : QStringLiteral("Exclure « %1 » des analyses").arg(shown),
+                [&rules, folder, tell = subject.tell, place = FileUrlText::displayFromHome(folder)] {
+                    rules.exclude(folder);
+                    tell(QStringLiteral("« %1 » est exclu des analyses ; les préférences le montrent.")
+                             .arg(place));
+                });
+        }
+    } else if (rules.isNameExcluded(name)) {
+        add(QStringLiteral("Ne plus exclure les dossiers « %1 »").arg(shown),
+            [&rules, name] { rules.includeName(name); });
+    } else if (rules.isFolderExcluded(name)) {
+        add(QStringLiteral("Ne plus exclure des analyses"), [&rules, folder] { rules.include(folder); });
+    }
+}
+
 } // namespace
 
-void install(QWidget& screen, EntryRows& rows, const std::function<std::optional<Entry>()>& current)
+void install(QWidget& screen, EntryRows& rows, const Subject& subject)
 {
     QObject::connect(&rows, &EntryRows::revealRequested, &screen,
                      [](const Entry& entry) { Desktop::reveal(entry.url); });
@@ -73,7 +107,9 @@ void install(QWidget& screen, EntryRows& rows, const std::function<std::optional
                      [&screen, &rows](const Entry& entry) { showProperties(screen, rows, entry); });
     QObject::connect(&rows, &EntryRows::copyPathRequested, &screen,
                      [](const Entry& entry) { Desktop::copyPaths({entry}); });
-    addKeys(screen, rows, current);
+    QObject::connect(&rows, &EntryRows::menuMade, &screen,
+                     [subject](QMenu* menu, const Entry& entry) { addExclusion(*menu, entry, subject); });
+    addKeys(screen, rows, subject.current);
 }
 
 } // namespace tallyroom::EntryActions

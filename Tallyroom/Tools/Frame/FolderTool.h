@@ -23,6 +23,9 @@ public:
 
     [[nodiscard]] virtual bool isScanning() const = 0;
 
+    /// Scans again where other folders were left out than now.
+    virtual void followScanRules() = 0;
+
     /// The words for a finished scan, for the desktop's notification.
     [[nodiscard]] virtual QString scanReport() const = 0;
 

@@ -45,6 +45,13 @@ void ScanToolViewModel::refresh()
     }
 }
 
+void ScanToolViewModel::followScanRules()
+{
+    if (m_rootURL && m_scanScope != ScanScope::current()) {
+        scanAgain();
+    }
+}
+
 void ScanToolViewModel::setSearchText(const QString& text)
 {
     if (assignIfChanged(m_searchText, text)) {
@@ -129,6 +136,7 @@ void ScanToolViewModel::beginScan(PropertyUpdate& update)
     }
     dropScan(update);
     m_scanEnd = {};
+    m_scanScope = ScanScope::current();
     update.assign(m_state, ToolState::scanning(), &ScanToolViewModel::stateChanged);
     m_filling = std::make_shared<Filling>();
     startScan(update);

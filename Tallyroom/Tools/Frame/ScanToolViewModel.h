@@ -5,6 +5,7 @@
 #include "Controls/Option.h"
 #include "Deletion/DeletionRunner.h"
 #include "Deletion/DeletionSupport.h"
+#include "FileSystem/ScanScope.h"
 #include "Model/Entry.h"
 #include "Tools/Frame/FolderTool.h"
 #include "Tools/Frame/Recovery.h"
@@ -82,6 +83,9 @@ public:
     /// Offers another one; its functions must live as long as the tool.
     void addOption(Option option) { m_options.push_back(std::move(option)); }
 
+    /// The folder that the entries on screen come from.
+    [[nodiscard]] virtual std::optional<FileUrl> listedFolder() const { return rootURL(); }
+
     /// How many entries were found, those included that the search text hides.
     [[nodiscard]] virtual std::size_t entryCount() const = 0;
 
@@ -127,6 +131,8 @@ public:
 
     /// Scans the folder on screen again, without the caches.
     virtual void refresh();
+
+    void followScanRules() override;
 
     /// Scans again after a stop; what the caches know comes at once.
     void resumeScan();
@@ -191,6 +197,9 @@ protected:
     /// `deletions` must outlive the view model.
     explicit ScanToolViewModel(DeletionRunner& deletions);
 
+    /// Replaces the scan on show by a new one of the same folder.
+    virtual void scanAgain() { scan(); }
+
     /// Takes removed items, and all that lay below them, out of the list.
     virtual void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) = 0;
 
@@ -202,9 +211,6 @@ protected:
 
     /// The line that reports an undo.
     [[nodiscard]] virtual QString restoreReport(const RemovalOutcome& outcome) const;
-
-    /// The folder that the entries on screen come from.
-    [[nodiscard]] virtual std::optional<FileUrl> listedFolder() const { return rootURL(); }
 
     /// Empties the list and starts the scan; called with a root folder set and no scan running.
     virtual void startScan(PropertyUpdate& update) = 0;
@@ -250,6 +256,7 @@ private:
     ToolState m_state;
     ScanEnd m_scanEnd;
     std::optional<FileUrl> m_rootURL;
+    std::shared_ptr<const ScanScope> m_scanScope; // of the last scan
     std::optional<QString> m_statusMessage;
     ReportTone m_statusTone = ReportTone::done;
     bool m_tellsOfTrash = false;

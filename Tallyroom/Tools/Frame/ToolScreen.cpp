@@ -52,7 +52,9 @@ ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, En
     connectWidgets();
     addOptions();
     addShortcuts();
-    EntryActions::install(*this, *m_rows, [this] { return currentEntry(); });
+    EntryActions::install(*this, *m_rows,
+                          {[this] { return currentEntry(); }, [this] { return m_tool.listedFolder(); },
+                           [this](const QString& message) { m_tool.tell(message, ReportTone::done); }});
 }
 
 bool ToolScreen::event(QEvent* event)
