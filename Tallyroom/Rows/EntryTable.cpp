@@ -53,11 +53,11 @@ void EntryTable::layOutColumns()
     }
     // Where the room is small the size keeps its minimum, and a tool's own columns give way. The bar makes
     // room for the columns that somebody has asked for.
-    const int spare = rest - trailingMargin() - nameBesideChosen - optional;
-    const int ideal = optional == 0 ? Theme::sizeColumnIdeal
-                                    : std::clamp(spare, Theme::sizeColumnMinimum, Theme::sizeColumnIdeal);
-    const int sizeWidth = (width < Theme::narrowWidth ? Theme::sizeColumnMinimum : ideal) + trailingMargin();
-    rest -= sizeWidth;
+    const int spare = rest - endMargin() - nameBesideChosen - optional;
+    const int ideal = optional == 0 ? Theme::barWidth(width)
+                                    : std::clamp(spare, Theme::sizeColumnMinimum, Theme::barWidth(width));
+    const int sizeWidth = width < Theme::narrowWidth ? Theme::sizeColumnMinimum : ideal;
+    rest -= sizeWidth + endMargin();
     for (int column = EntryTableModel::firstOwnColumn; column < m_model.sizeColumn(); ++column) {
         const int wanted = widthOf(column);
         const int least =
@@ -68,8 +68,7 @@ void EntryTable::layOutColumns()
         rest -= fits ? wanted : 0;
     }
     setColumnWidth(EntryTableModel::checkColumn, Theme::margin + Theme::checkColumnWidth);
-    setColumnWidth(EntryTableModel::nameColumn, std::max(rest, Theme::checkColumnWidth));
-    setColumnWidth(m_model.sizeColumn(), sizeWidth);
+    setNameWidth(rest, m_model.sizeColumn(), sizeWidth);
 }
 
 std::vector<EntryColumnChoice> EntryTable::columnChoices() const

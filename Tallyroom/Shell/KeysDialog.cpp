@@ -46,12 +46,15 @@ Keys listKeys()
             {QStringLiteral("Cocher ou décocher la ligne"), QStringLiteral("Espace")},
             {QStringLiteral("Cocher jusqu’à la ligne"), QStringLiteral("Maj+Espace")},
             {QStringLiteral("Aller à la ligne de ce nom"), QStringLiteral("Lettres")},
-            {QStringLiteral("Trier, dans les titres des colonnes"), QStringLiteral("←, →, Espace")}};
+            {QStringLiteral("Trier, dans les titres des colonnes"), QStringLiteral("←, →, Espace")},
+            {QStringLiteral("Élargir ou rétrécir la colonne"), QStringLiteral("Ctrl+←, Ctrl+→")}};
 }
 
 Keys mapKeys()
 {
     return {{QStringLiteral("Aller d’une case à l’autre"), QStringLiteral("←, →, ↑, ↓")},
+            {QStringLiteral("Aller à la première case, à la dernière"), QStringLiteral("Début, Fin")},
+            {QStringLiteral("Cocher ou décocher la case"), QStringLiteral("Espace")},
             {QStringLiteral("Entrer dans les cases d’un dossier, en sortir"),
              QStringLiteral("Page suivante, Page précédente")},
             {QStringLiteral("Regarder de plus près, de plus loin, tout voir"),
@@ -67,8 +70,10 @@ void addSection(QTreeWidget& list, const QString& title, const Keys& keys)
     section->setFirstColumnSpanned(true);
     section->setFont(0, Theme::shared().strong());
     section->setFlags(Qt::ItemIsEnabled);
+    section->setSizeHint(0, {0, Theme::rowHeight});
     for (const auto& [name, pressed] : keys) {
         auto* const row = new QTreeWidgetItem(section, {name, pressed});
+        row->setSizeHint(0, {0, Theme::headerHeight});
         row->setData(0, Qt::AccessibleTextRole, name + QStringLiteral(" : ") + pressed);
     }
     section->setExpanded(true);

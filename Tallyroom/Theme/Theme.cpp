@@ -289,6 +289,11 @@ void Theme::style(QWidget* widget, Surface surface)
     setLook(widget, "tallySurface", QString::fromLatin1(names.at(static_cast<std::size_t>(surface))));
 }
 
+int Theme::barWidth(int listWidth)
+{
+    return std::clamp(listWidth / 5, sizeColumnIdeal, sizeColumnMaximum);
+}
+
 void Theme::setAnimated(bool isAnimated)
 {
     if (m_isAnimated != isAnimated) {

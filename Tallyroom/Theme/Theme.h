@@ -80,7 +80,9 @@ public:
     static constexpr int checkColumnWidth = 28;
     static constexpr int nameColumnMinimum = 200;
     static constexpr int sizeColumnMinimum = 100;
+    static constexpr int nameColumnMaximum = 640; ///< or sizes are far from their names
     static constexpr int sizeColumnIdeal = 190;
+    static constexpr int sizeColumnMaximum = 320;
     static constexpr int ownColumnMinimum = 56; ///< of a column whose width people choose
     static constexpr int ownColumnMaximum = 320;
     static constexpr int gainColumnMinimum = 150;
@@ -98,6 +100,9 @@ public:
 
     /// The colour that stands for a kind of file, in icons, bars and tiles.
     [[nodiscard]] QColor tint(FileKind kind) const;
+
+    /// How wide the bars of sizes are in a list of that width.
+    [[nodiscard]] static int barWidth(int listWidth);
 
     /// `colour` at `opacity` over the window: a track behind a bar, a quiet fill behind a button.
     [[nodiscard]] QColor wash(const QColor& colour, double opacity) const;

@@ -64,7 +64,7 @@ QPushButton[tallyButton="danger"]:disabled { background: @control; color: @disab
 
 *[tallyButton="chip"] { min-height: @chipInner; border-radius: @chipRadius; padding: 0 10px; }
 
-*[tallyButton="menu"] { padding-right: 28px; }
+*[tallyButton="menu"] { text-align: left; padding-left: 10px; padding-right: 28px; }
 
 QLineEdit {
     background: @control; color: @text; border: 1px solid @line; border-radius: @controlRadius;
@@ -98,7 +98,10 @@ QMenu::separator { height: 1px; background: @line; margin: 4px 6px; }
 QToolTip { background: @card; color: @text; border: 1px solid @line; padding: 4px 6px; }
 
 QScrollArea { background: transparent; border: none; }
-QAbstractItemView { background: @window; color: @text; border: none; outline: none; }
+QAbstractItemView {
+    background: @window; color: @text; border: none; outline: none;
+    selection-background-color: @accentFill; selection-color: @onAccent;
+}
 QHeaderView { background: @window; border: none; }
 QScrollBar { background: transparent; border: none; }
 QScrollBar:vertical { width: 12px; }

@@ -275,6 +275,10 @@ TEST_F(EntryTableTest, AToolsOwnColumnSortsByItsKeyAndGivesWayWhereRoomIsShort)
     EXPECT_GE(view->columnWidth(1), Theme::nameColumnMinimum);
     table->resize(900, 400);
     EXPECT_FALSE(view->isColumnHidden(2));
+    table->resize(1700, 400);
+    const int bar = view->columnWidth(4) - table->trailingMargin();
+    EXPECT_LE(view->columnViewportPosition(2), 700) << "the other columns stay near the names";
+    EXPECT_TRUE(bar >= 240 && bar <= 320) << bar;
 }
 
 TEST_F(EntryTableTest, ABadgeThatDoesNotFitIsCutShortAndNotDropped)

@@ -68,7 +68,7 @@ void KindRow::paintEvent(QPaintEvent* event)
                       "chevron.right", theme.colour(Theme::Colour::secondary), Theme::smallIconSize);
     SymbolIcon::paint(painter, {room.left(), 0, Theme::iconSize, height()}, category.kind.symbolName(),
                       theme.tint(category.kind));
-    const int barWidth = isNarrow() ? Theme::sizeColumnMinimum : Theme::sizeColumnIdeal;
+    const int barWidth = isNarrow() ? Theme::sizeColumnMinimum : Theme::barWidth(width());
     SizeBarCell{category.totalBytes, SizeProportion::fraction(category.totalBytes, m_content.largest),
                 theme.tint(category.kind)}
         .paint(painter, room.adjusted(room.width() - barWidth, 0, 0, 0));

@@ -39,12 +39,10 @@ void DuplicateTable::resizeEvent(QResizeEvent* event)
 {
     EntryRows::resizeEvent(event);
     const int check = Theme::margin + Theme::checkColumnWidth;
-    const bool isNarrow = viewport()->width() < Theme::narrowWidth;
-    const int detail = (isNarrow ? Theme::gainColumnMinimum : Theme::sizeColumnIdeal) + trailingMargin();
+    const int width = viewport()->width();
+    const int detail = width < Theme::narrowWidth ? Theme::gainColumnMinimum : Theme::barWidth(width);
     setColumnWidth(DuplicateTableModel::checkColumn, check);
-    setColumnWidth(DuplicateTableModel::detailColumn, detail);
-    setColumnWidth(DuplicateTableModel::nameColumn,
-                   std::max(viewport()->width() - check - detail, Theme::checkColumnWidth));
+    setNameWidth(width - check - detail - endMargin(), DuplicateTableModel::detailColumn, detail);
 }
 
 void DuplicateTable::setGroups(DuplicateGroups groups, const std::vector<std::uint32_t>& shown)
