@@ -122,6 +122,11 @@ std::int64_t duplicatesMinSize()
     return truncatedNumber(QStringLiteral("dup.minSize")).value_or(1'048'576);
 }
 
+std::int64_t longWorkSeconds()
+{
+    return truncatedNumber(QStringLiteral("reports.seconds")).value_or(10);
+}
+
 QString animationsKey()
 {
     return QStringLiteral("view.animations");

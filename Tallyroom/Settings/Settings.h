@@ -48,6 +48,9 @@ void write(const QString& key, const QVariant& value);
 /// The smallest file looked at for duplicates, in bytes: "dup.minSize", 1 MiB when not chosen.
 [[nodiscard]] std::int64_t duplicatesMinSize();
 
+/// How long work takes that is worth a notification, in seconds: "reports.seconds", 10 when not chosen.
+[[nodiscard]] std::int64_t longWorkSeconds();
+
 /// Where it is kept whether the map moves: "view.animations", true when not chosen.
 [[nodiscard]] QString animationsKey();
 

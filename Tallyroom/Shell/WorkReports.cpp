@@ -20,7 +20,7 @@ WorkReports::Desk WorkReports::Desk::real()
     return {Desktop::notify, Desktop::showProgress};
 }
 
-WorkReports::WorkReports(const DeletionRunner& deletions, Desk desk, std::chrono::milliseconds patience)
+WorkReports::WorkReports(const DeletionRunner& deletions, Desk desk, std::chrono::seconds patience)
     : m_deletions(deletions), m_desk(std::move(desk)), m_patience(patience)
 {
     m_clock.setInterval(progressInterval);

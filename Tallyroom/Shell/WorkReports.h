@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Deletion/DeletionRunner.h"
+#include "Settings/Settings.h"
 #include "Tools/Frame/FolderTool.h"
 
 #include <QElapsedTimer>
@@ -27,11 +28,9 @@ public:
         [[nodiscard]] static Desk real();
     };
 
-    static constexpr std::chrono::milliseconds longWork{10'000};
-
     /// `deletions` must outlive it. Work that is over before `patience` is not worth a notification.
     explicit WorkReports(const DeletionRunner& deletions, Desk desk = Desk::real(),
-                         std::chrono::milliseconds patience = longWork);
+                         std::chrono::seconds patience = std::chrono::seconds{Settings::longWorkSeconds()});
 
     /// Reports the scans of `tool`, which must outlive it and is called `name`.
     void follow(const FolderTool& tool, const QString& name);
@@ -45,7 +44,7 @@ private:
 
     const DeletionRunner& m_deletions;
     Desk m_desk;
-    std::chrono::milliseconds m_patience;
+    std::chrono::seconds m_patience;
     std::map<const FolderTool*, QElapsedTimer> m_scans; // the running ones
     QElapsedTimer m_removal;                            // of the running one
     RemovalProgress m_removed;                          // what was last heard of it

@@ -205,7 +205,7 @@ TEST_F(WindowFlowTest, LongWorkIsReportedWhereNobodyLooksAndItsProgressGoesWithI
     };
     const WorkReports hasty{store().deletions,
                             {add(news), [&](const auto& part) { progress.push_back(part); }},
-                            std::chrono::milliseconds{0}};
+                            std::chrono::seconds{0}};
     const WorkReports patient{store().deletions, {add(unwanted), [](const auto&) {}}};
     window->hide();
     ASSERT_TRUE(QTest::qWaitFor([] { return QApplication::activeWindow() == nullptr; }));

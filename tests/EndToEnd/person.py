@@ -111,6 +111,18 @@ class Window:
         self.wait("the window is open and active", lambda: any(
             item.name == "Tallyroom" and "active" in item.states for item in self.shown()))
 
+    def popup(self):
+        """Place and size of the menu that is open over the window, of which the toolkit tells nothing else."""
+        def told(*command):
+            return subprocess.run(["xdotool", *command], check=False, capture_output=True, text=True).stdout
+
+        active = told("getactivewindow").strip()
+        for window in told("search", "--onlyvisible", "--class", "tallyroom").split():
+            if window != active:
+                place = told("getwindowgeometry", "--shell", window)
+                return {key: int(value) for key, value in re.findall(r"(\w+)=(\d+)", place)}
+        return None
+
     @staticmethod
     def press(*keys):
         subprocess.run(["xdotool", "key", *keys], check=True)
