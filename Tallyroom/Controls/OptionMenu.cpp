@@ -4,7 +4,8 @@
 
 #include <QActionGroup>
 #include <QMenu>
-#include <QPainter>
+#include <QStyleOptionButton>
+#include <QStylePainter>
 
 #include <algorithm>
 #include <utility>
@@ -29,12 +30,19 @@ void OptionMenu::showTitle()
     setAccessibleName(title);
 }
 
-void OptionMenu::paintEvent(QPaintEvent* event)
+void OptionMenu::paintEvent(QPaintEvent* /*event*/)
 {
-    MenuButton::paintEvent(event);
-    QPainter painter{this};
+    const Theme& theme = Theme::shared();
+    QStylePainter painter{this};
+    QStyleOptionButton ground;
+    initStyleOption(&ground);
+    ground.text.clear(); // the toolkit would set it into the middle of the whole, mark included
+    painter.drawControl(QStyle::CE_PushButton, ground);
+    painter.setPen(theme.colour(isEnabled() ? Theme::Colour::text : Theme::Colour::secondary));
+    painter.drawText(rect().adjusted(Theme::gap + Theme::gap / 2, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
+                     text());
     const QRect mark{width() - Theme::gap - Theme::sortMarkSize, 0, Theme::sortMarkSize, height()};
-    SymbolIcon::paint(painter, mark, "chevron.down", Theme::shared().colour(Theme::Colour::secondary),
+    SymbolIcon::paint(painter, mark, "chevron.down", theme.colour(Theme::Colour::secondary),
                       Theme::sortMarkSize);
 }
 

@@ -64,7 +64,7 @@ QPushButton[tallyButton="danger"]:disabled { background: @control; color: @disab
 
 *[tallyButton="chip"] { min-height: @chipInner; border-radius: @chipRadius; padding: 0 10px; }
 
-*[tallyButton="menu"] { text-align: left; padding-left: 10px; padding-right: 28px; }
+*[tallyButton="menu"] { padding-right: 28px; }
 
 QLineEdit {
     background: @control; color: @text; border: 1px solid @line; border-radius: @controlRadius;

@@ -8,6 +8,7 @@
 #include "Settings/FolderProtection.h"
 #include "Settings/RecentFolders.h"
 #include "Settings/ScanRules.h"
+#include "Shell/DropHint.h"
 #include "Shell/KeysDialog.h"
 #include "Shell/PreferencesDialog.h"
 #include "Text/CSVExport.h"
@@ -206,9 +207,12 @@ TEST_F(Screens, ADroppedFolderGoesToTheToolOnShowAndAFileIsRefused)
         QDragEnterEvent enter{{9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, {}};
         enter.ignore();
         QCoreApplication::sendEvent(window.get(), &enter);
+        const DropHint& hint = *window->findChild<DropHint*>();
+        EXPECT_EQ(hint.isVisible(), enter.isAccepted()) << "it says where that lands";
         if (enter.isAccepted()) {
             QDropEvent release{{9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, {}};
             QCoreApplication::sendEvent(window.get(), &release);
+            EXPECT_FALSE(hint.isVisible());
         }
         return enter.isAccepted();
     };
