@@ -302,7 +302,7 @@ TEST_F(Screens, WhatIsExcludedIsShownAndRemovedOnlyAfterAWarning)
     const DeleteConfirmation asking{{films}, DeleteConfirmation::Default::trash, {}, window.get()};
     EXPECT_TRUE(asking.accessibleDescription().contains(QStringLiteral("exclu des analyses")));
     scan("disk-usage", tree.url("films"));
-    const auto rows = store().diskUsage.entries();
+    const auto& rows = store().diskUsage.entries();
     const auto hidden = std::ranges::find(rows, "private", &Entry::name);
     ASSERT_NE(hidden, rows.end());
     EXPECT_EQ(UnreadText::size(*hidden), QStringLiteral("exclu"));
@@ -330,12 +330,12 @@ TEST_F(Screens, AFolderIsExcludedByItsMenuForAllToolsAndComesBackByIt)
     };
     const auto largest = [&] { return below(tree, store().largeFiles.entries()); };
     const auto privateRow = [this] {
-        const EntryList rows = store().diskUsage.entries();
+        const EntryList& rows = store().diskUsage.entries();
         return *std::ranges::find(rows, "private", &Entry::name);
     };
     const auto isShownAs = [&](const QString& size) {
         return waitUntil(&store().diskUsage, &FolderTool::stateChanged, [&] {
-            const EntryList rows = store().diskUsage.entries();
+            const EntryList& rows = store().diskUsage.entries();
             return !store().diskUsage.isScanning() && rows.size() == 2 &&
                    UnreadText::size(privateRow()) == size;
         });
