@@ -98,7 +98,7 @@ void EntryRowDelegate::paintNameLine(QPainter& painter, const QRect& line, int r
         RowPainting::badgesWidth(badges) + (hasChevron ? Theme::smallIconSize + Theme::gap : 0);
     painter.setFont(style.hasStrongNames ? theme.strong() : theme.body());
     const QFontMetrics metrics = painter.fontMetrics();
-    const int room = std::max(line.width() - trailing, line.width() / 2);
+    const int room = std::max(line.width() - trailing, line.width() / 3); // the path is below
     const QString name = metrics.elidedText(m_model.nameText(entry), Qt::ElideMiddle, room);
     painter.setPen(theme.colour(m_model.isRunning(row) ? Theme::Colour::secondary : Theme::Colour::text));
     painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, name);

@@ -48,7 +48,7 @@ ListToolScreen* makeBuildCachesScreen(BuildCachesViewModel& tool)
     style.table.symbol = [](const Entry& entry) { return std::string{Ecosystem::namesOf(entry).symbolName}; };
     style.table.toolTip = MarkText::cacheExplanation;
     style.table.columns.push_back(
-        {QStringLiteral("Écosystème"), 130,
+        {QStringLiteral("Écosystème"), 112,
          [](const Entry& entry) { return toText(Ecosystem::namesOf(entry).displayName); },
          Ecosystem::orderOf});
     style.categories = ToolStyles::chips(Ecosystem::all);
