@@ -22,8 +22,8 @@ TRASH = Path(os.environ["XDG_DATA_HOME"]) / "Trash"
 CONFIRM = "Mettre à la corbeille"
 UNDO = "Annuler la suppression"
 
-# AT-SPI 2.56 calls it by another name.
-ROLES = {"push button": "button"}
+# AT-SPI 2.56 calls it by another name, and newer toolkits one with a menu.
+ROLES = {"push button": "button", "push button menu": "button", "button menu": "button"}
 
 
 def contents(folder):
