@@ -64,7 +64,7 @@ QString toolTip(const Entry& entry)
     if (entry.has(EntryMark::excluded)) {
         return entry.has(EntryMark::unreadable)
                    ? QStringLiteral("Ce dossier est exclu des analyses.")
-                   : QStringLiteral("Un dossier exclu des analyses, ou plusieurs, ne sont pas comptés.");
+                   : QStringLiteral("Un ou plusieurs dossiers exclus des analyses ne sont pas comptés.");
     }
     if (entry.has(EntryMark::unreadable)) {
         return entry.isDirectory ? QStringLiteral("Ce dossier ne peut pas être lu.")
