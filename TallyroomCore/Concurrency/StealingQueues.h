@@ -21,12 +21,14 @@ public:
 
     [[nodiscard]] bool isEmpty() const { return m_count.load() == 0; }
 
-    void put(std::size_t worker, std::vector<Item> items)
+    /// Leaves `items` empty.
+    void put(std::size_t worker, std::vector<Item>& items)
     {
         Queue& queue = queueOf(worker);
         const std::scoped_lock lock{queue.mutex};
         std::ranges::move(items, std::back_inserter(queue.items));
         m_count.fetch_add(items.size());
+        items.clear();
     }
 
     /// False when there is nothing.

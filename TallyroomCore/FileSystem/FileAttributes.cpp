@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
+#include <utility>
 
 namespace tallyroom {
 
@@ -49,18 +51,6 @@ EntryForm formOf(unsigned mode)
 /// Asks for a number that no later mount gets again (STATX_MNT_ID_UNIQUE; kernels since 6.8, headers later).
 constexpr unsigned uniqueMount = 0x4000;
 
-std::uint32_t stampOf(const struct statx& stat, std::uint64_t device)
-{
-    std::uint64_t hash = mixed(device, stat.stx_mode & static_cast<unsigned>(S_IFMT));
-    if ((stat.stx_mask & STATX_BTIME) != 0) {
-        hash = mixed(mixed(hash, static_cast<std::uint64_t>(stat.stx_btime.tv_sec)), stat.stx_btime.tv_nsec);
-    }
-    if ((stat.stx_mask & uniqueMount) != 0) {
-        hash = mixed(hash, stat.stx_mnt_id);
-    }
-    return static_cast<std::uint32_t>(hash >> 32U);
-}
-
 /// Falls back to the logical size where blocks are not reported, or more of them than any disk has.
 std::int64_t allocatedBytes(const struct statx& stat, std::int64_t logicalBytes)
 {
@@ -71,14 +61,21 @@ std::int64_t allocatedBytes(const struct statx& stat, std::int64_t logicalBytes)
                   : std::min(logicalBytes, greatestAllocation);
 }
 
-SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
+/// Writes each field once, and copies none: copying a record that was just written costs as much as filling
+/// it.
+int read(int folder, const char* name, int flags, FileDetail detail, FileAttributes& result)
 {
-    struct statx stat = {};
+    struct statx
+        stat; // NOLINT(cppcoreguidelines-pro-type-member-init): the kernel fills it, 256 bytes a file
     if (::statx(folder, name, flags | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
-                STATX_BASIC_STATS | STATX_BTIME | uniqueMount, &stat) != 0) {
-        return std::unexpected(SystemError::last());
+                detail == FileDetail::identity ? STATX_BASIC_STATS | STATX_BTIME | uniqueMount
+                                               : STATX_BASIC_STATS,
+                &stat) != 0) {
+        return errno;
     }
-    FileAttributes result;
+    const auto tells = [&stat](unsigned field) { return (stat.stx_mask & field) != 0; };
+    result.device = (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
+    result.inode = stat.stx_ino;
     result.type = typeOf(stat.stx_mode);
     result.form = formOf(stat.stx_mode);
     result.isRegular = S_ISREG(stat.stx_mode);
@@ -86,14 +83,20 @@ SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
     result.logicalBytes = static_cast<std::int64_t>(
         std::min<std::uint64_t>(stat.stx_size, std::numeric_limits<std::int64_t>::max()));
     result.allocatedBytes = allocatedBytes(stat, result.logicalBytes);
-    result.device = (std::uint64_t{stat.stx_dev_major} << 32U) | stat.stx_dev_minor;
-    result.inode = stat.stx_ino;
-    result.stamp = stampOf(stat, result.device);
-    if ((stat.stx_mask & STATX_MTIME) != 0) {
-        result.modifiedAt = momentOf(stat.stx_mtime);
-    }
-    if ((stat.stx_mask & STATX_CTIME) != 0) {
-        result.changedAt = momentOf(stat.stx_ctime);
+    result.format = stat.stx_mode & static_cast<unsigned>(S_IFMT);
+    result.mount = tells(uniqueMount) ? stat.stx_mnt_id : 0;
+    result.bornAt = tells(STATX_BTIME) ? stat.stx_btime.tv_sec : 0;
+    result.bornAfter = tells(STATX_BTIME) ? stat.stx_btime.tv_nsec : 0;
+    result.modifiedAt = tells(STATX_MTIME) ? std::optional{momentOf(stat.stx_mtime)} : std::nullopt;
+    result.changedAt = tells(STATX_CTIME) ? std::optional{momentOf(stat.stx_ctime)} : std::nullopt;
+    return 0;
+}
+
+SystemResult<FileAttributes> attributes(int folder, const char* name, int flags)
+{
+    SystemResult<FileAttributes> result{std::in_place};
+    if (const int failure = read(folder, name, flags, FileDetail::identity, *result); failure != 0) {
+        result = std::unexpected(SystemError{failure});
     }
     return result;
 }
@@ -107,9 +110,20 @@ std::uint64_t mixed(std::uint64_t hash, std::uint64_t value) noexcept
     return std::rotl((hash ^ value) * odd, 29) * odd;
 }
 
+std::uint32_t FileAttributes::stamp() const noexcept
+{
+    const std::uint64_t born = mixed(static_cast<std::uint64_t>(bornAt), bornAfter);
+    return static_cast<std::uint32_t>(mixed(mixed(mixed(device, format), born), mount) >> 32U);
+}
+
 SystemResult<FileAttributes> fileAttributes(int folder, const char* name)
 {
     return attributes(folder, name, 0);
+}
+
+int readFileAttributes(int folder, const char* name, FileDetail detail, FileAttributes& result)
+{
+    return read(folder, name, 0, detail, result);
 }
 
 SystemResult<FileAttributes> fileAttributes(int descriptor)

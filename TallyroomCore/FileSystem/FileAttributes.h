@@ -33,11 +33,23 @@ struct FileAttributes : FileId {
     std::uint32_t links = 0;
     std::int64_t allocatedBytes = 0; ///< st_blocks × 512; the logical size when blocks are not reported
     std::int64_t logicalBytes = 0;
-    std::uint32_t stamp = 0; ///< device, mount, type and birth time, hashed (ItemIdentity)
+    std::uint32_t format = 0;    ///< the type as the system has it (S_IFMT)
+    std::uint64_t mount = 0;     ///< a number that no later mount gets again; 0 where it is not told
+    std::int64_t bornAt = 0;     ///< in seconds, with the rest below; 0 where it is not told
+    std::uint32_t bornAfter = 0; ///< nanoseconds
     std::optional<Timestamp> modifiedAt;
     std::optional<Timestamp> changedAt; ///< of content or attributes (ctime); nobody can set it
 
     [[nodiscard]] FileId id() const noexcept { return {device, inode}; }
+
+    /// Device, mount, type and birth time, hashed (ItemIdentity).
+    [[nodiscard]] std::uint32_t stamp() const noexcept;
+};
+
+/// What a statx(2) call asks for.
+enum class FileDetail : unsigned char {
+    identity, ///< everything
+    sizes     ///< all but birth time and mount, so that stamps tell less
 };
 
 /// Mixes a number into a hash.
@@ -46,6 +58,9 @@ struct FileAttributes : FileId {
 /// The attributes of `name` in the open folder `folder`, links not followed. `name` is a C string without
 /// "/", or any path when `folder` is AT_FDCWD. Any thread.
 [[nodiscard]] SystemResult<FileAttributes> fileAttributes(int folder, const char* name);
+
+/// The same into a record that is used again and again. Returns 0 or errno; the record is good for 0 only.
+[[nodiscard]] int readFileAttributes(int folder, const char* name, FileDetail detail, FileAttributes& result);
 
 /// The attributes of the item at a location, of any length, the link itself for a link.
 [[nodiscard]] SystemResult<FileAttributes> fileAttributes(const FileUrl& url);

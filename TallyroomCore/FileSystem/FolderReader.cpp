@@ -174,14 +174,16 @@ SystemResult<FileDescriptor> openDescendantFolder(int base, std::string_view pat
     return openBySteps(base, path, flagsFor(access), openWithoutLinks);
 }
 
-NameBuffer::NameBuffer() : m_bytes(capacity) {}
+NameBuffer::NameBuffer() : m_bytes(std::make_unique_for_overwrite<std::byte[]>(capacity)) {}
 
 bool NameBuffer::read(int folder)
 {
-    m_bytes.resize(capacity);
+    if (m_size < capacity) {
+        *this = NameBuffer{};
+    }
     long used = 0;
     do {
-        used = ::syscall(SYS_getdents64, folder, m_bytes.data(), m_bytes.size());
+        used = ::syscall(SYS_getdents64, folder, m_bytes.get(), capacity);
     } while (used < 0 && errno == EINTR);
     m_used = used > 0 ? static_cast<std::size_t>(used) : 0;
     return m_used > 0;
@@ -190,7 +192,7 @@ bool NameBuffer::read(int folder)
 void NameBuffer::parse(std::vector<ListedName>& names) const
 {
     const std::size_t before = names.size();
-    forEachRecord(m_bytes.data(), m_used, [&names, before](const dirent64& record) {
+    forEachRecord(m_bytes.get(), m_used, [&names, before](const dirent64& record) {
         names.push_back({record.d_name, record.d_ino, static_cast<std::uint32_t>(std::strlen(record.d_name)),
                          static_cast<std::uint32_t>(names.size() - before), typeOf(record.d_type)});
     });
@@ -199,14 +201,16 @@ void NameBuffer::parse(std::vector<ListedName>& names) const
 std::size_t NameBuffer::count() const
 {
     std::size_t names = 0;
-    forEachRecord(m_bytes.data(), m_used, [&names](const dirent64&) { ++names; });
+    forEachRecord(m_bytes.get(), m_used, [&names](const dirent64&) { ++names; });
     return names;
 }
 
 void NameBuffer::shrink()
 {
-    m_bytes.resize(m_used);
-    m_bytes.shrink_to_fit();
+    auto bytes = std::make_unique_for_overwrite<std::byte[]>(m_used);
+    std::copy_n(m_bytes.get(), m_used, bytes.get());
+    m_bytes = std::move(bytes);
+    m_size = m_used;
 }
 
 } // namespace tallyroom

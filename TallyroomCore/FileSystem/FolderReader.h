@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -71,7 +72,9 @@ public:
     void shrink();
 
 private:
-    std::vector<std::byte> m_bytes;
+    std::unique_ptr<std::byte[]>
+        m_bytes; // NOLINT(*-avoid-c-arrays): a vector would fill all of it with zeros
+    std::size_t m_size = capacity;
     std::size_t m_used = 0;
 };
 

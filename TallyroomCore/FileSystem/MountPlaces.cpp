@@ -18,11 +18,6 @@ std::string_view takeName(std::string_view& path)
 
 } // namespace
 
-const Mount* MountPlaces::Position::mountPoint() const noexcept
-{
-    return m_place == nullptr ? nullptr : m_place->mount;
-}
-
 MountPlaces::Position MountPlaces::Position::child(std::string_view name) const
 {
     Position position;

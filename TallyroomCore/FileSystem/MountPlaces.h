@@ -23,7 +23,13 @@ public:
         [[nodiscard]] const Mount* mount() const noexcept { return m_mount; }
 
         /// The mount whose top the folder is; null for other folders.
-        [[nodiscard]] const Mount* mountPoint() const noexcept;
+        [[nodiscard]] const Mount* mountPoint() const noexcept
+        {
+            return m_place == nullptr ? nullptr : m_place->mount;
+        }
+
+        /// Whether a child or something below may be a mount point.
+        [[nodiscard]] bool mayHoldMounts() const noexcept { return m_place != nullptr; }
 
         /// The position of a child. Cheap where no mount lies below.
         [[nodiscard]] Position child(std::string_view name) const;

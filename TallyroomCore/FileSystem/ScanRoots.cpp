@@ -69,9 +69,9 @@ ItemIdentity VolumeMarks::identify(const FileAttributes& attributes) const
 {
     const auto mark = std::ranges::lower_bound(m_marks, attributes.device, {}, &Mark::device);
     if (mark == m_marks.end() || mark->device != attributes.device) {
-        return {attributes.inode, attributes.stamp, 0};
+        return {attributes.inode, attributes.stamp(), 0};
     }
-    ItemIdentity identity{attributes.inode, attributes.stamp ^ mark->value, 0};
+    ItemIdentity identity{attributes.inode, attributes.stamp() ^ mark->value, 0};
     if (!mark->keepsInodes) {
         // A folder stays the same when its content changes.
         const bool isFolder = attributes.type == EntryType::folder;

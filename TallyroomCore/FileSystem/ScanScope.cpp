@@ -12,8 +12,7 @@ namespace {
 /// Never destroyed: workers may outlive main().
 Locked<std::shared_ptr<const ScanScope>>& currentScope()
 {
-    static auto& scope =
-        *new Locked<std::shared_ptr<const ScanScope>>{std::make_shared<const ScanScope>(ScanScope::Rules{})};
+    static auto& scope = *new Locked<std::shared_ptr<const ScanScope>>{nullptr};
     return scope;
 }
 
@@ -38,7 +37,7 @@ ScanScope::ScanScope(Rules rules) : m_rules(std::move(rules))
 
 void ScanScope::use(Rules rules)
 {
-    auto scope = std::make_shared<const ScanScope>(std::move(rules));
+    auto scope = rules == Rules{} ? nullptr : std::make_shared<const ScanScope>(std::move(rules));
     currentScope().with([&scope](std::shared_ptr<const ScanScope>& current) { current = std::move(scope); });
 }
 

@@ -28,7 +28,7 @@ public:
     /// before: who changes rules empties them. Any thread.
     static void use(Rules rules);
 
-    /// Never null; empty as long as nobody has said anything.
+    /// Null as long as nothing is left out.
     [[nodiscard]] static std::shared_ptr<const ScanScope> current();
 
     /// Why a folder in `parent`, which is open, is left out, as a SystemError's code; 0 for one that is not.

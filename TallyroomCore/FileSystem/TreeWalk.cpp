@@ -255,7 +255,9 @@ private:
             }
             m_visitor->visit(folder, desk.children);
             descend(worker, desk, folder);
-            desk.account.tell();
+            if (piece.begin < piece.end) {
+                desk.account.tell();
+            }
             if (piece.begin < piece.end && m_agenda.isEmpty() && !Agenda::isOrdered(folder)) {
                 share(worker, desk, folder, piece);
                 return;
@@ -276,10 +278,17 @@ private:
         desk.isShared = true;
     }
 
+    /// The mount whose top a name of a folder is; null for other names.
+    static const Mount* mountAt(const Folder& folder, const ListedName& name)
+    {
+        const auto& position = folder.m_position;
+        return position.mayHoldMounts() ? position.child(name.view()).mountPoint() : nullptr;
+    }
+
     /// Leaves a mount that may keep this worker waiting to another piece of work; false for other names.
     bool setAside(unsigned worker, Desk& desk, Folder& folder, const Piece& piece, std::size_t index)
     {
-        const Mount* const mount = folder.m_position.child(piece.names->parsed[index].view()).mountPoint();
+        const Mount* const mount = mountAt(folder, piece.names->parsed[index]);
         if (mount == nullptr || piece.end - piece.begin == 1 || !m_mounts.isUncertain(*mount)) {
             return false;
         }
@@ -294,6 +303,7 @@ private:
     std::size_t look(unsigned worker, Desk& desk, Folder& folder, const Piece& piece)
     {
         const Wish wish = m_visitor->wish(folder);
+        const FileDetail detail = wish.identities ? FileDetail::identity : FileDetail::sizes;
         const LookTime time;
         std::size_t looks = 0;
         desk.children.clear();
@@ -311,7 +321,7 @@ private:
             Child& child = desk.children.emplace_back(name.view(), name.type, nullptr, 0,
                                                       piece.firstIndex + name.index, name.inode);
             if (isWanted) {
-                readAttributes(folder, name, child, desk.attributes[count]);
+                readAttributes(folder, name, child, desk.attributes[count], detail);
             }
             if (child.isFolder() && m_scope != nullptr) {
                 child.exclusion = m_scope->exclusion(folder, child.name);
@@ -323,18 +333,21 @@ private:
         return piece.end;
     }
 
-    void readAttributes(Folder& folder, const ListedName& name, Child& child, FileAttributes& storage)
+    void readAttributes(Folder& folder, const ListedName& name, Child& child, FileAttributes& storage,
+                        FileDetail detail)
     {
-        const Mount* const mount = folder.m_position.child(name.view()).mountPoint();
+        const Mount* const mount = mountAt(folder, name);
         if (mount != nullptr && !m_mounts.isAnswering(*mount)) {
             child.type = EntryType::folder;
             child.failure = ETIMEDOUT;
-        } else if (const auto read = fileAttributes(folder.m_descriptor.get(), name.name)) {
-            storage = *read;
+            return;
+        }
+        const SystemError error{readFileAttributes(folder.m_descriptor.get(), name.name, detail, storage)};
+        if (error.code == 0) {
             child.attributes = &storage;
-            child.type = read->type;
-        } else if (!read.error().isGone()) {
-            child.failure = read.error().code;
+            child.type = storage.type;
+        } else if (!error.isGone()) {
+            child.failure = error.code;
         }
     }
 

@@ -118,6 +118,9 @@ public:
         Attributes attributes = Attributes::none;
         /// Read all names before the first visit, and call `counted` with their number.
         bool countFirst = false;
+        /// What `stamp` hashes is told too. Sizes and dates alone cost less: the kernel keeps the birth time
+        /// apart from them.
+        bool identities = true;
 
         [[nodiscard]] bool asksFor(EntryType type) const noexcept;
     };

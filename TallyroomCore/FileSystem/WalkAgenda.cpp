@@ -87,7 +87,7 @@ void TreeWalk::Agenda::put(unsigned worker, std::vector<Item>& items)
     });
     toAnnounce += items.size();
     if (!items.empty()) {
-        m_queues.put(worker, std::exchange(items, {}));
+        m_queues.put(worker, items);
     }
     if (toAnnounce > 0) {
         m_pool.announce(toAnnounce);

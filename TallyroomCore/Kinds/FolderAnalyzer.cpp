@@ -68,7 +68,8 @@ public:
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& folder) const override
     {
         const bool isAudited = folder.isRoot() ? VolumeAudit::isTop(folder) : m_audit != nullptr;
-        return {isAudited ? TreeWalk::Attributes::everything : TreeWalk::Attributes::files, false};
+        return {.attributes = isAudited ? TreeWalk::Attributes::everything : TreeWalk::Attributes::files,
+                .identities = false};
     }
 
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override

@@ -48,7 +48,7 @@ public:
 
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder& /*folder*/) const override
     {
-        return {TreeWalk::Attributes::filesAndLinks};
+        return {.attributes = TreeWalk::Attributes::filesAndLinks, .identities = false};
     }
 
     void unreadable(TreeWalk::Folder& /*folder*/, const SystemError& /*error*/) override

@@ -35,18 +35,29 @@ FolderSize sizeOfItem(const TreeWalk::Child& child)
 FolderSize sizeOfItems(std::span<const TreeWalk::Child> children)
 {
     FolderSize sum;
+    bool hasDate = false;
+    Timestamp newest = Timestamp::min();
     for (const TreeWalk::Child& child : children) {
         if (child.isFolder()) {
             continue;
         }
-        const FolderSize item = sizeOfItem(child);
-        sum.bytes = checkedSum(sum.bytes, item.bytes);
-        sum.unread += item.unread;
-        sum.files += item.files;
-        sum.largestFile = std::max(sum.largestFile, item.largestFile);
-        sum.newest = std::max(sum.newest, item.newest);
-        sum.hasUnreadItems |= item.hasUnreadItems;
+        if (child.attributes == nullptr) {
+            const FolderSize item = sizeOfItem(child);
+            sum.unread += item.unread;
+            sum.files += item.files;
+            sum.hasUnreadItems |= item.hasUnreadItems;
+            continue;
+        }
+        const std::int64_t bytes = child.attributes->allocatedBytes;
+        sum.bytes = checkedSum(sum.bytes, bytes);
+        ++sum.files;
+        sum.largestFile = std::max(sum.largestFile, bytes);
+        if (child.attributes->modifiedAt) {
+            newest = std::max(newest, *child.attributes->modifiedAt);
+            hasDate = true;
+        }
     }
+    sum.newest = hasDate ? secondsOf(newest) : 0;
     return sum;
 }
 

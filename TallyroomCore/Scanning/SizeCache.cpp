@@ -3,7 +3,7 @@
 #include "Model/CheckedArithmetic.h"
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
 #include <functional>
 #include <limits>
 #include <ranges>
@@ -19,31 +19,36 @@ std::uint32_t hashOf(std::uint32_t parent, std::string_view name)
     return static_cast<std::uint32_t>(hash ^ (hash >> 32U));
 }
 
-/// Sizes that need not be exact are kept as logarithms: 16 bits for an error below two in a thousand.
-constexpr double logarithmUnits = 1000;
+/// Sizes that need not be exact are kept in 16 bits, as floating-point numbers are: the number of places that
+/// the 11 leading bits are shifted by, plus these bits, of which the first is always set. Rounded up, with an
+/// error below one in a thousand.
+constexpr unsigned bitsAfterFirst = 10;
 
-std::uint16_t logarithmAbove(std::int64_t bytes)
+std::uint16_t roundedUp(std::int64_t bytes)
 {
-    return bytes <= 0 ? 0
-                      : static_cast<std::uint16_t>(
-                            std::ceil(std::log2(static_cast<double>(bytes)) * logarithmUnits) + 1);
+    constexpr std::int64_t most = std::int64_t{1} << 62;
+    const auto size = static_cast<std::uint64_t>(std::clamp<std::int64_t>(bytes, 0, most));
+    const unsigned bits = std::max(static_cast<unsigned>(std::bit_width(size)), bitsAfterFirst + 1);
+    const unsigned shift = bits - bitsAfterFirst - 1;
+    const std::uint64_t leading = (size + (std::uint64_t{1} << shift) - 1) >> shift;
+    return static_cast<std::uint16_t>((std::uint64_t{shift} << bitsAfterFirst) + leading); // may carry
 }
 
-/// No less than what the logarithm was made of.
-std::int64_t bytesOf(std::uint16_t logarithm)
+/// No less than what was rounded up.
+std::int64_t bytesOf(std::uint16_t rounded)
 {
-    constexpr std::uint16_t most = 62'000;
-    return logarithm == 0
-               ? 0
-               : static_cast<std::int64_t>(std::ceil(std::exp2(std::min(logarithm, most) / logarithmUnits)));
+    const unsigned first = 1U << bitsAfterFirst;
+    const unsigned shift = std::max(rounded >> bitsAfterFirst, 1) - 1U;
+    return static_cast<std::int64_t>(rounded - shift * first) << shift;
 }
 
-/// Doubling would leave up to half of the store unused.
+/// Doubling would leave up to half of a large store unused; growing by less would copy a small one often.
 template <class Item>
 void makeRoom(std::vector<Item>& items, std::size_t more)
 {
+    constexpr std::size_t small = (std::size_t{1} << 20) / sizeof(Item);
     if (items.size() + more > items.capacity()) {
-        items.reserve(items.size() + more + items.size() / 4);
+        items.reserve(items.size() + more + std::max(std::min(items.size(), small), items.size() / 4));
     }
 }
 
@@ -151,16 +156,16 @@ void SizeCache::lookUp(Place parent, std::span<Child> children)
 
 void SizeCache::store(Place place, const FolderSize& size, const std::optional<SystemError>& cause)
 {
+    constexpr std::int64_t mostFiles = std::numeric_limits<std::uint32_t>::max();
+    const Content content{static_cast<std::uint32_t>(std::min(size.files, mostFiles)), size.newest,
+                          roundedUp(size.largestFile), roundedUp(size.largestFolder)};
     const std::scoped_lock lock{m_mutex};
     if (place.epoch != m_epoch) {
         return;
     }
     Record& record = m_store.records[place.record];
     record.total = size.bytes;
-    constexpr std::int64_t mostFiles = std::numeric_limits<std::uint32_t>::max();
-    m_store.contents[place.record] = {static_cast<std::uint32_t>(std::min(size.files, mostFiles)),
-                                      size.newest, logarithmAbove(size.largestFile),
-                                      logarithmAbove(size.largestFolder)};
+    m_store.contents[place.record] = content;
     const bool isRemarkable = size.unread > 0 || size.countedAgain > 0;
     if (!isRemarkable && record.hasRemark) {
         m_store.remarks.erase(place.record); // an earlier walk was refused

@@ -98,7 +98,7 @@ private:
     struct Content {
         std::uint32_t files = 0; ///< stays at its largest value rather than wrap
         std::uint32_t newest = 0;
-        std::uint16_t largestFile = 0; ///< a logarithm, rounded up
+        std::uint16_t largestFile = 0; ///< rounded up
         std::uint16_t largestFolder = 0;
     };
 

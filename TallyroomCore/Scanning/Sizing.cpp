@@ -131,7 +131,9 @@ void SizingVisitor::visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> c
     if (sized.contentSoFar != nullptr) {
         sized.contentSoFar->add(found);
     }
-    keepUnread(sized, children);
+    if (items.unread > 0) {
+        keepUnread(sized, children);
+    }
 }
 
 std::unique_ptr<TreeWalk::Folder> SizingVisitor::descendInto(TreeWalk::Folder& parent,

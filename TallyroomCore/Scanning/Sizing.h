@@ -48,7 +48,7 @@ public:
 
     [[nodiscard]] TreeWalk::Wish wish(const TreeWalk::Folder&) const override
     {
-        return {TreeWalk::Attributes::filesAndLinks, false};
+        return {.attributes = TreeWalk::Attributes::filesAndLinks, .identities = false};
     }
 
     void unreadable(TreeWalk::Folder& folder, const SystemError& error) override;

@@ -192,6 +192,29 @@ TEST(SizeCache, TellsManyFoldersApart)
     EXPECT_EQ(cache.find(FileUrl{"/r/0/1"}), std::nullopt);
 }
 
+/// A map leaves out what these say is too small to be told: too little would hide it.
+TEST(SizeCache, LargestSizesAreNeverTooSmallAndHardlyTooLarge)
+{
+    SizeCache cache;
+    std::vector<std::int64_t> sizes{0, 1};
+    for (int bit = 1; bit <= 53; ++bit) {
+        for (const std::int64_t step : {-1, 0, 1}) {
+            sizes.push_back((std::int64_t{1} << bit) + step);
+        }
+        sizes.push_back((std::int64_t{1} << bit) / 1000 * 1999);
+    }
+    for (const std::int64_t size : sizes) {
+        cache.set({.bytes = size, .largestFile = size, .largestFolder = size}, FileUrl{"/r"});
+        const auto known = cache.find(FileUrl{"/r"});
+        ASSERT_TRUE(known);
+        EXPECT_EQ(known->largestFolder, known->largestFile);
+        EXPECT_GE(known->largestFile, size);
+        EXPECT_LE(known->largestFile - size, size / 1000);
+    }
+    cache.set({.largestFile = std::numeric_limits<std::int64_t>::max()}, FileUrl{"/r"});
+    EXPECT_GT(cache.find(FileUrl{"/r"})->largestFile, std::int64_t{1} << 61);
+}
+
 TEST(BoundedTopHeap, KeepsTheBestWhateverTheOrderOfTheOffers)
 {
     std::vector<Entry> offered;

@@ -303,7 +303,7 @@ TEST(VolumeMarks, TellItemsApartWhereInodeNumbersDoNotLast)
     file.type = EntryType::file;
     file.device = 7;
     file.inode = 10;
-    file.stamp = 1;
+    file.mount = 1;
     file.logicalBytes = 100;
     file.modifiedAt = Timestamp{std::chrono::seconds{1000}};
     const auto with = [](FileAttributes attributes, auto field, auto value) {
