@@ -34,7 +34,7 @@ QString facts(const Entry& entry, const Shares& shares, Timestamp now)
     if (!shares.parent.isEmpty()) {
         parts << shareOf(shares.ofParent) + QStringLiteral(" de « ") + shares.parent + QStringLiteral(" »");
     }
-    parts << shareOf(shares.ofAll) + QStringLiteral(" du tout") << ageText(entry.modifiedAt, now);
+    parts << shareOf(shares.ofAll) + QStringLiteral(" du total") << ageText(entry.modifiedAt, now);
     return parts.join(QStringLiteral(" · "));
 }
 

@@ -25,7 +25,7 @@ struct Shares {
     double ofAll = 0;
 };
 
-/// "212,4 Mo · 4,9 % de « debug » · 0,3 % du tout · il y a 3 mois"
+/// "212,4 Mo · 4,9 % de « debug » · 0,3 % du total · il y a 3 mois"
 [[nodiscard]] QString facts(const Entry& entry, const Shares& shares, Timestamp now);
 
 /// "34 éléments trop petits pour être dessinés"

@@ -120,7 +120,7 @@ TEST_F(MapFlowTest, ADoubleClickGoesInAtAnyDepthAndBackspaceOutAgain)
     const auto* const status = window->findChild<TreemapStatusLine*>();
     map().setCurrentTile(*map().scene().find(tree.url("photos/2023/a.jpg")));
     EXPECT_TRUE(status->text().contains(QStringLiteral("photos/2023/a.jpg"))) << status->text().toStdString();
-    EXPECT_TRUE(status->text().contains(QStringLiteral("60,0 % de « 2023 » · 27,3 % du tout")))
+    EXPECT_TRUE(status->text().contains(QStringLiteral("60,0 % de « 2023 » · 27,3 % du total")))
         << status->text().toStdString();
 }
 

@@ -41,7 +41,7 @@ TEST(Texts, CountNoneAsOneAndNameWhatIsTooSmallForFigures)
     EXPECT_EQ(NumberText::examinedFiles(12'345), QStringLiteral("12\u202f345 fichiers examinés"));
     const Entry entry{FileUrl{"/b"}, "b", 1, false, {}};
     EXPECT_EQ(TreemapText::facts(entry, {0.0001, QStringLiteral("a"), 0.0625}, {}),
-              QStringLiteral("1 o · moins de 0,1 % de « a » · 6,3 % du tout · date inconnue"));
+              QStringLiteral("1 o · moins de 0,1 % de « a » · 6,3 % du total · date inconnue"));
     EXPECT_EQ(TreemapText::noTiles(1, false), QStringLiteral("1 élément trop petit pour être dessiné"));
     EXPECT_EQ(TreemapText::noTiles(2, false), QStringLiteral("2 éléments trop petits pour être dessinés"));
     EXPECT_EQ((NodeModulesProgress{true, 7, 0, 0}.text()),
