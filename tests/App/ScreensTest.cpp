@@ -1,28 +1,19 @@
 #include "App/WindowScene.h"
-#include "Bridge/FolderPresence.h"
 #include "Controls/CategoryChips.h"
 #include "Controls/SearchField.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Layout/FlowLayout.h"
 #include "Rows/EntryTableHeader.h"
-#include "Settings/RecentFolders.h"
-#include "Shell/DropHint.h"
 #include "Text/CSVExport.h"
 #include "Text/FileUrlText.h"
 #include "Theme/Theme.h"
 #include "Tools/Frame/ToolHeader.h"
 #include "Tools/Frame/ToolTitle.h"
-#include "Welcome/ToolWelcome.h"
 
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMenu>
 #include <QMessageBox>
-#include <QMimeData>
-#include <QPushButton>
 
 #include <algorithm>
 #include <chrono>
@@ -53,29 +44,6 @@ protected:
         Q_EMIT panel->fileSelected(QString::fromStdString(path));
         delete panel;
         return proposed.mid(proposed.lastIndexOf(u'/') + 1).toStdString();
-    }
-
-    /// Waits for the folder chooser, and dismisses it.
-    [[nodiscard]] bool chooserOpens() const
-    {
-        const QPointer chooser = dialog<QFileDialog>();
-        if (chooser == nullptr) {
-            return false;
-        }
-        QTest::keyClick(chooser, Qt::Key_Escape);
-        const bool isClosed = chooser->isHidden();
-        delete chooser;
-        activate(*window);
-        return isClosed;
-    }
-
-    /// Waits for the folder chooser, and chooses a folder in it.
-    void chooseFolder(const std::string& path) const
-    {
-        QFileDialog* const chooser = dialog<QFileDialog>();
-        ASSERT_NE(chooser, nullptr);
-        chooser->findChild<QLineEdit*>()->setText(QString::fromStdString(path));
-        QTest::mouseClick(visibleButton(*chooser, QStringLiteral("Choisir")), Qt::LeftButton);
     }
 };
 
@@ -191,67 +159,6 @@ TEST_F(Screens, ToolsAreChosenByKeyAndMouseAndTheWindowIsLeftAndItsSizeKept)
     EXPECT_EQ(window->size(), QSize(760, 500));
 }
 
-TEST_F(Screens, ADroppedFolderGoesToTheToolOnShowAndAFileIsRefused)
-{
-    const TemporaryTree tree{file("p/target/x", 5'000), file("note", 1)};
-    const auto drop = [this](const QUrl& url) {
-        QMimeData dropped;
-        dropped.setUrls({url});
-        QDragEnterEvent enter{{9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, {}};
-        enter.ignore();
-        QCoreApplication::sendEvent(window.get(), &enter);
-        const DropHint& hint = *window->findChild<DropHint*>();
-        EXPECT_EQ(hint.isVisible(), enter.isAccepted()) << "it says where that lands";
-        if (enter.isAccepted()) {
-            QDropEvent release{{9, 9}, Qt::CopyAction, &dropped, Qt::LeftButton, {}};
-            QCoreApplication::sendEvent(window.get(), &release);
-            EXPECT_FALSE(hint.isVisible());
-        }
-        return enter.isAccepted();
-    };
-    window->selectTool(QStringLiteral("build-caches"));
-    BuildCachesViewModel& tool = store().buildCaches;
-    EXPECT_FALSE(drop(QUrl{QStringLiteral("https://a/b")}));
-    EXPECT_TRUE(drop(QUrl::fromLocalFile(QString::fromStdString(tree.path("note")))));
-    ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged,
-                          [&] { return tool.state().phase == ToolState::Phase::error; }));
-    EXPECT_TRUE(shows("Sélection impossible : ce n’est pas un dossier."));
-    EXPECT_TRUE(drop(QUrl::fromLocalFile(QString::fromStdString(tree.path("p")))));
-    ASSERT_TRUE(hasScanned(tool, tree.url("p")));
-    EXPECT_THAT(rows(), testing::SizeIs(1));
-    EXPECT_EQ(store().diskUsage.rootURL(), std::nullopt);
-}
-
-TEST_F(Screens, ARecentFolderOfTheWelcomePageIsScannedAndItsListHasTheKeyboard)
-{
-    const TemporaryTree tree{file("big", 90'000), file("small", 10)};
-    RecentFolders::shared().add(tree.url());
-    window->selectTool(QStringLiteral("large-files"));
-    LargeFilesViewModel& tool = store().largeFiles;
-    button(QString::fromStdString(std::string{tree.url().lastPathComponent()}))->click();
-    ASSERT_TRUE(hasScanned(tool, tree.url()));
-    EXPECT_TRUE(shown<EntryTable>().hasFocus());
-    press(Qt::Key_F, Qt::ControlModifier);
-    EXPECT_TRUE(shown<SearchField>().hasFocus());
-    press(Qt::Key_Down);
-    EXPECT_TRUE(shown<EntryTable>().hasFocus());
-    EXPECT_EQ(shown<EntryTable>().currentEntry()->name, "big");
-    EXPECT_THAT(RecentFolders::shared().urls().front(), tree.url());
-}
-
-TEST_F(Screens, AFolderOpenElsewhereIsOfferedFirstAndEnterTakesIt)
-{
-    const TemporaryTree tree{file("a&b/big", 90'000)};
-    scan("large-files", tree.url("a&b"));
-    window->selectTool(QStringLiteral("duplicates"));
-    auto* const offer = button(QStringLiteral("Analyser ") + FileUrlText::displayFromHome(tree.url("a&b")));
-    ASSERT_NE(offer, nullptr);
-    EXPECT_FALSE(offer->text().contains(QStringLiteral("a&b"))) << "the sign would be swallowed";
-    shown<ToolWelcome>().setFocus();
-    press(Qt::Key_Return);
-    EXPECT_TRUE(hasScanned(store().duplicates, tree.url("a&b")));
-}
-
 /// The parts of a header that lie on others or beyond it, or are cut, and options below others.
 QStringList misplaced(const ToolHeader& header)
 {
@@ -302,23 +209,6 @@ TEST_F(Screens, NoPartOfAHeaderLiesOnAnotherAtAnyWidth)
     }
 }
 
-TEST_F(Screens, TheDashboardIsReadAgainByItsButtonAndChoosesAFolderByKey)
-{
-    DashboardViewModel& tool = store().dashboard;
-    ASSERT_TRUE(
-        waitUntil(&tool, &DashboardViewModel::isRefreshingChanged, [&] { return !tool.isRefreshing(); }));
-    click("Recharger");
-    EXPECT_TRUE(tool.isRefreshing());
-    press(Qt::Key_O, Qt::ControlModifier);
-    EXPECT_TRUE(chooserOpens());
-    window->selectTool(QStringLiteral("git-repos"));
-    press(Qt::Key_O, Qt::ControlModifier);
-    EXPECT_TRUE(chooserOpens());
-    tool.explore(trash.url());
-    EXPECT_EQ(window->selectedToolID(), QStringLiteral("disk-usage"));
-    EXPECT_TRUE(hasScanned(store().diskUsage, trash.url()));
-}
-
 TEST_F(Screens, AFolderThatWasFoundIsEnteredInTheExplorer)
 {
     const TemporaryTree tree{file("p/node_modules/m/x", 5000), file("p/.git/x", 5000),
@@ -333,38 +223,6 @@ TEST_F(Screens, AFolderThatWasFoundIsEnteredInTheExplorer)
         EXPECT_EQ(window->selectedToolID(), QStringLiteral("disk-usage"));
         EXPECT_TRUE(hasScanned(store().diskUsage, tree.url(found)));
     }
-}
-
-TEST_F(Screens, AnotherFolderCanBeChosenFromAnEmptyPageToo)
-{
-    const TemporaryTree tree{folder("empty"), folder("<b>&other"), folder("Album\xC3\xA9")};
-    RecentFolders::shared().add(tree.url("gone"));
-    RecentFolders::shared().add(tree.url("<b>&other"));
-    window->selectTool(QStringLiteral("build-caches"));
-    BuildCachesViewModel& caches = store().buildCaches;
-    scan(caches, tree.url("empty"));
-    EXPECT_TRUE(shows("Aucun cache de build ici."));
-    EXPECT_EQ(button(QStringLiteral("Tout sélectionner")), nullptr) << "there is nothing to select";
-    click("Choisir un autre dossier…");
-    EXPECT_TRUE(chooserOpens());
-    EXPECT_TRUE(shows("Aucun cache de build ici.")) << "nothing was chosen";
-
-    auto* const folders = dynamic_cast<QPushButton*>(button(QStringLiteral("Changer de dossier")));
-    ASSERT_NE(folders, nullptr);
-    QMenu& menu = *folders->menu();
-    Q_EMIT menu.aboutToShow();
-    ASSERT_TRUE(waitUntil(&FolderPresence::shared(), &FolderPresence::changed,
-                          [&] { return FolderPresence::shared().isMissing(tree.url("gone")); }));
-    const QList<QAction*> entries = menu.actions();
-    ASSERT_GE(entries.size(), 5);
-    EXPECT_TRUE(entries[2]->text().endsWith(QStringLiteral("/empty")));
-    EXPECT_TRUE(entries[3]->text().endsWith(QStringLiteral("/<b>&&other")));
-    EXPECT_TRUE(entries[4]->text().endsWith(QStringLiteral("/gone (introuvable)")));
-    entries[3]->trigger();
-    ASSERT_TRUE(hasScanned(caches, tree.url("<b>&other")));
-    entries[0]->trigger();
-    chooseFolder(tree.path("Album\xC3\xA9"));
-    EXPECT_TRUE(hasScanned(caches, tree.url("Album\xC3\xA9")));
 }
 
 /// What Tab, or Shift+Tab, comes by from where the keyboard is, until it is there again.

@@ -3,14 +3,11 @@
 #include "Deletion/DeleteConfirmation.h"
 #include "Shell/WorkReports.h"
 #include "Text/SizeText.h"
-#include "Tools/Frame/ExportFlow.h"
 
-#include <QFileDialog>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QTextDocumentFragment>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <filesystem>
@@ -49,7 +46,7 @@ struct Gate {
     std::latch mayGoOn{1};
 };
 
-/// What removals, exports and odd names come to in the whole window.
+/// What removals and odd names come to in the whole window.
 class WindowFlowTest : public WindowScene {
 protected:
     static std::vector<std::string> names(const ScanToolViewModel& tool)
@@ -285,57 +282,6 @@ TEST_F(WindowFlowTest, AReportDoesNotFollowIntoAnotherFolder)
     EXPECT_EQ(button(QStringLiteral("Fermer le message")), nullptr);
     EXPECT_TRUE(store().diskUsage.statusMessage());
     EXPECT_FALSE(store().diskUsage.canUndo());
-}
-
-TEST_F(WindowFlowTest, AnExportReplacesALinkOnlyWhenToldAndNeverWritesThroughIt)
-{
-    const TemporaryTree tree{file("a", 10)};
-    const TemporaryTree place{link("list.csv", "keys")};
-    scan("disk-usage", tree.url());
-    auto* const screen = window->findChild<ToolScreen*>();
-    for (const auto& [choice, isLink] : {std::pair{"Annuler", true}, {"Remplacer le lien", false}}) {
-        screen->exportEntries();
-        auto* const chooser = dialog<QFileDialog>();
-        ASSERT_NE(chooser, nullptr);
-        Q_EMIT chooser->fileSelected(QString::fromStdString(place.path("list.csv")));
-        delete chooser;
-        auto* const box = dialog<QMessageBox>();
-        ASSERT_NE(box, nullptr);
-        EXPECT_TRUE(box->text().contains(QStringLiteral("« keys »"))) << box->text().toStdString();
-        answer<QMessageBox>(choice);
-        if (!isLink) {
-            ASSERT_TRUE(waitUntil(&store().diskUsage, &ScanToolViewModel::statusMessageChanged,
-                                  [&] { return store().diskUsage.statusMessage().has_value(); }));
-            EXPECT_TRUE(store().diskUsage.statusMessage()->contains(QStringLiteral("list.csv »")));
-        }
-        EXPECT_EQ(std::filesystem::is_symlink(place.path("list.csv")), isLink);
-        EXPECT_THAT(place.names(), ElementsAre("list.csv"));
-    }
-    EXPECT_THAT(place.content("list.csv"), testing::HasSubstr(tree.path("a")));
-}
-
-TEST_F(WindowFlowTest, LeavingDoesNotWaitForAnExportWithoutEnd)
-{
-    const TemporaryTree place;
-    QWidget screen;
-    std::latch isHeld{1};
-    std::latch isReleased{1};
-    bool isWritten = false;
-    exportAsCSV(
-        &screen,
-        [&] {
-            isHeld.count_down();
-            isReleased.wait();
-            return std::string{"text"};
-        },
-        QStringLiteral("list"), [&](const FileUrl&) { isWritten = true; });
-    Q_EMIT screen.findChild<QFileDialog*>()->fileSelected(QString::fromStdString(place.path("list.csv")));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return isHeld.try_wait(); }, 20'000));
-    // The program's end waits for those; the toolkit's own work there ends by itself.
-    EXPECT_TRUE(QTest::qWaitFor([] { return QThreadPool::globalInstance()->activeThreadCount() == 0; }));
-    isReleased.count_down();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return isWritten; }, 20'000));
-    EXPECT_EQ(place.content("list.csv"), "text");
 }
 
 TEST_F(WindowFlowTest, ASpinnerTurnsBesideAToolWhileItScans)

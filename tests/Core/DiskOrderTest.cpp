@@ -1,4 +1,3 @@
-#include "Concurrency/Locked.h"
 #include "Duplicates/CandidateDisks.h"
 #include "Duplicates/DigestSearch.h"
 #include "FileSystem/DiskPace.h"
@@ -6,6 +5,7 @@
 #include "FileSystem/TreeWalk.h"
 #include "Removal/TreeRemoval.h"
 #include "Support/Interception.h"
+#include "Support/OneDisk.h"
 #include "Support/TemporaryTree.h"
 
 #include <condition_variable>
@@ -29,41 +29,6 @@ using testing::ElementsAreArray;
 
 /// The longest wait; only a test that fails takes so long.
 constexpr auto plenty = 60s;
-
-constexpr DiskUse inMemory{1ms, 0ms, 0, 0};
-constexpr DiskUse headMoves{1ms, 5ms, 1, 1};
-
-/// All lies on one rotating disk, and whatever a thread does there is `use`.
-class OneDisk final : public DiskSense {
-public:
-    explicit OneDisk(const DiskUse& use, bool looksSolid = false) : m_use(use), m_looksSolid(looksSolid) {}
-
-    std::vector<std::string> rotatingDisks(const Mount& /*mount*/) const override { return {"disk"}; }
-
-    bool lookSolid(const std::vector<std::string>& /*disks*/) const override { return m_looksSolid; }
-
-    DiskUse useSoFar() const override
-    {
-        thread_local std::int64_t steps = 0;
-        ++steps;
-        const DiskUse use = m_use.get();
-        return {use.worked * steps, use.slept * steps, use.sleeps * steps, use.blocksRead * steps};
-    }
-
-    void hear(const DiskDecision& decision) const override
-    {
-        m_decisions.with([&](auto& decisions) { decisions.push_back(decision); });
-    }
-
-    void become(const DiskUse& use) { m_use.set(use); }
-
-    std::vector<DiskDecision> decisions() const { return m_decisions.get(); }
-
-private:
-    Locked<DiskUse> m_use;
-    mutable Locked<std::vector<DiskDecision>> m_decisions;
-    bool m_looksSolid;
-};
 
 std::uint64_t inodeOf(int folder)
 {
