@@ -16,6 +16,7 @@ template <class Value>
 struct StoredChoice {
     QString key{};
     Value value{};
+    bool isAlwaysWritten = false; ///< also when chosen again: the settings may hold an unknown one
 };
 
 /// Choices among the cases of closed sets, which the settings keep by their raw values. Main thread.
@@ -25,7 +26,7 @@ namespace Settings {
 template <class Case>
 [[nodiscard]] StoredChoice<Case> storedCase(const QString& key, Case otherwise)
 {
-    return {key, Case::fromRawValue(text(key).value_or(QString{}).toStdString()).value_or(otherwise)};
+    return {key, Case::fromRawValue(text(key).value_or(QString{}).toStdString()).value_or(otherwise), true};
 }
 
 /// Those of the cases stored under `key` that are known; all cases when none is.

@@ -12,6 +12,7 @@
 #include "Shell/ToolRegistry.h"
 #include "Shell/WindowMenu.h"
 #include "Text/FileUrlText.h"
+#include "Text/ToolText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 #include "Welcome/MessagePage.h"
@@ -105,7 +106,7 @@ void ContentView::chooseFolder()
     Desktop::chooseFolder(this, RecentFolders::shared().openedLast(),
                           [this, tool, &target](const FolderChoice& choice) {
                               if (tool == nullptr) {
-                                  selectTool(QStringLiteral("disk-usage"));
+                                  selectTool(ToolTexts::diskUsage.id);
                               }
                               target.handleImport(choice);
                           });
@@ -190,15 +191,14 @@ void ContentView::showTool()
 
 void ContentView::openFolder(const FileUrl& folder)
 {
-    selectTool(QStringLiteral("disk-usage"));
-    Desktop::examine(this, folder,
-                     [this](const FolderChoice& choice) { m_store.diskUsage.handleImport(choice); });
+    selectTool(ToolTexts::diskUsage.id);
+    m_store.diskUsage.examine(folder);
 }
 
 void ContentView::openLargestOf(const FileUrl& folder, FileKind kind)
 {
-    selectTool(QStringLiteral("large-files"));
-    m_store.largeFiles.openLargestOf(folder, kind);
+    selectTool(ToolTexts::largeFiles.id);
+    m_store.largeFiles.openCategory(folder, kind.rawValue());
 }
 
 void ContentView::watch(const ToolDescriptor& descriptor)

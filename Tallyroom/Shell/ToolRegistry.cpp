@@ -1,5 +1,6 @@
 #include "Shell/ToolRegistry.h"
 
+#include "Text/ToolText.h"
 #include "Tools/BuildCaches/BuildCaches.h"
 #include "Tools/Dashboard/DashboardView.h"
 #include "Tools/DiskUsage/DiskUsageView.h"
@@ -17,9 +18,9 @@ namespace {
 
 /// A tool whose screen, made by `make`, shows the view model `model` of the store.
 template <auto model, auto make>
-ToolDescriptor describe(const QString& id, const QString& name, std::string icon)
+ToolDescriptor describe(const ToolText& text)
 {
-    return {id, name, std::move(icon), [](SessionStore& store) -> QWidget* { return make(store.*model); },
+    return {text.id, text.name, text.icon, [](SessionStore& store) -> QWidget* { return make(store.*model); },
             [](SessionStore& store) -> FolderTool& { return store.*model; }};
 }
 
@@ -31,20 +32,13 @@ constexpr auto makeView = [](auto& tool) -> QWidget* { return new View(tool); };
 const std::vector<ToolDescriptor>& ToolRegistry::all()
 {
     static const std::vector<ToolDescriptor> tools{
-        describe<&SessionStore::dashboard, makeView<DashboardView>>(
-            QStringLiteral("dashboard"), QStringLiteral("Tableau de bord"), "chart.pie"),
-        describe<&SessionStore::diskUsage, makeView<DiskUsageView>>(
-            QStringLiteral("disk-usage"), QStringLiteral("Espace disque"), "internaldrive"),
-        describe<&SessionStore::nodeModules, makeNodeModulesScreen>(
-            QStringLiteral("node-modules"), QStringLiteral("node_modules"), "shippingbox"),
-        describe<&SessionStore::largeFiles, makeLargeFilesScreen>(
-            QStringLiteral("large-files"), QStringLiteral("Gros fichiers"), "doc.text.magnifyingglass"),
-        describe<&SessionStore::duplicates, makeView<DuplicatesView>>(
-            QStringLiteral("duplicates"), QStringLiteral("Doublons"), "doc.on.doc"),
-        describe<&SessionStore::buildCaches, makeBuildCachesScreen>(
-            QStringLiteral("build-caches"), QStringLiteral("Caches de build"), "hammer"),
-        describe<&SessionStore::gitRepos, makeGitReposScreen>(
-            QStringLiteral("git-repos"), QStringLiteral("Dépôts Git"), "arrow.triangle.branch"),
+        describe<&SessionStore::dashboard, makeView<DashboardView>>(ToolTexts::dashboard),
+        describe<&SessionStore::diskUsage, makeView<DiskUsageView>>(ToolTexts::diskUsage),
+        describe<&SessionStore::nodeModules, makeNodeModulesScreen>(ToolTexts::nodeModules),
+        describe<&SessionStore::largeFiles, makeLargeFilesScreen>(ToolTexts::largeFiles),
+        describe<&SessionStore::duplicates, makeView<DuplicatesView>>(ToolTexts::duplicates),
+        describe<&SessionStore::buildCaches, makeBuildCachesScreen>(ToolTexts::buildCaches),
+        describe<&SessionStore::gitRepos, makeGitReposScreen>(ToolTexts::gitRepos),
     };
     return tools;
 }
@@ -58,8 +52,9 @@ const ToolDescriptor* ToolRegistry::find(const QString& id)
 std::vector<RecoveryTool> ToolRegistry::recoveryTools(SessionStore& store)
 {
     std::vector<RecoveryTool> tools;
-    for (const char* const id : {"build-caches", "node-modules", "git-repos", "large-files", "duplicates"}) {
-        const ToolDescriptor* const descriptor = find(QString::fromLatin1(id));
+    for (const ToolText* const text : {&ToolTexts::buildCaches, &ToolTexts::nodeModules, &ToolTexts::gitRepos,
+                                       &ToolTexts::largeFiles, &ToolTexts::duplicates}) {
+        const ToolDescriptor* const descriptor = find(text->id);
         if (auto* const tool = qobject_cast<ScanToolViewModel*>(&descriptor->tool(store))) {
             tools.push_back({descriptor->id, descriptor->name, descriptor->icon, tool});
         }
@@ -69,7 +64,7 @@ std::vector<RecoveryTool> ToolRegistry::recoveryTools(SessionStore& store)
 
 const ToolDescriptor& ToolRegistry::initial()
 {
-    const ToolDescriptor* const dashboard = find(QStringLiteral("dashboard"));
+    const ToolDescriptor* const dashboard = find(ToolTexts::dashboard.id);
     return dashboard != nullptr ? *dashboard : all().front();
 }
 

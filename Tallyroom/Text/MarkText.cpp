@@ -57,6 +57,15 @@ QStringList words(const Entry& entry)
     return all;
 }
 
+QStringList nodeModulesWords(const Entry& nodeModules, AgeThreshold threshold)
+{
+    QStringList all = words(nodeModules);
+    if (threshold.isOld(nodeModules.modifiedAt, std::chrono::system_clock::now())) {
+        all += QStringLiteral("ancien");
+    }
+    return all;
+}
+
 QString explanation(const Entry& entry)
 {
     QStringList all;

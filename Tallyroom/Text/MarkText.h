@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Model/AgeThreshold.h"
 #include "Model/Entry.h"
 
 #include <QStringList>
@@ -14,6 +15,9 @@ namespace MarkText {
 
 /// A word or two for each mark: "à vérifier".
 [[nodiscard]] QStringList words(const Entry& entry);
+
+/// The same for node_modules, and whether they are older than `threshold`.
+[[nodiscard]] QStringList nodeModulesWords(const Entry& nodeModules, AgeThreshold threshold);
 
 /// What the marks mean, a sentence a line; empty without a mark.
 [[nodiscard]] QString explanation(const Entry& entry);

@@ -76,16 +76,20 @@ bool isSafeCache(const Entry& cache)
     return std::ranges::find(keptNames, cache.name) == keptNames.end() && !isReserved(cache);
 }
 
-bool isOldNodeModules(const Entry& nodeModules, AgeThreshold threshold, Timestamp now)
+std::function<bool(const Entry&)> oldNodeModules(AgeThreshold threshold)
 {
-    return !nodeModules.needsOwnCheck() && threshold.isOld(nodeModules.modifiedAt, now);
+    return [threshold, now = Timestamp{std::chrono::system_clock::now()}](const Entry& nodeModules) {
+        return !nodeModules.needsOwnCheck() && threshold.isOld(nodeModules.modifiedAt, now);
+    };
 }
 
-bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project, AgeThreshold threshold,
-                       Timestamp now)
+std::function<bool(const Entry&, const NodeProject&)> safeNodeModules(AgeThreshold threshold)
 {
-    return !isReserved(nodeModules) && project.isProven && isOldNodeModules(nodeModules, threshold, now) &&
-           (!project.changedAt || threshold.isOld(project.changedAt, now));
+    return [threshold, isOld = oldNodeModules(threshold), now = Timestamp{std::chrono::system_clock::now()}](
+               const Entry& nodeModules, const NodeProject& project) {
+        return !isReserved(nodeModules) && project.isProven && isOld(nodeModules) &&
+               (!project.changedAt || threshold.isOld(project.changedAt, now));
+    };
 }
 
 FileRemover::Screening refuseInUse()

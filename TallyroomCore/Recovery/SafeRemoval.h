@@ -5,6 +5,7 @@
 #include "Model/Entry.h"
 #include "Removal/Screening.h"
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -31,14 +32,14 @@ struct NodeProject {
 /// as well: dist, build, vendor.
 [[nodiscard]] bool isSafeCache(const Entry& cache);
 
-/// Whether a node_modules folder counts as old: unchanged for longer than `threshold` says, and of no
+/// Tells which node_modules folders count as old now: unchanged for longer than `threshold` says, and of no
 /// installed program.
-[[nodiscard]] bool isOldNodeModules(const Entry& nodeModules, AgeThreshold threshold, Timestamp now);
+[[nodiscard]] std::function<bool(const Entry& nodeModules)> oldNodeModules(AgeThreshold threshold);
 
-/// Whether a node_modules folder may go: the same, and neither it nor its project has changed for the time
-/// that `threshold` says.
-[[nodiscard]] bool isSafeNodeModules(const Entry& nodeModules, const NodeProject& project,
-                                     AgeThreshold threshold, Timestamp now);
+/// Tells which node_modules folders may go now: the old ones whose project, too, has not changed for the time
+/// that `threshold` says, and can install them again.
+[[nodiscard]] std::function<bool(const Entry& nodeModules, const NodeProject& project)>
+safeNodeModules(AgeThreshold threshold);
 
 /// Looks right before a cache or node_modules goes whether a program has begun to use it since its scan,
 /// which then keeps it. Asks the kernel once a second at most.

@@ -78,7 +78,12 @@ TEST_F(SearchToolsTest, AStoredThresholdIsTakenWhenItIsKnownAndNeverScans)
                                             {QStringLiteral("OneYear"), AgeThreshold::oneMonth},
                                             {QStringLiteral("2"), AgeThreshold::oneMonth}}) {
         Settings::write(QStringLiteral("nm.threshold"), stored);
-        EXPECT_EQ(NodeModulesViewModel{deletions}.threshold(), threshold) << stored.toStdString();
+        NodeModulesViewModel loaded{deletions};
+        EXPECT_EQ(loaded.threshold(), threshold) << stored.toStdString();
+        loaded.setThreshold(threshold);
+        EXPECT_EQ(Settings::text(QStringLiteral("nm.threshold")),
+                  QString::fromUtf8(AgeThreshold{threshold}.rawValue().data()))
+            << "chosen again";
     }
     const TemporaryTree tree{file("new/node_modules/x", 5000), file("old/node_modules/x", 9000),
                              folder("old/node_modules").modifiedAt(1'600'000'000)};
@@ -171,7 +176,7 @@ TEST_F(SearchToolsTest, AKindOrAnAgeThatTheLimitHasCutOffIsSearchedAgain)
     const QSignalSpy states{&tool, &FolderTool::stateChanged};
     EXPECT_THAT(shown("video", {}), ElementsAre("film.mp4", "other.mp4"));
     EXPECT_TRUE(states.isEmpty()) << "a list that holds all files need not be made again";
-    tool.openLargestOf(tree.url(), FileKind::image);
+    tool.openCategory(tree.url(), FileKind{FileKind::image}.rawValue());
     ASSERT_TRUE(waitUntil(&tool, &FolderTool::stateChanged, [&] { return tool.isScanning(); }));
     waitForScan(tool);
     EXPECT_THAT(below(tree, tool.entries()), ElementsAre("a.jpg", "old.jpg"));

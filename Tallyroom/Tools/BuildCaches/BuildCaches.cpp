@@ -3,7 +3,7 @@
 #include "Caches/FindInspectors.h"
 #include "Recovery/SafeRemoval.h"
 #include "Text/MarkText.h"
-#include "Text/NumberText.h"
+#include "Text/RecoveryText.h"
 #include "Tools/Frame/ToolStyles.h"
 
 namespace tallyroom {
@@ -11,10 +11,7 @@ namespace tallyroom {
 BuildCachesViewModel::BuildCachesViewModel(DeletionRunner& deletions)
     : ListToolViewModel(deletions, [](const Entry& entry) { return Ecosystem::namesOf(entry).rawValue; }),
       m_enabled(*this, Settings::storedCases<Ecosystem>(QStringLiteral("bc.ecosystems")),
-                {.title = [](const auto& on) { return QStringLiteral("Écosystèmes (%1)").arg(on.size()); },
-                 .choices = {Ecosystem::all.begin(), Ecosystem::all.end()},
-                 .name = [](Ecosystem ecosystem) { return toText(ecosystem.displayName()); }},
-                [this] { scan(); })
+                someCases<Ecosystem>(QStringLiteral("Écosystèmes (%1)")), [this] { scan(); })
 {}
 
 Recovery BuildCachesViewModel::recovery() const
@@ -22,10 +19,7 @@ Recovery BuildCachesViewModel::recovery() const
     // A tool of their own tells of node_modules.
     const auto own = entries().parted([](const Entry& entry) { return entry.name == "node_modules"; }).second;
     Recovery recovery = Recovery::parted(own, SafeRemoval::isSafeCache);
-    recovery.words = QStringLiteral("%1 sur %2")
-                         .arg(NumberText::plural(recovery.safe.size(), QStringLiteral("cache sans risque"),
-                                                 QStringLiteral("caches sans risque")),
-                              NumberText::grouped(own.size()));
+    recovery.words = RecoveryText::caches(recovery.safe.size(), own.size());
     return recovery;
 }
 
@@ -37,13 +31,7 @@ FileScanner::ScanStream BuildCachesViewModel::startStream()
 
 ListToolScreen* makeBuildCachesScreen(BuildCachesViewModel& tool)
 {
-    ListToolStyle style = ToolStyles::search(
-        {.icon = "hammer",
-         .title = QStringLiteral("Caches de build"),
-         .message = QStringLiteral("Choisissez un dossier de code : Tallyroom y cherche ce que vos outils de "
-                                   "développement savent refaire."),
-         .emptyMessage = QStringLiteral("Aucun cache de build ici.")},
-        QStringLiteral("Cache"));
+    ListToolStyle style = ToolStyles::search(ToolTexts::buildCaches);
     style.table.name = [](const Entry& entry) { return ToolStyles::projectName(entry) + " / " + entry.name; };
     style.table.symbol = [](const Entry& entry) { return std::string{Ecosystem::namesOf(entry).symbolName}; };
     style.table.toolTip = MarkText::cacheExplanation;

@@ -2,7 +2,6 @@
 
 #include "Model/Ecosystem.h"
 #include "Tools/Frame/ListToolViewModel.h"
-#include "Tools/Frame/ToolOption.h"
 
 namespace tallyroom {
 

@@ -30,14 +30,8 @@ const QString treemapKey = QStringLiteral("diskUsage.treemap");
 
 ListToolStyle explorerStyle(const ShownContents& contents, std::function<std::int64_t()> total)
 {
-    ListToolStyle style;
-    style.title = QStringLiteral("Espace disque");
-    style.searchPlaceholder = QStringLiteral("Filtrer par nom");
-    style.emptyMessage = QStringLiteral("Ce dossier est vide.");
-    style.icon = "internaldrive";
-    style.message = QStringLiteral("Choisissez un dossier : Tallyroom mesure ce qu’il contient, niveau "
-                                   "par niveau, du plus lourd au plus léger.");
-    style.table.firstColumnTitle = QStringLiteral("Nom");
+    ListToolStyle style{ToolTexts::diskUsage, {}};
+    style.table.firstColumnTitle = style.firstColumnTitle;
     style.table.showsChevronForDirectories = true;
     style.table.columns = contentColumns(contents, std::move(total));
     style.columnsKey = QStringLiteral("diskUsage.columns");

@@ -10,7 +10,7 @@
 namespace tallyroom {
 
 FolderNavigatorViewModel::FolderNavigatorViewModel(DeletionRunner& deletions, FolderServices services)
-    : ListToolViewModel(deletions, {}, FilterSubject::name, ScanBeginning::measuring),
+    : ListToolViewModel(deletions, {}, Ages::unused, FilterSubject::name, ScanBeginning::measuring),
       m_services(std::move(services)), m_outline(m_services.outline)
 {
     connect(this, &FolderNavigatorViewModel::stateChanged, &m_outline,

@@ -20,15 +20,6 @@ namespace tallyroom {
 
 namespace {
 
-ToolScreenStyle duplicatesStyle()
-{
-    return {.icon = "doc.on.doc",
-            .title = QStringLiteral("Doublons"),
-            .message = QStringLiteral("Choisissez un dossier : Tallyroom y cherche les fichiers au contenu "
-                                      "identique et dit ce que leurs copies occupent."),
-            .emptyMessage = QStringLiteral("Aucun doublon dans ce dossier.")};
-}
-
 QString ruleName(KeepRule rule)
 {
     switch (rule) {
@@ -64,7 +55,7 @@ DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, QWidget* parent)
 {}
 
 DuplicatesView::DuplicatesView(DuplicatesViewModel& tool, DuplicateTable* table, QWidget* parent)
-    : ToolScreen(tool, duplicatesStyle(), table, parent), m_duplicates(tool), m_table(table),
+    : ToolScreen(tool, ToolTexts::duplicates, table, parent), m_duplicates(tool), m_table(table),
       m_checkRedundant(new QPushButton(QStringLiteral("Cocher les doublons (garder 1 par groupe)")))
 {
     addKeepRules();

@@ -6,6 +6,7 @@
 #include "Recovery/SafeRemoval.h"
 #include "Settings/Settings.h"
 #include "Text/NumberText.h"
+#include "Text/RecoveryText.h"
 #include "Text/SizeText.h"
 #include "Text/TextFilter.h"
 
@@ -95,9 +96,7 @@ Recovery recoveryOf(const std::vector<DuplicateGroup>& groups, const KeepPolicy&
         }
     }
     recovery.safe = EntryList{std::move(copies)};
-    recovery.words = NumberText::plural(recovery.safe.size(), QStringLiteral("copie en trop"),
-                                        QStringLiteral("copies en trop")) +
-                     QStringLiteral(" · une copie de chaque reste");
+    recovery.words = RecoveryText::copies(recovery.safe.size());
     recovery.caution = DuplicatesViewModel::copiesStay();
     return recovery;
 }

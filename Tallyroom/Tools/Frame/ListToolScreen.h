@@ -12,7 +12,7 @@ namespace tallyroom {
 class EntryTable;
 
 /// What a list tool's screen says of itself and of its rows.
-struct ListToolStyle : ToolScreenStyle {
+struct ListToolStyle : ToolText {
     EntryTableStyle table;
     /// Where the settings keep the choice of the table's optional columns.
     QString columnsKey{};

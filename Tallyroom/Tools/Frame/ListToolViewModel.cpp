@@ -2,6 +2,7 @@
 
 #include "Bridge/AskApart.h"
 #include "Model/CheckedArithmetic.h"
+#include "Text/AgeText.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Text/TextFilter.h"
@@ -21,7 +22,7 @@ constexpr std::chrono::milliseconds runningInterval{125};
 
 } // namespace
 
-ListToolViewModel::ListToolViewModel(DeletionRunner& deletions, CategoryOf categoryOf,
+ListToolViewModel::ListToolViewModel(DeletionRunner& deletions, CategoryOf categoryOf, Ages ages,
                                      FilterSubject filterSubject, ScanBeginning beginning)
     : ScanToolViewModel(deletions), m_filterSubject(filterSubject), m_beginning(beginning),
       m_categoryOf(std::move(categoryOf))
@@ -31,6 +32,29 @@ ListToolViewModel::ListToolViewModel(DeletionRunner& deletions, CategoryOf categ
         PropertyUpdate update{this};
         showRunning(update);
     });
+    if (ages == Ages::offered) {
+        offerAges();
+    }
+}
+
+void ListToolViewModel::offerAges()
+{
+    using Age = std::optional<AgeThreshold>;
+    const auto name = [](const Age& age) {
+        return age ? QStringLiteral("plus de ") + thresholdText(*age) : QStringLiteral("tous");
+    };
+    OptionPlan<Age> plan{
+        [name](const Age& age) { return QStringLiteral("Âge : ") + name(age); }, {Age{}}, name};
+    plan.choices.insert(plan.choices.end(), AgeThreshold::all.begin(), AgeThreshold::all.end());
+    m_age.emplace(*this, StoredChoice<Age>{}, plan, [this] {
+        narrowed();
+        Q_EMIT filterChanged();
+    });
+}
+
+bool ListToolViewModel::Narrowing::contains(const Narrowing& other) const
+{
+    return (!category || category == other.category) && (!age || (other.age && *other.age >= *age));
 }
 
 std::function<bool(const Entry&)> ListToolViewModel::filter() const
@@ -39,9 +63,10 @@ std::function<bool(const Entry&)> ListToolViewModel::filter() const
         return {};
     }
     return [text = TextFilter{searchText()}, subject = m_filterSubject, category = m_category,
-            categoryOf = m_categoryOf, proposed = proposed()](const Entry& entry) {
+            categoryOf = m_categoryOf, age = age(), now = Timestamp{std::chrono::system_clock::now()},
+            proposed = proposed()](const Entry& entry) {
         return (!proposed || proposed->contains(entry.url)) &&
-               (!category || categoryOf(entry) == *category) &&
+               (!category || categoryOf(entry) == *category) && (!age || age->isOld(entry.modifiedAt, now)) &&
                text.matches(subject == FilterSubject::name ? entry.name : entry.url.path());
     };
 }
@@ -49,15 +74,26 @@ std::function<bool(const Entry&)> ListToolViewModel::filter() const
 void ListToolViewModel::setCategory(const std::optional<std::string>& category)
 {
     if (m_categoryOf && assignIfChanged(m_category, category)) {
-        categoryChosen();
+        narrowed();
         Q_EMIT categoryChanged();
     }
 }
 
-void ListToolViewModel::openCategory(FileUrl root, std::string category)
+void ListToolViewModel::setAge(const std::optional<AgeThreshold>& age)
 {
-    m_categoryToOpen = std::move(category);
-    open(std::move(root));
+    if (m_age) {
+        m_age->set(age);
+    }
+}
+
+void ListToolViewModel::openCategory(const FileUrl& root, std::string_view category)
+{
+    Desktop::examine(this, root, [this, category = std::string{category}](const FolderChoice& choice) {
+        if (choice && !choice->empty()) {
+            m_categoryToOpen = category;
+        }
+        handleImport(choice);
+    });
 }
 
 CategoryCounts ListToolViewModel::categoryCounts() const
@@ -67,12 +103,13 @@ CategoryCounts ListToolViewModel::categoryCounts() const
 
 bool ListToolViewModel::isFiltering() const
 {
-    return m_category.has_value() || ScanToolViewModel::isFiltering();
+    return narrowing() != Narrowing{} || ScanToolViewModel::isFiltering();
 }
 
 void ListToolViewModel::clearFilter()
 {
     setCategory(std::nullopt);
+    setAge(std::nullopt);
     ScanToolViewModel::clearFilter();
 }
 
@@ -80,6 +117,10 @@ void ListToolViewModel::rootChosen(PropertyUpdate& update)
 {
     update.assign(m_category, std::exchange(m_categoryToOpen, std::nullopt),
                   &ListToolViewModel::categoryChanged);
+    if (m_age) {
+        m_age->set(std::nullopt, update);
+        update.announce(&ListToolViewModel::filterChanged);
+    }
 }
 
 EntryList ListToolViewModel::filteredEntries() const

@@ -2,14 +2,16 @@
 
 #include "Bridge/StreamPump.h"
 #include "Deletion/RemovedPlaces.h"
+#include "Model/AgeThreshold.h"
 #include "Model/Category.h"
 #include "Scanning/FileScanner.h"
-#include "Tools/Frame/ScanToolViewModel.h"
+#include "Tools/Frame/ToolOption.h"
 
 #include <QTimer>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -24,12 +26,25 @@ class ListToolViewModel : public ScanToolViewModel {
     Q_PROPERTY(std::int64_t scanCompleted READ scanCompleted NOTIFY progressChanged)
     Q_PROPERTY(std::int64_t scanTotal READ scanTotal NOTIFY progressChanged)
     Q_PROPERTY(bool isDiscovering READ isDiscovering NOTIFY progressChanged)
+    Q_PROPERTY(std::optional<tallyroom::AgeThreshold> age READ age WRITE setAge NOTIFY remarksChanged)
 
 public:
     /// The text that the filter searches.
     enum class FilterSubject { name, path };
     /// Whether a scan begins by looking for its work items.
     enum class ScanBeginning { measuring, discovering };
+    /// Whether the list can be narrowed down to what is older than an age.
+    enum class Ages { unused, offered };
+
+    /// What a list is narrowed down to; everything where nothing is given.
+    struct Narrowing {
+        std::optional<std::string> category{};
+        std::optional<AgeThreshold> age{}; ///< what is older
+
+        /// Whether this lets everything through that `other` does.
+        [[nodiscard]] bool contains(const Narrowing& other) const;
+        friend bool operator==(const Narrowing&, const Narrowing&) = default;
+    };
 
     /// The results, in the order in which the scan delivers them.
     [[nodiscard]] const EntryList& entries() const { return m_entries; }
@@ -45,18 +60,26 @@ public:
 
     void setCategory(const std::optional<std::string>& category);
 
+    /// The age beyond which entries are shown; none: all are shown. Forgotten with the root.
+    [[nodiscard]] std::optional<AgeThreshold> age() const { return m_age ? m_age->value() : std::nullopt; }
+
+    /// Does nothing where no ages are offered.
+    void setAge(const std::optional<AgeThreshold>& age);
+
+    [[nodiscard]] Narrowing narrowing() const { return {m_category, age()}; }
+
     /// How many `entries` there are of each category; none where the tool knows no categories.
     [[nodiscard]] virtual CategoryCounts categoryCounts() const;
 
-    /// Opens `root` with the list narrowed down to a category from the start.
-    void openCategory(FileUrl root, std::string category);
+    /// Opens `root`, which may be gone, with the list narrowed down to a category from the start.
+    void openCategory(const FileUrl& root, std::string_view category);
 
     [[nodiscard]] bool isFiltering() const override;
     void clearFilter() override;
 
-    /// Whether an entry contains the search text and is of the category; empty while there is neither. A copy
-    /// of what it needs: it may be called on any thread.
-    [[nodiscard]] virtual std::function<bool(const Entry&)> filter() const;
+    /// Whether an entry contains the search text and is what the list is narrowed down to; empty while there
+    /// is neither. A copy of what it needs: it may be called on any thread.
+    [[nodiscard]] std::function<bool(const Entry&)> filter() const;
 
     /// `entries` that the filter lets through, in the same order. Linear in the list.
     [[nodiscard]] EntryList filteredEntries() const;
@@ -93,7 +116,7 @@ Q_SIGNALS:
 protected:
     /// `deletions` must outlive the view model; `categoryOf` is for tools that know categories.
     explicit ListToolViewModel(DeletionRunner& deletions, CategoryOf categoryOf = {},
-                               FilterSubject filterSubject = FilterSubject::path,
+                               Ages ages = Ages::unused, FilterSubject filterSubject = FilterSubject::path,
                                ScanBeginning beginning = ScanBeginning::discovering);
 
     /// Starts the scan that fills the list; called with a root folder set and no scan running.
@@ -103,8 +126,8 @@ protected:
     void dropScan(PropertyUpdate& update) override;
     void rootChosen(PropertyUpdate& update) override;
 
-    /// The category was chosen anew, but not by the choice of a root.
-    virtual void categoryChosen() {}
+    /// The list was narrowed down to something else, but not by the choice of a root.
+    virtual void narrowed() {}
 
     /// Whether an item that is back belongs to the list for sure, also one that was never listed.
     [[nodiscard]] virtual bool lists(const Entry& /*entry*/) const { return false; }
@@ -117,6 +140,7 @@ protected:
     virtual void noteMeasured(const Entry& /*folder*/, const FolderSize& /*size*/) {}
 
 private:
+    void offerAges();
     void receive(const ScanProgress& record);
     void showRunning(PropertyUpdate& update);
     /// The new sizes of folders that were measured again.
@@ -130,7 +154,8 @@ private:
     ScanBeginning m_beginning;
     CategoryOf m_categoryOf;
     std::optional<std::string> m_category;
-    std::optional<std::string> m_categoryToOpen; // for the root that is about to be chosen
+    std::optional<std::string> m_categoryToOpen;                  // for the root that is about to be chosen
+    std::optional<ToolOption<std::optional<AgeThreshold>>> m_age; // where ages are offered
     EntryList m_entries;
     std::int64_t m_scanCompleted = 0;
     std::int64_t m_scanTotal = 0;

@@ -45,8 +45,11 @@ public:
 
     void set(const Value& value)
     {
-        if (assignIfChanged(m_stored.value, value)) {
+        const bool isOther = assignIfChanged(m_stored.value, value);
+        if (isOther || m_stored.isAlwaysWritten) {
             keep();
+        }
+        if (isOther) {
             Q_EMIT m_tool.remarksChanged();
             m_changed();
         }
@@ -58,16 +61,15 @@ public:
         update.assign(m_stored.value, value, &ScanToolViewModel::remarksChanged);
     }
 
-    /// Writes the value into the settings.
+private:
+    static constexpr bool isOfMany = !std::is_same_v<Choice, Value>;
+
     void keep() const
     {
         if (!m_stored.key.isEmpty()) {
             Settings::write(m_stored.key, Settings::stored(value()));
         }
     }
-
-private:
-    static constexpr bool isOfMany = !std::is_same_v<Choice, Value>;
 
     [[nodiscard]] bool isOn(const Choice& choice) const
     {
@@ -99,6 +101,15 @@ template <class Case>
 [[nodiscard]] OptionPlan<Case> oneCase(const QString& title, QString (*name)(Case))
 {
     return {[=](Case one) { return title + name(one); }, {Case::all.begin(), Case::all.end()}, name};
+}
+
+/// Any of the cases of a closed set, "%1" in `title` for their number.
+template <class Case>
+[[nodiscard]] OptionPlan<std::set<Case>, Case> someCases(const QString& title)
+{
+    return {[=](const std::set<Case>& on) { return title.arg(on.size()); },
+            {Case::all.begin(), Case::all.end()},
+            [](Case one) { return toText(one.displayName()); }};
 }
 
 } // namespace tallyroom

@@ -22,25 +22,24 @@
 
 namespace tallyroom {
 
-ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, EntryRows* rows,
-                       QWidget* parent)
-    : QWidget(parent), m_tool(tool), m_style(style), m_header(new ToolHeader(m_style.searchPlaceholder)),
-      m_title(new ToolTitle(m_style.title)),
+ToolScreen::ToolScreen(ScanToolViewModel& tool, const ToolText& text, EntryRows* rows, QWidget* parent)
+    : QWidget(parent), m_tool(tool), m_text(text), m_header(new ToolHeader(m_text.searchPlaceholder)),
+      m_title(new ToolTitle(m_text.name)),
       m_pages(new ToolPages(tool,
-                            {m_style.icon,
-                             m_style.title,
-                             m_style.message,
+                            {m_text.icon,
+                             m_text.name,
+                             m_text.message,
                              QStringLiteral("Rien n’est modifié pendant l’analyse."),
                              QStringLiteral("Choisir un dossier…"),
                              {}},
-                            m_style.emptyMessage)),
+                            m_text.emptyMessage)),
       m_rows(rows), m_progress(new ScanProgressBar), m_footer(new QWidget), m_banner(new StatusBanner),
       m_selectionBar(new SelectionBar)
 {
     m_spinnerDelay.setSingleShot(true);
     m_spinnerDelay.setInterval(std::chrono::milliseconds{150});
     m_rows->setDeletionEnabled(true);
-    m_rows->setAccessibleName(m_style.title);
+    m_rows->setAccessibleName(m_text.name);
     m_pages->addList(m_rows);
     makeLayout();
     connectTool();
@@ -277,7 +276,7 @@ void ToolScreen::askDeletionOfChecked(DeleteConfirmation::Default choice)
 
 ToolScreen::Caution ToolScreen::caution(const std::vector<Entry>& /*entries*/) const
 {
-    return {m_style.deletionWarning, {}};
+    return {m_text.deletionWarning, {}};
 }
 
 void ToolScreen::exportText(std::function<std::string()> text)
@@ -291,7 +290,7 @@ void ToolScreen::exportText(std::function<std::string()> text)
 
 QString ToolScreen::exportName() const
 {
-    return m_style.title;
+    return m_text.name;
 }
 
 void ToolScreen::activate(const Entry& entry)

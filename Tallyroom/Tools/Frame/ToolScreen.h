@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Deletion/DeleteConfirmation.h"
+#include "Text/ToolText.h"
 #include "Tools/Frame/ScanToolViewModel.h"
 
 #include <QKeySequence>
@@ -21,16 +22,6 @@ class StatusBanner;
 class ToolHeader;
 class ToolPages;
 class ToolTitle;
-
-/// What a tool's screen says of itself.
-struct ToolScreenStyle {
-    std::string icon{}; ///< a symbol's name
-    QString title{};
-    QString message{};         ///< of the welcome: what the tool does
-    QString emptyMessage{};    ///< a finished scan that found nothing
-    QString deletionWarning{}; ///< the loss beyond the bytes; shown before a deletion
-    QString searchPlaceholder = QStringLiteral("Filtrer par chemin");
-};
 
 /// The frame that all tools share that list what they found: header, list, progress, banner, selection bar,
 /// and the pages that stand in for the list; the keys too. A tool's screen fills the list, adds its options
@@ -56,7 +47,7 @@ protected:
     using Caution = DeleteConfirmation::Caution;
 
     /// `tool` must outlive the screen, which takes `rows` over.
-    ToolScreen(ScanToolViewModel& tool, const ToolScreenStyle& style, EntryRows* rows, QWidget* parent);
+    ToolScreen(ScanToolViewModel& tool, const ToolText& text, EntryRows* rows, QWidget* parent);
 
     [[nodiscard]] ToolHeader& header() const { return *m_header; }
 
@@ -133,7 +124,7 @@ private:
     void stopOrClearFilter();
 
     ScanToolViewModel& m_tool;
-    ToolScreenStyle m_style;
+    ToolText m_text;
     bool m_isPageLater = false;
     bool m_isReportOld = false; // about the folder that was shown before
     QTimer m_spinnerDelay;      // scans that end at once are not worth a spinner

@@ -6,10 +6,10 @@
 
 namespace tallyroom::ToolStyles {
 
-ListToolStyle search(const ToolScreenStyle& screen, const QString& firstColumnTitle)
+ListToolStyle search(const ToolText& text)
 {
-    ListToolStyle style{screen, {}};
-    style.table.firstColumnTitle = firstColumnTitle;
+    ListToolStyle style{text, {}};
+    style.table.firstColumnTitle = text.firstColumnTitle;
     style.table.hasStrongNames = true;
     style.table.secondLine = [](const Entry& entry) { return FileUrlText::displayFromHome(entry.url); };
     style.table.badges = [](const Entry& entry) { return badges(MarkText::words(entry)); };
@@ -17,11 +17,11 @@ ListToolStyle search(const ToolScreenStyle& screen, const QString& firstColumnTi
     return style;
 }
 
-ListToolStyle projects(const ToolScreenStyle& screen, const QString& firstColumnTitle)
+ListToolStyle projects(const ToolText& text)
 {
-    ListToolStyle style = search(screen, firstColumnTitle);
+    ListToolStyle style = search(text);
     style.table.name = projectName;
-    style.table.symbol = [icon = screen.icon](const Entry&) { return icon; };
+    style.table.symbol = [icon = text.icon](const Entry&) { return icon; };
     style.table.columns.push_back(ageColumn());
     return style;
 }

@@ -12,11 +12,11 @@ namespace tallyroom {
 namespace ToolStyles {
 
 /// A list with rows of two lines, the path below the name.
-[[nodiscard]] ListToolStyle search(const ToolScreenStyle& screen, const QString& firstColumnTitle);
+[[nodiscard]] ListToolStyle search(const ToolText& text);
 
 /// The same for folders of projects, which have the project's name, the tool's icon and a column with the
 /// age.
-[[nodiscard]] ListToolStyle projects(const ToolScreenStyle& screen, const QString& firstColumnTitle);
+[[nodiscard]] ListToolStyle projects(const ToolText& text);
 
 /// The column with the age of an entry.
 [[nodiscard]] EntryTableColumn ageColumn();

@@ -23,17 +23,7 @@ FileScanner::ScanStream GitReposViewModel::startStream()
 
 ListToolScreen* makeGitReposScreen(GitReposViewModel& tool)
 {
-    ListToolStyle style = ToolStyles::projects(
-        {.icon = "arrow.triangle.branch",
-         .title = QStringLiteral("Dépôts Git"),
-         .message = QStringLiteral("Choisissez un dossier de projets : Tallyroom mesure l’historique de "
-                                   "chaque dépôt, du plus lourd au plus léger."),
-         .emptyMessage = QStringLiteral("Aucun dépôt Git dans ce dossier."),
-         .deletionWarning =
-             QStringLiteral("C’est l’historique des dépôts choisis (versions, branches, étiquettes) : "
-                            "supprimé définitivement, il est perdu. Les fichiers de travail restent en "
-                            "place.")},
-        QStringLiteral("Dépôt"));
+    ListToolStyle style = ToolStyles::projects(ToolTexts::gitRepos);
     const auto stateOf = [&tool](const Entry& entry) { return tool.repositoryState(entry.url); };
     style.warning = [stateOf](const auto& entries) { return RepositoryText::warning(entries, stateOf); };
     style.table.badges = [stateOf](const Entry& entry) {

@@ -4,7 +4,7 @@
 #include "Text/AgeText.h"
 #include "Text/MarkText.h"
 #include "Text/NodeModulesProgress.h"
-#include "Text/NumberText.h"
+#include "Text/RecoveryText.h"
 #include "Tools/Frame/ToolStyles.h"
 
 namespace tallyroom {
@@ -19,11 +19,7 @@ NodeModulesViewModel::NodeModulesViewModel(DeletionRunner& deletions)
 
 std::vector<Entry> NodeModulesViewModel::oldEntries() const
 {
-    return entries()
-        .parted([this, now = Timestamp{std::chrono::system_clock::now()}](const Entry& entry) {
-            return SafeRemoval::isOldNodeModules(entry, threshold(), now);
-        })
-        .first.toVector();
+    return entries().parted(SafeRemoval::oldNodeModules(threshold())).first.toVector();
 }
 
 ScanLine NodeModulesViewModel::scanLine() const
@@ -34,13 +30,8 @@ ScanLine NodeModulesViewModel::scanLine() const
 
 Recovery NodeModulesViewModel::recovery() const
 {
-    const Timestamp now = std::chrono::system_clock::now();
-    Recovery recovery = m_projects.recovery([&](const Entry& entry, const SafeRemoval::NodeProject& project) {
-        return SafeRemoval::isSafeNodeModules(entry, project, threshold(), now);
-    });
-    recovery.words = QStringLiteral("%1 sur %2 · projets sans changement depuis %3")
-                         .arg(NumberText::plural(recovery.safe.size(), QStringLiteral("ancien")),
-                              NumberText::grouped(entries().size()), thresholdText(threshold()));
+    Recovery recovery = m_projects.recovery(SafeRemoval::safeNodeModules(threshold()));
+    recovery.words = RecoveryText::nodeModules(recovery.safe.size(), entries().size(), threshold());
     return recovery;
 }
 
@@ -51,22 +42,12 @@ FileScanner::ScanStream NodeModulesViewModel::startStream()
 
 ListToolScreen* makeNodeModulesScreen(NodeModulesViewModel& tool)
 {
-    ListToolStyle style = ToolStyles::projects(
-        {.icon = "shippingbox",
-         .title = QStringLiteral("node_modules"),
-         .message = QStringLiteral("Choisissez un dossier de projets : Tallyroom y cherche les dossiers "
-                                   "node_modules et signale ceux qui n’ont plus servi depuis longtemps."),
-         .emptyMessage = QStringLiteral("Aucun dossier node_modules ici.")},
-        QStringLiteral("Projet"));
+    ListToolStyle style = ToolStyles::projects(ToolTexts::nodeModules);
     style.table.badges = [&tool](const Entry& entry) {
-        QStringList words = MarkText::words(entry);
-        if (tool.threshold().isOld(entry.modifiedAt, std::chrono::system_clock::now())) {
-            words += QStringLiteral("ancien");
-        }
-        return ToolStyles::badges(words);
+        return ToolStyles::badges(MarkText::nodeModulesWords(entry, tool.threshold()));
     };
     style.table.toolTip = [&tool](const Entry& entry) {
-        return MarkText::nodeModulesExplanation(entry, tool.projectDate(entry));
+        return MarkText::nodeModulesExplanation(entry, tool.project(entry).changedAt);
     };
     style.sweep = {QStringLiteral("ancien"), [&tool] { return tool.oldEntries(); }};
     return new ListToolScreen(tool, style);

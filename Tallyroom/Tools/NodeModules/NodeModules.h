@@ -2,7 +2,6 @@
 
 #include "Recovery/SafeRemoval.h"
 #include "Tools/Frame/EntryFacts.h"
-#include "Tools/Frame/ToolOption.h"
 
 namespace tallyroom {
 
@@ -20,23 +19,15 @@ public:
     [[nodiscard]] AgeThreshold threshold() const { return m_threshold.value(); }
 
     /// Stores the threshold. Never scans: it only tells which entries count as old.
-    void setThreshold(AgeThreshold threshold)
-    {
-        m_threshold.set(threshold);
-        m_threshold.keep(); // an unknown one may be stored
-    }
+    void setThreshold(AgeThreshold threshold) { m_threshold.set(threshold); }
 
     /// The old ones among all `entries`, those included that the filter hides, as of now.
     [[nodiscard]] std::vector<Entry> oldEntries() const;
 
     [[nodiscard]] std::int64_t oldTotalSize() const { return tallyroom::totalSize(oldEntries()); }
 
-    /// When the project around `nodeModules` last changed, by the newest of its own files; nothing while it
-    /// is not known, or where none was found. It comes after the entry.
-    [[nodiscard]] std::optional<Timestamp> projectDate(const Entry& nodeModules) const
-    {
-        return m_projects.of(nodeModules).changedAt;
-    }
+    /// What is known of the project around an entry; it comes after the entry.
+    [[nodiscard]] SafeRemoval::NodeProject project(const Entry& entry) const { return m_projects.of(entry); }
 
     [[nodiscard]] ScanLine scanLine() const override;
     [[nodiscard]] Recovery recovery() const override;

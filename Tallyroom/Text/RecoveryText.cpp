@@ -1,0 +1,34 @@
+#include "Text/RecoveryText.h"
+
+#include "Text/AgeText.h"
+#include "Text/NumberText.h"
+
+namespace tallyroom::RecoveryText {
+
+QString caches(std::size_t safe, std::size_t all)
+{
+    return QStringLiteral("%1 sur %2")
+        .arg(NumberText::plural(safe, QStringLiteral("cache sans risque"),
+                                QStringLiteral("caches sans risque")),
+             NumberText::grouped(all));
+}
+
+QString nodeModules(std::size_t safe, std::size_t all, AgeThreshold threshold)
+{
+    return QStringLiteral("%1 sur %2 · projets sans changement depuis %3")
+        .arg(NumberText::plural(safe, QStringLiteral("ancien")), NumberText::grouped(all),
+             thresholdText(threshold));
+}
+
+QString largest(std::size_t count)
+{
+    return QStringLiteral("les %1 plus gros · à vous de choisir").arg(NumberText::grouped(count));
+}
+
+QString copies(std::size_t count)
+{
+    return NumberText::plural(count, QStringLiteral("copie en trop"), QStringLiteral("copies en trop")) +
+           QStringLiteral(" · une copie de chaque reste");
+}
+
+} // namespace tallyroom::RecoveryText
