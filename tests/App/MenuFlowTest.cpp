@@ -104,6 +104,14 @@ TEST_F(MenuFlow, AFolderIsExcludedByItsMenuForAllToolsAndComesBackByIt)
                    UnreadText::size(privateRow()) == size;
         });
     };
+    store().dashboard.analyze(tree.url("films"));
+    const auto isCounted = [&](int files) {
+        return waitUntil(&store().dashboard, &FolderTool::stateChanged, [&] {
+            return !store().dashboard.isScanning() && store().dashboard.summary() &&
+                   store().dashboard.summary()->totalFiles == files;
+        });
+    };
+    ASSERT_TRUE(isCounted(2));
     scan("large-files", tree.url("films"));
     const Entry file = store().largeFiles.entries()[0];
     EXPECT_FALSE(choose("Exclure « films » des analyses", store().largeFiles.entries()[1])) << "it is open";
@@ -116,6 +124,8 @@ TEST_F(MenuFlow, AFolderIsExcludedByItsMenuForAllToolsAndComesBackByIt)
     window->selectTool(QStringLiteral("large-files"));
     ASSERT_TRUE(hasScanned(store().largeFiles, tree.url("films")));
     EXPECT_THAT(largest(), ElementsAre("films/b"));
+    window->selectTool(QStringLiteral("dashboard"));
+    EXPECT_TRUE(isCounted(1));
     window->selectTool(QStringLiteral("disk-usage"));
     ASSERT_TRUE(choose("Ne plus exclure des analyses", privateRow()));
     ASSERT_TRUE(isShownAs(whole));

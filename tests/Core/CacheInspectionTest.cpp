@@ -1,5 +1,6 @@
 #include "Caches/FindInspectors.h"
 #include "Model/Ecosystem.h"
+#include "Recovery/SafeRemoval.h"
 #include "Scanning/FileScanner.h"
 #include "Support/CacheTree.h"
 #include "Support/Isolation.h"
@@ -138,6 +139,34 @@ TEST(ProgramInspection, NodeModulesAreInUseWhileAProgramWorksInTheirProject)
         EXPECT_EQ(entry.has(EntryMark::inUse), entry.url == tree.url("served/node_modules"))
             << entry.url.path();
     }
+}
+
+/// What was found an hour ago may be in use when it is to go.
+TEST(SafeRemoval, WhatAProgramHasBegunToUseIsRefusedNodeModulesWithTheirProject)
+{
+    const TemporaryTree tree{file("served/index.js", 9), folder("served/node_modules"),
+                             folder("served/target"), folder("left/node_modules")};
+    const Holder holder{tree.path("served/index.js")};
+    const FileRemover::Screening isRefused = SafeRemoval::refuseInUse();
+    std::vector<std::string> refused;
+    for (const std::string path : {"served/node_modules", "served/target", "left/node_modules", "served"}) {
+        const FileUrl url = tree.url(path);
+        if (isRefused({.url = url, .name = std::string{url.lastPathComponent()}}, {}).refusal) {
+            refused.push_back(path);
+        }
+    }
+    EXPECT_THAT(refused, UnorderedElementsAre("served/node_modules", "served"));
+}
+
+TEST(SafeRemoval, ACacheThatAProjectMayKeepIsNeverProposed)
+{
+    for (const std::string name : {"dist", "build", "vendor", ".venv", "node_modules"}) {
+        EXPECT_FALSE(SafeRemoval::isSafeCache({.name = name})) << name;
+    }
+    Entry cache{.name = "target"};
+    EXPECT_TRUE(SafeRemoval::isSafeCache(cache));
+    cache.unread = 1;
+    EXPECT_FALSE(SafeRemoval::isSafeCache(cache));
 }
 
 TEST(ProgramInspection, NodeModulesOfProgramsAreToldFromThoseOfProjects)

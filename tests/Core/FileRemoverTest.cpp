@@ -2,6 +2,7 @@
 
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/FileDescriptor.h"
+#include "FileSystem/ScanScope.h"
 #include "Removal/ProtectedLocations.h"
 #include "Removal/ReclaimEstimate.h"
 #include "Support/Cases.h"
@@ -204,6 +205,9 @@ TEST(ReclaimEstimate, AFileComesBackWithTheLastOfItsNames)
     EXPECT_EQ(reclaimOf(tree, {"project", "store/a", "project b/c"}), (Reclaim{92_KiB + way, 92_KiB + way}));
     EXPECT_EQ(reclaimOf(tree, {"project/a", "project/again"}), (Reclaim{.linkedElsewhere = 64_KiB}));
     EXPECT_EQ(reclaimOf(tree, {"project/way", "gone", "project b"}), (Reclaim{4_KiB + way, 4_KiB + way}));
+    ScanScope::use({.names = {"deep"}, .folders = {}});
+    EXPECT_EQ(reclaimOf(tree, {"project"}), linked) << "what scans leave out goes too";
+    ScanScope::use({});
 }
 
 TEST(ReclaimEstimate, SharedBlocksMayStay)

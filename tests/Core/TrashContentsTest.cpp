@@ -2,6 +2,7 @@
 
 #include "FileSystem/FolderReader.h"
 #include "FileSystem/ScanRoots.h"
+#include "FileSystem/ScanScope.h"
 #include "Removal/TrashFolders.h"
 #include "Support/Cases.h"
 #include "Support/Isolation.h"
@@ -89,7 +90,9 @@ TEST_F(TrashContentsTest, EmptyingTakesWhatWasSeenWithItsRecordsAndNothingElse)
               file(own + "/info/coming.trashinfo", record), file(own + "/info/notes.txt", "n"),
               file(own + "/info/odd.trashinfo", "no record")});
 
+    ScanScope::use({.names = {"sub"}, .folders = {}}); // what scans leave out is emptied too
     const TrashContents seen = look();
+    ScanScope::use({});
     std::vector<std::string> expected{"film.2 < /a/le film",  "dossier < /a/dossier",   "lien < /a/lien",
                                       "swapped < /a/swapped", "replaced < /a/replaced", "bare < "};
     if (hasGio) {
