@@ -23,7 +23,9 @@ const std::array<MarkRow, 4>& markRows()
 {
     static const std::array<MarkRow, 4> rows{{
         {EntryMark::toVerify, QStringLiteral("à vérifier"),
-         QStringLiteral("Rien ne prouve que ce dossier soit un cache : regardez ce qu’il contient."),
+         QStringLiteral(
+             "Rien ne prouve que ce dossier soit un cache, ou Git suit ses fichiers : regardez ce qu’il "
+             "contient."),
          QStringLiteral(" à vérifier : rien ne prouve que ce soit un cache qui se refait.")},
         {EntryMark::inUse, QStringLiteral("en cours d’utilisation"),
          QStringLiteral("Un programme s’en sert, ou il a changé il y a moins de dix minutes."),

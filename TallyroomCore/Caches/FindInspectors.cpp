@@ -6,9 +6,14 @@
 #include "FileSystem/FolderReader.h"
 #include "FileSystem/HomeFolder.h"
 #include "FileSystem/RealPath.h"
+#include "Git/TrackedFiles.h"
 
 #include <algorithm>
 #include <array>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tallyroom::FindInspectors {
 
@@ -17,22 +22,56 @@ namespace {
 /// So long a cache that was written to is taken to be in use.
 constexpr std::chrono::minutes recently{10};
 
-/// Marks those that other programs use now, as the files tell that they hold open in the folder that counts
-/// for each.
-template <class Place>
-void markOpen(const FileUrl& root, std::span<Entry> finds, const Place& place)
+/// Where the finds lie without links, in their order; none where that cannot be known.
+std::vector<FileUrl> realPlaces(const FileUrl& root, std::span<const Entry> finds)
 {
     const auto folder = openFolder(root, FolderAccess::throughOnly);
     const auto real = folder ? realPathOf(folder->get()) : std::unexpected(folder.error());
-    if (!real || finds.empty()) {
+    std::vector<FileUrl> places;
+    if (!real) {
+        return places;
+    }
+    const std::string base = *real == "/" ? std::string{} : *real;
+    const std::size_t rootLength = root.path() == "/" ? 0 : root.path().size();
+    places.reserve(finds.size());
+    for (const Entry& find : finds) {
+        places.emplace_back(base + find.url.path().substr(rootLength));
+    }
+    return places;
+}
+
+/// Marks those that other programs use now, as the files tell that they hold open in the folder that counts
+/// for each.
+template <class Place>
+void markOpen(std::span<Entry> finds, std::span<const FileUrl> places, const Place& place)
+{
+    if (places.empty()) {
         return;
     }
     const OpenFiles open = OpenFiles::look();
-    const std::string base = *real == "/" ? std::string{} : *real;
-    const std::size_t rootLength = root.path() == "/" ? 0 : root.path().size();
-    for (Entry& find : finds) {
-        if (open.isAnyIn(place(FileUrl{base + find.url.path().substr(rootLength)}))) {
-            find.set(EntryMark::inUse, true);
+    for (std::size_t number = 0; number < places.size(); ++number) {
+        if (open.isAnyIn(place(places[number]))) {
+            finds[number].set(EntryMark::inUse, true);
+        }
+    }
+}
+
+/// What Git tracks is somebody's work and no cache; nor is anything proven where its index cannot be read.
+void markTracked(std::span<Entry> finds, std::span<const FileUrl> places)
+{
+    if (places.empty()) {
+        for (Entry& find : finds) {
+            find.set(EntryMark::toVerify, true);
+        }
+        return;
+    }
+    std::vector<std::size_t> order(places.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::sort(order, {}, [places](std::size_t number) -> const FileUrl& { return places[number]; });
+    TrackedFiles tracked;
+    for (const std::size_t number : order) {
+        if (tracked.isAnyIn(places[number]) != std::optional{false}) {
+            finds[number].set(EntryMark::toVerify, true);
         }
     }
 }
@@ -56,7 +95,9 @@ public:
 
     void conclude(const FileUrl& root, std::span<Entry> finds) const override
     {
-        markOpen(root, finds, [](const FileUrl& cache) { return cache; });
+        const auto places = realPlaces(root, finds);
+        markOpen(finds, places, [](const FileUrl& cache) { return cache; });
+        markTracked(finds, places);
     }
 
 private:
@@ -75,7 +116,9 @@ public:
     /// A program that works in a project may load any of its modules at any time.
     void conclude(const FileUrl& root, std::span<Entry> finds) const override
     {
-        markOpen(root, finds, [](const FileUrl& nodeModules) { return nodeModules.parent(); });
+        const auto places = realPlaces(root, finds);
+        markOpen(finds, places, [](const FileUrl& nodeModules) { return nodeModules.parent(); });
+        markTracked(finds, places);
     }
 };
 

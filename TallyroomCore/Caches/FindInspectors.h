@@ -10,10 +10,11 @@ namespace tallyroom {
 namespace FindInspectors {
 
 /// For build caches: finds the ecosystem, and marks unproven caches, those of installed programs and those in
-/// use.
+/// use. What holds files that Git tracks is unproven.
 [[nodiscard]] std::shared_ptr<const FindInspector> ofCaches();
 
-/// For node_modules: marks those of installed programs, and those of projects that a program works in.
+/// For node_modules: marks those of installed programs, those of projects that a program works in, and
+/// as unproven those with files that Git tracks.
 [[nodiscard]] std::shared_ptr<const FindInspector> ofNodeModules();
 
 /// Whether an item at `url` belongs to an installed program: below a hidden folder of the home folder or of

@@ -1,10 +1,10 @@
 #include "Git/RepositoryState.h"
 
+#include "Git/GitLibrary.h"
+
 #include <algorithm>
 #include <git2.h>
 #include <iterator>
-#include <memory>
-#include <openssl/crypto.h>
 #include <span>
 #include <string_view>
 
@@ -12,21 +12,10 @@ namespace tallyroom {
 
 namespace {
 
-/// Frees an object of the library by its own function.
-template <auto release>
-struct Release {
-    template <class Object>
-    void operator()(Object* object) const
-    {
-        release(object);
-    }
-};
+using HistoryWalk = std::unique_ptr<git_revwalk, GitRelease<git_revwalk_free>>;
 
-using OpenRepository = std::unique_ptr<git_repository, Release<git_repository_free>>;
-using HistoryWalk = std::unique_ptr<git_revwalk, Release<git_revwalk_free>>;
-
-using WorkTree = std::unique_ptr<git_worktree, Release<git_worktree_free>>;
-using Configuration = std::unique_ptr<git_config, Release<git_config_free>>;
+using WorkTree = std::unique_ptr<git_worktree, GitRelease<git_worktree_free>>;
+using Configuration = std::unique_ptr<git_config, GitRelease<git_config_free>>;
 
 class NameList {
 public:
@@ -46,13 +35,7 @@ private:
 
 OpenRepository openRepository(const FileUrl& url)
 {
-    // For the life of the program: workers may still use the library while it ends.
-    [[maybe_unused]] static const int users = [] {
-        const int count = ::git_libgit2_init();
-        ::OPENSSL_thread_stop(); // frees what that keeps for this worker, which may not end before the
-                                 // program
-        return count;
-    }();
+    startGitLibrary();
     git_repository* repository = nullptr;
     ::git_repository_open_ext(&repository, url.path().c_str(), GIT_REPOSITORY_OPEN_NO_SEARCH, nullptr);
     return OpenRepository{repository};

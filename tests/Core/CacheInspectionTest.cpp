@@ -5,6 +5,7 @@
 #include "Support/CacheTree.h"
 #include "Support/Isolation.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -122,6 +123,34 @@ TEST(CacheInspection, AFileThatAnotherProgramHoldsOpenMeansInUseAlsoThroughALink
     const Holder holder{tree.path("crate/target/debug/app")};
     EXPECT_THAT(inUse(cachesIn(tree, tree.url())), UnorderedElementsAre("crate/target"));
     EXPECT_THAT(inUse(cachesIn(tree, tree.url("shortcut"))), UnorderedElementsAre("shortcut/target"));
+}
+
+TEST(CacheInspection, WhatGitTracksIsNeverProposed)
+{
+    CacheTree tree;
+    tree.add({file("app/package.json", "{}"), file("app/.next/BUILD_ID", 9),
+              file("app/web/.next/BUILD_ID", 9), file("app/web/package.json", "{}"),
+              file("app/.next-notes", 9), file("app/odd/package.json", "{}"),
+              file("app/odd/.next/BUILD_ID", 9), file("app/odd/.git/index", "no index"),
+              file("app/own/Cargo.toml", 9), file("app/own/target/.git", "gitdir: ../../elsewhere"),
+              file("app/node_modules/tool/index.js", 9), file("app/web/node_modules/a", 9)});
+    const std::string git = "git -C " + tree.path("app") + " -c core.safecrlf=false ";
+    ASSERT_EQ(std::system((git + "init -q && " + git +
+                           "add -f .next-notes package.json web/.next node_modules/tool/index.js")
+                              .c_str()),
+              0);
+    dateAll(tree, 1'600'000'000);
+    tree.add(link("shortcut", "app/web"));
+    auto found = cachesIn(tree, tree.url("app"));
+    found.merge(cachesIn(tree, tree.url("shortcut")));
+    for (const char* const path : {"app/web/.next", "shortcut/.next", "app/odd/.next", "app/own/target"}) {
+        EXPECT_FALSE(SafeRemoval::isSafeCache(found.at(path))) << path;
+    }
+    EXPECT_TRUE(SafeRemoval::isSafeCache(found.at("app/.next")));
+    const SafeRemoval::NodeProject project{std::nullopt, true};
+    const auto isSafe = SafeRemoval::safeNodeModules(AgeThreshold::oneMonth);
+    EXPECT_FALSE(isSafe(found.at("app/node_modules"), project));
+    EXPECT_TRUE(isSafe(found.at("app/web/node_modules"), project));
 }
 
 TEST(ProgramInspection, NodeModulesAreInUseWhileAProgramWorksInTheirProject)
