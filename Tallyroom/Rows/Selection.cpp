@@ -221,8 +221,7 @@ std::vector<Entry> Selection::deeperEntries() const
 
 void Selection::renewDeeper(const std::vector<Entry>& asked, const std::vector<Entry>& found)
 {
-    UrlSet present;
-    std::ranges::transform(found, std::inserter(present, present.end()), &Entry::url);
+    const UrlSet present = urlsOf(found, &Entry::url);
     for (const Entry& entry : asked) {
         if (!present.contains(entry.url)) {
             m_deeper.erase(entry.url);

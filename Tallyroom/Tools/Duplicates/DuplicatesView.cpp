@@ -13,9 +13,6 @@
 
 #include <QPushButton>
 
-#include <algorithm>
-#include <iterator>
-
 namespace tallyroom {
 
 namespace {
@@ -140,9 +137,7 @@ QString DuplicatesView::summary() const
 
 ToolScreen::Caution DuplicatesView::caution(const std::vector<Entry>& entries) const
 {
-    UrlSet urls;
-    std::ranges::transform(entries, std::inserter(urls, urls.end()), &Entry::url);
-    const std::size_t lost = m_duplicates.groupsLosingAllCopies(urls);
+    const std::size_t lost = m_duplicates.groupsLosingAllCopies(urlsOf(entries, &Entry::url));
     if (lost == 0) {
         return {DuplicatesViewModel::copiesStay(), {}};
     }

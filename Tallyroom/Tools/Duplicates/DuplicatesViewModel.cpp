@@ -348,9 +348,7 @@ ScanToolViewModel::RemovalPlan DuplicatesViewModel::planRemoval(const std::vecto
     const auto freed = [groups = m_groups](const std::vector<Entry>& done) {
         return remainder(*groups, RemovedPlaces{done}).freed;
     };
-    UrlSet candidates;
-    std::ranges::transform(entries, std::inserter(candidates, candidates.end()), &Entry::url);
-    return {DuplicateRemovalCheck::forGroups(m_groups, std::move(candidates)), freed};
+    return {DuplicateRemovalCheck::forGroups(m_groups, urlsOf(entries, &Entry::url)), freed};
 }
 
 void DuplicatesViewModel::takeOut(PropertyUpdate& update, const std::vector<Entry>& gone)

@@ -10,9 +10,6 @@
 
 #include <QPushButton>
 
-#include <algorithm>
-#include <iterator>
-
 namespace tallyroom {
 
 namespace {
@@ -90,9 +87,7 @@ void ListToolScreen::addSweep()
     connect(&m_list, &ScanToolViewModel::remarksChanged, m_sweepButton, [this] { showSweep(); });
     connect(m_sweepButton, &QPushButton::clicked, this, [this] {
         const std::vector<Entry> entries = m_sweep.entries();
-        UrlSet urls;
-        std::ranges::transform(entries, std::inserter(urls, urls.end()), &Entry::url);
-        selection().setUrls(urls);
+        selection().setUrls(urlsOf(entries, &Entry::url));
         askDeletion(entries, DeleteConfirmation::Default::trash);
     });
     showSweep();

@@ -1,18 +1,13 @@
 #pragma once
 
 #include "Bridge/Desktop.h"
-#include "Bridge/Observable.h"
 #include "Controls/Option.h"
-#include "Deletion/DeletionRunner.h"
-#include "Deletion/DeletionSupport.h"
 #include "FileSystem/ScanScope.h"
-#include "Model/Entry.h"
-#include "Tools/Frame/FolderTool.h"
 #include "Tools/Frame/Recovery.h"
+#include "Tools/Frame/RemovingTool.h"
 #include "Tools/Frame/ScanEnd.h"
 #include "Tools/Frame/ToolState.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -28,52 +23,21 @@ struct ScanLine {
     friend bool operator==(const ScanLine&, const ScanLine&) = default;
 };
 
-/// What all tools have in common that scan a folder and delete from what they found: the choice of the
-/// folder, where the scan is, the search text, and how a deletion or an undo goes on. What is found, and by
-/// which scan, is a matter of the tools. Main thread.
-class ScanToolViewModel : public FolderTool {
+/// A tool that scans a folder: the choice of the folder, how far the scan is, and the filter. What it finds,
+/// and by which scan, each tool decides. Main thread.
+class ScanToolViewModel : public RemovingTool {
     Q_OBJECT
     Q_PROPERTY(tallyroom::ToolState state READ state NOTIFY stateChanged)
     Q_PROPERTY(std::optional<tallyroom::FileUrl> rootURL READ rootURL NOTIFY rootURLChanged)
-    Q_PROPERTY(std::optional<QString> statusMessage READ statusMessage NOTIFY statusMessageChanged)
-    Q_PROPERTY(std::optional<tallyroom::UndoableDeletion> undoable READ undoable NOTIFY undoableChanged)
-    Q_PROPERTY(std::optional<tallyroom::RemovalProgress> removal READ removal NOTIFY removalChanged)
     Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
 
 public:
-    using Failures = std::vector<FileRemover::RemovalFailure>;
-    using Visitor = std::function<void(const Entry&)>;
-
     [[nodiscard]] const ToolState& state() const { return m_state; }
 
     /// How the scan ended that made the list on screen; changes with `state` only.
     [[nodiscard]] const ScanEnd& scanEnd() const { return m_scanEnd; }
 
     [[nodiscard]] const std::optional<FileUrl>& rootURL() const { return m_rootURL; }
-
-    /// The report of the last deletion or undo.
-    [[nodiscard]] const std::optional<QString>& statusMessage() const { return m_statusMessage; }
-
-    /// Whether that report is of a failure; changes with `statusMessage` only.
-    [[nodiscard]] ReportTone statusTone() const { return m_statusTone; }
-
-    /// What the last deletion or undo left as it was, and why; changes with `statusMessage` only.
-    [[nodiscard]] const Failures& failures() const { return m_failures; }
-
-    /// What else there is to know of the last removal: the volumes have gained something else than it says.
-    /// Empty in general; changes with `statusMessage` only.
-    [[nodiscard]] const QString& removalNote() const { return m_removalNote; }
-
-    /// The last deletion, as long as it can be undone: until the next one, or until a scan begins.
-    [[nodiscard]] const std::optional<UndoableDeletion>& undoable() const { return m_undoable; }
-
-    [[nodiscard]] bool canUndo() const { return m_undoable.has_value(); }
-
-    /// Whether `statusMessage` is about what `undoable` holds in the trash; changes with them only.
-    [[nodiscard]] bool tellsOfTrash() const { return m_tellsOfTrash && canUndo(); }
-
-    /// How far this tool's deletion or undo has come, while one runs.
-    [[nodiscard]] const std::optional<RemovalProgress>& removal() const { return m_removal; }
 
     [[nodiscard]] const QString& searchText() const { return m_searchText; }
 
@@ -83,14 +47,10 @@ public:
     /// Offers another one; its functions must live as long as the tool.
     void addOption(Option option) { m_options.push_back(std::move(option)); }
 
-    /// The folder that the entries on screen come from.
-    [[nodiscard]] virtual std::optional<FileUrl> listedFolder() const { return rootURL(); }
+    [[nodiscard]] std::optional<FileUrl> listedFolder() const override { return rootURL(); }
 
     /// How many entries were found, those included that the search text hides.
     [[nodiscard]] virtual std::size_t entryCount() const = 0;
-
-    /// Calls `visit` with every entry found, in the order of the list.
-    virtual void forEachEntry(const Visitor& visit) const = 0;
 
     /// Whether a running scan has something to say of its progress.
     [[nodiscard]] virtual bool hasProgress() const = 0;
@@ -140,50 +100,11 @@ public:
     /// Stops a running scan and keeps its finds.
     void cancelScan();
 
-    /// What a tool adds to a deletion.
-    struct RemovalPlan {
-        FileRemover::Screening screening; ///< looks at each item right before it goes
-        /// The bytes that come free when `done` has been removed.
-        std::function<std::int64_t(const std::vector<Entry>& done)> freed = totalSize;
-    };
-
-    /// For a deletion that the person is asked about now: other removals may change the list before the
-    /// answer comes, and what was agreed to stays as it was.
-    [[nodiscard]] virtual RemovalPlan planRemoval(const std::vector<Entry>& /*entries*/) const { return {}; }
-
-    /// Deletes those of the entries found that `urls` names.
-    void deleteSelected(const UrlSet& urls, bool permanently);
-
-    /// Deletes `entries` as they were found, by the plan that was made for them. Runs on; the list,
-    /// `statusMessage` and `undoable` follow. Does nothing without entries, and says so when another removal
-    /// runs.
-    void deleteEntries(const std::vector<Entry>& entries, bool permanently, const RemovalPlan& plan);
-
-    /// Puts back what the last deletion moved to the trash. Runs on like a deletion.
-    void undoDeletion();
-
-    /// Removes what the last deletion moved to the trash, for good: those items only. Runs on like a
-    /// deletion.
-    void deleteTrashed();
-
-    /// Ends this tool's deletion or undo after the item in hand; what it did so far is reported and can be
-    /// undone.
-    void stopRemoval();
-
-    /// Puts something else than a removal's report into its place.
-    void tell(const QString& message, ReportTone tone);
-
-    /// Takes the report off the screen.
-    void dismissStatus();
-
     /// Leaves the error state for the previous page: the list, or the welcome without one.
     void dismissError();
 
 Q_SIGNALS:
     void rootURLChanged();
-    void statusMessageChanged();
-    void undoableChanged();
-    void removalChanged();
     void searchTextChanged();
     /// Something else than the search text changed what the filter lets through.
     void filterChanged();
@@ -199,18 +120,6 @@ protected:
 
     /// Replaces the scan on show by a new one of the same folder.
     virtual void scanAgain() { scan(); }
-
-    /// Takes removed items, and all that lay below them, out of the list.
-    virtual void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) = 0;
-
-    /// Puts restored items into the list. `isOwn`: this tool removed them from the folder that it lists now.
-    virtual void putBack(PropertyUpdate& update, const std::vector<Entry>& back, bool isOwn) = 0;
-
-    /// The sizes of these folders have changed.
-    virtual void measureAgain(const UrlSet& /*folders*/) {}
-
-    /// The line that reports an undo.
-    [[nodiscard]] virtual QString restoreReport(const RemovalOutcome& outcome) const;
 
     /// Empties the list and starts the scan; called with a root folder set and no scan running.
     virtual void startScan(PropertyUpdate& update) = 0;
@@ -237,35 +146,12 @@ protected:
     void endScan(const ScanEnd& end);
 
 private:
-    /// One filling of the list; a removal that began during it finds it expired after the next scan began.
-    struct Filling {};
-
-    using Finished = std::function<void(PropertyUpdate& update, const RemovalOutcome& outcome)>;
-
     void followProposed();
-    void forgetUndo(PropertyUpdate& update, const std::vector<Entry>& gone);
-    [[nodiscard]] DeletionRunner::Listener listener(Finished finished);
-    void beginRemoval(bool isAccepted, const RemovalProgress& progress);
-    void follow(const DiskChange& change);
-    void report(PropertyUpdate& update, const QString& message, const FileRemover::RemovalResult& result,
-                const QString& note = {});
-    void showRemoval(const std::optional<RemovalProgress>& progress);
-    void showStatus(const std::optional<QString>& message, ReportTone tone);
 
-    DeletionRunner& m_deletions;
     ToolState m_state;
     ScanEnd m_scanEnd;
     std::optional<FileUrl> m_rootURL;
     std::shared_ptr<const ScanScope> m_scanScope; // of the last scan
-    std::optional<QString> m_statusMessage;
-    ReportTone m_statusTone = ReportTone::done;
-    bool m_tellsOfTrash = false;
-    Failures m_failures;
-    QString m_removalNote;
-    std::optional<RemovalProgress> m_removal;
-    std::optional<UndoableDeletion> m_undoable;
-    std::optional<FileUrl> m_removedFrom; // the folder listed when the last deletion began
-    std::shared_ptr<Filling> m_filling = std::make_shared<Filling>();
     QString m_searchText;
     std::shared_ptr<const UrlSet> m_proposed; // while nothing else is shown
     std::vector<Option> m_options;
