@@ -181,11 +181,22 @@ private:
         return std::move(reading.digested);
     }
 
+    /// Batches on their way, either all of them in order or none.
+    struct Pass {
+        const std::vector<Batch>& batches;
+        Reading& reading;
+        FilesAhead ahead;
+        std::vector<std::unique_ptr<BatchDigester>> digesters; ///< one a worker
+        std::vector<std::optional<BatchDigester::Digests>> digests;
+    };
+
     /// Digests batches until the disk of one of them wants to be read otherwise. Returns those that are left.
     std::vector<Batch> digest(const std::vector<Batch>& batches, Reading& reading, unsigned lanes)
     {
         WorkerPool& pool = WorkerPool::shared();
-        std::vector<std::unique_ptr<BatchDigester>> digesters(pool.capacity());
+        Pass pass{batches, reading, filesAhead(batches, reading),
+                  std::vector<std::unique_ptr<BatchDigester>>(pool.capacity()),
+                  std::vector<std::optional<BatchDigester::Digests>>(batches.size())};
         ParallelForOptions options;
         options.stop = m_stop;
         options.lanes = lanes;
@@ -194,30 +205,6 @@ private:
             const std::int64_t bytes =
                 std::min(reading.readBytes.load(std::memory_order_relaxed), reading.toRead);
             m_onProgress({m_progress.done + bytes, m_progress.total});
-        };
-        std::vector<std::optional<BatchDigester::Digests>> digests(batches.size());
-        const auto open = [&](const Batch& batch, std::size_t index) {
-            return m_contents.open(batch.contents[index], reading.suspects[batch.suspects].key, reading.stage,
-                                   m_stop);
-        };
-        const auto span = [&](const Batch& batch) {
-            return spanOf(reading.stage, reading.suspects[batch.suspects].size);
-        };
-        FilesAhead ahead{batches.size(), [&](std::size_t number) { return open(batches[number], 0); },
-                         [&](std::size_t number) { return span(batches[number]); }};
-        const auto digestOne = [&](std::size_t number, unsigned worker) {
-            auto& digester = digesters[worker];
-            if (digester == nullptr) {
-                digester = std::make_unique<BatchDigester>();
-            }
-            const Batch& batch = batches[number];
-            auto early = batch.isOrdered ? ahead.take(number) : std::nullopt;
-            digests[number] = digester->digest(
-                batch.contents.size(), span(batch),
-                [&](std::size_t index) {
-                    return early ? std::exchange(early, std::nullopt) : open(batch, index);
-                },
-                m_stop, reading.readBytes);
         };
         // One look at the disk for many files that lie side by side.
         const std::size_t step = !batches.empty() && batches.front().isOrdered ? filesALook : 1;
@@ -229,20 +216,57 @@ private:
             }
             m_disks.watch(deviceOf(batch), [&] {
                 for (std::size_t i = first; i < std::min(first + step, batches.size()); ++i) {
-                    digestOne(i, worker);
+                    digestOne(pass, i, worker);
                 }
             });
         };
         parallelFor(pool, (batches.size() + step - 1) / step, work, options);
+        return gather(pass);
+    }
+
+    FilesAhead filesAhead(const std::vector<Batch>& batches, const Reading& reading)
+    {
+        return {batches.size(), [&](std::size_t number) { return open(batches[number], 0, reading); },
+                [&](std::size_t number) {
+                    return spanAhead(reading.stage, reading.suspects[batches[number].suspects].size);
+                }};
+    }
+
+    std::optional<StableFile> open(const Batch& batch, std::size_t index, const Reading& reading)
+    {
+        return m_contents.open(batch.contents[index], reading.suspects[batch.suspects].key, reading.stage,
+                               m_stop);
+    }
+
+    void digestOne(Pass& pass, std::size_t number, unsigned worker)
+    {
+        auto& digester = pass.digesters[worker];
+        if (digester == nullptr) {
+            digester = std::make_unique<BatchDigester>();
+        }
+        const Batch& batch = pass.batches[number];
+        auto early = batch.isOrdered ? pass.ahead.take(number) : std::nullopt;
+        pass.digests[number] = digester->digest(
+            batch.contents.size(), spanOf(pass.reading.stage, pass.reading.suspects[batch.suspects].size),
+            [&](std::size_t index) {
+                return early ? std::exchange(early, std::nullopt) : open(batch, index, pass.reading);
+            },
+            m_stop, pass.reading.readBytes);
+    }
+
+    /// Enters the digests that were made, and returns the batches without.
+    static std::vector<Batch> gather(const Pass& pass)
+    {
         std::vector<Batch> left;
-        for (std::size_t i = 0; i < batches.size(); ++i) {
-            if (!digests[i]) {
-                left.push_back(batches[i]);
+        for (std::size_t i = 0; i < pass.batches.size(); ++i) {
+            const Batch& batch = pass.batches[i];
+            if (!pass.digests[i]) {
+                left.push_back(batch);
                 continue;
             }
-            for (std::size_t file = 0; file < digests[i]->size(); ++file) {
-                if (const auto& digest = (*digests[i])[file]) {
-                    reading.digested.push_back({batches[i].suspects, *digest, batches[i].contents[file]});
+            for (std::size_t file = 0; file < batch.contents.size(); ++file) {
+                if (const auto& digest = (*pass.digests[i])[file]) {
+                    pass.reading.digested.push_back({batch.suspects, *digest, batch.contents[file]});
                 }
             }
         }
@@ -299,7 +323,7 @@ private:
         std::vector<std::pair<Place, Batch>> placed;
         for (const Batch& batch : batches) {
             const std::int64_t size = reading.suspects[batch.suspects].size;
-            const std::int64_t offset = spanOf(reading.stage, size).offset;
+            const std::int64_t offset = spanAhead(reading.stage, size).offset;
             for (const std::uint32_t& content : batch.contents) {
                 const FileId& identity = m_contents[content].identity;
                 const auto file = openForReading(m_contents.url(content));

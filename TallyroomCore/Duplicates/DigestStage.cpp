@@ -52,6 +52,15 @@ FileSpan DigestStages::spanOf(DigestStage stage, std::int64_t size)
     return {};
 }
 
+FileSpan DigestStages::spanAhead(DigestStage stage, std::int64_t size)
+{
+    FileSpan span = spanOf(stage, size);
+    if (stage == DigestStage::tail && size - spanLength <= longestAhead) {
+        span = {spanLength, size - spanLength};
+    }
+    return {span.offset, std::min(span.length, longestAhead)};
+}
+
 bool DigestStages::isSettled(DigestStage stage, std::int64_t size)
 {
     switch (stage) {

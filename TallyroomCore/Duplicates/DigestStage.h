@@ -24,8 +24,15 @@ namespace DigestStages {
 /// The first two stages read at most so much of a file.
 inline constexpr std::int64_t spanLength = 64L * 1024;
 
+/// So much of a file at most is asked for before it is read: whoever reads it asks for the rest.
+inline constexpr std::int64_t longestAhead = 1024L * 1024;
+
 /// The bytes that a stage reads of a file of `size` bytes.
 [[nodiscard]] FileSpan spanOf(DigestStage stage, std::int64_t size);
+
+/// What a disk with a head is asked for when a stage comes to a file: what the next stage reads of it as well
+/// where that is little. Files whose heads are alike are mostly alike, and one way there is enough.
+[[nodiscard]] FileSpan spanAhead(DigestStage stage, std::int64_t size);
 
 /// True when the digests up to this stage have covered every byte.
 [[nodiscard]] bool isSettled(DigestStage stage, std::int64_t size);

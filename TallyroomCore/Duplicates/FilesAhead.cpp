@@ -10,11 +10,9 @@ namespace tallyroom {
 
 namespace {
 
-/// So much of a long span is asked for: whoever reads it asks for the rest.
-constexpr std::int64_t longestRequest = 1024L * 1024;
-
-/// At most so many files are open before their turn.
-constexpr std::size_t mostFiles = 128;
+/// At most so many files are open before their turn: more than a disk takes in at once, so that what is asked
+/// of neighbours becomes one request while it waits.
+constexpr std::size_t mostFiles = 512;
 
 /// The disk is asked for at most so much before its turn, one file aside.
 constexpr std::int64_t mostBytes = 32L * 1024 * 1024;
@@ -42,14 +40,10 @@ std::optional<StableFile> FilesAhead::openNow(std::size_t number) const
 {
     auto file = m_open(number);
     if (file) {
-        ::posix_fadvise(file->descriptor(), m_span(number).offset, bytesOf(number), POSIX_FADV_WILLNEED);
+        const FileSpan span = m_span(number);
+        ::posix_fadvise(file->descriptor(), span.offset, span.length, POSIX_FADV_WILLNEED);
     }
     return file;
-}
-
-std::int64_t FilesAhead::bytesOf(std::size_t number) const
-{
-    return std::min(m_span(number).length, longestRequest);
 }
 
 /// The file that is to be opened next, unless enough wait.
@@ -63,7 +57,7 @@ std::optional<std::size_t> FilesAhead::claim()
 
 void FilesAhead::putAside(std::size_t number, std::optional<StableFile> file)
 {
-    const std::int64_t bytes = bytesOf(number);
+    const std::int64_t bytes = m_span(number).length;
     m_ahead.with([&](Ahead& ahead) {
         const auto [place, isNew] = ahead.files.try_emplace(number, std::move(file));
         if (isNew) {
@@ -76,7 +70,7 @@ void FilesAhead::putAside(std::size_t number, std::optional<StableFile> file)
 
 std::optional<StableFile> FilesAhead::takeOut(std::size_t number)
 {
-    const std::int64_t bytes = bytesOf(number);
+    const std::int64_t bytes = m_span(number).length;
     auto taken = m_ahead.with([&](Ahead& ahead) {
         auto found = ahead.files.extract(number);
         if (found.empty()) {

@@ -18,7 +18,7 @@ class FilesAhead {
 public:
     /// Opens the file with a number below `count`.
     using Open = std::function<std::optional<StableFile>(std::size_t)>;
-    /// What will be read of it.
+    /// What the disk is asked for of it.
     using Span = std::function<FileSpan(std::size_t)>;
 
     FilesAhead(std::size_t count, Open open, Span span);
@@ -34,7 +34,6 @@ private:
     };
 
     [[nodiscard]] std::optional<StableFile> openNow(std::size_t number) const;
-    [[nodiscard]] std::int64_t bytesOf(std::size_t number) const;
     std::optional<std::size_t> claim();
     void putAside(std::size_t number, std::optional<StableFile> file);
     std::optional<StableFile> takeOut(std::size_t number);
