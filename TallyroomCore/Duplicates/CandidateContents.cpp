@@ -48,11 +48,15 @@ CandidateContents::CandidateContents(CandidateWalk::Findings findings)
     }
 }
 
-std::set<std::uint64_t> CandidateContents::devices() const
+std::map<std::uint64_t, FileUrl> CandidateContents::devices() const
 {
-    std::set<std::uint64_t> devices;
+    std::map<std::uint64_t, FileUrl> devices;
     for (const Candidate& candidate : m_findings.candidates) {
-        devices.insert(devices.end(), candidate.identity.device);
+        if (!devices.contains(candidate.identity.device)) {
+            const ScanRoot& root = *m_findings.root;
+            const std::string below = urlOf(candidate).path().substr(root.url.path().size());
+            devices.emplace(candidate.identity.device, FileUrl{root.place.path() + "/" + below});
+        }
     }
     return devices;
 }

@@ -8,8 +8,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
-#include <set>
 #include <span>
 #include <stop_token>
 #include <string>
@@ -37,7 +37,8 @@ public:
     /// How many paths lead to a file.
     [[nodiscard]] std::uint32_t paths(std::uint32_t number) const { return m_contents[number].paths; }
 
-    [[nodiscard]] std::set<std::uint64_t> devices() const;
+    /// The devices that hold the files, each with a path to one of them that has no links on its way.
+    [[nodiscard]] std::map<std::uint64_t, FileUrl> devices() const;
 
     /// Opens a file by the first of its paths that still leads to it, for a stage. What the stages before
     /// read of it is read again when its state has changed since: only with the same bytes there, as `key`

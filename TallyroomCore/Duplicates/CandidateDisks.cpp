@@ -25,15 +25,14 @@ Structure zeroed()
 
 using DisksOfDevices = std::map<std::uint64_t, std::vector<std::string>>;
 
-DisksOfDevices rotating(const std::set<std::uint64_t>& devices, const DiskSense& sense)
+DisksOfDevices rotating(const std::map<std::uint64_t, FileUrl>& devices, const DiskSense& sense)
 {
     DisksOfDevices rotating;
-    std::set<std::uint64_t> asked;
-    for (const Mount& mount : MountTable::read()) {
-        if (devices.contains(mount.device) && asked.insert(mount.device).second) {
-            if (auto disks = sense.rotatingDisks(mount); !disks.empty()) {
-                rotating[mount.device] = std::move(disks);
-            }
+    const auto mounts = MountTable::reachable(MountTable::read());
+    for (const auto& [device, file] : devices) {
+        const auto mount = MountTable::holding(file, mounts);
+        if (auto disks = mount ? sense.rotatingDisks(*mount) : std::vector<std::string>{}; !disks.empty()) {
+            rotating[device] = std::move(disks);
         }
     }
     return rotating;
@@ -72,7 +71,7 @@ std::optional<std::uint64_t> placeOnDisk(int descriptor, std::int64_t offset)
     return extent.fe_physical;
 }
 
-CandidateDisks::CandidateDisks(const std::set<std::uint64_t>& devices, const DiskSense& sense)
+CandidateDisks::CandidateDisks(const std::map<std::uint64_t, FileUrl>& devices, const DiskSense& sense)
     : m_sense(sense), m_rotating(rotating(devices, sense)), m_disks(mostDisks(m_rotating)),
       m_pace(!sense.lookSolid(m_disks), patience)
 {}

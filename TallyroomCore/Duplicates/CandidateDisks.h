@@ -1,13 +1,13 @@
 #pragma once
 
 #include "FileSystem/DiskPace.h"
+#include "Model/FileUrl.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -20,8 +20,9 @@ namespace tallyroom {
 /// The rotating disks among those that hold the candidates of one search, and how they answer it. Any thread.
 class CandidateDisks {
 public:
-    /// `devices` as in FileId.
-    CandidateDisks(const std::set<std::uint64_t>& devices, const DiskSense& sense);
+    /// `devices` as in FileId, each with a file on it: btrfs gives each subvolume a number of its own, which
+    /// no table of mounts knows.
+    CandidateDisks(const std::map<std::uint64_t, FileUrl>& devices, const DiskSense& sense);
 
     /// Whether files on this device are to be read one after the other, as they lie there, at present.
     [[nodiscard]] bool areOrdered(std::uint64_t device) const

@@ -208,18 +208,23 @@ TEST(DiskOrder, AFileThatHangsDoesNotKeepTheOnlyReader)
 struct DigestOrder {
     std::vector<std::uint64_t> looks;
     std::vector<std::uint64_t> asked;
+    std::vector<std::pair<long, long>> spans; ///< that it was asked for
 };
 
-DigestOrder digestedInOrder(const TemporaryTree& tree, const DiskUse& use)
+DigestOrder digestedInOrder(const TemporaryTree& tree, const DiskUse& use, std::size_t groups)
 {
     const OneDisk disk{use};
     std::mutex mutex;
     DigestOrder order;
-    auto findings = CandidateWalk::run(tree.url(), 1, {100, 100}, {}, [](std::int64_t) {});
     const Interception calls{[&](const InterceptedCall& call) {
         const std::scoped_lock lock{mutex};
+        if (call.kind == InterceptedCall::Kind::statx) {
+            call.told->stx_dev_major = 0; // as btrfs numbers a subvolume
+            call.told->stx_dev_minor = 4242;
+        }
         if (call.kind == InterceptedCall::Kind::advise) {
             order.asked.push_back(inodeOf(call.folder));
+            order.spans.emplace_back(call.offset, call.length);
         } else if (call.name[0] == 0 && S_ISREG(call.told->stx_mode) &&
                    (order.looks.empty() ||
                     order.looks.back() != call.told->stx_ino)) { // young: looked at again
@@ -227,10 +232,11 @@ DigestOrder digestedInOrder(const TemporaryTree& tree, const DiskUse& use)
         }
         return 0;
     }};
+    auto findings = CandidateWalk::run(tree.url(), 1, {100, 100}, {}, [](std::int64_t) {});
     EXPECT_EQ(DigestSearch::run(
                   std::move(findings), {}, [](DigestSearch::Progress) {}, disk)
                   .size(),
-              2U);
+              groups);
     return order;
 }
 
@@ -254,14 +260,32 @@ TEST(DiskOrder, FilesAreDigestedOneByOneAsTheyLieOnTheDisk)
     std::vector<std::uint64_t> expected;
     std::ranges::transform(places, std::back_inserter(expected),
                            [](const auto& place) { return place.second; });
-    const auto [looks, asked] = digestedInOrder(tree, headMoves);
+    const auto [looks, asked, spans] = digestedInOrder(tree, headMoves, 2);
     EXPECT_THAT(asked, ElementsAreArray(expected));
     expected.insert(expected.end(), expected.begin(),
                     expected.end()); // all are opened before one has been read
     EXPECT_THAT(looks, ElementsAreArray(expected));
-    const auto inAnyOrder = digestedInOrder(tree, {10ms, 0ms, 0, 0}).looks;
+    const auto inAnyOrder = digestedInOrder(tree, {10ms, 0ms, 0, 0}, 2).looks;
     EXPECT_EQ(std::set(inAnyOrder.begin(), inAnyOrder.end()).size(), 12U)
         << "none is lost when the way changes";
+}
+
+TEST(DiskOrder, FilesWhoseHeadsAreAlikeAreFetchedOnOneWayToTheirTails)
+{
+    constexpr long head = 65536;
+    constexpr long size = 5 * head;
+    constexpr long longest = 1 << 20;
+    TemporaryTree tree;
+    for (const char* const name : {"a", "b"}) {
+        tree.add(file(name, std::string(size, 'x')));
+        tree.add(file(std::string{"long-"} + name, std::string(longest + 2 * head, 'x')));
+    }
+    auto spans = digestedInOrder(tree, headMoves, 2).spans;
+    std::ranges::sort(spans);
+    spans.erase(std::ranges::unique(spans).begin(), spans.end());
+    EXPECT_THAT(spans, ElementsAre(std::pair{0L, head}, std::pair{0L, size}, std::pair{0L, longest},
+                                   std::pair{head, size - head}, std::pair{longest, 2 * head},
+                                   std::pair{longest + head, head}));
 }
 
 TEST(DiskOrder, FilesThatAreOpenedEarlyLeaveDescriptorsForTheOthers)

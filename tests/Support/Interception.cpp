@@ -85,7 +85,7 @@ int unlinkat(int folder, const char* name, int flags) noexcept
 int posix_fadvise(int file, off_t offset, off_t length, int advice) noexcept
 {
     using tallyroom::InterceptedCall;
-    const int error = tallyroom::heard({InterceptedCall::Kind::advise, file, "", nullptr});
+    const int error = tallyroom::heard({InterceptedCall::Kind::advise, file, "", nullptr, offset, length});
     return error != 0 ? error : static_cast<int>(-::syscall(SYS_fadvise64, file, offset, length, advice));
 }
 

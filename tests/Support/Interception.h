@@ -15,6 +15,8 @@ struct InterceptedCall {
     int folder = -1; ///< that the name is relative to; the old one of a rename; the file itself of an advice
     const char* name = nullptr;   ///< the old one of a rename
     struct statx* told = nullptr; ///< the answer of statx, which the watch may change
+    long offset = 0;              ///< of an advice, with its length
+    long length = 0;
 };
 
 /// For its life, `watch` is called at every statx, renameat2, unlinkat and posix_fadvise of this process:
