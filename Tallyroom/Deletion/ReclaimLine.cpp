@@ -2,8 +2,8 @@
 
 #include "Bridge/AskApart.h"
 #include "Deletion/DeletionSupport.h"
-#include "Text/NumberText.h"
 #include "Text/SizeText.h"
+#include "Text/UnreadText.h"
 #include "Theme/Theme.h"
 
 #include <utility>
@@ -45,10 +45,8 @@ QString ReclaimLine::sentence(const Reclaim& reclaim, std::int64_t size)
 {
     const QString least = sizeText(reclaim.atLeast);
     if (reclaim.unread > 0) {
-        return beginning() +
-               QStringLiteral("au moins %1 libérés (%2)")
-                   .arg(least, NumberText::plural(reclaim.unread, QStringLiteral("dossier illisible"),
-                                                  QStringLiteral("dossiers illisibles")));
+        return beginning() + QStringLiteral("au moins %1 libérés (%2)")
+                                 .arg(least, UnreadText::count(reclaim.unread, reclaim.hasUnreadItems));
     }
     if (!reclaim.isExact()) {
         const QString most = sizeText(reclaim.atMost);

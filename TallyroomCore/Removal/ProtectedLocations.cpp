@@ -1,13 +1,19 @@
 #include "Removal/ProtectedLocations.h"
 
+#include "Concurrency/Answers.h"
 #include "Concurrency/Locked.h"
+#include "Concurrency/PatientCalls.h"
 #include "FileSystem/FileAttributes.h"
 #include "FileSystem/HomeFolder.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <cstddef>
 #include <fcntl.h>
 #include <iterator>
+#include <memory>
+#include <utility>
 
 namespace tallyroom {
 
@@ -28,25 +34,74 @@ std::vector<std::string> otherPlaces(const Mount& mount, std::span<const Mount> 
     return places;
 }
 
+struct ChosenFolder {
+    FileUrl folder;
+    std::optional<FileUrl> place; ///< as it was when it was found last
+};
+
 /// Never destroyed: workers may outlive main().
-Locked<std::vector<FileUrl>>& chosenFolders()
+Locked<std::vector<ChosenFolder>>& chosenFolders()
 {
-    static auto& folders = *new Locked<std::vector<FileUrl>>;
+    static auto& folders = *new Locked<std::vector<ChosenFolder>>;
     return folders;
+}
+
+using Places = Answers<FileUrl>;
+
+/// Where the folders lie, in their order; nothing for those that do not answer in time.
+std::vector<std::optional<FileUrl>> placesOf(const std::vector<ChosenFolder>& chosen)
+{
+    constexpr std::chrono::seconds patience{5}; // a disk may have to start
+    constexpr unsigned threads = 32;
+    static auto& calls = *new PatientCalls{threads, patience};
+    const auto answers = std::make_shared<Places>(chosen.size());
+    for (std::size_t number = 0; number < chosen.size(); ++number) {
+        const FileUrl& folder = chosen[number].folder;
+        const auto question = [number, folder, asker = std::weak_ptr{answers}] {
+            const FileUrl place = realPlaceOf(folder);
+            if (const auto waiting = asker.lock()) {
+                waiting->put(number, place);
+            }
+        };
+        if (!calls.ask(folder.path(), question)) {
+            answers->refuse();
+        }
+    }
+    return answers->waitUntil(0, std::chrono::steady_clock::now() + patience).answers;
 }
 
 } // namespace
 
 void ProtectedLocations::protect(std::vector<FileUrl> folders)
 {
-    chosenFolders().set(std::move(folders));
+    std::vector<ChosenFolder> chosen;
+    std::ranges::transform(folders, std::back_inserter(chosen), [](FileUrl& folder) {
+        return ChosenFolder{std::move(folder), std::nullopt};
+    });
+    chosenFolders().set(std::move(chosen));
 }
 
+/// A folder on a mount that is dead keeps no removal elsewhere: it stays protected where it lay before, and
+/// where its path says.
 void ProtectedLocations::readChosen()
 {
-    for (const FileUrl& folder : chosenFolders().get()) {
-        m_chosen.push_back(realPlaceOf(folder).path());
+    std::vector<ChosenFolder> chosen = chosenFolders().get();
+    if (chosen.empty()) {
+        return;
     }
+    const auto places = placesOf(chosen);
+    for (std::size_t number = 0; number < chosen.size(); ++number) {
+        ChosenFolder& one = chosen[number];
+        m_chosen.push_back(places[number].value_or(one.place.value_or(one.folder.standardized())).path());
+        if (places[number]) {
+            one.place = places[number];
+        }
+    }
+    chosenFolders().with([&chosen](std::vector<ChosenFolder>& now) {
+        if (std::ranges::equal(now, chosen, {}, &ChosenFolder::folder, &ChosenFolder::folder)) {
+            now = std::move(chosen);
+        }
+    });
 }
 
 std::optional<std::string> ProtectedLocations::refusalByChoice(const std::string& path) const

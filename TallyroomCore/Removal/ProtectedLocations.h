@@ -23,7 +23,7 @@ public:
     [[nodiscard]] static SystemResult<ProtectedLocations> read(std::span<const Mount> mounts);
 
     /// Folders that the user wants to keep with all that they hold; every batch that begins later refuses
-    /// them. In place of those before. Any thread.
+    /// them. In place of those before. Where one lies is asked then, for some seconds at most. Any thread.
     static void protect(std::vector<FileUrl> folders);
 
     /// Why an item must stay, in words for people; none when it may go. Refuses a link only

@@ -42,7 +42,7 @@ Sharing sharingOf(int descriptor)
     constexpr std::uint32_t zfs = 0x2FC12FC1;
     struct statfs volume = {};
     if (::fstatfs(descriptor, &volume) != 0) {
-        return Sharing::none;
+        return Sharing::untold;
     }
     switch (static_cast<std::uint32_t>(volume.f_type)) {
     case BTRFS_SUPER_MAGIC:
@@ -69,8 +69,8 @@ struct ExtentRequest {
 
 static_assert(offsetof(ExtentRequest, extents) == sizeof(fiemap));
 
-/// How many bytes of an open file lie in extents that others may use too.
-std::int64_t sharedBytes(int file)
+/// How many bytes of an open file lie in extents that others may use too; nothing where it is not told.
+std::optional<std::int64_t> sharedBytes(int file)
 {
     std::int64_t shared = 0;
     for (std::uint64_t start = 0;;) {
@@ -78,7 +78,10 @@ std::int64_t sharedBytes(int file)
         request.start = start;
         request.length = FIEMAP_MAX_OFFSET - start;
         request.room = static_cast<std::uint32_t>(request.extents.size());
-        if (::ioctl(file, FS_IOC_FIEMAP, &request) != 0 || request.mapped == 0) {
+        if (::ioctl(file, FS_IOC_FIEMAP, &request) != 0) {
+            return std::nullopt;
+        }
+        if (request.mapped == 0) {
             return shared;
         }
         const auto told = std::span{request.extents}.first(std::min(request.mapped, request.room));
@@ -130,9 +133,10 @@ public:
         }
     }
 
-    void addUnread()
+    void addUnread(bool isFolder)
     {
         const std::scoped_lock lock{m_mutex};
+        m_sum.hasUnreadItems |= !isFolder;
         m_sum.unread += m_sum.unread < std::numeric_limits<std::uint32_t>::max() ? 1 : 0;
     }
 
@@ -197,8 +201,8 @@ private:
         if (*m_sharing == Sharing::told) {
             const FileDescriptor open{
                 ::openat(m_folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)};
-            if (open.isOpen()) {
-                return std::min(sharedBytes(open.get()), file.allocatedBytes);
+            if (const auto shared = open.isOpen() ? sharedBytes(open.get()) : std::nullopt) {
+                return std::min(*shared, file.allocatedBytes);
             }
         }
         return file.allocatedBytes; // nobody knows
@@ -226,7 +230,7 @@ public:
 
     void unreadable(TreeWalk::Folder& /*folder*/, const SystemError& /*error*/) override
     {
-        m_account->addUnread();
+        m_account->addUnread(true);
     }
 
     void visit(TreeWalk::Folder& folder, std::span<TreeWalk::Child> children) override
@@ -236,6 +240,8 @@ public:
             child.descend = child.isFolder();
             if (!child.isFolder() && child.attributes != nullptr) {
                 counted.count(child.name.data(), *child.attributes);
+            } else if (!child.isFolder() && child.failure != 0) {
+                m_account->addUnread(false);
             }
         }
     }
@@ -272,6 +278,8 @@ Reclaim measureReclaim(const std::vector<Entry>& entries, const std::stop_token&
         if (const auto file =
                 folder ? fileAttributes(folder->get(), name.c_str()) : std::unexpected(folder.error())) {
             FolderCount{*account, folder->get()}.count(name.c_str(), *file);
+        } else if (!file.error().isGone()) {
+            account->addUnread(false);
         }
     }
     std::promise<Reclaim> promise;

@@ -16,8 +16,9 @@ struct Reclaim {
     std::int64_t atMost = 0;
     /// Of files that keep a name elsewhere: nothing of this comes back.
     std::int64_t linkedElsewhere = 0;
-    /// Folders that could not be listed, with whatever lies there.
+    /// Folders that could not be listed, with whatever lies there, and items that could not be examined.
     std::uint32_t unread = 0;
+    bool hasUnreadItems = false; ///< not all of `unread` are folders
 
     [[nodiscard]] bool isExact() const noexcept { return atLeast == atMost && unread == 0; }
 

@@ -93,6 +93,8 @@ TEST(ReclaimLine, SaysWhatIsSureAndWhatIsNot)
               gain + QStringLiteral("rien n’est libéré (%1 ont d’autres noms ailleurs)").arg(two));
     EXPECT_EQ(ReclaimLine::sentence({1_MiB, 2_MiB, 0, 3}, 2_MiB),
               gain + QStringLiteral("au moins %1 libérés (3 dossiers illisibles)").arg(one));
+    EXPECT_EQ(ReclaimLine::sentence({1_MiB, 2_MiB, 0, 3, true}, 2_MiB),
+              gain + QStringLiteral("au moins %1 libérés (3 éléments illisibles)").arg(one));
 }
 
 /// What goes on around the list: the banner, and where the keyboard is.

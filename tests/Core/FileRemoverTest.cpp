@@ -11,6 +11,7 @@
 #include "Support/ListWords.h"
 
 #include <fcntl.h>
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/fs.h>
@@ -143,6 +144,22 @@ TEST_F(FileRemoverTest, WhatTheUserProtectsStaysWithAllInItAndAllAboveIt)
     EXPECT_TRUE(remove({tree.url("safe")}, true).allSucceeded());
 }
 
+TEST_F(FileRemoverTest, AProtectedFolderThatDoesNotAnswerHoldsUpNoRemovalElsewhere)
+{
+    tree.add({file("plain", "p"), file("safe/letter", "l"), folder("share")});
+    const TemporaryMount silent = TemporaryMount::silent(tree.path("share"));
+    SKIP_UNLESS_MOUNTED(silent);
+    ProtectedLocations::protect({tree.url("share/mine"), tree.url("safe")});
+    auto removal = std::async(std::launch::async, [this] {
+        return remove({tree.url("plain"), tree.url("safe/letter")}, true);
+    });
+    ASSERT_EQ(removal.wait_for(std::chrono::seconds{30}), std::future_status::ready);
+    const auto result = removal.get();
+    ProtectedLocations::protect({});
+    EXPECT_THAT(result.removed, ElementsAre(tree.url("plain")));
+    EXPECT_THAT(result.failures, SizeIs(1));
+}
+
 TEST_F(FileRemoverTest, WhatGoesInPartSaysWhatIsLeftAndWhatIsFreed)
 {
     tree.add({file("out/1", 8_KiB), file("out/a/locked 2", 8_KiB), file("out/a/3", 8_KiB),
@@ -208,6 +225,17 @@ TEST(ReclaimEstimate, AFileComesBackWithTheLastOfItsNames)
     ScanScope::use({.names = {"deep"}, .folders = {}});
     EXPECT_EQ(reclaimOf(tree, {"project"}), linked) << "what scans leave out goes too";
     ScanScope::use({});
+}
+
+TEST(ReclaimEstimate, WhatCannotBeExaminedIsNotTakenForNothing)
+{
+    const TemporaryTree tree{file("dir/known", 8_KiB), file("dir/broken", 8_KiB), file("broken", 4_KiB)};
+    const Interception faults{[](const InterceptedCall& call) {
+        const bool isBroken = std::string_view{call.name} == "broken";
+        return call.kind == InterceptedCall::Kind::statx && isBroken ? EIO : 0;
+    }};
+    EXPECT_EQ(reclaimOf(tree, {"dir", "broken"}),
+              (Reclaim{.atLeast = 8_KiB, .atMost = 8_KiB, .unread = 2, .hasUnreadItems = true}));
 }
 
 TEST(ReclaimEstimate, SharedBlocksMayStay)
