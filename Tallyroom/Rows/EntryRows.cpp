@@ -293,8 +293,8 @@ void EntryRows::mouseMoveEvent(QMouseEvent* event)
     }
 }
 
-/// The toolkit would make the first row current whoever set the focus. Only who comes by the keyboard means
-/// it.
+/// The toolkit makes the first row current whenever the list gets the focus. Only a user who comes by the
+/// keyboard wants that.
 void EntryRows::focusInEvent(QFocusEvent* event)
 {
     const bool isByKey = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;

@@ -24,7 +24,7 @@ class EntryRows : public QTableView {
 public:
     [[nodiscard]] Selection& selection() const;
 
-    /// Whether the filter lets something through.
+    /// Whether any entry passes the filter.
     [[nodiscard]] bool hasRows() const;
 
     /// False while rows are being made that show the newest list.
@@ -70,7 +70,7 @@ Q_SIGNALS:
     void terminalRequested(const tallyroom::Entry& entry);
     void copyPathRequested(const tallyroom::Entry& entry);
     void propertiesRequested(const tallyroom::Entry& entry);
-    /// An entry's menu is made: whoever knows more about the entry adds to it at once.
+    /// An entry's menu was made: receivers that know more about the entry add to it at once.
     void menuMade(QMenu* menu, const tallyroom::Entry& entry);
     /// Space on a row that shows no entry.
     void sectionToggled(int row);
@@ -88,7 +88,7 @@ protected:
     /// Rows have changed, or what they show.
     void showChangedRows();
 
-    /// Around every change of the rows: the reader goes on where he was.
+    /// Called around every change of the rows; they keep the reader's place.
     virtual void rememberPlace() = 0;
     virtual void restorePlace() = 0;
 

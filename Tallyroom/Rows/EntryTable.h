@@ -38,7 +38,7 @@ public:
     /// What is chosen of the style's optional columns, in their order. Without a choice they are hidden.
     [[nodiscard]] std::vector<EntryColumnChoice> columnChoices() const;
 
-    /// Takes up choices made earlier; those for other columns, and widths out of reason, are passed over.
+    /// Applies choices made earlier; skips unknown columns and widths beyond reason.
     void chooseColumns(const std::vector<EntryColumnChoice>& choices);
 
     /// The sum of all sizes listed and counted so far, also of what the filter hides. Bytes.
@@ -53,11 +53,11 @@ public:
 
     [[nodiscard]] EntryBookmark bookmark() const;
 
-    /// Goes where the bookmark says, as far as its rows are there.
+    /// Goes back to the bookmark, as far as its rows are still there.
     void goTo(const EntryBookmark& bookmark);
 
 Q_SIGNALS:
-    /// Somebody has chosen other columns, or other widths.
+    /// The user chose other columns or widths.
     void columnsChosen();
 
 protected:

@@ -25,7 +25,7 @@ struct EntryTableColumn {
     /// What the column sorts by, smaller first when ascending; the column cannot be sorted without it. Called
     /// on other threads too: it must not touch the screen.
     std::function<double(const Entry&)> sortKey{};
-    /// Of a column that is shown only where somebody chooses it, and as wide as he wants it.
+    /// The name of an optional column: the user decides whether it is shown, and how wide.
     QString optionName{};
     /// What a screen reader says instead of the text.
     std::function<QString(const Entry&)> spoken{};
@@ -43,7 +43,7 @@ struct EntryColumnChoice {
     friend bool operator==(const EntryColumnChoice&, const EntryColumnChoice&) = default;
 };
 
-/// What a tool's table shows of an entry. Everything but the title has a use without being given. A plain
+/// How a tool's table shows an entry. Everything but the title is optional. A plain
 /// value, given once to the table; the functions are called for the rows on screen only, on the main thread,
 /// unless they say otherwise.
 struct EntryTableStyle {
@@ -61,7 +61,7 @@ struct EntryTableStyle {
     /// A quiet line under the name; rows are 46 high when it is given.
     std::function<QString(const Entry&)> secondLine{};
     std::function<std::vector<EntryBadge>(const Entry&)> badges{};
-    /// More about an entry, for the one who stays on its name with the mouse.
+    /// The tool tip of the name.
     std::function<QString(const Entry&)> toolTip{};
     std::vector<EntryTableColumn> columns{};
 };

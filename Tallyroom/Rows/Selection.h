@@ -103,7 +103,7 @@ public:
     /// Entries that need a check of their own besides those that are marked so.
     void reserve(std::function<bool(const Entry&)> isReserved) { m_isReserved = std::move(isReserved); }
 
-    /// Whether whatever checks many entries leaves this one out.
+    /// Whether a check of many entries at once leaves this one out.
     [[nodiscard]] bool needsOwnCheck(std::uint32_t position) const
     {
         const Entry& entry = m_entries[position];

@@ -16,7 +16,7 @@ BuildCachesViewModel::BuildCachesViewModel(DeletionRunner& deletions)
 
 Recovery BuildCachesViewModel::recovery() const
 {
-    // A tool of their own tells of node_modules.
+    // node_modules have a tool of their own.
     const auto own = entries().parted([](const Entry& entry) { return entry.name == "node_modules"; }).second;
     Recovery recovery = Recovery::parted(own, SafeRemoval::isSafeCache);
     recovery.words = RecoveryText::caches(recovery.safe.size(), own.size());

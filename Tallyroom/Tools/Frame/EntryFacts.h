@@ -22,7 +22,7 @@ public:
     /// Called on workers; must not own anything of the window.
     using Ask = std::function<Fact(const FileUrl&)>;
 
-    /// `tool` must outlive it, and owns it in general.
+    /// `tool`, which usually owns it, must outlive it.
     EntryFacts(ListToolViewModel& tool, Ask ask) : m_tool(tool), m_ask(std::move(ask))
     {
         QObject::connect(&tool, &ScanToolViewModel::progressChanged, &m_context, [this] { follow(); });
@@ -119,7 +119,7 @@ private:
     Ask m_ask;
     Facts m_facts;
     std::unique_ptr<StreamPump<Facts>> m_pump;
-    QObject m_context; // ends what follows the tool
+    QObject m_context; // its end cuts the connections
 };
 
 } // namespace tallyroom

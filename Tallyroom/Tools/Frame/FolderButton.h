@@ -16,7 +16,7 @@ public:
     explicit FolderButton(QWidget* parent = nullptr);
 
 Q_SIGNALS:
-    /// The chooser is wanted.
+    /// The user wants the chooser.
     void folderRequested();
     void recentRequested(const tallyroom::FileUrl& folder);
 

@@ -126,10 +126,10 @@ protected:
     void dropScan(PropertyUpdate& update) override;
     void rootChosen(PropertyUpdate& update) override;
 
-    /// The list was narrowed down to something else, but not by the choice of a root.
+    /// Called when the user narrows the list down to something else, but not when a root is chosen.
     virtual void narrowed() {}
 
-    /// Whether an item that is back belongs to the list for sure, also one that was never listed.
+    /// Whether a restored item belongs in the list, even if it was never listed.
     [[nodiscard]] virtual bool lists(const Entry& /*entry*/) const { return false; }
 
     void takeOut(PropertyUpdate& update, const std::vector<Entry>& gone) override;

@@ -11,7 +11,7 @@
 
 namespace tallyroom {
 
-/// What a tool's finds amount to for somebody who wants room: what may go without a look at each item, and
+/// How much room a tool's finds can give back: what may go without a look at each item, and
 /// the rest. A plain value, cheap to copy.
 struct Recovery {
     EntryList safe;              ///< as found; the tool proposes these and nothing else

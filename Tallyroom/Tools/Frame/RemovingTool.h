@@ -34,8 +34,8 @@ public:
     /// What the last deletion or undo left as it was, and why; changes with `statusMessage` only.
     [[nodiscard]] const Failures& failures() const { return m_failures; }
 
-    /// What else there is to know of the last removal: the volumes have gained something else than it says.
-    /// Empty in general; changes with `statusMessage` only.
+    /// A note on the last removal, where the volumes gained more or less than it reports. Usually empty;
+    /// changes with `statusMessage` only.
     [[nodiscard]] const QString& removalNote() const { return m_removalNote; }
 
     /// The last deletion, as long as it can be undone: until the next one, or until a scan begins.
@@ -62,8 +62,8 @@ public:
         std::function<std::int64_t(const std::vector<Entry>& done)> freed = totalSize;
     };
 
-    /// For a deletion that the person is asked about now: other removals may change the list before the
-    /// answer comes, and what was agreed to stays as it was.
+    /// Made when the user is asked: other removals may change the list before the answer, but the plan stays
+    /// what the user agreed to.
     [[nodiscard]] virtual RemovalPlan planRemoval(const std::vector<Entry>& /*entries*/) const { return {}; }
 
     /// Deletes those of the entries found that `urls` names.
@@ -85,7 +85,7 @@ public:
     /// undone.
     void stopRemoval();
 
-    /// Puts something else than a removal's report into its place.
+    /// Shows another message in place of the report.
     void tell(const QString& message, ReportTone tone) { showStatus(message, tone); }
 
     /// Takes the report off the screen.

@@ -24,7 +24,7 @@ struct OptionPlan {
 template <class Value, class Choice = Value>
 class ToolOption {
 public:
-    /// `tool` must outlive it, and owns it in general; `changed` is called after the tool's signal.
+    /// `tool`, which usually owns it, must outlive it; `changed` is called after the tool's signal.
     ToolOption(
         ScanToolViewModel& tool, StoredChoice<Value> stored, const OptionPlan<Value, Choice>& plan,
         std::function<void()> changed = [] {})
