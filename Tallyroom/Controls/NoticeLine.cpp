@@ -1,9 +1,9 @@
 #include "Controls/NoticeLine.h"
 
+#include "Layout/Boxes.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 
@@ -14,9 +14,7 @@ NoticeLine::NoticeLine(QWidget* parent)
 {
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
-    auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins({});
-    row->setSpacing(Theme::gap);
+    auto* const row = makeRow(this);
     row->addWidget(m_symbol);
     row->addWidget(m_text, 1);
     row->addWidget(m_action);

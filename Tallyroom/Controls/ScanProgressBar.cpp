@@ -1,12 +1,11 @@
 #include "Controls/ScanProgressBar.h"
 
 #include "Controls/Spinner.h"
+#include "Layout/Boxes.h"
 #include "Theme/Theme.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -35,9 +34,7 @@ ScanProgressBar::ScanProgressBar(QWidget* parent)
     line->addWidget(m_counts);
     line->addStretch();
     line->addWidget(m_percentage);
-    auto* const layout = new QVBoxLayout{this};
-    layout->setContentsMargins({});
-    layout->setSpacing(Theme::gap / 2);
+    auto* const layout = makeColumn(this, {}, Theme::gap / 2);
     layout->addWidget(m_bar);
     layout->addLayout(line);
     m_bar->setRange(0, steps);

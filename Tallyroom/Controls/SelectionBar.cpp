@@ -1,10 +1,10 @@
 #include "Controls/SelectionBar.h"
 
+#include "Layout/Boxes.h"
 #include "Text/NumberText.h"
 #include "Text/SizeText.h"
 #include "Theme/SymbolIcon.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 
@@ -29,9 +29,7 @@ SelectionBar::SelectionBar(QWidget* parent)
     Theme::style(this, Theme::Surface::bar);
     Theme::style(m_size, Theme::Text::secondary);
     setUpButtons();
-    auto* const line = new QHBoxLayout{this};
-    line->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
-    line->setSpacing(Theme::gap);
+    auto* const line = makeRow(this, {Theme::margin, Theme::gap, Theme::margin, Theme::gap});
     line->addWidget(m_symbol);
     line->addWidget(m_count);
     line->addWidget(m_size);

@@ -1,12 +1,11 @@
 #include "Deletion/DeletionQuestion.h"
 
+#include "Layout/Boxes.h"
 #include "Theme/Theme.h"
 
-#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 namespace tallyroom {
 
@@ -26,9 +25,7 @@ DeletionQuestion::DeletionQuestion(const QString& title, QWidget* parent)
     m_buttons->setSpacing(Theme::gap);
     m_buttons->addStretch(1);
     m_buttons->addWidget(m_cancel);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    column->setSpacing(2 * Theme::gap);
+    auto* const column = makeColumn(this, pageMargins, 2 * Theme::gap);
     column->addLayout(m_texts);
     column->addLayout(m_buttons);
     column->setSizeConstraint(QLayout::SetFixedSize);
@@ -37,7 +34,6 @@ DeletionQuestion::DeletionQuestion(const QString& title, QWidget* parent)
 QLabel* DeletionQuestion::addText(const QString& text)
 {
     auto* const label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
     Theme::style(label, Theme::Text::body);
     addWidget(label);
     return label;

@@ -1,5 +1,6 @@
 #include "Deletion/FailureList.h"
 
+#include "Layout/Boxes.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
 #include "Text/PlainText.h"
@@ -8,7 +9,6 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QVBoxLayout>
 
 namespace tallyroom {
 
@@ -40,9 +40,7 @@ FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failure
     auto* const buttons = new QDialogButtonBox;
     buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(this, pageMargins);
     column->addWidget(heading);
     column->addWidget(list, 1);
     column->addWidget(buttons);

@@ -23,7 +23,6 @@ const QString& beginning()
 ReclaimLine::ReclaimLine(std::vector<Entry> entries, QWidget* parent)
     : QLabel(beginning() + QStringLiteral("calcul de l’espace libéré…"), parent)
 {
-    setTextFormat(Qt::PlainText);
     setWordWrap(true);
     Theme::style(this, Theme::Text::body);
     const std::int64_t size = totalSize(entries);

@@ -2,14 +2,13 @@
 
 #include "Controls/Spinner.h"
 #include "Deletion/FailureList.h"
+#include "Layout/Boxes.h"
 #include "Text/NumberText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <chrono>
 
@@ -60,9 +59,8 @@ StatusBanner::StatusBanner(QWidget* parent)
     offers->addStretch();
     offers->addWidget(m_undo);
     offers->addWidget(m_deleteTrashed);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::gap + Theme::gap / 2, Theme::gap, Theme::gap, Theme::gap);
-    column->setSpacing(Theme::gap / 2);
+    auto* const column =
+        makeColumn(this, {Theme::gap + Theme::gap / 2, Theme::gap, Theme::gap, Theme::gap}, Theme::gap / 2);
     column->addLayout(row);
     column->addLayout(offers);
     m_patience.setSingleShot(true);

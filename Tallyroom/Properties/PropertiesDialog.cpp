@@ -3,6 +3,7 @@
 #include "Bridge/AskApart.h"
 #include "Controls/Spinner.h"
 #include "Deletion/ReclaimLine.h"
+#include "Layout/Boxes.h"
 #include "Text/AgeText.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
@@ -18,7 +19,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <utility>
@@ -70,7 +70,6 @@ PropertiesDialog::PropertiesDialog(std::vector<Entry> entries, QWidget* parent)
     addIdentity();
     addFigures();
     addFacts();
-    m_unread->setTextFormat(Qt::PlainText);
     Theme::style(m_unread, Theme::Text::secondary);
     m_unread->hide();
     auto* const reclaim = new ReclaimLine(m_entries);
@@ -82,9 +81,7 @@ PropertiesDialog::PropertiesDialog(std::vector<Entry> entries, QWidget* parent)
     foot->addWidget(m_spinner);
     foot->addWidget(m_unread, 1);
     foot->addWidget(buttons);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    column->setSpacing(Theme::gap * 2);
+    auto* const column = makeColumn(this, pageMargins, Theme::gap * 2);
     column->addLayout(m_lines);
     column->addWidget(reclaim);
     column->addStretch(1);

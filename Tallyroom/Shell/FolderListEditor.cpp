@@ -1,15 +1,14 @@
 #include "Shell/FolderListEditor.h"
 
 #include "Bridge/Desktop.h"
+#include "Layout/Boxes.h"
 #include "Text/FileUrlText.h"
 #include "Theme/SymbolIcon.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -77,9 +76,7 @@ void FolderListEditor::makeLayout(const QString& title, const QString& explanati
         buttons->addStretch(1);
     }
     buttons->addWidget(m_remove);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins({});
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(this);
     column->addWidget(heading);
     column->addWidget(hint);
     column->addWidget(m_list);

@@ -1,5 +1,6 @@
 #include "Shell/KeysDialog.h"
 
+#include "Layout/Boxes.h"
 #include "Theme/Theme.h"
 
 #include <QAction>
@@ -7,7 +8,6 @@
 #include <QHeaderView>
 #include <QPushButton>
 #include <QTreeWidget>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <utility>
@@ -104,9 +104,7 @@ KeysDialog::KeysDialog(const QWidget& window, const QWidget* screen, const QStri
     auto* const buttons = new QDialogButtonBox;
     buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(this, pageMargins);
     column->addWidget(m_list, 1);
     column->addWidget(buttons);
 }

@@ -1,6 +1,7 @@
 #include "Shell/PreferencesDialog.h"
 
 #include "Controls/CheckBox.h"
+#include "Layout/Boxes.h"
 #include "Settings/FolderProtection.h"
 #include "Settings/ScanRules.h"
 #include "Settings/Settings.h"
@@ -9,7 +10,6 @@
 
 #include <QDialogButtonBox>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 namespace tallyroom {
 
@@ -49,9 +49,7 @@ void PreferencesDialog::makeLayout()
     auto* const close = buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
     close->setAutoDefault(false); // Enter in the field of names adds one
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(this, pageMargins);
     column->addWidget(m_excluded);
     column->addWidget(m_oneFileSystem);
     column->addSpacing(Theme::gap);

@@ -1,16 +1,15 @@
 #include "Shell/Sidebar.h"
 
 #include "Controls/Spinner.h"
+#include "Layout/Boxes.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStyledItemDelegate>
-#include <QVBoxLayout>
 
 namespace tallyroom {
 
@@ -99,9 +98,7 @@ Sidebar::Sidebar(const std::vector<ToolDescriptor>& tools, QWidget* parent)
         spinner->hide();
         m_spinners.push_back(spinner);
     }
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, Theme::gap * 2, 1, Theme::gap);
-    column->setSpacing(Theme::gap + Theme::gap / 4);
+    auto* const column = makeColumn(this, {0, Theme::gap * 2, 1, Theme::gap}, Theme::gap + Theme::gap / 4);
     column->addWidget(title);
     column->addWidget(m_list, 1);
     setFocusProxy(m_list);

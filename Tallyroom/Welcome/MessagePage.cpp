@@ -1,12 +1,11 @@
 #include "Welcome/MessagePage.h"
 
+#include "Layout/Boxes.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 namespace tallyroom {
 
@@ -22,12 +21,9 @@ MessagePage::MessagePage(std::string symbol, QWidget* parent)
 {
     Theme::style(m_title, Theme::Text::title);
     Theme::style(m_message, Theme::Text::secondary);
-    m_message->setTextFormat(Qt::PlainText);
     m_message->setWordWrap(true);
     m_actions->setSpacing(Theme::gap);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(this, pageMargins);
     column->addStretch();
     for (QLabel* const label : {m_symbol, m_title, m_message}) {
         label->setAlignment(Qt::AlignCenter);

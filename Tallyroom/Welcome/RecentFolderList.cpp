@@ -2,6 +2,7 @@
 
 #include "Bridge/FolderPresence.h"
 #include "Bridge/Observable.h"
+#include "Layout/Boxes.h"
 #include "Text/FileUrlText.h"
 #include "Text/PlainText.h"
 #include "Theme/SymbolIcon.h"
@@ -9,7 +10,6 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -106,9 +106,7 @@ void RecentFolderList::setRecents(const std::vector<FileUrl>& recents)
     if (recents.empty()) {
         return;
     }
-    auto* const rows = new QVBoxLayout{this};
-    rows->setContentsMargins(0, 3 * Theme::gap, 0, 0);
-    rows->setSpacing(Theme::gap - 2);
+    auto* const rows = makeColumn(this, {0, 3 * Theme::gap, 0, 0}, Theme::gap - 2);
     auto* const title = new QLabel{QStringLiteral("Récents")};
     Theme::style(title, Theme::Text::section);
     rows->addWidget(title);

@@ -1,19 +1,17 @@
 #include "Welcome/ScanningView.h"
 
 #include "Controls/Spinner.h"
+#include "Layout/Boxes.h"
 #include "Theme/Theme.h"
 
 #include <QLabel>
-#include <QVBoxLayout>
 
 namespace tallyroom {
 
 ScanningView::ScanningView(const QString& message, QWidget* parent)
     : QWidget(parent), m_message(new QLabel{this})
 {
-    auto* const layout = new QVBoxLayout{this};
-    layout->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    layout->setSpacing(2 * Theme::gap);
+    auto* const layout = makeColumn(this, pageMargins, 2 * Theme::gap);
     layout->addStretch();
     layout->addWidget(new Spinner{Theme::controlHeight, this}, 0, Qt::AlignHCenter);
     layout->addWidget(m_message);

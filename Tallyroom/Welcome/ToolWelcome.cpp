@@ -1,5 +1,6 @@
 #include "Welcome/ToolWelcome.h"
 
+#include "Layout/Boxes.h"
 #include "Layout/LayoutNow.h"
 #include "Text/FileUrlText.h"
 #include "Text/PlainText.h"
@@ -9,7 +10,6 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <utility>
@@ -21,7 +21,6 @@ namespace {
 QLabel* addCentredText(QVBoxLayout& column, const QString& text, Theme::Text look)
 {
     auto* const label = new QLabel{text};
-    label->setTextFormat(Qt::PlainText);
     label->setAlignment(Qt::AlignCenter);
     label->setWordWrap(true);
     Theme::style(label, look);
@@ -37,9 +36,7 @@ ToolWelcome::ToolWelcome(Content content, QWidget* parent)
 {
     auto* const column = new QWidget;
     column->setMaximumWidth(Theme::recentsWidth);
-    auto* const lines = new QVBoxLayout{column};
-    lines->setContentsMargins({});
-    lines->setSpacing(Theme::gap);
+    auto* const lines = makeColumn(column);
     addIntroduction(*lines);
     addHint(*lines);
     addAction(*lines);
@@ -88,7 +85,6 @@ void ToolWelcome::addHint(QVBoxLayout& column)
     }
     m_hintIcon = new QLabel;
     auto* const hint = new QLabel{*m_content.hint};
-    hint->setTextFormat(Qt::PlainText);
     hint->setWordWrap(true);
     Theme::style(hint, Theme::Text::secondary);
     // Beside its symbol the hint is as wide as its text, and wraps only where that has no room.

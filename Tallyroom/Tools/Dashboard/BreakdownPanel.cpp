@@ -3,6 +3,7 @@
 #include "Controls/LinkedLabel.h"
 #include "Controls/NoticeLine.h"
 #include "Controls/Spinner.h"
+#include "Layout/Boxes.h"
 #include "Layout/LayoutNow.h"
 #include "Settings/RecentFolders.h"
 #include "Text/KindText.h"
@@ -19,10 +20,8 @@
 #include "Tools/Frame/UnreadList.h"
 #include "Welcome/RecentFolderList.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <chrono>
 
@@ -37,7 +36,6 @@ constexpr std::chrono::milliseconds partsPatience{150};
 QLabel* plainLabel(Theme::Text look)
 {
     auto* const label = new QLabel;
-    label->setTextFormat(Qt::PlainText);
     Theme::style(label, look);
     return label;
 }
@@ -56,7 +54,9 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
     m_patience.setSingleShot(true);
     m_patience.setInterval(partsPatience);
     Theme::style(m_total, Theme::Text::secondary);
-    makeLayout();
+    auto* const column = makeColumn(this);
+    column->addWidget(makeHeader());
+    column->addWidget(makeCard());
     connect(m_total, &LinkedLabel::linkRequested, this,
             [this] { UnreadList::open(m_dashboard.analysisEnd().unreadPlaces, this); });
     connect(&m_patience, &QTimer::timeout, this, &BreakdownPanel::showParts);
@@ -76,15 +76,6 @@ BreakdownPanel::BreakdownPanel(DashboardViewModel& dashboard, QWidget* parent)
     showState();
 }
 
-void BreakdownPanel::makeLayout()
-{
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins({});
-    column->setSpacing(Theme::gap);
-    column->addWidget(makeHeader());
-    column->addWidget(makeCard());
-}
-
 QWidget* BreakdownPanel::makeHeader()
 {
     auto* const header = new QWidget;
@@ -96,9 +87,7 @@ QWidget* BreakdownPanel::makeHeader()
     recents->setIcon(SymbolIcon::icon("clock"));
     connect(recents, &FolderButton::folderRequested, this, &BreakdownPanel::folderRequested);
     connect(recents, &FolderButton::recentRequested, &m_dashboard, &FolderTool::examine);
-    auto* const row = new QHBoxLayout(header);
-    row->setContentsMargins({});
-    row->setSpacing(Theme::gap);
+    auto* const row = makeRow(header);
     row->addWidget(m_title, 1);
     row->addWidget(choose);
     row->addWidget(recents);
@@ -114,10 +103,7 @@ QWidget* BreakdownPanel::makeCard()
     m_message->setMinimumHeight(Theme::tallRowHeight);
     Theme::style(m_resume, Theme::Button::plain);
     connect(m_resume, &QPushButton::clicked, &m_dashboard, &DashboardViewModel::resumeAnalysis);
-    auto* const column = new QVBoxLayout(card);
-    column->setContentsMargins(Theme::cardPadding, Theme::cardPadding, Theme::cardPadding,
-                               Theme::cardPadding);
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(card, cardMargins);
     column->addWidget(makeError());
     column->addWidget(makeProgress());
     column->addWidget(makeKinds());
@@ -141,9 +127,7 @@ QWidget* BreakdownPanel::makeRecents()
 QWidget* BreakdownPanel::makeError()
 {
     m_errorText->setWordWrap(true);
-    auto* const row = new QHBoxLayout(m_error);
-    row->setContentsMargins({});
-    row->setSpacing(Theme::gap);
+    auto* const row = makeRow(m_error);
     row->addWidget(m_errorSymbol, 0, Qt::AlignTop);
     row->addWidget(m_errorText, 1);
     return m_error;
@@ -155,9 +139,7 @@ QWidget* BreakdownPanel::makeProgress()
     stop->setIcon(SymbolIcon::icon("stop.fill"));
     Theme::style(stop, Theme::Button::plain);
     connect(stop, &QPushButton::clicked, &m_dashboard, &DashboardViewModel::cancelAnalysis);
-    auto* const row = new QHBoxLayout(m_progress);
-    row->setContentsMargins({});
-    row->setSpacing(Theme::gap);
+    auto* const row = makeRow(m_progress);
     row->addWidget(new Spinner(Theme::iconSize));
     row->addWidget(m_scanned, 1);
     row->addWidget(stop);
@@ -167,9 +149,7 @@ QWidget* BreakdownPanel::makeProgress()
 QWidget* BreakdownPanel::makeKinds()
 {
     m_rows->setSpacing(0);
-    auto* const column = new QVBoxLayout(m_kinds);
-    column->setContentsMargins({});
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(m_kinds);
     column->addWidget(m_outdated);
     column->addWidget(m_bar);
     column->addWidget(m_total);

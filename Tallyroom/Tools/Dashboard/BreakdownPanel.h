@@ -30,7 +30,6 @@ Q_SIGNALS:
     void folderRequested();
 
 private:
-    void makeLayout();
     [[nodiscard]] QWidget* makeHeader();
     [[nodiscard]] QWidget* makeCard();
     [[nodiscard]] QWidget* makeError();

@@ -3,6 +3,7 @@
 #include "Controls/Shortcut.h"
 #include "Deletion/EmptyTrashConfirmation.h"
 #include "Deletion/StatusBanner.h"
+#include "Layout/Boxes.h"
 #include "Layout/LayoutNow.h"
 #include "Text/FileUrlText.h"
 #include "Text/VolumeText.h"
@@ -15,12 +16,10 @@
 #include "Tools/Dashboard/VolumeGrid.h"
 #include "Tools/Frame/ToolTitle.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <chrono>
@@ -70,9 +69,7 @@ void DashboardView::connectTrash()
 void DashboardView::makeLayout()
 {
     makePage();
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins({});
-    column->setSpacing(0);
+    auto* const column = makeColumn(this, {}, 0);
     column->addWidget(makeHeader());
     column->addWidget(m_scroll, 1);
 }
@@ -82,9 +79,8 @@ void DashboardView::makePage()
     auto* const breakdown = new BreakdownPanel(m_dashboard);
     connect(breakdown, &BreakdownPanel::folderRequested, this, &DashboardView::chooseFolder);
     auto* const page = new QWidget;
-    auto* const column = new QVBoxLayout(page);
-    column->setContentsMargins(Theme::margin, Theme::gap / 2, Theme::margin, Theme::margin);
-    column->setSpacing(Theme::cardGap);
+    auto* const column =
+        makeColumn(page, {Theme::margin, Theme::gap / 2, Theme::margin, Theme::margin}, Theme::cardGap);
     column->addWidget(makeVolumes());
     column->addSpacing(Theme::gap);
     column->addWidget(breakdown);
@@ -122,10 +118,8 @@ QWidget* DashboardView::makeHeader()
     m_reload->setToolTip(QStringLiteral("Recharger l'espace disque (instantané)"));
     Theme::style(m_reload, Theme::Button::plain);
     auto* const header = new QWidget;
-    auto* const row = new QHBoxLayout(header);
-    row->setContentsMargins(Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin,
-                            Theme::cardGap - Theme::gap / 2);
-    row->setSpacing(Theme::gap);
+    auto* const row = makeRow(
+        header, {Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::cardGap - Theme::gap / 2});
     row->addWidget(new ToolTitle(QStringLiteral("Tableau de bord")), 1);
     row->addWidget(m_reload);
     row->addSpacing(Theme::windowMenuRoom);
@@ -143,9 +137,7 @@ QWidget* DashboardView::makeVolumes()
     connect(&Theme::shared(), &Theme::changed, m_noVolume, measure);
     measure();
     auto* const volumes = new QWidget;
-    auto* const column = new QVBoxLayout(volumes);
-    column->setContentsMargins({});
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(volumes);
     column->addWidget(m_volumes);
     column->addWidget(m_noVolume);
     column->addWidget(m_unanswered);

@@ -2,10 +2,10 @@
 
 #include "Controls/Capsule.h"
 #include "Controls/Spinner.h"
+#include "Layout/Boxes.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -101,9 +101,7 @@ void RecoveryLine::makeLayout(bool canBeViewed)
     texts->setSpacing(Theme::gap / 4);
     texts->addWidget(name);
     texts->addWidget(m_words);
-    auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(0, Theme::gap, 0, Theme::gap);
-    row->setSpacing(Theme::cardGap);
+    auto* const row = makeRow(this, {0, Theme::gap, 0, Theme::gap}, Theme::cardGap);
     row->addWidget(m_symbol);
     row->addWidget(m_spinner);
     row->addLayout(texts, 3);

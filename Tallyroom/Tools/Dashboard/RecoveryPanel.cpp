@@ -2,6 +2,7 @@
 
 #include "Deletion/StatusBanner.h"
 #include "FileSystem/HomeFolder.h"
+#include "Layout/Boxes.h"
 #include "Layout/LayoutNow.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
@@ -16,10 +17,8 @@
 #include "Tools/Frame/FolderButton.h"
 #include "Tools/Frame/ToolTitle.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <tuple>
@@ -74,7 +73,9 @@ RecoveryPanel::RecoveryPanel(DashboardViewModel& dashboard, QWidget* parent)
       m_gain(new QWidget), m_gained(new QLabel),
       m_empty(new QPushButton(QStringLiteral("Vider la corbeille…"))), m_banner(new StatusBanner)
 {
-    makeLayout();
+    auto* const column = makeColumn(this);
+    column->addWidget(makeHeader());
+    column->addWidget(makeCard());
     connectBanner();
     connect(&m_recovery, &RecoveryViewModel::changed, this, &RecoveryPanel::showEverything);
     connect(&m_recovery, &RecoveryViewModel::removalChanged, this, &RecoveryPanel::showBanner);
@@ -86,15 +87,6 @@ RecoveryPanel::RecoveryPanel(DashboardViewModel& dashboard, QWidget* parent)
     setVisible(!m_recovery.tools().empty());
     showEverything();
     showBanner();
-}
-
-void RecoveryPanel::makeLayout()
-{
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins({});
-    column->setSpacing(Theme::gap);
-    column->addWidget(makeHeader());
-    column->addWidget(makeCard());
 }
 
 QWidget* RecoveryPanel::makeHeader()
@@ -111,9 +103,7 @@ QWidget* RecoveryPanel::makeHeader()
     connect(others, &FolderButton::folderRequested, this, &RecoveryPanel::chooseFolder);
     connect(others, &FolderButton::recentRequested, &m_recovery, &RecoveryViewModel::examine);
     auto* const header = new QWidget;
-    auto* const row = new QHBoxLayout(header);
-    row->setContentsMargins({});
-    row->setSpacing(Theme::gap);
+    auto* const row = makeRow(header);
     row->addWidget(m_title, 1);
     row->addWidget(m_stop);
     row->addWidget(m_search);
@@ -130,9 +120,7 @@ QWidget* RecoveryPanel::makeCard()
     auto* const card = new QWidget;
     Theme::style(card, Theme::Surface::card);
     m_column->setSpacing(0);
-    auto* const column = new QVBoxLayout(card);
-    column->setContentsMargins(Theme::cardPadding, Theme::gap, Theme::cardPadding, Theme::gap);
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(card, {Theme::cardPadding, Theme::gap, Theme::cardPadding, Theme::gap});
     column->addWidget(m_banner); // what was done is seen without scrolling
     column->addWidget(makeGain());
     column->addWidget(m_message);
@@ -147,9 +135,7 @@ QWidget* RecoveryPanel::makeGain()
     m_gained->setWordWrap(true);
     Theme::style(m_empty, Theme::Button::plain);
     connect(m_empty, &QPushButton::clicked, this, &RecoveryPanel::requestEmptying);
-    auto* const row = new QHBoxLayout(m_gain);
-    row->setContentsMargins({});
-    row->setSpacing(Theme::gap);
+    auto* const row = makeRow(m_gain);
     row->addWidget(m_gained, 1);
     row->addWidget(m_empty);
     m_gain->hide();

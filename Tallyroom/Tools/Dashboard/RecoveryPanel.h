@@ -32,7 +32,6 @@ Q_SIGNALS:
     void emptyRequested(const tallyroom::FileUrl& mountPoint);
 
 private:
-    void makeLayout();
     [[nodiscard]] QWidget* makeHeader();
     [[nodiscard]] QWidget* makeCard();
     [[nodiscard]] QWidget* makeGain();

@@ -3,6 +3,7 @@
 #include "Bridge/AskApart.h"
 #include "Deletion/RemovedPlaces.h"
 #include "FileSystem/FileAttributes.h"
+#include "Layout/Boxes.h"
 #include "Rows/Selection.h"
 #include "Settings/Settings.h"
 #include "Text/FileUrlText.h"
@@ -12,12 +13,10 @@
 #include "Tools/Frame/ToolHeader.h"
 
 #include <QButtonGroup>
-#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <array>
@@ -85,9 +84,7 @@ QWidget* DiskUsageView::makeWayBack()
     connect(m_breadcrumb, &Breadcrumb::selected, &m_navigator, &FolderNavigatorViewModel::goTo);
     auto* const way = new QWidget;
     way->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // the header shares the room out
-    auto* const row = new QHBoxLayout(way);
-    row->setContentsMargins({});
-    row->setSpacing(Theme::gap);
+    auto* const row = makeRow(way);
     row->addWidget(m_back);
     row->addWidget(m_breadcrumb, 1);
     return way;
@@ -96,9 +93,7 @@ QWidget* DiskUsageView::makeWayBack()
 QWidget* DiskUsageView::makeListChoice()
 {
     auto* const choice = new QWidget;
-    auto* const row = new QHBoxLayout(choice);
-    row->setContentsMargins({});
-    row->setSpacing(0);
+    auto* const row = makeRow(choice, {}, 0);
     auto* const group = new QButtonGroup(choice);
     for (QPushButton* const button : {m_tableButton, m_treemapButton}) {
         group->addButton(button);

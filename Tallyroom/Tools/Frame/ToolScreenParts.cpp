@@ -5,6 +5,7 @@
 #include "Controls/SelectionBar.h"
 #include "Controls/Shortcut.h"
 #include "Deletion/StatusBanner.h"
+#include "Layout/Boxes.h"
 #include "Rows/EntryRows.h"
 #include "Rows/Selection.h"
 #include "Theme/Theme.h"
@@ -14,21 +15,15 @@
 #include "Tools/Frame/ToolTitle.h"
 #include "Tools/Frame/UnreadList.h"
 
-#include <QVBoxLayout>
-
 namespace tallyroom {
 
 void ToolScreen::makeLayout()
 {
     m_header->setLeading(m_title);
-    auto* const footer = new QVBoxLayout(m_footer);
-    footer->setContentsMargins(Theme::margin, Theme::gap, Theme::margin, Theme::gap);
-    footer->setSpacing(Theme::gap);
+    auto* const footer = makeColumn(m_footer, {Theme::margin, Theme::gap, Theme::margin, Theme::gap});
     footer->addWidget(m_progress);
     footer->addWidget(m_banner);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins({});
-    column->setSpacing(0);
+    auto* const column = makeColumn(this, {}, 0);
     column->addWidget(m_header);
     column->addWidget(m_pages, 1);
     column->addWidget(m_footer);

@@ -2,6 +2,7 @@
 
 #include "Bridge/Desktop.h"
 #include "Controls/Shortcut.h"
+#include "Layout/Boxes.h"
 #include "Text/FileUrlText.h"
 #include "Text/NumberText.h"
 #include "Text/PlainText.h"
@@ -15,7 +16,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTreeWidget>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <utility>
@@ -48,9 +48,7 @@ UnreadList::UnreadList(SharedUnreadPlaces unread, QWidget* parent)
         m_refusal->setText(message);
         m_refusal->show();
     });
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    column->setSpacing(Theme::gap);
+    auto* const column = makeColumn(this, pageMargins);
     column->addWidget(heading);
     column->addWidget(remark);
     column->addWidget(m_list, 1);

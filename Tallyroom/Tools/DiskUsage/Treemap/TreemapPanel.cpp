@@ -1,13 +1,12 @@
 #include "Tools/DiskUsage/Treemap/TreemapPanel.h"
 
+#include "Layout/Boxes.h"
 #include "Text/FileUrlText.h"
 #include "Text/SizeText.h"
 #include "Text/TreemapText.h"
 #include "Theme/Theme.h"
 #include "Tools/DiskUsage/Treemap/TreemapLegend.h"
 #include "Tools/DiskUsage/Treemap/TreemapStatusLine.h"
-
-#include <QVBoxLayout>
 
 #include <chrono>
 
@@ -17,9 +16,7 @@ TreemapPanel::TreemapPanel(const Selection& selection, QWidget* parent)
     : QWidget(parent), m_map(new TreemapView(selection)), m_status(new TreemapStatusLine),
       m_legend(new TreemapLegend)
 {
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(Theme::margin, 0, Theme::margin, Theme::gap);
-    column->setSpacing(Theme::gap / 2);
+    auto* const column = makeColumn(this, {Theme::margin, 0, Theme::margin, Theme::gap}, Theme::gap / 2);
     column->addWidget(m_map, 1);
     column->addWidget(m_status);
     column->addWidget(m_legend);
