@@ -13,7 +13,6 @@
 #include <memory>
 #include <numeric>
 #include <optional>
-#include <thread>
 #include <tuple>
 #include <utility>
 
@@ -371,21 +370,6 @@ private:
                               batch.contents.front()};
         });
         return batches;
-    }
-
-    /// Short reads wait for the disk and are begun many at a time; whole files keep a core busy each, and
-    /// more of them at once would send the heads of a disk to and fro.
-    static unsigned lanesOf(Stage stage, unsigned width)
-    {
-        const unsigned most = std::max(width * 3 / 4, 1U);
-        switch (stage) {
-        case Stage::head:
-        case Stage::tail:
-            return most;
-        case Stage::whole:
-            return std::clamp(std::thread::hardware_concurrency(), 1U, most);
-        }
-        return most;
     }
 
     CandidateContents m_contents;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <span>
+#include <thread>
 #include <vector>
 
 namespace tallyroom {
@@ -99,6 +100,12 @@ std::string_view DigestStages::idPrefix(DigestStage stage)
         return "full:";
     }
     return {};
+}
+
+unsigned DigestStages::lanesOf(DigestStage stage, unsigned width)
+{
+    const unsigned most = std::max(width * 3 / 4, 1U);
+    return stage == DigestStage::whole ? std::clamp(std::thread::hardware_concurrency(), 1U, most) : most;
 }
 
 std::optional<std::string> DigestStages::contentKey(const StableFile& file, DigestStage last,

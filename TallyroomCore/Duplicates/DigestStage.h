@@ -40,6 +40,10 @@ inline constexpr std::int64_t longestAhead = 1024L * 1024;
 /// How many bytes may still be read of a file from a stage on; saturates.
 [[nodiscard]] std::int64_t costFrom(DigestStage stage, std::int64_t size);
 
+/// How many of `width` workers read at once in a stage. Short reads wait for the disk and are begun many at a
+/// time; whole files keep a core busy each, and more of them would send the heads of a disk to and fro.
+[[nodiscard]] unsigned lanesOf(DigestStage stage, unsigned width);
+
 /// The prefix of the id of a group that this stage settled.
 [[nodiscard]] std::string_view idPrefix(DigestStage stage);
 

@@ -21,9 +21,6 @@ constexpr std::size_t entriesBetweenStops = 256;
 /// How many files may be looked at between two looks at the clock.
 constexpr std::size_t looksBetweenTimes = 4;
 
-/// A piece of a buffer that is looked at slowly has at least so many names.
-constexpr std::size_t leastShare = 8;
-
 } // namespace
 
 class TreeWalk::Run final : public WorkerPool::Job {
@@ -267,28 +264,18 @@ private:
 
     void share(unsigned worker, Desk& desk, Folder& folder, const Piece& piece)
     {
-        const std::size_t share =
-            std::max((piece.end - piece.begin) / (2 * std::size_t{m_pool.width()}), leastShare);
-        for (std::size_t begin = piece.begin; begin < piece.end; begin += share) {
-            desk.found.push_back(
-                itemOf(folder, {piece.names, piece.firstIndex, begin, std::min(begin + share, piece.end)}));
+        for (Piece& part : piece.parts(2 * std::size_t{m_pool.width()})) {
+            desk.found.push_back(itemOf(folder, std::move(part)));
         }
         std::ranges::reverse(desk.found); // the newest is taken first
         m_agenda.put(worker, desk.found);
         desk.isShared = true;
     }
 
-    /// The mount whose top a name of a folder is; null for other names.
-    static const Mount* mountAt(const Folder& folder, const ListedName& name)
-    {
-        const auto& position = folder.m_position;
-        return position.mayHoldMounts() ? position.child(name.view()).mountPoint() : nullptr;
-    }
-
     /// Leaves a mount that may keep this worker waiting to another piece of work; false for other names.
     bool setAside(unsigned worker, Desk& desk, Folder& folder, const Piece& piece, std::size_t index)
     {
-        const Mount* const mount = mountAt(folder, piece.names->parsed[index]);
+        const Mount* const mount = WalkMounts::at(folder.m_position, piece.names->parsed[index].view());
         if (mount == nullptr || piece.end - piece.begin == 1 || !m_mounts.isUncertain(*mount)) {
             return false;
         }
@@ -336,7 +323,7 @@ private:
     void readAttributes(Folder& folder, const ListedName& name, Child& child, FileAttributes& storage,
                         FileDetail detail)
     {
-        const Mount* const mount = mountAt(folder, name);
+        const Mount* const mount = WalkMounts::at(folder.m_position, name.view());
         if (mount != nullptr && !m_mounts.isAnswering(*mount)) {
             child.type = EntryType::folder;
             child.failure = ETIMEDOUT;

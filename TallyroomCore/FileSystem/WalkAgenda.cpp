@@ -1,5 +1,7 @@
 #include "FileSystem/WalkAgenda.h"
 
+#include <algorithm>
+
 namespace tallyroom {
 
 namespace {
@@ -7,7 +9,20 @@ namespace {
 /// While all workers read a rotating disk, each tells of one step in so many.
 constexpr unsigned stepsATelling = 64;
 
+/// A part of a piece has at least so many names.
+constexpr std::size_t leastPart = 8;
+
 } // namespace
+
+std::vector<TreeWalk::Piece> TreeWalk::Piece::parts(std::size_t count) const
+{
+    const std::size_t size = std::max((end - begin) / count, leastPart);
+    std::vector<Piece> parts;
+    for (std::size_t next = begin; next < end; next += size) {
+        parts.push_back({names, firstIndex, next, std::min(next + size, end)});
+    }
+    return parts;
+}
 
 void TreeWalk::DiskAccount::begin(const Folder& folder, const DiskSense& sense)
 {

@@ -25,6 +25,9 @@ struct TreeWalk::Piece {
     std::size_t firstIndex = 0; ///< of the buffer's first name among the folder's
     std::size_t begin = 0;
     std::size_t end = std::numeric_limits<std::size_t>::max();
+
+    /// Some `count` pieces of it, for other workers; fewer where they would have hardly a name each.
+    [[nodiscard]] std::vector<Piece> parts(std::size_t count) const;
 };
 
 /// A folder to list, or names of it to visit.

@@ -24,6 +24,12 @@ public:
     /// The position of an absolute path without links. The first call reads the table.
     [[nodiscard]] MountPlaces::Position find(std::string_view path);
 
+    /// The mount whose top a name in a folder is; null for other names.
+    [[nodiscard]] static const Mount* at(const MountPlaces::Position& folder, std::string_view name)
+    {
+        return folder.mayHoldMounts() ? folder.child(name).mountPoint() : nullptr;
+    }
+
     /// Whether a mount answers. A served one is asked once, on another thread, and no longer than `patience`.
     [[nodiscard]] bool isAnswering(const Mount& mount);
 
