@@ -10,9 +10,8 @@ namespace tallyroom {
 
 namespace {
 
-/// At most so many files are open before their turn: more than a disk takes in at once, so that what is asked
-/// of neighbours becomes one request while it waits.
-constexpr std::size_t mostFiles = 512;
+/// At most so many files are open before their turn.
+constexpr std::size_t mostFiles = 128;
 
 /// The disk is asked for at most so much before its turn, one file aside.
 constexpr std::int64_t mostBytes = 32L * 1024 * 1024;
