@@ -2,6 +2,7 @@
 #include "Deletion/DeleteConfirmation.h"
 #include "Settings/ScanRules.h"
 #include "Support/CacheTree.h"
+#include "Text/SizeText.h"
 #include "Tools/Dashboard/KindRow.h"
 #include "Tools/Dashboard/RecoveryPanel.h"
 
@@ -130,6 +131,28 @@ TEST_F(RecoveryFlowTest, OnlyWhatIsMadeAgainAndFurtherCopiesGoAndNothingElse)
     click("Annuler la suppression");
     waitForRemoval();
     EXPECT_TRUE(tree.exists("photos/b.png")) << "the last one is taken back from here too";
+}
+
+TEST_F(RecoveryFlowTest, WhatOtherNamesKeepIsNotPromised)
+{
+    tree.add({file("old/node_modules/own", 8_KiB), hardLink("store/x", "old/node_modules/x"),
+              hardLink("store/app", "crate/target/app")});
+    dateAll(tree, 1'600'000'000);
+    tree.add(file("live/other.js", 10));
+    search();
+    const auto offer = [this](const char* tool) {
+        const QString name = QString::fromUtf8(tool) + QStringLiteral(" : Libérer ");
+        for (const auto* const one : window->findChildren<QPushButton*>()) {
+            if (one->isVisible() && one->accessibleName().startsWith(name)) {
+                return one->accessibleName().mid(name.size());
+            }
+        }
+        return QString{};
+    };
+    const QString own = sizeText(allocated(tree.path("old/node_modules/own"))) + QStringLiteral("…");
+    EXPECT_TRUE(waitUntil(&recovery(), &RecoveryViewModel::changed,
+                          [&] { return offer("node_modules") == own && offer("Caches de build").isEmpty(); }))
+        << offer("node_modules").toStdString() << ", " << offer("Caches de build").toStdString();
 }
 
 TEST_F(RecoveryFlowTest, WhatAProgramHasBegunToUseSinceTheSearchStaysAndSaysWhy)

@@ -22,7 +22,7 @@ constexpr int mostBar = 40 * Theme::gap;
 constexpr int leastWidthWithBar = 90 * Theme::gap; // less has no room for a bar
 
 /// As wide as sums and buttons get: those of all lines stand below each other.
-const QString widestSum = QStringLiteral("888,8\u00a0Mo");
+const QString widestSum = QStringLiteral("≥\u00a0888,8\u00a0Mo");
 
 int widestAction(QPushButton& button)
 {

@@ -38,17 +38,41 @@ struct RankedLine {
     [[nodiscard]] auto rank() const { return std::tuple{isKnown, safeBytes, otherBytes}; }
 };
 
+QString atMost(std::int64_t bytes)
+{
+    return QStringLiteral("≤\u00a0") + sizeText(bytes);
+}
+
+/// What comes back with what a row proposes, and no more than is known of it.
+QString gainText(const RecoveryRow& row)
+{
+    if (!row.reclaim) {
+        return atMost(row.recovery.safeBytes);
+    }
+    const Reclaim& reclaim = *row.reclaim;
+    if (reclaim.isExact() || reclaim.atLeast > 0) {
+        return VolumeText::atLeast(reclaim.atLeast, !reclaim.isExact());
+    }
+    return reclaim.unread > 0 ? QStringLiteral("inconnu") : atMost(reclaim.atMost);
+}
+
 RankedLine rankedLine(RecoveryLine* line, const RecoveryRow& row)
 {
     const Recovery& found = row.recovery;
-    RankedLine ranked{line, {}, row.phase == RecoveryRow::Phase::complete, found.safeBytes, found.otherBytes};
+    const std::int64_t gained = row.reclaim ? row.reclaim->atMost : found.safeBytes;
+    const bool isVain = row.reclaim && row.reclaim->isExact() && gained == 0;
+    RankedLine ranked{line, {}, row.phase == RecoveryRow::Phase::complete, gained, found.otherBytes};
     ranked.content.words = row.words;
     ranked.content.isBusy = row.phase == RecoveryRow::Phase::running || !found.isKnown;
-    if (found.safeBytes > 0) {
-        ranked.content.figure = sizeText(found.safeBytes);
+    if (row.reclaim && row.reclaim->linkedElsewhere > 0) {
+        ranked.content.words +=
+            QStringLiteral(" · %1 gardés par d’autres noms").arg(sizeText(row.reclaim->linkedElsewhere));
     }
-    if (row.proposes()) {
-        ranked.content.action = QStringLiteral("Libérer %1…").arg(sizeText(found.safeBytes));
+    if (found.safeBytes > 0 && !isVain) {
+        ranked.content.figure = row.proposes() ? gainText(row) : sizeText(found.safeBytes);
+    }
+    if (row.proposes() && !ranked.content.figure.isEmpty()) {
+        ranked.content.action = QStringLiteral("Libérer %1…").arg(ranked.content.figure);
     }
     return ranked;
 }

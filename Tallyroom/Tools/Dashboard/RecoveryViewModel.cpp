@@ -73,6 +73,7 @@ void RecoveryViewModel::setTools(std::vector<RecoveryTool> tools)
                 m_pace.start();
             }
         };
+        m_gains.push_back(std::make_unique<RecoveryGain>(soon));
         connect(tool, &FolderTool::stateChanged, this, [this, place] { follow(place); });
         connect(tool, &ScanToolViewModel::rootURLChanged, this, soon);
         connect(tool, &ScanToolViewModel::progressChanged, this, soon);
@@ -142,6 +143,9 @@ void RecoveryViewModel::begin()
     m_isStopped = false;
     m_remover = nullptr;
     m_before.reset();
+    for (const auto& gain : m_gains) {
+        gain->forget();
+    }
     startNext();
     show();
     Q_EMIT removalChanged();
@@ -204,7 +208,12 @@ void RecoveryViewModel::show()
     }
     std::vector<RecoveryRow> rows;
     for (std::size_t place = 0; place < m_tools.size(); ++place) {
-        rows.push_back(rowOf(place));
+        RecoveryRow& row = rows.emplace_back(rowOf(place));
+        if (row.proposes()) {
+            row.reclaim = m_gains[place]->of(row.recovery.safe);
+        } else {
+            m_gains[place]->forget();
+        }
     }
     if (assignIfChanged(m_rows, std::move(rows))) {
         Q_EMIT changed();
@@ -216,18 +225,21 @@ RecoveryRow RecoveryViewModel::rowOf(std::size_t place) const
     if (place >= m_next) {
         return m_isStopped ? RecoveryRow{RecoveryRow::Phase::stopped,
                                          {},
-                                         QStringLiteral("Pas analysé : recherche arrêtée")}
-                           : RecoveryRow{RecoveryRow::Phase::waiting, {}, QStringLiteral("En attente…")};
+                                         QStringLiteral("Pas analysé : recherche arrêtée"),
+                                         {}}
+                           : RecoveryRow{RecoveryRow::Phase::waiting, {}, QStringLiteral("En attente…"), {}};
     }
     if (!isOurs(place)) {
-        return {
-            RecoveryRow::Phase::elsewhere, {}, QStringLiteral("Un autre dossier est ouvert dans cet outil")};
+        return {RecoveryRow::Phase::elsewhere,
+                {},
+                QStringLiteral("Un autre dossier est ouvert dans cet outil"),
+                {}};
     }
     const ScanToolViewModel& tool = *m_tools[place].tool;
     const RecoveryRow::Phase phase = phaseOf(tool);
     Recovery recovery = tool.recovery();
     QString words = wordsOf(tool, recovery, phase);
-    return {phase, std::move(recovery), std::move(words)};
+    return {phase, std::move(recovery), std::move(words), {}};
 }
 
 void RecoveryViewModel::remove(std::size_t place, const std::vector<Entry>& entries, bool permanently,

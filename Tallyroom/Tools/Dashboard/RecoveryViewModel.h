@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tools/Dashboard/RecoveryGain.h"
 #include "Tools/Frame/ScanToolViewModel.h"
 #include "Volumes/VolumeUsage.h"
 
@@ -30,7 +31,8 @@ struct RecoveryRow {
 
     Phase phase = Phase::waiting;
     Recovery recovery;
-    QString words; ///< what stands below the name
+    QString words;                    ///< what stands below the name
+    std::optional<Reclaim> reclaim{}; ///< what comes back with what may go; nothing while it is not known
 
     /// Whether there is something that may go now.
     [[nodiscard]] bool proposes() const
@@ -127,7 +129,8 @@ private:
     VolumeOf m_volumeOf;
     std::vector<RecoveryTool> m_tools;
     std::vector<RecoveryRow> m_rows;
-    std::size_t m_next = 0; // the tool whose turn it is
+    std::vector<std::unique_ptr<RecoveryGain>> m_gains; // one a tool
+    std::size_t m_next = 0;                             // the tool whose turn it is
     bool m_isStopped = false;
     bool m_isStarting = false;
     std::optional<FileUrl> m_folder;
