@@ -6,28 +6,33 @@
 #include "Text/PlainText.h"
 #include "Theme/Theme.h"
 
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QPlainTextEdit>
 
 namespace tallyroom {
 
+namespace {
+
+QString titleFor(std::size_t failures)
+{
+    return failures == 0
+               ? QStringLiteral("Espace libéré")
+               : QStringLiteral("Éléments laissés en place (%1)").arg(NumberText::grouped(failures));
+}
+
+} // namespace
+
 FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failures, const QString& note,
                          QWidget* parent)
-    : QDialog(parent)
+    : TellingDialog(titleFor(failures.size()), parent)
 {
-    const QString title =
-        failures.empty()
-            ? QStringLiteral("Espace libéré")
-            : QStringLiteral("Éléments laissés en place (%1)").arg(NumberText::grouped(failures.size()));
-    setWindowTitle(title);
-    auto* const heading = new QLabel(title);
+    auto* const heading = new QLabel(windowTitle());
     Theme::style(heading, Theme::Text::title);
     heading->setMinimumHeight(Theme::headerHeight); // the accent of a capital reaches above the line
     auto* const list = new QPlainTextEdit;
     list->setReadOnly(true);
     list->setTabChangesFocus(true);
-    list->setAccessibleName(title);
+    list->setAccessibleName(windowTitle());
     QStringList lines;
     for (const FileRemover::RemovalFailure& failure : failures) {
         lines += FileUrlText::displayFromHome(failure.url) + QStringLiteral("\n    ") +
@@ -37,13 +42,9 @@ FailureList::FailureList(const std::vector<FileRemover::RemovalFailure>& failure
         lines += note;
     }
     list->setPlainText(lines.join(QLatin1Char{'\n'}));
-    auto* const buttons = new QDialogButtonBox;
-    buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto* const column = makeColumn(this, pageMargins);
-    column->addWidget(heading);
-    column->addWidget(list, 1);
-    column->addWidget(buttons);
+    column().addWidget(heading);
+    column().addWidget(list, 1);
+    addFoot();
 }
 
 QSize FailureList::sizeHint() const

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "Controls/TellingDialog.h"
 #include "Removal/FileRemover.h"
-
-#include <QDialog>
 
 #include <vector>
 
@@ -10,7 +9,7 @@ namespace tallyroom {
 
 /// Says of each item that a removal or an undo left as it was why it did, and what else there is to know of
 /// it. Main thread.
-class FailureList : public QDialog {
+class FailureList : public TellingDialog {
     Q_OBJECT
 
 public:

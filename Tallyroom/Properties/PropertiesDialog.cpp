@@ -14,7 +14,6 @@
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
 
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -59,10 +58,9 @@ QString bytesText(std::int64_t bytes, bool isLeast)
 } // namespace
 
 PropertiesDialog::PropertiesDialog(std::vector<Entry> entries, QWidget* parent)
-    : QDialog(parent), m_entries(std::move(entries)), m_lines(new QFormLayout),
-      m_spinner(new Spinner(Theme::smallIconSize)), m_unread(new QLabel)
+    : TellingDialog(QStringLiteral("Propriétés"), parent), m_entries(std::move(entries)),
+      m_lines(new QFormLayout), m_spinner(new Spinner(Theme::smallIconSize)), m_unread(new QLabel)
 {
-    setWindowTitle(QStringLiteral("Propriétés"));
     m_lines->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_lines->setHorizontalSpacing(Theme::margin);
     m_lines->setVerticalSpacing(Theme::gap / 2);
@@ -74,19 +72,14 @@ PropertiesDialog::PropertiesDialog(std::vector<Entry> entries, QWidget* parent)
     m_unread->hide();
     auto* const reclaim = new ReclaimLine(m_entries);
     reclaim->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    auto* const buttons = new QDialogButtonBox;
-    QPushButton* const close = buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto* const foot = new QHBoxLayout;
-    foot->addWidget(m_spinner);
-    foot->addWidget(m_unread, 1);
-    foot->addWidget(buttons);
-    auto* const column = makeColumn(this, pageMargins, Theme::gap * 2);
-    column->addLayout(m_lines);
-    column->addWidget(reclaim);
-    column->addStretch(1);
-    column->addLayout(foot);
-    close->setFocus(); // the first line would look like a field to fill in
+    foot().insertWidget(0, m_spinner);
+    foot().insertWidget(1, m_unread, 1);
+    column().setSpacing(Theme::gap * 2);
+    column().addLayout(m_lines);
+    column().addWidget(reclaim);
+    column().addStretch(1);
+    addFoot();
+    closeButton().setFocus(); // the first line would look like a field to fill in
     askFacts();
     count();
 }

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "Bridge/StreamPump.h"
+#include "Controls/TellingDialog.h"
 #include "Model/Entry.h"
 #include "Properties/ContentFigures.h"
 #include "Properties/ItemFacts.h"
-
-#include <QDialog>
 
 #include <memory>
 #include <optional>
@@ -22,7 +21,7 @@ class Spinner;
 /// What is known of some entries: place, type, sizes, what they hold, names and rights, dates, and what
 /// deleting them would give back. All of it is looked up anew off the main thread; the figures grow
 /// meanwhile, and closing the dialog ends the count. Main thread.
-class PropertiesDialog : public QDialog {
+class PropertiesDialog : public TellingDialog {
     Q_OBJECT
 
 public:

@@ -23,11 +23,10 @@
 namespace tallyroom {
 
 UnreadList::UnreadList(SharedUnreadPlaces unread, QWidget* parent)
-    : QDialog(parent), m_unread(std::move(unread)), m_list(new QTreeWidget), m_refusal(new QLabel)
+    : TellingDialog(UnreadText::count(unread), parent), m_unread(std::move(unread)), m_list(new QTreeWidget),
+      m_refusal(new QLabel)
 {
-    const QString title = UnreadText::count(m_unread);
-    setWindowTitle(title);
-    auto* const heading = new QLabel(title);
+    auto* const heading = new QLabel(windowTitle());
     Theme::style(heading, Theme::Text::title);
     heading->setMinimumHeight(Theme::headerHeight); // the accent of a capital reaches above the line
     auto* const remark = new QLabel;
@@ -39,7 +38,7 @@ UnreadList::UnreadList(SharedUnreadPlaces unread, QWidget* parent)
                     .arg(NumberText::plural(others, QStringLiteral("autre")));
     }
     remark->setText(text);
-    m_list->setAccessibleName(title);
+    m_list->setAccessibleName(windowTitle());
     fillList();
     m_refusal->setTextFormat(Qt::PlainText);
     m_refusal->setWordWrap(true);
@@ -48,12 +47,12 @@ UnreadList::UnreadList(SharedUnreadPlaces unread, QWidget* parent)
         m_refusal->setText(message);
         m_refusal->show();
     });
-    auto* const column = makeColumn(this, pageMargins);
-    column->addWidget(heading);
-    column->addWidget(remark);
-    column->addWidget(m_list, 1);
-    column->addWidget(m_refusal);
-    column->addWidget(makeButtons());
+    column().addWidget(heading);
+    column().addWidget(remark);
+    column().addWidget(m_list, 1);
+    column().addWidget(m_refusal);
+    addButtons();
+    addFoot();
     addShortcut(this, Qt::CTRL | Qt::Key_C, QStringLiteral("Copier les chemins"), [this] { copyPaths(); });
 }
 
@@ -89,22 +88,18 @@ void UnreadList::fillList()
     }
 }
 
-QWidget* UnreadList::makeButtons()
+void UnreadList::addButtons()
 {
-    auto* const buttons = new QDialogButtonBox;
-    const auto add = [buttons](const QString& text, QDialogButtonBox::ButtonRole role) {
-        auto* const button = buttons->addButton(text, role);
+    closeButton().setAutoDefault(false);
+    const auto add = [this](const QString& text) {
+        auto* const button = buttons().addButton(text, QDialogButtonBox::ActionRole);
         button->setAutoDefault(false);
         return button;
     };
-    const auto* const show =
-        add(QStringLiteral("Révéler dans le gestionnaire de fichiers"), QDialogButtonBox::ActionRole);
-    const auto* const copy = add(QStringLiteral("Copier les chemins"), QDialogButtonBox::ActionRole);
-    add(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
+    const auto* const show = add(QStringLiteral("Révéler dans le gestionnaire de fichiers"));
+    const auto* const copy = add(QStringLiteral("Copier les chemins"));
     connect(show, &QPushButton::clicked, this, &UnreadList::reveal);
     connect(copy, &QPushButton::clicked, this, &UnreadList::copyPaths);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    return buttons;
 }
 
 /// The selected places from the top.

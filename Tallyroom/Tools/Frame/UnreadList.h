@@ -1,8 +1,7 @@
 #pragma once
 
+#include "Controls/TellingDialog.h"
 #include "FileSystem/UnreadPlaces.h"
-
-#include <QDialog>
 
 #include <vector>
 
@@ -13,7 +12,7 @@ namespace tallyroom {
 
 /// What a scan could not read: each place with the reason. Places can be copied and shown in the file
 /// manager. Main thread.
-class UnreadList : public QDialog {
+class UnreadList : public TellingDialog {
     Q_OBJECT
 
 public:
@@ -27,7 +26,7 @@ public:
 
 private:
     void fillList();
-    [[nodiscard]] QWidget* makeButtons();
+    void addButtons();
     [[nodiscard]] std::vector<FileUrl> chosen() const;
     void copyPaths() const;
     void reveal() const;

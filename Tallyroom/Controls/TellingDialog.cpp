@@ -1,0 +1,31 @@
+#include "Controls/TellingDialog.h"
+
+#include "Theme/Theme.h"
+
+#include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace tallyroom {
+
+TellingDialog::TellingDialog(const QString& title, QWidget* parent)
+    : QDialog(parent), m_column(new QVBoxLayout), m_foot(new QHBoxLayout), m_buttons(new QDialogButtonBox),
+      m_close(m_buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole))
+{
+    setWindowTitle(title);
+    connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    m_column->setSpacing(Theme::gap);
+    m_foot->addWidget(m_buttons, 1);
+    auto* const whole = new QVBoxLayout(this);
+    whole->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
+    whole->setSpacing(Theme::gap * 2);
+    whole->addLayout(m_column, 1);
+}
+
+void TellingDialog::addFoot()
+{
+    static_cast<QVBoxLayout*>(layout())->addLayout(m_foot);
+}
+
+} // namespace tallyroom
