@@ -150,9 +150,27 @@ QModelIndex EntryRows::moveCursor(CursorAction action, Qt::KeyboardModifiers mod
     return QTableView::moveCursor(action, modifiers).siblingAtColumn(EntryRowsModel::nameColumn);
 }
 
+const OwnKeys<EntryRows::Act>& EntryRows::ownKeys()
+{
+    static const OwnKeys<Act> keys{
+        {QStringLiteral("Entrer dans le dossier, montrer le fichier"),
+         {{Qt::Key_Return, Act::enter}, {Qt::Key_Enter, Act::enter}}},
+        {QStringLiteral("Cocher ou décocher la ligne"),
+         {{Qt::Key_Space, Act::check}, {Qt::CTRL | Qt::Key_Space, Act::check}}},
+        {QStringLiteral("Cocher jusqu’à la ligne"), {{Qt::SHIFT | Qt::Key_Space, Act::checkRange}}},
+    };
+    return keys;
+}
+
+std::vector<ToldKeys> EntryRows::keys()
+{
+    std::vector<ToldKeys> keys = ownKeys().told();
+    keys.push_back({QStringLiteral("Aller à la ligne de ce nom"), QStringLiteral("Lettres")});
+    return keys;
+}
+
 void EntryRows::keyPressEvent(QKeyEvent* event)
 {
-    const int row = currentRow();
     m_staysAtFirst = m_staysAtFirst && event->isAutoRepeat();
     const bool isTyping = m_typed.isValid() && m_typed.elapsed() < QApplication::keyboardInputInterval();
     if (event->key() == Qt::Key_Space && isTyping) {
@@ -160,20 +178,12 @@ void EntryRows::keyPressEvent(QKeyEvent* event)
         keyboardSearch(event->text()); // of a name that holds a space
     } else if (event->matches(QKeySequence::SelectAll)) {
         selection().setAll();
-    } else if (row >= 0 && event->matches(QKeySequence::Copy)) {
+    } else if (currentRow() >= 0 && event->matches(QKeySequence::Copy)) {
         if (const auto entry = currentEntry()) {
             Q_EMIT copyPathRequested(*entry);
         }
-    } else if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Return ||
-               event->key() == Qt::Key_Enter) {
-        if (row < 0) {
-            goToFirstOnScreen(); // rows came after the focus: the first key only says where one is
-        } else if (event->key() == Qt::Key_Space) {
-            toggle(row, event->modifiers());
-        } else if (!event->isAutoRepeat()) {
-            const QScopedValueRollback entering{m_isEntering, true};
-            activateRow(row);
-        }
+    } else if (const auto act = ownKeys().find(*event)) {
+        take(*act, event->isAutoRepeat());
     } else {
         const QString text = event->text();
         if (!text.isEmpty() && text.at(0).isPrint()) {
@@ -184,6 +194,19 @@ void EntryRows::keyPressEvent(QKeyEvent* event)
         if (currentRow() != previous) {
             viewport()->update();
         }
+    }
+}
+
+void EntryRows::take(Act act, bool isRepeated)
+{
+    const int row = currentRow();
+    if (row < 0) {
+        goToFirstOnScreen(); // rows came after the focus: the first key only says where one is
+    } else if (act != Act::enter) {
+        toggle(row, act == Act::checkRange);
+    } else if (!isRepeated) {
+        const QScopedValueRollback entering{m_isEntering, true};
+        activateRow(row);
     }
 }
 
@@ -208,15 +231,14 @@ std::optional<FileUrl> EntryRows::urlAt(int row) const
     return entry != nullptr ? std::optional{entry->url} : std::nullopt;
 }
 
-void EntryRows::toggle(int row, Qt::KeyboardModifiers modifiers)
+void EntryRows::toggle(int row, bool isRange)
 {
     const std::optional<FileUrl> url = urlAt(row);
     if (!url) {
         Q_EMIT sectionToggled(row);
         return;
     }
-    const bool isRange = modifiers.testFlag(Qt::ShiftModifier) && m_rangeStart;
-    const int start = isRange ? m_rows.rowOf(*m_rangeStart, row).value_or(row) : row;
+    const int start = isRange && m_rangeStart ? m_rows.rowOf(*m_rangeStart, row).value_or(row) : row;
     const auto [first, last] = std::minmax(start, row);
     m_rangeStart = url;
     m_rows.setRangeChecked(first, last, !m_rows.isChecked(row));
@@ -271,7 +293,7 @@ void EntryRows::mouseReleaseEvent(QMouseEvent* event)
     const int near = std::max(rowAt(press->position.y()), 0);
     // The entry that was pressed is meant, even when another row has moved under the mouse since.
     if (const std::optional<int> row = m_rows.rowOf(press->url, near)) {
-        toggle(*row, event->modifiers());
+        toggle(*row, event->modifiers().testFlag(Qt::ShiftModifier));
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Controls/OwnKeys.h"
 #include "Model/Entry.h"
 
 #include <QElapsedTimer>
@@ -22,6 +23,9 @@ class EntryRows : public QTableView {
     Q_OBJECT
 
 public:
+    /// What its keys do.
+    [[nodiscard]] static std::vector<ToldKeys> keys();
+
     [[nodiscard]] Selection& selection() const;
 
     /// Whether any entry passes the filter.
@@ -122,14 +126,18 @@ private:
         QPoint position;
     };
 
+    enum class Act { enter, check, checkRange };
+
+    [[nodiscard]] static const OwnKeys<Act>& ownKeys();
     void setUp(int rowHeight);
     void hover(const QPoint& position);
     void hoverAgain();
     void goTo(int row);
     void goToFirstOnScreen();
     void activateRow(int row);
+    void take(Act act, bool isRepeated);
     void announceCheck();
-    void toggle(int row, Qt::KeyboardModifiers modifiers);
+    void toggle(int row, bool isRange);
     [[nodiscard]] std::optional<FileUrl> urlAt(int row) const;
 
     EntryRowsModel& m_rows;

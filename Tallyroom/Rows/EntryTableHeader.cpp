@@ -114,30 +114,56 @@ void EntryTableHeader::mouseReleaseEvent(QMouseEvent* event)
     }
 }
 
+const OwnKeys<EntryTableHeader::Act>& EntryTableHeader::ownKeys()
+{
+    static const OwnKeys<Act> keys{
+        {QStringLiteral("Choisir un titre"), {{Qt::Key_Left, Act::previous}, {Qt::Key_Right, Act::next}}},
+        {QStringLiteral("Trier par cette colonne"),
+         {{Qt::Key_Space, Act::sort}, {Qt::Key_Return, Act::sort}, {Qt::Key_Enter, Act::sort}}},
+        {QStringLiteral("Rétrécir ou élargir la colonne"),
+         {{Qt::CTRL | Qt::Key_Left, Act::narrow}, {Qt::CTRL | Qt::Key_Right, Act::widen}}},
+        {QStringLiteral("Aller aux lignes"), {{Qt::Key_Down, Act::leave}}},
+    };
+    return keys;
+}
+
+std::vector<ToldKeys> EntryTableHeader::keys()
+{
+    return ownKeys().told();
+}
+
 void EntryTableHeader::keyPressEvent(QKeyEvent* event)
 {
-    switch (event->key()) {
-    case Qt::Key_Left:
-    case Qt::Key_Right: {
-        const int step = event->key() == Qt::Key_Right ? 1 : -1;
-        if (event->modifiers().testFlag(Qt::ControlModifier)) {
-            Q_EMIT widthChosen(m_chosenColumn, sectionSize(m_chosenColumn) + step * Theme::gap);
-        } else {
-            moveChoice(step);
-        }
-        break;
+    const std::optional<Act> act = ownKeys().find(*event);
+    if (!act) {
+        event->ignore();
+        return;
     }
-    case Qt::Key_Space:
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
+    switch (*act) {
+    case Act::previous:
+        moveChoice(-1);
+        break;
+    case Act::next:
+        moveChoice(1);
+        break;
+    case Act::sort:
         Q_EMIT sectionClicked(m_chosenColumn);
         break;
-    case Qt::Key_Down:
+    case Act::narrow:
+        changeWidth(-1);
+        break;
+    case Act::widen:
+        changeWidth(1);
+        break;
+    case Act::leave:
         parentWidget()->setFocus();
         break;
-    default:
-        event->ignore();
     }
+}
+
+void EntryTableHeader::changeWidth(int step)
+{
+    Q_EMIT widthChosen(m_chosenColumn, sectionSize(m_chosenColumn) + step * Theme::gap);
 }
 
 void EntryTableHeader::focusInEvent(QFocusEvent* event)

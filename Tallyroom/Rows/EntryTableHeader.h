@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Controls/OwnKeys.h"
+
 #include <QHeaderView>
 
 #include <optional>
@@ -17,6 +19,9 @@ public:
     static constexpr int widthRole = Qt::UserRole;
 
     explicit EntryTableHeader(QWidget* parent);
+
+    /// What its keys do.
+    [[nodiscard]] static std::vector<ToldKeys> keys();
 
     /// Shows what the rows are sorted by; -1 for no column.
     void showSortOrder(int column, bool isAscending);
@@ -38,6 +43,10 @@ protected:
     void paintSection(QPainter* painter, const QRect& rect, int logicalIndex) const override;
 
 private:
+    enum class Act { previous, next, sort, narrow, widen, leave };
+
+    [[nodiscard]] static const OwnKeys<Act>& ownKeys();
+    void changeWidth(int step);
     [[nodiscard]] QString title(int column) const;
     /// The column whose left edge is at `x`; none for those that keep their width.
     [[nodiscard]] std::optional<int> edgeAt(int x) const;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QDialog>
+#include "Controls/TellingDialog.h"
 
 class QTreeWidget;
 
@@ -8,7 +8,7 @@ namespace tallyroom {
 
 /// All keys that do something now: those of the window, of the tool on show, of lists and of the map. Main
 /// thread.
-class KeysDialog : public QDialog {
+class KeysDialog : public TellingDialog {
     Q_OBJECT
 
 public:

@@ -39,7 +39,7 @@ TEST_F(MenuFlow, TheListOfKeysHasThoseOfTheToolOnShow)
     window->selectTool(QStringLiteral("disk-usage"));
     const QStringList explorer = told(Qt::Key_F1, Qt::NoModifier);
     EXPECT_TRUE(explorer.contains(QStringLiteral("Ouvrir un dossier = Ctrl+O")));
-    EXPECT_TRUE(explorer.contains(QStringLiteral("Revenir en arrière = Alt+Left, Backspace")))
+    EXPECT_TRUE(explorer.contains(QStringLiteral("Revenir en arrière = Alt+←, Retour arrière")))
         << explorer.join(QLatin1Char{'\n'}).toStdString();
     window->selectTool(QStringLiteral("dashboard"));
     const QStringList dashboard = told(Qt::Key_Question, Qt::ControlModifier);

@@ -3,11 +3,14 @@
 #include "App/EventWait.h"
 #include "App/OutlineMaker.h"
 #include "Rows/EntryArrangement.h"
+#include "Rows/EntryTableHeader.h"
+#include "Shell/KeysDialog.h"
 
 #include <QAccessible>
 #include <QContextMenuEvent>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTreeWidget>
 #include <QWheelEvent>
 
 #include <gmock/gmock.h>
@@ -332,6 +335,58 @@ TEST_F(TreemapViewTest, KeysGoAmongSiblingsAndLevelsAndLeaveTheOwnersAlone)
     EXPECT_EQ(view.currentEntry()->name, "photos");
     EXPECT_FALSE(isTakenByMap(QEvent::ShortcutOverride, Key_Escape))
         << "on the first level it is the owner's: it stops the scan";
+}
+
+/// The keys that the list of all keys tells in a section, and others.
+QStringList toldKeys(const QString& section, QStringList keys)
+{
+    const QWidget none;
+    const KeysDialog dialog{none, nullptr, {}, nullptr};
+    const auto& list = *dialog.findChild<QTreeWidget*>();
+    for (const QTreeWidgetItem* const title : list.findItems(section, Qt::MatchExactly)) {
+        for (int row = 0; row < title->childCount(); ++row) {
+            keys += title->child(row)->text(1).split(QStringLiteral(", "));
+        }
+    }
+    keys.sort();
+    return keys;
+}
+
+/// The keys that a widget takes, alone and with Ctrl. Before each one `prepare` is called.
+QStringList takenKeys(QWidget& widget, const std::function<void()>& prepare)
+{
+    const auto keys = QMetaEnum::fromType<Qt::Key>();
+    QStringList taken;
+    for (const Qt::KeyboardModifier held : {Qt::NoModifier, Qt::ControlModifier}) {
+        for (int place = 0; place < keys.keyCount(); ++place) {
+            const auto key = static_cast<Qt::Key>(keys.value(place));
+            prepare();
+            QKeyEvent event{QEvent::KeyPress, key, held};
+            QCoreApplication::sendEvent(&widget, &event);
+            if (const QString name = KeyText::name(held | key); event.isAccepted() && !taken.contains(name)) {
+                taken += name;
+            }
+        }
+    }
+    taken.sort();
+    return taken;
+}
+
+TEST_F(TreemapViewTest, NoKeyIsTakenThatTheListOfKeysDoesNotTell)
+{
+    showTree();
+    const auto takenByMap = takenKeys(view, [this] {
+        QTest::keyClick(&view, Qt::Key_Home);
+        QTest::keyClick(&view, Qt::Key_PageDown);
+    });
+    // And other keys for the same.
+    EXPECT_EQ(takenByMap,
+              toldKeys(QStringLiteral("Sur la carte"),
+                       {QStringLiteral("Échap"), QStringLiteral("Ctrl+="), QStringLiteral("Ctrl+À")}));
+    QWidget rows;
+    EntryTableHeader header{&rows};
+    EXPECT_EQ(takenKeys(header, [] {}), toldKeys(QStringLiteral("Dans les titres des colonnes"),
+                                                 {QStringLiteral("Entrée"), QStringLiteral("Tab")}));
 }
 
 TEST_F(TreemapViewTest, TheWheelLooksCloserAtWhatIsUnderThePointer)

@@ -17,27 +17,6 @@ namespace {
 
 constexpr double zoomStep = 1.25;
 
-std::optional<TreemapNeighbours::Direction> directionOf(int key)
-{
-    switch (key) {
-    case Qt::Key_Left:
-        return TreemapNeighbours::Direction::left;
-    case Qt::Key_Right:
-        return TreemapNeighbours::Direction::right;
-    case Qt::Key_Up:
-        return TreemapNeighbours::Direction::up;
-    case Qt::Key_Down:
-        return TreemapNeighbours::Direction::down;
-    default: // keys are not a closed set
-        return std::nullopt;
-    }
-}
-
-bool isEnter(int key)
-{
-    return key == Qt::Key_Return || key == Qt::Key_Enter;
-}
-
 } // namespace
 
 bool TreemapView::isOnCheckBox(const QPointF& position) const
@@ -151,13 +130,47 @@ void TreemapView::contextMenuEvent(QContextMenuEvent* event)
 
 // The keyboard
 
+const OwnKeys<TreemapView::Act>& TreemapView::ownKeys()
+{
+    static const OwnKeys<Act> keys{
+        {QStringLiteral("Aller d’une case à l’autre"),
+         {{Qt::Key_Left, Act::left},
+          {Qt::Key_Right, Act::right},
+          {Qt::Key_Up, Act::up},
+          {Qt::Key_Down, Act::down}}},
+        {QStringLiteral("Aller à la première case, à la dernière"),
+         {{Qt::Key_Home, Act::first}, {Qt::Key_End, Act::last}}},
+        {QStringLiteral("Cocher ou décocher la case"), {{Qt::Key_Space, Act::check}}},
+        {QStringLiteral("Entrer dans le dossier, montrer le fichier"),
+         {{Qt::Key_Return, Act::enter}, {Qt::Key_Enter, Act::enter}}},
+        {QStringLiteral("Aller aux cases du dossier, en sortir"),
+         {{Qt::Key_PageDown, Act::goIn}, {Qt::Key_PageUp, Act::goOut}, {Qt::Key_Escape, Act::goOut}}},
+        // The plus may need Shift or not, and a French keyboard has the 0 with Shift only.
+        {QStringLiteral("Regarder de plus près, de plus loin, tout voir"),
+         {{Qt::CTRL | Qt::Key_Plus, Act::closer},
+          {Qt::CTRL | Qt::SHIFT | Qt::Key_Plus, Act::closer},
+          {Qt::CTRL | Qt::Key_Equal, Act::closer},
+          {Qt::CTRL | Qt::Key_Minus, Act::farther},
+          {Qt::CTRL | Qt::SHIFT | Qt::Key_Minus, Act::farther},
+          {Qt::CTRL | Qt::Key_0, Act::fit},
+          {Qt::CTRL | Qt::SHIFT | Qt::Key_0, Act::fit},
+          {Qt::CTRL | Qt::Key_Agrave, Act::fit}}},
+    };
+    return keys;
+}
+
+std::vector<ToldKeys> TreemapView::keys()
+{
+    return ownKeys().told();
+}
+
 bool TreemapView::event(QEvent* event)
 {
     // Escape leads out of a folder's tiles first; only then is it the owner's.
     if (event->type() == QEvent::ShortcutOverride) {
-        const auto* const key = static_cast<QKeyEvent*>(event);
         const auto tile = currentTile();
-        if (key->key() == Qt::Key_Escape && tile && scene().tiles()[*tile].parent != TreemapScene::none) {
+        if (ownKeys().find(*static_cast<QKeyEvent*>(event)) == Act::goOut && tile &&
+            scene().tiles()[*tile].parent != TreemapScene::none) {
             event->accept();
             return true;
         }
@@ -170,90 +183,104 @@ void TreemapView::keyPressEvent(QKeyEvent* event)
     if (!event->isAutoRepeat()) {
         cursor().letGo();
     }
-    const int key = event->key();
-    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
-    const bool isDone =
-        isPlain ? moveAmongSiblings(key) || changeLevel(key) || (!event->isAutoRepeat() && actOnCurrent(key))
-                : zoomByKey(*event);
-    if (!isDone) {
+    const std::optional<Act> act = ownKeys().find(*event);
+    const bool repeats = event->isAutoRepeat() && (act == Act::check || act == Act::enter);
+    if (!act || repeats || !take(*act)) {
         QWidget::keyPressEvent(event);
-    } else if (isPlain && currentTile()) {
-        bringIntoView(*currentTile());
+    } else if (event->modifiers().testFlag(Qt::ControlModifier)) {
+        return; // a closer look stays where it is
+    } else if (const auto tile = currentTile()) {
+        bringIntoView(*tile);
     }
 }
 
-bool TreemapView::moveAmongSiblings(int key)
+/// Whether there was something to do.
+bool TreemapView::take(Act act)
 {
-    if (const auto direction = directionOf(key)) {
-        announceCurrent(cursor().move(scene(), *direction));
+    using enum TreemapNeighbours::Direction;
+    switch (act) {
+    case Act::left:
+        announceCurrent(cursor().move(scene(), left));
+        return true;
+    case Act::right:
+        announceCurrent(cursor().move(scene(), right));
+        return true;
+    case Act::up:
+        announceCurrent(cursor().move(scene(), up));
+        return true;
+    case Act::down:
+        announceCurrent(cursor().move(scene(), down));
+        return true;
+    case Act::first:
+    case Act::last:
+        return goToSibling(act);
+    case Act::goIn:
+    case Act::goOut:
+        return changeLevel(act);
+    case Act::check:
+    case Act::enter:
+        return actOnCurrent(act);
+    case Act::closer:
+    case Act::farther:
+    case Act::fit:
+        zoomFromCurrent(act);
         return true;
     }
-    if ((key != Qt::Key_Home && key != Qt::Key_End) || scene().tiles().empty()) {
+    return false;
+}
+
+bool TreemapView::goToSibling(Act act)
+{
+    if (scene().tiles().empty()) {
         return false;
     }
     const auto [first, end] = scene().siblings(currentTile().value_or(0));
-    setCurrentTile(key == Qt::Key_Home ? first : end - 1);
+    setCurrentTile(act == Act::first ? first : end - 1);
     return true;
 }
 
-bool TreemapView::changeLevel(int key)
+bool TreemapView::changeLevel(Act act)
 {
     const auto tile = currentTile();
     if (!tile) {
         return false;
     }
     const std::uint32_t above = scene().tiles()[*tile].parent;
-    if (key == Qt::Key_PageDown) {
-        if (scene().isOpen(*tile)) {
-            setCurrentTile(scene().children(*tile).first);
-        }
-        return true;
-    }
-    if ((key == Qt::Key_PageUp || key == Qt::Key_Escape) && above != TreemapScene::none) {
+    if (act == Act::goIn && scene().isOpen(*tile)) {
+        setCurrentTile(scene().children(*tile).first);
+    } else if (act == Act::goOut && above != TreemapScene::none) {
         setCurrentTile(above);
-        return true;
+    } else {
+        return act == Act::goIn;
     }
-    return key == Qt::Key_PageUp;
-}
-
-bool TreemapView::actOnCurrent(int key)
-{
-    const auto tile = currentTile();
-    if (!tile || (key != Qt::Key_Space && !isEnter(key))) {
-        return false;
-    }
-    if (key == Qt::Key_Space) {
-        Q_EMIT selectionToggled(Entry{scene().entry(*tile)});
-        return true;
-    }
-    setEntering(true);
-    activate(*tile);
-    setEntering(false);
     return true;
 }
 
-bool TreemapView::zoomByKey(const QKeyEvent& event)
+bool TreemapView::actOnCurrent(Act act)
 {
-    if ((event.modifiers() & ~(Qt::KeypadModifier | Qt::ShiftModifier)) != Qt::ControlModifier) {
+    const auto tile = currentTile();
+    if (!tile) {
         return false;
     }
+    if (act == Act::check) {
+        Q_EMIT selectionToggled(Entry{scene().entry(*tile)});
+    } else {
+        setEntering(true);
+        activate(*tile);
+        setEntering(false);
+    }
+    return true;
+}
+
+void TreemapView::zoomFromCurrent(Act act)
+{
     const auto tile = currentTile();
     const QRectF shown = rect();
     const QPointF place = tile ? (tileRect(*tile) & shown).center() : shown.center();
-    switch (event.key()) {
-    case Qt::Key_Plus:
-    case Qt::Key_Equal: // the same key without Shift
-        zoom(zoomStep, place);
-        return true;
-    case Qt::Key_Minus:
-        zoom(1 / zoomStep, place);
-        return true;
-    case Qt::Key_0:
-    case Qt::Key_Agrave: // 0 without Shift on a French keyboard
+    if (act == Act::fit) {
         fit();
-        return true;
-    default: // keys are not a closed set
-        return false;
+    } else {
+        zoom(act == Act::closer ? zoomStep : 1 / zoomStep, place);
     }
 }
 

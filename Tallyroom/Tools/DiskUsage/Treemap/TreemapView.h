@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Controls/OwnKeys.h"
 #include "Tools/DiskUsage/Treemap/TreemapCanvas.h"
 
 namespace tallyroom {
@@ -15,6 +16,9 @@ public:
     explicit TreemapView(const Selection& selection, QWidget* parent = nullptr)
         : TreemapCanvas(selection, parent)
     {}
+
+    /// What its keys do.
+    [[nodiscard]] static std::vector<ToldKeys> keys();
 
 protected:
     bool event(QEvent* event) override;
@@ -36,10 +40,14 @@ private:
     };
 
     [[nodiscard]] bool isOnCheckBox(const QPointF& position) const;
-    [[nodiscard]] bool changeLevel(int key);
-    [[nodiscard]] bool moveAmongSiblings(int key);
-    [[nodiscard]] bool zoomByKey(const QKeyEvent& event);
-    [[nodiscard]] bool actOnCurrent(int key);
+    enum class Act { left, right, up, down, first, last, check, enter, goIn, goOut, closer, farther, fit };
+
+    [[nodiscard]] static const OwnKeys<Act>& ownKeys();
+    [[nodiscard]] bool take(Act act);
+    [[nodiscard]] bool goToSibling(Act act);
+    [[nodiscard]] bool changeLevel(Act act);
+    [[nodiscard]] bool actOnCurrent(Act act);
+    void zoomFromCurrent(Act act);
 
     std::optional<Press> m_pressed;
     std::optional<QPointF> m_grip; // where a map that is larger than the window is held
