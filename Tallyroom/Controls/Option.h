@@ -18,6 +18,7 @@ struct Option {
     std::function<QString()> title; ///< what is chosen: "Ancien après : 1 mois"
     std::vector<Choice> choices;
     bool isOfMany = false; ///< one choice leaves the others as they are
+    bool isKept = false;   ///< lasts when the program ends
 };
 
 } // namespace tallyroom

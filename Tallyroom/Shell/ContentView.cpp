@@ -121,7 +121,7 @@ void ContentView::showKeys()
 
 void ContentView::showPreferences()
 {
-    (new PreferencesDialog(this))->open();
+    (new PreferencesDialog(m_store, this))->open();
 }
 
 void ContentView::showAbout()

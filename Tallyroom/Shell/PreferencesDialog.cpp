@@ -1,20 +1,38 @@
 #include "Shell/PreferencesDialog.h"
 
 #include "Controls/CheckBox.h"
+#include "Controls/OptionMenu.h"
 #include "Layout/Boxes.h"
 #include "Settings/FolderProtection.h"
 #include "Settings/ScanRules.h"
 #include "Settings/Settings.h"
 #include "Shell/FolderListEditor.h"
+#include "Shell/ToolRegistry.h"
 #include "Theme/Theme.h"
 
-#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLabel>
 #include <QPushButton>
+#include <QTabWidget>
+
+#include <utility>
 
 namespace tallyroom {
 
-PreferencesDialog::PreferencesDialog(QWidget* parent)
-    : QDialog(parent),
+namespace {
+
+/// As high as what stands beside it: the form puts a label at the top of its row.
+QLabel* rowLabel(const QString& text)
+{
+    auto* const label = new QLabel(text);
+    label->setMinimumHeight(Theme::controlHeight);
+    return label;
+}
+
+} // namespace
+
+PreferencesDialog::PreferencesDialog(SessionStore& store, QWidget* parent)
+    : TellingDialog(QStringLiteral("Préférences"), parent), m_pages(new QTabWidget),
       m_excluded(new FolderListEditor(
           QStringLiteral("Dossiers exclus des analyses"),
           QStringLiteral("Ils restent visibles, marqués « exclu », et ne sont ni lus ni comptés."),
@@ -25,11 +43,21 @@ PreferencesDialog::PreferencesDialog(QWidget* parent)
           FolderListEditor::Takes::folders)),
       m_oneFileSystem(
           new CheckBox(QStringLiteral("Ne pas entrer dans les volumes montés sous le dossier analysé"))),
-      m_animations(new CheckBox(QStringLiteral("Animer la carte")))
+      m_animations(new CheckBox(QStringLiteral("Animer ses mouvements")))
 {
-    setWindowTitle(QStringLiteral("Préférences"));
     setAttribute(Qt::WA_DeleteOnClose);
-    makeLayout();
+    closeButton().setAutoDefault(false); // Enter in the field of names adds one
+    QVBoxLayout& scans = addPage(QStringLiteral("Analyses"));
+    scans.addWidget(m_excluded);
+    scans.addWidget(m_oneFileSystem);
+    scans.addStretch(1);
+    QVBoxLayout& protection = addPage(QStringLiteral("Protection"));
+    protection.addWidget(m_protected);
+    protection.addStretch(1);
+    addToolPage(store);
+    column().addWidget(m_pages, 1);
+    addFoot();
+    setMinimumWidth(Theme::failureListWidth);
     showRules();
     m_protected->setContent(FolderProtection::folders());
     m_animations->setChecked(Theme::shared().isAnimated());
@@ -43,21 +71,43 @@ PreferencesDialog::PreferencesDialog(QWidget* parent)
     });
 }
 
-void PreferencesDialog::makeLayout()
+QVBoxLayout& PreferencesDialog::addPage(const QString& name)
 {
-    auto* const buttons = new QDialogButtonBox;
-    auto* const close = buttons->addButton(QStringLiteral("Fermer"), QDialogButtonBox::RejectRole);
-    close->setAutoDefault(false); // Enter in the field of names adds one
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto* const column = makeColumn(this, pageMargins);
-    column->addWidget(m_excluded);
-    column->addWidget(m_oneFileSystem);
-    column->addSpacing(Theme::gap);
-    column->addWidget(m_protected);
-    column->addSpacing(Theme::gap);
-    column->addWidget(m_animations);
-    column->addWidget(buttons);
-    setMinimumWidth(Theme::failureListWidth);
+    auto* const page = new QWidget;
+    auto* const column = makeColumn(page, {0, Theme::gap * 2, 0, 0});
+    m_pages->addTab(page, name);
+    return *column;
+}
+
+void PreferencesDialog::addToolPage(SessionStore& store)
+{
+    auto* const form = new QFormLayout;
+    form->setHorizontalSpacing(Theme::margin);
+    form->setVerticalSpacing(Theme::gap);
+    form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    for (const ToolDescriptor& descriptor : ToolRegistry::all()) {
+        if (auto* const tool = qobject_cast<ScanToolViewModel*>(&descriptor.tool(store))) {
+            addOptions(*form, descriptor.name, *tool);
+        }
+    }
+    form->addRow(rowLabel(QStringLiteral("Carte")), m_animations);
+    QVBoxLayout& page = addPage(QStringLiteral("Outils"));
+    page.addLayout(form);
+    page.addStretch(1);
+}
+
+/// The same menus as on the tool's own screen, of the choices that last.
+void PreferencesDialog::addOptions(QFormLayout& form, const QString& name, ScanToolViewModel& tool)
+{
+    QString shown = name;
+    for (const Option& option : tool.options()) {
+        if (option.isKept) {
+            auto* const menu = new OptionMenu(option);
+            menu->setAutoDefault(false);
+            connect(&tool, &ScanToolViewModel::remarksChanged, menu, &OptionMenu::showTitle);
+            form.addRow(rowLabel(std::exchange(shown, {})), menu);
+        }
+    }
 }
 
 void PreferencesDialog::showRules()

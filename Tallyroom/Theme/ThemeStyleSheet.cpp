@@ -100,8 +100,17 @@ QToolTip { background: @card; color: @text; border: 1px solid @line; padding: 4p
 QScrollArea { background: transparent; border: none; }
 QAbstractItemView {
     background: @window; color: @text; border: none; outline: none;
-    selection-background-color: @accentFill; selection-color: @onAccent;
+    selection-background-color: @accentWash; selection-color: @text;
 }
+QTabWidget::pane { border: none; border-top: 1px solid @line; top: -1px; }
+QTabBar { qproperty-drawBase: 0; }
+QTabBar::tab {
+    background: transparent; color: @secondary; border: none; border-bottom: 2px solid transparent;
+    padding: 6px 4px; margin-right: 16px;
+}
+QTabBar::tab:hover { color: @text; }
+QTabBar::tab:selected { color: @accent; border-bottom-color: @accent; }
+QTabBar::tab:selected:focus { background: @accentWash; }
 QHeaderView { background: @window; border: none; }
 QScrollBar { background: transparent; border: none; }
 QScrollBar:vertical { width: 12px; }

@@ -1,4 +1,5 @@
 #include "App/WindowScene.h"
+#include "Controls/OptionMenu.h"
 #include "Deletion/DeleteConfirmation.h"
 #include "Settings/FolderProtection.h"
 #include "Settings/ScanRules.h"
@@ -47,6 +48,34 @@ TEST_F(MenuFlow, TheListOfKeysHasThoseOfTheToolOnShow)
     EXPECT_TRUE(dashboard.filter(QStringLiteral("Revenir en arrière")).isEmpty());
 }
 
+TEST_F(MenuFlow, PreferencesShowWhatToolsKeepAndFollowThem)
+{
+    press(Qt::Key_Comma, Qt::ControlModifier);
+    const auto* const preferences = dialog<PreferencesDialog>();
+    const auto titles = [](const QWidget& part) {
+        QStringList texts;
+        for (const OptionMenu* const menu : part.findChildren<OptionMenu*>()) {
+            texts += menu->text();
+        }
+        return texts;
+    };
+    ASSERT_EQ(titles(*preferences),
+              (QStringList{QStringLiteral("Ancien après : 1 mois"), QStringLiteral("Les 100 plus gros"),
+                           QStringLiteral("Taille minimale : 1 Mo"), QStringLiteral("Écosystèmes (6)")}))
+        << "the age of large files is forgotten with the folder";
+    QMenu& limits = *preferences->findChildren<OptionMenu*>()[1]->menu();
+    limits.popup({});
+    limits.actions().last()->trigger();
+    limits.hide();
+    const std::int64_t most = store().largeFiles.limit();
+    EXPECT_EQ(most, LargeFilesViewModel::offeredLimits.back());
+    EXPECT_EQ(Settings::largeFilesLimit(), most);
+    store().nodeModules.setThreshold(AgeThreshold::oneYear);
+    EXPECT_TRUE(titles(*preferences).contains(QStringLiteral("Ancien après : 1 an")));
+    window->selectTool(QStringLiteral("large-files"));
+    EXPECT_TRUE(titles(shown<ToolScreen>()).contains(titles(*preferences)[1]));
+}
+
 TEST_F(MenuFlow, WhatIsExcludedIsShownAndRemovedOnlyAfterAWarning)
 {
     const TemporaryTree tree{file("films/private/a", 90'000), file("films/b", 40'000), file("c", 10'000)};
@@ -55,7 +84,8 @@ TEST_F(MenuFlow, WhatIsExcludedIsShownAndRemovedOnlyAfterAWarning)
     const auto refilled = [&](const FileUrl& folder) { return hasScanned(store().diskUsage, folder); };
     press(Qt::Key_Comma, Qt::ControlModifier);
     auto* const preferences = dialog<PreferencesDialog>();
-    auto& name = *preferences->findChildren<QLineEdit*>().front();
+    const auto fields = preferences->findChildren<QLineEdit*>();
+    QLineEdit& name = **std::ranges::find_if(fields, &QLineEdit::isVisible);
     name.setText(QStringLiteral("private"));
     QTest::keyClick(&name, Qt::Key_Return);
     ASSERT_TRUE(refilled(tree.url())) << "the list on show follows";

@@ -30,7 +30,8 @@ public:
         std::function<void()> changed = [] {})
         : m_tool(tool), m_stored(std::move(stored)), m_changed(std::move(changed))
     {
-        Option option{[this, title = plan.title] { return title(value()); }, {}, isOfMany};
+        Option option{
+            [this, title = plan.title] { return title(value()); }, {}, isOfMany, !m_stored.key.isEmpty()};
         for (const Choice& choice : plan.choices) {
             option.choices.push_back({plan.name(choice), [this, choice] { return isOn(choice); },
                                       [this, choice](bool isOn) { take(choice, isOn); }});
