@@ -120,7 +120,8 @@ void ToolWelcome::setOffer(const std::optional<FileUrl>& folder)
     m_offered = folder;
     if (folder) {
         const QFontMetrics metrics{Theme::shared().strong()};
-        const QString place = FileUrlText::displayFromHome(*folder);
+        const QString place = *folder == FileUrlText::homeFolder() ? QStringLiteral("le dossier personnel")
+                                                                   : FileUrlText::displayFromHome(*folder);
         // An ampersand would be a mark of the button's own.
         m_offer->setText(QStringLiteral("Analyser ") +
                          metrics.elidedText(place, Qt::ElideMiddle, Theme::messageWidth * 2 / 3)
