@@ -1,11 +1,9 @@
 #include "Controls/TellingDialog.h"
 
-#include "Theme/Theme.h"
+#include "Layout/Boxes.h"
 
 #include <QDialogButtonBox>
-#include <QHBoxLayout>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 namespace tallyroom {
 
@@ -17,10 +15,7 @@ TellingDialog::TellingDialog(const QString& title, QWidget* parent)
     connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     m_column->setSpacing(Theme::gap);
     m_foot->addWidget(m_buttons, 1);
-    auto* const whole = new QVBoxLayout(this);
-    whole->setContentsMargins(Theme::margin, Theme::margin, Theme::margin, Theme::margin);
-    whole->setSpacing(Theme::gap * 2);
-    whole->addLayout(m_column, 1);
+    makeColumn(this, pageMargins, Theme::gap * 2)->addLayout(m_column, 1);
 }
 
 void TellingDialog::addFoot()
