@@ -145,8 +145,8 @@ class Window:
                 if "showing" not in states:
                     continue  # with all that lies in it, though the rows of a hidden list claim to be shown
                 item = Item(accessible, states)
-                if item.role in ("list item", "table cell") and not is_in_focus:
-                    states.discard("focused")  # the current row of a list that has not the keyboard claims it too
+                if item.role in ("list item", "table cell", "page tab") and not is_in_focus:
+                    states.discard("focused")  # the current one of a list that has not the keyboard claims it too
                 found.append(item)
                 waiting += [(accessible.get_child_at_index(i), is_in_focus or "focused" in states)
                             for i in range(accessible.get_child_count())]
@@ -181,7 +181,7 @@ class Window:
     def focus(self):
         """Role and name of what has the keyboard: of a list the current row, where it has one."""
         focused = [(item.role, item.name) for item in self.shown() if "focused" in item.states and item.name]
-        return next((what for what in focused if what[0] in ("list item", "table cell")), (*focused, ("", ""))[0])
+        return next((what for what in focused if what[0] in ("list item", "table cell", "page tab")), (*focused, ("", ""))[0])
 
     def has_row(self, name, state=""):
         """Whether a list has a row that begins with a name, and ends with a state: ", coché"."""
