@@ -38,7 +38,7 @@ std::uint16_t roundedUp(std::int64_t bytes)
 std::int64_t bytesOf(std::uint16_t rounded)
 {
     const unsigned first = 1U << bitsAfterFirst;
-    const unsigned shift = std::max(rounded >> bitsAfterFirst, 1) - 1U;
+    const unsigned shift = std::max(unsigned{rounded} >> bitsAfterFirst, 1U) - 1U;
     return static_cast<std::int64_t>(rounded - shift * first) << shift;
 }
 
