@@ -14,7 +14,7 @@ namespace {
 using TreemapLayout::Rectangle;
 using WeightedItems = std::vector<SteadyLayout::Item>;
 
-constexpr Rectangle whole{0, 0, 600, 400};
+constexpr Rectangle canvas{0, 0, 600, 400};
 
 /// Larger first, as a folder is given.
 WeightedItems ranked(WeightedItems items)
@@ -49,8 +49,8 @@ TEST(SteadyLayout, TilesKeepTheirPlacesWhileTheirSharesChangeLittle)
         }
         SteadyLayout layout;
         const WeightedItems before = eightItems();
-        const auto first = layout.tiles(7, before, whole);
-        ASSERT_EQ(first, fresh(before, whole)) << "the first time it is squarified as ever";
+        const auto first = layout.tiles(7, before, canvas);
+        ASSERT_EQ(first, fresh(before, canvas)) << "the first time it is squarified as ever";
         const WeightedItems after = ranked(then);
         const auto second = layout.tiles(7, after, rectangle);
         ASSERT_EQ(second.size(), after.size());
@@ -65,7 +65,7 @@ TEST(SteadyLayout, TilesKeepTheirPlacesWhileTheirSharesChangeLittle)
                 return before[tile.index].key == after[index].key;
             });
             if (isKept && known != first.end()) {
-                const double right = rectangle.width / whole.width;
+                const double right = rectangle.width / canvas.width;
                 EXPECT_NEAR((rect.x - rectangle.x) / right, known->rect.x, 20) << after[index].key;
                 EXPECT_NEAR(rect.y - rectangle.y, known->rect.y, 20) << after[index].key;
             }
@@ -77,7 +77,7 @@ TEST(SteadyLayout, SmallChangesAddUpUntilItIsLaidOutAnew)
 {
     SteadyLayout layout;
     WeightedItems items = eightItems();
-    EXPECT_FALSE(layout.tiles(7, items, whole).empty());
+    EXPECT_FALSE(layout.tiles(7, items, canvas).empty());
     layout.forgetUnused();
     int kept = 0;
     WeightedItems changed = items;
@@ -85,7 +85,7 @@ TEST(SteadyLayout, SmallChangesAddUpUntilItIsLaidOutAnew)
         items[3].weight += 8; // ranks above its neighbour from the first time on
         changed = ranked(items);
         ++kept;
-    } while (layout.tiles(7, changed, whole) != fresh(changed, whole) && kept < 100);
+    } while (layout.tiles(7, changed, canvas) != fresh(changed, canvas) && kept < 100);
     EXPECT_GT(kept, 2);
     EXPECT_LT(kept, 12);
 
@@ -93,7 +93,7 @@ TEST(SteadyLayout, SmallChangesAddUpUntilItIsLaidOutAnew)
     layout.forgetUnused(); // nobody asked for it in between
     items[3].weight -= 8;
     changed = ranked(items);
-    EXPECT_EQ(layout.tiles(7, changed, whole), fresh(changed, whole));
+    EXPECT_EQ(layout.tiles(7, changed, canvas), fresh(changed, canvas));
 }
 
 } // namespace
