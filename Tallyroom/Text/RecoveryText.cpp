@@ -5,18 +5,27 @@
 
 namespace tallyroom::RecoveryText {
 
+namespace {
+
+/// "aucun ancien": a zero before a word reads like a form.
+QString howMany(std::size_t count, const QString& one, const QString& many)
+{
+    return count == 0 ? QStringLiteral("aucun ") + one : NumberText::plural(count, one, many);
+}
+
+} // namespace
+
 QString caches(std::size_t safe, std::size_t all)
 {
     return QStringLiteral("%1 sur %2")
-        .arg(NumberText::plural(safe, QStringLiteral("cache sans risque"),
-                                QStringLiteral("caches sans risque")),
+        .arg(howMany(safe, QStringLiteral("cache sans risque"), QStringLiteral("caches sans risque")),
              NumberText::grouped(all));
 }
 
 QString nodeModules(std::size_t safe, std::size_t all, AgeThreshold threshold)
 {
     return QStringLiteral("%1 sur %2 · projets sans changement depuis %3")
-        .arg(NumberText::plural(safe, QStringLiteral("ancien")), NumberText::grouped(all),
+        .arg(howMany(safe, QStringLiteral("ancien"), QStringLiteral("anciens")), NumberText::grouped(all),
              thresholdText(threshold));
 }
 

@@ -11,7 +11,7 @@ namespace tallyroom {
 /// What a tool's finds amount to for somebody who wants room, in words. Main thread.
 namespace RecoveryText {
 
-/// "17 caches sans risque sur 20"
+/// "17 caches sans risque sur 20", "aucun cache sans risque sur 20"
 [[nodiscard]] QString caches(std::size_t safe, std::size_t all);
 
 /// "3 anciens sur 20 · projets sans changement depuis 1 mois"

@@ -72,8 +72,8 @@ public:
     void shrink();
 
 private:
-    std::unique_ptr<std::byte[]>
-        m_bytes; // NOLINT(*-avoid-c-arrays): a vector would fill all of it with zeros
+    // A vector would fill all of it with zeros first.
+    std::unique_ptr<std::byte[]> m_bytes; // NOLINT(*-avoid-c-arrays)
     std::size_t m_size = capacity;
     std::size_t m_used = 0;
 };

@@ -81,8 +81,8 @@ void ProtectedLocations::protect(std::vector<FileUrl> folders)
     chosenFolders().set(std::move(chosen));
 }
 
-/// A folder on a mount that is dead keeps no removal elsewhere: it stays protected where it lay before, and
-/// where its path says.
+/// A folder on a dead mount holds up no removal elsewhere: it stays protected where it was found last, or
+/// else where its path says.
 void ProtectedLocations::readChosen()
 {
     std::vector<ChosenFolder> chosen = chosenFolders().get();

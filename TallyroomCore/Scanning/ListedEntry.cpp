@@ -35,8 +35,7 @@ FolderSize sizeOfItem(const TreeWalk::Child& child)
 FolderSize sizeOfItems(std::span<const TreeWalk::Child> children)
 {
     FolderSize sum;
-    bool hasDate = false;
-    Timestamp newest = Timestamp::min();
+    std::optional<Timestamp> newest;
     for (const TreeWalk::Child& child : children) {
         if (child.isFolder()) {
             continue;
@@ -52,12 +51,12 @@ FolderSize sizeOfItems(std::span<const TreeWalk::Child> children)
         sum.bytes = checkedSum(sum.bytes, bytes);
         ++sum.files;
         sum.largestFile = std::max(sum.largestFile, bytes);
-        if (child.attributes->modifiedAt) {
-            newest = std::max(newest, *child.attributes->modifiedAt);
-            hasDate = true;
+        const auto& date = child.attributes->modifiedAt;
+        if (date && (!newest || *date > *newest)) {
+            newest = *date;
         }
     }
-    sum.newest = hasDate ? secondsOf(newest) : 0;
+    sum.newest = secondsOf(newest);
     return sum;
 }
 

@@ -4,6 +4,7 @@
 #include "Text/FileUrlText.h"
 #include "Text/NodeModulesProgress.h"
 #include "Text/NumberText.h"
+#include "Text/RecoveryText.h"
 #include "Text/TextFilter.h"
 #include "Text/TreemapText.h"
 
@@ -36,6 +37,8 @@ TEST(FileUrlText, TakesPathsAndUrlsWithoutLosingAByte)
 
 TEST(Texts, CountNoneAsOneAndNameWhatIsTooSmallForFigures)
 {
+    EXPECT_EQ(RecoveryText::caches(0, 3), QStringLiteral("aucun cache sans risque sur 3"));
+    EXPECT_EQ(RecoveryText::caches(2, 3), QStringLiteral("2 caches sans risque sur 3"));
     EXPECT_EQ(NumberText::examinedFiles(0), QStringLiteral("0 fichier examiné"));
     EXPECT_EQ(NumberText::examinedFiles(1), QStringLiteral("1 fichier examiné"));
     EXPECT_EQ(NumberText::examinedFiles(12'345), QStringLiteral("12\u202f345 fichiers examinés"));

@@ -6,6 +6,7 @@
 #include "Layout/Boxes.h"
 #include "Layout/LayoutNow.h"
 #include "Text/FileUrlText.h"
+#include "Text/ToolText.h"
 #include "Text/VolumeText.h"
 #include "Theme/SymbolIcon.h"
 #include "Theme/Theme.h"
@@ -120,7 +121,7 @@ QWidget* DashboardView::makeHeader()
     auto* const header = new QWidget;
     auto* const row = makeRow(
         header, {Theme::margin, Theme::gap + Theme::gap / 2, Theme::margin, Theme::cardGap - Theme::gap / 2});
-    row->addWidget(new ToolTitle(QStringLiteral("Tableau de bord")), 1);
+    row->addWidget(new ToolTitle(ToolTexts::dashboard.name), 1);
     row->addWidget(m_reload);
     row->addSpacing(Theme::windowMenuRoom);
     return header;
